@@ -1,0 +1,37 @@
+# Settings of every target of this project.
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+find_program(SORVIK_CCACHE ccache)
+if(SORVIK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  # Checkouts of the same sources share their compilations.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+      CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${SORVIK_CCACHE})
+endif()
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+add_library(sorvik_build_settings INTERFACE)
+target_compile_options(sorvik_build_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
+    -Woverloaded-virtual -Werror
+    $<$<CONFIG:Debug>:-Og>)
+target_compile_definitions(sorvik_build_settings INTERFACE _GLIBCXX_ASSERTIONS)
+if(SORVIK_SANITIZE)
+  target_compile_options(sorvik_build_settings INTERFACE
+      -fsanitize=${SORVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+  target_link_options(sorvik_build_settings INTERFACE -fsanitize=${SORVIK_SANITIZE})
+endif()
+if(SORVIK_FUZZ)
+  target_compile_options(sorvik_build_settings INTERFACE
+      -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all
+      -fno-omit-frame-pointer)
+  target_link_options(sorvik_build_settings INTERFACE -fsanitize=address,undefined)
+endif()
+find_program(SORVIK_LLD ld.lld)
+if(SORVIK_LLD)
+  target_link_options(sorvik_build_settings INTERFACE -fuse-ld=lld)
+endif()

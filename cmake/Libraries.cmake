@@ -1,0 +1,20 @@
+# The libraries that the product stands on, each a Debian package of cmake/packages.txt.
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+find_package(Boost REQUIRED)
+find_package(XercesC REQUIRED)
+find_package(ICU REQUIRED COMPONENTS uc)
+find_package(EXPAT REQUIRED)
+find_package(JPEG REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(GDK_PIXBUF REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
+pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
+pkg_check_modules(MOUNT REQUIRED IMPORTED_TARGET mount)
+pkg_check_modules(UDEV REQUIRED IMPORTED_TARGET libudev)
+
+# boost::shared_ptr stands in a public signature.
+set(SORVIK_PUBLIC_LIBRARIES Boost::boost)
+set(SORVIK_LIBRARIES
+    Boost::boost Threads::Threads XercesC::XercesC ICU::uc EXPAT::EXPAT JPEG::JPEG
+    PkgConfig::GDK_PIXBUF PkgConfig::GIO PkgConfig::MOUNT PkgConfig::UDEV)

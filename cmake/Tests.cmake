@@ -1,0 +1,48 @@
+# One test program for each folder below tests/. Its name is the folder's; the folders in
+# SORVIK_THREAD_TESTS carry the label that the thread sanitizer's run takes.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+set(SORVIK_THREAD_TESTS foundation frame)
+
+file(GLOB SORVIK_TEST_SUPPORT CONFIGURE_DEPENDS tests/support/*.cpp)
+add_library(sorvik_test_support OBJECT ${SORVIK_TEST_SUPPORT})
+target_link_libraries(sorvik_test_support PUBLIC GTest::gmock GTest::gtest)
+target_link_libraries(sorvik_test_support PUBLIC sorvik_objects)
+target_include_directories(sorvik_test_support PUBLIC tests)
+target_compile_definitions(sorvik_test_support PUBLIC
+    SORVIK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/../shared/samples"
+    SORVIK_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+    SORVIK_BINARY_DIR="${PROJECT_BINARY_DIR}")
+
+file(GLOB SORVIK_TEST_FOLDERS CONFIGURE_DEPENDS LIST_DIRECTORIES true tests/*)
+foreach(folder ${SORVIK_TEST_FOLDERS})
+  get_filename_component(area ${folder} NAME)
+  if(NOT IS_DIRECTORY ${folder} OR area STREQUAL "support" OR area STREQUAL "data")
+    continue()
+  endif()
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${folder}/*Test.cpp)
+  if(NOT sources)
+    continue()
+  endif()
+  add_executable(${area}_tests ${sources})
+  target_link_libraries(${area}_tests PRIVATE
+      sorvik_test_support sorvik_objects GTest::gtest_main)
+  if(TARGET sorvik)
+    add_dependencies(${area}_tests sorvik)
+  endif()
+  set(labels ${area})
+  if(area IN_LIST SORVIK_THREAD_TESTS)
+    list(APPEND labels threads)
+  endif()
+  gtest_discover_tests(${area}_tests
+      TEST_PREFIX ${area}. DISCOVERY_TIMEOUT 60
+      PROPERTIES LABELS "${labels}" TIMEOUT 120)
+endforeach()
+
+file(GLOB SORVIK_TEST_SCRIPTS CONFIGURE_DEPENDS tests/scripts/*.sh)
+foreach(script ${SORVIK_TEST_SCRIPTS})
+  get_filename_component(name ${script} NAME_WE)
+  add_test(NAME scripts.${name}
+      COMMAND bash ${script} ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
+  set_tests_properties(scripts.${name} PROPERTIES LABELS scripts TIMEOUT 300)
+endforeach()

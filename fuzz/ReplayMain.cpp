@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// Feeds every file of the folders named on the command line to the fuzz target, under any compiler.
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+int main(int argc, char** argv) {
+  int replayed = 0;
+  for (int i = 1; i < argc; ++i) {
+    if (!std::filesystem::is_directory(argv[i])) {
+      std::fprintf(stderr, "no corpus at %s\n", argv[i]);
+      return 1;
+    }
+    for (const auto& file : std::filesystem::directory_iterator(argv[i])) {
+      std::ifstream stream(file.path(), std::ios::binary);
+      const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
+      LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+      ++replayed;
+    }
+  }
+  std::printf("%d inputs replayed\n", replayed);
+  return replayed > 0 ? 0 : 1;
+}
