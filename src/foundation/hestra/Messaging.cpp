@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+#include "SorvikProvider/foundation/Messaging.h"
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <new>
+#include <utility>
+
+#include "foundation/platform/WakeEvent.h"
+
+namespace Hestra {
+namespace {
+
+using tarnwick::utility::ImmutableString;
+
+struct Waiting {
+  ImmutableString station;
+  std::unique_ptr<Message> message;
+};
+
+void DiscardAll(std::deque<Waiting>& waiting) noexcept {
+  for (Waiting& item : waiting) {
+    if (item.message) item.message->Discard();
+  }
+  waiting.clear();
+}
+
+// The one queue to the UI thread. Posting needs the lock alone; receivers belong to the UI thread.
+class Queue {
+ public:
+  static Queue& Get() {
+    static Queue queue;
+    return queue;
+  }
+  ~Queue() { DiscardAll(waiting_); }
+
+  int Descriptor() const noexcept { return event_.Descriptor(); }
+
+  void Post(const ImmutableString& station, const Message& message) {
+    Waiting item{station, message.Clone()};
+    const std::lock_guard lock(mutex_);
+    waiting_.push_back(std::move(item));
+    if (waiting_.size() == 1) event_.Set();
+  }
+
+  void Register(const ImmutableString& station, StationUtils::Receiver receiver) {
+    receivers_[station] = std::make_shared<StationUtils::Receiver>(std::move(receiver));
+  }
+  void Unregister(const ImmutableString& station) { receivers_.erase(station); }
+
+  std::size_t Dispatch(std::size_t most) {
+    if (dispatching_) return 0;
+    dispatching_ = true;
+    const DispatchEnd end{*this};
+    std::size_t handled = 0;
+    while (handled < most) {
+      Waiting item;
+      if (!Take(item)) break;
+      ++handled;
+      Deliver(item);
+    }
+    return handled;
+  }
+
+  bool Wait(int milliseconds) const { return event_.Wait(milliseconds); }
+
+ private:
+  struct DispatchEnd {
+    Queue& queue;
+    ~DispatchEnd() { queue.dispatching_ = false; }
+  };
+
+  // The event stays set while anything waits, so a host that stops in the middle is called again.
+  bool Take(Waiting& item) {
+    const std::lock_guard lock(mutex_);
+    if (waiting_.empty()) return false;
+    item = std::move(waiting_.front());
+    waiting_.pop_front();
+    if (waiting_.empty()) event_.Clear();
+    return true;
+  }
+
+  void Deliver(Waiting& item) {
+    const auto found = receivers_.find(item.station);
+    if (found == receivers_.end() || !*found->second) {
+      item.message->Discard();
+      return;
+    }
+    // A receiver may unregister itself while it runs.
+    const auto receiver = found->second;
+    (*receiver)(*item.message);
+  }
+
+  std::mutex mutex_;
+  std::deque<Waiting> waiting_;
+  Sorvik::platform::WakeEvent event_;
+  std::map<ImmutableString, std::shared_ptr<StationUtils::Receiver>> receivers_;
+  bool dispatching_ = false;
+};
+
+}  // namespace
+
+std::uint32_t HashMessageTypeNameToMessageID(const char* typeName) noexcept {
+  constexpr std::uint32_t kOffsetBasis = 2166136261u;
+  constexpr std::uint32_t kPrime = 16777619u;
+  std::uint32_t hash = kOffsetBasis;
+  for (const char* c = typeName; *c != '\0'; ++c) {
+    hash = (hash ^ static_cast<unsigned char>(*c)) * kPrime;
+  }
+  return hash;
+}
+
+Message::~Message() = default;
+
+void Message::Discard() noexcept {}
+
+void* AllocateMessageMemory(std::size_t size) { return ::operator new(size); }
+
+void FreeMessageMemory(void* memory) noexcept { ::operator delete(memory); }
+
+namespace StationUtils {
+
+void PostMessageToUIThread(const ImmutableString& station, const Message& message,
+                           [[maybe_unused]] bool flag) {
+  Queue::Get().Post(station, message);
+}
+
+void RegisterStation(const ImmutableString& station, Receiver receiver) {
+  Queue::Get().Register(station, std::move(receiver));
+}
+
+void UnregisterStation(const ImmutableString& station) { Queue::Get().Unregister(station); }
+
+int GetEventDescriptor() { return Queue::Get().Descriptor(); }
+
+std::size_t Dispatch(std::size_t most) { return Queue::Get().Dispatch(most); }
+
+std::size_t WaitAndDispatch(int milliseconds) {
+  return Queue::Get().Wait(milliseconds) ? Queue::Get().Dispatch(64) : 0;
+}
+
+}  // namespace StationUtils
+}  // namespace Hestra

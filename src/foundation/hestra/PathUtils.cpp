@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/hestra/PathUtils.h"
+
+#include <algorithm>
+
+#include "foundation/platform/FileSystem.h"
+
+namespace Hestra::PathUtils {
+namespace {
+
+std::u16string_view NamePart(std::u16string_view path) {
+  const auto slash = path.rfind(kSeparator);
+  return slash == path.npos ? path : path.substr(slash + 1);
+}
+
+std::u16string_view FolderPart(std::u16string_view path) {
+  const auto slash = path.rfind(kSeparator);
+  return slash == path.npos ? std::u16string_view() : path.substr(0, slash + 1);
+}
+
+// Where the extension of a file name begins; the name's size if it has none.
+std::size_t ExtensionStart(std::u16string_view name) {
+  const auto dot = name.rfind(u'.');
+  return dot == name.npos || dot == 0 ? name.size() : dot;
+}
+
+}  // namespace
+
+UTF16String GetPathSeparator() { return UTF16String(1, kSeparator); }
+
+bool IsValidPath(std::u16string_view path) {
+  return !path.empty() && path.front() == kSeparator && path.find(u'\0') == path.npos &&
+         path.size() < Sorvik::platform::kPathLimit &&
+         MakeStdString(path).size() - 1 < Sorvik::platform::kPathLimit - 1;
+}
+
+bool IsLongFormFolderPath(std::string_view path) {
+  return !path.empty() && path.front() == Sorvik::platform::kSeparator &&
+         path.find('\0') == path.npos && path.size() < Sorvik::platform::kPathLimit &&
+         (path.size() == 1 || path.back() != Sorvik::platform::kSeparator);
+}
+
+bool IsDirectory(const UTF16String& path) {
+  return IsValidPath(path) &&
+         Sorvik::platform::KindOf(MakeStdString(path)) == Sorvik::platform::FileKind::kDirectory;
+}
+
+bool ExistsOnDisk(const UTF16String& path) {
+  return IsValidPath(path) && Sorvik::platform::KindOf(MakeStdString(path)).has_value();
+}
+
+UTF16String GetFullFilePart(std::u16string_view path) { return UTF16String(NamePart(path)); }
+
+UTF16String GetFilePart(std::u16string_view path) {
+  const auto name = NamePart(path);
+  return UTF16String(name.substr(0, ExtensionStart(name)));
+}
+
+UTF16String GetExtensionPart(std::u16string_view path) {
+  const auto name = NamePart(path);
+  return UTF16String(name.substr(ExtensionStart(name)));
+}
+
+UTF16String GetDirectoryPart(std::u16string_view path) { return UTF16String(FolderPart(path)); }
+
+UTF16String GetFullDirectoryPart(std::u16string_view path) { return UTF16String(FolderPart(path)); }
+
+void SplitPath(std::u16string_view path, UTF16String& drive, UTF16String& folder,
+               UTF16String& title, UTF16String* extension) {
+  drive.clear();
+  folder = GetDirectoryPart(path);
+  title = GetFilePart(path);
+  if (extension != nullptr) *extension = GetExtensionPart(path);
+}
+
+UTF16String MakePath(std::u16string_view drive, std::u16string_view folder,
+                     std::u16string_view title, std::u16string_view extension) {
+  UTF16String path(drive);
+  path += folder;
+  path += title;
+  if (!extension.empty() && extension.front() != u'.') path += u'.';
+  path += extension;
+  return path;
+}
+
+UTF16String AddTrailingSlash(std::u16string_view path) {
+  UTF16String result(path);
+  if (result.empty() || result.back() != kSeparator) result += kSeparator;
+  return result;
+}
+
+UTF16String RemoveTrailingSlash(std::u16string_view path) {
+  if (path.size() > 1 && path.back() == kSeparator) path.remove_suffix(1);
+  return UTF16String(path);
+}
+
+UTF16String CombinePaths(std::u16string_view folder, std::u16string_view name) {
+  return AddTrailingSlash(folder).append(name);
+}
+
+UTF16String ToNormalizedPath(std::u16string_view path) {
+  const bool absolute = !path.empty() && path.front() == kSeparator;
+  UTF16String result(absolute ? u"/" : u"");
+  const std::size_t root = result.size();
+  while (!path.empty()) {
+    const auto end = std::min(path.find(kSeparator), path.size());
+    const auto part = path.substr(0, end);
+    path.remove_prefix(std::min(end + 1, path.size()));
+    if (part.empty() || part == u".") continue;
+    if (part == u"..") {
+      const auto parent = result.rfind(kSeparator);
+      result.resize(parent == result.npos ? root : std::max(parent, root));
+      continue;
+    }
+    if (result.size() > root) result += kSeparator;
+    result += part;
+  }
+  return result;
+}
+
+void FilterHiddenFiles(std::vector<UTF16String>& paths) {
+  std::erase_if(paths, [](const UTF16String& path) { return NamePart(path).substr(0, 1) == u"."; });
+}
+
+UTF16String GetLeafDisplayStringFromPath(std::u16string_view path) {
+  const UTF16String whole = RemoveTrailingSlash(path);
+  return whole == u"/" ? whole : GetFullFilePart(whole);
+}
+
+namespace Win {
+
+UTF16String StripUNC(std::u16string_view path) { return UTF16String(path); }
+
+}  // namespace Win
+}  // namespace Hestra::PathUtils

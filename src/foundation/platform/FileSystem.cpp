@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/platform/FileSystem.h"
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+#include <memory>
+#include <utility>
+
+#include "foundation/tarnwick/Text.h"
+
+namespace Sorvik::platform {
+namespace {
+
+FileKind KindOfMode(mode_t mode) noexcept {
+  if (S_ISREG(mode)) return FileKind::kRegular;
+  if (S_ISDIR(mode)) return FileKind::kDirectory;
+  return FileKind::kSpecial;
+}
+
+// The kind behind a name of the open folder whose listing didn't tell it.
+std::optional<FolderItem> LookAt(int folder, const char* name, bool knownLink) {
+  struct stat facts;
+  bool isLink = knownLink;
+  if (!knownLink) {
+    if (fstatat(folder, name, &facts, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0) {
+      return std::nullopt;
+    }
+    isLink = S_ISLNK(facts.st_mode);
+    if (!isLink) return FolderItem{name, KindOfMode(facts.st_mode), false};
+  }
+  if (fstatat(folder, name, &facts, AT_NO_AUTOMOUNT) != 0) {
+    return FolderItem{name, FileKind::kDangling, true};
+  }
+  return FolderItem{name, KindOfMode(facts.st_mode), isLink};
+}
+
+std::optional<FolderItem> ItemOf(int folder, const dirent& entry) {
+  switch (entry.d_type) {
+    case DT_REG:
+      return FolderItem{entry.d_name, FileKind::kRegular, false};
+    case DT_DIR:
+      return FolderItem{entry.d_name, FileKind::kDirectory, false};
+    case DT_LNK:
+      return LookAt(folder, entry.d_name, true);
+    case DT_UNKNOWN:
+      return LookAt(folder, entry.d_name, false);
+    default:
+      return FolderItem{entry.d_name, FileKind::kSpecial, false};
+  }
+}
+
+struct CloseFolder {
+  void operator()(DIR* folder) const noexcept { closedir(folder); }
+};
+
+}  // namespace
+
+std::optional<std::vector<FolderItem>> ListFolder(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return std::nullopt;
+  const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(descriptor));
+  if (!folder) {
+    close(descriptor);
+    return std::nullopt;
+  }
+  std::vector<FolderItem> items;
+  while (const dirent* entry = readdir(folder.get())) {
+    const std::string_view name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    if (auto item = ItemOf(descriptor, *entry)) items.push_back(std::move(*item));
+  }
+  std::sort(items.begin(), items.end(), [](const FolderItem& a, const FolderItem& b) {
+    return tarnwick::utility::LessByCodeUnits(a.name, b.name);
+  });
+  return items;
+}
+
+std::optional<FileKind> KindOf(const std::string& path) noexcept {
+  struct stat facts;
+  if (stat(path.c_str(), &facts) != 0) return std::nullopt;
+  return KindOfMode(facts.st_mode);
+}
+
+std::optional<std::int64_t> ModificationTime(const std::string& path) noexcept {
+  struct stat facts;
+  if (stat(path.c_str(), &facts) != 0) return std::nullopt;
+  constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+  constexpr auto kMostSeconds =
+      std::numeric_limits<std::int64_t>::max() / kNanosecondsPerSecond - 1;
+  const std::int64_t seconds =
+      std::clamp<std::int64_t>(facts.st_mtim.tv_sec, -kMostSeconds, kMostSeconds);
+  return seconds * kNanosecondsPerSecond + facts.st_mtim.tv_nsec;
+}
+
+std::optional<RegularFile> RegularFile::Open(const std::string& path) noexcept {
+  // Opening some devices and FIFOs has effects, so the kind is asked first; it is asked again of
+  // what was opened, since a name may change its meaning in between.
+  struct stat facts;
+  if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return std::nullopt;
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (descriptor < 0) return std::nullopt;
+  if (fstat(descriptor, &facts) != 0 || !S_ISREG(facts.st_mode)) {
+    close(descriptor);
+    return std::nullopt;
+  }
+  return RegularFile(descriptor, static_cast<std::uint64_t>(std::max<off_t>(facts.st_size, 0)));
+}
+
+RegularFile::RegularFile(RegularFile&& other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, -1)), size_(other.size_) {}
+
+RegularFile& RegularFile::operator=(RegularFile&& other) noexcept {
+  std::swap(descriptor_, other.descriptor_);
+  std::swap(size_, other.size_);
+  return *this;
+}
+
+RegularFile::~RegularFile() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+std::size_t RegularFile::ReadAt(std::uint64_t offset, std::span<std::byte> into) const noexcept {
+  std::size_t done = 0;
+  while (done < into.size()) {
+    const std::uint64_t place = offset + done;
+    if (place > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) break;
+    const ssize_t got = pread(descriptor_, into.subspan(done).data(), into.size() - done,
+                              static_cast<off_t>(place));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  return done;
+}
+
+std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::size_t most) {
+  const auto file = RegularFile::Open(path);
+  if (!file) return std::nullopt;
+  std::vector<std::byte> bytes(
+      static_cast<std::size_t>(std::min<std::uint64_t>(most, file->Size())));
+  bytes.resize(file->ReadAt(0, bytes));
+  return bytes;
+}
+
+std::string OwnLibraryPath() {
+  Dl_info info;
+  if (dladdr(reinterpret_cast<const void*>(&OwnLibraryPath), &info) == 0) return {};
+  return info.dli_fname == nullptr ? std::string() : std::string(info.dli_fname);
+}
+
+}  // namespace Sorvik::platform

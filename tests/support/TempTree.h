@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// A folder of a test's own, filled from lists of paths and contents and removed at the end.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace sorvik_test {
+
+class TempTree {
+ public:
+  TempTree();
+  ~TempTree();
+  TempTree(const TempTree&) = delete;
+  TempTree& operator=(const TempTree&) = delete;
+
+  // The folder's path, without a trailing separator.
+  const std::string& Root() const noexcept { return root_; }
+  // The full path of `relative`.
+  std::string Path(std::string_view relative) const;
+  // Write a file or make a folder with all folders above it; both give the full path.
+  std::string File(std::string_view relative, std::string_view content = {}) const;
+  std::string Folder(std::string_view relative) const;
+
+ private:
+  std::string root_;
+};
+
+}  // namespace sorvik_test
