@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+// The variant in which field values travel.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <string>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include "SorvikProvider/foundation/Export.h"
+#include "SorvikProvider/foundation/UTF16String.h"
+
+namespace halvane {
+inline namespace version_1 {
+
+// Run-time description of a type. A type with a chosen name has no std::type_info here and a name
+// of the form <type>:<namespace>:<outer namespace>; a type without one has only the std::type_info
+// of a pointer to it. `parameters` is a null-terminated list, or null for none. One record exists
+// for each type, with static lifetime.
+struct SORVIK_EXPORT TypeRecord {
+  const std::type_info* info;
+  const char* name;
+  const TypeRecord* const* parameters;
+
+  friend SORVIK_EXPORT bool operator==(const TypeRecord& a, const TypeRecord& b) noexcept;
+  // Records with a name come before those without; names and then parameter lists decide.
+  friend SORVIK_EXPORT bool operator<(const TypeRecord& a, const TypeRecord& b) noexcept;
+};
+
+// The record as text, such as "vector:version_1:halvane<any_regular_t:version_1:halvane>".
+SORVIK_EXPORT std::string ToText(const TypeRecord& type);
+
+// The value of a variant that holds nothing. All such values are equal.
+struct empty_t {
+  friend bool operator==(empty_t, empty_t) noexcept { return true; }
+};
+
+// Thrown by a checked cast to another type than the held one.
+class SORVIK_EXPORT bad_cast : public std::bad_cast {
+ public:
+  bad_cast();
+  // "bad_cast: <held> -> <wanted>"
+  bad_cast(const TypeRecord& held, const TypeRecord& wanted);
+  ~bad_cast() override;
+  const char* what() const noexcept override { return message_.c_str(); }
+
+ private:
+  std::string message_;
+};
+
+class any_regular_t;
+
+// The record of T. Specialise `TypeRecordOf` to give a type a name.
+template <class T>
+struct TypeRecordOf {
+  static const TypeRecord& Get() noexcept {
+    static constexpr TypeRecord record{&typeid(T*), nullptr, nullptr};
+    return record;
+  }
+};
+
+template <>
+struct SORVIK_EXPORT TypeRecordOf<empty_t> {
+  static const TypeRecord& Get() noexcept;
+};
+template <>
+struct SORVIK_EXPORT TypeRecordOf<std::string> {
+  static const TypeRecord& Get() noexcept;
+};
+template <>
+struct SORVIK_EXPORT TypeRecordOf<any_regular_t> {
+  static const TypeRecord& Get() noexcept;
+};
+template <>
+struct SORVIK_EXPORT TypeRecordOf<std::vector<any_regular_t>> {
+  static const TypeRecord& Get() noexcept;
+};
+template <>
+struct SORVIK_EXPORT TypeRecordOf<Hestra::UTF16String> {
+  static const TypeRecord& Get() noexcept;
+};
+
+// Holds a value of any regular type (copyable, assignable, comparable for equality), or nothing. A
+// copy is deep. Small values, a std::string among them, live in the variant itself and others on
+// the heap. As thread-safe as the held type.
+class any_regular_t {
+ public:
+  any_regular_t() noexcept : operations_(&kModel<empty_t>.operations) {}
+
+  template <class T>
+  requires(!std::is_same_v<std::remove_cvref_t<T>, any_regular_t> &&
+           std::equality_comparable<std::decay_t<T>> &&
+           std::copy_constructible<std::decay_t<T>>) explicit any_regular_t(T&& value)
+      : operations_(&kModel<std::decay_t<T>>.operations) {
+    Model<std::decay_t<T>>::Make(&storage_, std::forward<T>(value));
+  }
+
+  any_regular_t(const any_regular_t& other) : operations_(other.operations_) {
+    operations_->copy(&other.storage_, &storage_);
+  }
+  any_regular_t(any_regular_t&& other) noexcept : operations_(other.operations_) {
+    operations_->move(&other.storage_, &storage_);
+    other.operations_ = &kModel<empty_t>.operations;
+  }
+  any_regular_t& operator=(const any_regular_t& other) {
+    if (operations_ == other.operations_) {
+      operations_->assign(&storage_, &other.storage_);
+    } else {
+      *this = any_regular_t(other);
+    }
+    return *this;
+  }
+  any_regular_t& operator=(any_regular_t&& other) noexcept {
+    if (this == &other) return *this;
+    operations_->destruct(&storage_);
+    operations_ = other.operations_;
+    operations_->move(&other.storage_, &storage_);
+    other.operations_ = &kModel<empty_t>.operations;
+    return *this;
+  }
+  ~any_regular_t() { operations_->destruct(&storage_); }
+
+  void swap(any_regular_t& other) noexcept {
+    any_regular_t kept(std::move(other));
+    other = std::move(*this);
+    *this = std::move(kept);
+  }
+
+  const TypeRecord& type_info() const noexcept { return operations_->type(); }
+
+  template <class T>
+  bool holds() const noexcept {
+    return type_info() == TypeRecordOf<T>::Get();
+  }
+
+  // A copy of the held value; throws bad_cast if it is of another type.
+  template <class T>
+  T cast() const {
+    if (!holds<T>()) throw bad_cast(type_info(), TypeRecordOf<T>::Get());
+    return *Model<T>::At(&storage_);
+  }
+  // Stores the held value and returns true, or leaves `value` alone and returns false.
+  template <class T>
+  bool cast(T& value) const {
+    if (!holds<T>()) return false;
+    value = *Model<T>::At(&storage_);
+    return true;
+  }
+  // The held value in place, or null if it is of another type. Valid until the variant changes.
+  template <class T>
+  const T* get_if() const noexcept {
+    return holds<T>() ? Model<T>::At(&storage_) : nullptr;
+  }
+
+  friend bool operator==(const any_regular_t& a, const any_regular_t& b) {
+    return a.type_info() == b.type_info() && a.operations_->equals(&a.storage_, &b.storage_);
+  }
+
+ private:
+  struct Storage {
+    alignas(std::string) std::byte bytes[sizeof(std::string)];
+  };
+
+  // The operations of a held type. assign, equals and exchange assume the same type on both sides;
+  // move leaves nothing to destruct behind.
+  struct Operations {
+    std::uintptr_t version;
+    void (*destruct)(Storage*) noexcept;
+    const TypeRecord& (*type)() noexcept;
+    void (*copy)(const Storage* from, Storage* to);
+    void (*move)(Storage* from, Storage* to) noexcept;
+    void (*assign)(Storage* to, const Storage* from);
+    bool (*equals)(const Storage*, const Storage*);
+    void (*exchange)(Storage*, Storage*) noexcept;
+  };
+
+  template <class T>
+  struct Model {
+    static constexpr bool kInPlace = sizeof(T) <= sizeof(Storage) &&
+                                     alignof(T) <= alignof(Storage) &&
+                                     std::is_nothrow_move_constructible_v<T>;
+
+    static T* At(const Storage* storage) noexcept {
+      auto* bytes = const_cast<std::byte*>(storage->bytes);
+      if constexpr (kInPlace) {
+        return std::launder(reinterpret_cast<T*>(bytes));
+      } else {
+        return *std::launder(reinterpret_cast<T**>(bytes));
+      }
+    }
+    template <class U>
+    static void Make(Storage* storage, U&& value) {
+      if constexpr (kInPlace) {
+        new (storage->bytes) T(std::forward<U>(value));
+      } else {
+        new (storage->bytes) T*(new T(std::forward<U>(value)));
+      }
+    }
+    static void Destruct(Storage* storage) noexcept {
+      if constexpr (kInPlace) {
+        At(storage)->~T();
+      } else {
+        delete At(storage);
+      }
+    }
+    static const TypeRecord& Type() noexcept { return TypeRecordOf<T>::Get(); }
+    static void Copy(const Storage* from, Storage* to) { Make(to, std::as_const(*At(from))); }
+    static void Move(Storage* from, Storage* to) noexcept {
+      if constexpr (kInPlace) {
+        Make(to, std::move(*At(from)));
+        Destruct(from);
+      } else {
+        new (to->bytes) T*(At(from));
+      }
+    }
+    static void Assign(Storage* to, const Storage* from) { *At(to) = *At(from); }
+    static bool Equals(const Storage* a, const Storage* b) { return *At(a) == *At(b); }
+    static void Exchange(Storage* a, Storage* b) noexcept {
+      Storage kept;
+      Move(a, &kept);
+      Move(b, a);
+      Move(&kept, b);
+    }
+
+    Operations operations{1, Destruct, Type, Copy, Move, Assign, Equals, Exchange};
+  };
+
+  template <class T>
+  static constexpr Model<T> kModel{};
+
+  const Operations* operations_;
+  Storage storage_;
+};
+
+}  // namespace version_1
+}  // namespace halvane

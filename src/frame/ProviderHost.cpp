@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+#include "SorvikProvider/frame/ProviderHost.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "foundation/CallScope.h"
+#include "frame/RequestQueue.h"
+
+namespace Sorvik {
+namespace {
+
+using ProviderMaker = Provider* (*)();
+
+template <class T>
+Provider* Make() {
+  return new T;
+}
+
+// In this order they are asked, and ties between equal scores are decided.
+constexpr ProviderMaker kProviderMakers[] = {nullptr};
+
+}  // namespace
+
+const std::string ProviderHost::sBestProvider;
+unsigned int ProviderHost::sUseCount = 0;
+std::vector<ProviderWrapper*> ProviderHost::sProviders;
+boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::sExecutor;
+
+void ProviderHost::Initialize() {
+  if (++sUseCount != 1) return;
+  for (const ProviderMaker make : kProviderMakers) {
+    if (make != nullptr) RegisterProvider(std::make_unique<AsyncProviderWrapper>(make()));
+  }
+  if (!sExecutor) {
+    sExecutor =
+        tarnwick::threads::CreateSubExecutor(tarnwick::threads::CreateIOBoundExecutor(), -1);
+  }
+}
+
+void ProviderHost::Shutdown() {
+  if (--sUseCount != 0) return;
+  if (sExecutor) {
+    sExecutor->StopAccepting();
+    sExecutor->WaitForAccepted();
+    sExecutor.reset();
+  }
+  for (ProviderWrapper*& wrapper : sProviders) delete std::exchange(wrapper, nullptr);
+  sProviders.clear();
+}
+
+void ProviderHost::RegisterProvider(std::unique_ptr<ProviderWrapper> wrapper) {
+  if (!wrapper) return;
+  sProviders.push_back(wrapper.get());
+  wrapper.release();
+}
+
+const std::vector<ProviderWrapper*>& ProviderHost::GetAllProviders() { return sProviders; }
+
+std::vector<ProviderWrapper*> ProviderHost::GetProviderList(const std::string& path) {
+  return GetProviderList(path, nullptr);
+}
+
+std::vector<ProviderWrapper*> ProviderHost::GetProviderList(const std::string& path,
+                                                            ProviderRequest* request) {
+  if (path.empty()) return {};
+  const foundation::CallScope scope;  // all providers look at the same folder
+  std::vector<std::pair<int, ProviderWrapper*>> scored;
+  for (ProviderWrapper* wrapper : sProviders) {
+    if (ProviderRequest::TestAborted(request) || wrapper == nullptr) return {};
+    const int score = wrapper->CanProvideFor(path);
+    if (score >= 1) scored.emplace_back(score, wrapper);
+  }
+  std::stable_sort(scored.begin(), scored.end(),
+                   [](const auto& a, const auto& b) { return a.first > b.first; });
+  std::vector<ProviderWrapper*> list;
+  for (const auto& [score, wrapper] : scored) list.push_back(wrapper);
+  return list;
+}
+
+bool ProviderHost::HasProvider(const std::string& path) {
+  const foundation::CallScope scope;
+  try {
+    return std::any_of(sProviders.begin(), sProviders.end(), [&](const ProviderWrapper* wrapper) {
+      return wrapper->CanProvideFor(path) >= 1;
+    });
+  } catch (...) {
+    // One provider's failure must not cost a listing its other entries.
+    return false;
+  }
+}
+
+boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::GetProviderExecutor() {
+  return sExecutor;
+}
+
+Hestra::InterfaceRef<ProviderListRequest, Hestra::IThreadedQueueRequest>
+ProviderHost::RequestProviderList(const std::string& path,
+                                  tarnwick::utility::ImmutableString station) {
+  const Hestra::InterfaceRef<ProviderListRequest, Hestra::IThreadedQueueRequest> request(
+      new ProviderListRequest(std::move(station), path));
+  QueueRequest(request);
+  return request;
+}
+
+Hestra::InterfaceRef<ProviderDefaultContentRequest, Hestra::IThreadedQueueRequest>
+ProviderHost::RequestDefaultProviderContent(
+    Hestra::ObjectPtr<DefaultContentRequestData, Hestra::AtomicValue> data,
+    tarnwick::utility::ImmutableString station) {
+  const Hestra::InterfaceRef<ProviderDefaultContentRequest, Hestra::IThreadedQueueRequest> request(
+      new ProviderDefaultContentRequest(std::move(station), std::move(data)));
+  QueueRequest(request);
+  return request;
+}
+
+}  // namespace Sorvik

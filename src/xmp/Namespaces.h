@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+// The XMP namespaces in use, as ISO 16684-1 and its companion tables publish them.
+#pragma once
+
+namespace Sorvik::xmp {
+
+inline constexpr char kNsDC[] = "http://purl.org/dc/elements/1.1/";
+inline constexpr char kNsXMP[] = "http://ns.adobe.com/xap/1.0/";
+inline constexpr char kNsDM[] = "http://ns.adobe.com/xmp/1.0/DynamicMedia/";
+inline constexpr char kNsAux[] = "http://ns.adobe.com/exif/1.0/aux/";
+inline constexpr char kNsTIFF[] = "http://ns.adobe.com/tiff/1.0/";
+inline constexpr char kNsEXIF[] = "http://ns.adobe.com/exif/1.0/";
+inline constexpr char kNsCRS[] = "http://ns.adobe.com/camera-raw-settings/1.0/";
+inline constexpr char kNsDimensions[] = "http://ns.adobe.com/xap/1.0/sType/Dimensions#";
+inline constexpr char kNsRDF[] = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
+inline constexpr char kNsXML[] = "http://www.w3.org/XML/1998/namespace";
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+// The XMP data model (ISO 16684-1, clause 6): properties by namespace and name, each a simple text,
+// a structure or an array. One object belongs to one thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace Sorvik::xmp {
+
+// What the layer raises. The id tells the kind of failure.
+class XMP_Error : public std::exception {
+ public:
+  XMP_Error(std::int32_t id, std::string message) : id_(id), message_(std::move(message)) {}
+  std::int32_t GetID() const noexcept { return id_; }
+  const char* GetErrMsg() const noexcept { return message_.c_str(); }
+  const char* what() const noexcept override { return message_.c_str(); }
+
+ private:
+  std::int32_t id_;
+  std::string message_;
+};
+
+inline constexpr std::int32_t kXMPErr_BadXPath = 102;  // a property is not of the expected form
+inline constexpr std::int32_t kXMPErr_BadXML = 201;
+inline constexpr std::int32_t kXMPErr_BadRDF = 202;
+inline constexpr std::int32_t kXMPErr_BadFile = 114;  // a file that can't be read
+
+using XMP_OptionBits = std::uint32_t;
+inline constexpr XMP_OptionBits kXMP_PropValueIsStruct = 0x0100;
+inline constexpr XMP_OptionBits kXMP_PropValueIsArray = 0x0200;
+inline constexpr XMP_OptionBits kXMP_PropArrayIsOrdered = 0x0400;
+inline constexpr XMP_OptionBits kXMP_PropArrayIsAlternate = 0x0800;
+inline constexpr XMP_OptionBits kXMP_PropArrayIsAltText = 0x1000;
+
+enum class ArrayForm { kBag, kSeq, kAlt };
+
+struct XMPNode;  // src/xmp/XMPNode.h
+
+class TXMPMeta {
+ public:
+  TXMPMeta();
+  TXMPMeta(const TXMPMeta& other);
+  TXMPMeta(TXMPMeta&& other) noexcept;
+  TXMPMeta& operator=(TXMPMeta other) noexcept;
+  ~TXMPMeta();
+
+  // Reads a serialised packet in UTF-8, UTF-16 or UTF-32, with or without its wrapper; replaces
+  // what the object held. Raises XMP_Error if it isn't well-formed.
+  void ParseFromBuffer(const char* bytes, std::uint32_t length, XMP_OptionBits options = 0);
+
+  // Each gives true and the value if the item exists; otherwise false, and the value stays. Raises
+  // error 102 if a property on the way is of another form than asked. `options` may be null.
+  bool GetProperty(std::string_view schema, std::string_view name, std::string* value,
+                   XMP_OptionBits* options = nullptr) const;
+  bool GetArrayItem(std::string_view schema, std::string_view arrayName, std::int32_t index,
+                    std::string* value, XMP_OptionBits* options = nullptr) const;
+  bool GetStructField(std::string_view schema, std::string_view structName,
+                      std::string_view fieldSchema, std::string_view fieldName, std::string* value,
+                      XMP_OptionBits* options = nullptr) const;
+  // Chooses by RFC 3066 language tags: the specific language, the generic one, "x-default", the
+  // first. `genericLang` may be null.
+  bool GetLocalizedText(std::string_view schema, std::string_view altTextName,
+                        const char* genericLang, std::string_view specificLang,
+                        std::string* actualLang, std::string* value,
+                        XMP_OptionBits* options = nullptr) const;
+
+  // Whether anything is held, or a property of that name.
+  bool Empty() const noexcept;
+  bool HasProperty(std::string_view schema, std::string_view name) const noexcept;
+
+  // For the readers of native metadata. Empty values are not stored. A second SetX of the same
+  // property replaces the first; AppendArrayItem makes the array if there is none.
+  void SetProperty(std::string_view schema, std::string_view name, std::string value);
+  void SetStructField(std::string_view schema, std::string_view structName,
+                      std::string_view fieldSchema, std::string_view fieldName, std::string value);
+  void AppendArrayItem(std::string_view schema, std::string_view arrayName, ArrayForm form,
+                       std::string value);
+  void SetLocalizedText(std::string_view schema, std::string_view altTextName,
+                        std::string_view language, std::string value);
+
+  // Takes each property of `weaker` that this object doesn't have.
+  void FillFrom(const TXMPMeta& weaker);
+  // Takes one property of `other` over what is here, if `other` has it.
+  void TakeFrom(const TXMPMeta& other, std::string_view schema, std::string_view name);
+  void DeleteProperty(std::string_view schema, std::string_view name) noexcept;
+  void Clear() noexcept;
+
+ private:
+  std::unique_ptr<XMPNode> root_;
+};
+
+using SXMPMeta = TXMPMeta;
+
+}  // namespace Sorvik::xmp
