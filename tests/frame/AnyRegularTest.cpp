@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <array>
+#include <set>
+
+#include "SorvikProvider/frame/Provider.h"
+#include "SorvikProvider/frame/any_regular_t.h"
+
+namespace {
+
+using halvane::any_regular_t;
+using halvane::bad_cast;
+using halvane::empty_t;
+using halvane::ToText;
+using halvane::TypeRecordOf;
+using Sorvik::Provider;
+using List = std::vector<any_regular_t>;
+
+std::string MessageOfCast(const any_regular_t& value) {
+  try {
+    static_cast<void>(value.cast<std::string>());
+  } catch (const bad_cast& failure) {
+    return failure.what();
+  }
+  return {};
+}
+
+TEST(AnyRegular, KeepsEachKindThroughCopyMoveAndSwap) {
+  const std::vector<any_regular_t> kinds{
+      any_regular_t(), any_regular_t(std::string("a text too long for a small string's own place")),
+      any_regular_t(List{any_regular_t(std::string("/a")), any_regular_t()}),
+      any_regular_t(Sorvik::UTF16String(u"wide")),
+      any_regular_t(Provider::ByteSize_t(5'000'000'000))};
+  for (std::size_t i = 0; i < kinds.size(); ++i) {
+    any_regular_t copy = kinds[i];
+    any_regular_t moved = std::move(copy);
+    EXPECT_EQ(moved, kinds[i]);
+    for (std::size_t j = 0; j < kinds.size(); ++j) {
+      EXPECT_EQ(kinds[i] == kinds[j], i == j);
+      any_regular_t other = kinds[j];
+      any_regular_t one = kinds[i];
+      one.swap(other);
+      EXPECT_EQ(one, kinds[j]);
+      EXPECT_EQ(other, kinds[i]);
+      one = kinds[i];
+      EXPECT_EQ(one, kinds[i]);
+    }
+  }
+}
+
+TEST(AnyRegular, CopiesListsDeeply) {
+  const any_regular_t list(List{any_regular_t(std::string("/a"))});
+  List taken = list.cast<List>();
+  taken[0] = any_regular_t(std::string("/b"));
+  EXPECT_EQ(list, any_regular_t(List{any_regular_t(std::string("/a"))}));
+}
+
+TEST(AnyRegular, TellsValuesThatLookAlikeApart) {
+  EXPECT_FALSE(any_regular_t(std::string()) == any_regular_t());
+  EXPECT_FALSE(any_regular_t(std::string("7")) == any_regular_t(Provider::ByteSize_t(7)));
+  EXPECT_EQ(any_regular_t(Provider::ByteSize_t(0)), any_regular_t(Provider::ByteSize_t()));
+}
+
+TEST(AnyRegular, CastsOnlyToTheHeldKind) {
+  std::string text = "kept";
+  EXPECT_FALSE(any_regular_t(Provider::ByteSize_t(1)).cast(text));
+  EXPECT_EQ(text, "kept");
+  EXPECT_TRUE(any_regular_t(std::string("new")).cast(text));
+  EXPECT_EQ(text, "new");
+  EXPECT_EQ(MessageOfCast(any_regular_t()),
+            "bad_cast: empty_t:version_1:halvane -> string_t:version_1:halvane");
+  EXPECT_EQ(MessageOfCast(any_regular_t(List{})),
+            "bad_cast: vector:version_1:halvane<any_regular_t:version_1:halvane> -> "
+            "string_t:version_1:halvane");
+  EXPECT_EQ(MessageOfCast(any_regular_t(Provider::ByteSize_t(1))),
+            "bad_cast: ByteSize_t:Provider:Sorvik -> string_t:version_1:halvane");
+  EXPECT_STREQ(bad_cast().what(), "bad_cast");
+}
+
+TEST(AnyRegular, HoldsAnyOtherRegularTypeOfAHost) {
+  const any_regular_t small(42);
+  const any_regular_t large(std::array<double, 16>{1.5});
+  EXPECT_EQ(small.cast<int>(), 42);
+  EXPECT_EQ((large.cast<std::array<double, 16>>()[0]), 1.5);
+  EXPECT_EQ(large, any_regular_t(large));
+  EXPECT_EQ(ToText(TypeRecordOf<int>::Get()), "int*");
+}
+
+TEST(TypeRecords, OrderNamedBeforeUnnamedThenByNameAndParameters) {
+  const auto& empty = TypeRecordOf<empty_t>::Get();
+  const auto& text = TypeRecordOf<std::string>::Get();
+  const auto& wide = TypeRecordOf<Sorvik::UTF16String>::Get();
+  const halvane::TypeRecord shortList{nullptr, "vector:version_1:halvane", nullptr};
+  const auto& list = TypeRecordOf<List>::Get();
+  EXPECT_TRUE(empty < text && !(text < empty));
+  EXPECT_TRUE(text < wide && !(wide < text));
+  EXPECT_TRUE(shortList < list && !(list < shortList));
+  EXPECT_FALSE(shortList == list);
+  const halvane::TypeRecord sameName{nullptr, "string_t:version_1:halvane", nullptr};
+  EXPECT_TRUE(sameName == text && !(sameName < text));
+}
+
+}  // namespace
