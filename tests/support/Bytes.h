@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// Builds the bytes of a file field by field, big-endian unless LE stands in the name.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/ByteReader.h"
+
+namespace sorvik_test {
+
+class Bytes {
+ public:
+  Bytes() = default;
+  explicit Bytes(std::string raw) : raw_(std::move(raw)) {}
+
+  Bytes& U8(std::uint64_t v) { return Number(v, 1, true); }
+  Bytes& U16(std::uint64_t v) { return Number(v, 2, true); }
+  Bytes& U24(std::uint64_t v) { return Number(v, 3, true); }
+  Bytes& U32(std::uint64_t v) { return Number(v, 4, true); }
+  Bytes& U64(std::uint64_t v) { return Number(v, 8, true); }
+  Bytes& U16LE(std::uint64_t v) { return Number(v, 2, false); }
+  Bytes& U32LE(std::uint64_t v) { return Number(v, 4, false); }
+  Bytes& Text(std::string_view text) {
+    raw_.append(text);
+    return *this;
+  }
+  // Digits in pairs; anything else is passed over.
+  Bytes& Hex(std::string_view digits) {
+    int high = -1;
+    for (const char c : digits) {
+      const int v = HexDigit(c);
+      if (v < 0) continue;
+      if (high < 0) {
+        high = v;
+      } else {
+        raw_.push_back(static_cast<char>(high * 16 + v));
+        high = -1;
+      }
+    }
+    return *this;
+  }
+  Bytes& Fill(std::size_t count, unsigned value = 0) {
+    raw_.append(count, static_cast<char>(value));
+    return *this;
+  }
+  // Fills up to `size` bytes in all.
+  Bytes& PadTo(std::size_t size, unsigned value = 0) {
+    if (raw_.size() < size) Fill(size - raw_.size(), value);
+    return *this;
+  }
+  Bytes& Add(const Bytes& other) { return Text(other.raw_); }
+  // Overwrites `count` bytes at `at` with a number.
+  Bytes& Set(std::size_t at, std::uint64_t v, std::size_t count) {
+    Bytes number;
+    number.Number(v, count, true);
+    raw_.replace(at, count, number.raw_);
+    return *this;
+  }
+
+  std::size_t size() const { return raw_.size(); }
+  const std::string& str() const { return raw_; }
+  Bytes Cut(std::size_t size) const { return Bytes(raw_.substr(0, size)); }
+  // Borrowed: this object must outlive it.
+  Sorvik::foundation::ByteReader Reader() const { return Sorvik::foundation::ReaderOf(raw_); }
+
+ private:
+  static int HexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+  }
+  Bytes& Number(std::uint64_t v, std::size_t count, bool bigEndian) {
+    for (std::size_t i = 0; i < count; ++i) {
+      raw_.push_back(static_cast<char>(v >> (8 * (bigEndian ? count - 1 - i : i)) & 0xFF));
+    }
+    return *this;
+  }
+
+  std::string raw_;
+};
+
+// A file of the samples beside the source tree; nothing when they aren't there.
+inline std::optional<std::string> ReadSample(std::string_view relative) {
+  std::ifstream stream(std::string(SORVIK_SAMPLES_DIR "/").append(relative), std::ios::binary);
+  if (!stream) return std::nullopt;
+  return std::string{std::istreambuf_iterator<char>(stream), {}};
+}
+
+}  // namespace sorvik_test
