@@ -2,7 +2,7 @@
 // Pixel buffers held by handle: 32-bit pixels, bytes blue, green, red, alpha, colours
 // premultiplied. A handle belongs to whoever received it last and is given back with
 // bitplateDispose. One handle belongs to one thread at a time; different handles may be used on
-// different threads.
+// different threads. A null handle has no pixels: its sizes are 0, and setting anything is ignored.
 #pragma once
 
 #include <cstddef>

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "SorvikProvider/foundation/Bitplate.h"
 
+#include <cstddef>
 #include <memory>
 #include <new>
+#include <utility>
 
-// The handle is the address of the first member of a record that owns everything.
+// The record owns everything; the handle is the address of its pointer to itself.
 struct Bitplate {
+  Bitplate* self = this;
   int width;
   int height;
   BitplateRowOrder order = BitplateRowOrder::kTopDown;
@@ -18,10 +21,7 @@ namespace {
 constexpr int kLargestSide = 16384;
 constexpr int kBytesPerPixel = 4;
 
-struct Handle {
-  Bitplate* plate;
-  Bitplate record;
-};
+Bitplate* RecordOf(Bitplate** plate) noexcept { return plate == nullptr ? nullptr : *plate; }
 
 }  // namespace
 
@@ -31,37 +31,49 @@ Bitplate** bitplateNew(const BitplateRect& bounds) noexcept {
   if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide) return nullptr;
   const auto size = static_cast<std::size_t>(width * height * kBytesPerPixel);
   std::unique_ptr<unsigned char[]> pixels(new (std::nothrow) unsigned char[size]());
-  auto* handle = new (std::nothrow) Handle;
-  if (!pixels || handle == nullptr) {
-    delete handle;
-    return nullptr;
-  }
-  handle->record.width = static_cast<int>(width);
-  handle->record.height = static_cast<int>(height);
-  handle->record.pixels = std::move(pixels);
-  handle->plate = &handle->record;
-  return &handle->plate;
+  if (!pixels) return nullptr;
+  auto* record = new (std::nothrow) Bitplate;
+  if (record == nullptr) return nullptr;
+  record->width = static_cast<int>(width);
+  record->height = static_cast<int>(height);
+  record->pixels = std::move(pixels);
+  return &record->self;
 }
 
-void bitplateDispose(Bitplate** plate) noexcept {
-  // A handle is the first member of its Handle, so both have one address.
-  delete reinterpret_cast<Handle*>(plate);
+void bitplateDispose(Bitplate** plate) noexcept { delete RecordOf(plate); }
+
+int bitplateGetWidth(Bitplate** plate) noexcept {
+  const Bitplate* record = RecordOf(plate);
+  return record == nullptr ? 0 : record->width;
 }
 
-int bitplateGetWidth(Bitplate** plate) noexcept { return (*plate)->width; }
+int bitplateGetHeight(Bitplate** plate) noexcept {
+  const Bitplate* record = RecordOf(plate);
+  return record == nullptr ? 0 : record->height;
+}
 
-int bitplateGetHeight(Bitplate** plate) noexcept { return (*plate)->height; }
+int bitplateGetRowbytes(Bitplate** plate) noexcept {
+  return bitplateGetWidth(plate) * kBytesPerPixel;
+}
 
-int bitplateGetRowbytes(Bitplate** plate) noexcept { return (*plate)->width * kBytesPerPixel; }
+unsigned char* bitplateGetPixels(Bitplate** plate) noexcept {
+  const Bitplate* record = RecordOf(plate);
+  return record == nullptr ? nullptr : record->pixels.get();
+}
 
-unsigned char* bitplateGetPixels(Bitplate** plate) noexcept { return (*plate)->pixels.get(); }
+void bitplateLockPixels(Bitplate** plate) noexcept {
+  if (Bitplate* record = RecordOf(plate)) ++record->locks;
+}
 
-void bitplateLockPixels(Bitplate** plate) noexcept { ++(*plate)->locks; }
+void bitplateUnlockPixels(Bitplate** plate) noexcept {
+  if (Bitplate* record = RecordOf(plate)) --record->locks;
+}
 
-void bitplateUnlockPixels(Bitplate** plate) noexcept { --(*plate)->locks; }
-
-BitplateRowOrder bitplateGetRowOrder(Bitplate** plate) noexcept { return (*plate)->order; }
+BitplateRowOrder bitplateGetRowOrder(Bitplate** plate) noexcept {
+  const Bitplate* record = RecordOf(plate);
+  return record == nullptr ? BitplateRowOrder::kTopDown : record->order;
+}
 
 void bitplateSetRowOrder(Bitplate** plate, BitplateRowOrder order) noexcept {
-  (*plate)->order = order;
+  if (Bitplate* record = RecordOf(plate)) record->order = order;
 }

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Where and how pixels are drawn: a borrowed buffer of 32-bit pixels, the order of the bytes of a
+// pixel, and the part of the buffer that a picture takes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace Sorvik::imaging {
+
+// Bytes of a pixel, and where in it the colours stand.
+struct PixelLayout {
+  int bytes;
+  int red;
+  int green;
+  int blue;
+};
+
+inline constexpr PixelLayout kRGB{3, 0, 1, 2};
+inline constexpr PixelLayout kRGBA{4, 0, 1, 2};
+inline constexpr PixelLayout kBGRA{4, 2, 1, 0};
+
+// The part of a cell that a picture takes, counted from the cell's top left corner.
+struct Placement {
+  int x;
+  int y;
+  int width;
+  int height;
+};
+
+// Pixels are blue, green, red, alpha. Row 0 is the top of the cell; with `bottomUp` it is the last
+// in memory.
+struct Canvas {
+  unsigned char* pixels;
+  std::size_t rowBytes;
+  int width;
+  int height;
+  bool bottomUp = false;
+
+  std::span<std::uint8_t> Row(int y) const noexcept {
+    const auto row = static_cast<std::size_t>(bottomUp ? height - 1 - y : y);
+    return {pixels + row * rowBytes, static_cast<std::size_t>(width) * 4};
+  }
+};
+
+}  // namespace Sorvik::imaging
