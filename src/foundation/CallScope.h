@@ -38,6 +38,15 @@ class CallScope {
     return made;
   }
 
+  // The kept record, or null if nothing has made one yet.
+  template <class T>
+  static std::shared_ptr<const T> Kept(const std::string& key) {
+    const Records* records = Current();
+    if (records == nullptr) return nullptr;
+    const auto kept = records->find(std::make_pair(std::type_index(typeid(T)), key));
+    return kept == records->end() ? nullptr : std::static_pointer_cast<const T>(kept->second);
+  }
+
  private:
   using Records = std::map<std::pair<std::type_index, std::string>, std::shared_ptr<const void>>;
 

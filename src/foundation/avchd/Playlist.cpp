@@ -4,8 +4,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <unordered_map>
+#include <utility>
 
 #include "foundation/CallScope.h"
+#include "foundation/FolderNames.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FileSystem.h"
@@ -119,30 +122,83 @@ struct PlaylistNames {
   std::map<int, std::string> byNumber;
 };
 
-void AddName(const std::string& name, std::map<int, std::string>& byNumber) {
-  const bool camera = name.ends_with(".MPL");
-  if (!camera && !name.ends_with(".mpls")) return;
-  const std::string title = name.substr(0, name.rfind('.'));
+// The number of a name such as "00012.mpl" with its extension in any case; nothing for any other.
+std::optional<int> NumberOfName(const std::string& name) {
+  const auto dot = name.rfind('.');
+  if (dot == std::string::npos) return std::nullopt;
+  const auto extension = tarnwick::utility::FoldCase(Hestra::MakeString(name.substr(dot)));
+  if (extension != u".mpl" && extension != u".mpls") return std::nullopt;
+  const std::string title = name.substr(0, dot);
   int number = 0;
-  if (!tarnwick::utility::StringToNumber(Hestra::MakeString(title), number)) return;
+  if (!tarnwick::utility::StringToNumber(Hestra::MakeString(title), number)) return std::nullopt;
   char spelled[16];
   std::snprintf(spelled, sizeof spelled, "%05d", number);
-  if (title != spelled) return;
-  if (camera) {
-    byNumber[number] = name;
-  } else {
-    byNumber.try_emplace(number, name);
-  }
+  return title == spelled ? std::optional<int>(number) : std::nullopt;
 }
 
 PlaylistNames ListPlaylists(const std::string& folder) {
-  PlaylistNames names;
+  PlaylistNames list;
   const auto items = Hestra::Directory::GetItems(folder);
-  if (!items) return names;
+  if (!items) return list;
+  const auto names = FolderNames::Of(folder);
   for (const auto& item : *items) {
-    if (item.kind != platform::FileKind::kDangling) AddName(item.name, names.byNumber);
+    const auto number = NumberOfName(item.name);
+    if (!number || list.byNumber.contains(*number)) continue;
+    const std::string title = item.name.substr(0, item.name.rfind('.'));
+    for (const auto* extension : {".MPL", ".mpls"}) {
+      if (!names->Holds(title + extension)) continue;
+      list.byNumber.emplace(*number, title + extension);
+      break;
+    }
   }
-  return names;
+  return list;
+}
+
+std::shared_ptr<const PlaylistNames> NamesIn(const std::string& folder) {
+  return CallScope::Remember<PlaylistNames>(folder, [&folder] { return ListPlaylists(folder); });
+}
+
+// Where the clips of a card stand: for each clip the playlists that hold it, by ascending number,
+// each with the clip's first item.
+struct ClipPlace {
+  int number;
+  std::size_t item;
+  std::shared_ptr<const Playlist> playlist;
+};
+struct PlaylistIndex {
+  std::unordered_map<std::string, std::vector<ClipPlace>> clips;
+};
+
+PlaylistIndex MakeIndex(const std::string& folder) {
+  PlaylistIndex index;
+  for (const auto& [number, name] : NamesIn(folder)->byNumber) {
+    const auto playlist = LoadPlaylist(folder + "/" + name);
+    for (std::size_t i = 0; i < playlist->items.size(); ++i) {
+      auto& places = index.clips[std::string(playlist->items[i].ClipName())];
+      if (places.empty() || places.back().number != number) places.push_back({number, i, playlist});
+    }
+  }
+  return index;
+}
+
+ShotOfClip ShotAround(std::shared_ptr<const Playlist> playlist, std::size_t clip) {
+  const auto& items = playlist->items;
+  ShotOfClip shot{nullptr, clip, clip, clip + 1};
+  while (shot.first > 0 && items[shot.first].ContinuesShot()) --shot.first;
+  while (shot.end < items.size() && items[shot.end].ContinuesShot()) ++shot.end;
+  shot.playlist = std::move(playlist);
+  return shot;
+}
+
+// The shot in the playlist with the highest number from `lowest` to `highest` that holds the clip.
+std::optional<ShotOfClip> FindInIndex(const PlaylistIndex& index, const std::string& clip,
+                                      int lowest, int highest) {
+  const auto found = index.clips.find(clip);
+  if (found == index.clips.end()) return std::nullopt;
+  const auto& places = found->second;
+  auto at = std::ranges::upper_bound(places, highest, {}, &ClipPlace::number);
+  if (at == places.begin() || (--at)->number < lowest) return std::nullopt;
+  return ShotAround(at->playlist, at->item);
 }
 
 std::string ParentOf(const std::string& path) {
@@ -175,33 +231,33 @@ std::optional<ShotOfClip> FindShot(std::shared_ptr<const Playlist> playlist,
   const auto found =
       std::ranges::find_if(items, [clip](const PlayItem& item) { return item.ClipName() == clip; });
   if (found == items.end()) return std::nullopt;
-  ShotOfClip shot;
-  shot.clip = static_cast<std::size_t>(found - items.begin());
-  shot.first = shot.clip;
-  while (shot.first > 0 && items[shot.first].ContinuesShot()) --shot.first;
-  shot.end = shot.clip + 1;
-  while (shot.end < items.size() && items[shot.end].ContinuesShot()) ++shot.end;
-  shot.playlist = std::move(playlist);
-  return shot;
+  const auto clipAt = static_cast<std::size_t>(found - items.begin());
+  return ShotAround(std::move(playlist), clipAt);
 }
 
 std::optional<ShotOfClip> FindShotOfStream(const std::string& streamFile) {
   const std::string folder = ParentOf(ParentOf(streamFile)) + "/PLAYLIST";
-  const auto names =
-      CallScope::Remember<PlaylistNames>(folder, [&folder] { return ListPlaylists(folder); });
   const auto wideTitle = Hestra::PathUtils::GetFilePart(Hestra::MakeString(streamFile));
   const std::string title = Hestra::MakeStdString(wideTitle);
   // A title that is no number gets one look, for a name that cameras don't write.
   int number = -1;
   tarnwick::utility::StringToNumber(wideTitle, number);
-  const auto& byNumber = names->byNumber;
   const int lowest = std::min(number, 0);
+  if (const auto index = CallScope::Kept<PlaylistIndex>(folder)) {
+    return FindInIndex(*index, title, lowest, number);
+  }
+  const auto names = NamesIn(folder);
+  const auto& byNumber = names->byNumber;
   for (auto at = byNumber.upper_bound(number); at != byNumber.begin();) {
     --at;
     if (at->first < lowest) break;
     if (auto shot = FindShot(LoadPlaylist(folder + "/" + at->second), title)) return shot;
   }
   return std::nullopt;
+}
+
+void IndexPlaylists(const std::string& folder) {
+  CallScope::Remember<PlaylistIndex>(folder, [&folder] { return MakeIndex(folder); });
 }
 
 const ShotMark* MarkOfShot(const Playlist& playlist, std::size_t first) {

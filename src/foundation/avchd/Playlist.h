@@ -91,6 +91,11 @@ std::optional<ShotOfClip> FindShot(std::shared_ptr<const Playlist> playlist, std
 // PLAYLIST folder once within a call scope.
 std::optional<ShotOfClip> FindShotOfStream(const std::string& streamFile);
 
+// For a caller about to ask for the shots of many clips of one card: reads all playlists of the
+// PLAYLIST folder and notes in the call scope which clips they hold. FindShotOfStream then gives
+// the same answers by one look-up each. Does nothing without a call scope.
+void IndexPlaylists(const std::string& folder);
+
 // The mark of the shot that begins at item `first`; null if the playlist has none for it.
 const ShotMark* MarkOfShot(const Playlist& playlist, std::size_t first);
 

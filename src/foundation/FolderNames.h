@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// Answers whether names stand in a folder from one listing of it, where a provider asks for many.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "foundation/platform/FileSystem.h"
+
+namespace Sorvik::foundation {
+
+// The answers are those of platform::KindOf for the folder's path with the name behind it, also on
+// file systems that pay no heed to case: a name that isn't listed in this spelling but in another
+// is asked of the disk, as is everything in a folder that can't be listed. Never changes once made;
+// any thread.
+class FolderNames {
+ public:
+  // The names of `folder` (UTF-8, without a trailing separator), shared with the call scope.
+  static std::shared_ptr<const FolderNames> Of(const std::string& folder);
+
+  // What the name leads to, after links; nothing if it leads nowhere. A name with a separator in it
+  // stands in no folder.
+  std::optional<platform::FileKind> KindOf(const std::string& name) const;
+  bool Holds(const std::string& name) const { return KindOf(name).has_value(); }
+  bool HoldsFolder(const std::string& name) const {
+    return KindOf(name) == platform::FileKind::kDirectory;
+  }
+
+  explicit FolderNames(std::string folder);
+
+ private:
+  std::optional<platform::FileKind> AskDisk(const std::string& name) const;
+
+  std::string folder_;
+  bool listed_ = false;
+  std::unordered_map<std::string, platform::FileKind> kinds_;
+  std::unordered_set<std::string> folded_;  // the same names regardless of case
+};
+
+}  // namespace Sorvik::foundation
