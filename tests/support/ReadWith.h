@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+// Runs a reader of native metadata over bytes in memory and shows what it found, one fact a line.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "xmp/Namespaces.h"
+#include "xmp/Reader.h"
+
+namespace sorvik_test {
+
+// Bytes in memory as a file, which counts how it is read.
+class MemoryFile : public Sorvik::xmp::FileBytes {
+ public:
+  explicit MemoryFile(std::string_view bytes) : bytes_(Sorvik::foundation::ReaderOf(bytes)) {}
+
+  std::uint64_t Size() const noexcept override { return bytes_.Size(); }
+  std::vector<std::byte> Read(std::uint64_t offset, std::size_t count) const override {
+    ++reads;
+    const auto part = bytes_.Clip(offset, count).Bytes();
+    most = std::max(most, part.size());
+    return {part.begin(), part.end()};
+  }
+
+  mutable int reads = 0;
+  mutable std::size_t most = 0;  // the longest read
+
+ private:
+  Sorvik::foundation::ByteReader bytes_;
+};
+
+struct ReadResult {
+  bool recognised = false;
+  Sorvik::xmp::ReaderOutput output;
+  int reads = 0;  // beside the head
+  std::size_t longestRead = 0;
+
+  std::string Get(std::string_view schema, std::string_view name) const {
+    std::string value;
+    output.native.GetProperty(schema, name, &value);
+    return value;
+  }
+  std::string Field(std::string_view structure, std::string_view fieldSchema,
+                    std::string_view field) const {
+    std::string value;
+    output.native.GetStructField(Sorvik::xmp::kNsDM, structure, fieldSchema, field, &value);
+    return value;
+  }
+};
+
+inline ReadResult ReadWith(
+    const Sorvik::xmp::Reader& reader, std::string_view bytes, std::string path = {},
+    const Sorvik::xmp::WantedProperties& wanted = Sorvik::xmp::WantedProperties::All()) {
+  ReadResult result;
+  const MemoryFile file(bytes);
+  const Sorvik::xmp::ReaderInput input{
+      std::move(path), file, Sorvik::foundation::ReaderOf(bytes.substr(0, Sorvik::xmp::kHeadSize))};
+  result.recognised = reader.recognises(input);
+  reader.read(input, wanted, result.output);
+  result.reads = file.reads;
+  result.longestRead = file.most;
+  return result;
+}
+
+// The media facts in a fixed order, such as "videoFrameRate=25", one a line; absent ones left out.
+inline std::string Facts(const ReadResult& result) {
+  using namespace Sorvik::xmp;
+  std::string all;
+  const auto line = [&all](std::string_view name, const std::string& value) {
+    if (!value.empty()) all.append(name).append("=").append(value).append("\n");
+  };
+  const std::pair<const char*, const char*> kSimple[] = {
+      {kNsDC, "identifier"},
+      {kNsXMP, "CreateDate"},
+      {kNsXMP, "ModifyDate"},
+      {kNsXMP, "CreatorTool"},
+      {kNsDM, "videoFrameRate"},
+      {kNsDM, "videoPixelDepth"},
+      {kNsDM, "videoPixelAspectRatio"},
+      {kNsDM, "videoColorSpace"},
+      {kNsDM, "videoCompressor"},
+      {kNsDM, "videoFieldOrder"},
+      {kNsDM, "audioSampleRate"},
+      {kNsDM, "audioSampleType"},
+      {kNsDM, "audioChannelType"},
+      {kNsDM, "audioCompressor"},
+      {kNsDM, "fileDataRate"},
+      {kNsDM, "shotDate"},
+      {kNsDM, "shotName"},
+      {kNsDM, "cameraModel"},
+      {kNsDM, "comment"},
+      {kNsTIFF, "Make"},
+      {kNsTIFF, "Model"},
+      {kNsTIFF, "software"},
+      {kNsAux, "SerialNumber"},
+      {kNsEXIF, "GPSAltitude"},
+      {kNsEXIF, "GPSAltitudeRef"},
+      {kNsEXIF, "GPSLatitude"},
+      {kNsEXIF, "GPSLongitude"},
+      {kNsCRS, "WhiteBalance"},
+  };
+  for (const auto& [schema, name] : kSimple) line(name, result.Get(schema, name));
+  const std::string width = result.Field("videoFrameSize", kNsDimensions, "w");
+  if (!width.empty()) {
+    line("videoFrameSize", width + "x" + result.Field("videoFrameSize", kNsDimensions, "h") + " " +
+                               result.Field("videoFrameSize", kNsDimensions, "unit"));
+  }
+  const std::string time = result.Field("startTimecode", kNsDM, "timeValue");
+  if (!time.empty()) {
+    line("startTimecode", time + " " + result.Field("startTimecode", kNsDM, "timeFormat"));
+  }
+  const std::string frames = result.Field("duration", kNsDM, "value");
+  if (!frames.empty()) line("duration", frames + " @ " + result.Field("duration", kNsDM, "scale"));
+  return all;
+}
+
+}  // namespace sorvik_test
