@@ -1,0 +1,52 @@
+# What an installation holds: library, headers, CMake package, pkg-config file, program, man page and
+# completions. The pictures and catalogues are installed by Resources.cmake.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS SorvikProvider EXPORT SorvikProviderTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+install(DIRECTORY include/SorvikProvider
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(EXPORT SorvikProviderTargets NAMESPACE SorvikProvider::
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/SorvikProvider COMPONENT development)
+
+configure_package_config_file(
+    cmake/package/SorvikProviderConfig.cmake.in SorvikProviderConfig.cmake
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/SorvikProvider)
+write_basic_package_version_file(SorvikProviderConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+configure_file(cmake/package/SorvikProvider.pc.in SorvikProvider.pc @ONLY)
+install(FILES
+    ${PROJECT_BINARY_DIR}/SorvikProviderConfig.cmake
+    ${PROJECT_BINARY_DIR}/SorvikProviderConfigVersion.cmake
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/SorvikProvider COMPONENT development)
+install(FILES ${PROJECT_BINARY_DIR}/SorvikProvider.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+if(TARGET sorvik)
+  install(TARGETS sorvik RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+endif()
+if(EXISTS ${PROJECT_SOURCE_DIR}/docs/sorvik.1)
+  install(FILES docs/sorvik.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+endif()
+if(EXISTS ${PROJECT_SOURCE_DIR}/host/completion/sorvik.bash)
+  install(FILES host/completion/sorvik.bash RENAME sorvik
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+  install(FILES host/completion/_sorvik
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT program)
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME sorvikprovider)
+set(CPACK_PACKAGE_VENDOR "the SorvikProvider authors")
+set(CPACK_PACKAGE_CONTACT "the SorvikProvider authors <authors@sorvikprovider.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Camera cards and folders as places with clips")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "shared-mime-info")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "adwaita-icon-theme")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libboost-dev")
+include(CPack)
