@@ -1,9 +1,13 @@
 # bench/*Bench.cpp: each its own program, so that one can be run alone.
 find_package(benchmark REQUIRED)
 file(GLOB SORVIK_BENCHES CONFIGURE_DEPENDS bench/*Bench.cpp)
+file(GLOB SORVIK_BENCH_SUPPORT CONFIGURE_DEPENDS tests/support/*.cpp)
+add_library(sorvik_bench_support OBJECT ${SORVIK_BENCH_SUPPORT})
+target_link_libraries(sorvik_bench_support PUBLIC sorvik_objects)
+target_include_directories(sorvik_bench_support PUBLIC tests bench)
 foreach(source ${SORVIK_BENCHES})
   get_filename_component(name ${source} NAME_WE)
   add_executable(${name} ${source})
-  target_link_libraries(${name} PRIVATE sorvik_objects benchmark::benchmark)
-  target_include_directories(${name} PRIVATE tests bench)
+  target_link_libraries(${name} PRIVATE
+      sorvik_bench_support sorvik_objects benchmark::benchmark)
 endforeach()

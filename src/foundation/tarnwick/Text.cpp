@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <optional>
 
 namespace tarnwick::utility {
@@ -72,6 +73,22 @@ void AppendBytes(std::string& out, char32_t point) {
 constexpr char32_t Combine(char16_t high, char16_t low) {
   return 0x10000 + ((static_cast<char32_t>(high) - 0xD800) << 10) +
          (static_cast<char32_t>(low) - 0xDC00);
+}
+
+// Where two texts begin to differ, or the length of the shorter. Names in a folder tend to share long
+// beginnings, so whole words are compared.
+std::size_t FirstDifference(std::string_view a, std::string_view b) {
+  const std::size_t shorter = std::min(a.size(), b.size());
+  std::size_t i = 0;
+  for (; shorter - i >= sizeof(std::uint64_t); i += sizeof(std::uint64_t)) {
+    std::uint64_t wordA;
+    std::uint64_t wordB;
+    std::memcpy(&wordA, a.data() + i, sizeof(wordA));
+    std::memcpy(&wordB, b.data() + i, sizeof(wordB));
+    if (wordA != wordB) break;
+  }
+  while (i < shorter && a[i] == b[i]) ++i;
+  return i;
 }
 
 template <class Map>
@@ -144,10 +161,10 @@ UTF16String LowerCase(std::u16string_view text) { return MapPoints(text, u_tolow
 UTF16String UpperCase(std::u16string_view text) { return MapPoints(text, u_toupper); }
 
 bool LessByCodeUnits(std::string_view a, std::string_view b) {
-  const auto [inA, inB] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-  if (inA == a.end() || inB == b.end()) return inA == a.end() && inB != b.end();
-  const auto byteA = static_cast<unsigned char>(*inA);
-  const auto byteB = static_cast<unsigned char>(*inB);
+  const std::size_t common = FirstDifference(a, b);
+  if (common == a.size() || common == b.size()) return a.size() < b.size();
+  const auto byteA = static_cast<unsigned char>(a[common]);
+  const auto byteB = static_cast<unsigned char>(b[common]);
   if (byteA < 0x80 && byteB < 0x80) return byteA < byteB;
   return UTF8to16(a) < UTF8to16(b);
 }
