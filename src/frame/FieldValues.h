@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+// Field values as providers make and read them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "SorvikProvider/frame/FieldModel.h"
+
+namespace Sorvik {
+
+// The paths as a list value, each a text.
+any_regular_t PathList(const std::vector<UTF16String>& paths);
+
+// The text of a field; empty if the entry lacks it or if it holds no text.
+std::string TextOf(const FieldValueMap& fields, const std::string& name);
+
+}  // namespace Sorvik

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "SorvikProvider/metadata/XMPSupport.h"
+#include "xmp/Namespaces.h"
+
+namespace Sorvik::XMPSupport {
+namespace {
+
+using namespace xmp;  // NOLINT(google-build-using-namespace): the namespaces are the table's column
+
+constexpr char kNone[] = "";
+
+}  // namespace
+
+// The order is the numbering of fields: rows are never moved or taken away.
+// clang-format off
+const XMPCrossReference kXMPCrossReference[kFieldCount] = {
+    {"Name", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Name=Name", kNone},
+    {"Path", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/FilePath=File Path", kNone},
+    {"ExtraPath", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/ExtraPath=Additional File Path", kNone},
+    {"creator", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Creator=Creator", kNsDC},
+    {"identifier", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Identifier=Identifier", kNsDC},
+    {"description", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Description=Description", kNsDC},
+    {"relation", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Relations=Relations", kNsDC},
+    {"CreateDate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/CreationDate=Date Created", kNsXMP},
+    {"CreatorTool", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/CreateTool=Creation Tool", kNsXMP},
+    {"Label", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Label=Label", kNsXMP},
+    {"MetadataDate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/MetadataDate=Metadata Date", kNsXMP},
+    {"ModifyDate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/ModifyDate=Date Modified", kNsXMP},
+    {"Nickname", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Nickname=Nickname", kNsXMP},
+    {"Rating", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Rating=Rating", kNsXMP},
+    {"projectRef", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/projectRef=Project Reference", kNsDM},
+    {"videoFrameRate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoFrameRate=Frame Rate", kNsDM},
+    {"videoFrameSize", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoFrameSize=Frame Size", kNsDM},
+    {"videoPixelDepth", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoPixelDepth=Pixel Depth", kNsDM},
+    {"videoPixelAspectRatio", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoPixelAspectRatio=Pixel Aspect Ratio", kNsDM},
+    {"videoColorSpace", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoColorSpace=Color Space", kNsDM},
+    {"videoAlphaMode", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoAlphaMode=Alpha Mode", kNsDM},
+    {"videoAlphaUnityIsTransparent", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoAlphaUnityIsTransparent=Alpha Unity Is Transparent", kNsDM},
+    {"videoCompressor", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoCompressor=Video Compressor", kNsDM},
+    {"videoFieldOrder", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoFieldOrder=Video Field Order", kNsDM},
+    {"pullDown", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/pullDown=Pulldown", kNsDM},
+    {"audioSampleRate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/audioSampleRate=Audio Sample Rate", kNsDM},
+    {"audioSampleType", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/audioSampleType=Audio Sample Type", kNsDM},
+    {"audioChannelType", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/audioChannelType=Audio Channel Type", kNsDM},
+    {"audioCompressor", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/audioCompressor=Audio Compressor", kNsDM},
+    {"speakerPlacement", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/speakerPlacement=Speaker Placement", kNsDM},
+    {"fileDataRate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/fileDataRate=File Data Rate", kNsDM},
+    {"startTimecode", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/startTimeCode=Start Timecode", kNsDM},
+    {"duration", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/duration=Duration", kNsDM},
+    {"scale", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/scale=Timescale", kNsDM},
+    {"good", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/good=Good", kNsDM},
+    {"scene", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/scene=Scene", kNsDM},
+    {"shotName", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/shotName=Shot Name", kNsDM},
+    {"shotNumber", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/shotNumber=Shot Number", kNsDM},
+    {"takeNumber", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/takeNumber=Take Number", kNsDM},
+    {"shotLocation", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/shotLocation=Shot Location", kNsDM},
+    {"shotDay", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/shotDay=Day of Shoot", kNsDM},
+    {"shotDate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/shotDate=Shot Date", kNsDM},
+    {"camera", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/camera=Camera", kNsDM},
+    {"cameraModel", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/cameraModel=Camera Model", kNsDM},
+    {"cameraMove", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/cameraMove=Camera Move", kNsDM},
+    {"comment", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/comment=Comment", kNsDM},
+    {"logComment", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/logComment=Log Comment", kNsDM},
+    {"videoModDate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/videoModDate=Video Modification Date", kNsDM},
+    {"audioModDate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/audioModDate=Audio Modification Date", kNsDM},
+    {"metadataModDate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/metadataModDate=Metadata Modification Date", kNsDM},
+    {"artist", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/artist=Artist", kNsDM},
+    {"album", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/album=Album", kNsDM},
+    {"trackNumber", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/trackNumber=Track Number", kNsDM},
+    {"genre", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/genre=Genre", kNsDM},
+    {"copyright", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/copyright=Copyright", kNsDM},
+    {"releaseDate", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/releaseDate=Release Date", kNsDM},
+    {"composer", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/composer=Composer", kNsDM},
+    {"engineer", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/engineer=Engineer", kNsDM},
+    {"tempo", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/tempo=Tempo", kNsDM},
+    {"instrument", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/instrument=Instrument", kNsDM},
+    {"introTime", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/introTime=Intro Time", kNsDM},
+    {"outCue", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/outCue=Out Cue", kNsDM},
+    {"relativeTimestamp", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/relativeTimestamp=Relative Timestamp", kNsDM},
+    {"loop", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/loop=Loop", kNsDM},
+    {"numberOfBeats", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/numberOfBeats=Number of Beats", kNsDM},
+    {"frameCount", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/frameCount=Frame Count", kNone},
+    {"SerialNumber", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/serialNumber=Serial Number", kNsAux},
+    {"Make", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/make=Make", kNsTIFF},
+    {"Model", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/model=Model", kNsTIFF},
+    {"GPSAltitude", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/altitude=Altitude", kNsEXIF},
+    {"GPSAltitudeRef", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/altitudeRef=Altitude Ref.", kNsEXIF},
+    {"GPSLatitude", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/latitude=Latitude", kNsEXIF},
+    {"GPSLongitude", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/longitude=Longitude", kNsEXIF},
+    {"GPSProcessingMethod", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/GPSProcessingMethod=GPS Processing Method", kNsEXIF},
+    {"software", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/software=Software", kNsTIFF},
+    {"WhiteBalance", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/WhiteBalance=White Balance", kNsCRS},
+    {"ProxyPath", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/ProxyPath=Proxy Path", kNone},
+};
+// clang-format on
+
+XMPFieldBits ParseFields(const FieldNameSet& fields) {
+  XMPFieldBits bits;
+  for (std::size_t row = 0; row < kFieldCount; ++row) {
+    if (fields.contains(kXMPCrossReference[row].propertyName)) bits.set(row);
+  }
+  return bits;
+}
+
+}  // namespace Sorvik::XMPSupport
