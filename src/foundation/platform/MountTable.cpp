@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/platform/MountTable.h"
+
+#include <libmount/libmount.h>
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <unordered_map>
+
+#include "foundation/CallScope.h"
+
+namespace Sorvik::platform {
+namespace {
+
+struct FreeTable {
+  void operator()(libmnt_table* table) const noexcept { mnt_unref_table(table); }
+};
+struct FreeIterator {
+  void operator()(libmnt_iter* iterator) const noexcept { mnt_free_iter(iterator); }
+};
+struct CloseStream {
+  void operator()(FILE* stream) const noexcept { std::fclose(stream); }
+};
+using TablePtr = std::unique_ptr<libmnt_table, FreeTable>;
+
+std::string TextOf(const char* text) { return text == nullptr ? std::string() : text; }
+
+bool HasOption(const char* options, const char* name) {
+  return options != nullptr && mnt_optstr_get_option(options, name, nullptr, nullptr) == 0;
+}
+
+Mount MountOf(libmnt_fs* entry) {
+  Mount mount;
+  mount.mountPoint = TextOf(mnt_fs_get_target(entry));
+  mount.root = TextOf(mnt_fs_get_root(entry));
+  mount.type = TextOf(mnt_fs_get_fstype(entry));
+  mount.source = TextOf(mnt_fs_get_source(entry));
+  mount.options = TextOf(mnt_fs_get_fs_options(entry));
+  const dev_t device = mnt_fs_get_devno(entry);
+  mount.major = major(device);
+  mount.minor = minor(device);
+  const char* userOptions = mnt_fs_get_user_options(entry);
+  mount.askedHidden = HasOption(userOptions, "x-gvfs-hide");
+  mount.askedShown = HasOption(userOptions, "x-gvfs-show");
+  return mount;
+}
+
+std::vector<Mount> MountsOf(libmnt_table* table) {
+  std::vector<Mount> mounts;
+  const std::unique_ptr<libmnt_iter, FreeIterator> iterator(mnt_new_iter(MNT_ITER_FORWARD));
+  libmnt_fs* entry = nullptr;
+  while (iterator && mnt_table_next_fs(table, iterator.get(), &entry) == 0) {
+    Mount mount = MountOf(entry);
+    if (!mount.mountPoint.empty() && mount.mountPoint.front() == '/') {
+      mounts.push_back(std::move(mount));
+    }
+  }
+  return mounts;
+}
+
+}  // namespace
+
+bool IsNetworkType(std::string_view type) noexcept {
+  static constexpr std::array<std::string_view, 38> kTypes = {"9p",
+                                                              "afp",
+                                                              "afs",
+                                                              "beegfs",
+                                                              "ceph",
+                                                              "cifs",
+                                                              "coda",
+                                                              "davfs",
+                                                              "davfs2",
+                                                              "fuse.afp",
+                                                              "fuse.ceph",
+                                                              "fuse.cephfs",
+                                                              "fuse.curlftpfs",
+                                                              "fuse.dav",
+                                                              "fuse.davfs",
+                                                              "fuse.davfs2",
+                                                              "fuse.gcsfuse",
+                                                              "fuse.gvfsd-fuse",
+                                                              "fuse.glusterfs",
+                                                              "fuse.goofys",
+                                                              "fuse.httpfs",
+                                                              "fuse.juicefs",
+                                                              "fuse.mfs",
+                                                              "fuse.rclone",
+                                                              "fuse.s3fs",
+                                                              "fuse.seaweedfs",
+                                                              "fuse.smbnetfs",
+                                                              "fuse.sshfs",
+                                                              "fuse.wdfs",
+                                                              "glusterfs",
+                                                              "lustre",
+                                                              "ncpfs",
+                                                              "nfs",
+                                                              "nfs4",
+                                                              "orangefs",
+                                                              "smb3",
+                                                              "smbfs",
+                                                              "virtiofs"};
+  return std::find(kTypes.begin(), kTypes.end(), type) != kTypes.end();
+}
+
+bool IsAtOrBelow(std::string_view path, std::string_view folder) noexcept {
+  if (folder == "/") return path.substr(0, 1) == "/";
+  return path.substr(0, folder.size()) == folder &&
+         (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+MountTable::MountTable(std::vector<Mount> mounts) {
+  std::unordered_map<std::string, std::size_t> last;
+  for (std::size_t i = 0; i < mounts.size(); ++i) last[mounts[i].mountPoint] = i;
+  for (std::size_t i = 0; i < mounts.size(); ++i) {
+    if (last[mounts[i].mountPoint] != i) continue;
+    mounts[i].isNetwork = mounts[i].mountPoint != "/" && IsNetworkType(mounts[i].type);
+    mounts_.push_back(std::move(mounts[i]));
+  }
+  hasNetworkMounts_ = std::any_of(mounts_.begin(), mounts_.end(),
+                                  [](const Mount& mount) { return mount.isNetwork; });
+}
+
+MountTable MountTable::Read(const std::string& path) {
+  const TablePtr table(mnt_new_table());
+  if (!table || mnt_table_parse_mtab(table.get(), path.c_str()) != 0) return MountTable({});
+  return MountTable(MountsOf(table.get()));
+}
+
+MountTable MountTable::Parse(std::string_view text) {
+  if (text.empty()) return MountTable({});
+  std::string copy(text);
+  const TablePtr table(mnt_new_table());
+  const std::unique_ptr<FILE, CloseStream> stream(fmemopen(copy.data(), copy.size(), "r"));
+  if (!table || !stream || mnt_table_parse_stream(table.get(), stream.get(), "mountinfo") != 0) {
+    return MountTable({});
+  }
+  return MountTable(MountsOf(table.get()));
+}
+
+std::shared_ptr<const MountTable> MountTable::Current() {
+  return foundation::CallScope::Remember<MountTable>(kKernelMountTable,
+                                                     [] { return Read(kKernelMountTable); });
+}
+
+const Mount* MountTable::At(std::string_view path) const noexcept {
+  const auto found = std::find_if(mounts_.begin(), mounts_.end(),
+                                  [&](const Mount& mount) { return mount.mountPoint == path; });
+  return found == mounts_.end() ? nullptr : &*found;
+}
+
+const Mount* MountTable::Holding(std::string_view path) const noexcept {
+  const Mount* holder = nullptr;
+  for (const Mount& mount : mounts_) {
+    if (!IsAtOrBelow(path, mount.mountPoint)) continue;
+    if (holder == nullptr || mount.mountPoint.size() > holder->mountPoint.size()) holder = &mount;
+  }
+  return holder;
+}
+
+bool MountTable::LeadsToNetwork(std::string_view path) const noexcept {
+  return hasNetworkMounts_ && std::any_of(mounts_.begin(), mounts_.end(), [&](const Mount& mount) {
+           return mount.isNetwork && IsAtOrBelow(path, mount.mountPoint);
+         });
+}
+
+}  // namespace Sorvik::platform
