@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -152,7 +154,12 @@ std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::siz
 std::string OwnLibraryPath() {
   Dl_info info;
   if (dladdr(reinterpret_cast<const void*>(&OwnLibraryPath), &info) == 0) return {};
-  return info.dli_fname == nullptr ? std::string() : std::string(info.dli_fname);
+  if (info.dli_fname == nullptr) return {};
+  if (*info.dli_fname == kSeparator) return info.dli_fname;
+  // A program started, or a library searched for, by a relative path is known by that path.
+  char resolved[PATH_MAX];
+  const char* const path = realpath(info.dli_fname, resolved);
+  return path == nullptr ? std::string(info.dli_fname) : std::string(path);
 }
 
 }  // namespace Sorvik::platform
