@@ -110,8 +110,6 @@ void JpegReader::State::Start(State& state) {
   jpeg_decompress_struct& decoder = state.decoder;
   const bool isInk = decoder.jpeg_color_space == JCS_CMYK || decoder.jpeg_color_space == JCS_YCCK;
   decoder.out_color_space = isInk ? JCS_CMYK : JCS_RGB;
-  decoder.do_fancy_upsampling = FALSE;
-  decoder.do_block_smoothing = FALSE;
   jpeg_start_decompress(&decoder);
 }
 
