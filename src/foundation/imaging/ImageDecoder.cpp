@@ -42,6 +42,15 @@ void OnSizePrepared(GdkPixbufLoader* loader, int width, int height, gpointer dat
   }
 }
 
+// The decoders leave the rows that a short file lacks as the memory happened to be.
+void OnAreaPrepared(GdkPixbufLoader* loader, gpointer) {
+  constexpr guint32 kOpaqueBlack = 0x000000FF;
+  gdk_pixbuf_fill(gdk_pixbuf_loader_get_pixbuf(loader), kOpaqueBlack);
+}
+
+// Decoders that announce their memory before they write to it, and may leave some of it.
+bool LeavesRest(std::string_view type) { return type == "bmp" || type == "png" || type == "ico"; }
+
 // True if the loader took all bytes and the size was allowed.
 bool Feed(GdkPixbufLoader* loader, const ImageSource& source, const SizeGate& gate) {
   std::vector<std::byte> piece(
@@ -66,6 +75,9 @@ Image::Pixbuf Load(const ImageSource& source, const char* type, int side) {
   if (!loader) return nullptr;
   SizeGate gate{side};
   g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(OnSizePrepared), &gate);
+  if (LeavesRest(type)) {
+    g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(OnAreaPrepared), nullptr);
+  }
   const bool fed = Feed(loader.get(), source, gate);
   // Closing is due in any case. A loader that failed may still hold a part of the picture, which is
   // dropped; one that finished a damaged file without complaint has filled the rest.
@@ -88,6 +100,24 @@ bool BmpLacksAlpha(const ImageSource& source) {
          reader.U32LE(30).value_or(0) != kBitFields || reader.U32LE(66).value_or(0) == 0;
 }
 
+// True if the chunks go on up to the last one (PNG, second edition, 5.3). The decoder doesn't mind
+// an end before it, and the rest of such a picture would be black.
+bool PngIsWhole(const ImageSource& source) {
+  constexpr std::uint64_t kSignatureBytes = 8;
+  constexpr std::uint64_t kBytesAroundData = 12;
+  // A large picture has a few thousand chunks.
+  constexpr int kMostChunks = 200'000;
+  std::uint64_t offset = kSignatureBytes;
+  for (int i = 0; i < kMostChunks; ++i) {
+    std::array<std::byte, 8> head;
+    if (source.ReadAt(offset, head) != head.size()) return false;
+    const ByteReader reader(head);
+    if (reader.Matches(4, "IEND")) return true;
+    offset += *reader.U32BE(0) + kBytesAroundData;
+  }
+  return false;
+}
+
 std::optional<Image> DecodeAs(const ImageSource& source, const char* type, bool ignoreAlpha,
                               int side = 0) {
   auto pixbuf = Load(source, type, side);
@@ -95,10 +125,16 @@ std::optional<Image> DecodeAs(const ImageSource& source, const char* type, bool 
   return Image(std::move(pixbuf), ignoreAlpha);
 }
 
+std::optional<Image> DecodePng(const ImageSource& source) {
+  if (!PngIsWhole(source)) return std::nullopt;
+  return DecodeAs(source, "png", false);
+}
+
 std::optional<Image> DecodeIco(const ImageSource& source) {
   const auto picture = LargestIcoPicture(source);
   if (!picture) return std::nullopt;
-  return DecodeAs(ImageSource(picture->bytes), picture->isPng ? "png" : "ico", false);
+  const ImageSource bytes(picture->bytes);
+  return picture->isPng ? DecodePng(bytes) : DecodeAs(bytes, "ico", false);
 }
 
 bool FindsTransparency(std::span<const std::uint8_t> row) {
@@ -170,7 +206,7 @@ std::optional<Image> DecodeImage(const ImageSource& source) {
     case ImageType::kBmp:
       return DecodeAs(source, "bmp", BmpLacksAlpha(source));
     case ImageType::kPng:
-      return DecodeAs(source, "png", false);
+      return DecodePng(source);
     case ImageType::kJpeg:
       return DecodeAs(source, "jpeg", true);
     case ImageType::kTiff:

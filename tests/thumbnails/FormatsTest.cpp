@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "foundation/imaging/ImageSource.h"
+#include "support/ImageFiles.h"
+#include "support/TempTree.h"
+#include "thumbnails/OwnedBitplate.h"
+#include "thumbnails/Rendering.h"
+
+namespace sorvik_test {
+namespace {
+
+using Sorvik::OwnedBitplate;
+using namespace std::string_literals;
+
+class Formats : public testing::Test {
+ protected:
+  OwnedBitplate Render(const std::string& bytes) {
+    return RenderFile(tree_.File("picture.bin", bytes));
+  }
+  static OwnedBitplate RenderFile(const std::string& path) {
+    return OwnedBitplate(Sorvik::RenderThumbnail(Hestra::MakeString(path), 0, 0));
+  }
+  // The picture at its own size is exactly this one.
+  void ExpectDrawn(const char* what, const std::string& bytes, const Drawing& drawing) {
+    const auto plate = Render(bytes);
+    ASSERT_TRUE(plate) << what;
+    EXPECT_EQ(Upright(plate.get()).pixels, drawing.pixels) << what;
+  }
+  TempTree tree_;
+};
+
+const std::vector<Pixel> kPalette{kRed, kGreen, kBlue, kWhite, kBlack, kYellow};
+
+TEST_F(Formats, BmpOfEveryDepth) {
+  const Drawing six = SixColours();
+  // Rows from the bottom, each filled to 4 bytes.
+  const std::string rows24 =
+      "\x00\x00\x00\x00\xFF\xFF\0\0\xFF\x00\x00\xFF\xFF\xFF\0\0\x00\x00\xFF\x00\xFF\x00\0\0"s;
+  const std::string rows24FromTop =
+      "\x00\x00\xFF\x00\xFF\x00\0\0\xFF\x00\x00\xFF\xFF\xFF\0\0\x00\x00\x00\x00\xFF\xFF\0\0"s;
+  const std::string rows32 = "\0\0\0\0\0\xFF\xFF\0\xFF\0\0\0\xFF\xFF\xFF\0\0\0\xFF\0\0\xFF\0\0"s;
+  ExpectDrawn("4 bits",
+              Bmp({.bits = 4, .palette = kPalette, .data = "\x45\0\0\0\x23\0\0\0\x01\0\0\0"s}),
+              six);
+  ExpectDrawn("8 bits", Bmp({.bits = 8, .palette = kPalette, .data = "\4\5\0\0\2\3\0\0\0\1\0\0"s}),
+              six);
+  ExpectDrawn("run lengths, 8 bits",
+              Bmp({.bits = 8,
+                   .compression = 1,
+                   .palette = kPalette,
+                   .data = "\1\4\1\5\0\0\1\2\1\3\0\0\1\0\1\1\0\1"s}),
+              six);
+  ExpectDrawn("run lengths, 4 bits",
+              Bmp({.bits = 4,
+                   .compression = 2,
+                   .palette = kPalette,
+                   .data = "\2\x45\0\0\2\x23\0\0\2\x01\0\1"s}),
+              six);
+  ExpectDrawn("16 bits, 555",
+              Bmp({.bits = 16,
+                   .data = LE16(0) + LE16(0x7FE0) + LE16(0x1F) + LE16(0x7FFF) + LE16(0x7C00) +
+                           LE16(0x3E0)}),
+              six);
+  ExpectDrawn("16 bits, 565",
+              Bmp({.bits = 16,
+                   .compression = 3,
+                   .masks = {0xF800, 0x7E0, 0x1F, 0},
+                   .data = LE16(0) + LE16(0xFFE0) + LE16(0x1F) + LE16(0xFFFF) + LE16(0xF800) +
+                           LE16(0x7E0)}),
+              six);
+  ExpectDrawn("24 bits", Bmp({.data = rows24}), six);
+  ExpectDrawn("24 bits from the top", Bmp({.height = -3, .data = rows24FromTop}), six);
+  ExpectDrawn("OS/2 header", Bmp({.headerBytes = 12, .data = rows24}), six);
+  ExpectDrawn("32 bits, the fourth byte is filling", Bmp({.bits = 32, .data = rows32}), six);
+  ExpectDrawn("1 bit",
+              Bmp({.bits = 1, .palette = {kRed, kBlue}, .data = "\x40\0\0\0\x80\0\0\0\xC0\0\0\0"s}),
+              {2, 3, {kBlue, kBlue, kBlue, kRed, kRed, kBlue}});
+}
+
+TEST_F(Formats, BmpHasAlphaOnlyByItsMask) {
+  // One row: half transparent red, opaque green.
+  const std::string row = "\0\0\xFF\x80\0\xFF\0\xFF"s;
+  BmpParts parts{.headerBytes = 124,
+                 .width = 2,
+                 .height = 1,
+                 .bits = 32,
+                 .compression = 3,
+                 .masks = {0xFF0000, 0xFF00, 0xFF, 0xFF000000},
+                 .data = row};
+  ExpectDrawn("with a mask", Bmp(parts), {2, 1, {{128, 0, 0, 128}, kGreen}});
+  parts.masks[3] = 0;
+  ExpectDrawn("without", Bmp(parts), {2, 1, {kRed, kGreen}});
+}
+
+TEST_F(Formats, PngTiffGifAndIco) {
+  const Drawing six = SixColours();
+  Drawing seeThrough = six;
+  seeThrough.pixels[3] = kClear;
+  ExpectDrawn("PNG", Saved(six, "png"), six);
+  ExpectDrawn("PNG with alpha that is never used", Saved(six, "png", true), six);
+  ExpectDrawn("PNG with alpha", Saved(seeThrough, "png", true), seeThrough);
+  ExpectDrawn("TIFF", Saved(six, "tiff"), six);
+  ExpectDrawn("TIFF with alpha", Saved(seeThrough, "tiff", true), seeThrough);
+  ExpectDrawn("GIF", SixColourGif(), six);
+  ExpectDrawn("ICO", Saved(Plain(16, 16, kRed), "ico", true), Plain(16, 16, kRed));
+}
+
+TEST_F(Formats, IcoGivesItsLargestPictureWhateverItsForm) {
+  const auto bitmapOf = [](const Pixel& pixel, int side) {
+    const std::string file = Saved(Plain(side, side, pixel), "ico", true);
+    return file.substr(22);
+  };
+  const std::string png = Saved(Plain(256, 256, kBlue), "png");
+  ExpectDrawn("PNG is largest", Ico({{16, bitmapOf(kRed, 16)}, {0, png}}), Plain(256, 256, kBlue));
+  ExpectDrawn("bitmap is largest",
+              Ico({{8, Saved(Plain(8, 8, kBlue), "png")}, {16, bitmapOf(kRed, 16)}}),
+              Plain(16, 16, kRed));
+  // An entry whose bytes aren't there costs itself only.
+  std::string lying = Ico({{0, png}, {16, bitmapOf(kGreen, 16)}});
+  lying.replace(6 + 8, 4, LE32(0x00300000));
+  ExpectDrawn("the largest lies", lying, Plain(16, 16, kGreen));
+}
+
+TEST_F(Formats, TruncatedJpegAndBmpShowWhatThereIs) {
+  const std::string jpeg = Jpeg(Plain(64, 64, kGreen), JpegKind::kColour);
+  const auto plate = Render(jpeg.substr(0, jpeg.size() - 12));
+  ASSERT_TRUE(plate);
+  EXPECT_GT(PixelOf(plate.get(), 2, 2).green, 200);
+  const std::string bmp = Saved(Plain(64, 64, kGreen), "bmp");
+  const auto upper = Render(bmp.substr(0, bmp.size() / 2));
+  ASSERT_TRUE(upper);
+  EXPECT_EQ(PixelOf(upper.get(), 2, 62), kGreen);
+  EXPECT_EQ(PixelOf(upper.get(), 2, 2), kBlack);
+}
+
+// A progressive picture whose scans go on and on, each a walk over every pixel.
+std::string EndlessScans() {
+  const std::string jpeg = Jpeg(Plain(4096, 4096, kGreen), JpegKind::kProgressive);
+  const auto lastScan = jpeg.rfind("\xFF\xDA"s);
+  std::string file = jpeg.substr(0, jpeg.size() - 2);
+  const std::string scan = file.substr(lastScan, 40);
+  for (int i = 0; i < 2000; ++i) file += scan;
+  return file + "\xFF\xD9";
+}
+
+TEST_F(Formats, BadFilesAreNoPicturesAndCostLittle) {
+  const std::string png = Saved(Ramps(64, 64), "png");
+  const std::string tiff = Saved(Ramps(64, 64), "tiff");
+  const std::string bomb =
+      Png({{"IHDR", PngHead(60000, 60000, 8, 2)}, {"IDAT", "\x78\x9C"s + std::string(4000, '\0')}});
+  struct Bad {
+    const char* what;
+    std::string bytes;
+  };
+  const std::vector<Bad> files{
+      {"empty", ""},
+      {"one byte", "B"},
+      {"text named as a picture", "This is no picture at all, whatever it is called."},
+      {"SVG", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>"},
+      {"PNG, half", png.substr(0, png.size() / 2)},
+      {"PNG, the last chunk is missing", png.substr(0, png.size() - 12)},
+      {"PNG, signature only", png.substr(0, 8)},
+      {"PNG, no width", Png({{"IHDR", PngHead(0, 5, 8, 2)}, {"IEND", ""}})},
+      {"PNG of 3600 megapixels", bomb},
+      {"TIFF, half", tiff.substr(0, tiff.size() / 2)},
+      {"TIFF, directory far away", "II*\0"s + LE32(0xFFFFFFF0)},
+      {"GIF, head only", "GIF89a\x02\0\x03\0\0\0\0"s},
+      {"JPEG, head only", "\xFF\xD8\xFF\xE0"},
+      {"JPEG, no image", "\xFF\xD8\xFF\xD9"},
+      {"BMP, no width", Bmp({.width = 0, .data = "abcd"})},
+      {"BMP, width below 0", Bmp({.width = -2, .data = "abcd"})},
+      {"BMP of 900 megapixels", Bmp({.width = 30000, .height = 30000, .data = "abcd"})},
+      {"BMP, height that has no negative", Bmp({.height = INT32_MIN, .data = "abcd"})},
+      {"BMP of 7 bits", Bmp({.bits = 7, .data = "abcd"})},
+      {"ICO, no entries", Ico({})},
+      {"ICO, all entries lie", Ico({{16, "abc"}}).substr(0, 20)},
+      {"ICO with a bomb inside", Ico({{0, bomb}})},
+      {"JPEG with 2000 scans", EndlessScans()},
+  };
+  for (const auto& [what, bytes] : files) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(Render(bytes)) << what;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)) << what;
+    std::vector<unsigned char> cell(80 * 60 * 4);
+    const auto path = Hestra::MakeString(tree_.Path("picture.bin"));
+    EXPECT_FALSE(Sorvik::RenderThumbnail(path, 80, 60, 80 * 4, cell.data())) << what;
+  }
+}
+
+TEST_F(Formats, WhatIsNoRegularFileOfSaneSizeIsNotRead) {
+  const std::string fifo = tree_.Path("fifo.bmp");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const std::string huge = tree_.File("huge.png", Saved(SixColours(), "png"));
+  ASSERT_EQ(truncate(huge.c_str(), std::int64_t{40} << 30), 0);
+  const std::string loop = tree_.Path("loop.bmp");
+  ASSERT_EQ(symlink(loop.c_str(), loop.c_str()), 0);
+  rusage before;
+  getrusage(RUSAGE_SELF, &before);
+  const auto start = std::chrono::steady_clock::now();
+  for (const std::string& path :
+       {fifo, huge, loop, tree_.Root(), "/dev/zero"s, tree_.Path("none"), ""s}) {
+    EXPECT_FALSE(RenderFile(path)) << path;
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+  rusage after;
+  getrusage(RUSAGE_SELF, &after);
+  EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 32 * 1024) << "in KiB";
+}
+
+TEST_F(Formats, NamesInAnyBytesOpen) {
+  const std::string path = tree_.File("caf\xE9.png", Saved(SixColours(), "png"));
+  EXPECT_TRUE(RenderFile(path));
+}
+
+}  // namespace
+}  // namespace sorvik_test
