@@ -5,6 +5,8 @@ file(GLOB SORVIK_BENCH_SUPPORT CONFIGURE_DEPENDS tests/support/*.cpp)
 add_library(sorvik_bench_support OBJECT ${SORVIK_BENCH_SUPPORT})
 target_link_libraries(sorvik_bench_support PUBLIC sorvik_objects)
 target_include_directories(sorvik_bench_support PUBLIC tests bench)
+target_compile_definitions(sorvik_bench_support PUBLIC
+    SORVIK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/../shared/samples")
 foreach(source ${SORVIK_BENCHES})
   get_filename_component(name ${source} NAME_WE)
   add_executable(${name} ${source})
