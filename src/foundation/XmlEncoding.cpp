@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/XmlEncoding.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstdint>
+
+#include "foundation/ByteReader.h"
+#include "foundation/tarnwick/Text.h"
+
+namespace Sorvik::foundation {
+namespace {
+
+struct Encoding {
+  std::size_t unit;  // bytes a code unit
+  bool bigEndian;
+  std::size_t mark;  // bytes of the byte order mark
+};
+
+Encoding Detect(std::string_view bytes) {
+  using namespace std::string_view_literals;
+  struct Pattern {
+    std::string_view start;
+    Encoding encoding;
+  };
+  // The marks of 32 bits begin like those of 16 bits, so they are tried first.
+  static constexpr Pattern kMarks[] = {
+      {"\xEF\xBB\xBF"sv, {1, false, 3}}, {"\xFF\xFE\0\0"sv, {4, false, 4}},
+      {"\0\0\xFE\xFF"sv, {4, true, 4}},  {"\xFF\xFE"sv, {2, false, 2}},
+      {"\xFE\xFF"sv, {2, true, 2}},      {"<\0\0\0"sv, {4, false, 0}},
+      {"\0\0\0<"sv, {4, true, 0}},       {"<\0"sv, {2, false, 0}},
+      {"\0<"sv, {2, true, 0}},
+  };
+  for (const Pattern& pattern : kMarks) {
+    if (bytes.starts_with(pattern.start)) return pattern.encoding;
+  }
+  return {1, false, 0};
+}
+
+bool IsValidUTF8(std::string_view bytes) {
+  // A byte that is no part of valid UTF-8 shows as a lone surrogate.
+  const Hestra::UTF16String units = tarnwick::utility::UTF8to16(bytes);
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    const bool high = units[i] >= 0xD800 && units[i] <= 0xDBFF;
+    if (high) {
+      ++i;
+    } else if (units[i] >= 0xDC00 && units[i] <= 0xDFFF) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string FromLatin1(std::string_view bytes) {
+  return tarnwick::utility::UTF16to8(tarnwick::utility::AsciiToUTF16(bytes));
+}
+
+std::string FromUnits(std::string_view bytes, const Encoding& encoding) {
+  const ByteReader reader = ReaderOf(bytes);
+  Hestra::UTF16String units;
+  units.reserve(bytes.size() / encoding.unit);
+  for (std::uint64_t at = 0; reader.Holds(at, encoding.unit); at += encoding.unit) {
+    if (encoding.unit == 2) {
+      units.push_back(*reader.U16(at, encoding.bigEndian));
+      continue;
+    }
+    const char32_t point = *reader.U32(at, encoding.bigEndian);
+    if (point < 0x10000) {
+      units.push_back(static_cast<char16_t>(point));
+    } else if (point <= 0x10FFFF) {
+      units.push_back(static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10)));
+      units.push_back(static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF)));
+    } else {
+      units.push_back(0xFFFD);
+    }
+  }
+  // A surrogate without its other half has no UTF-8 form.
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    const bool high = units[i] >= 0xD800 && units[i] <= 0xDBFF;
+    const bool paired =
+        high && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF;
+    if (paired) {
+      ++i;
+    } else if (units[i] >= 0xD800 && units[i] <= 0xDFFF) {
+      units[i] = 0xFFFD;
+    }
+  }
+  return tarnwick::utility::UTF16to8(units);
+}
+
+bool IsForbidden(std::uint32_t point) {
+  return point < 0x20 && point != '\t' && point != '\n' && point != '\r';
+}
+
+// The length of a reference such as "&#x1F;" at the start of `text` that names a control character;
+// 0 if there is none.
+std::size_t ForbiddenReference(std::string_view text) {
+  constexpr std::size_t kLongest = 12;
+  if (!text.starts_with("&#")) return 0;
+  const auto end = text.substr(0, kLongest).find(';');
+  if (end == text.npos) return 0;
+  const bool hex = text.size() > 2 && (text[2] == 'x' || text[2] == 'X');
+  const std::string_view digits = text.substr(hex ? 3 : 2, end - (hex ? 3 : 2));
+  std::uint32_t point = 0;
+  const auto [stop, error] =
+      std::from_chars(digits.data(), digits.data() + digits.size(), point, hex ? 16 : 10);
+  const bool whole = error == std::errc() && stop == digits.data() + digits.size();
+  return whole && IsForbidden(point) ? end + 1 : 0;
+}
+
+void BlankForbiddenCharacters(std::string& text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsForbidden(static_cast<unsigned char>(text[i]))) text[i] = ' ';
+    if (text[i] != '&') continue;
+    const std::size_t length = ForbiddenReference(std::string_view(text).substr(i));
+    std::fill_n(text.begin() + static_cast<std::ptrdiff_t>(i), length, ' ');
+  }
+}
+
+}  // namespace
+
+std::string ToUTF8(std::string_view bytes) {
+  const Encoding encoding = Detect(bytes);
+  const std::string_view text = bytes.substr(encoding.mark);
+  std::string utf8;
+  if (encoding.unit > 1) {
+    utf8 = FromUnits(text, encoding);
+  } else {
+    utf8 = IsValidUTF8(text) ? std::string(text) : FromLatin1(text);
+  }
+  BlankForbiddenCharacters(utf8);
+  return utf8;
+}
+
+}  // namespace Sorvik::foundation

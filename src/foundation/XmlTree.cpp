@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/XmlTree.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "foundation/XmlEncoding.h"
+#include "foundation/platform/FileSystem.h"
+
+namespace Sorvik::foundation {
+namespace {
+
+// Between namespace and local name in what expat hands out; no name can hold it.
+constexpr char kNameSeparator = '\x01';
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+std::pair<std::string, std::string> SplitName(const char* name) {
+  const std::string_view text = name;
+  const auto separator = text.rfind(kNameSeparator);
+  if (separator == text.npos) return {std::string(), std::string(text)};
+  return {std::string(text.substr(0, separator)), std::string(text.substr(separator + 1))};
+}
+
+}  // namespace
+
+// Takes expat's events. It builds without recursion, so depth costs no stack.
+class XmlBuilder {
+ public:
+  explicit XmlBuilder(const XmlLimits& limits)
+      : limits_(limits), parser_(XML_ParserCreateNS(nullptr, kNameSeparator)) {
+    if (parser_ == nullptr) return;
+    XML_SetUserData(parser_, this);
+    XML_SetElementHandler(parser_, OnStart, OnEnd);
+    XML_SetCharacterDataHandler(parser_, OnText);
+    XML_SetEntityDeclHandler(parser_, OnEntity);
+  }
+  ~XmlBuilder() {
+    if (parser_ != nullptr) XML_ParserFree(parser_);
+  }
+  XmlBuilder(const XmlBuilder&) = delete;
+  XmlBuilder& operator=(const XmlBuilder&) = delete;
+
+  std::optional<XmlDocument> Parse(std::string_view utf8) {
+    if (parser_ == nullptr) return std::nullopt;
+    XML_SetEncoding(parser_, "UTF-8");
+    const auto status = XML_Parse(parser_, utf8.data(), static_cast<int>(utf8.size()), XML_TRUE);
+    if (status != XML_STATUS_OK || document_.elements_.empty()) return std::nullopt;
+    return std::move(document_);
+  }
+
+ private:
+  static void OnStart(void* self, const char* name, const char** attributes) {
+    static_cast<XmlBuilder*>(self)->Start(name, attributes);
+  }
+  static void OnEnd(void* self, const char*) { static_cast<XmlBuilder*>(self)->open_.pop_back(); }
+  static void OnText(void* self, const char* text, int length) {
+    auto* builder = static_cast<XmlBuilder*>(self);
+    builder->open_.back()->text_.append(text, static_cast<std::size_t>(length));
+  }
+  // Nothing that this library reads declares entities; whoever does means harm.
+  static void OnEntity(void* self, const char*, int, const char*, int, const char*, const char*,
+                       const char*, const char*) {
+    XML_StopParser(static_cast<XmlBuilder*>(self)->parser_, XML_FALSE);
+  }
+
+  void Start(const char* name, const char** attributes) {
+    ++nodes_;
+    XmlElement& element = document_.elements_.emplace_back();
+    std::tie(element.nameSpace_, element.name_) = SplitName(name);
+    for (; attributes[0] != nullptr; attributes += 2) {
+      ++nodes_;
+      auto [nameSpace, local] = SplitName(attributes[0]);
+      element.attributes_.push_back({std::move(nameSpace), std::move(local), attributes[1]});
+    }
+    if (!open_.empty()) open_.back()->children_.push_back(&element);
+    open_.push_back(&element);
+    if (open_.size() > limits_.depth || nodes_ > limits_.nodes) {
+      XML_StopParser(parser_, XML_FALSE);
+    }
+  }
+
+  const XmlLimits limits_;
+  XML_Parser parser_;
+  XmlDocument document_;
+  std::vector<XmlElement*> open_;
+  std::size_t nodes_ = 0;
+};
+
+std::string_view XmlElement::Text() const noexcept {
+  const auto first = text_.find_first_not_of(kBlanks);
+  if (first == text_.npos) return {};
+  const auto last = text_.find_last_not_of(kBlanks);
+  return std::string_view(text_).substr(first, last - first + 1);
+}
+
+const XmlElement* XmlElement::Child(std::string_view name) const noexcept {
+  const auto found = std::find_if(children_.begin(), children_.end(),
+                                  [&](const XmlElement* child) { return child->Name() == name; });
+  return found == children_.end() ? nullptr : *found;
+}
+
+const XmlElement* XmlElement::Find(std::initializer_list<std::string_view> names) const noexcept {
+  const XmlElement* element = this;
+  for (const std::string_view name : names) {
+    element = element->Child(name);
+    if (element == nullptr) return nullptr;
+  }
+  return element;
+}
+
+std::vector<const XmlElement*> XmlElement::ChildrenNamed(std::string_view name) const {
+  std::vector<const XmlElement*> found;
+  std::copy_if(children_.begin(), children_.end(), std::back_inserter(found),
+               [&](const XmlElement* child) { return child->Name() == name; });
+  return found;
+}
+
+std::string_view XmlElement::TextOf(std::string_view childName) const noexcept {
+  const XmlElement* child = Child(childName);
+  return child == nullptr ? std::string_view() : child->Text();
+}
+
+std::string_view XmlElement::Attribute(std::string_view name) const noexcept {
+  const auto found = std::find_if(attributes_.begin(), attributes_.end(),
+                                  [&](const XmlAttribute& a) { return a.name == name; });
+  return found == attributes_.end() ? std::string_view() : std::string_view(found->value);
+}
+
+const XmlAttribute* XmlElement::FindAttribute(std::string_view nameSpace,
+                                              std::string_view name) const noexcept {
+  const auto found = std::find_if(
+      attributes_.begin(), attributes_.end(),
+      [&](const XmlAttribute& a) { return a.nameSpace == nameSpace && a.name == name; });
+  return found == attributes_.end() ? nullptr : &*found;
+}
+
+std::optional<XmlDocument> ParseXml(std::string_view bytes, const XmlLimits& limits) {
+  if (bytes.size() > limits.bytes) return std::nullopt;
+  XmlBuilder builder(limits);
+  return builder.Parse(ToUTF8(bytes));
+}
+
+std::optional<XmlDocument> ReadXmlFile(const std::string& path, const XmlLimits& limits) {
+  const auto bytes = platform::ReadHead(path, limits.bytes + 1);
+  if (!bytes) return std::nullopt;
+  return ParseXml({reinterpret_cast<const char*>(bytes->data()), bytes->size()}, limits);
+}
+
+}  // namespace Sorvik::foundation
