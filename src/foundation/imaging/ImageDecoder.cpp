@@ -88,16 +88,29 @@ Image::Pixbuf Load(const ImageSource& source, const char* type, int side) {
   return Image::Pixbuf(GDK_PIXBUF(g_object_ref(pixbuf)));
 }
 
-// A BMP has transparency only if its header names a mask for alpha (BITMAPV4HEADER, bV4AlphaMask,
-// with the compression BI_BITFIELDS); elsewhere the fourth byte is filling.
-bool BmpLacksAlpha(const ImageSource& source) {
+// What the decoder of a BMP has to be told beforehand (BITMAPFILEHEADER, and the info headers up to
+// BITMAPV5HEADER).
+struct BmpFacts {
+  // The decoder takes memory for a header of any size that the file announces.
+  bool headersFit;
+  // Only a mask for alpha together with the compression BI_BITFIELDS makes the fourth byte of a
+  // pixel an alpha; elsewhere it is filling.
+  bool hasAlpha;
+};
+
+BmpFacts BmpFactsOf(const ImageSource& source) {
+  constexpr std::uint32_t kCoreHeaderBytes = 12;
   constexpr std::uint32_t kV4HeaderBytes = 108;
+  constexpr std::uint32_t kV5HeaderBytes = 124;
   constexpr std::uint32_t kBitFields = 3;
   std::array<std::byte, kBmpHeadBytes> head;
   const std::size_t got = source.ReadAt(0, head);
   const ByteReader reader(std::span<const std::byte>(head).first(got));
-  return reader.U32LE(14).value_or(0) < kV4HeaderBytes ||
-         reader.U32LE(30).value_or(0) != kBitFields || reader.U32LE(66).value_or(0) == 0;
+  const std::uint32_t pixels = reader.U32LE(10).value_or(0);
+  const std::uint32_t header = reader.U32LE(14).value_or(0);
+  return {header >= kCoreHeaderBytes && header <= kV5HeaderBytes && pixels <= source.Size(),
+          header >= kV4HeaderBytes && reader.U32LE(30).value_or(0) == kBitFields &&
+              reader.U32LE(66).value_or(0) != 0};
 }
 
 // True if the chunks go on up to the last one (PNG, second edition, 5.3). The decoder doesn't mind
@@ -125,9 +138,25 @@ std::optional<Image> DecodeAs(const ImageSource& source, const char* type, bool 
   return Image(std::move(pixbuf), ignoreAlpha);
 }
 
+std::optional<Image> DecodeBmp(const ImageSource& source) {
+  const BmpFacts facts = BmpFactsOf(source);
+  if (!facts.headersFit) return std::nullopt;
+  return DecodeAs(source, "bmp", !facts.hasAlpha);
+}
+
 std::optional<Image> DecodePng(const ImageSource& source) {
   if (!PngIsWhole(source)) return std::nullopt;
   return DecodeAs(source, "png", false);
+}
+
+// The decoder complains aloud about a logical screen without pixels (GIF89a, 18), and finds
+// nothing.
+std::optional<Image> DecodeGif(const ImageSource& source) {
+  std::array<std::byte, 10> head;
+  const std::size_t got = source.ReadAt(0, head);
+  const ByteReader reader(std::span<const std::byte>(head).first(got));
+  if (reader.U16LE(6).value_or(0) == 0 || reader.U16LE(8).value_or(0) == 0) return std::nullopt;
+  return DecodeAs(source, "gif", false);
 }
 
 std::optional<Image> DecodeIco(const ImageSource& source) {
@@ -204,7 +233,7 @@ std::optional<Image> DecodeImage(const ImageSource& source) {
   if (!type) return std::nullopt;
   switch (*type) {
     case ImageType::kBmp:
-      return DecodeAs(source, "bmp", BmpLacksAlpha(source));
+      return DecodeBmp(source);
     case ImageType::kPng:
       return DecodePng(source);
     case ImageType::kJpeg:
@@ -212,7 +241,7 @@ std::optional<Image> DecodeImage(const ImageSource& source) {
     case ImageType::kTiff:
       return DecodeAs(source, "tiff", false);
     case ImageType::kGif:
-      return DecodeAs(source, "gif", false);
+      return DecodeGif(source);
     case ImageType::kIco:
       return DecodeIco(source);
   }
