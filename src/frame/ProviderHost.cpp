@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "filesystem/WinProviderDirectory.h"
+#include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
 #include "frame/RequestQueue.h"
 
@@ -18,7 +20,10 @@ Provider* Make() {
 }
 
 // In this order they are asked, and ties between equal scores are decided.
-constexpr ProviderMaker kProviderMakers[] = {nullptr};
+constexpr ProviderMaker kProviderMakers[] = {
+    Make<WinProviderDirectory>,  //
+    Make<WinProviderVolume>,
+};
 
 }  // namespace
 
@@ -30,7 +35,7 @@ boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::sExecutor;
 void ProviderHost::Initialize() {
   if (++sUseCount != 1) return;
   for (const ProviderMaker make : kProviderMakers) {
-    if (make != nullptr) RegisterProvider(std::make_unique<AsyncProviderWrapper>(make()));
+    RegisterProvider(std::make_unique<AsyncProviderWrapper>(make()));
   }
   if (!sExecutor) {
     sExecutor =

@@ -47,6 +47,10 @@ class MountTable {
   bool HasNetworkMounts() const noexcept { return hasNetworkMounts_; }
   // True if going to `path`, by its text, leads through a mount of a network file system.
   bool LeadsToNetwork(std::string_view path) const noexcept;
+  // The same, unless `from` lies on that very mount.
+  bool LeadsToOtherNetwork(std::string_view path, std::string_view from) const noexcept {
+    return LeadsToNetwork(path) && Holding(path) != Holding(from);
+  }
 
  private:
   std::vector<Mount> mounts_;

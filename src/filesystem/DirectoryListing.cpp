@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "filesystem/DirectoryListing.h"
+
+#include <optional>
+#include <utility>
+
+#include "SorvikProvider/frame/Provider.h"
+#include "SorvikProvider/frame/ProviderRequest.h"
+#include "filesystem/DirectoryFields.h"
+#include "filesystem/Shortcuts.h"
+#include "foundation/hestra/PathUtils.h"
+#include "foundation/platform/LocalTime.h"
+
+namespace Sorvik {
+namespace {
+
+namespace attribute = platform::attribute;
+using platform::FactsState;
+using platform::FileFacts;
+using platform::FolderName;
+using platform::FolderView;
+using platform::ItemType;
+
+constexpr std::uint32_t kNeverListed = attribute::kDevice | attribute::kHidden | attribute::kSystem;
+
+std::string LeafOf(const std::string& path) {
+  return Hestra::MakeStdString(
+      Hestra::PathUtils::GetLeafDisplayStringFromPath(Hestra::MakeString(path)));
+}
+
+// Makes the entries of one folder.
+class EntryMaker {
+ public:
+  EntryMaker(const FolderView& view, const std::string& path, const FieldNameSet& fields)
+      : view_(view),
+        path_(path),
+        prefix_(path == "/" ? path : path + "/"),
+        choice_(fields),
+        needsFacts_(choice_.NeedsFacts()),
+        needsTarget_(choice_.NeedsTarget()),
+        needsShortName_(choice_.Has(DirectoryValue::kShortName)) {}
+
+  // Adds the entry of an item that belongs in a listing.
+  void AddListed(const FolderName& item, ContentMap& content) {
+    if (item.name.front() == '.' || item.type == ItemType::kDevice) return;
+    // A name alone says enough, but for file systems that keep hidden files by a stored bit.
+    const bool look = needsFacts_ || item.type == ItemType::kUnknown || view_.StoresAttributes();
+    if (look && !Look(item)) return;
+    if (look && (facts_.attributes & kNeverListed) != 0) return;
+    Add(item, content);
+  }
+
+  // Adds the entry of any item that is there.
+  void AddOne(const FolderName& item, ContentMap& content) {
+    if (view_.Look(item, needsShortName_, facts_) == FactsState::kKnown) Add(item, content);
+  }
+
+ private:
+  // False if the item is gone. Facts that are refused stay empty.
+  bool Look(const FolderName& item) {
+    const FactsState state = view_.Look(item, needsShortName_, facts_);
+    if (state == FactsState::kRefused) facts_ = FileFacts();
+    return state != FactsState::kGone;
+  }
+
+  void Add(const FolderName& item, ContentMap& content) {
+    // Items come in the map's own order, so that each place is known.
+    const auto entry = content.emplace_hint(content.end(), item.name, FieldValueMap());
+    FieldValueMap& fields = entry->second;
+    const std::optional<std::string> target = TargetOf(item);
+    for (const DirectoryField* field : choice_.Fields()) {
+      fields.emplace_hint(fields.end(), field->name, ValueOf(*field, item.name, target));
+    }
+  }
+
+  std::optional<std::string> TargetOf(const FolderName& item) const {
+    if (!needsTarget_ || !HasShortcutName(item.name) || item.type == ItemType::kDirectory ||
+        !view_.MayTouch(item)) {
+      return std::nullopt;
+    }
+    return ShortcutTarget(path_, std::string(item.name));
+  }
+
+  any_regular_t ValueOf(const DirectoryField& field, std::string_view name,
+                        const std::optional<std::string>& target) {
+    switch (field.value) {
+      case DirectoryValue::kName:
+        return any_regular_t(target ? LeafOf(*target) : std::string(name));
+      case DirectoryValue::kPath:
+      case DirectoryValue::kDisplayPath:
+        return any_regular_t(target ? *target : FullPath(name));
+      case DirectoryValue::kExtraPath:
+        return any_regular_t();
+      case DirectoryValue::kAttribute:
+        return any_regular_t(std::string((facts_.attributes & field.bit) != 0 ? field.text : ""));
+      case DirectoryValue::kShortName:
+        return any_regular_t(facts_.shortName);
+      case DirectoryValue::kCreated:
+        return any_regular_t(times_.Of(facts_.created));
+      case DirectoryValue::kAccessed:
+        return any_regular_t(times_.Of(facts_.accessed));
+      case DirectoryValue::kWritten:
+        return any_regular_t(times_.Of(facts_.written));
+      case DirectoryValue::kSize:
+        return any_regular_t(Provider::ByteSize_t(facts_.size));
+    }
+    return any_regular_t();
+  }
+
+  std::string FullPath(std::string_view name) const {
+    std::string path;
+    path.reserve(prefix_.size() + name.size());
+    return path.append(prefix_).append(name);
+  }
+
+  const FolderView& view_;
+  const std::string& path_;
+  std::string prefix_;
+  DirectoryFieldChoice choice_;
+  bool needsFacts_;
+  bool needsTarget_;
+  bool needsShortName_;
+  FileFacts facts_;  // of the item at hand
+  platform::LocalTimeText times_;
+};
+
+}  // namespace
+
+ContentMap ListDirectory(const FolderView& view, const std::string& path,
+                         const FieldNameSet& fields, ProviderRequest* request) {
+  EntryMaker maker(view, path, fields);
+  ContentMap content;
+  for (const FolderName& item : view.Names()) {
+    if (ProviderRequest::TestAborted(request)) return {};
+    maker.AddListed(item, content);
+  }
+  return content;
+}
+
+ContentMap ListOneEntry(const FolderView& view, const std::string& path, const std::string& key,
+                        const FieldNameSet& fields) {
+  ContentMap content;
+  EntryMaker(view, path, fields).AddOne({key, ItemType::kUnknown}, content);
+  return content;
+}
+
+std::string JoinPath(const std::string& path, std::string_view key) {
+  std::string joined = path == "/" ? path : path + "/";
+  return joined.append(key);
+}
+
+}  // namespace Sorvik

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "filesystem/WinProviderDirectory.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "SorvikProvider/foundation/Localizer.h"
+#include "SorvikProvider/frame/ProviderRequest.h"
+#include "filesystem/DirectoryFields.h"
+#include "filesystem/DirectoryListing.h"
+#include "foundation/CallScope.h"
+#include "foundation/hestra/PathUtils.h"
+#include "foundation/platform/FolderView.h"
+#include "foundation/platform/MountTable.h"
+#include "thumbnails/Rendering.h"
+
+namespace Sorvik {
+namespace {
+
+namespace PathUtils = Hestra::PathUtils;
+using tarnwick::utility::LowerCase;
+
+constexpr char kIdentification[] = "com.halvane.Merisk.WinProviderDirectory";
+constexpr char kUIString[] =
+    "$$$/Ortlane/Libraries/Sorvik/WinDirectoryFileDirectoryUIString=File Directory";
+constexpr int kScorePlainDirectory = 30;
+
+// A key that can be the name of an item, and of nothing above or below the folder.
+bool IsItemName(std::string_view key) {
+  return !key.empty() && key != "." && key != ".." &&
+         key.find_first_of(std::string_view("/\0", 2)) == key.npos;
+}
+
+}  // namespace
+
+ContentMap WinProviderDirectory::GetContent(const std::string& path, const std::string& key,
+                                            const FieldNameSet& fields) const {
+  if (!PathUtils::IsLongFormFolderPath(path) || !IsItemName(key)) return {};
+  const foundation::CallScope scope;
+  const auto folder = platform::OpenFolder(path);
+  if (!folder) return {};
+  ContentMap content = ListOneEntry(*folder, path, key, fields);
+  if (content.empty() || !fields.contains(kExtraPathField)) return content;
+  std::string sidecar = GetMXFSidecarPath(JoinPath(path, key));
+  if (!sidecar.empty()) content[key][kExtraPathField] = any_regular_t(std::move(sidecar));
+  return content;
+}
+
+ContentMap WinProviderDirectory::GetContent(const std::string& path, const FieldNameSet& fields,
+                                            ProviderRequest* request) const {
+  if (!PathUtils::IsLongFormFolderPath(path)) return {};
+  const foundation::CallScope scope;
+  const auto folder =
+      platform::ReadFolder(path, [&] { return ProviderRequest::TestAborted(request); });
+  if (!folder) return {};
+  return ListDirectory(*folder, path, fields, request);
+}
+
+FieldNameSet WinProviderDirectory::GetFieldList() const {
+  FieldNameSet names;
+  for (const DirectoryField& field : kDirectoryFields) names.insert(field.name);
+  return names;
+}
+
+FieldNameList WinProviderDirectory::GetDefaultFieldList() const { return {kNameField, kPathField}; }
+
+FieldLabelMap WinProviderDirectory::GetFieldLabelList() const {
+  FieldLabelMap labels;
+  for (const DirectoryField& field : kDirectoryFields) labels.emplace(field.name, field.label);
+  return labels;
+}
+
+int WinProviderDirectory::CanProvideFor(const std::string& path) const {
+  const bool isDirectory =
+      PathUtils::IsLongFormFolderPath(path) && PathUtils::IsDirectory(Hestra::MakeString(path));
+  return isDirectory ? kScorePlainDirectory : 0;
+}
+
+std::string WinProviderDirectory::GetIdentification() const { return kIdentification; }
+
+std::string WinProviderDirectory::GetUIString() const {
+  return tarnwick::config::Localizer::Get().GetUTF8String(kUIString);
+}
+
+Bitplate** WinProviderDirectory::GetThumbnail(const std::string& path, const std::string& key,
+                                              int width, int height, ProviderRequest*) const {
+  const auto limit = static_cast<unsigned>(GetMaximumThumbnailHeight(height));
+  const auto side = static_cast<int>(std::min(static_cast<unsigned>(width), limit));
+  const bool valid = PathUtils::IsLongFormFolderPath(path);
+  const std::string file = valid ? JoinPath(path, key) : std::string();
+  // The icon of a share must not wait for its server.
+  const auto table = platform::MountTable::Current();
+  const platform::Mount* mount = table->At(file);
+  if (mount != nullptr && mount->isNetwork) return GetFolderThumbnail(side, side);
+  return GetIconThumbnail(PathUtils::Win::StripUNC(Hestra::MakeString(file)), side);
+}
+
+std::string GetMXFSidecarPath(const std::string& path) {
+  const UTF16String file = Hestra::MakeString(path);
+  if (!PathUtils::IsValidPath(file)) return {};
+  if (LowerCase(PathUtils::GetExtensionPart(file)) != u".mxf") return {};
+  const UTF16String sidecar = file + u".xmp";
+  return PathUtils::ExistsOnDisk(sidecar) ? Hestra::MakeStdString(sidecar) : std::string();
+}
+
+}  // namespace Sorvik
