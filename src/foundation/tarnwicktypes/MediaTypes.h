@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+// Times, rates and shapes of media.
+#pragma once
+
+#include <cstdint>
+
+#include "SorvikProvider/foundation/UTF16String.h"
+
+namespace tarnwicktypes {
+
+// A second in ticks: a frame of each of the eight rates below is a whole number of them.
+inline constexpr std::int64_t kTicksPerSecond = 705'600'000;
+
+struct TickTime {
+  std::int64_t ticks = 0;
+};
+
+// The duration of a frame in ticks.
+struct FrameRate {
+  std::int64_t ticks = 0;
+};
+
+inline constexpr FrameRate kFrameRate_Film24{kTicksPerSecond / 24};
+inline constexpr FrameRate kFrameRate_VideoPAL{kTicksPerSecond / 25};
+inline constexpr FrameRate kFrameRate_23976{kTicksPerSecond / 24000 * 1001};
+inline constexpr FrameRate kFrameRate_VideoNTSC{kTicksPerSecond / 30000 * 1001};
+inline constexpr FrameRate kFrameRate_Video30{kTicksPerSecond / 30};
+inline constexpr FrameRate kFrameRate_VideoPAL_HD{kTicksPerSecond / 50};
+inline constexpr FrameRate kFrameRate_VideoNTSC_HD{kTicksPerSecond / 60000 * 1001};
+inline constexpr FrameRate kFrameRate_Video60{kTicksPerSecond / 60};
+
+// How a time is shown. The numbers are those of the display modes in use.
+enum class TimeDisplay {
+  k24 = 100,
+  k25 = 101,
+  k2997NonDrop = 103,
+  k30 = 104,
+  k50 = 105,
+  k5994NonDrop = 107,
+  k60 = 108,
+  k23976 = 110,
+};
+
+class PixelAspectRatio {
+ public:
+  // Only the low 32 bits of both count; the denominator must not be 0.
+  PixelAspectRatio(unsigned long numerator, unsigned long denominator) noexcept
+      : numerator_(static_cast<std::uint32_t>(numerator)),
+        denominator_(static_cast<std::uint32_t>(denominator)) {}
+
+  // The quotient with up to four decimals, trailing zeros dropped but one kept: "1.0", "0.9091".
+  Hestra::UTF16String GetDisplayString() const;
+
+ private:
+  std::uint32_t numerator_;
+  std::uint32_t denominator_;
+};
+
+}  // namespace tarnwicktypes
