@@ -2,6 +2,7 @@
 // Builds the bytes of a file field by field, big-endian unless LE stands in the name.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
@@ -20,13 +21,34 @@ class Bytes {
   Bytes() = default;
   explicit Bytes(std::string raw) : raw_(std::move(raw)) {}
 
-  Bytes& U8(std::uint64_t v) { return Number(v, 1, true); }
-  Bytes& U16(std::uint64_t v) { return Number(v, 2, true); }
-  Bytes& U24(std::uint64_t v) { return Number(v, 3, true); }
-  Bytes& U32(std::uint64_t v) { return Number(v, 4, true); }
-  Bytes& U64(std::uint64_t v) { return Number(v, 8, true); }
-  Bytes& U16LE(std::uint64_t v) { return Number(v, 2, false); }
-  Bytes& U32LE(std::uint64_t v) { return Number(v, 4, false); }
+  template <std::integral T>
+  Bytes& U8(T v) {
+    return Number(static_cast<std::uint64_t>(v), 1, true);
+  }
+  template <std::integral T>
+  Bytes& U16(T v) {
+    return Number(static_cast<std::uint64_t>(v), 2, true);
+  }
+  template <std::integral T>
+  Bytes& U24(T v) {
+    return Number(static_cast<std::uint64_t>(v), 3, true);
+  }
+  template <std::integral T>
+  Bytes& U32(T v) {
+    return Number(static_cast<std::uint64_t>(v), 4, true);
+  }
+  template <std::integral T>
+  Bytes& U64(T v) {
+    return Number(static_cast<std::uint64_t>(v), 8, true);
+  }
+  template <std::integral T>
+  Bytes& U16LE(T v) {
+    return Number(static_cast<std::uint64_t>(v), 2, false);
+  }
+  template <std::integral T>
+  Bytes& U32LE(T v) {
+    return Number(static_cast<std::uint64_t>(v), 4, false);
+  }
   Bytes& Text(std::string_view text) {
     raw_.append(text);
     return *this;
