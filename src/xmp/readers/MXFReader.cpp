@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/MXFReader.h"
+
+#include <algorithm>
+
+#include "xmp/Namespaces.h"
+#include "xmp/readers/MXFFacts.h"
+#include "xmp/readers/MXFSets.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+// Header metadata of editors, with their own dictionaries, takes 256 KiB; of cameras under 64.
+constexpr std::size_t kMostHeader = 4 * 1024 * 1024;
+// Holds the random index pack of 10 hours in partitions of 10 s, and most footers.
+constexpr std::size_t kTail = 64 * 1024;
+
+// A key at the very start is proof enough; behind a run-in, where anything may stand before it, the
+// name must agree.
+bool Recognises(const ReaderInput& input) {
+  if (mxf::ReadPartition(input.head, 0)) return true;
+  constexpr std::string_view kExtension = ".mxf";
+  if (input.path.size() < kExtension.size()) return false;
+  const auto end = input.path.substr(input.path.size() - kExtension.size());
+  const bool named = std::ranges::equal(end, kExtension, [](char a, char b) {
+    return (a >= 'A' && a <= 'Z' ? a + ('a' - 'A') : a) == b;
+  });
+  return named && mxf::FindFirstPartition(input.head).has_value();
+}
+
+struct Span {
+  std::vector<std::byte> owned;
+  ByteReader bytes;
+};
+
+// The bytes from a partition pack at `offset` of the file to the end of its header metadata. `have`
+// holds what of them was read already; the rest is read if need be.
+Span WithHeader(const FileBytes& file, std::uint64_t offset, ByteReader have,
+                const mxf::Partition& partition) {
+  Span span;
+  span.bytes = have;
+  // The count begins at the primer, which may stand behind an item of fill.
+  const auto first = mxf::ReadKLV(have, partition.end);
+  const std::uint64_t primer = first && mxf::IsFill(first->key) ? first->next : partition.end;
+  if (partition.headerBytes == 0 || primer > kMostHeader) return span;
+  const std::uint64_t need = primer + std::min<std::uint64_t>(partition.headerBytes, kMostHeader);
+  const std::uint64_t there = file.Size() - std::min(offset, file.Size());
+  if (have.Size() >= std::min(need, there)) return span;
+  const auto rest = file.Read(offset + have.Size(), static_cast<std::size_t>(need - have.Size()));
+  span.owned.assign(have.Bytes().begin(), have.Bytes().end());
+  span.owned.insert(span.owned.end(), rest.begin(), rest.end());
+  span.bytes = ByteReader(span.owned);
+  return span;
+}
+
+// The duration in the footer partition of a file whose header was left open. At most two reads.
+std::optional<mxf::Facts::Duration> FooterDuration(const FileBytes& file, std::uint64_t runIn,
+                                                   const mxf::Partition& header) {
+  const std::uint64_t tailStart = file.Size() > kTail ? file.Size() - kTail : 0;
+  std::vector<std::byte> tail;
+  std::uint64_t footer = header.footerOffset;
+  if (footer == 0) {
+    tail = file.Read(tailStart, kTail);
+    footer = mxf::LastPartitionOffset(ByteReader(tail)).value_or(0);
+  }
+  if (footer == 0 || footer >= file.Size() || runIn > file.Size() - footer) return std::nullopt;
+  footer += runIn;
+  Span span;
+  span.bytes = footer >= tailStart ? ByteReader(tail).Clip(footer - tailStart) : ByteReader();
+  if (span.bytes.Empty()) {
+    span.owned = file.Read(footer, kMostHeader / 4);
+    span.bytes = ByteReader(span.owned);
+  }
+  const auto partition = mxf::ReadPartition(span.bytes, 0);
+  if (!partition || partition->header || partition->headerBytes == 0) return std::nullopt;
+  const mxf::HeaderMetadata metadata(span.bytes, partition->end);
+  return mxf::Facts(metadata).GetDuration();
+}
+
+void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
+  const auto runIn = mxf::FindFirstPartition(input.head);
+  if (!runIn) return;
+  const ByteReader head = input.head.Clip(*runIn);
+  const auto partition = mxf::ReadPartition(head, 0);
+  if (!partition) return;
+  const Span span = WithHeader(input.file, *runIn, head, *partition);
+  const mxf::HeaderMetadata metadata(span.bytes, partition->end);
+  const mxf::Facts facts(metadata);
+  if (!facts.Exist()) return;
+  output.hasNative = true;
+  facts.Store(partition->essenceContainer, output.native);
+  if (!wanted.Wants(kNsDM, "duration")) return;
+  auto duration = facts.GetDuration();
+  if (partition->open) {
+    if (const auto last = FooterDuration(input.file, *runIn, *partition)) duration = last;
+  }
+  if (duration) SetDuration(output.native, duration->frames, duration->rate);
+}
+
+}  // namespace
+
+const Reader kMXFReader = {"MXF", Recognises, Read};
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,377 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "support/Bytes.h"
+#include "support/ReadWith.h"
+#include "xmp/readers/MXFReader.h"
+
+namespace {
+
+using namespace Sorvik::xmp;
+using sorvik_test::Bytes;
+using sorvik_test::Facts;
+using sorvik_test::ReadSample;
+using sorvik_test::ReadWith;
+
+constexpr char kPicture[] = "060E2B34 04010101 01030202 01000000";
+constexpr char kSound[] = "060E2B34 04010101 01030202 02000000";
+constexpr char kTime[] = "060E2B34 04010101 01030201 01000000";
+
+Bytes Klv(std::string_view key, const Bytes& value) {
+  Bytes b;
+  return b.Hex(key).U8(0x83).U24(value.size()).Add(value);  // BER length in three bytes
+}
+
+Bytes Id(unsigned n) {
+  Bytes b;
+  return b.Fill(14, 0xA0).U16(n);
+}
+Bytes Ids(const std::vector<unsigned>& ns) {
+  Bytes b;
+  b.U32(ns.size()).U32(16);
+  for (const unsigned n : ns) b.Add(Id(n));
+  return b;
+}
+Bytes Utf16(std::string_view ascii) {
+  Bytes b;
+  for (const char c : ascii) b.U16(static_cast<unsigned char>(c));
+  return b;
+}
+Bytes Hex(std::string_view digits) {
+  Bytes b;
+  return b.Hex(digits);
+}
+Bytes Num(std::uint64_t v, int size) {
+  Bytes b;
+  return size == 1 ? b.U8(v) : size == 2 ? b.U16(v) : size == 4 ? b.U32(v) : b.U64(v);
+}
+Bytes Fraction(unsigned a, unsigned b) { return Bytes(Num(a, 4)).Add(Num(b, 4)); }
+Bytes Umid(unsigned n) {
+  Bytes b;
+  return b.Hex("060A2B34 01010105 01010F20 13000000").Fill(12, 0x11).U32(n);
+}
+
+// One local set: its kind, its instance id, then items of tag and data.
+Bytes Set(unsigned kind, unsigned id, const std::vector<std::pair<unsigned, Bytes>>& items) {
+  Bytes value;
+  value.U16(0x3C0A).U16(16).Add(Id(id));
+  for (const auto& [tag, data] : items) value.U16(tag).U16(data.size()).Add(data);
+  Bytes key;
+  key.Hex("060E2B34 02530101 0D010101 0101").U8(kind).U8(0);
+  Bytes b(key.str());
+  return b.U8(0x83).U24(value.size()).Add(value);
+}
+
+struct Maker {
+  std::int64_t duration = 250;
+  unsigned status = 4;        // 1 open incomplete .. 4 closed complete
+  unsigned tapePosition = 0;  // with the timecode only on tape, where the clip begins there
+  bool timecodeOnTape = false;
+  std::uint64_t footer = 0;
+  bool incomplete = false;  // declares a header of 0 bytes
+};
+
+Bytes MakeSets(const Maker& m) {
+  const auto duration = static_cast<std::uint64_t>(m.duration);
+  const Bytes rate = Fraction(25, 1);
+  const Bytes created = Hex("07E5 03 04 05 06 07 02");  // 2021-03-04 05:06:07.008
+  Bytes b;
+  b.Add(Set(0x2F, 1, {{0x3B02, Hex("07E5 03 04 06 00 00 00")}, {0x3B06, Ids({2})}}));
+  b.Add(Set(0x30, 2, {{0x3C01, Utf16("SONY")}, {0x3C02, Utf16("eVTR")}, {0x3C04, Utf16("1.00")}}));
+  const std::vector<unsigned> tracks =
+      m.timecodeOnTape ? std::vector<unsigned>{12, 13} : std::vector<unsigned>{11, 12, 13};
+  b.Add(Set(0x36, 10,
+            {{0x4401, Umid(1)}, {0x4405, created}, {0x4403, Ids(tracks)}, {0x4406, Ids({60})}}));
+  b.Add(Set(0x3B, 11, {{0x4801, Num(1, 4)}, {0x4B01, rate}, {0x4803, Id(21)}}));
+  b.Add(Set(0x0F, 21, {{0x0201, Hex(kTime)}, {0x0202, Num(duration, 8)}, {0x1001, Ids({31})}}));
+  b.Add(Set(0x14, 31, {{0x1501, Num(916813, 8)}, {0x1502, Num(25, 2)}, {0x1503, Num(0, 1)}}));
+  b.Add(
+      Set(0x3B, 12, {{0x4801, Num(2, 4)}, {0x4B01, rate}, {0x4B02, Num(0, 8)}, {0x4803, Id(22)}}));
+  b.Add(Set(0x0F, 22, {{0x0201, Hex(kPicture)}, {0x0202, Num(duration, 8)}, {0x1001, Ids({32})}}));
+  b.Add(Set(0x11, 32, {{0x1101, Umid(2)}, {0x1102, Num(2, 4)}, {0x1201, Num(0, 8)}}));
+  b.Add(Set(0x3B, 13, {{0x4B01, Fraction(48000, 1)}, {0x4803, Id(23)}}));
+  b.Add(Set(0x0F, 23, {{0x0201, Hex(kSound)}, {0x0202, Num(480000, 8)}}));
+  // The file package, whose picture comes from a tape.
+  b.Add(Set(0x37, 40, {{0x4401, Umid(2)}, {0x4403, Ids({41})}, {0x4701, Id(50)}}));
+  b.Add(Set(0x3B, 41, {{0x4801, Num(2, 4)}, {0x4B01, rate}, {0x4803, Id(42)}}));
+  b.Add(Set(0x0F, 42, {{0x0201, Hex(kPicture)}, {0x0202, Num(duration, 8)}, {0x1001, Ids({43})}}));
+  b.Add(Set(0x11, 43, {{0x1101, Umid(3)}, {0x1102, Num(1, 4)}, {0x1201, Num(m.tapePosition, 8)}}));
+  b.Add(Set(0x37, 45, {{0x4401, Umid(3)}, {0x4403, Ids({11})}, {0x4701, Id(46)}}));
+  b.Add(Set(0x2E, 46, {}));
+  b.Add(Set(0x44, 50, {{0x3F01, Ids({51, 52, 53})}, {0x3001, rate}, {0x3002, Num(~0ULL, 8)}}));
+  b.Add(Set(0x28, 51,
+            {{0x3202, Num(304, 4)},
+             {0x3203, Num(720, 4)},
+             {0x3208, Num(288, 4)},
+             {0x3209, Num(720, 4)},
+             {0x320C, Num(1, 1)},
+             {0x320E, Fraction(16, 9)},
+             {0x320D, Bytes(Num(2, 4)).U32(4).U32(7).U32(320)},
+             {0x3301, Num(8, 4)},
+             {0x3201, Hex("060E2B34 04010101 04010202 01020101")},
+             {0x8001, Num(50000000, 4)},
+             {0x321A, Hex("060E2B34 04010101 04010101 02010000")}}));
+  for (const unsigned id : {52u, 53u}) {
+    b.Add(Set(0x42, id, {{0x3D03, Fraction(48000, 1)}, {0x3D01, Num(24, 4)}, {0x3D07, Num(4, 4)}}));
+  }
+  b.Add(Set(
+      0x3F, 60,
+      {{0x5001, Utf16("Comments")}, {0x5003, Bytes("B").Fill(16, 1).Add(Utf16("good light"))}}));
+  return b;
+}
+
+Bytes Primer() {
+  Bytes value;
+  value.U32(1).U32(18).U16(0x8001).Hex("060E2B34 01010105 04010602 010B0000");  // BitRate
+  return Klv("060E2B34 02050101 0D010201 01050100", value);
+}
+
+Bytes Partition(unsigned kind, unsigned status, std::uint64_t footer, std::uint64_t headerBytes) {
+  Bytes value;
+  value.U16(1).U16(2).U32(512);                      // version, KAG
+  value.U64(0).U64(0).U64(footer).U64(headerBytes);  // this, previous, footer, header bytes
+  value.U64(0).U32(0).U64(0).U32(1);                 // index bytes and SID, body offset and SID
+  value.Hex("060E2B34 04010101 0D010201 01010900");  // OP1a
+  value.U32(0).U32(16);                              // essence containers
+  Bytes key;
+  key.Hex("060E2B34 02050101 0D010201 01").U8(kind).U8(status).U8(0);
+  return Bytes(key.str()).U8(0x83).U24(value.size()).Add(value);
+}
+
+Bytes Fill(std::size_t count) {
+  return Klv("060E2B34 01010102 03010210 01000000", Bytes().Fill(count));
+}
+
+Bytes MakeFile(const Maker& m) {
+  const Bytes header = Bytes(Primer().str()).Add(MakeSets(m));
+  Bytes b = Partition(2, m.status, m.footer, m.incomplete ? 0 : header.size());
+  b.Add(Fill(300)).Add(header);
+  b.Add(Klv("060E2B34 01020101 0D010301 15010500", Bytes().Fill(64)));  // essence
+  return b;
+}
+
+TEST(MXFReader, ReadsTheHeaderOfARecorder) {
+  const auto result = ReadWith(kMXFReader, MakeFile({}).str());
+  EXPECT_TRUE(result.recognised);
+  EXPECT_EQ(result.reads, 0);
+  EXPECT_EQ(Facts(result),
+            "identifier=060a2b340101010501010f2013000000111111111111111111111111"
+            "00000001\n"
+            "CreateDate=2021-03-04T05:06:07.008\n"
+            "ModifyDate=2021-03-04T06:00:00\n"
+            "CreatorTool=SONY eVTR 1.00\n"
+            "videoFrameRate=25\n"
+            "videoPixelDepth=8Int\n"
+            "videoPixelAspectRatio=64/45\n"
+            "videoColorSpace=CCIR-601\n"
+            "videoCompressor=IMX\n"
+            "videoFieldOrder=Upper\n"
+            "audioSampleRate=48000\n"
+            "audioSampleType=24Int\n"
+            "audioChannelType=7.1\n"
+            "audioCompressor=PCM\n"
+            "fileDataRate=25/4\n"
+            "cameraModel=eVTR\n"
+            "comment=good light\n"
+            "Make=Sony\n"
+            "Model=eVTR\n"
+            "software=SONY eVTR 1.00\n"
+            "videoFrameSize=720x576 pixel\n"
+            "startTimecode=10:11:12:13 25Timecode\n"
+            "duration=250 @ 1/25\n");
+}
+
+TEST(MXFReader, FollowsTheTapeForATimecodeThatStandsNowhereElse) {
+  Maker m;
+  m.timecodeOnTape = true;
+  m.tapePosition = 25;
+  const auto result = ReadWith(kMXFReader, MakeFile(m).str());
+  EXPECT_EQ(result.Field("startTimecode", kNsDM, "timeValue"), "10:11:13:13");
+}
+
+TEST(MXFReader, LooksBehindARunInOnlyByName) {
+  const std::string file = std::string(1000, 'x') + MakeFile({}).str();
+  EXPECT_FALSE(ReadWith(kMXFReader, file, "/a/clip.bin").recognised);
+  const auto result = ReadWith(kMXFReader, file, "/a/CLIP.Mxf");
+  EXPECT_TRUE(result.recognised);
+  EXPECT_EQ(result.Field("duration", kNsDM, "value"), "250");
+}
+
+// A file left open by its writer, with a footer that knows the duration.
+std::string MakeOpen(bool footerKnown) {
+  Maker m;
+  m.duration = -1;
+  m.status = 1;
+  Bytes body = MakeFile(m);
+  if (footerKnown) body = MakeFile({-1, 1, 0, false, body.size() + 200'000, false});
+  const std::size_t footerAt = body.size() + 200'000;
+  body.Fill(200'000);
+  const Bytes sets = Bytes(Primer().str()).Add(MakeSets({}));
+  body.Add(Partition(4, 4, footerAt, sets.size())).Add(sets);
+  Bytes index;
+  index.U32(0).U64(0).U32(0).U64(footerAt).U32(16 + 4 + 28);  // two partitions, length of the pack
+  return body.Add(Klv("060E2B34 02050101 0D010201 01110100", index)).str();
+}
+
+TEST(MXFReader, AsksTheFooterForADurationOnlyWhenWanted) {
+  for (const bool known : {true, false}) {
+    const auto result = ReadWith(kMXFReader, MakeOpen(known));
+    EXPECT_EQ(result.Field("duration", kNsDM, "value"), "250") << known;
+    EXPECT_EQ(result.reads, 1) << known;
+    WantedProperties wanted = WantedProperties::None();
+    wanted.Add(kNsDM, "videoFrameRate");
+    const auto cheap = ReadWith(kMXFReader, MakeOpen(known), {}, wanted);
+    EXPECT_EQ(cheap.reads, 0);
+    EXPECT_EQ(cheap.Get(kNsDM, "videoFrameRate"), "25");
+    EXPECT_TRUE(cheap.output.hasNative);
+  }
+}
+
+TEST(MXFReader, ReadsAHeaderThatDeclaresNoLength) {
+  Maker m;
+  m.incomplete = true;
+  EXPECT_EQ(ReadWith(kMXFReader, MakeFile(m).str()).Get(kNsDM, "videoFrameRate"), "25");
+}
+
+TEST(MXFReader, StandsACutAtEveryByte) {
+  const std::string whole = MakeFile({}).str();
+  std::size_t lines = 0;
+  for (std::size_t size = 0; size <= whole.size(); ++size) {
+    const auto result = ReadWith(kMXFReader, whole.substr(0, size));
+    const std::string facts = Facts(result);
+    const auto now = static_cast<std::size_t>(std::ranges::count(facts, '\n'));
+    EXPECT_GE(now + 3, lines) << "a longer file loses nothing but fallbacks, at " << size;
+    lines = std::max(lines, now);
+  }
+  EXPECT_EQ(lines, 23u);
+}
+
+TEST(MXFReader, StandsLyingLengthsAndLoops) {
+  // Every byte in turn set to FF and to 0: lengths, counts, tags and references that lie.
+  const std::string whole = MakeFile({}).str();
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (const char lie : {'\xFF', '\0'}) {
+      std::string bad = whole;
+      bad[at] = lie;
+      const auto result = ReadWith(kMXFReader, bad);
+      EXPECT_LE(result.reads, 3);
+      EXPECT_LE(result.longestRead, 8u << 20);
+    }
+  }
+  // Tapes that come from each other, and tracks that are their own sequence.
+  Maker m;
+  m.timecodeOnTape = true;
+  Bytes loop;
+  loop.Add(Set(0x36, 10, {{0x4401, Umid(1)}, {0x4403, Ids({41})}}));
+  loop.Add(Set(0x37, 40, {{0x4401, Umid(3)}, {0x4403, Ids({41})}, {0x4701, Id(50)}}));
+  loop.Add(Set(0x44, 50, {{0x3F01, Ids({50, 50, 40})}}));
+  loop.Add(Set(0x3B, 41, {{0x4B01, Fraction(25, 1)}, {0x4803, Id(42)}}));
+  loop.Add(Set(0x0F, 42, {{0x0201, Hex(kPicture)}, {0x1001, Ids({43})}}));
+  loop.Add(Set(0x11, 43, {{0x1101, Umid(3)}}));
+  Bytes file = Partition(2, 4, 0, loop.size()).Add(loop);
+  EXPECT_EQ(Facts(ReadWith(kMXFReader, file.str())).find("startTimecode"), std::string::npos);
+}
+
+TEST(MXFReader, PaysLittleForPartitionsThatPointAtThemselves) {
+  Maker m;
+  m.status = 1;
+  m.duration = -1;
+  for (const std::uint64_t footer : {0ULL, 1ULL, ~0ULL, 0x8000000000000000ULL}) {
+    m.footer = footer;
+    const auto result = ReadWith(kMXFReader, MakeFile(m).str());
+    EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "25");
+    EXPECT_EQ(result.Field("duration", kNsDM, "value"), "") << footer;
+  }
+  Bytes huge = Partition(2, 4, 0, ~0ULL).Add(MakeSets({})).Fill(9 << 20);
+  const auto result = ReadWith(kMXFReader, huge.str());
+  EXPECT_LE(result.longestRead, 5u << 20);
+  EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "25");
+}
+
+// Size, rate, timecode and duration as independent readers show them; see the comments for the
+// rest. Timecode that drops frames is written with ";" throughout.
+struct Sample {
+  const char* file;
+  const char* size;
+  const char* rate;
+  const char* timecode;
+  const char* duration;
+};
+
+class MXFSamples : public testing::TestWithParam<Sample> {};
+
+TEST_P(MXFSamples, GiveWhatIndependentReadersShow) {
+  const Sample& sample = GetParam();
+  const auto bytes = ReadSample(std::string("mxf/").append(sample.file));
+  if (!bytes) GTEST_SKIP() << "samples aren't there";
+  const auto result = ReadWith(kMXFReader, *bytes);
+  EXPECT_TRUE(result.recognised);
+  EXPECT_TRUE(result.output.hasNative);
+  EXPECT_LE(result.reads, 2);
+  const std::string width = result.Field("videoFrameSize", kNsDimensions, "w");
+  const std::string height = result.Field("videoFrameSize", kNsDimensions, "h");
+  EXPECT_EQ(width.empty() ? "" : width + "x" + height, sample.size);
+  EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), sample.rate);
+  EXPECT_EQ(result.Field("startTimecode", kNsDM, "timeValue"), sample.timecode);
+  const std::string value = result.Field("duration", kNsDM, "value");
+  EXPECT_EQ(value.empty() ? "" : value + " @ " + result.Field("duration", kNsDM, "scale"),
+            sample.duration);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Recorded, MXFSamples,
+    testing::Values(
+        Sample{"bmx-d10_qt_klv-sample.mxf", "720x576", "25", "23:58:30:00", "2 @ 1/25"},
+        // Header and footer say 0 frames at 1/1, sound only.
+        Sample{"exiftool-MXF.mxf", "", "", "00:00:00:00", "0 @ 1/1"},
+        // Open header, and the footer is cut off.
+        Sample{"file-type-fixture.head128k.mxf", "720x576", "25", "00:00:00:00", ""},
+        Sample{"gen-as02bundle.mxf", "720x576", "25", "10:11:12:13", "5 @ 1/25"},
+        Sample{"gen-ff_op1a_25_unseekable_open_header.mxf", "720x576", "25", "10:20:30:05", ""},
+        Sample{"gen-ff_op1a_dv_525.head128k.mxf", "720x480", "29.97", "01:02:03:04",
+               "3 @ 1001/30000"},
+        Sample{"gen-ff_opatom_dnxhd_720p5994.head320k.mxf", "1280x720", "59.94", "00;59;59;58",
+               "6 @ 1001/60000"},
+        Sample{"gen-op1a_avci100_1080i2997_ndf.head128k.mxf", "1920x1080", "29.97", "00:00:59:29",
+               "3 @ 1001/30000"},
+        Sample{"gen-op1a_avci50_720p50.head128k.mxf", "1280x720", "50", "09:08:07:49", "3 @ 1/50"},
+        Sample{"gen-op1a_mpeg2lg_1440x1080i25.head128k.mxf", "1440x1080", "25", "05:04:03:02",
+               "13 @ 1/25"},
+        Sample{"gen-op1a_rdd36_1080i_rate24.mxf", "1920x1080", "24", "01:00:00:12", "2 @ 1/24"},
+        Sample{"gen-op1a_soundonly.mxf", "", "", "00:00:00:00", "5 @ 1/25"},
+        Sample{"gen-op1a_vc3_1080p23976.head128k.mxf", "1920x1080", "23.976", "01:00:00:00",
+               "1 @ 1001/24000"},
+        // Editors' OP-Atom: sound files know the rate of the pictures; one independent reader
+        // misses the timecode of the video files.
+        Sample{"gen-opatom_avci100_1080i2997_a1.mxf", "", "29.97", "10;11;12;13", "3 @ 1001/30000"},
+        Sample{"gen-opatom_avci100_1080i2997_v1.head320k.mxf", "1920x1080", "29.97", "10;11;12;13",
+               "3 @ 1001/30000"},
+        Sample{"gen-opatom_dv100_1080i25_a1.mxf", "", "25", "10:11:12:13", "3 @ 1/25"},
+        Sample{"gen-opatom_dv100_1080i25_a2.mxf", "", "25", "10:11:12:13", "3 @ 1/25"},
+        Sample{"gen-opatom_dv100_1080i25_v1.head320k.mxf", "1440x1080", "25", "10:11:12:13",
+               "3 @ 1/25"},
+        Sample{"gen-opatom_dv100_720p5994_a1.mxf", "", "59.94", "10;11;12;13", "3 @ 1001/60000"},
+        Sample{"gen-rdd9_422_1080i2997_df.head128k.mxf", "1920x1080", "29.97", "01;02;03;04",
+               "13 @ 1001/30000"},
+        Sample{"gen-rdd9_422_1080p23976.head128k.mxf", "1920x1080", "23.976", "23:59:58:00",
+               "13 @ 1001/24000"},
+        // Sound in units of samples.
+        Sample{"photon-AUDIO.null_terminated_strings.mxf", "", "", "", "10 @ 1/48000"},
+        Sample{"photon-CHIMERA_NETFLIX_2398.hdr.mxf", "3840x2160", "23.976", "00:00:00:00",
+               "8929 @ 1001/24000"},
+        Sample{"photon-NMPC_6000ms_6Ch_ch_id.hdr.mxf", "", "", "00:00:00:00", "2880001 @ 1/48000"},
+        Sample{"photon-Netflix_Plugfest_Oct2015.hdr.mxf", "3840x2160", "23.976", "00:00:00:00",
+               "7148 @ 1001/24000"},
+        Sample{"regxmllib-audio1.mxf", "", "", "00:00:00:00", "2002 @ 1/48000"},
+        Sample{"regxmllib-audio2.mxf", "", "", "00:00:00:00", "2000 @ 1/48000"},
+        Sample{"regxmllib-class14.mxf", "", "", "00:00:00:00", ""},
+        Sample{"regxmllib-escape-chars.head128k.mxf", "", "", "00:00:00:00", "66141 @ 1/48000"},
+        // The timecode of an editor's file stands with its tape; independent readers miss it.
+        Sample{"regxmllib-indirect.head128k.mxf", "3840x2160", "25", "01:00:00:00", "750 @ 1/25"},
+        Sample{"regxmllib-open-incomplete-header.head128k.mxf", "1920x1080", "25", "00:00:00:00",
+               ""},
+        Sample{"regxmllib-utf8_embedded_text.mxf", "1920x1080", "25", "09:59:30:00", "0 @ 1/25"},
+        Sample{"regxmllib-video2.mxf", "1920x1080", "24", "00:00:00:00", "1 @ 1/24"},
+        Sample{"shared-mime-info-small_wav.mxf", "", "", "00:00:00:00", "1 @ 1/5"}));
+
+}  // namespace
