@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/AudioStream.h"
+
+#include <iterator>
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+enum Type : std::uint8_t { kMPEG1 = 0x03, kMPEG2 = 0x04, kAAC = 0x0F, kLPCM = 0x80, kAC3 = 0x81 };
+constexpr std::uint32_t kHDMV = 0x48444D56;
+
+// Sync 0B77, crc 16, rate 2, size 6, version 5, mode 3, channels 3, mix levels, LFE 1.
+void ReadAC3(ByteReader bytes, AudioFacts& facts) {
+  constexpr std::uint32_t kRates[] = {48000, 44100, 32000, 0};
+  constexpr unsigned kChannels[] = {2, 1, 2, 3, 3, 4, 4, 5};
+  for (std::uint64_t at = 0; bytes.Holds(at, 8); ++at) {
+    if (bytes.U16BE(at) != 0x0B77) continue;
+    const unsigned code = bytes.U8(at + 4).value_or(0) >> 6;
+    const unsigned version = bytes.U8(at + 5).value_or(0) >> 3;
+    if (code == 3 || version > 10) continue;
+    const unsigned word = bytes.U16BE(at + 6).value_or(0);
+    const unsigned mode = word >> 13;
+    unsigned used = 3;
+    if ((mode & 1) != 0 && mode != 1) used += 2;
+    if ((mode & 4) != 0) used += 2;
+    if (mode == 2) used += 2;
+    const unsigned lfe = word >> (15 - used) & 1;
+    facts.rate = kRates[code];
+    facts.channels = kChannels[mode] + lfe;
+    return;
+  }
+}
+
+// Each PES packet begins with size 16, channels 4, rate 4, depth 2.
+void ReadLPCM(ByteReader bytes, AudioFacts& facts) {
+  constexpr unsigned kChannels[] = {0, 1, 0, 2, 3, 3, 4, 4, 5, 6, 7, 8};
+  constexpr unsigned kBits[] = {0, 16, 20, 24};
+  const auto codes = bytes.U8(2);
+  const auto depth = bytes.U8(3);
+  if (!codes || !depth) return;
+  const unsigned channels = *codes >> 4;
+  const unsigned rate = *codes & 0x0F;
+  if (channels < std::size(kChannels)) facts.channels = kChannels[channels];
+  facts.rate = rate == 1 ? 48000 : rate == 4 ? 96000 : rate == 5 ? 192000 : 0;
+  facts.bits = kBits[*depth >> 6];
+}
+
+// Sync 11, version 2, layer 2, ..., bit rate 4, rate 2, padding 2, mode 2.
+void ReadMPEG(ByteReader bytes, AudioFacts& facts) {
+  constexpr std::uint32_t kRates[] = {44100, 48000, 32000};
+  for (std::uint64_t at = 0; bytes.Holds(at, 4); ++at) {
+    const std::uint32_t word = bytes.U32BE(at).value_or(0);
+    const unsigned version = word >> 19 & 3;  // 3 MPEG-1, 2 MPEG-2, 0 MPEG-2.5
+    const unsigned rate = word >> 10 & 3;
+    if (word >> 21 != 0x7FF || version == 1 || (word >> 17 & 3) == 0 || rate == 3) continue;
+    facts.rate = kRates[rate] >> (version == 3 ? 0 : version == 2 ? 1 : 2);
+    facts.channels = (word >> 6 & 3) == 3 ? 1 : 2;
+    return;
+  }
+}
+
+}  // namespace
+
+bool IsAudioType(std::uint8_t type, std::uint32_t registration) {
+  // Outside of this registration 80 is private data.
+  if (type == kLPCM) return registration == kHDMV;
+  return type == kMPEG1 || type == kMPEG2 || type == kAAC || type == kAC3;
+}
+
+AudioFacts ReadAudio(std::uint8_t type, const ts::Elementary& part) {
+  AudioFacts facts;
+  const ByteReader bytes(part.bytes);
+  switch (type) {
+    case kAC3:
+      facts.compressor = "AC3";
+      ReadAC3(bytes, facts);
+      break;
+    case kLPCM:
+      facts.compressor = "PCM";
+      ReadLPCM(bytes, facts);
+      break;
+    case kMPEG1:
+    case kMPEG2:
+      facts.compressor = "MPEG";
+      ReadMPEG(bytes, facts);
+      break;
+    case kAAC:
+      facts.compressor = "AAC";
+      break;
+    default:
+      break;
+  }
+  return facts;
+}
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,349 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/TransportStreamReader.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "foundation/avchd/Playlist.h"
+#include "xmp/Namespaces.h"
+#include "xmp/NativeValues.h"
+#include "xmp/readers/AudioStream.h"
+#include "xmp/readers/ClipInfo.h"
+#include "xmp/readers/DVReader.h"
+#include "xmp/readers/RecordingBlock.h"
+#include "xmp/readers/TransportStream.h"
+#include "xmp/readers/VideoStream.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+enum Type : std::uint8_t { kMPEG1 = 0x01, kMPEG2 = 0x02, kAVC = 0x1B, kHEVC = 0x24, kVC1 = 0xEA };
+constexpr std::uint8_t kHDVAuxiliary = 0xA1;
+constexpr std::uint32_t kHDMV = 0x48444D56;
+
+// A first picture of AVCHD takes up to 400 kB; a dozen access units of any camera fit in this.
+constexpr std::size_t kLongHead = 1024 * 1024;
+// The last video packet of a camera's file was within 200 kB of the end.
+constexpr std::size_t kTail = 512 * 1024;
+constexpr std::size_t kMostAudio = 8 * 1024;
+constexpr std::size_t kMostAuxiliary = 64 * 1024;
+
+const char* CompressorName(std::uint8_t type) {
+  switch (type) {
+    case kMPEG1:
+      return "MPEG-1";
+    case kMPEG2:
+      return "MPEG-2";
+    case kAVC:
+      return "AVC";
+    case kHEVC:
+      return "HEVC";
+    case kVC1:
+      return "VC-1";
+    default:
+      return nullptr;
+  }
+}
+
+// The rate nibble of the HDMV registration.
+Rate RateOfNibble(unsigned code) {
+  constexpr Rate kRates[] = {{},     {24000, 1001}, {24, 1},      {25, 1}, {30000, 1001},
+                             {0, 0}, {50, 1},       {60000, 1001}};
+  return code < std::size(kRates) ? kRates[code] : Rate();
+}
+
+// One record of HDV's auxiliary stream, the body of a packet (IEC 61834-11): timecode at 31, date
+// at 36, time at 40, the forms as in DV.
+struct HDVRecord {
+  std::optional<Timecode> timecode;
+  std::optional<DateTime> recorded;
+};
+
+HDVRecord ReadHDVRecord(ByteReader body) {
+  HDVRecord record;
+  const auto view = body.ViewAt<12>(31);
+  if (!view) return record;
+  std::array<std::byte, 4> timecode;
+  std::ranges::copy(view->first<4>(), timecode.begin());
+  record.timecode = TimecodeFromBCD(timecode);
+  const auto bcd = [&view](std::size_t at, unsigned mask) {
+    return FromBCD((*view)[at - 31], mask).value_or(99);
+  };
+  DateTime date;
+  const unsigned year = bcd(38, 0xFF);
+  date.year = year + (year >= 75 ? 1900 : 2000);
+  date.month = bcd(37, 0x1F);
+  date.day = bcd(36, 0x3F);
+  date.hour = bcd(42, 0x3F);
+  date.minute = bcd(41, 0x7F);
+  date.second = bcd(40, 0x7F);
+  if (date.Valid()) record.recorded = date;
+  return record;
+}
+
+// All that one piece of the file shows.
+struct Findings {
+  VideoFacts video;
+  AudioFacts audio;
+  std::vector<std::uint64_t> times;  // of the video
+  std::vector<HDVRecord> records;
+};
+
+class StreamFile {
+ public:
+  StreamFile(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output)
+      : input_(input), wanted_(wanted), output_(output) {}
+
+  void Read() {
+    const auto layout = ts::FindLayout(input_.head);
+    if (!layout) return;
+    layout_ = *layout;
+    FindStreams();
+    if (video_.pid == ts::kNoPID && audio_.pid == ts::kNoPID) return;
+    output_.hasNative = true;
+    Gather(input_.head);
+    const auto ticks = ClipTicks();
+    if (NeedsLongHead(ticks.has_value())) {
+      const auto rest = input_.file.Read(input_.head.Size(), kLongHead - kHeadSize);
+      longHead_.assign(input_.head.Bytes().begin(), input_.head.Bytes().end());
+      longHead_.insert(longHead_.end(), rest.begin(), rest.end());
+      Gather(ByteReader(longHead_));
+    }
+    StoreVideo();
+    StoreAudio();
+    StoreRecording();
+    StoreDuration(ticks);
+  }
+
+ private:
+  void FindStreams() {
+    const ts::Program program = ts::FindProgram(input_.head, layout_);
+    registration_ = program.registration;
+    for (const ts::Stream& stream : program.streams) {
+      if (video_.pid == ts::kNoPID && CompressorName(stream.type) != nullptr) video_ = stream;
+      const bool audio = IsAudioType(stream.type, registration_);
+      if (audio_.pid == ts::kNoPID && audio) audio_ = stream;
+      // The same type is secondary audio on Blu-ray discs.
+      if (stream.type == kHDVAuxiliary && registration_ != kHDMV) auxiliary_ = stream;
+    }
+  }
+
+  void Gather(ByteReader piece) {
+    if (video_.pid != ts::kNoPID) {
+      const auto part = ts::Collect(piece, layout_, 0, video_.pid, kLongHead);
+      const ByteReader bytes(part.bytes);
+      if (video_.type == kAVC) found_.video = ReadAVC(bytes);
+      if (video_.type == kMPEG1 || video_.type == kMPEG2) found_.video = ReadMPEG2(bytes);
+      found_.times = part.presentation;
+    }
+    if (audio_.pid != ts::kNoPID) {
+      found_.audio = ReadAudio(audio_.type, ts::Collect(piece, layout_, 0, audio_.pid, kMostAudio));
+    }
+    if (auxiliary_.pid != ts::kNoPID) GatherRecords(piece);
+  }
+
+  void GatherRecords(ByteReader piece) {
+    const auto part = ts::Collect(piece, layout_, 0, auxiliary_.pid, kMostAuxiliary);
+    found_.records.clear();
+    const ByteReader bytes(part.bytes);
+    for (std::size_t i = 0; i < part.starts.size(); ++i) {
+      const std::uint64_t end = i + 1 < part.starts.size() ? part.starts[i + 1] : bytes.Size();
+      found_.records.push_back(ReadHDVRecord(bytes.Clip(part.starts[i], end - part.starts[i])));
+    }
+  }
+
+  bool WantsDM(std::string_view name) const { return wanted_.Wants(kNsDM, name); }
+  bool WantsRecording() const {
+    return WantsDM("shotDate") || WantsDM("startTimecode") || wanted_.Wants(kNsXMP, "CreateDate") ||
+           wanted_.Wants(kNsTIFF, "Make") || wanted_.Wants(kNsTIFF, "Model") ||
+           wanted_.Wants(kNsEXIF, "GPSLatitude") || wanted_.Wants(kNsEXIF, "GPSLongitude") ||
+           wanted_.Wants(kNsEXIF, "GPSAltitude");
+  }
+  bool WantsVideo() const {
+    return WantsDM("videoFrameRate") || WantsDM("videoFrameSize") || WantsDM("videoFieldOrder") ||
+           WantsDM("videoPixelAspectRatio") || WantsDM("duration");
+  }
+  bool WantsAudio() const {
+    return WantsDM("audioSampleRate") || WantsDM("audioSampleType") || WantsDM("audioChannelType");
+  }
+
+  bool NeedsLongHead(bool lengthKnown) const {
+    if (input_.file.Size() <= input_.head.Size()) return false;
+    const bool coded = video_.type == kAVC || video_.type == kMPEG2 || video_.type == kMPEG1;
+    if (coded && found_.video.width == 0 && WantsVideo()) return true;
+    // The first picture shown may come behind the first in the file.
+    if (WantsDM("duration") && !lengthKnown && video_.pid != ts::kNoPID) return true;
+    if (audio_.pid != ts::kNoPID && found_.audio.rate == 0 && WantsAudio()) return true;
+    if (!WantsRecording()) return false;
+    // The first record of a file may still be that of the scene before.
+    if (auxiliary_.pid != ts::kNoPID) return found_.records.size() < 2;
+    return video_.type == kAVC && found_.video.recordingBlock.empty();
+  }
+
+  Rate FrameRate() const {
+    if (found_.video.rate.Known()) return found_.video.rate;
+    return RateOfNibble(video_.formatAndRate & 0x0F);
+  }
+
+  void StoreVideo() {
+    if (video_.pid == ts::kNoPID) return;
+    TXMPMeta& meta = output_.native;
+    const VideoFacts& video = found_.video;
+    meta.SetProperty(kNsDM, "videoCompressor", CompressorName(video_.type));
+    SetFrameRate(meta, FrameRate());
+    SetFrameSize(meta, video.width, video.height);
+    SetPixelAspectRatio(meta, video.aspectWidth, video.aspectHeight);
+    if (video.width != 0) SetPixelDepth(meta, video.depth);
+    if (video.fieldOrder != nullptr) meta.SetProperty(kNsDM, "videoFieldOrder", video.fieldOrder);
+  }
+
+  void StoreAudio() {
+    TXMPMeta& meta = output_.native;
+    const AudioFacts& audio = found_.audio;
+    if (audio.compressor == nullptr) return;
+    meta.SetProperty(kNsDM, "audioCompressor", audio.compressor);
+    SetAudioSampleRate(meta, audio.rate);
+    SetAudioChannels(meta, audio.channels);
+    if (audio_.type != 0x80) meta.SetProperty(kNsDM, "audioSampleType", "Compressed");
+    SetAudioSampleBits(meta, audio.bits);
+  }
+
+  // The playlist's shot of this clip, looked for once.
+  const std::optional<foundation::avchd::ShotOfClip>& Shot() {
+    if (!lookedForShot_ && IsCardStream(input_.path)) {
+      shot_ = foundation::avchd::FindShotOfStream(input_.path);
+    }
+    lookedForShot_ = true;
+    return shot_;
+  }
+
+  void FillFromHDV(RecordingFacts& facts) {
+    for (const HDVRecord& record : found_.records) {
+      if (!facts.timecode) facts.timecode = record.timecode;
+    }
+    const auto& records = found_.records;
+    // The second record decides; the first may still tell of the scene before.
+    for (std::size_t i = 1; i < records.size() && !facts.recorded; ++i) {
+      facts.recorded = records[i].recorded;
+    }
+    if (!facts.recorded && !records.empty()) facts.recorded = records[0].recorded;
+    if (!facts.timecode) facts.timecode = found_.video.gopTimecode;
+  }
+
+  // What cameras write about a shot, not about the later files of one that goes on.
+  void FillFromPlaylist(RecordingFacts& facts) {
+    const auto& shot = Shot();
+    if (!shot) return;
+    const auto* mark = foundation::avchd::MarkOfShot(*shot->playlist, shot->first);
+    if (mark == nullptr) return;
+    if (facts.maker.empty()) facts.maker = MakerName(mark->maker);
+    if (shot->clip != shot->first) return;
+    if (!facts.recorded) ReadRecordingDate(mark->recorded, facts);
+    if (!facts.timecode) facts.timecode = TimecodeFromBCD(mark->startTimecode);
+  }
+
+  void StoreRecording() {
+    TXMPMeta& meta = output_.native;
+    RecordingFacts facts;
+    if (!found_.video.recordingBlock.empty()) {
+      facts = ReadRecordingBlock(ByteReader(found_.video.recordingBlock), meta);
+    }
+    FillFromHDV(facts);
+    const bool whole = facts.recorded && facts.timecode && !facts.maker.empty();
+    if (!whole && WantsRecording()) FillFromPlaylist(facts);
+    if (!facts.recorded) facts.recorded = DateFromRecorderName(input_.path);
+    if (facts.recorded) SetRecordingDate(meta, *facts.recorded, facts.zone);
+    meta.SetProperty(kNsTIFF, "Make", facts.maker);
+    meta.SetProperty(kNsTIFF, "Model", facts.model);
+    if (!facts.timecode) return;
+    const Rate rate = Normalise(FrameRate());
+    // Only rates of 1001 drop frame numbers; elsewhere the bit means something else.
+    if (rate.den != 1001 || rate.num == 24000) facts.timecode->drop = false;
+    SetStartTimecode(meta, *facts.timecode, rate);
+  }
+
+  // The clip's length in ticks of 1/45000 s by what stands beside the stream.
+  std::optional<std::uint64_t> ClipTicks() {
+    if (!WantsDM("duration")) return std::nullopt;
+    if (const auto ticks = ClipLengthOfStream(input_.path)) return ticks;
+    const auto& shot = Shot();
+    if (!shot) return std::nullopt;
+    const auto& item = shot->playlist->items[shot->clip];
+    if (item.outTime <= item.inTime) return std::nullopt;
+    return item.outTime - item.inTime;
+  }
+
+  void StoreDuration(const std::optional<std::uint64_t>& ticks) {
+    const Rate rate = Normalise(FrameRate());
+    if (!WantsDM("duration") || !rate.Known()) return;
+    constexpr std::uint64_t kTicksPerSecond = 45000;
+    if (ticks) {
+      const std::uint64_t unit = kTicksPerSecond * rate.den;
+      SetDuration(output_.native, (*ticks * rate.num + unit / 2) / unit, rate);
+    } else if (const auto frames = FramesByTime(rate)) {
+      SetDuration(output_.native, *frames, rate);
+    }
+  }
+
+  // Last minus first time of presentation. Time stamps have 33 bits and wrap.
+  std::optional<std::uint64_t> FramesByTime(const Rate& rate) {
+    if (found_.times.empty()) return std::nullopt;
+    const std::uint64_t base = found_.times.front();
+    const auto since = [base](std::uint64_t time) {
+      constexpr std::int64_t kWrap = std::int64_t{1} << 33;
+      const auto delta = static_cast<std::int64_t>((time - base) & (kWrap - 1));
+      return delta >= kWrap / 2 ? delta - kWrap : delta;
+    };
+    std::int64_t first = 0;
+    for (const std::uint64_t time : found_.times) first = std::min(first, since(time));
+    std::int64_t last = std::numeric_limits<std::int64_t>::min();
+    for (const std::uint64_t time : LastTimes()) last = std::max(last, since(time));
+    if (last < first) return std::nullopt;
+    // Fields may have packets of their own: half a frame more is no further frame.
+    const double frames = static_cast<double>(last - first) / 90000 *
+                          static_cast<double>(rate.num) / static_cast<double>(rate.den);
+    return static_cast<std::uint64_t>(frames + 0.25) + 1;
+  }
+
+  std::vector<std::uint64_t> LastTimes() {
+    const std::uint64_t size = input_.file.Size();
+    const std::uint64_t have = std::max<std::uint64_t>(input_.head.Size(), longHead_.size());
+    if (size <= have) return found_.times;
+    const std::uint64_t start = std::max(size - std::min<std::uint64_t>(size, kTail), have);
+    const auto tail = input_.file.Read(start, kTail);
+    auto part = ts::Collect(ByteReader(tail), layout_, start, video_.pid, 0, true);
+    // A short tail may hold none; then the last is in what was read before.
+    if (start == have) {
+      part.presentation.insert(part.presentation.end(), found_.times.begin(), found_.times.end());
+    }
+    return part.presentation;
+  }
+
+  const ReaderInput& input_;
+  const WantedProperties& wanted_;
+  ReaderOutput& output_;
+  ts::Layout layout_;
+  std::uint32_t registration_ = 0;
+  ts::Stream video_;
+  ts::Stream audio_;
+  ts::Stream auxiliary_;
+  Findings found_;
+  std::vector<std::byte> longHead_;
+  std::optional<foundation::avchd::ShotOfClip> shot_;
+  bool lookedForShot_ = false;
+};
+
+bool Recognises(const ReaderInput& input) { return ts::FindLayout(input.head).has_value(); }
+
+void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
+  StreamFile(input, wanted, output).Read();
+}
+
+}  // namespace
+
+const Reader kTransportStreamReader = {"MPEG-2 transport stream", Recognises, Read};
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// What the head of an elementary video stream tells: H.264 (ITU-T H.264) with the recording block
+// of AVCHD cameras, and MPEG-2 (ISO/IEC 13818-2).
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "foundation/ByteReader.h"
+#include "xmp/NativeValues.h"
+
+namespace Sorvik::xmp {
+
+struct VideoFacts {
+  std::uint32_t width = 0;  // 0: no sequence header was found
+  std::uint32_t height = 0;
+  Rate rate;                      // of frames
+  std::uint64_t aspectWidth = 0;  // of a sample; 0 unknown
+  std::uint64_t aspectHeight = 0;
+  unsigned depth = 8;
+  const char* fieldOrder = nullptr;     // "Upper", "Lower", "Progressive"
+  std::optional<Timecode> gopTimecode;  // of the first group of pictures
+  // The recording block of the first picture that has one, behind its name; removed emulation
+  // bytes. Empty if there is none.
+  std::vector<std::byte> recordingBlock;
+};
+
+VideoFacts ReadAVC(foundation::ByteReader stream);
+VideoFacts ReadMPEG2(foundation::ByteReader stream);
+
+}  // namespace Sorvik::xmp

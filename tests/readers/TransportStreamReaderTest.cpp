@@ -1,0 +1,364 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "foundation/CallScope.h"
+#include "support/Bytes.h"
+#include "support/ReadWith.h"
+#include "support/TempTree.h"
+#include "xmp/readers/ClipInfo.h"
+#include "xmp/readers/TransportStreamReader.h"
+
+namespace {
+
+using namespace Sorvik::xmp;
+using sorvik_test::Bytes;
+using sorvik_test::Facts;
+using sorvik_test::ReadSample;
+using sorvik_test::ReadWith;
+
+// A sequence parameter set of a camera: 1920x1080, 25 frames, interlaced.
+constexpr char kSPS[] =
+    "27640028AD002DB01E0111F7808800000300080000030197260000A4CB800107AD078C19300005265C00083D683C60"
+    "5000";
+constexpr char kUUID[] = "17EE8C60F84D11D98CD60800200C9A66";
+
+Bytes Hex(std::string_view digits) {
+  Bytes b;
+  return b.Hex(digits);
+}
+
+// Writes packets of one file, counting nothing: continuity counters aren't looked at.
+class StreamMaker {
+ public:
+  explicit StreamMaker(bool prefixed = true) : prefixed_(prefixed) {}
+
+  // One or more packets that carry `payload` of a PID.
+  void Add(unsigned pid, const Bytes& payload) {
+    std::size_t at = 0;
+    do {
+      const std::size_t part = std::min<std::size_t>(payload.size() - at, 184);
+      if (prefixed_) bytes_.U32(0x47474747);  // arrival time, with sync bytes to mislead
+      bytes_.U8(0x47).U16((at == 0 ? 0x4000 : 0) | pid);
+      if (part == 184) {
+        bytes_.U8(0x10);
+      } else {
+        const std::size_t stuffing = 183 - part;  // adaptation field up to the payload
+        bytes_.U8(0x30).U8(stuffing);
+        if (stuffing > 0) bytes_.U8(0).Fill(stuffing - 1, 0xFF);
+      }
+      bytes_.Text(std::string_view(payload.str()).substr(at, part));
+      at += part;
+    } while (at < payload.size());
+  }
+  void AddProgram(std::uint32_t registration, const Bytes& streams) {
+    Bytes association;
+    association.U8(0);                                                        // pointer
+    association.U8(0).U16(0xB000 | 17).U16(1).U8(0xC1).U8(0).U8(0);           // table 0
+    association.U16(0).U16(0xE000 | 0x1F).U16(1).U16(0xE000 | 0x100).U32(0);  // SIT, PMT, CRC
+    Add(0, association);
+    Bytes map;
+    map.U16(1).U8(0xC1).U8(0).U8(0).U16(0xE000 | 0x1001);
+    if (registration == 0) {
+      map.U16(0xF000);
+    } else {
+      map.U16(0xF000 | 6).U8(5).U8(4).U32(registration);
+    }
+    map.Add(streams).U32(0);
+    Add(0x100, Bytes().U8(0).U8(2).U16(0xB000 | map.size()).Add(map));
+  }
+  const std::string& str() const { return bytes_.str(); }
+  std::size_t size() const { return bytes_.size(); }
+
+ private:
+  bool prefixed_;
+  Bytes bytes_;
+};
+
+Bytes Pes(unsigned id, std::uint64_t time, const Bytes& data) {
+  Bytes b;
+  b.U24(1).U8(id).U16(0).U8(0x80).U8(0x80).U8(5);  // start, id, length, flags, size of the rest
+  b.U8(0x21 | (time >> 29 & 0x0E)).U16((time >> 14 & 0xFFFE) | 1).U16((time << 1 & 0xFFFE) | 1);
+  return b.Add(data);
+}
+
+Bytes AvchdStreams() {
+  Bytes b;
+  b.U8(0x1B).U16(0xF011).U16(0xF00A).Hex("0508 48444D56 FF1B433F");  // H.264, 1080i, 25
+  b.U8(0x81).U16(0xF100).U16(0xF000);                                // AC-3
+  return b;
+}
+
+// Puts a 3 wherever two zeros would make a start code of what follows.
+Bytes Escaped(const Bytes& payload) {
+  Bytes b;
+  int zeros = 0;
+  for (const char c : payload.str()) {
+    if (zeros == 2 && static_cast<unsigned char>(c) <= 3) {
+      b.U8(3);
+      zeros = 0;
+    }
+    zeros = c == 0 ? zeros + 1 : 0;
+    b.U8(static_cast<unsigned char>(c));
+  }
+  return b;
+}
+
+// An access unit with the parameter set, picture timing and, if there are `tags`, a recording
+// block.
+Bytes Picture(const std::vector<std::string>& tags) {
+  Bytes b;
+  b.Hex("00000001 0910").Hex("00000001").Hex(kSPS);
+  Bytes block;
+  block.Text("MDPM").U8(tags.size());
+  for (const std::string& tag : tags) block.Hex(tag);
+  Bytes message;
+  message.Hex("0104 00006140");  // picture timing: a top field
+  if (!tags.empty()) message.U8(5).U8(16 + block.size()).Hex(kUUID).Add(block);
+  b.Hex("00000001 06").Add(Escaped(message)).U8(0x80);
+  b.Hex("00000001 65").Fill(300, 0x55);
+  return b;
+}
+
+const std::vector<std::string> kTags = {
+    "13 12313420",                                               // 20:34:31:12
+    "18 0B202101", "19 17173317",                                // with +05:30
+    "B1 4E000000", "B2 00300001", "B3 001E0002", "B4 00120001",  // N 48, 30/2, 18
+    "B5 57000000", "B6 00020001", "B7 00000001", "B8 00000001",  // W 2, 0, 0
+    "B9 01000000", "BA 00640002", "BE 41000000",                 // 50 m below, valid
+    "E0 01083000", "E4 4E45582D", "E5 4653000A"};                // Sony NEX-FS
+
+std::string MakeAvchd(const std::vector<std::string>& tags, std::size_t padding = 0) {
+  StreamMaker stream;
+  stream.AddProgram(0x48444D56, AvchdStreams());
+  const auto picture = [&](std::uint64_t time) { return Pes(0xE0, time, Picture(tags)); };
+  Bytes ac3;
+  ac3.Hex("0B77 0000 1E 40 E1 00").Fill(50);  // 48 kHz, version 8, 3/2 and LFE
+  stream.Add(0x1011, picture(214772));
+  stream.Add(0x1100, Pes(0xBD, 207572, ac3));
+  if (padding != 0) stream.Add(0x1FFF, Bytes().Fill(padding));
+  stream.Add(0x1011, picture(207572));  // shown before the first
+  if (padding != 0) stream.Add(0x1FFF, Bytes().Fill(padding));
+  stream.Add(0x1011, picture(207572 + 3600 * 35));
+  return stream.str();
+}
+
+TEST(TransportStreamReader, ReadsAnAvchdStream) {
+  const auto result = ReadWith(kTransportStreamReader, MakeAvchd(kTags));
+  EXPECT_TRUE(result.recognised);
+  EXPECT_EQ(result.reads, 0);
+  EXPECT_EQ(Facts(result),
+            "CreateDate=2021-01-17T17:33:17+05:30\n"
+            "videoFrameRate=25\n"
+            "videoPixelDepth=8Int\n"
+            "videoPixelAspectRatio=1/1\n"
+            "videoCompressor=AVC\n"
+            "videoFieldOrder=Upper\n"
+            "audioSampleRate=48000\n"
+            "audioSampleType=Compressed\n"
+            "audioChannelType=5.1\n"
+            "audioCompressor=AC3\n"
+            "shotDate=2021-01-17T17:33:17+05:30\n"
+            "Make=Sony\n"
+            "Model=NEX-FS\n"
+            "GPSAltitude=100/2\n"
+            "GPSAltitudeRef=1\n"
+            "GPSLatitude=48,15.30000N\n"
+            "GPSLongitude=2,0.00000W\n"
+            "videoFrameSize=1920x1080 pixel\n"
+            "startTimecode=20:34:31:12 25Timecode\n"
+            "duration=36 @ 1/25\n");
+}
+
+TEST(TransportStreamReader, ReadsNoMoreThanWhatIsWanted) {
+  const std::string file = MakeAvchd(kTags, 900'000);
+  const auto all = ReadWith(kTransportStreamReader, file);
+  EXPECT_EQ(all.reads, 2) << "further pictures for the earliest time stamp, and the tail";
+  EXPECT_LE(all.longestRead, 1u << 20);
+  EXPECT_EQ(all.Field("duration", kNsDM, "value"), "36");
+  WantedProperties wanted = WantedProperties::None();
+  wanted.Add(kNsDM, "startTimecode");
+  wanted.Add(kNsDM, "audioSampleRate");
+  EXPECT_EQ(ReadWith(kTransportStreamReader, file, {}, wanted).reads, 0);
+}
+
+TEST(TransportStreamReader, LooksFurtherForARecordingBlock) {
+  StreamMaker stream;
+  stream.AddProgram(0x48444D56, AvchdStreams());
+  stream.Add(0x1011, Pes(0xE0, 1000, Picture({})));
+  stream.Add(0x1011, Pes(0xE0, 4600, Bytes().Hex("00000001 65").Fill(300'000, 0x55)));
+  stream.Add(0x1011, Pes(0xE0, 8200, Picture(kTags)));
+  WantedProperties wanted = WantedProperties::None();
+  wanted.Add(kNsDM, "shotDate");
+  const auto result = ReadWith(kTransportStreamReader, stream.str(), {}, wanted);
+  EXPECT_EQ(result.reads, 1);
+  EXPECT_EQ(result.Get(kNsTIFF, "Make"), "Sony");
+}
+
+TEST(TransportStreamReader, KeepsNoPositionWithoutAFix) {
+  auto tags = kTags;
+  for (auto& tag : tags) {
+    if (tag.starts_with("BE")) tag = "BE 56000000";
+    if (tag.starts_with("18")) tag = "18 FF202101";
+    if (tag.starts_with("E0")) tag = "E0 01030000";
+  }
+  const auto result = ReadWith(kTransportStreamReader, MakeAvchd(tags));
+  EXPECT_EQ(result.Get(kNsEXIF, "GPSLatitude"), "");
+  EXPECT_EQ(result.Get(kNsDM, "shotDate"), "2021-01-17T17:33:17") << "zone not set";
+  EXPECT_EQ(result.Get(kNsTIFF, "Model"), "") << "other makers write other things there";
+}
+
+// HDV: bare packets, MPEG-2 video, layer II audio, auxiliary records.
+std::string MakeHdv(const std::vector<std::string>& records) {
+  StreamMaker stream(false);
+  Bytes streams;
+  streams.U8(0x02).U16(0xE810).U16(0xF000);
+  streams.U8(0x03).U16(0xE814).U16(0xF000);
+  streams.U8(0xA1).U16(0xE811).U16(0xF000);
+  stream.AddProgram(0x54534856, streams);
+  Bytes video;
+  video.Hex("000001B3 5A0438 34 FFFFE018");                    // 1440x1080, 16:9, 29.97
+  video.Hex("000001B5 1442 0001 0000");                        // main profile, interlaced
+  video.Hex("000001B8 84286240");                              // 01:02:03;04
+  video.Hex("00000100 000FFFF8").Hex("000001B5 8FFFF3C0 80");  // picture, top field first
+  stream.Add(0x810, Pes(0xE0, 90000, video));
+  stream.Add(0x814, Pes(0xC0, 90000, Hex("FFFD E404").Fill(100)));
+  for (const std::string& record : records) {
+    Bytes body;
+    body.Fill(31).Hex(record).PadTo(60);
+    stream.Add(0x811, Bytes().U24(1).U8(0xBF).U16(body.size()).Add(body));
+  }
+  return stream.str();
+}
+
+TEST(TransportStreamReader, ReadsAnHdvStream) {
+  // Timecode ffssmmhh, zone, day, month, year, FF, second, minute, hour.
+  const std::string first = "60 07 06 C5 FF 30 01 14 FF 29 15 10";
+  const std::string second = "61 07 06 C5 FF 31 01 14 FF 30 15 10";
+  const auto result = ReadWith(kTransportStreamReader, MakeHdv({first, second}));
+  EXPECT_EQ(Facts(result),
+            "CreateDate=2014-01-31T10:15:30\n"
+            "videoFrameRate=29.97\n"
+            "videoPixelDepth=8Int\n"
+            "videoPixelAspectRatio=4/3\n"
+            "videoCompressor=MPEG-2\n"
+            "videoFieldOrder=Upper\n"
+            "audioSampleRate=48000\n"
+            "audioSampleType=Compressed\n"
+            "audioChannelType=Stereo\n"
+            "audioCompressor=MPEG\n"
+            "shotDate=2014-01-31T10:15:30\n"
+            "videoFrameSize=1440x1080 pixel\n"
+            "startTimecode=05;06;07;20 2997DropTimecode\n"
+            "duration=1 @ 1001/30000\n");
+  const auto named = ReadWith(kTransportStreamReader, MakeHdv({"FF FF FF FF FF FF FF FF FF FF FF"}),
+                              "/c/VIDEO/HVR/00_0001_2009-03-14_101530.M2T");
+  EXPECT_EQ(named.Get(kNsDM, "shotDate"), "2009-03-14T10:15:30");
+  EXPECT_EQ(named.Field("startTimecode", kNsDM, "timeValue"), "01;02;03;04") << "of the group";
+}
+
+Bytes MakeClipInfo(std::uint32_t start, std::uint32_t end) {
+  Bytes b;
+  b.Text("HDMV0100").U32(40).U32(0).PadTo(40);
+  b.U32(26).U8(0).U8(1).U32(0).U8(1).U8(0);         // length, ATC sequences; start, STC, id
+  return b.U16(0x1001).U32(0).U32(start).U32(end);  // PCR, start, presentation
+}
+
+TEST(ClipInfo, SumsItsSequencesAndRefusesLies) {
+  const Bytes info = MakeClipInfo(27'000'000, 28'355'103);
+  EXPECT_EQ(ReadClipLength(info.Reader()), 1'355'103u);
+  EXPECT_FALSE(ReadClipLength(MakeClipInfo(5, 5).Reader()));
+  EXPECT_FALSE(ReadClipLength(MakeClipInfo(6, 5).Reader()));
+  for (std::size_t size = 0; size < info.size(); ++size) {
+    const Bytes cut = info.Cut(size);
+    EXPECT_FALSE(ReadClipLength(cut.Reader())) << size;
+  }
+  Bytes lie = info;
+  lie.Set(8, 0xFFFFFFFF, 4);
+  EXPECT_FALSE(ReadClipLength(lie.Reader()));
+  const auto disc = ReadSample("avchd/agentjp-bdinfo-rs/BigBuckBunny/BDMV/CLIPINF/00000.clpi");
+  if (!disc) GTEST_SKIP() << "samples aren't there";
+  EXPECT_EQ(ReadClipLength(Sorvik::foundation::ReaderOf(*disc)), 1'355'103u);
+}
+
+TEST(TransportStreamReader, TakesFromTheCardWhatTheStreamLacks) {
+  const auto playlist = ReadSample("avchd/ElishaAz-AVCHD-Converter/files/00002.MPL");
+  if (!playlist) GTEST_SKIP() << "samples aren't there";
+  sorvik_test::TempTree tree;
+  const Sorvik::foundation::CallScope scope;
+  tree.File("BDMV/PLAYLIST/00002.MPL", *playlist);
+  const auto read = [&tree](const char* clip) {
+    return ReadWith(kTransportStreamReader, MakeAvchd({}),
+                    tree.Path(std::string("BDMV/STREAM/").append(clip)));
+  };
+  const auto head = read("00014.MTS");
+  EXPECT_EQ(head.Get(kNsDM, "shotDate"), "2022-06-15T09:39:26+03:00");
+  EXPECT_EQ(head.Get(kNsTIFF, "Make"), "Sony");
+  EXPECT_EQ(head.Field("startTimecode", kNsDM, "timeValue"), "17:43:33:00");
+  EXPECT_EQ(head.Field("duration", kNsDM, "value"), "17718") << "708.708 s at 25";
+  const auto later = read("00015.MTS");
+  EXPECT_EQ(later.Get(kNsDM, "shotDate"), "") << "told of the head alone";
+  EXPECT_EQ(later.Get(kNsTIFF, "Make"), "Sony");
+  tree.File("BDMV/CLIPINF/00015.CPI", MakeClipInfo(45000, 90000).str());
+  EXPECT_EQ(read("00015.MTS").Field("duration", kNsDM, "value"), "25");
+  EXPECT_EQ(read("00099.MTS").Field("duration", kNsDM, "value"), "36") << "by its time stamps";
+}
+
+TEST(TransportStreamReader, StandsBadStreams) {
+  const auto read = [](const std::string& bytes) {
+    return ReadWith(kTransportStreamReader, bytes, "/card/BDMV/STREAM/00001.MTS");
+  };
+  EXPECT_FALSE(read("").recognised);
+  EXPECT_FALSE(read(std::string(300'000, '\0')).recognised);
+  EXPECT_FALSE(read("G" + std::string(250, 'x')).recognised) << "a text that begins with G";
+  std::string noise(300'000, '\0');
+  std::uint32_t state = 1;
+  for (char& c : noise) c = static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
+  EXPECT_FALSE(read(noise).recognised);
+  // Packets without content, and one that is still being written.
+  StreamMaker empty;
+  for (int i = 0; i < 20; ++i) empty.Add(0x1FFF, Bytes().Fill(184));
+  EXPECT_FALSE(read(empty.str()).output.hasNative);
+  const std::string growing = MakeAvchd(kTags) + std::string(2'000'000, '\0');
+  EXPECT_EQ(read(growing).Field("duration", kNsDM, "value"), "") << "no last time stamp yet";
+  EXPECT_EQ(read(growing).Get(kNsDM, "videoFrameRate"), "25");
+  // Begins inside a packet.
+  EXPECT_EQ(read(MakeAvchd(kTags).substr(101)).recognised, true);
+}
+
+TEST(TransportStreamReader, StandsCutsAndLies) {
+  for (const std::string& whole : {MakeAvchd(kTags), MakeHdv({"60 07 06 C5 FF 30 01 14 FF 29"})}) {
+    for (std::size_t size = 0; size < whole.size(); size += 7) {
+      EXPECT_EQ(ReadWith(kTransportStreamReader, whole.substr(0, size)).reads, 0);
+    }
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+      for (const char lie : {'\xFF', '\0', '\x47'}) {
+        std::string bad = whole;
+        bad[at] = lie;
+        EXPECT_LE(ReadWith(kTransportStreamReader, bad).reads, 2);
+      }
+    }
+  }
+}
+
+// Facts as independent readers show them.
+TEST(TransportStreamReader, ReadsTheSamples) {
+  const auto canon = ReadSample("avchd/M2TS.mts");
+  const auto hdv = ReadSample("hdv/SYNTHETIC/hdv1080i60-aux-synthetic.m2t");
+  const auto plain = ReadSample("hdv/SYNTHETIC/hdv1080i60-synthetic.m2t");
+  if (!canon || !hdv || !plain) GTEST_SKIP() << "samples aren't there";
+  const auto first = ReadWith(kTransportStreamReader, *canon);
+  EXPECT_EQ(first.Get(kNsDM, "shotDate"), "2008-12-31T23:16:24+01:00");
+  EXPECT_EQ(first.Get(kNsTIFF, "Make"), "Canon");
+  EXPECT_EQ(first.Get(kNsDM, "audioChannelType"), "Stereo");
+  EXPECT_EQ(first.Field("videoFrameSize", kNsDimensions, "h"), "1080");
+  EXPECT_EQ(first.Field("startTimecode", kNsDM, "timeValue"), "") << "this camera writes none";
+  const auto second = ReadWith(kTransportStreamReader, *hdv);
+  EXPECT_EQ(second.Get(kNsDM, "shotDate"), "2014-01-31T10:15:30");
+  EXPECT_EQ(second.Field("startTimecode", kNsDM, "timeValue"), "01;02;03;04");
+  EXPECT_EQ(second.Field("duration", kNsDM, "value"), "15") << "501 ms of video";
+  const auto third = ReadWith(kTransportStreamReader, *plain);
+  EXPECT_EQ(third.Get(kNsDM, "videoPixelAspectRatio"), "4/3");
+  EXPECT_EQ(third.Get(kNsDM, "audioSampleRate"), "48000");
+}
+
+}  // namespace
