@@ -90,7 +90,9 @@ class TXMPMeta {
   void Clear() noexcept;
 
  private:
-  std::unique_ptr<XMPNode> root_;
+  XMPNode& Root();
+
+  std::unique_ptr<XMPNode> root_;  // null while nothing is held
 };
 
 using SXMPMeta = TXMPMeta;

@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/RDFReader.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <unordered_map>
+#include <utility>
+
+#include "xmp/Namespaces.h"
+
+namespace Sorvik::xmp {
+namespace {
+
+using foundation::XmlAttribute;
+using foundation::XmlElement;
+
+// References by rdf:nodeID can multiply what a document holds. Real packets repeat a record or two;
+// what goes beyond these many bytes, or deeper, stays empty.
+constexpr std::size_t kMostByReference = std::size_t{4} << 20;
+constexpr std::size_t kDeepestReference = 8;
+
+// About what an element takes in memory, without its children.
+std::size_t WeightOf(const XmlElement& element) {
+  std::size_t weight = sizeof(XMPNode) + element.RawText().size();
+  for (const XmlAttribute& attribute : element.Attributes()) {
+    weight += sizeof(XMPNode) + attribute.nameSpace.size() + attribute.value.size();
+  }
+  return weight;
+}
+
+bool IsRDF(const XmlElement& element, std::string_view name) {
+  return element.Name() == name && element.NameSpace() == kNsRDF;
+}
+
+// Some old writers give this URI for Dublin Core.
+std::string_view RealNameSpace(std::string_view nameSpace) {
+  return nameSpace == "http://purl.org/dc/1.1/" ? std::string_view(kNsDC) : nameSpace;
+}
+
+// Attributes that are properties, fields or qualifiers. Those without a namespace belong to the
+// oldest RDF ("about", "ID").
+bool IsPropertyAttribute(const XmlAttribute& attribute) {
+  return !attribute.nameSpace.empty() && attribute.nameSpace != kNsRDF &&
+         attribute.nameSpace != kNsXML;
+}
+
+XMPNode SimpleNode(std::string_view nameSpace, std::string_view name, std::string value) {
+  XMPNode node;
+  node.nameSpace = RealNameSpace(nameSpace);
+  node.name = name;
+  node.value = std::move(value);
+  return node;
+}
+
+std::vector<XMPNode> PropertiesInAttributes(const XmlElement& element) {
+  std::vector<XMPNode> properties;
+  for (const XmlAttribute& attribute : element.Attributes()) {
+    if (!IsPropertyAttribute(attribute)) continue;
+    properties.push_back(SimpleNode(attribute.nameSpace, attribute.name, attribute.value));
+  }
+  return properties;
+}
+
+// The array form of a container element, or nothing.
+bool ArrayFormOf(const XmlElement& element, ArrayForm& form) {
+  if (element.NameSpace() != kNsRDF) return false;
+  if (element.Name() == "Bag") {
+    form = ArrayForm::kBag;
+  } else if (element.Name() == "Seq") {
+    form = ArrayForm::kSeq;
+  } else if (element.Name() == "Alt") {
+    form = ArrayForm::kAlt;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+// "rdf:li", or "rdf:_1", "rdf:_2" and so on in general RDF.
+bool IsItem(const XmlElement& element) {
+  return element.NameSpace() == kNsRDF &&
+         (element.Name() == "li" || element.Name().starts_with('_'));
+}
+
+void Append(std::vector<XMPNode>& to, std::vector<XMPNode> more) {
+  to.insert(to.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+}
+
+// The functions call each other as elements nest; the depth of the XML is capped, and so is that of
+// references.
+class Reader {
+ public:
+  explicit Reader(const XmlElement& rdf) {
+    for (const XmlElement* node : rdf.Children()) {
+      if (const XmlAttribute* id = node->FindAttribute(kNsRDF, "nodeID")) {
+        nodes_.emplace(id->value, node);
+      }
+    }
+  }
+
+  // The properties of a node element: its attributes and the property elements in it.
+  std::vector<XMPNode> ReadProperties(const XmlElement& node) {
+    std::vector<XMPNode> properties = PropertiesInAttributes(node);
+    for (const XmlElement* child : node.Children()) {
+      if (child->NameSpace().empty() || child->NameSpace() == kNsRDF) continue;
+      properties.push_back(ReadProperty(*child));
+    }
+    return properties;
+  }
+
+ private:
+  XMPNode ReadProperty(const XmlElement& element) {
+    XMPNode node = ReadValue(element);
+    node.nameSpace = RealNameSpace(element.NameSpace());
+    node.name = element.Name();
+    return node;
+  }
+
+  // The value of a property element or item.
+  XMPNode ReadValue(const XmlElement& element) {
+    if (depth_ > 0) referenced_ += WeightOf(element);
+    if (referenced_ > kMostByReference) return XMPNode();
+    XMPNode node = ReadBareValue(element);
+    if (const XmlAttribute* language = element.FindAttribute(kNsXML, "lang")) {
+      node.qualifiers.insert(node.qualifiers.begin(), SimpleNode(kNsXML, "lang", language->value));
+    }
+    return node;
+  }
+
+  XMPNode ReadBareValue(const XmlElement& element) {
+    const XmlAttribute* parseType = element.FindAttribute(kNsRDF, "parseType");
+    if (parseType != nullptr && parseType->value == "Resource") return ReadNode(element);
+    const bool literal =
+        parseType != nullptr || element.FindAttribute(kNsRDF, "datatype") != nullptr;
+    if (literal) return SimpleNode({}, {}, element.RawText());
+    if (element.Children().empty()) return ReadWithoutChildren(element);
+    const XmlElement& first = *element.Children().front();
+    // Fields that stand in a property without the Description or parseType they ought to have.
+    const bool bareFields = element.Children().size() > 1 && first.NameSpace() != kNsRDF;
+    return ReadNode(bareFields ? element : first);
+  }
+
+  // A text, or a property whose value stands in its attributes.
+  XMPNode ReadWithoutChildren(const XmlElement& element) {
+    if (const XmlAttribute* id = element.FindAttribute(kNsRDF, "nodeID")) {
+      const auto found = nodes_.find(id->value);
+      if (found != nodes_.end()) return ReadReferenced(*found->second);
+    }
+    std::vector<XMPNode> others = PropertiesInAttributes(element);
+    for (const char* name : {"value", "resource"}) {
+      const XmlAttribute* value = element.FindAttribute(kNsRDF, name);
+      if (value == nullptr) continue;
+      XMPNode node = SimpleNode({}, {}, value->value);
+      node.qualifiers = std::move(others);
+      return node;
+    }
+    if (others.empty()) return SimpleNode({}, {}, element.RawText());
+    XMPNode node;
+    if (!element.Text().empty()) {
+      node.value = element.RawText();
+      node.qualifiers = std::move(others);
+    } else {
+      node.form = NodeForm::kStruct;
+      node.children = std::move(others);
+    }
+    return node;
+  }
+
+  XMPNode ReadReferenced(const XmlElement& target) {
+    if (depth_ >= kDeepestReference) return XMPNode();
+    ++depth_;
+    XMPNode node = ReadNode(target);
+    --depth_;
+    return node;
+  }
+
+  // An array, a structure, or a value with qualifiers. An element that is no rdf:Description is a
+  // typed node, which reads as a structure.
+  XMPNode ReadNode(const XmlElement& element) {
+    XMPNode node;
+    if (ArrayFormOf(element, node.arrayForm)) {
+      node.form = NodeForm::kArray;
+      for (const XmlElement* item : element.Children()) {
+        if (IsItem(*item)) node.children.push_back(ReadValue(*item));
+      }
+      return node;
+    }
+    if (const XmlElement* value = ValueChild(element)) {
+      node = ReadValue(*value);
+      Append(node.qualifiers, ReadProperties(element));
+      return node;
+    }
+    if (const XmlAttribute* value = element.FindAttribute(kNsRDF, "value")) {
+      node.value = value->value;
+      node.qualifiers = ReadProperties(element);
+      return node;
+    }
+    node.form = NodeForm::kStruct;
+    node.children = ReadProperties(element);
+    return node;
+  }
+
+  static const XmlElement* ValueChild(const XmlElement& element) {
+    const auto& children = element.Children();
+    const auto found = std::find_if(children.begin(), children.end(),
+                                    [](const XmlElement* c) { return IsRDF(*c, "value"); });
+    return found == children.end() ? nullptr : *found;
+  }
+
+  std::unordered_map<std::string, const XmlElement*> nodes_;  // by rdf:nodeID
+  std::size_t depth_ = 0;                                     // of references that are being read
+  std::size_t referenced_ = 0;                                // bytes that references have brought
+};
+
+// The first rdf:RDF in document order. XMP has it at the top or in x:xmpmeta; other XML that holds
+// XMP has it further inside.
+const XmlElement* FindRDF(const XmlElement& root) {
+  std::vector<const XmlElement*> open{&root};
+  while (!open.empty()) {
+    const XmlElement* element = open.back();
+    open.pop_back();
+    if (IsRDF(*element, "RDF")) return element;
+    const auto& children = element->Children();
+    open.insert(open.end(), children.rbegin(), children.rend());
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::vector<XMPNode> ReadRDF(const foundation::XmlDocument& document) {
+  const XmlElement* rdf = FindRDF(document.Root());
+  if (rdf == nullptr) throw XMP_Error(kXMPErr_BadRDF, "no rdf:RDF in the document");
+  Reader reader(*rdf);
+  std::vector<XMPNode> properties;
+  for (const XmlElement* node : rdf->Children()) {
+    ArrayForm form;
+    if (ArrayFormOf(*node, form)) continue;  // stands for those that refer to it
+    Append(properties, reader.ReadProperties(*node));
+  }
+  SortProperties(properties);
+  return properties;
+}
+
+}  // namespace Sorvik::xmp

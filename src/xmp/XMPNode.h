@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// A node of the XMP data model: a property, a field, an item of an array or a qualifier. A tree of
+// nodes is a value; its depth is that of the XML it came from, which is capped.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "xmp/XMPMeta.h"
+
+namespace Sorvik::xmp {
+
+enum class NodeForm { kSimple, kStruct, kArray };
+
+struct XMPNode {
+  std::string nameSpace;  // empty for an item
+  std::string name;       // local name; empty for an item
+  std::string value;      // of a simple node, as it stands
+  NodeForm form = NodeForm::kSimple;
+  ArrayForm arrayForm = ArrayForm::kBag;
+  std::vector<XMPNode> children;  // fields or items
+  std::vector<XMPNode> qualifiers;
+
+  bool Is(std::string_view ns, std::string_view local) const noexcept {
+    return name == local && nameSpace == ns;
+  }
+  bool IsArray(ArrayForm wanted) const noexcept {
+    return form == NodeForm::kArray && arrayForm == wanted;
+  }
+};
+
+// The xml:lang of a node; empty if it has none.
+std::string_view LanguageOf(const XMPNode& node) noexcept;
+
+// Orders properties by name, and keeps the first of those that stand more than once.
+void SortProperties(std::vector<XMPNode>& properties);
+
+}  // namespace Sorvik::xmp
