@@ -84,8 +84,8 @@ void SetAudioSampleBits(TXMPMeta& meta, unsigned bits);
 void SetAudioChannels(TXMPMeta& meta, unsigned channels);
 // xmp:CreateDate and xmpDM:shotDate, the moment of recording. `zone` is "", "Z" or "+hh:mm".
 void SetRecordingDate(TXMPMeta& meta, const DateTime& date, std::string_view zone = {});
-// exif:GPSLatitude or GPSLongitude from degrees, minutes and seconds, each a fraction, as degrees and
-// decimal minutes: "48,12.49200N". `reference` is N, S, E or W.
+// exif:GPSLatitude or GPSLongitude from degrees, minutes and seconds, each a fraction, as degrees
+// and decimal minutes: "48,12.49200N". `reference` is N, S, E or W.
 void SetGPSCoordinate(TXMPMeta& meta, std::string_view name, const std::array<Rate, 3>& parts,
                       char reference);
 

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// The two sources of bytes under readers: a file on disk, and memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/ByteReader.h"
+#include "foundation/platform/FileSystem.h"
+#include "xmp/Reader.h"
+
+namespace Sorvik::xmp {
+
+// A regular file. Its head is read once, when it is opened, and later reads inside the head cost
+// nothing.
+class FileOnDisk final : public FileBytes {
+ public:
+  // Nothing if there is no regular file at `path`, or it may not be read.
+  static std::optional<FileOnDisk> Open(const std::string& path);
+
+  std::uint64_t Size() const noexcept override { return file_.Size(); }
+  std::vector<std::byte> Read(std::uint64_t offset, std::size_t count) const override;
+  // The first kHeadSize bytes; valid while this object stays where it is.
+  foundation::ByteReader Head() const noexcept { return foundation::ByteReader(head_); }
+
+ private:
+  explicit FileOnDisk(platform::RegularFile file);
+
+  platform::RegularFile file_;
+  std::vector<std::byte> head_;
+};
+
+// Bytes in memory, borrowed.
+class BytesInMemory final : public FileBytes {
+ public:
+  explicit BytesInMemory(foundation::ByteReader bytes) : bytes_(bytes) {}
+
+  std::uint64_t Size() const noexcept override { return bytes_.Size(); }
+  std::vector<std::byte> Read(std::uint64_t offset, std::size_t count) const override {
+    const auto part = bytes_.Clip(offset, count).Bytes();
+    return {part.begin(), part.end()};
+  }
+  foundation::ByteReader Head() const noexcept { return bytes_.Clip(0, kHeadSize); }
+
+ private:
+  foundation::ByteReader bytes_;
+};
+
+}  // namespace Sorvik::xmp
