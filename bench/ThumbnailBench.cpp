@@ -168,7 +168,8 @@ int WriteThumbnail(const char* path, const char* out) {
   for (std::size_t i = 0; i < cell.size(); i += 4) std::swap(cell[i], cell[i + 2]);
   GdkPixbuf* pixbuf = gdk_pixbuf_new_from_data(cell.data(), GDK_COLORSPACE_RGB, TRUE, 8, kSide,
                                                kSide, kSide * 4, nullptr, nullptr);
-  const bool saved = gdk_pixbuf_save(pixbuf, out, "png", nullptr, nullptr) != FALSE;
+  const bool saved =
+      gdk_pixbuf_save(pixbuf, out, "png", nullptr, "compression", "2", nullptr) != FALSE;
   g_object_unref(pixbuf);
   return saved ? 0 : 1;
 }

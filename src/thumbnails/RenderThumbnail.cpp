@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
 #include <vector>
 
 #include "foundation/imaging/ImageSource.h"
@@ -16,8 +17,9 @@ using imaging::Canvas;
 using imaging::ImageSource;
 using imaging::Placement;
 
+// What lies between the rows belongs to the caller.
 void Clear(const Canvas& canvas) {
-  std::memset(canvas.pixels, 0, canvas.rowBytes * static_cast<std::size_t>(canvas.height));
+  for (int y = 0; y < canvas.height; ++y) std::ranges::fill(canvas.Row(y), std::uint8_t{0});
 }
 
 }  // namespace

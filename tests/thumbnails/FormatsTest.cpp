@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -204,11 +205,12 @@ TEST_F(Formats, WhatIsNoRegularFileOfSaneSizeIsNotRead) {
   ASSERT_EQ(truncate(huge.c_str(), std::int64_t{40} << 30), 0);
   const std::string loop = tree_.Path("loop.bmp");
   ASSERT_EQ(symlink(loop.c_str(), loop.c_str()), 0);
+  const std::string cutShort = tree_.File("good.png", Saved(SixColours(), "png")) + "\0.png"s;
   rusage before;
   getrusage(RUSAGE_SELF, &before);
   const auto start = std::chrono::steady_clock::now();
   for (const std::string& path :
-       {fifo, huge, loop, tree_.Root(), "/dev/zero"s, tree_.Path("none"), ""s}) {
+       {fifo, huge, loop, tree_.Root(), "/dev/zero"s, tree_.Path("none"), ""s, cutShort}) {
     EXPECT_FALSE(RenderFile(path)) << path;
   }
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
@@ -220,6 +222,28 @@ TEST_F(Formats, WhatIsNoRegularFileOfSaneSizeIsNotRead) {
 TEST_F(Formats, NamesInAnyBytesOpen) {
   const std::string path = tree_.File("caf\xE9.png", Saved(SixColours(), "png"));
   EXPECT_TRUE(RenderFile(path));
+}
+
+TEST_F(Formats, ThreadsDrawSideBySide) {
+  const std::vector<std::string> files{tree_.File("a.png", Saved(Ramps(90, 70), "png")),
+                                       tree_.File("b.bmp", Saved(Ramps(90, 70), "bmp")),
+                                       tree_.File("c.tif", Saved(Ramps(90, 70), "tiff")),
+                                       tree_.File("d.gif", SixColourGif()),
+                                       tree_.File("e.jpg", Jpeg(Ramps(90, 70), JpegKind::kColour))};
+  const auto drawAll = [&files] {
+    std::vector<std::vector<Pixel>> pictures;
+    for (const std::string& file : files) {
+      const OwnedBitplate picture = RenderFile(file);
+      pictures.push_back(Upright(picture.get()).pixels);
+      const OwnedBitplate icon(Sorvik::GetIconThumbnail(Hestra::MakeString(file), 20));
+      pictures.push_back(Upright(icon.get()).pixels);
+    }
+    return pictures;
+  };
+  std::vector<std::future<std::vector<std::vector<Pixel>>>> workers;
+  for (int i = 0; i < 4; ++i) workers.push_back(std::async(std::launch::async, drawAll));
+  const auto expected = drawAll();
+  for (auto& worker : workers) EXPECT_EQ(worker.get(), expected);
 }
 
 }  // namespace

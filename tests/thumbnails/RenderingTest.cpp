@@ -100,7 +100,7 @@ TEST_F(Rendering, InternalFormIsTopDownForBothKindsAndKeepsToItsRows) {
     EXPECT_EQ(buffer[4 + 1], 255);            // green beside it
     EXPECT_EQ(buffer[2 * kRowBytes + 4], 0);  // yellow has no blue
     EXPECT_EQ(buffer[2 * kRowBytes + 6], 255);
-    EXPECT_EQ(buffer[kRowBytes * 3], 0xAA);  // nothing behind the last row
+    EXPECT_EQ(buffer[kRowBytes - 1], 0xAA);  // nothing between the rows
   }
 }
 

@@ -70,6 +70,8 @@ bool Feed(GdkPixbufLoader* loader, const ImageSource& source, const SizeGate& ga
 }
 
 Image::Pixbuf Load(const ImageSource& source, const char* type, int side) {
+  // Some loaders don't give everything back when they are closed without a byte.
+  if (source.Size() == 0) return nullptr;
   const std::unique_ptr<GdkPixbufLoader, CloseLoader> loader(
       gdk_pixbuf_loader_new_with_type(type, nullptr));
   if (!loader) return nullptr;

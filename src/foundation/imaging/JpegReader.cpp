@@ -17,7 +17,8 @@
 namespace Sorvik::imaging {
 namespace {
 
-constexpr std::size_t kBufferBytes = 64 * 1024;
+// Near the end of a piece the library decodes in a slower way, so pieces are not small.
+constexpr std::size_t kBufferBytes = 256 * 1024;
 // The coefficients of a progressive picture of kMostPixels without subsampling take 600 MB.
 constexpr long kMostLibraryMemory = 640L << 20;
 // Each scan of a progressive picture is a walk over all of its pixels, however few bytes it has in
