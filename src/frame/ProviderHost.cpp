@@ -8,6 +8,7 @@
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
 #include "frame/RequestQueue.h"
+#include "providers/structures/ProviderAVCHD.h"
 
 namespace Sorvik {
 namespace {
@@ -23,6 +24,7 @@ Provider* Make() {
 constexpr ProviderMaker kProviderMakers[] = {
     Make<WinProviderDirectory>,  //
     Make<WinProviderVolume>,
+    Make<ProviderAVCHD>,
 };
 
 }  // namespace

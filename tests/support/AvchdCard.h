@@ -55,10 +55,9 @@ class AvchdCard {
   }
 
   const std::string& Root() const { return root_; }
+  std::string BDMV() const { return tree_.Path(bdmv_); }
   // The full path of what stands below BDMV.
-  std::string Path(std::string_view below) const {
-    return tree_.Path(bdmv_) + "/" + std::string(below);
-  }
+  std::string Path(std::string_view below) const { return BDMV() + "/" + std::string(below); }
   std::string File(std::string_view below, std::string_view content = {}) const {
     return tree_.File(bdmv_ + "/" + std::string(below), content);
   }

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// What it costs to list an AVCHD card beside the bare work with its files: cost per clip must not
+// grow with the number of clips or playlists. The stream files are empty, so the structure alone is
+// measured.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/platform/FileSystem.h"
+#include "providers/structures/ProviderAVCHD.h"
+#include "support/AvchdCard.h"
+
+namespace {
+
+using sorvik_test::AvchdCard;
+using sorvik_test::PlayItemOf;
+
+std::string Numbered(long number) {
+  char text[24];
+  std::snprintf(text, sizeof text, "%05ld", number);
+  return text;
+}
+
+// Shots of one clip, spread evenly over the playlists.
+class Card {
+ public:
+  Card(long shots, long playlists) : card_(tree_) {
+    std::vector<std::vector<PlayItemOf>> lists(static_cast<std::size_t>(playlists));
+    for (long shot = 0; shot < shots; ++shot) {
+      card_.Clips({Numbered(shot)});
+      lists[static_cast<std::size_t>(shot * playlists / shots)].push_back({Numbered(shot)});
+    }
+    for (long i = 0; i < playlists; ++i) {
+      card_.Playlist(Numbered(i), lists[static_cast<std::size_t>(i)]);
+    }
+  }
+  const AvchdCard& operator*() const { return card_; }
+
+  static const AvchdCard& Of(const benchmark::State& state) {
+    static std::map<std::pair<long, long>, std::unique_ptr<Card>> made;
+    auto& card = made[{state.range(0), state.range(1)}];
+    if (!card) card = std::make_unique<Card>(state.range(0), state.range(1));
+    return **card;
+  }
+
+ private:
+  sorvik_test::TempTree tree_;
+  AvchdCard card_;
+};
+
+void List(benchmark::State& state, const Sorvik::FieldNameSet& fields) {
+  const AvchdCard& card = Card::Of(state);
+  const Sorvik::ProviderAVCHD provider;
+  for (auto _ : state) {
+    const auto content = provider.GetContent(card.Root(), fields, nullptr);
+    if (content.size() != static_cast<std::size_t>(state.range(0))) state.SkipWithError("entries");
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+void ListPaths(benchmark::State& state) { List(state, {"Name", "Path"}); }
+void ListExtraPaths(benchmark::State& state) { List(state, {"Name", "Path", "ExtraPath"}); }
+
+// The floor: the card's three folders listed and each playlist read once.
+void BareReads(benchmark::State& state) {
+  const AvchdCard& card = Card::Of(state);
+  for (auto _ : state) {
+    for (const char* folder : {"STREAM", "CLIPINF"}) {
+      benchmark::DoNotOptimize(Sorvik::platform::ListFolder(card.Path(folder)));
+    }
+    const std::string playlists = card.Path("PLAYLIST");
+    const auto items = Sorvik::platform::ListFolder(playlists);
+    for (const auto& item : *items) {
+      benchmark::DoNotOptimize(Sorvik::platform::ReadHead(playlists + "/" + item.name, 1 << 20));
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void Recognise(benchmark::State& state) {
+  const AvchdCard& card = Card::Of(state);
+  const Sorvik::ProviderAVCHD provider;
+  for (auto _ : state) benchmark::DoNotOptimize(provider.CanProvideFor(card.Root()));
+}
+
+#define CARDS Args({100, 30})->Args({999, 30})->Args({999, 300})->Unit(benchmark::kMicrosecond)
+BENCHMARK(BareReads)->CARDS;
+BENCHMARK(ListPaths)->CARDS->Args({9999, 10'000});
+BENCHMARK(ListExtraPaths)->CARDS;
+BENCHMARK(Recognise)->CARDS;
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,332 @@
+// SPDX-License-Identifier: MIT
+#include "providers/structures/ProviderAVCHD.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "SorvikProvider/foundation/Localizer.h"
+#include "SorvikProvider/frame/ProviderRequest.h"
+#include "SorvikProvider/metadata/XMPSupport.h"
+#include "foundation/CallScope.h"
+#include "foundation/FolderNames.h"
+#include "foundation/avchd/Playlist.h"
+#include "foundation/hestra/Directory.h"
+#include "foundation/hestra/PathUtils.h"
+#include "metadata/ProviderFields.h"
+#include "providers/structures/AVCHDUtils.h"
+#include "thumbnails/Rendering.h"
+
+namespace Sorvik {
+namespace {
+
+namespace Directory = Hestra::Directory;
+namespace PathUtils = Hestra::PathUtils;
+using foundation::FolderNames;
+
+constexpr char16_t kAVCHD[] = u"AVCHD";
+constexpr char16_t kBackup[] = u"BACKUP";
+constexpr char16_t kBDMV[] = u"BDMV";
+constexpr char16_t kStream[] = u"STREAM";
+constexpr char16_t kClipInfo[] = u"CLIPINF";
+constexpr char16_t kPlaylist[] = u"PLAYLIST";
+
+// The first of two names that is there wins.
+struct EitherName {
+  const char16_t* first;
+  const char16_t* second;
+};
+constexpr EitherName kIndexFile{u"index.bdmv", u"index.bdm"};
+constexpr EitherName kMovieObjectFile{u"MovieObject.bdmv", u"MOVIEOBJ.BDM"};
+
+// "#" stands for a digit; one of the extensions follows.
+constexpr std::u16string_view kNameMask = u"#####.";
+constexpr std::u16string_view kStreamExtensions[] = {u"MTS", u"mts", u"M2TS", u"m2ts"};
+constexpr std::size_t kShortestName = 9;
+
+constexpr int kScoreCard = 100;
+constexpr int kScoreWithReservation = 40;
+constexpr int kTallestThumbnail = 16;
+
+bool IsClipFileName(std::u16string_view name) {
+  if (name.size() < kShortestName) return false;
+  const bool fits = std::equal(
+      kNameMask.begin(), kNameMask.end(), name.begin(),
+      [](char16_t m, char16_t c) { return m == u'#' ? c >= u'0' && c <= u'9' : m == c; });
+  return fits && std::ranges::find(kStreamExtensions, name.substr(kNameMask.size())) !=
+                     std::end(kStreamExtensions);
+}
+
+std::shared_ptr<const FolderNames> NamesIn(const UTF16String& folder) {
+  return FolderNames::Of(Hestra::MakeStdString(PathUtils::RemoveTrailingSlash(folder)));
+}
+
+bool Holds(const UTF16String& folder, std::u16string_view name) {
+  return NamesIn(folder)->Holds(Hestra::MakeStdString(name));
+}
+
+bool HoldsFolder(const UTF16String& folder, std::u16string_view name) {
+  return NamesIn(folder)->HoldsFolder(Hestra::MakeStdString(name));
+}
+
+bool HoldsEither(const UTF16String& folder, const EitherName& names) {
+  return Holds(folder, names.first) || Holds(folder, names.second);
+}
+
+bool HasForeignFiles(const UTF16String& streamFolder) {
+  std::vector<UTF16String> files = Directory::GetContainedFilePaths(streamFolder);
+  PathUtils::FilterHiddenFiles(files);
+  return !std::ranges::all_of(files, [](const UTF16String& file) {
+    return IsClipFileName(PathUtils::GetFullFilePart(file));
+  });
+}
+
+bool IsBDMVFolderParent(const UTF16String& folder, bool& hasForeignFiles) {
+  hasForeignFiles = false;
+  if (!HoldsFolder(folder, kBDMV)) return false;
+  const UTF16String bdmv = PathUtils::CombinePaths(folder, kBDMV);
+  for (const auto* name : {kStream, kClipInfo, kPlaylist}) {
+    if (!HoldsFolder(bdmv, name)) return false;
+  }
+  if (!HoldsEither(bdmv, kIndexFile) || !HoldsEither(bdmv, kMovieObjectFile)) return false;
+  hasForeignFiles = HasForeignFiles(PathUtils::CombinePaths(bdmv, kStream));
+  return true;
+}
+
+// A folder AVCHD is a card's wrapper only if nothing visible stands beside it: what a desktop hides
+// there leaves a card a card.
+bool StandsAlone(const UTF16String& folder) {
+  std::vector<UTF16String> paths = Directory::GetContainedPaths(folder);
+  PathUtils::FilterHiddenFiles(paths);
+  return paths.size() < 2;
+}
+
+bool IsAVCHDFolder(const UTF16String& folder, bool& hasForeignFiles) {
+  if (IsBDMVFolderParent(folder, hasForeignFiles)) return true;
+  return HoldsFolder(folder, kAVCHD) &&
+         IsBDMVFolderParent(PathUtils::CombinePaths(folder, kAVCHD), hasForeignFiles) &&
+         StandsAlone(folder);
+}
+
+UTF16String FindBDMVFolder(const std::string& path) {
+  const UTF16String folder = Hestra::MakeString(path);
+  UTF16String bdmv = PathUtils::CombinePaths(folder, kBDMV);
+  if (PathUtils::IsDirectory(bdmv)) return bdmv;
+  return PathUtils::CombinePaths(PathUtils::CombinePaths(folder, kAVCHD), kBDMV);
+}
+
+// The file `title` of a folder of the structure with the first of the extensions that is there; an
+// empty extension stands for none. Without one, `out` is emptied.
+bool FindPartFile(UTF16String& out, const UTF16String& bdmv, std::u16string_view subfolder,
+                  const UTF16String& title, std::u16string_view extension1,
+                  std::u16string_view extension2) {
+  const UTF16String folder = PathUtils::CombinePaths(bdmv, subfolder);
+  for (const auto extension : {extension1, extension2}) {
+    if (extension.empty()) continue;
+    const UTF16String name = (title + u'.').append(extension);
+    if (!Holds(folder, name)) continue;
+    out = PathUtils::CombinePaths(folder, name);
+    return true;
+  }
+  out.clear();
+  return false;
+}
+
+bool FindStreamFile(UTF16String& out, const UTF16String& bdmv, const UTF16String& title) {
+  return FindPartFile(out, bdmv, kStream, title, u"MTS", u"mts") ||
+         FindPartFile(out, bdmv, kStream, title, u"M2TS", u"m2ts");
+}
+
+using PathValues = std::vector<any_regular_t>;
+
+void AddPath(PathValues& list, const UTF16String& path) {
+  list.emplace_back(Hestra::MakeStdString(path));
+}
+
+// What every clip of a card names among its paths; made once for all clips of a listing.
+struct CardPaths {
+  PathValues playlists;
+  PathValues structure;
+};
+
+void AddPlaylists(PathValues& list, const UTF16String& bdmv) {
+  const UTF16String folder = PathUtils::CombinePaths(bdmv, kPlaylist);
+  for (const auto* extension : {u".mpls", u".MPL"}) {
+    for (const UTF16String& file : Directory::GetContainedFilePaths(folder, extension)) {
+      AddPath(list, file);
+    }
+  }
+}
+
+void AddStructureFiles(PathValues& list, const UTF16String& bdmv) {
+  for (const EitherName& names : {kMovieObjectFile, kIndexFile}) {
+    if (!HoldsEither(bdmv, names)) continue;
+    AddPath(list,
+            PathUtils::CombinePaths(bdmv, Holds(bdmv, names.first) ? names.first : names.second));
+  }
+}
+
+void AddStructureFolders(PathValues& list, const UTF16String& bdmv) {
+  for (const auto* name : {kBackup, kStream, kPlaylist, kClipInfo}) {
+    if (Holds(bdmv, name)) AddPath(list, PathUtils::CombinePaths(bdmv, name));
+  }
+}
+
+std::shared_ptr<const CardPaths> PathsOfCard(const UTF16String& bdmv) {
+  return foundation::CallScope::Remember<CardPaths>(Hestra::MakeStdString(bdmv), [&bdmv] {
+    CardPaths paths;
+    AddPlaylists(paths.playlists, bdmv);
+    AddStructureFiles(paths.structure, bdmv);
+    AddStructureFolders(paths.structure, bdmv);
+    return paths;
+  });
+}
+
+// The files of all clips of the shot and the card's playlists. The stream file of the entry itself
+// is left out: that is its Path.
+void AddClipPaths(PathValues& list, const UTF16String& bdmv, const UTF16String& number,
+                  const CardPaths& card) {
+  UTF16String file;
+  if (!FindStreamFile(file, bdmv, number)) return;
+  std::vector<UTF16String> clips;
+  AVCHDUtils::GetShotClips(file, clips);
+  for (const UTF16String& clip : clips) {
+    const UTF16String title = PathUtils::GetFilePart(clip);
+    if (FindPartFile(file, bdmv, kClipInfo, title, u"clpi", u"CLP") ||
+        FindPartFile(file, bdmv, kClipInfo, title, u"CPI", {})) {
+      AddPath(list, file);
+    }
+    if (FindPartFile(file, bdmv, kStream, title, u"xmp", {})) AddPath(list, file);
+    if (title != number && FindStreamFile(file, bdmv, title)) AddPath(list, file);
+  }
+  list.insert(list.end(), card.playlists.begin(), card.playlists.end());
+}
+
+void SetExtraPaths(FieldValueMap& values, const UTF16String& bdmv, const UTF16String& number) {
+  const auto card = PathsOfCard(bdmv);
+  PathValues list;
+  list.reserve(card->playlists.size() + card->structure.size() + 4);
+  AddClipPaths(list, bdmv, number, *card);
+  list.insert(list.end(), card->structure.begin(), card->structure.end());
+  values[kExtraPathField] = any_regular_t(std::move(list));
+}
+
+// The stream files at the head of a shot of any playlist, in order; one that several playlists name
+// stands there as often.
+std::vector<UTF16String> ListHeadClips(const UTF16String& bdmv) {
+  const UTF16String folder = PathUtils::CombinePaths(bdmv, kPlaylist);
+  std::vector<UTF16String> playlists = Directory::GetContainedFilePaths(folder);
+  PathUtils::FilterHiddenFiles(playlists);
+  std::vector<UTF16String> clips;
+  for (const UTF16String& playlist : playlists) {
+    const UTF16String extension = PathUtils::GetExtensionPart(playlist);
+    if (extension == u".MPL" || extension == u".mpls") {
+      AVCHDUtils::GetShotHeadClips(playlist, clips);
+    }
+  }
+  foundation::avchd::IndexPlaylists(Hestra::MakeStdString(folder));
+  std::ranges::sort(clips);
+  return clips;
+}
+
+UTF16String NumberOf(const UTF16String& fileName) {
+  return fileName.substr(0, fileName.find(u'.'));
+}
+
+// The fields that a caller wants.
+struct Wanted {
+  explicit Wanted(const FieldNameSet& fields)
+      : bits(XMPSupport::ParseFields(fields)), extraPath(fields.contains(kExtraPathField)) {}
+
+  XMPSupport::XMPFieldBits bits;
+  bool extraPath;
+};
+
+FieldValueMap MakeEntry(const UTF16String& file, const UTF16String& number, const UTF16String& bdmv,
+                        const Wanted& wanted) {
+  const std::string path = Hestra::MakeStdString(file);
+  FieldValueMap values = XMPSupport::MakeValue(path, wanted.bits);
+  values[kNameField] = any_regular_t(Hestra::MakeStdString(number));
+  values[kPathField] = any_regular_t(path);
+  if (wanted.extraPath) SetExtraPaths(values, bdmv, number);
+  return values;
+}
+
+}  // namespace
+
+int ProviderAVCHD::CanProvideFor(const std::string& path) const {
+  if (!PathUtils::IsLongFormFolderPath(path)) return 0;
+  const foundation::CallScope scope;
+  bool hasForeignFiles = false;
+  if (!IsAVCHDFolder(Hestra::MakeString(path), hasForeignFiles)) return 0;
+  return hasForeignFiles ? kScoreWithReservation : kScoreCard;
+}
+
+ContentMap ProviderAVCHD::GetContent(const std::string& path, const FieldNameSet& fields,
+                                     ProviderRequest* request) const {
+  const foundation::CallScope scope;
+  const UTF16String bdmv = FindBDMVFolder(path);
+  const Wanted wanted(fields);
+  ContentMap content;
+  UTF16String lastNumber;
+  for (const UTF16String& file : ListHeadClips(bdmv)) {
+    if (ProviderRequest::TestAborted(request)) return {};
+    if (!PathUtils::ExistsOnDisk(file)) continue;
+    const UTF16String name = PathUtils::GetFullFilePart(file);
+    if (!IsClipFileName(name)) continue;
+    // A clip that several playlists begin with comes next to itself here.
+    const UTF16String number = NumberOf(name);
+    if (number == lastNumber) continue;
+    content[Hestra::MakeStdString(name)] = MakeEntry(file, number, bdmv, wanted);
+    lastNumber = number;
+  }
+  return content;
+}
+
+ContentMap ProviderAVCHD::GetContent(const std::string& path, const std::string& key,
+                                     const FieldNameSet& fields) const {
+  const foundation::CallScope scope;
+  const UTF16String bdmv = FindBDMVFolder(path);
+  const UTF16String name = Hestra::MakeString(key);
+  const UTF16String file = PathUtils::CombinePaths(PathUtils::CombinePaths(bdmv, kStream), name);
+  if (!PathUtils::ExistsOnDisk(file)) return {};
+  return {{key, MakeEntry(file, NumberOf(name), bdmv, Wanted(fields))}};
+}
+
+FieldNameSet ProviderAVCHD::GetFieldList() const { return AllFields(); }
+
+FieldNameList ProviderAVCHD::GetDefaultFieldList() const {
+  return {"Name", "Path", "shotDate", "Make", "Model", "startTimecode"};
+}
+
+FieldLabelMap ProviderAVCHD::GetFieldLabelList() const {
+  return LabelsOf({"Name", "videoFrameRate", "videoFrameSize", "audioChannelType",
+                   "audioSampleRate", "shotDate", "startTimecode", "Make", "Model", "SerialNumber",
+                   "good", "shotName", "shotLocation", "creator", "identifier", "Path"});
+}
+
+std::string ProviderAVCHD::GetIdentification() const { return "com.halvane.Merisk.ProviderAVCHD"; }
+
+std::string ProviderAVCHD::GetUIString() const {
+  return tarnwick::config::Localizer::Get().GetUTF8String(
+      "$$$/Ortlane/Libraries/Sorvik/AVCHDUIString=AVCHD");
+}
+
+int ProviderAVCHD::GetMaximumThumbnailHeight(int height) const {
+  return std::min(height, kTallestThumbnail);
+}
+
+Bitplate** ProviderAVCHD::GetThumbnail([[maybe_unused]] const std::string& path,
+                                       [[maybe_unused]] const std::string& key, int width,
+                                       int height,
+                                       [[maybe_unused]] ProviderRequest* request) const {
+  const int tallest = GetMaximumThumbnailHeight(height);
+  return RenderBuiltInPicture(kAVCHDPictureNumber, std::min(tallest, width), tallest);
+}
+
+bool ProviderAVCHD::ShouldCheckFilter() const { return false; }
+
+bool ProviderAVCHD::IsFileBased() const { return true; }
+
+}  // namespace Sorvik
