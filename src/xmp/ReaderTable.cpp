@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "xmp/readers/CanonXFReader.h"
 #include "xmp/readers/DVReader.h"
 #include "xmp/readers/MXFReader.h"
 #include "xmp/readers/PlainXMPReader.h"
@@ -16,6 +17,8 @@ namespace {
 constexpr const Reader* kReaders[] = {
     // XML, which only place, name and root element tell apart.
     &kPlainXMPReader,
+    // Kinds that their place in a card tells: they have a second file beside them.
+    &kCanonXFReader,
     // Kinds that their first bytes tell for certain.
     &kMXFReader,
     // Kinds that are told by patterns in their bytes: after all that have a signature.
