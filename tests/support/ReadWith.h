@@ -117,4 +117,47 @@ inline std::string Facts(const ReadResult& result) {
   return all;
 }
 
+// The descriptive facts in the same way: who, what, where.
+inline std::string TextFacts(const ReadResult& result) {
+  using namespace Sorvik::xmp;
+  std::string all;
+  const auto line = [&all](std::string_view name, const std::string& value) {
+    if (!value.empty()) all.append(name).append("=").append(value).append("\n");
+  };
+  for (const char* name : {"title", "description", "rights"}) {
+    std::string value;
+    result.output.native.GetLocalizedText(kNsDC, name, "", "x-default", nullptr, &value);
+    line(name, value);
+  }
+  for (std::int32_t i = 1;; ++i) {
+    std::string value;
+    if (!result.output.native.GetArrayItem(kNsDC, "creator", i, &value)) break;
+    line("creator", value);
+  }
+  const std::pair<const char*, const char*> kSimple[] = {
+      {kNsEXIF, "DateTimeOriginal"},
+      {kNsEXIF, "GPSProcessingMethod"},
+      {kNsDM, "copyright"},
+      {kNsDM, "camera"},
+      {kNsDM, "tapeName"},
+      {kNsDM, "scene"},
+      {kNsDM, "shotNumber"},
+      {kNsDM, "takeNumber"},
+      {kNsDM, "good"},
+      {kNsDM, "director"},
+      {kNsDM, "directorPhotography"},
+      {kNsDM, "artist"},
+      {kNsDM, "album"},
+      {kNsDM, "genre"},
+      {kNsDM, "composer"},
+      {kNsDM, "engineer"},
+      {kNsDM, "logComment"},
+      {kNsDM, "releaseDate"},
+      {kNsDM, "trackNumber"},
+      {kNsDM, "altTapeName"},
+  };
+  for (const auto& [schema, name] : kSimple) line(name, result.Get(schema, name));
+  return all;
+}
+
 }  // namespace sorvik_test

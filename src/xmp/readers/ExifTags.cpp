@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/ExifTags.h"
+
+#include "xmp/Namespaces.h"
+#include "xmp/readers/NativeText.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+// Exif directory.
+constexpr std::uint16_t kDateTimeOriginal = 36867;
+constexpr std::uint16_t kDateTimeDigitized = 36868;
+constexpr std::uint16_t kOffsetTime = 36880;  // then of Original, of Digitized
+constexpr std::uint16_t kSubSecTime = 37520;  // then of Original, of Digitized
+constexpr std::uint16_t kBodySerialNumber = 42033;
+
+// GPS directory.
+constexpr std::uint16_t kLatitudeRef = 1;
+constexpr std::uint16_t kLatitude = 2;
+constexpr std::uint16_t kLongitudeRef = 3;
+constexpr std::uint16_t kLongitude = 4;
+constexpr std::uint16_t kAltitudeRef = 5;
+constexpr std::uint16_t kAltitude = 6;
+constexpr std::uint16_t kProcessingMethod = 27;
+
+constexpr std::uint64_t kMostProcessingMethod = 4096;
+
+// ".123" from the digits of a SubSecTime tag; empty for zeros and for what is no number.
+std::string SubSeconds(const std::string& digits) {
+  if (digits.empty() || digits.size() > 9) return {};
+  if (digits.find_first_not_of("0123456789") != std::string::npos) return {};
+  const std::size_t last = digits.find_last_not_of('0');
+  return last == std::string::npos ? std::string() : "." + digits.substr(0, last + 1);
+}
+
+// "+hh:mm" of an OffsetTime tag, or "Z"; empty for anything else.
+std::string Zone(const std::string& text) {
+  if (text == "Z") return text;
+  if (text.size() != 6 || (text[0] != '+' && text[0] != '-') || text[3] != ':') return {};
+  for (const std::size_t at : {1U, 2U, 4U, 5U}) {
+    if (text[at] < '0' || text[at] > '9') return {};
+  }
+  return text;
+}
+
+class ExifStore {
+ public:
+  ExifStore(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta)
+      : walker_(walker), first_(first), meta_(meta) {}
+
+  bool Store() {
+    StoreTexts();
+    const TiffDirectory exif = walker_.Sub(first_, tiff::kExifIFD);
+    StoreDates(exif);
+    Set(kNsAux, "SerialNumber", walker_.Text(exif, kBodySerialNumber));
+    StoreGPS(walker_.Sub(first_, tiff::kGPSIFD));
+    return any_;
+  }
+
+ private:
+  void Set(std::string_view schema, std::string_view name, const std::string& value) {
+    if (value.empty()) return;
+    meta_.SetProperty(schema, name, value);
+    any_ = true;
+  }
+
+  void StoreTexts() {
+    Set(kNsTIFF, "Make", walker_.Text(first_, tiff::kMake));
+    Set(kNsTIFF, "Model", walker_.Text(first_, tiff::kModel));
+    const std::string description = walker_.Text(first_, tiff::kImageDescription);
+    if (!description.empty()) {
+      meta_.SetLocalizedText(kNsDC, "description", "x-default", description);
+      any_ = true;
+    }
+    if (const auto software = walker_.Text(first_, tiff::kSoftware); !software.empty()) {
+      SetSoftware(meta_, software);
+      any_ = true;
+    }
+    if (const auto artist = walker_.Text(first_, tiff::kArtist); !artist.empty()) {
+      SetCreators(meta_, artist);
+      any_ = true;
+    }
+    StoreCopyright();
+  }
+
+  // The photographer's and the editor's notice stand in one tag, a NUL between (Exif, 4.6.4).
+  void StoreCopyright() {
+    std::string bytes = walker_.Bytes(first_, tiff::kCopyright, 65536);
+    const std::size_t second = bytes.find('\0');
+    std::string text = NativeText(bytes);
+    if (second != std::string::npos) {
+      const std::string editor = NativeText(std::string_view(bytes).substr(second + 1));
+      if (!text.empty() && !editor.empty()) text += "\n";
+      text += editor;
+    }
+    if (text.empty()) return;
+    SetCopyright(meta_, text);
+    any_ = true;
+  }
+
+  // `kind` 0 is DateTime, 1 Original, 2 Digitized: the order of the tags that go with them.
+  std::string Date(const TiffDirectory& exif, const std::string& raw, std::uint16_t kind) {
+    std::string date = ExifDate(raw);
+    if (date.empty()) return date;
+    date += SubSeconds(walker_.Text(exif, static_cast<std::uint16_t>(kSubSecTime + kind)));
+    date += Zone(walker_.Text(exif, static_cast<std::uint16_t>(kOffsetTime + kind)));
+    return date;
+  }
+
+  void StoreDates(const TiffDirectory& exif) {
+    Set(kNsXMP, "ModifyDate", Date(exif, walker_.Text(first_, tiff::kDateTime), 0));
+    const std::string original = Date(exif, walker_.Text(exif, kDateTimeOriginal), 1);
+    const std::string digitized = Date(exif, walker_.Text(exif, kDateTimeDigitized), 2);
+    Set(kNsEXIF, "DateTimeOriginal", original);
+    Set(kNsXMP, "CreateDate", digitized.empty() ? original : digitized);
+  }
+
+  void StoreCoordinate(const TiffDirectory& gps, const char* name, std::uint16_t tag,
+                       std::uint16_t referenceTag) {
+    const std::string reference = walker_.Text(gps, referenceTag);
+    std::array<Rate, 3> parts;
+    for (std::uint64_t i = 0; i < parts.size(); ++i) {
+      const auto part = walker_.Ratio(gps, tag, i);
+      if (!part || part->negative || (i == 0 && part->den == 0)) return;
+      // Some devices write 0/0 for minutes or seconds that they don't tell.
+      parts[i] = part->den == 0 ? Rate{0, 1} : Rate{part->num, part->den};
+    }
+    if (reference.size() != 1) return;
+    SetGPSCoordinate(meta_, name, parts, reference[0]);
+    any_ = any_ || meta_.HasProperty(kNsEXIF, name);
+  }
+
+  void StoreGPS(const TiffDirectory& gps) {
+    if (gps.Empty()) return;
+    StoreCoordinate(gps, "GPSLatitude", kLatitude, kLatitudeRef);
+    StoreCoordinate(gps, "GPSLongitude", kLongitude, kLongitudeRef);
+    const auto altitude = walker_.Ratio(gps, kAltitude);
+    if (altitude && altitude->den != 0 && !altitude->negative) {
+      Set(kNsEXIF, "GPSAltitude",
+          std::to_string(altitude->num) + "/" + std::to_string(altitude->den));
+      const auto below = walker_.Number(gps, kAltitudeRef);
+      if (below && *below <= 1) Set(kNsEXIF, "GPSAltitudeRef", std::to_string(*below));
+    }
+    StoreProcessingMethod(walker_.Bytes(gps, kProcessingMethod, kMostProcessingMethod));
+  }
+
+  // Eight bytes name the character set (Exif, 4.6.6).
+  void StoreProcessingMethod(const std::string& bytes) {
+    if (bytes.size() <= 8) return;
+    const std::string_view text = std::string_view(bytes).substr(8);
+    const bool unicode = bytes.starts_with("UNICODE");
+    Set(kNsEXIF, "GPSProcessingMethod",
+        unicode ? UTF16Text(text, walker_.BigEndian()) : NativeText(text));
+  }
+
+  TiffWalker& walker_;
+  const TiffDirectory& first_;
+  TXMPMeta& meta_;
+  bool any_ = false;
+};
+
+}  // namespace
+
+bool SetExifTags(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta) {
+  return ExifStore(walker, first, meta).Store();
+}
+
+bool SetExifBlock(ByteReader block, TXMPMeta& meta) {
+  FileWindow file(block);
+  auto walker = TiffWalker::Open(file);
+  return walker && SetExifTags(*walker, walker->First(), meta);
+}
+
+}  // namespace Sorvik::xmp

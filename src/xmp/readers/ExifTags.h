@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// The tags of TIFF and Exif as properties, the same for TIFF files and for the Exif blocks of other
+// files. Facts: TIFF 6.0; Exif 2.32, tables 4 to 15.
+#pragma once
+
+#include "xmp/readers/TiffWalker.h"
+
+namespace Sorvik::xmp {
+
+namespace tiff {
+enum Tag : std::uint16_t {
+  kSubfileType = 254,
+  kImageWidth = 256,
+  kImageLength = 257,
+  kBitsPerSample = 258,
+  kCompression = 259,
+  kImageDescription = 270,
+  kMake = 271,
+  kModel = 272,
+  kSoftware = 305,
+  kDateTime = 306,
+  kArtist = 315,
+  kSubIFDs = 330,
+  kXMPPacket = 700,
+  kCopyright = 33432,
+  kExifIFD = 34665,
+  kGPSIFD = 34853,
+};
+}  // namespace tiff
+
+// Stores what the first directory of `walker` and its Exif and GPS directories tell. True if any
+// property was stored.
+bool SetExifTags(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta);
+
+// The same for an Exif block that begins with a TIFF header.
+bool SetExifBlock(foundation::ByteReader block, TXMPMeta& meta);
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/JpegReader.h"
+
+#include <algorithm>
+
+#include "foundation/Digest.h"
+#include "xmp/readers/ExifTags.h"
+#include "xmp/readers/FileWindow.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+// Markers (ITU-T T.81, table B.1).
+constexpr std::uint8_t kMarkerStart = 0xFF;
+constexpr std::uint8_t kTEM = 0x01;
+constexpr std::uint8_t kRST0 = 0xD0;
+constexpr std::uint8_t kSOI = 0xD8;
+constexpr std::uint8_t kEOI = 0xD9;
+constexpr std::uint8_t kSOS = 0xDA;
+constexpr std::uint8_t kAPP1 = 0xE1;
+
+// What the body of an APP1 segment begins with (Exif 4.7.2; ISO 16684-3, 1.1.3).
+constexpr std::string_view kExif{"Exif\0\0", 6};
+constexpr std::string_view kXMP{"http://ns.adobe.com/xap/1.0/\0", 29};
+constexpr std::string_view kExtension{"http://ns.adobe.com/xmp/extension/\0", 35};
+constexpr char kNsXMPNote[] = "http://ns.adobe.com/xmp/note/";
+
+// Part of an extension: signature, 32 hex digits, length of the whole, offset of this part, data.
+constexpr std::uint64_t kGUIDLength = 32;
+constexpr std::uint64_t kPartHeader = kExtension.size() + kGUIDLength + 4 + 4;
+struct ExtensionPart {
+  std::string guid;
+  std::uint32_t fullLength = 0;
+  std::uint32_t offset = 0;
+  std::string data;
+};
+
+// Segments of up to 64 KiB behind the head are fetched several at once.
+constexpr std::uint64_t kSegmentsAtOnce = 256 * 1024;
+// Cameras write a few dozen at most, unless an extension is long.
+constexpr unsigned kMostSegments = 1024;
+
+class Segments {
+ public:
+  Segments(const ReaderInput& input, ReaderOutput& output)
+      : file_(input, kSegmentsAtOnce), output_(output) {}
+
+  void Read() {
+    std::uint64_t at = 2;
+    for (unsigned i = 0; i < kMostSegments; ++i) {
+      const ByteReader header = file_.At(at, 4);
+      if (header.U8(0) != kMarkerStart) return;
+      const auto marker = header.U8(1);
+      if (!marker) return;
+      if (*marker == kMarkerStart) {  // fill byte
+        ++at;
+        continue;
+      }
+      if (*marker == kTEM || (*marker >= kRST0 && *marker <= kSOI)) {
+        at += 2;
+        continue;
+      }
+      const std::uint64_t length = header.U16BE(2).value_or(0);
+      if (*marker == kSOS || *marker == kEOI || length < 2) return;
+      if (*marker == kAPP1) Take(file_.At(at, 2 + length).Clip(4));
+      at += 2 + length;
+    }
+  }
+
+  void Finish() {
+    if (output_.packet.empty() || parts_.empty()) return;
+    output_.extendedPacket = Extension(ExtensionName());
+  }
+
+ private:
+  void Take(ByteReader body) {
+    if (body.Matches(0, kExif)) {
+      // Borrowed from the window, which isn't moved meanwhile.
+      output_.hasNative |= SetExifBlock(body.Clip(kExif.size()), output_.native);
+    } else if (body.Matches(0, kXMP)) {
+      if (output_.packet.empty()) output_.packet = body.Clip(kXMP.size()).Text();
+    } else if (body.Matches(0, kExtension)) {
+      TakePart(body);
+    }
+  }
+
+  void TakePart(ByteReader body) {
+    if (!body.Holds(0, kPartHeader)) return;
+    ExtensionPart part;
+    part.guid = body.TextAt(kExtension.size(), kGUIDLength);
+    part.fullLength = *body.U32BE(kExtension.size() + kGUIDLength);
+    part.offset = *body.U32BE(kExtension.size() + kGUIDLength + 4);
+    part.data = body.Clip(kPartHeader).Text();
+    partBytes_ += part.data.size();
+    if (partBytes_ <= FileWindow::kMostBytes) parts_.push_back(std::move(part));
+  }
+
+  // The extension that belongs to the main packet; there may be left-overs of others.
+  std::string ExtensionName() const {
+    std::string name;
+    try {
+      TXMPMeta main;
+      main.ParseFromBuffer(output_.packet.data(),
+                           static_cast<std::uint32_t>(output_.packet.size()));
+      main.GetProperty(kNsXMPNote, "HasExtendedXMP", &name);
+    } catch (const XMP_Error&) {
+      // A main packet that can't be read names no extension.
+    }
+    return name;
+  }
+
+  // The parts put together, in any order in the file; empty unless all are there and the digest,
+  // which is the name, is right.
+  std::string Extension(const std::string& guid) {
+    std::sort(parts_.begin(), parts_.end(),
+              [](const auto& a, const auto& b) { return a.offset < b.offset; });
+    std::string all;
+    for (const ExtensionPart& part : parts_) {
+      if (part.guid != guid || part.offset < all.size()) continue;
+      if (part.offset != all.size()) return {};
+      all += part.data;
+      if (all.size() >= part.fullLength) break;
+    }
+    return foundation::MD5Hex(all) == guid ? all : std::string();
+  }
+
+  FileWindow file_;
+  ReaderOutput& output_;
+  std::vector<ExtensionPart> parts_;
+  std::uint64_t partBytes_ = 0;
+};
+
+bool Recognises(const ReaderInput& input) {
+  return input.head.U8(0) == kMarkerStart && input.head.U8(1) == kSOI &&
+         input.head.U8(2) == kMarkerStart;
+}
+
+void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
+  if (!Recognises(input)) return;
+  Segments segments(input, output);
+  segments.Read();
+  segments.Finish();
+}
+
+}  // namespace
+
+const Reader kJpegReader = {"JPEG", Recognises, Read};
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+// JPEG files: XMP, extended XMP and Exif of the APP1 segments in front of the picture.
+#pragma once
+
+#include "xmp/Reader.h"
+
+namespace Sorvik::xmp {
+
+extern const Reader kJpegReader;
+
+}  // namespace Sorvik::xmp

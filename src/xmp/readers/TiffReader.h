@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+// TIFF files and those that are built like them: DNG with its CinemaDNG tags, raw files of cameras.
+#pragma once
+
+#include "xmp/Reader.h"
+
+namespace Sorvik::xmp {
+
+extern const Reader kTiffReader;
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "foundation/Digest.h"
+#include "support/Bytes.h"
+#include "support/ReadWith.h"
+#include "support/TiffBytes.h"
+#include "xmp/readers/JpegReader.h"
+
+namespace {
+
+using namespace Sorvik::xmp;
+using sorvik_test::Bytes;
+using sorvik_test::Facts;
+using sorvik_test::ReadSample;
+using sorvik_test::ReadWith;
+using sorvik_test::TiffBytes;
+
+Bytes Segment(unsigned marker, const std::string& body) {
+  return Bytes().U8(0xFF).U8(marker).U16(body.size() + 2).Text(body);
+}
+Bytes Packet(const std::string& xmp) {
+  return Segment(0xE1, std::string("http://ns.adobe.com/xap/1.0/\0", 29) + xmp);
+}
+Bytes Exif(const std::string& tiff) { return Segment(0xE1, std::string("Exif\0\0", 6) + tiff); }
+Bytes Part(const std::string& guid, std::size_t full, std::size_t offset, const std::string& data) {
+  Bytes body;
+  body.Text(std::string_view("http://ns.adobe.com/xmp/extension/\0", 35)).Text(guid);
+  body.U32(full).U32(offset).Text(data);
+  return Segment(0xE1, body.str());
+}
+// Start of image, the segments, start of scan and some pixels.
+std::string Jpeg(const std::vector<Bytes>& segments) {
+  Bytes b;
+  b.U16(0xFFD8);
+  for (const Bytes& segment : segments) b.Add(segment);
+  return b.Add(Segment(0xDA, "scan")).Fill(100, 0x55).U16(0xFFD9).str();
+}
+std::string Main(const std::string& guid) {
+  return "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+         "xmlns:n='http://ns.adobe.com/xmp/note/' n:HasExtendedXMP='" +
+         guid + "'/></rdf:RDF>";
+}
+
+TEST(JpegReader, TakesPacketAndExifFromBetweenOtherSegments) {
+  TiffBytes t;
+  const std::string file = Jpeg({Segment(0xE0, "JFIF"), Bytes().U8(0xFF), Bytes().U16(0xFF01),
+                                 Exif(t.File({t.Ascii(271, "Maker")})), Packet("<first/>"),
+                                 Packet("<second/>"), Segment(0xE1, "something else")});
+  const auto result = ReadWith(kJpegReader, file);
+  EXPECT_TRUE(result.recognised);
+  EXPECT_EQ(result.output.packet, "<first/>");
+  EXPECT_TRUE(result.output.hasNative);
+  EXPECT_EQ(Facts(result), "Make=Maker\n");
+  EXPECT_EQ(result.reads, 0);
+  EXPECT_FALSE(ReadWith(kJpegReader, Jpeg({Segment(0xE0, "JFIF")})).output.hasNative);
+}
+
+TEST(JpegReader, StopsAtTheScan) {
+  const std::string file = Bytes(Jpeg({})).Add(Packet("<late/>")).str();
+  EXPECT_EQ(ReadWith(kJpegReader, file).output.packet, "");
+}
+
+TEST(JpegReader, PutsAnExtensionTogetherFromPartsInAnyOrder) {
+  const std::string whole = "<rdf:RDF>the whole of the extension</rdf:RDF>";
+  const std::string guid = Sorvik::foundation::MD5Hex(whole);
+  const std::size_t n = whole.size();
+  const std::string other(32, 'A');
+  const auto extension = [](const std::vector<Bytes>& segments) {
+    return ReadWith(kJpegReader, Jpeg(segments)).output.extendedPacket;
+  };
+  const Bytes first = Part(guid, n, 0, whole.substr(0, 10));
+  const Bytes second = Part(guid, n, 10, whole.substr(10));
+
+  EXPECT_EQ(extension({second, Packet(Main(guid)), Part(other, n, 0, whole), first}), whole);
+  EXPECT_EQ(extension({Packet(Main(guid)), first, first, second}), whole) << "a part twice";
+  EXPECT_EQ(extension({Packet(Main(guid)), first}), "") << "a part is missing";
+  EXPECT_EQ(extension({Packet(Main(other)), first, second}), "") << "of another picture";
+  EXPECT_EQ(extension({first, second}), "") << "nothing refers to it";
+  EXPECT_EQ(extension({Packet("not XML"), first, second}), "");
+  EXPECT_EQ(extension({Packet(Main(other)), Part(other, n, 0, whole)}), "") << "wrong digest";
+  EXPECT_EQ(extension({Packet(Main(guid)), first, Part(guid, n, 12, whole.substr(12))}), "")
+      << "a gap";
+}
+
+TEST(JpegReader, FetchesSegmentsBehindTheHeadInOneRead) {
+  std::string whole(150'000, 'x');
+  const std::string guid = Sorvik::foundation::MD5Hex(whole);
+  std::vector<Bytes> segments = {Packet(Main(guid))};
+  for (std::size_t at = 0; at < whole.size(); at += 60'000) {
+    segments.push_back(Part(guid, whole.size(), at, whole.substr(at, 60'000)));
+  }
+  const auto result = ReadWith(kJpegReader, Jpeg(segments));
+  EXPECT_EQ(result.output.extendedPacket, whole);
+  EXPECT_EQ(result.reads, 1);
+}
+
+TEST(JpegReader, SurvivesSegmentsThatLie) {
+  TiffBytes t;
+  const std::string good = Jpeg({Exif(t.File({t.Ascii(271, "Maker")})), Packet("<p/>"),
+                                 Part(std::string(32, '0'), 4, 0, "part")});
+  for (std::size_t size = 0; size <= good.size(); ++size) {
+    const auto result = ReadWith(kJpegReader, good.substr(0, size));
+    EXPECT_TRUE(std::string("<p/>").starts_with(result.output.packet)) << size;
+  }
+  Bytes zero;
+  zero.U16(0xFFD8).U16(0xFFE1).U16(0).Add(Packet("<p/>"));
+  EXPECT_EQ(ReadWith(kJpegReader, zero.str()).output.packet, "") << "length 0";
+  Bytes shortPart;
+  shortPart.U16(0xFFD8).Add(
+      Segment(0xE1, std::string("http://ns.adobe.com/xmp/extension/\0", 35) + "0123"));
+  ReadWith(kJpegReader, shortPart.str());
+  EXPECT_FALSE(ReadWith(kJpegReader, Bytes().U16(0xFFD8).str()).recognised);
+  // Fill bytes without end cost a bounded walk.
+  EXPECT_LE(ReadWith(kJpegReader, Bytes().U16(0xFFD8).Fill(500'000, 0xFF).str()).reads, 2);
+}
+
+TEST(JpegReader, ReadsSamples) {
+  const auto extended = ReadSample("xmp/derived-exiftool-extendedXMP.jpg");
+  const auto outOfOrder = ReadSample("xmp/exiftool-ExtendedXMP.jpg");
+  const auto camera = ReadSample("xmp/exiftool-ExifTool.jpg");
+  if (!extended || !outOfOrder || !camera) GTEST_SKIP() << "no samples beside the source tree";
+
+  const auto result = ReadWith(kJpegReader, *extended);
+  EXPECT_EQ(result.reads, 1) << "101 kB: the head and the rest";
+  EXPECT_FALSE(result.output.packet.empty());
+  EXPECT_FALSE(result.output.extendedPacket.empty());
+
+  const auto parts = ReadWith(kJpegReader, *outOfOrder);
+  TXMPMeta meta;
+  meta.ParseFromBuffer(parts.output.extendedPacket.data(),
+                       static_cast<std::uint32_t>(parts.output.extendedPacket.size()));
+  std::string producer;
+  EXPECT_TRUE(meta.GetProperty("http://ns.adobe.com/pdf/1.3/", "Producer", &producer));
+  EXPECT_EQ(producer, "Just ExifTool again");
+
+  EXPECT_EQ(Facts(ReadWith(kJpegReader, *camera)),
+            "CreateDate=2001-05-19T18:36:41\n"
+            "ModifyDate=2004-02-26T09:36:46\n"
+            "CreatorTool=Maker PixelDesk 7.0\n"
+            "Make=FUJIFILM\n"
+            "Model=FinePix2400Zoom\n"
+            "software=Maker PixelDesk 7.0\n");
+}
+
+}  // namespace
