@@ -6,6 +6,7 @@ find_package(XercesC REQUIRED)
 find_package(ICU REQUIRED COMPONENTS uc)
 find_package(EXPAT REQUIRED)
 find_package(JPEG REQUIRED)
+find_package(ZLIB REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(GDK_PIXBUF REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
@@ -16,5 +17,5 @@ pkg_check_modules(UDEV REQUIRED IMPORTED_TARGET libudev)
 # boost::shared_ptr stands in a public signature.
 set(SORVIK_PUBLIC_LIBRARIES Boost::boost)
 set(SORVIK_LIBRARIES
-    Boost::boost Threads::Threads XercesC::XercesC ICU::uc EXPAT::EXPAT JPEG::JPEG
+    Boost::boost Threads::Threads XercesC::XercesC ICU::uc EXPAT::EXPAT JPEG::JPEG ZLIB::ZLIB
     PkgConfig::GDK_PIXBUF PkgConfig::GIO PkgConfig::MOUNT PkgConfig::UDEV)

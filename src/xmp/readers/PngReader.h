@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+// PNG files: XMP, Exif and the texts with registered keywords.
+#pragma once
+
+#include "xmp/Reader.h"
+
+namespace Sorvik::xmp {
+
+extern const Reader kPngReader;
+
+}  // namespace Sorvik::xmp
