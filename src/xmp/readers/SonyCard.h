@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// What the card around a clip's XML tells of the clip: its row in the material list, and the take
+// that it belongs to. What is read here is kept in the call scope.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "foundation/sony/MediaProfile.h"
+
+namespace Sorvik::xmp {
+
+// The clip's material, with the list that owns it; null where the card has none for it.
+std::shared_ptr<const foundation::sony::Material> MaterialOfClip(const std::string& xmlPath);
+
+// True for the XML of a clip of an XDCAM EX card, by its path.
+bool IsOnXDCAMEX(const std::string& xmlPath);
+
+// The umid of the take that the clip of an XDCAM EX card belongs to, `umid` being the clip's own;
+// empty for a single clip. Nothing in the clip's own XML is known to tell.
+std::string TakeOfClip(const std::string& xmlPath, std::string_view umid);
+
+}  // namespace Sorvik::xmp
