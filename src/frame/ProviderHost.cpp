@@ -8,7 +8,7 @@
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
 #include "frame/RequestQueue.h"
-#include "providers/structures/ProviderAVCHD.h"
+#include "providers/cards/ProviderP2.h"
 
 namespace Sorvik {
 namespace {
@@ -24,7 +24,7 @@ Provider* Make() {
 constexpr ProviderMaker kProviderMakers[] = {
     Make<WinProviderDirectory>,  //
     Make<WinProviderVolume>,
-    Make<ProviderAVCHD>,
+    Make<ProviderP2>,
 };
 
 }  // namespace
