@@ -2,30 +2,53 @@
 #include "SorvikProvider/frame/ProviderHost.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
+#include "SorvikProvider/frame/StructureCheck.h"
 #include "filesystem/WinProviderDirectory.h"
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
 #include "frame/RequestQueue.h"
 #include "providers/cards/ProviderP2.h"
+#include "providers/sequences/ProviderARRIRAW.h"
+#include "providers/sequences/ProviderCanonRAW.h"
+#include "providers/sequences/ProviderCinemaDNG.h"
+#include "providers/sequences/ProviderRED.h"
+#include "providers/sequences/SequenceChecks.h"
+#include "providers/structures/ProviderAVCHD.h"
+#include "providers/structures/ProviderCanonXF.h"
+#include "providers/structures/ProviderSonyHDV.h"
+#include "providers/structures/StructureChecks.h"
 
 namespace Sorvik {
 namespace {
-
-using ProviderMaker = Provider* (*)();
 
 template <class T>
 Provider* Make() {
   return new T;
 }
 
-// In this order they are asked, and ties between equal scores are decided.
-constexpr ProviderMaker kProviderMakers[] = {
-    Make<WinProviderDirectory>,  //
-    Make<WinProviderVolume>,
-    Make<ProviderP2>,
+struct ProviderRow {
+  Provider* (*make)();
+  StructureFindings (*check)(const std::string& path);  // null for places that are no structure
 };
+
+// In this order they are asked, and ties between equal scores are decided.
+// clang-format off
+constexpr ProviderRow kProviders[] = {
+    {Make<WinProviderDirectory>, nullptr},
+    {Make<WinProviderVolume>, nullptr},
+    {Make<ProviderP2>, nullptr},
+    {Make<ProviderSonyHDV>, CheckSonyHDVFolder},
+    {Make<ProviderAVCHD>, nullptr},
+    {Make<ProviderRED>, CheckREDFolder},
+    {Make<ProviderCanonXF>, CheckCanonXFCard},
+    {Make<ProviderARRIRAW>, CheckARRIRAWFolder},
+    {Make<ProviderCinemaDNG>, CheckCinemaDNGFolder},
+    {Make<ProviderCanonRAW>, CheckCanonRAWFolder},
+};
+// clang-format on
 
 }  // namespace
 
@@ -36,8 +59,8 @@ boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::sExecutor;
 
 void ProviderHost::Initialize() {
   if (++sUseCount != 1) return;
-  for (const ProviderMaker make : kProviderMakers) {
-    RegisterProvider(std::make_unique<AsyncProviderWrapper>(make()));
+  for (const ProviderRow& row : kProviders) {
+    RegisterProvider(std::make_unique<AsyncProviderWrapper>(row.make()));
   }
   if (!sExecutor) {
     sExecutor =
@@ -95,6 +118,17 @@ bool ProviderHost::HasProvider(const std::string& path) {
     // One provider's failure must not cost a listing its other entries.
     return false;
   }
+}
+
+StructureFindings CheckStructure(const std::string& path, const std::string& identification) {
+  const auto& wrappers = ProviderHost::GetAllProviders();
+  // The library's own providers are registered first, in the order of the table.
+  for (std::size_t i = 0; i < std::size(kProviders) && i < wrappers.size(); ++i) {
+    if (wrappers[i]->GetIdentification() != identification) continue;
+    const bool claimed = kProviders[i].check != nullptr && wrappers[i]->CanProvideFor(path) >= 1;
+    return claimed ? kProviders[i].check(path) : StructureFindings();
+  }
+  return {};
 }
 
 boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::GetProviderExecutor() {

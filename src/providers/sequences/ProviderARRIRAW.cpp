@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "providers/sequences/ProviderARRIRAW.h"
+
+#include <utility>
+
+#include "SorvikProvider/foundation/Localizer.h"
+#include "thumbnails/Rendering.h"
+
+namespace Sorvik {
+
+std::string ProviderARRIRAW::GetIdentification() const {
+  return "com.halvane.Merisk.ProviderARRIRAW";
+}
+
+std::string ProviderARRIRAW::GetUIString() const {
+  return tarnwick::config::Localizer::Get().GetUTF8String(
+      "$$$/Merisk/Libraries/Sorvik/ARRIRAWUIString=ARRIRAW");
+}
+
+bool ProviderARRIRAW::IsSequenceFile(const UTF16String& name) const {
+  return HasExtension(name, u".ARI");
+}
+
+void ProviderARRIRAW::AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const {
+  auto values = ListFrames(filePath);
+  if (!values) return;
+  AddIfExists(*values, Hestra::MakeString(filePath) + u".xmp");
+  fields[kExtraPathField] = any_regular_t(std::move(*values));
+}
+
+Bitplate** ProviderARRIRAW::GetThumbnail([[maybe_unused]] const std::string& path,
+                                         [[maybe_unused]] const std::string& key, int width,
+                                         int height,
+                                         [[maybe_unused]] ProviderRequest* request) const {
+  return RenderTemplatePicture("ArriThumb.png", width, GetMaximumThumbnailHeight(height));
+}
+
+}  // namespace Sorvik

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+// A folder of Canon RAW frames (.RMF) as one clip.
+#pragma once
+
+#include "providers/sequences/ProviderFileSequenceBase.h"
+
+namespace Sorvik {
+
+class ProviderCanonRAW final : public ProviderFileSequenceBase {
+ public:
+  std::string GetIdentification() const override;
+  std::string GetUIString() const override;
+  Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
+                          ProviderRequest* request) const override;
+  bool IsSequenceFile(const UTF16String& name) const override;
+  // The frames, then the sound, sidecar and clip information that are there.
+  void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
+};
+
+}  // namespace Sorvik

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+// A folder of CinemaDNG frames (.DNG) as one clip.
+#pragma once
+
+#include "providers/sequences/ProviderFileSequenceBase.h"
+
+namespace Sorvik {
+
+class ProviderCinemaDNG final : public ProviderFileSequenceBase {
+ public:
+  std::string GetIdentification() const override;
+  std::string GetUIString() const override;
+  Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
+                          ProviderRequest* request) const override;
+  bool IsSequenceFile(const UTF16String& name) const override;
+  // The frames, then the sound of the clip: the head's title up to its last "_", with ".WAV".
+  void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
+};
+
+}  // namespace Sorvik

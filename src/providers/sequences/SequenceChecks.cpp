@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+#include "providers/sequences/SequenceChecks.h"
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "foundation/CallScope.h"
+#include "foundation/hestra/Directory.h"
+#include "foundation/hestra/PathUtils.h"
+
+namespace Sorvik {
+namespace {
+
+namespace Directory = Hestra::Directory;
+namespace PathUtils = Hestra::PathUtils;
+
+// More gaps than this in one run are named by their first and last alone.
+constexpr std::uint64_t kMostNamedGaps = 100;
+
+// A file name around its last run of digits: "A001." 0000123 ".ari".
+struct NumberedName {
+  std::string before;
+  std::string after;
+  std::size_t width;
+  std::uint64_t number;
+};
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+std::optional<NumberedName> SplitNumber(const std::string& name) {
+  const auto dot = std::min(name.rfind('.'), name.size());
+  const auto last =
+      std::find_if(name.rend() - static_cast<std::ptrdiff_t>(dot), name.rend(), IsDigit);
+  if (last == name.rend()) return std::nullopt;
+  const auto first = std::find_if_not(last, name.rend(), IsDigit);
+  const auto begin = static_cast<std::size_t>(first.base() - name.begin());
+  const auto end = static_cast<std::size_t>(last.base() - name.begin());
+  NumberedName split{name.substr(0, begin), name.substr(end), end - begin, 0};
+  const auto [stop, error] = std::from_chars(name.data() + begin, name.data() + end, split.number);
+  if (error != std::errc() || stop != name.data() + end) return std::nullopt;
+  return split;
+}
+
+std::string Joined(const NumberedName& name, std::uint64_t number) {
+  std::string digits = std::to_string(number);
+  if (digits.size() < name.width) digits.insert(0, name.width - digits.size(), '0');
+  return name.before + digits + name.after;
+}
+
+// Names the numbers between `from` and `to` (not included) that stand for nothing.
+void AddGap(const NumberedName& like, std::uint64_t from, std::uint64_t to,
+            const std::string& folder, const std::string& key, const std::string& kind,
+            StructureFindings& findings) {
+  if (to - from > kMostNamedGaps) {
+    findings.missing.push_back({key, kind + "s from here", folder + "/" + Joined(like, from)});
+    findings.missing.push_back({key, kind + "s up to here", folder + "/" + Joined(like, to - 1)});
+    return;
+  }
+  for (std::uint64_t number = from; number < to; ++number) {
+    findings.missing.push_back({key, kind, folder + "/" + Joined(like, number)});
+  }
+}
+
+// The numbered files of one kind in a folder, by what stands around their numbers.
+using Runs = std::map<std::pair<std::string, std::string>, std::vector<NumberedName>>;
+
+Runs NumberedFiles(const std::string& folder, std::u16string_view extension) {
+  Runs runs;
+  for (const UTF16String& path :
+       Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension)) {
+    if (auto name = SplitNumber(Hestra::MakeStdString(PathUtils::GetFullFilePart(path)))) {
+      runs[{name->before, name->after}].push_back(std::move(*name));
+    }
+  }
+  for (auto& [around, names] : runs) {
+    std::sort(names.begin(), names.end(),
+              [](const NumberedName& a, const NumberedName& b) { return a.number < b.number; });
+  }
+  return runs;
+}
+
+std::string FirstVisible(const std::string& folder, std::u16string_view extension) {
+  std::vector<UTF16String> files =
+      Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension);
+  PathUtils::FilterHiddenFiles(files);
+  return files.empty() ? std::string() : Hestra::MakeStdString(files.front());
+}
+
+StructureFindings CheckFrames(const std::string& path, std::u16string_view extension) {
+  const foundation::CallScope scope;
+  StructureFindings findings;
+  const std::string key = FirstVisible(path, extension);
+  for (const auto& [around, names] : NumberedFiles(path, extension)) {
+    for (std::size_t i = 1; i < names.size(); ++i) {
+      const std::uint64_t next = names[i - 1].number + 1;
+      if (names[i].number > next) {
+        AddGap(names[i - 1], next, names[i].number, path, key, "frame", findings);
+      }
+    }
+  }
+  return findings;
+}
+
+void CheckClipFolder(const std::string& folder, StructureFindings& findings) {
+  constexpr std::u16string_view kSegment = u".R3D";
+  const std::string key = FirstVisible(folder, kSegment);
+  if (key.empty()) {
+    findings.missing.push_back({"", "segment", folder});
+    return;
+  }
+  for (const auto& [around, names] : NumberedFiles(folder, kSegment)) {
+    std::uint64_t next = 1;
+    for (const NumberedName& name : names) {
+      if (name.number > next) AddGap(name, next, name.number, folder, key, "segment", findings);
+      next = name.number + 1;
+    }
+  }
+}
+
+}  // namespace
+
+StructureFindings CheckARRIRAWFolder(const std::string& path) { return CheckFrames(path, u".ARI"); }
+
+StructureFindings CheckCanonRAWFolder(const std::string& path) {
+  return CheckFrames(path, u".RMF");
+}
+
+StructureFindings CheckCinemaDNGFolder(const std::string& path) {
+  return CheckFrames(path, u".DNG");
+}
+
+StructureFindings CheckREDFolder(const std::string& path) {
+  const foundation::CallScope scope;
+  StructureFindings findings;
+  std::vector<UTF16String> files;
+  std::vector<UTF16String> folders;
+  Directory::GetContainedFileAndDirectoryPaths(Hestra::MakeString(path), files, folders);
+  for (const UTF16String& folder : folders) {
+    if (PathUtils::GetExtensionPart(folder) != u".RDC") continue;
+    CheckClipFolder(Hestra::MakeStdString(folder), findings);
+  }
+  return findings;
+}
+
+}  // namespace Sorvik

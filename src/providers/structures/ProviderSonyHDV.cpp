@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: MIT
+#include "providers/structures/ProviderSonyHDV.h"
+
+#include <algorithm>
+#include <atomic>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "SorvikProvider/foundation/Environment.h"
+#include "SorvikProvider/foundation/Localizer.h"
+#include "SorvikProvider/frame/ProviderRequest.h"
+#include "SorvikProvider/metadata/XMPSupport.h"
+#include "foundation/CallScope.h"
+#include "foundation/hestra/Directory.h"
+#include "foundation/hestra/PathUtils.h"
+#include "frame/FieldValues.h"
+#include "metadata/ProviderFields.h"
+#include "thumbnails/Rendering.h"
+
+namespace Sorvik {
+namespace {
+
+namespace Directory = Hestra::Directory;
+namespace PathUtils = Hestra::PathUtils;
+
+constexpr char16_t kVideo[] = u"VIDEO";
+constexpr char16_t kClipFolder[] = u"HVR";
+constexpr char16_t kTracksFile[] = u"TRACKS.DAT";
+
+// "#" stands for a digit; the extension follows.
+constexpr std::u16string_view kNameMask = u"##_####_####-##-##_######.";
+constexpr std::size_t kShortestName = kNameMask.size() + 2;
+constexpr std::size_t kNumberStart = 3;
+constexpr std::size_t kNumberLength = 4;
+
+constexpr int kScoreCard = 100;
+constexpr int kScoreWithReservation = 40;
+constexpr int kTallestThumbnail = 16;
+
+// Whether the host imports files with the extension "DV"; asked once in the life of the process.
+bool IsDVImportable() {
+  static std::atomic<int> answer{-1};
+  int known = answer.load(std::memory_order_relaxed);
+  if (known < 0) {
+    std::set<UTF16String> extensions;
+    Fenwold::ImportableFileTypeUtils::GetImportableFileExtensions(
+        Fenwold::ImportableFileTypeUtils::kVideoFileTypes, extensions);
+    known = extensions.contains(u"DV") ? 1 : 0;
+    answer.store(known, std::memory_order_relaxed);
+  }
+  return known == 1;
+}
+
+bool FitsMask(std::u16string_view name) {
+  return std::equal(kNameMask.begin(), kNameMask.end(), name.begin(), [](char16_t m, char16_t c) {
+    return m == u'#' ? c >= u'0' && c <= u'9' : m == c;
+  });
+}
+
+// Recognition counts every file that recorders write, the listing only what can be opened.
+bool IsClipFileName(std::u16string_view name, bool forRecognition) {
+  if (name.size() < kShortestName || !FitsMask(name)) return false;
+  const std::u16string_view extension = name.substr(kNameMask.size());
+  if (extension == u"M2T" || extension == u"AVI") return true;
+  if (extension == u"DV") return forRecognition || IsDVImportable();
+  return forRecognition && (extension == u"IDX" || extension == u"XMP");
+}
+
+UTF16String ClipFolderOf(const UTF16String& folder) {
+  return PathUtils::CombinePaths(PathUtils::CombinePaths(folder, kVideo), kClipFolder);
+}
+
+std::vector<UTF16String> VisibleNames(const UTF16String& folder) {
+  std::vector<UTF16String> names = Directory::GetContainedFilePaths(folder);
+  PathUtils::FilterHiddenFiles(names);
+  for (UTF16String& name : names) name = PathUtils::GetFullFilePart(name);
+  return names;
+}
+
+bool IsHDVFolder(const UTF16String& folder, bool& hasForeignFiles) {
+  hasForeignFiles = false;
+  const UTF16String clips = ClipFolderOf(folder);
+  if (!PathUtils::IsDirectory(clips)) return false;
+  const std::vector<UTF16String> names = VisibleNames(clips);
+  hasForeignFiles = !std::all_of(names.begin(), names.end(), [](const UTF16String& name) {
+    return IsClipFileName(name, true);
+  });
+  return true;
+}
+
+// The clips of one folder as a call sees them.
+struct Clips {
+  UTF16String prefix;  // the folder with its separator
+  std::vector<UTF16String> files;
+  std::vector<std::string> names;  // the clip number of each file
+};
+
+std::string NumberOf(const UTF16String& file) {
+  if (file.size() <= kNumberStart) return {};
+  return Hestra::MakeStdString(file.substr(kNumberStart, kNumberLength));
+}
+
+Clips ListClips(const UTF16String& folder) {
+  Clips clips{PathUtils::AddTrailingSlash(folder), VisibleNames(folder), {}};
+  std::erase_if(clips.files, [](const UTF16String& name) { return !IsClipFileName(name, false); });
+  std::sort(clips.files.begin(), clips.files.end());
+  for (const UTF16String& file : clips.files) clips.names.push_back(NumberOf(file));
+  return clips;
+}
+
+// The first file of the run of equal numbers in which `index` stands.
+std::size_t RunStart(std::size_t index, const std::vector<std::string>& names) {
+  while (index > 0 && names[index - 1] == names[index]) --index;
+  return index;
+}
+
+std::string GetEntryName(std::size_t index, const std::vector<std::string>& names) {
+  const std::string& name = names[index];
+  const std::size_t start = RunStart(index, names);
+  const bool alone = start == index && (index + 1 == names.size() || names[index + 1] != name);
+  if (alone) return name;
+  const std::size_t place = index - start + 1;
+  return name + (place < 10 ? "-0" : "-") + std::to_string(place);
+}
+
+UTF16String WithExtension(const UTF16String& path, std::u16string_view extension) {
+  UTF16String drive;
+  UTF16String folder;
+  UTF16String title;
+  PathUtils::SplitPath(path, drive, folder, title);
+  return PathUtils::MakePath(drive, folder, title, extension);
+}
+
+// The whole run of a split recording shares the index of its first file.
+bool FindIndexFile(UTF16String& out, std::size_t index, const Clips& clips) {
+  const UTF16String& first = clips.files[RunStart(index, clips.names)];
+  out = WithExtension(clips.prefix + first, u"IDX");
+  return PathUtils::ExistsOnDisk(out);
+}
+
+// `index` is the place of `key` among the clips, or their number if it isn't one of them.
+void SetExtraPaths(FieldValueMap& fields, const UTF16String& key, std::size_t index,
+                   const Clips& clips) {
+  std::vector<UTF16String> paths;
+  UTF16String indexFile;
+  if (index < clips.files.size() && FindIndexFile(indexFile, index, clips)) {
+    paths.push_back(indexFile);
+  }
+  paths.push_back(clips.prefix + kTracksFile);
+  const UTF16String sidecar = WithExtension(clips.prefix + key, u"XMP");
+  if (PathUtils::ExistsOnDisk(sidecar)) paths.push_back(sidecar);
+  fields[kExtraPathField] = PathList(paths);
+}
+
+}  // namespace
+
+int ProviderSonyHDV::CanProvideFor(const std::string& path) const {
+  bool hasForeignFiles = false;
+  if (!PathUtils::IsLongFormFolderPath(path) ||
+      !IsHDVFolder(Hestra::MakeString(path), hasForeignFiles)) {
+    return 0;
+  }
+  return hasForeignFiles ? kScoreWithReservation : kScoreCard;
+}
+
+ContentMap ProviderSonyHDV::GetContent(const std::string& path, const FieldNameSet& fields,
+                                       ProviderRequest* request) const {
+  const foundation::CallScope scope;
+  const UTF16String folder = ClipFolderOf(Hestra::MakeString(path));
+  if (!PathUtils::IsDirectory(folder)) return {};
+  const Clips clips = ListClips(folder);
+  const XMPSupport::XMPFieldBits bits = XMPSupport::ParseFields(fields);
+  ContentMap content;
+  for (std::size_t i = 0; i < clips.files.size(); ++i) {
+    if (ProviderRequest::TestAborted(request)) return {};
+    const std::string filePath = Hestra::MakeStdString(clips.prefix + clips.files[i]);
+    FieldValueMap values = XMPSupport::MakeValue(filePath, bits);
+    values[kNameField] = any_regular_t(GetEntryName(i, clips.names));
+    values[kPathField] = any_regular_t(filePath);
+    SetExtraPaths(values, clips.files[i], i, clips);
+    content[Hestra::MakeStdString(clips.files[i])] = std::move(values);
+  }
+  return content;
+}
+
+ContentMap ProviderSonyHDV::GetContent(const std::string& path, const std::string& key,
+                                       const FieldNameSet& fields) const {
+  const foundation::CallScope scope;
+  const UTF16String folder = ClipFolderOf(Hestra::MakeString(path));
+  if (!PathUtils::IsDirectory(folder)) return {};
+  const UTF16String file = Hestra::MakeString(key);
+  const std::string filePath = Hestra::MakeStdString(PathUtils::CombinePaths(folder, file));
+  FieldValueMap values = XMPSupport::MakeValue(filePath, XMPSupport::ParseFields(fields));
+  const Clips clips = ListClips(folder);
+  const auto found = std::find(clips.files.begin(), clips.files.end(), file);
+  const auto index = static_cast<std::size_t>(found - clips.files.begin());
+  values[kNameField] =
+      any_regular_t(found == clips.files.end() ? NumberOf(file) : GetEntryName(index, clips.names));
+  values[kPathField] = any_regular_t(filePath);
+  SetExtraPaths(values, file, index, clips);
+  return {{key, std::move(values)}};
+}
+
+FieldNameSet ProviderSonyHDV::GetFieldList() const { return AllFields(); }
+
+FieldNameList ProviderSonyHDV::GetDefaultFieldList() const { return {kNameField, kPathField}; }
+
+FieldLabelMap ProviderSonyHDV::GetFieldLabelList() const {
+  return LabelsOf({"Name", "videoFrameSize", "videoPixelAspectRatio", "duration", "startTimecode",
+                   "CreateDate", "videoFrameRate", "Path"});
+}
+
+std::string ProviderSonyHDV::GetIdentification() const {
+  return "com.halvane.Merisk.ProviderSonyHDV";
+}
+
+std::string ProviderSonyHDV::GetUIString() const {
+  return tarnwick::config::Localizer::Get().GetUTF8String(
+      "$$$/Ortlane/Libraries/Sorvik/SonyHDVUIString=Sony HDV");
+}
+
+int ProviderSonyHDV::GetMaximumThumbnailHeight(int height) const {
+  return std::min(height, kTallestThumbnail);
+}
+
+Bitplate** ProviderSonyHDV::GetThumbnail(const std::string& path, const std::string& key, int width,
+                                         int height,
+                                         [[maybe_unused]] ProviderRequest* request) const {
+  const int tallest = GetMaximumThumbnailHeight(height);
+  return GetFolderThumbnail(Hestra::MakeStdString(ClipFolderOf(Hestra::MakeString(path))), key,
+                            std::min(tallest, width), tallest);
+}
+
+bool ProviderSonyHDV::ShouldCheckFilter() const { return false; }
+
+bool ProviderSonyHDV::IsFileBased() const { return true; }
+
+}  // namespace Sorvik

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "providers/sequences/SequenceChecks.h"
+#include "support/TempTree.h"
+
+namespace {
+
+using namespace Sorvik;
+using sorvik_test::TempTree;
+
+// "kind path" of each missing part, below `root`.
+std::vector<std::string> Missing(const StructureFindings& findings, const std::string& root) {
+  std::vector<std::string> lines;
+  for (const StructurePart& part : findings.missing) {
+    lines.push_back(part.kind + " " + part.path.substr(root.size() + 1));
+  }
+  return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(SequenceChecks, NameMissingFrames) {
+  const TempTree tree;
+  for (const char* name : {"A_0099.ari", "A_0100.ari", "A_0103.ari", "B_7.ari", "notes.ari",
+                           "A_0105.txt", "A_18446744073709551616.ari"}) {
+    tree.File(name);
+  }
+  const StructureFindings findings = CheckARRIRAWFolder(tree.Root());
+  EXPECT_EQ(Missing(findings, tree.Root()), (Lines{"frame A_0101.ari", "frame A_0102.ari"}));
+  EXPECT_EQ(findings.missing[0].entryKey, tree.Path("A_0099.ari"));
+  EXPECT_TRUE(CheckCinemaDNGFolder(tree.Root()).missing.empty());
+}
+
+TEST(SequenceChecks, NameLongGapsByTheirEnds) {
+  const TempTree tree;
+  tree.File("f0000001.dng");
+  tree.File("f9000000.dng");
+  EXPECT_EQ(Missing(CheckCinemaDNGFolder(tree.Root()), tree.Root()),
+            (Lines{"frames from here f0000002.dng", "frames up to here f8999999.dng"}));
+}
+
+TEST(SequenceChecks, NameMissingSegmentsOfRED) {
+  const TempTree tree;
+  tree.File("A001_C001.RDC/A001_C001_002.R3D");
+  tree.File("A001_C001.RDC/A001_C001_004.R3D");
+  tree.File("A001_C002.RDC/A001_C002_001.R3D");
+  tree.File("A001_C003.RDC/A001_C003.RMD");
+  tree.File("Other/x_5.R3D");
+  EXPECT_EQ(Missing(CheckREDFolder(tree.Root()), tree.Root()),
+            (Lines{"segment A001_C001.RDC/A001_C001_001.R3D",
+                   "segment A001_C001.RDC/A001_C001_003.R3D", "segment A001_C003.RDC"}));
+}
+
+}  // namespace

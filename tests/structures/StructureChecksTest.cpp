@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "SorvikProvider/frame/ProviderHost.h"
+#include "providers/structures/StructureChecks.h"
+#include "support/TempTree.h"
+
+namespace {
+
+using namespace Sorvik;
+using sorvik_test::TempTree;
+
+std::vector<std::string> Missing(const StructureFindings& findings, const std::string& root) {
+  std::vector<std::string> lines;
+  for (const StructurePart& part : findings.missing) {
+    lines.push_back(part.entryKey + ": " + part.kind + " " + part.path.substr(root.size() + 1));
+  }
+  return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(StructureChecks, NameMissingSpansOfCanonXF) {
+  const TempTree tree;
+  const std::string root = "CONTENTS/CLIPS001/";
+  for (const char* file : {"INDEX.MIF", "AA0001/AA000102.MXF", "AA0001/AA000104.MXF",
+                           "AA0001/AA0001.CIF", "AB0002/AB000201.MXF", "AC0003/x"}) {
+    tree.File(root + file);
+  }
+  const Lines expected{"AA000102: span CONTENTS/CLIPS001/AA0001/AA000101.MXF",
+                       "AA000102: span CONTENTS/CLIPS001/AA0001/AA000103.MXF",
+                       "AB000201: clip information CONTENTS/CLIPS001/AB0002/AB0002.CIF",
+                       ": span CONTENTS/CLIPS001/AC0003/AC000301.MXF"};
+  EXPECT_EQ(Missing(CheckCanonXFCard(tree.Root()), tree.Root()), expected);
+  ProviderHost::Initialize();
+  const char* id = "com.halvane.Merisk.ProviderCanonXF";
+  EXPECT_EQ(Missing(CheckStructure(tree.Root(), id), tree.Root()), expected);
+  EXPECT_TRUE(CheckStructure(tree.Path("CONTENTS"), id).missing.empty());
+  EXPECT_TRUE(CheckStructure(tree.Root(), "com.halvane.Merisk.ProviderSonyHDV").missing.empty());
+  EXPECT_TRUE(CheckStructure(tree.Root(), "nobody").missing.empty());
+  ProviderHost::Shutdown();
+}
+
+TEST(StructureChecks, NameMissingIndexesOfSonyHDV) {
+  const TempTree tree;
+  for (const char* file : {"00_0012_2014-01-31_101530.M2T", "00_0012_2014-01-31_101530.IDX",
+                           "00_0012_2014-01-31_103000.M2T", "00_0013_2014-01-31_104500.M2T"}) {
+    tree.File(std::string("VIDEO/HVR/") + file);
+  }
+  EXPECT_EQ(Missing(CheckSonyHDVFolder(tree.Root()), tree.Root()),
+            (Lines{"00_0013_2014-01-31_104500.M2T: index "
+                   "VIDEO/HVR/00_0013_2014-01-31_104500.IDX",
+                   ": track list VIDEO/HVR/TRACKS.DAT"}));
+}
+
+}  // namespace
