@@ -47,7 +47,10 @@ class XmlBuilder {
     if (parser_ == nullptr) return std::nullopt;
     XML_SetEncoding(parser_, "UTF-8");
     const auto status = XML_Parse(parser_, utf8.data(), static_cast<int>(utf8.size()), XML_TRUE);
-    if (status != XML_STATUS_OK || document_.elements_.empty()) return std::nullopt;
+    // Remains of an earlier, longer document may stand behind the root element.
+    const bool complete =
+        status == XML_STATUS_OK || XML_GetErrorCode(parser_) == XML_ERROR_JUNK_AFTER_DOC_ELEMENT;
+    if (!complete || document_.elements_.empty()) return std::nullopt;
     return std::move(document_);
   }
 

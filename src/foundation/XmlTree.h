@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A small element tree over expat for the XML that cameras and XMP writers leave. Documents with a
-// DOCTYPE are refused, so no entity is ever expanded and nothing is fetched; size, depth and number
-// of nodes are capped. Any thread; a document belongs to whoever made it.
+// A small element tree over expat for the XML that cameras and XMP writers leave. Documents that
+// declare entities are refused, so none is ever expanded and nothing is fetched; size, depth and
+// number of nodes are capped. Any thread; a document belongs to whoever made it.
 #pragma once
 
 #include <cstddef>
@@ -73,7 +73,8 @@ class XmlDocument {
 };
 
 // The tree of a document in UTF-8, UTF-16 or UTF-32 (by byte order mark, by the look of the first
-// bytes or by its declaration). Nothing if it isn't well-formed or goes beyond the limits.
+// bytes). Nothing if it isn't well-formed or goes beyond the limits; what stands behind the root
+// element doesn't count.
 std::optional<XmlDocument> ParseXml(std::string_view bytes, const XmlLimits& limits = {});
 
 // The same of a regular file; nothing if it can't be read or is larger than the limit.
