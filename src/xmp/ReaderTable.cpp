@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "xmp/readers/CanonXFReader.h"
 #include "xmp/readers/DVReader.h"
 #include "xmp/readers/MXFReader.h"
 #include "xmp/readers/NonRealTimeMetaReader.h"
@@ -20,6 +21,8 @@ constexpr const Reader* kReaders[] = {
     &kP2ClipReader,
     &kNonRealTimeMetaReader,
     &kPlainXMPReader,
+    // Kinds that their place in a card tells: they have a second file beside them.
+    &kCanonXFReader,
     // Kinds that their first bytes tell for certain.
     &kMXFReader,
     // Kinds that are told by patterns in their bytes: after all that have a signature.
