@@ -167,6 +167,31 @@ TEST(AVCHDListing, IsEmptyOnceAborted) {
   EXPECT_THAT(ProviderAVCHD().GetContent(card.Root(), kPaths, &*request), IsEmpty());
 }
 
+TEST(AVCHDListing, FillsFieldsFromStreamPlaylistAndSidecar) {
+  const auto stream = sorvik_test::ReadSample("avchd/M2TS.mts");
+  const auto playlist = sorvik_test::ReadSample("avchd/ElishaAz-AVCHD-Converter/files/00002.MPL");
+  if (!stream || !playlist) GTEST_SKIP() << "the samples aren't here";
+  const TempTree tree;
+  const AvchdCard card(tree);
+  card.File("STREAM/00010.MTS", *stream);
+  card.File("STREAM/00013.MTS");
+  card.File("PLAYLIST/00002.MPL", *playlist);
+  card.File("STREAM/00010.xmp",
+            R"(<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF
+               xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#"><rdf:Description
+               xmlns:xmpDM="http://ns.adobe.com/xmp/1.0/DynamicMedia/" rdf:about=""
+               xmpDM:shotName="Harbour"/></rdf:RDF></x:xmpmeta>)");
+  const ContentMap content =
+      List(card.Root(), {"Name", "Make", "shotDate", "shotName", "startTimecode"});
+  EXPECT_THAT(KeysOf(content), ElementsAre("00010.MTS", "00013.MTS"));
+  const FieldValueMap& clip = content.at("00010.MTS");
+  EXPECT_EQ(TextOf(clip, "Name"), "00010");
+  EXPECT_EQ(TextOf(clip, "Make"), "Canon");
+  EXPECT_EQ(TextOf(clip, "shotDate"), "2008-12-31T23:16:24+01:00");
+  EXPECT_EQ(TextOf(clip, "shotName"), "Harbour");
+  EXPECT_EQ(TextOf(clip, "startTimecode"), "17:08:17:00") << "the playlist alone has it";
+}
+
 TEST(AVCHDExtraPaths, StandInOrder) {
   const TempTree tree;
   const AvchdCard card(tree);
