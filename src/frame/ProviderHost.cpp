@@ -41,7 +41,7 @@ constexpr ProviderRow kProviders[] = {
     {Make<WinProviderVolume>, nullptr},
     {Make<ProviderP2>, nullptr},
     {Make<ProviderSonyHDV>, CheckSonyHDVFolder},
-    {Make<ProviderAVCHD>, nullptr},
+    {Make<ProviderAVCHD>, CheckAVCHDFolder},
     {Make<ProviderRED>, CheckREDFolder},
     {Make<ProviderCanonXF>, CheckCanonXFCard},
     {Make<ProviderARRIRAW>, CheckARRIRAWFolder},

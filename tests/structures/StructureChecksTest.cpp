@@ -3,6 +3,7 @@
 
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "providers/structures/StructureChecks.h"
+#include "support/AvchdCard.h"
 #include "support/TempTree.h"
 
 namespace {
@@ -19,6 +20,27 @@ std::vector<std::string> Missing(const StructureFindings& findings, const std::s
 }
 
 using Lines = std::vector<std::string>;
+
+TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
+  for (const char* folder : {"", "AVCHD"}) {
+    const TempTree tree;
+    const sorvik_test::AvchdCard card(tree, folder);
+    card.Playlist("00000", {{"00000"}, {"00001", 6}, {"00002"}});
+    card.Playlist("00003", {{"00000"}, {"odd!!"}});
+    card.File("STREAM/00000.MTS");
+    card.File("CLIPINF/00000.CPI");
+    card.File("STREAM/00002.MTS");
+    card.File("STREAM/00007.MTS");
+    card.File("STREAM/thumbs.db");
+    const StructureFindings findings = CheckAVCHDFolder(tree.Root());
+    EXPECT_EQ(Missing(findings, card.BDMV()),
+              (Lines{"00000.MTS: stream STREAM/00001.MTS",
+                     "00000.MTS: clip information CLIPINF/00001.CPI",
+                     "00002.MTS: clip information CLIPINF/00002.CPI"}));
+    ASSERT_EQ(findings.unreached.size(), 1u);
+    EXPECT_EQ(findings.unreached[0].path, card.Path("STREAM/00007.MTS"));
+  }
+}
 
 TEST(StructureChecks, NameMissingSpansOfCanonXF) {
   const TempTree tree;

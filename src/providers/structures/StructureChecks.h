@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is missing from Canon XF cards and Sony HDV media.
+// What is missing from AVCHD cards, Canon XF cards and Sony HDV media.
 #pragma once
 
 #include <string>
@@ -7,6 +7,10 @@
 #include "SorvikProvider/frame/StructureCheck.h"
 
 namespace Sorvik {
+
+// Each clip that a playlist names has a stream and clip information; each stream stands in a
+// playlist.
+StructureFindings CheckAVCHDFolder(const std::string& path);
 
 // Spans are numbered from 01 without a gap; a clip folder holds its clip information.
 StructureFindings CheckCanonXFCard(const std::string& path);
