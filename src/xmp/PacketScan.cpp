@@ -34,8 +34,8 @@ bool MatchesSpaced(std::string_view bytes, std::size_t at, std::string_view text
 // rest of the header looks alike in both orders.
 bool IsBigEndian(std::string_view bytes, std::size_t begin, std::size_t stride) {
   const std::size_t quote = begin + kBegin.size() * stride;
-  if (bytes.size() < stride || quote > bytes.size() - stride) return false;
-  return bytes[quote + stride - 2] == '\xFE' && bytes[quote + stride - 1] == '\xFF';
+  if (bytes.size() <= stride || quote >= bytes.size() - stride) return false;
+  return bytes[quote + stride - 1] == '\xFE' && bytes[quote + stride] == '\xFF';
 }
 
 // The packet from the "<" of its header to the ">" of its trailer, with the zeros that belong to
