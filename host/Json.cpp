@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "Json.h"
+
+#include <array>
+#include <cstdio>
+
+#include "SorvikProvider/foundation/UTF16String.h"
+#include "SorvikProvider/frame/Provider.h"
+
+namespace host {
+namespace {
+
+bool IsHigh(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
+bool IsLow(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
+
+std::string Escape(char16_t unit) {
+  switch (unit) {
+    case u'"':
+      return "\\\"";
+    case u'\\':
+      return "\\\\";
+    case u'\n':
+      return "\\n";
+    case u'\t':
+      return "\\t";
+    default:
+      break;
+  }
+  std::array<char, 8> text{};
+  std::snprintf(text.data(), text.size(), "\\u%04x", static_cast<unsigned>(unit));
+  return text.data();
+}
+
+bool NeedsEscape(char16_t unit) {
+  return unit < 0x20 || unit == u'"' || unit == u'\\' || (unit >= 0x7F && unit < 0xA0) ||
+         IsHigh(unit) || IsLow(unit);
+}
+
+}  // namespace
+
+void JsonWriter::Key(std::string_view key) {
+  BeforeValue();
+  Quoted(Hestra::MakeString(key));
+  output_.Write(output_.IsTerminal() ? ": " : ":");
+  afterKey_ = true;
+}
+
+void JsonWriter::String(std::string_view text) { String(Hestra::MakeString(text)); }
+
+void JsonWriter::String(std::u16string_view text) {
+  BeforeValue();
+  Quoted(text);
+}
+
+void JsonWriter::Number(unsigned long long number) {
+  BeforeValue();
+  output_.Write(std::to_string(number));
+}
+
+void JsonWriter::Number(int number) {
+  BeforeValue();
+  output_.Write(std::to_string(number));
+}
+
+void JsonWriter::Boolean(bool value) {
+  BeforeValue();
+  output_.Write(value ? "true" : "false");
+}
+
+void JsonWriter::Null() {
+  BeforeValue();
+  output_.Write("null");
+}
+
+void JsonWriter::Strings(const std::vector<std::string>& texts) {
+  BeginArray();
+  for (const std::string& text : texts) String(text);
+  EndArray();
+}
+
+void JsonWriter::Value(const Sorvik::any_regular_t& value) {
+  if (const auto* text = value.get_if<std::string>()) {
+    String(*text);
+  } else if (const auto* list = value.get_if<std::vector<Sorvik::any_regular_t>>()) {
+    BeginArray();
+    for (const Sorvik::any_regular_t& item : *list) Value(item);
+    EndArray();
+  } else if (const auto* wide = value.get_if<Hestra::UTF16String>()) {
+    String(*wide);
+  } else if (const auto* size = value.get_if<Sorvik::Provider::ByteSize_t>()) {
+    BeginObject();
+    Key("bytes");
+    Number(size->value);
+    EndObject();
+  } else {
+    Null();
+  }
+}
+
+void JsonWriter::Fields(const Sorvik::FieldValueMap& fields) {
+  BeginObject();
+  for (const auto& [name, value] : fields) {
+    Key(name);
+    Value(value);
+  }
+  EndObject();
+}
+
+void JsonWriter::Entries(const Sorvik::ContentMap& content) {
+  BeginObject();
+  for (const auto& [key, fields] : content) {
+    Key(key);
+    Fields(fields);
+  }
+  EndObject();
+}
+
+void JsonWriter::Open(char bracket) {
+  BeforeValue();
+  output_.Write(std::string_view(&bracket, 1));
+  filled_.push_back(false);
+}
+
+void JsonWriter::Close(char bracket) {
+  const bool filled = filled_.back();
+  filled_.pop_back();
+  if (filled) NewLine();
+  output_.Write(std::string_view(&bracket, 1));
+}
+
+// A comma and a new line where a value or key follows another; nothing between a key and its value.
+void JsonWriter::BeforeValue() {
+  if (afterKey_ || filled_.empty()) {
+    afterKey_ = false;
+    return;
+  }
+  if (filled_.back()) output_.Write(",");
+  filled_.back() = true;
+  NewLine();
+}
+
+void JsonWriter::NewLine() {
+  if (output_.IsTerminal()) output_.Write("\n" + std::string(2 * filled_.size(), ' '));
+}
+
+void JsonWriter::Quoted(std::u16string_view text) {
+  std::string quoted = "\"";
+  while (!text.empty()) {
+    const bool pair = text.size() > 1 && IsHigh(text[0]) && IsLow(text[1]);
+    std::size_t length = pair ? 2 : 0;
+    if (!pair) {
+      while (length < text.size() && !NeedsEscape(text[length])) ++length;
+    }
+    if (length == 0) {
+      quoted += Escape(text[0]);
+      length = 1;
+    } else {
+      quoted += Hestra::MakeStdString(text.substr(0, length));
+    }
+    text.remove_prefix(length);
+  }
+  output_.Write(quoted + "\"");
+}
+
+}  // namespace host

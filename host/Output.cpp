@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "Output.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "Failure.h"
+#include "Text.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kBufferSize = 1 << 16;
+
+// A line break in a name must not make two lines of an error.
+std::string OnOneLine(std::string_view text) {
+  std::string line;
+  for (const char c : text) {
+    if (c == '\n') {
+      line += "\\x0a";
+    } else if (c == '\r') {
+      line += "\\x0d";
+    } else {
+      line += c;
+    }
+  }
+  return line;
+}
+
+}  // namespace
+
+Output::Output() : isTerminal_(isatty(STDOUT_FILENO) == 1) {}
+
+Output::~Output() {
+  // What is left belongs to a command that failed; a failed write of it has no one to tell.
+  std::fwrite(waiting_.data(), 1, waiting_.size(), stdout);
+  std::fflush(stdout);
+}
+
+std::string Output::Shown(std::string_view text) const {
+  return isTerminal_ ? EscapedForTerminal(text) : std::string(text);
+}
+
+void Output::Write(std::string_view bytes) {
+  waiting_ += bytes;
+  if (waiting_.size() >= kBufferSize) Flush();
+}
+
+void Output::Flush() {
+  const std::string bytes = std::move(waiting_);
+  waiting_.clear();
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
+  if (!written || std::fflush(stdout) != 0) {
+    throw Failure(kNothing, std::string("cannot write the output: ") + std::strerror(errno));
+  }
+}
+
+void WriteError(std::string_view message) {
+  const bool terminal = isatty(STDERR_FILENO) == 1;
+  const std::string line = terminal ? EscapedForTerminal(message) : OnOneLine(message);
+  std::fprintf(stderr, "sorvik: %s\n", line.c_str());
+}
+
+int TerminalColumns() {
+  winsize size{};
+  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void WriteWhole(Output& output, const std::string& path, std::string_view bytes) {
+  if (path == "-") {
+    output.Write(bytes);
+    return;
+  }
+  const auto fail = [&] {
+    const std::string reason = std::strerror(errno);
+    throw Failure(kNothing, "cannot write " + path + ": " + reason);
+  };
+  std::FILE* file = std::fopen(path.c_str(), "wbe");
+  if (file == nullptr) fail();
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  const int reason = errno;
+  if (std::fclose(file) == 0 && written) return;
+  if (!written) errno = reason;
+  const int kept = errno;
+  std::remove(path.c_str());
+  errno = kept;
+  fail();
+}
+
+}  // namespace host

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "Paths.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "Failure.h"
+#include "SorvikProvider/frame/FieldModel.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kMostDepth = 64;
+
+bool IsRoot(std::string_view argument) {
+  return argument.starts_with(Sorvik::kVolumeListPath) ||
+         argument.starts_with(Sorvik::kSDKNetworkVolumeListPath) ||
+         argument.starts_with(Sorvik::kSDKEAServerListPath);
+}
+
+std::string CurrentFolder() {
+  std::error_code error;
+  const fs::path folder = fs::current_path(error);
+  if (error) throw Failure(kNothing, "the current folder is gone: " + error.message());
+  return folder.string();
+}
+
+std::string Normalised(std::string_view path) {
+  std::vector<std::string_view> parts;
+  while (!path.empty()) {
+    const std::size_t end = std::min(path.find('/'), path.size());
+    const std::string_view part = path.substr(0, end);
+    path.remove_prefix(std::min(end + 1, path.size()));
+    if (part == "..") {
+      if (!parts.empty()) parts.pop_back();
+    } else if (!part.empty() && part != ".") {
+      parts.push_back(part);
+    }
+  }
+  std::string normalised;
+  for (const std::string_view part : parts) normalised.append("/").append(part);
+  return normalised.empty() ? "/" : normalised;
+}
+
+void WalkFolder(const fs::path& folder, int depth, const std::atomic<bool>& stop,
+                const std::function<void(const std::string&)>& visit) {
+  std::error_code error;
+  std::vector<fs::directory_entry> entries;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+    if (stop) return;
+    entries.push_back(*it);
+  }
+  std::sort(entries.begin(), entries.end(),
+            [](const auto& a, const auto& b) { return a.path().native() < b.path().native(); });
+  for (const fs::directory_entry& entry : entries) {
+    if (stop) return;
+    std::error_code ignored;
+    if (entry.is_regular_file(ignored)) {
+      visit(entry.path().native());
+    } else if (depth > 1 && !entry.is_symlink(ignored) && entry.is_directory(ignored)) {
+      WalkFolder(entry.path(), depth - 1, stop, visit);
+    }
+  }
+}
+
+}  // namespace
+
+std::string PlacePath(std::string_view argument) {
+  if (argument.empty()) throw Failure(kWrongUse, "the path is empty");
+  if (IsRoot(argument)) return std::string(argument);
+  if (argument.front() == '/') return Normalised(argument);
+  return Normalised(CurrentFolder() + "/" + std::string(argument));
+}
+
+std::string FileName(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string_view::npos || slash + 1 == path.size()) return std::string(path);
+  return std::string(path.substr(slash + 1));
+}
+
+bool IsRegularFile(const std::string& path) {
+  std::error_code ignored;
+  return fs::is_regular_file(path, ignored);
+}
+
+bool IsFolder(const std::string& path) {
+  std::error_code ignored;
+  return fs::is_directory(path, ignored);
+}
+
+bool Exists(const std::string& path) {
+  std::error_code ignored;
+  return fs::exists(path, ignored);
+}
+
+void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,
+               const std::function<void(const std::string&)>& visit) {
+  WalkFolder(folder, kMostDepth, stop, visit);
+}
+
+}  // namespace host

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#include "Picture.h"
+
+#include <png.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <span>
+
+#include "Failure.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kPixelBytes = 4;
+
+std::uint8_t Straight(std::uint8_t colour, unsigned alpha) {
+  return static_cast<std::uint8_t>(std::min(255U, (colour * 255U + alpha / 2) / alpha));
+}
+
+// Undoes the multiplication of the colours by alpha.
+void CopyRow(std::span<const unsigned char> from, std::span<std::uint8_t> to) {
+  for (std::size_t i = 0; i + 3 < from.size(); i += kPixelBytes) {
+    const unsigned alpha = from[i + 3];
+    for (std::size_t c = 0; c < 3; ++c) {
+      to[i + c] = alpha == 0 ? std::uint8_t{0} : Straight(from[i + c], alpha);
+    }
+    to[i + 3] = from[i + 3];
+  }
+}
+
+}  // namespace
+
+Picture TakePicture(Bitplate** plate) {
+  const std::unique_ptr<Bitplate*, void (*)(Bitplate**) noexcept> owned(plate, bitplateDispose);
+  Picture picture{bitplateGetWidth(plate), bitplateGetHeight(plate), {}};
+  const unsigned char* pixels = bitplateGetPixels(plate);
+  if (pixels == nullptr || picture.width < 1 || picture.height < 1) return {};
+  const auto rows = static_cast<std::size_t>(picture.height);
+  const auto stride = static_cast<std::size_t>(bitplateGetRowbytes(plate));
+  const std::size_t packed = static_cast<std::size_t>(picture.width) * kPixelBytes;
+  const bool topDown = bitplateGetRowOrder(plate) == BitplateRowOrder::kTopDown;
+  picture.pixels.resize(rows * packed);
+  const std::span<const unsigned char> from(pixels, stride * (rows - 1) + packed);
+  const std::span<std::uint8_t> to(picture.pixels);
+  for (std::size_t row = 0; row < rows; ++row) {
+    const std::size_t source = topDown ? row : rows - 1 - row;
+    CopyRow(from.subspan(source * stride, packed), to.subspan(row * packed, packed));
+  }
+  return picture;
+}
+
+std::string EncodePng(const Picture& picture) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  image.width = static_cast<png_uint_32>(picture.width);
+  image.height = static_cast<png_uint_32>(picture.height);
+  image.format = PNG_FORMAT_BGRA;
+  const auto write = [&](void* memory, png_alloc_size_t& size) {
+    if (png_image_write_to_memory(&image, memory, &size, 0, picture.pixels.data(), 0, nullptr) == 0)
+      throw Failure(kNothing, std::string("cannot make a PNG picture: ") + image.message);
+  };
+  // Never larger than this, so one pass does.
+  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+  std::string bytes(size, '\0');
+  write(bytes.data(), size);
+  bytes.resize(size);
+  return bytes;
+}
+
+std::string Base64(const std::string& bytes) {
+  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    const std::size_t held = std::min<std::size_t>(3, bytes.size() - i);
+    std::uint32_t group = 0;
+    for (std::size_t j = 0; j < 3; ++j) {
+      group = (group << 8) | (j < held ? static_cast<std::uint8_t>(bytes[i + j]) : 0U);
+    }
+    for (std::size_t j = 0; j < 4; ++j) {
+      text += j <= held ? kDigits[(group >> (18 - 6 * j)) & 0x3F] : '=';
+    }
+  }
+  return text;
+}
+
+}  // namespace host

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+#include "Session.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+#include "Failure.h"
+#include "SorvikProvider/foundation/AsyncExecutor.h"
+#include "SorvikProvider/frame/ProviderHost.h"
+
+namespace host {
+namespace {
+
+namespace StationUtils = Hestra::StationUtils;
+using Sorvik::ProviderHost;
+using Sorvik::ProviderWrapper;
+using tarnwick::utility::ImmutableString;
+
+constexpr char kFailureStation[] = "sorvik/failure";
+constexpr auto kDrainTime = std::chrono::milliseconds(1500);
+
+// A worker has done what RunOnWorker gave it.
+struct WorkDone final : Hestra::MessageImpl<WorkDone>, Hestra::Allocated<WorkDone> {};
+
+// A function on a worker threw, so that its request will never be answered.
+struct WorkFailed final : Hestra::MessageImpl<WorkFailed>, Hestra::Allocated<WorkFailed> {
+  std::string what;
+};
+
+std::string TextOf(const std::exception_ptr& failure) {
+  try {
+    std::rethrow_exception(failure);
+  } catch (const std::exception& exception) {
+    return exception.what();
+  } catch (...) {
+    return "unknown failure";
+  }
+}
+
+void ReportFailure(const std::exception_ptr& failure) {
+  WorkFailed message;
+  message.what = TextOf(failure);
+  StationUtils::PostMessageToUIThread(kFailureStation, message, false);
+}
+
+}  // namespace
+
+Session::Session() {
+  tarnwick::threads::SetFailureHook(ReportFailure);
+  ProviderHost::Initialize();
+  StationUtils::RegisterStation(kFailureStation, [this](const Hestra::Message& message) {
+    ++failures_;
+    const auto* failed = dynamic_cast<const WorkFailed*>(&message);
+    throw Failure(kNothing, "a request failed: " + (failed != nullptr ? failed->what : ""));
+  });
+}
+
+Session::~Session() {
+  progress_.Clear();
+  if (!Drain()) {
+    std::fflush(nullptr);
+    std::_Exit(interrupts_.Raised() ? kInterrupted : kNothing);
+  }
+  StationUtils::UnregisterStation(kFailureStation);
+  ProviderHost::Shutdown();
+  tarnwick::threads::SetFailureHook({});
+}
+
+std::vector<ProviderWrapper*> Session::Providers(const std::string& path) {
+  progress_.Begin("looking");
+  return Await<Sorvik::GetProviderListMessage>([&](const ImmutableString& station) {
+           return ProviderHost::RequestProviderList(path, station);
+         })
+      .providers;
+}
+
+Sorvik::ContentMap Session::Content(const ProviderWrapper& provider, const std::string& path,
+                                    const Sorvik::FieldNameSet& fields) {
+  progress_.Begin("listing");
+  return std::move(Await<Sorvik::GetContentMessage>([&](const ImmutableString& station) {
+                     return provider.RequestContent(path, fields, station);
+                   }).content);
+}
+
+Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,
+                                                 const std::string& provider) {
+  progress_.Begin("listing");
+  const Sorvik::ProviderDefaultContentRequest::DataRef data(
+      new Sorvik::DefaultContentRequestData(path, provider));
+  return Await<Sorvik::GetDefaultContentMessage>([&](const ImmutableString& station) {
+    return ProviderHost::RequestDefaultProviderContent(data, station);
+  });
+}
+
+void Session::RequestPicture(const ProviderWrapper& provider, const std::string& path,
+                             const std::string& key, int width, int height,
+                             PictureReceiver receive) {
+  const ImmutableString station = OpenStation([receive](const Hestra::Message& message) {
+    const auto* answer = dynamic_cast<const Sorvik::GetThumbnailMessage*>(&message);
+    receive(answer != nullptr ? TakePicture(answer->thumbnail) : Picture());
+  });
+  const auto request = provider.RequestThumbnail(path, key, width, height, station);
+  Expect(station, [request] { request->Abort(); });
+}
+
+void Session::WaitForPictures() {
+  WaitUntil([this] { return running_.empty(); });
+}
+
+void Session::CheckInterrupt() const {
+  if (interrupts_.Raised()) throw Interrupted();
+}
+
+// Each question has a station of its own, so that its answer can't be mistaken for another's. The
+// station closes with its one message.
+ImmutableString Session::OpenStation(StationUtils::Receiver receiver) {
+  const ImmutableString station("sorvik/" + std::to_string(++stations_));
+  StationUtils::RegisterStation(
+      station, [this, station, receiver = std::move(receiver)](const Hestra::Message& message) {
+        StationUtils::UnregisterStation(station);
+        running_.erase(station);
+        receiver(message);
+      });
+  return station;
+}
+
+void Session::Expect(const ImmutableString& station, Abort abort) {
+  running_.emplace(station, std::move(abort));
+}
+
+template <class MessageT, class Ask>
+MessageT Session::Await(const Ask& ask) {
+  // Shared with the receiver, which may outlive an interrupted wait.
+  const auto answer = std::make_shared<std::optional<MessageT>>();
+  const ImmutableString station = OpenStation([answer](const Hestra::Message& message) {
+    if (const auto* typed = dynamic_cast<const MessageT*>(&message)) answer->emplace(*typed);
+  });
+  const auto request = ask(station);
+  Expect(station, [request] { request->Abort(); });
+  WaitUntil([&] { return answer->has_value(); });
+  return std::move(**answer);
+}
+
+void Session::RunOnWorker(std::function<void()> work) {
+  const auto done = std::make_shared<bool>(false);
+  const ImmutableString station = OpenStation([done](const Hestra::Message&) { *done = true; });
+  Expect(station, [] {});
+  ProviderHost::GetProviderExecutor()->Post([station, work = std::move(work)] {
+    work();
+    StationUtils::PostMessageToUIThread(station, WorkDone(), false);
+  });
+  WaitUntil([&] { return *done; });
+}
+
+void Session::WaitUntil(const std::function<bool()>& done) {
+  while (!done()) {
+    DispatchOnce(progress_.TickMilliseconds());
+    CheckInterrupt();
+    if (!done()) progress_.Tick();
+  }
+  progress_.Clear();
+}
+
+void Session::DispatchOnce(int milliseconds) {
+  pollfd waiting[] = {{StationUtils::GetEventDescriptor(), POLLIN, 0},
+                      {interrupts_.Descriptor(), POLLIN, 0}};
+  if (poll(waiting, 2, milliseconds) > 0 && (waiting[0].revents & POLLIN) != 0) {
+    StationUtils::Dispatch();
+  }
+}
+
+// Aborts what runs and takes the answers that still come. False if some worker doesn't end.
+bool Session::Drain() {
+  for (const auto& [station, abort] : running_) abort();
+  const auto end = std::chrono::steady_clock::now() + kDrainTime;
+  while (running_.size() > failures_ && std::chrono::steady_clock::now() < end) {
+    try {
+      // Not DispatchOnce: after Ctrl-C its second descriptor stays readable.
+      StationUtils::WaitAndDispatch(50);
+    } catch (const Failure&) {
+      // The first failure has been told; this one is counted.
+    }
+  }
+  return running_.size() <= failures_;
+}
+
+}  // namespace host

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "Values.h"
+
+#include <set>
+#include <utility>
+
+#include "Paths.h"
+#include "SorvikProvider/foundation/Localizer.h"
+#include "SorvikProvider/foundation/UTF16String.h"
+#include "SorvikProvider/frame/Provider.h"
+#include "Text.h"
+
+namespace host {
+namespace {
+
+using Sorvik::any_regular_t;
+using List = std::vector<any_regular_t>;
+
+std::string TextOf(const any_regular_t& value) {
+  if (const auto* text = value.get_if<std::string>()) return WithoutFraction(*text);
+  if (const auto* wide = value.get_if<Hestra::UTF16String>()) return Hestra::MakeStdString(*wide);
+  if (const auto* size = value.get_if<Sorvik::Provider::ByteSize_t>()) return SizeText(size->value);
+  return {};
+}
+
+}  // namespace
+
+std::string CellText(const any_regular_t& value) {
+  const auto* list = value.get_if<List>();
+  if (list == nullptr) return TextOf(value);
+  if (list->size() == 1) return TextOf(list->front());
+  return list->empty() ? std::string() : "(" + std::to_string(list->size()) + ")";
+}
+
+std::vector<std::string> ValueLines(const any_regular_t& value) {
+  std::vector<std::string> lines;
+  if (const auto* list = value.get_if<List>()) {
+    for (const any_regular_t& item : *list) lines.push_back(TextOf(item));
+  } else {
+    lines.push_back(TextOf(value));
+  }
+  std::erase(lines, std::string());
+  return lines;
+}
+
+bool IsSize(const any_regular_t& value) { return value.holds<Sorvik::Provider::ByteSize_t>(); }
+
+std::vector<std::string> FieldTexts(const Sorvik::FieldValueMap& fields, const char* name) {
+  const auto found = fields.find(name);
+  if (found == fields.end()) return {};
+  std::vector<std::string> texts;
+  if (const auto* text = found->second.get_if<std::string>()) {
+    texts.push_back(*text);
+  } else if (const auto* list = found->second.get_if<List>()) {
+    for (const any_regular_t& item : *list) {
+      if (const auto* one = item.get_if<std::string>()) texts.push_back(*one);
+    }
+  }
+  std::erase(texts, std::string());
+  return texts;
+}
+
+std::string EntryName(const std::string& key, const Sorvik::FieldValueMap& fields) {
+  const std::vector<std::string> names = FieldTexts(fields, Sorvik::kNameField);
+  return names.empty() ? FileName(key) : names.front();
+}
+
+std::vector<std::string> EntryPaths(const Sorvik::FieldValueMap& fields) {
+  std::vector<std::string> paths;
+  std::set<std::string> seen;
+  for (const char* field : {Sorvik::kPathField, Sorvik::kExtraPathField, Sorvik::kProxyPathField}) {
+    for (std::string& path : FieldTexts(fields, field)) {
+      if (seen.insert(path).second) paths.push_back(std::move(path));
+    }
+  }
+  return paths;
+}
+
+std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& field) {
+  const auto label = labels.find(field);
+  if (label == labels.end()) return field;
+  return tarnwick::config::Localizer::Get().GetUTF8String(label->second);
+}
+
+}  // namespace host

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#include <set>
+#include <vector>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "Json.h"
+#include "Paths.h"
+#include "Values.h"
+
+namespace host {
+namespace {
+
+using Sorvik::ContentMap;
+
+const Sorvik::FieldNameList kPathFields = {Sorvik::kPathField, Sorvik::kExtraPathField,
+                                           Sorvik::kProxyPathField};
+
+// The files to copy, each once, in the order in which the entries name them.
+class FileList {
+ public:
+  void Add(const std::string& path) {
+    if (seen_.insert(path).second) files_.push_back(path);
+  }
+  void AddEntry(const Sorvik::FieldValueMap& entry) {
+    for (const std::string& path : EntryPaths(entry)) {
+      if (IsRegularFile(path)) Add(path);
+    }
+  }
+  void AddFolders(const Sorvik::FieldValueMap& entry, const std::atomic<bool>& stop) {
+    for (const std::string& path : FieldTexts(entry, Sorvik::kExtraPathField)) {
+      if (!folders_.insert(path).second || !IsFolder(path)) continue;
+      WalkFiles(path, stop, [this](const std::string& file) { Add(file); });
+    }
+  }
+  std::vector<std::string> Take() { return std::move(files_); }
+
+ private:
+  std::set<std::string> seen_;
+  std::set<std::string> folders_;
+  std::vector<std::string> files_;
+};
+
+std::vector<std::string> FilesOfAll(const ContentMap& content, const std::atomic<bool>& stop) {
+  FileList list;
+  for (const auto& [key, entry] : content) list.AddEntry(entry);
+  for (const auto& [key, entry] : content) list.AddFolders(entry, stop);
+  return list.Take();
+}
+
+void WriteFiles(Context& context, const std::vector<std::string>& files) {
+  Output& output = context.output;
+  if (context.options.json) {
+    JsonWriter(output).Strings(files);
+    return;
+  }
+  const bool zero = context.options.zero;
+  for (const std::string& file : files) {
+    output.Write(zero ? file : output.Shown(file));
+    output.Write(zero ? std::string_view("\0", 1) : "\n");
+  }
+}
+
+}  // namespace
+
+int RunFiles(Context& context) {
+  const std::vector<std::string>& operands = context.options.operands;
+  const std::string path = PlacePath(operands[0]);
+  const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
+  ContentMap content;
+  if (operands.size() > 1) {
+    content.emplace(operands[1], OneEntry(context, provider, path, operands[1], kPathFields));
+  } else {
+    content = context.session.Content(provider, path,
+                                      Sorvik::FieldNameSet(kPathFields.begin(), kPathFields.end()));
+  }
+  // Looking at files can take as long as listing them.
+  context.session.GetProgress().Begin("looking for files");
+  const bool single = operands.size() > 1;
+  const auto& stop = context.session.Stopped();
+  WriteFiles(context, context.session.OnWorker<std::vector<std::string>>(
+                          [content = std::move(content), single, &stop] {
+                            if (!single) return FilesOfAll(content, stop);
+                            FileList list;
+                            list.AddEntry(content.begin()->second);
+                            return list.Take();
+                          }));
+  return 0;
+}
+
+}  // namespace host

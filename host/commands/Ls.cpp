@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#include "Commands.h"
+#include "Paths.h"
+
+namespace host {
+
+int RunLs(Context& context) {
+  const Options& options = context.options;
+  const std::string path =
+      PlacePath(options.operands.empty() ? Sorvik::kVolumeListPath : options.operands.front());
+  const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
+  const Sorvik::FieldNameList fields =
+      ChosenFields(options, provider, provider.GetDefaultFieldList());
+  const Sorvik::ContentMap content =
+      context.session.Content(provider, path, Sorvik::FieldNameSet(fields.begin(), fields.end()));
+  if (options.json) {
+    WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
+  } else {
+    // Of all that a provider could fill, a table shows what it did fill.
+    WriteEntriesTable(context.output, provider,
+                      options.all ? FilledFields(fields, content) : fields, content);
+  }
+  return 0;
+}
+
+}  // namespace host

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "Commands.h"
+#include "Failure.h"
+#include "Json.h"
+#include "Paths.h"
+#include "SorvikProvider/metadata/RelatedFiles.h"
+#include "SorvikProvider/metadata/XMPSupport.h"
+#include "Table.h"
+#include "Values.h"
+
+namespace host {
+namespace {
+
+using Hestra::UTF16String;
+
+struct Owner {
+  UTF16String entryKey;
+  UTF16String folderPath;
+  UTF16String providerId;  // stays empty where nothing but the file itself was found
+  Sorvik::FieldValueMap fields;
+  bool exists = false;
+};
+
+Owner FindOwner(const std::string& path, bool clipsOnly) {
+  Owner owner;
+  const UTF16String file = Hestra::MakeString(path);
+  const auto find = clipsOnly ? Sorvik::GetRelatedFilesWithoutExtraFiles : Sorvik::GetRelatedFiles;
+  owner.fields = find(file, owner.entryKey, owner.folderPath, owner.providerId);
+  // A clip's file may be gone and still be the clip's; of a file alone only the disk knows.
+  owner.exists = owner.entryKey != file || Exists(path);
+  return owner;
+}
+
+void WriteJson(Output& output, const Owner& owner) {
+  JsonWriter json(output);
+  json.BeginObject();
+  json.Key("entryKey");
+  json.String(owner.entryKey);
+  json.Key("folderPath");
+  json.String(owner.folderPath);
+  json.Key("providerId");
+  json.String(owner.providerId);
+  json.Key("fields");
+  json.Fields(owner.fields);
+  json.EndObject();
+}
+
+void WriteText(Output& output, const Owner& owner) {
+  Table table({"", ""});
+  table.Add({"Entry", Hestra::MakeStdString(owner.entryKey)});
+  table.Add({"Folder", Hestra::MakeStdString(owner.folderPath)});
+  table.Add({"Provider", Hestra::MakeStdString(owner.providerId)});
+  for (const auto& [field, value] : owner.fields) {
+    std::string label = field;
+    for (std::string& line : ValueLines(value)) {
+      table.Add({std::exchange(label, std::string()), std::move(line)});
+    }
+  }
+  table.Write(output);
+}
+
+}  // namespace
+
+int RunOwner(Context& context) {
+  const std::string path = PlacePath(context.options.operands.front());
+  context.session.GetProgress().Begin("looking");
+  const bool clipsOnly = context.options.clipsOnly;
+  const auto owner =
+      context.session.OnWorker<Owner>([path, clipsOnly] { return FindOwner(path, clipsOnly); });
+  if (!owner.exists) throw Failure(kNothing, "there is no " + path);
+  if (context.options.json) {
+    WriteJson(context.output, owner);
+  } else {
+    WriteText(context.output, owner);
+  }
+  return 0;
+}
+
+}  // namespace host

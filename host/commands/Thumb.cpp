@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "Commands.h"
+#include "Failure.h"
+#include "Json.h"
+#include "Paths.h"
+#include "SorvikProvider/thumbnails/Thumbnails.h"
+
+namespace host {
+namespace {
+
+Picture EntryPicture(Context& context, const std::string& path, const std::string& key) {
+  const Options& options = context.options;
+  const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
+  Picture picture;
+  context.session.GetProgress().Begin("drawing");
+  context.session.RequestPicture(provider, path, key, options.width,
+                                 provider.GetMaximumThumbnailHeight(options.height),
+                                 [&](Picture answer) { picture = std::move(answer); });
+  context.session.WaitForPictures();
+  return picture;
+}
+
+Picture FolderPicture(Context& context) {
+  const int width = context.options.width;
+  const int height = context.options.height;
+  return context.session.OnWorker<Picture>(
+      [width, height] { return TakePicture(Sorvik::GetFolderThumbnail(width, height)); });
+}
+
+void WriteJson(Output& output, const Options& options, const Picture& picture) {
+  JsonWriter json(output);
+  json.BeginObject();
+  json.Key("file");
+  json.String(options.output == "-" ? options.output : PlacePath(options.output));
+  json.Key("width");
+  json.Number(picture.width);
+  json.Key("height");
+  json.Number(picture.height);
+  json.EndObject();
+}
+
+}  // namespace
+
+int RunThumb(Context& context) {
+  const Options& options = context.options;
+  Picture picture;
+  if (options.folder) {
+    picture = FolderPicture(context);
+    if (picture.Empty()) throw Failure(kNothing, "there is no picture of a folder");
+  } else {
+    const std::string path = PlacePath(options.operands[0]);
+    picture = EntryPicture(context, path, options.operands[1]);
+    if (picture.Empty()) {
+      throw Failure(kNothing, "no picture of " + options.operands[1] + " in " + path);
+    }
+  }
+  WriteWhole(context.output, options.output, EncodePng(picture));
+  if (options.json) WriteJson(context.output, options, picture);
+  return 0;
+}
+
+}  // namespace host

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// sorvik: what lies at this path, seen as a place with clips?
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "Arguments.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Output.h"
+#include "Session.h"
+
+namespace host {
+namespace {
+
+struct CommandRun {
+  const char* name;
+  int (*run)(Context&);
+};
+
+constexpr CommandRun kRuns[] = {
+    {"ls", RunLs},         {"who", RunWho},     {"entry", RunEntry}, {"files", RunFiles},
+    {"places", RunPlaces}, {"owner", RunOwner}, {"thumb", RunThumb}, {"providers", RunProviders},
+
+};
+
+int RunCommand(Context& context) {
+  for (const CommandRun& row : kRuns) {
+    if (context.options.command == row.name) return row.run(context);
+  }
+  throw Failure(kWrongUse, "there is no command " + context.options.command);
+}
+
+// What failed is told before the session ends, which may have to wait for workers or end the
+// process.
+int RunSession(const Options& options, Output& output) {
+  Session session;
+  Context context{options, session, output};
+  int code = kDone;
+  try {
+    code = RunCommand(context);
+    output.Flush();
+    session.CheckInterrupt();
+  } catch (const Failure& failure) {
+    session.GetProgress().Clear();
+    output.Flush();
+    WriteError(failure.what());
+    code = failure.Code();
+  } catch (const Interrupted&) {
+    code = kInterrupted;
+  }
+  return code;
+}
+
+int Run(const std::vector<std::string>& arguments) {
+  Output output;
+  const Options options = ParseArguments(arguments);
+  if (options.command == "help") {
+    output.Write(HelpText());
+  } else if (options.command == "version") {
+    output.Write("sorvik " SORVIK_VERSION "\n");
+  } else {
+    return RunSession(options, output);
+  }
+  output.Flush();
+  return kDone;
+}
+
+}  // namespace
+}  // namespace host
+
+int main(int argc, char** argv) {
+  try {
+    return host::Run(std::vector<std::string>(argv + 1, argv + argc));
+  } catch (const host::Failure& failure) {
+    host::WriteError(failure.what());
+    return failure.Code();
+  } catch (const std::exception& exception) {
+    host::WriteError(exception.what());
+    return host::kNothing;
+  }
+}
