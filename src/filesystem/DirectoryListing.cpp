@@ -130,9 +130,13 @@ ContentMap ListDirectory(const FolderView& view, const std::string& path,
                          const FieldNameSet& fields, ProviderRequest* request) {
   EntryMaker maker(view, path, fields);
   ContentMap content;
-  for (const FolderName& item : view.Names()) {
+  const std::vector<FolderName>& names = view.Names();
+  // In sorted order, names lie all over the memory in which they were read.
+  constexpr std::size_t kAhead = 8;
+  for (std::size_t i = 0; i < names.size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    maker.AddListed(item, content);
+    if (i + kAhead < names.size()) __builtin_prefetch(names[i + kAhead].name.data());
+    maker.AddListed(names[i], content);
   }
   return content;
 }

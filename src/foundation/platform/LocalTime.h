@@ -28,7 +28,7 @@ class LocalTimeText {
 
   std::optional<std::int64_t> OffsetAt(std::int64_t seconds);
 
-  std::array<Day, 64> days_{};
+  std::array<Day, 512> days_{};
 };
 
 }  // namespace Sorvik::platform

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+// What a listing of the directory provider costs beside the bare system calls and `ls -l` of the
+// same folder. The ways are timed in turns within one run, each by its best round, so that their
+// ratios hold on any machine. A listing includes giving its map back. Arguments: the count of files
+// (100000) and of rounds (9).
+#include <benchmark/benchmark.h>
+#include <dirent.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "SorvikProvider/frame/ProviderHost.h"
+#include "filesystem/WinProviderDirectory.h"
+#include "support/TempTree.h"
+
+namespace {
+
+using Sorvik::ContentMap;
+using Sorvik::FieldNameSet;
+
+// Names in an order of their own, as a file system gives them; times over about a year.
+void MakeFiles(const sorvik_test::TempTree& tree, long count) {
+  for (long i = 0; i < count; ++i) {
+    char name[64];
+    std::snprintf(name, sizeof(name), "A001C001_150824_R1AB.%07ld.ari", i * 7919 % count);
+    const std::string path = tree.File(name);
+    const timespec time{1'700'000'000 + i * 317, 123'456'789};
+    const timespec times[] = {time, time};
+    utimensat(AT_FDCWD, path.c_str(), times, 0);
+  }
+}
+
+// Every name and every file's facts, kept nowhere.
+void BareWalk(const std::string& path, bool withFacts) {
+  const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY);
+  static char block[256 << 10];
+  std::uint64_t sum = 0;
+  for (;;) {
+    const ssize_t filled = getdents64(folder, block, sizeof block);
+    if (filled <= 0) break;
+    for (ssize_t at = 0; at < filled;) {
+      const auto* entry = reinterpret_cast<const dirent64*>(block + at);
+      at += entry->d_reclen;
+      struct statx facts;
+      if (withFacts && statx(folder, entry->d_name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
+                             STATX_BASIC_STATS | STATX_BTIME, &facts) == 0) {
+        sum += facts.stx_size;
+      }
+    }
+  }
+  close(folder);
+  benchmark::DoNotOptimize(sum);
+}
+
+void RunLs(const std::string& path, const char* options) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  std::string words[] = {"ls", options, path};
+  char* const arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+  pid_t process = 0;
+  if (posix_spawnp(&process, "ls", &actions, nullptr, arguments, environ) == 0) {
+    waitpid(process, nullptr, 0);
+  }
+  posix_spawn_file_actions_destroy(&actions);
+}
+
+struct Way {
+  const char* name;
+  std::function<void()> run;
+  double best = 1e9;
+};
+
+void Time(Way& way) {
+  const auto start = std::chrono::steady_clock::now();
+  way.run();
+  const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+  way.best = std::min(way.best, time.count());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const long count = argc > 1 ? std::atol(argv[1]) : 100'000;
+  const long rounds = argc > 2 ? std::atol(argv[2]) : 9;
+  const sorvik_test::TempTree tree;
+  const std::string& path = tree.Root();
+  MakeFiles(tree, count);
+
+  const Sorvik::WinProviderDirectory provider;
+  const auto list = [&](const FieldNameSet& fields) {
+    return [&provider, &path, fields] { provider.GetContent(path, fields, nullptr); };
+  };
+  Sorvik::ProviderHost::Initialize();
+  std::vector<Way> ways;
+  ways.push_back({"bare getdents64", [&] { BareWalk(path, false); }});
+  ways.push_back({"bare getdents64 + statx", [&] { BareWalk(path, true); }});
+  ways.push_back({"ls -l", [&] { RunLs(path, "-l"); }});
+  ways.push_back({"listing, Name and Path", list({"Name", "Path"})});
+  ways.push_back({"listing, and size", list({"Name", "Path", "26"})});
+  ways.push_back({"listing, and three times", list({"Name", "Path", "26", "19", "20", "21"})});
+  ways.push_back({"list of providers", [&] { Sorvik::ProviderHost::GetProviderList(path); }});
+
+  // The largest listing leaves the heap in pieces, which would fall to the others.
+  Way whole{"listing, all 23 fields", list(provider.GetFieldList())};
+  for (Way& way : ways) way.run();
+  for (long round = 0; round < rounds; ++round) {
+    for (Way& way : ways) Time(way);
+  }
+  for (long round = 0; round < rounds; ++round) Time(whole);
+  ways.push_back(whole);
+  Sorvik::ProviderHost::Shutdown();
+
+  const double bare = ways[1].best;
+  const double ls = ways[2].best;
+  std::printf("%ld files, best of %ld rounds\n", count, rounds);
+  std::printf("%-26s %10s %14s %10s\n", "", "ms", "to bare statx", "to ls -l");
+  for (const Way& way : ways) {
+    std::printf("%-26s %10.1f %14.2f %10.2f\n", way.name, way.best, way.best / bare, way.best / ls);
+  }
+}
