@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "support/RealMount.h"
 
+#include <fcntl.h>
 #include <sys/mount.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -26,10 +28,25 @@ RealMount RealMount::Image(const std::string& image, const std::string& label,
   return RealMount(done ? folder : "");
 }
 
-RealMount::RealMount(RealMount&& other) noexcept : place_(std::exchange(other.place_, {})) {}
+RealMount RealMount::DeadShare(const std::string& folder) {
+  const int server = open("/dev/fuse", O_RDWR | O_CLOEXEC);
+  const std::string options =
+      "fd=" + std::to_string(server) + ",rootmode=40000,user_id=0,group_id=0,allow_other";
+  const bool done =
+      server >= 0 && mount("//dead/share", folder.c_str(), "fuse.sshfs", 0, options.c_str()) == 0;
+  return RealMount(done ? folder : "", server);
+}
 
-RealMount::~RealMount() {
+RealMount::RealMount(RealMount&& other) noexcept
+    : place_(std::exchange(other.place_, {})), server_(std::exchange(other.server_, -1)) {}
+
+RealMount::~RealMount() { End(); }
+
+void RealMount::End() {
   if (!place_.empty()) umount2(place_.c_str(), MNT_DETACH);
+  if (server_ >= 0) close(server_);
+  place_.clear();
+  server_ = -1;
 }
 
 }  // namespace sorvik_test
