@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+// The folders of the sources are layers, and who may include whom is the architecture. This test
+// reads every #include of the project and fails when an arrow turns round.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+const std::string kPublic = "SorvikProvider/";
+
+// What each layer may include, besides itself.
+const std::map<std::string, std::set<std::string>> kArrows = {
+    {"foundation", {}},
+    {"frame", {"foundation"}},
+    {"xmp", {"foundation"}},
+    {"thumbnails", {"foundation", "frame"}},
+    {"metadata", {"foundation", "frame", "xmp"}},
+    {"filesystem", {"foundation", "frame", "thumbnails"}},
+    {"providers", {"foundation", "frame", "metadata", "thumbnails"}},
+};
+
+// The one file that names the concrete providers.
+const std::string kProviderTable = "src/frame/ProviderHost.cpp";
+
+std::string FirstFolder(const std::string& path) { return path.substr(0, path.find('/')); }
+std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
+std::string StemOf(const std::string& path) { return std::filesystem::path(path).stem().string(); }
+
+// Headers of the system's kernel and C library, beyond those of standard C++.
+bool IsSystemHeader(const std::string& header) {
+  static const std::set<std::string> kNames = {
+      "unistd.h",  "fcntl.h",    "dirent.h",  "dlfcn.h",  "mntent.h", "poll.h",
+      "glob.h",    "ftw.h",      "pthread.h", "pwd.h",    "spawn.h",  "termios.h",
+      "libudev.h", "langinfo.h", "netdb.h",   "syslog.h", "signal.h", "semaphore.h"};
+  const std::string folder = FirstFolder(header);
+  static const std::set<std::string> kFolders = {"sys",  "linux",   "asm",      "net",
+                                                 "arpa", "netinet", "libmount", "blkid"};
+  return kNames.contains(header) || (folder != header && kFolders.contains(folder));
+}
+
+// Why a provider may not include `header` of another: it may only include itself, its helpers and
+// a base class in its own folder.
+std::string ProviderProblem(const std::string& from, const std::string& header) {
+  if (!header.starts_with("providers/") || from == kProviderTable) return {};
+  if (FolderOf(from) != "src/" + FolderOf(header)) return "providers of another folder";
+  const bool isProvider = StemOf(header).starts_with("Provider");
+  const bool isBase = StemOf(header).ends_with("Base");
+  const bool isOwn = StemOf(header) == StemOf(from);
+  return isProvider && !isBase && !isOwn && StemOf(from).starts_with("Provider")
+             ? "another provider"
+             : "";
+}
+
+// Why the file `from` (relative to the project) may not include "header"; empty if it may.
+std::string Problem(const std::string& from, const std::string& header) {
+  const bool isPublic = header.starts_with(kPublic);
+  if (from.starts_with("include/")) return isPublic ? "" : "an internal header in a public one";
+  if (from.starts_with("host/")) {
+    const bool own = header.find('/') == header.npos;
+    return isPublic || own ? "" : "an internal header in the host program";
+  }
+  if (header == "SorvikProvider/frame/ProviderHost.h") {
+    const bool may = from.starts_with("src/frame/") || from == "src/metadata/RelatedFiles.cpp";
+    return may ? "" : "the provider host";
+  }
+  const std::string layer = FirstFolder(from.substr(std::string("src/").size()));
+  const std::string target = FirstFolder(isPublic ? header.substr(kPublic.size()) : header);
+  if (from == kProviderTable) return {};
+  const auto arrows = kArrows.find(layer);
+  if (arrows == kArrows.end()) return "a layer that nobody declared";
+  if (target != layer && !arrows->second.contains(target)) return "a layer above or beside";
+  return ProviderProblem(from, header);
+}
+
+std::string SystemProblem(const std::string& from, const std::string& header) {
+  const bool may = from.starts_with("src/foundation/platform/") || from.starts_with("host/");
+  return IsSystemHeader(header) && !may ? "a header of the system outside the platform layer" : "";
+}
+
+struct Include {
+  std::string header;
+  bool quoted;
+};
+
+std::vector<Include> IncludesOf(const std::filesystem::path& file) {
+  static const std::regex kInclude(R"(\s*#\s*include\s*([<"])([^>"]+)[>"].*)");
+  std::vector<Include> includes;
+  std::ifstream stream(file);
+  std::smatch match;
+  for (std::string line; std::getline(stream, line);) {
+    if (std::regex_match(line, match, kInclude)) includes.push_back({match[2], match[1] == "\""});
+  }
+  return includes;
+}
+
+TEST(Includes, PointOneWay) {
+  const std::filesystem::path root = SORVIK_SOURCE_DIR;
+  int seen = 0;
+  for (const char* folder : {"src", "include", "host"}) {
+    if (!std::filesystem::exists(root / folder)) continue;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root / folder)) {
+      const std::string extension = entry.path().extension();
+      if (extension != ".h" && extension != ".cpp") continue;
+      const std::string from = std::filesystem::relative(entry.path(), root);
+      for (const Include& include : IncludesOf(entry.path())) {
+        ++seen;
+        const std::string problem =
+            include.quoted ? Problem(from, include.header) : SystemProblem(from, include.header);
+        EXPECT_EQ(problem, "") << from << " includes " << include.header;
+      }
+    }
+  }
+  EXPECT_GT(seen, 500) << "the sources weren't found";
+}
+
+TEST(Includes, AreRefusedWhenTheyTurnRound) {
+  struct Case {
+    const char* from;
+    const char* header;
+    bool refused;
+  };
+  for (const Case& c : {
+           Case{"src/foundation/A.cpp", "frame/RequestQueue.h", true},
+           Case{"src/foundation/A.cpp", "SorvikProvider/frame/Provider.h", true},
+           Case{"src/xmp/A.cpp", "metadata/FrameCounts.h", true},
+           Case{"src/metadata/A.cpp", "thumbnails/Picture.h", true},
+           Case{"src/metadata/A.cpp", "xmp/XMPMeta.h", false},
+           Case{"src/providers/cards/A.cpp", "xmp/XMPMeta.h", true},
+           Case{"src/providers/cards/ProviderA.cpp", "providers/cards/ProviderB.h", true},
+           Case{"src/providers/cards/ProviderA.cpp", "providers/cards/ProviderA.h", false},
+           Case{"src/providers/cards/ProviderA.cpp", "providers/structures/Helper.h", true},
+           Case{"src/providers/sequences/ProviderA.h",
+                "providers/sequences/ProviderFileSequenceBase.h", false},
+           Case{"src/providers/cards/A.cpp", "SorvikProvider/frame/ProviderHost.h", true},
+           Case{"src/metadata/RelatedFiles.cpp", "SorvikProvider/frame/ProviderHost.h", false},
+           Case{"src/frame/Provider.cpp", "providers/cards/ProviderP2.h", true},
+           Case{"src/frame/ProviderHost.cpp", "providers/cards/ProviderP2.h", false},
+           Case{"include/SorvikProvider/frame/A.h", "frame/RequestQueue.h", true},
+           Case{"host/main.cpp", "frame/RequestQueue.h", true},
+           Case{"host/main.cpp", "Output.h", false},
+       }) {
+    EXPECT_EQ(!Problem(c.from, c.header).empty(), c.refused) << c.from << " " << c.header;
+  }
+  EXPECT_NE(SystemProblem("src/xmp/A.cpp", "unistd.h"), "");
+  EXPECT_NE(SystemProblem("src/xmp/A.cpp", "sys/stat.h"), "");
+  EXPECT_EQ(SystemProblem("src/xmp/A.cpp", "string"), "");
+  EXPECT_EQ(SystemProblem("src/foundation/platform/A.cpp", "unistd.h"), "");
+}
+
+}  // namespace
