@@ -170,7 +170,7 @@ TEST(TransportStreamReader, ReadsAnAvchdStream) {
 }
 
 TEST(TransportStreamReader, ReadsNoMoreThanWhatIsWanted) {
-  const std::string file = MakeAvchd(kTags, 900'000);
+  const std::string file = MakeAvchd(kTags, 500'000);
   const auto all = ReadWith(kTransportStreamReader, file);
   EXPECT_EQ(all.reads, 2) << "further pictures for the earliest time stamp, and the tail";
   EXPECT_LE(all.longestRead, 1u << 20);
@@ -192,6 +192,22 @@ TEST(TransportStreamReader, LooksFurtherForARecordingBlock) {
   const auto result = ReadWith(kTransportStreamReader, stream.str(), {}, wanted);
   EXPECT_EQ(result.reads, 1);
   EXPECT_EQ(result.Get(kNsTIFF, "Make"), "Sony");
+}
+
+TEST(TransportStreamReader, TakesAudioFromTheProgramWhereItLiesFurtherOn) {
+  StreamMaker stream;
+  Bytes streams;
+  streams.U8(0x1B).U16(0xF011).U16(0xF00A).Hex("0508 48444D56 FF1B433F");
+  streams.U8(0x81).U16(0xF100).U16(0xF006).Hex("8104 04300400");  // 48 kHz, 256 kb/s, 2/0
+  stream.AddProgram(0x48444D56, streams);
+  stream.Add(0x1011, Pes(0xE0, 1000, Picture(kTags)));
+  stream.Add(0x1011, Pes(0xE0, 4600, Bytes().Hex("00000001 65").Fill(300'000, 0x55)));
+  WantedProperties wanted = WantedProperties::None();
+  wanted.Add(kNsDM, "audioSampleRate");
+  const auto result = ReadWith(kTransportStreamReader, stream.str(), {}, wanted);
+  EXPECT_EQ(result.reads, 0);
+  EXPECT_EQ(result.Get(kNsDM, "audioSampleRate"), "48000");
+  EXPECT_EQ(result.Get(kNsDM, "audioChannelType"), "Stereo");
 }
 
 TEST(TransportStreamReader, KeepsNoPositionWithoutAFix) {

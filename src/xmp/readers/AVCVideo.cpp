@@ -238,15 +238,15 @@ void ReadSEI(ByteReader bytes, const Sequence& sequence, VideoFacts& facts) {
 }  // namespace
 
 VideoFacts ReadAVC(ByteReader stream) {
-  constexpr std::string_view kStartCode("\0\0\1", 3);
   VideoFacts facts;
   Sequence sequence;
-  const std::string_view text = stream.Text();
-  std::size_t at = text.find(kStartCode);
-  for (int count = 0; count < kMostNals && at != std::string_view::npos; ++count) {
-    const std::uint64_t begin = at + kStartCode.size();
-    at = text.find(kStartCode, begin);
-    const std::uint64_t end = at == std::string_view::npos ? stream.Size() : at;
+  std::uint64_t at = FindStartCode(stream, 0);
+  for (int count = 0; count < kMostNals && at < stream.Size(); ++count) {
+    constexpr std::uint64_t kStartCode = 3;
+    const std::uint64_t begin = at + kStartCode;
+    at = FindStartCode(stream, begin);
+    const std::uint64_t end = at;
+    if (begin >= end) continue;
     const unsigned type = stream.U8(begin).value_or(0) & 0x1Fu;
     if (type != kSPS && type != kSEI) continue;
     const auto payload =

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/AudioStream.h"
 
+#include <array>
 #include <iterator>
 
 namespace Sorvik::xmp {
@@ -12,10 +13,11 @@ using foundation::ByteReader;
 enum Type : std::uint8_t { kMPEG1 = 0x03, kMPEG2 = 0x04, kAAC = 0x0F, kLPCM = 0x80, kAC3 = 0x81 };
 constexpr std::uint32_t kHDMV = 0x48444D56;
 
+constexpr std::uint32_t kAC3Rates[] = {48000, 44100, 32000};
+constexpr unsigned kAC3Channels[] = {2, 1, 2, 3, 3, 4, 4, 5};
+
 // Sync 0B77, crc 16, rate 2, size 6, version 5, mode 3, channels 3, mix levels, LFE 1.
 void ReadAC3(ByteReader bytes, AudioFacts& facts) {
-  constexpr std::uint32_t kRates[] = {48000, 44100, 32000, 0};
-  constexpr unsigned kChannels[] = {2, 1, 2, 3, 3, 4, 4, 5};
   for (std::uint64_t at = 0; bytes.Holds(at, 8); ++at) {
     if (bytes.U16BE(at) != 0x0B77) continue;
     const unsigned code = bytes.U8(at + 4).value_or(0) >> 6;
@@ -28,10 +30,19 @@ void ReadAC3(ByteReader bytes, AudioFacts& facts) {
     if ((mode & 4) != 0) used += 2;
     if (mode == 2) used += 2;
     const unsigned lfe = word >> (15 - used) & 1;
-    facts.rate = kRates[code];
-    facts.channels = kChannels[mode] + lfe;
+    facts.rate = kAC3Rates[code];
+    facts.channels = kAC3Channels[mode] + lfe;
     return;
   }
+}
+
+void ReadAC3Descriptor(const std::array<std::uint8_t, 3>& bytes, AudioFacts& facts) {
+  const unsigned rate = bytes[0] >> 5;
+  const unsigned mode = bytes[2] >> 1 & 0x0F;
+  if (rate >= std::size(kAC3Rates) || mode >= std::size(kAC3Channels)) return;
+  facts.rate = kAC3Rates[rate];
+  // The low-frequency channel isn't told; cameras have it with all five others.
+  facts.channels = mode == 7 ? 6 : kAC3Channels[mode];
 }
 
 // Each PES packet begins with size 16, channels 4, rate 4, depth 2.
@@ -70,13 +81,14 @@ bool IsAudioType(std::uint8_t type, std::uint32_t registration) {
   return type == kMPEG1 || type == kMPEG2 || type == kAAC || type == kAC3;
 }
 
-AudioFacts ReadAudio(std::uint8_t type, const ts::Elementary& part) {
+AudioFacts ReadAudio(const ts::Stream& stream, const ts::Elementary& part) {
   AudioFacts facts;
   const ByteReader bytes(part.bytes);
-  switch (type) {
+  switch (stream.type) {
     case kAC3:
       facts.compressor = "AC3";
       ReadAC3(bytes, facts);
+      if (facts.rate == 0 && stream.ac3) ReadAC3Descriptor(*stream.ac3, facts);
       break;
     case kLPCM:
       facts.compressor = "PCM";

@@ -20,7 +20,8 @@ struct AudioFacts {
 // True for the types of audio that ReadAudio knows, in a program with that registration.
 bool IsAudioType(std::uint8_t type, std::uint32_t registration);
 
-// `part` holds the beginning of the stream; what it doesn't show stays 0.
-AudioFacts ReadAudio(std::uint8_t type, const ts::Elementary& part);
+// `part` holds the beginning of the stream, or nothing where that lies further on; what neither it
+// nor the program's description of the stream shows stays 0.
+AudioFacts ReadAudio(const ts::Stream& stream, const ts::Elementary& part);
 
 }  // namespace Sorvik::xmp

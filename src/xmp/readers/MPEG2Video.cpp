@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <iterator>
-#include <string_view>
 
 #include "xmp/readers/VideoStream.h"
 
@@ -78,14 +77,28 @@ void ReadGroup(ByteReader bytes, VideoFacts& facts) {
 
 }  // namespace
 
+std::uint64_t FindStartCode(ByteReader stream, std::uint64_t from) noexcept {
+  const auto bytes = stream.Bytes();
+  // The third byte tells how far the next one can be.
+  for (std::size_t at = from; at + 2 < bytes.size();) {
+    const std::byte third = bytes[at + 2];
+    if (third > std::byte{1}) {
+      at += 3;
+    } else if (third == std::byte{1} && bytes[at] == std::byte{0} &&
+               bytes[at + 1] == std::byte{0}) {
+      return at;
+    } else {
+      ++at;
+    }
+  }
+  return stream.Size();
+}
+
 VideoFacts ReadMPEG2(ByteReader stream) {
-  constexpr std::string_view kPrefix("\0\0\1", 3);
   VideoFacts facts;
   bool sequence = false;
   bool progressive = false;
-  const std::string_view text = stream.Text();
-  for (auto at = text.find(kPrefix); at != std::string_view::npos;
-       at = text.find(kPrefix, at + kPrefix.size())) {
+  for (auto at = FindStartCode(stream, 0); at < stream.Size(); at = FindStartCode(stream, at + 3)) {
     const unsigned code = stream.U8(at + 3).value_or(0);
     const ByteReader data = stream.Clip(at + 4, 16);
     if (code == kSequenceHeader && facts.width == 0) ReadSequenceHeader(data, facts);

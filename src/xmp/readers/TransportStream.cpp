@@ -79,6 +79,17 @@ void ForEachDescriptor(ByteReader list, Visit visit) {
 
 constexpr std::uint8_t kRegistration = 0x05;
 
+constexpr std::uint8_t kAC3Audio = 0x81;
+
+void Note(std::uint8_t tag, ByteReader data, Stream& stream) {
+  if (tag == kAC3Audio && data.Size() >= 3) {
+    stream.ac3 = {data.U8(0).value_or(0), data.U8(1).value_or(0), data.U8(2).value_or(0)};
+  }
+  if (tag != kRegistration || data.U32BE(0) != kHDMV || data.U8(4) != 0xFF) return;
+  stream.coding = data.U8(5).value_or(0);
+  stream.formatAndRate = data.U8(6).value_or(0);
+}
+
 Program ReadProgram(ByteReader section) {
   Program program;
   if (section.U8(0) != 0x02) return program;
@@ -94,11 +105,8 @@ Program ReadProgram(ByteReader section) {
     stream.type = section.U8(at).value_or(0);
     stream.pid = section.U16BE(at + 1).value_or(0) & 0x1FFF;
     const std::uint64_t length = section.U16BE(at + 3).value_or(0) & 0x0FFF;
-    ForEachDescriptor(section.Clip(at + 5, length), [&stream](std::uint8_t tag, ByteReader data) {
-      if (tag != kRegistration || data.U32BE(0) != kHDMV || data.U8(4) != 0xFF) return;
-      stream.coding = data.U8(5).value_or(0);
-      stream.formatAndRate = data.U8(6).value_or(0);
-    });
+    ForEachDescriptor(section.Clip(at + 5, length),
+                      [&stream](std::uint8_t tag, ByteReader data) { Note(tag, data, stream); });
     program.streams.push_back(stream);
     at += 5 + length;
   }
@@ -216,6 +224,7 @@ Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset,
                    std::size_t most, bool timesOnly) {
   Elementary stream;
   bool started = false;
+  if (!timesOnly) stream.bytes.reserve(std::min<std::size_t>(most, piece.Bytes().size()));
   Packets packets(piece, layout, offset);
   while (const auto packet = packets.Next()) {
     if (packet->pid != pid) continue;

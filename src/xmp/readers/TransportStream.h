@@ -33,6 +33,9 @@ struct Stream {
   // Of the HDMV registration descriptor, 0 if there is none: coding type, format and rate nibbles.
   std::uint8_t coding = 0;
   std::uint8_t formatAndRate = 0;
+  // The first bytes of the AC-3 audio descriptor (ATSC A/52, annex A): rate 3 bits, version 5, bit
+  // rate 6, surround 2, mode 3, channels 4, service 1.
+  std::optional<std::array<std::uint8_t, 3>> ac3;
 };
 
 struct Program {

@@ -24,8 +24,8 @@ enum Type : std::uint8_t { kMPEG1 = 0x01, kMPEG2 = 0x02, kAVC = 0x1B, kHEVC = 0x
 constexpr std::uint8_t kHDVAuxiliary = 0xA1;
 constexpr std::uint32_t kHDMV = 0x48444D56;
 
-// A first picture of AVCHD takes up to 400 kB; a dozen access units of any camera fit in this.
-constexpr std::size_t kLongHead = 1024 * 1024;
+// A first picture of AVCHD takes up to 400 kB; some more access units of any camera fit in this.
+constexpr std::size_t kLongHead = 640 * 1024;
 // The last video packet of a camera's file was within 200 kB of the end.
 constexpr std::size_t kTail = 512 * 1024;
 constexpr std::size_t kMostAudio = 8 * 1024;
@@ -107,9 +107,8 @@ class StreamFile {
     Gather(input_.head);
     const auto ticks = ClipTicks();
     if (NeedsLongHead(ticks.has_value())) {
-      const auto rest = input_.file.Read(input_.head.Size(), kLongHead - kHeadSize);
-      longHead_.assign(input_.head.Bytes().begin(), input_.head.Bytes().end());
-      longHead_.insert(longHead_.end(), rest.begin(), rest.end());
+      // From the start again: cheaper than putting two parts together.
+      longHead_ = input_.file.Read(0, kLongHead);
       Gather(ByteReader(longHead_));
     }
     StoreVideo();
@@ -140,7 +139,7 @@ class StreamFile {
       found_.times = part.presentation;
     }
     if (audio_.pid != ts::kNoPID) {
-      found_.audio = ReadAudio(audio_.type, ts::Collect(piece, layout_, 0, audio_.pid, kMostAudio));
+      found_.audio = ReadAudio(audio_, ts::Collect(piece, layout_, 0, audio_.pid, kMostAudio));
     }
     if (auxiliary_.pid != ts::kNoPID) GatherRecords(piece);
   }
@@ -180,7 +179,8 @@ class StreamFile {
     if (!WantsRecording()) return false;
     // The first record of a file may still be that of the scene before.
     if (auxiliary_.pid != ts::kNoPID) return found_.records.size() < 2;
-    return video_.type == kAVC && found_.video.recordingBlock.empty();
+    const bool camera = video_.type == kAVC && registration_ == kHDMV;
+    return camera && found_.video.recordingBlock.empty();
   }
 
   Rate FrameRate() const {

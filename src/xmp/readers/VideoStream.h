@@ -27,6 +27,10 @@ struct VideoFacts {
   std::vector<std::byte> recordingBlock;
 };
 
+// Where the next 00 00 01 begins at or behind `from`; the size of the stream if there is none.
+// Fast: most bytes are never looked at.
+std::uint64_t FindStartCode(foundation::ByteReader stream, std::uint64_t from) noexcept;
+
 VideoFacts ReadAVC(foundation::ByteReader stream);
 VideoFacts ReadMPEG2(foundation::ByteReader stream);
 
