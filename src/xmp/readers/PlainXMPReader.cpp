@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/PlainXMPReader.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "foundation/ByteReader.h"
 #include "foundation/XmlTree.h"
 
@@ -20,7 +23,11 @@ void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& outpu
 const Reader kPlainXMPReader = {"XMP", Recognises, Read};
 
 bool IsPlainXMP(std::string_view path) noexcept {
-  return path.ends_with(".xmp") || path.ends_with(".XMP") || path.ends_with(".Xmp");
+  constexpr std::string_view kExtension = ".xmp";
+  if (path.size() < kExtension.size()) return false;
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+  return std::equal(kExtension.begin(), kExtension.end(), path.end() - kExtension.size(),
+                    [&](char a, char b) { return a == lower(b); });
 }
 
 }  // namespace Sorvik::xmp
