@@ -36,6 +36,7 @@ class XmlBuilder {
     XML_SetElementHandler(parser_, OnStart, OnEnd);
     XML_SetCharacterDataHandler(parser_, OnText);
     XML_SetEntityDeclHandler(parser_, OnEntity);
+    XML_SetStartNamespaceDeclHandler(parser_, OnNameSpace);
   }
   ~XmlBuilder() {
     if (parser_ != nullptr) XML_ParserFree(parser_);
@@ -67,6 +68,13 @@ class XmlBuilder {
   static void OnEntity(void* self, const char*, int, const char*, int, const char*, const char*,
                        const char*, const char*) {
     XML_StopParser(static_cast<XmlBuilder*>(self)->parser_, XML_FALSE);
+  }
+
+  static void OnNameSpace(void* self, const char*, const char* uri) {
+    const auto* builder = static_cast<XmlBuilder*>(self);
+    if (uri != nullptr && std::string_view(uri).size() > builder->limits_.nameSpace) {
+      XML_StopParser(builder->parser_, XML_FALSE);
+    }
   }
 
   void Start(const char* name, const char** attributes) {

@@ -61,6 +61,7 @@ struct XmlLimits {
   std::size_t bytes = std::size_t{16} << 20;
   std::size_t depth = 256;
   std::size_t nodes = 500'000;  // elements and attributes together
+  std::size_t nameSpace = 256;  // bytes of a namespace, which every name in it repeats
 };
 
 class XmlDocument {

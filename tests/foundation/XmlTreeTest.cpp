@@ -54,6 +54,9 @@ TEST(XmlTree, RefusesWhatIsBrokenOrMadeToHurt) {
   EXPECT_TRUE(ParseXml(many + "</a>"));
   EXPECT_FALSE(ParseXml(many + "</a>", {.nodes = 2000}));
   EXPECT_FALSE(ParseXml(many + "</a>", {.bytes = 100}));
+  // Each of these elements would hold a copy of the namespace.
+  many.replace(0, 3, "<a xmlns='" + std::string(1'000'000, 'n') + "'>");
+  EXPECT_FALSE(ParseXml(many + "</a>"));
 }
 
 TEST(XmlTree, ReadsRegularFilesOnly) {
