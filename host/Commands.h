@@ -25,6 +25,7 @@ int RunPlaces(Context& context);
 int RunOwner(Context& context);
 int RunThumb(Context& context);
 int RunProviders(Context& context);
+int RunMeta(Context& context);
 
 // The provider that was named, or else the best one; throws Failure if it doesn't claim `path`. A
 // provider may be named by its identification or by the last part of that.

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "Json.h"
+#include "Paths.h"
+#include "SorvikProvider/metadata/XMPSupport.h"
+
+namespace host {
+namespace {
+
+using Sorvik::FieldNameList;
+using Sorvik::FieldNameSet;
+using Sorvik::FieldValueMap;
+namespace XMPSupport = Sorvik::XMPSupport;
+
+constexpr std::size_t kLargestPacket = 64U << 20;
+
+std::string ReadStandardInput(const std::atomic<bool>& stop) {
+  std::string packet;
+  std::string piece(1 << 16, '\0');
+  while (!stop) {
+    const ssize_t got = read(STDIN_FILENO, piece.data(), piece.size());
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      throw Failure(kNothing, std::string("cannot read the packet: ") + std::strerror(errno));
+    }
+    if (got == 0) break;
+    packet.append(piece, 0, static_cast<std::size_t>(got));
+    if (packet.size() > kLargestPacket) throw Failure(kNothing, "the packet is too large");
+  }
+  return packet;
+}
+
+FieldNameList TableFields() {
+  FieldNameList fields;
+  for (const XMPSupport::XMPCrossReference& row : XMPSupport::kXMPCrossReference) {
+    fields.emplace_back(row.propertyName);
+  }
+  return fields;
+}
+
+Sorvik::FieldLabelMap TableLabels() {
+  Sorvik::FieldLabelMap labels;
+  for (const XMPSupport::XMPCrossReference& row : XMPSupport::kXMPCrossReference) {
+    labels.emplace(row.propertyName, row.labelKey);
+  }
+  return labels;
+}
+
+void WriteJson(Output& output, const std::string& path, const FieldValueMap& fields) {
+  JsonWriter json(output);
+  json.BeginObject();
+  json.Key("path");
+  json.String(path);
+  json.Key("fields");
+  json.Fields(fields);
+  json.EndObject();
+}
+
+}  // namespace
+
+int RunMeta(Context& context) {
+  const Options& options = context.options;
+  const std::string path = options.packet ? "-" : PlacePath(options.operands.front());
+  const FieldNameList wanted = options.fields.value_or(TableFields());
+  const auto bits = XMPSupport::ParseFields(FieldNameSet(wanted.begin(), wanted.end()));
+  const auto& stop = context.session.Stopped();
+  context.session.GetProgress().Begin("reading");
+  const auto fields =
+      context.session.OnWorker<FieldValueMap>([packet = options.packet, path, bits, &stop] {
+        return packet ? XMPSupport::MakeValue(bits, ReadStandardInput(stop))
+                      : XMPSupport::MakeValue(path, bits);
+      });
+  if (options.json) {
+    WriteJson(context.output, path, fields);
+  } else {
+    WriteFieldLines(context.output, TableLabels(), wanted, fields);
+  }
+  if (fields.empty()) {
+    throw Failure(kNothing, "no metadata in " + (options.packet ? "the packet" : path));
+  }
+  return 0;
+}
+
+}  // namespace host
