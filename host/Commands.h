@@ -24,6 +24,8 @@ int RunFiles(Context& context);
 int RunPlaces(Context& context);
 int RunOwner(Context& context);
 int RunThumb(Context& context);
+int RunSheet(Context& context);
+int RunCheck(Context& context);
 int RunProviders(Context& context);
 int RunMeta(Context& context);
 

@@ -21,7 +21,7 @@ struct CommandRun {
 constexpr CommandRun kRuns[] = {
     {"ls", RunLs},         {"who", RunWho},     {"entry", RunEntry}, {"files", RunFiles},
     {"places", RunPlaces}, {"owner", RunOwner}, {"thumb", RunThumb}, {"providers", RunProviders},
-    {"meta", RunMeta},
+    {"meta", RunMeta},     {"sheet", RunSheet}, {"check", RunCheck},
 };
 
 int RunCommand(Context& context) {

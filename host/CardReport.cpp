@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "CardReport.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "Paths.h"
+#include "Values.h"
+
+namespace host {
+namespace {
+
+using Sorvik::ContentMap;
+using Sorvik::StructureFindings;
+using Sorvik::StructurePart;
+
+// Path to the keys of the clips that list it. A folder that clips list is often common to them all,
+// and makes no clip the owner of what lies in it.
+using Owners = std::map<std::string, std::vector<std::string>>;
+
+Owners ListedPaths(const ContentMap& entries) {
+  Owners owners;
+  for (const auto& [key, fields] : entries) {
+    for (const std::string& path : EntryPaths(fields)) owners[path].push_back(key);
+  }
+  return owners;
+}
+
+std::vector<std::string> OwnersOf(const std::string& file, const Owners& listed) {
+  const auto found = listed.find(file);
+  return found == listed.end() ? std::vector<std::string>() : found->second;
+}
+
+std::set<std::string> PathsOf(const std::vector<StructurePart>& parts) {
+  std::set<std::string> paths;
+  for (const StructurePart& part : parts) paths.insert(part.path);
+  return paths;
+}
+
+// What the library misses, and what clips list that isn't there.
+std::vector<StructurePart> MissingParts(const Owners& listed, const StructureFindings& findings) {
+  std::vector<StructurePart> missing = findings.missing;
+  const std::set<std::string> known = PathsOf(missing);
+  for (const auto& [path, keys] : listed) {
+    if (known.contains(path) || Exists(path)) continue;
+    for (const std::string& key : keys) missing.push_back({key, "file", path});
+  }
+  return missing;
+}
+
+}  // namespace
+
+bool CardReport::IsWhole() const {
+  return missing.empty() && std::none_of(files.begin(), files.end(), [](const CardFile& file) {
+           return file.role == FileRole::kUnreached;
+         });
+}
+
+CardReport MakeCardReport(const std::string& root, const ContentMap& entries,
+                          const StructureFindings& findings, const std::atomic<bool>& stop) {
+  const Owners listed = ListedPaths(entries);
+  const std::set<std::string> unreached = PathsOf(findings.unreached);
+  const std::set<std::string> structure(findings.structureFiles.begin(),
+                                        findings.structureFiles.end());
+  CardReport report;
+  report.missing = MissingParts(listed, findings);
+  WalkFiles(root, stop, [&](const std::string& path) {
+    CardFile file{path, FileRole::kForeign, OwnersOf(path, listed)};
+    if (!file.owners.empty()) {
+      file.role = FileRole::kClip;
+    } else if (unreached.contains(path)) {
+      file.role = FileRole::kUnreached;
+    } else if (structure.contains(path)) {
+      file.role = FileRole::kStructure;
+    }
+    report.files.push_back(std::move(file));
+  });
+  return report;
+}
+
+}  // namespace host

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+#include <map>
+
+#include "CardReport.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Json.h"
+#include "Paths.h"
+#include "Values.h"
+
+namespace host {
+namespace {
+
+using Sorvik::ContentMap;
+using Sorvik::ProviderWrapper;
+using Sorvik::StructurePart;
+
+const Sorvik::FieldNameSet kCheckFields = {Sorvik::kNameField, Sorvik::kPathField,
+                                           Sorvik::kExtraPathField, Sorvik::kProxyPathField};
+
+const char* RoleName(FileRole role) {
+  switch (role) {
+    case FileRole::kClip:
+      return "clip";
+    case FileRole::kStructure:
+      return "structure";
+    case FileRole::kUnreached:
+      return "unreached";
+    case FileRole::kForeign:
+      break;
+  }
+  return "foreign";
+}
+
+void WriteJson(Output& output, const std::string& path, const ProviderWrapper& provider,
+               const CardReport& report) {
+  JsonWriter json(output);
+  json.BeginObject();
+  json.Key("path");
+  json.String(path);
+  json.Key("provider");
+  json.String(provider.GetIdentification());
+  json.Key("whole");
+  json.Boolean(report.IsWhole());
+  json.Key("missing");
+  json.BeginArray();
+  for (const StructurePart& part : report.missing) {
+    json.BeginObject();
+    json.Key("key");
+    json.String(part.entryKey);
+    json.Key("kind");
+    json.String(part.kind);
+    json.Key("path");
+    json.String(part.path);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.Key("files");
+  json.BeginArray();
+  for (const CardFile& file : report.files) {
+    json.BeginObject();
+    json.Key("path");
+    json.String(file.path);
+    json.Key("role");
+    json.String(RoleName(file.role));
+    json.Key("owners");
+    json.Strings(file.owners);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
+// The report for people, clip by clip.
+class TextReport {
+ public:
+  TextReport(Output& output, std::string root, const CardReport& report)
+      : output_(output), root_(std::move(root)), report_(report) {
+    for (const CardFile& file : report.files) {
+      for (const std::string& key : file.owners) filesOf_[key].push_back(file.path);
+    }
+    for (const StructurePart& part : report.missing) missingOf_[part.entryKey].push_back(&part);
+  }
+
+  void Write(const ContentMap& entries) {
+    for (const auto& [key, fields] : entries) {
+      const std::string name = EntryName(key, fields);
+      Heading(name == FileName(key) ? name : name + " (" + FileName(key) + ")");
+      for (const std::string& path : filesOf_[key]) Line(Relative(path));
+      WriteMissing(key);
+    }
+    WriteFurtherMissing(entries);
+    WriteRole(FileRole::kStructure, "of the card itself");
+    WriteRole(FileRole::kForeign, "foreign");
+    WriteRole(FileRole::kUnreached, "reached by no clip");
+    WriteVerdict(entries.size());
+  }
+
+ private:
+  void Heading(const std::string& text) { output_.Write(output_.Shown(text) + "\n"); }
+  void Line(const std::string& text) { output_.Write("  " + output_.Shown(text) + "\n"); }
+
+  std::string Relative(const std::string& path) const {
+    const std::string prefix = root_ == "/" ? root_ : root_ + "/";
+    return path.starts_with(prefix) ? path.substr(prefix.size()) : path;
+  }
+
+  void WriteMissing(const std::string& key) {
+    for (const StructurePart* part : missingOf_[key]) {
+      Line("MISSING " + part->kind + ": " + Relative(part->path));
+    }
+  }
+
+  // Of the card as a whole, and of clips that no longer list.
+  void WriteFurtherMissing(const ContentMap& entries) {
+    for (const auto& [key, parts] : missingOf_) {
+      if (parts.empty() || entries.contains(key)) continue;
+      Heading(key.empty() ? "the card" : FileName(key));
+      WriteMissing(key);
+    }
+  }
+
+  void WriteRole(FileRole role, const char* heading) {
+    bool first = true;
+    for (const CardFile& file : report_.files) {
+      if (file.role != role) continue;
+      if (std::exchange(first, false)) Heading(heading);
+      Line(Relative(file.path));
+    }
+  }
+
+  void WriteVerdict(std::size_t clips) {
+    std::size_t unreached = 0;
+    for (const CardFile& file : report_.files) unreached += file.role == FileRole::kUnreached;
+    const std::string extent =
+        std::to_string(clips) + " clips, " + std::to_string(report_.files.size()) + " files";
+    if (report_.IsWhole()) {
+      Heading("whole: " + extent);
+    } else {
+      Heading("NOT WHOLE: " + extent + ", " + std::to_string(report_.missing.size()) +
+              " parts missing, " + std::to_string(unreached) + " reached by no clip");
+    }
+  }
+
+  Output& output_;
+  const std::string root_;
+  const CardReport& report_;
+  std::map<std::string, std::vector<std::string>> filesOf_;
+  std::map<std::string, std::vector<const StructurePart*>> missingOf_;
+};
+
+}  // namespace
+
+int RunCheck(Context& context) {
+  Session& session = context.session;
+  const std::string path = PlacePath(context.options.operands.front());
+  const ProviderWrapper& provider = ChooseProvider(context, path);
+  if (provider.ShouldCheckFilter() || !provider.IsFileBased()) {
+    throw Failure(kNothing, "no structure of clips in " + path);
+  }
+  const ContentMap entries = session.Content(provider, path, kCheckFields);
+  session.GetProgress().Begin("checking");
+  const std::string identification = provider.GetIdentification();
+  const auto& stop = session.Stopped();
+  const auto report =
+      session.OnWorker<CardReport>([path, identification, entries, &stop]() -> CardReport {
+        return MakeCardReport(path, entries, Sorvik::CheckStructure(path, identification), stop);
+      });
+  if (context.options.json) {
+    WriteJson(context.output, path, provider, report);
+  } else {
+    TextReport(context.output, path, report).Write(entries);
+  }
+  return report.IsWhole() ? kDone : kNothing;
+}
+
+}  // namespace host
