@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
 #include "xmp/readers/MXFReader.h"
@@ -286,6 +288,25 @@ TEST(MXFReader, PaysLittleForPartitionsThatPointAtThemselves) {
   const auto result = ReadWith(kMXFReader, huge.str());
   EXPECT_LE(result.longestRead, 5u << 20);
   EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "25");
+}
+
+TEST(MXFReader, StaysQuickWithManySets) {
+  // 40,000 packages that share a descriptor of 250 others, all with ids that hash alike.
+  std::vector<unsigned> ids;
+  Bytes sets = Set(0x36, 10, {{0x4401, Umid(1)}, {0x4403, Ids({})}});
+  for (unsigned id = 100; id < 350; ++id) {
+    ids.push_back(id);
+    sets.Add(Set(0x42, id, {{0x3D07, Num(1, 4)}}));
+  }
+  sets.Add(Set(0x44, 50, {{0x3F01, Ids(ids)}}));
+  for (unsigned n = 0; n < 40'000; ++n) {
+    sets.Add(Set(0x37, 1000 + n, {{0x4701, Id(50)}}));
+  }
+  const Bytes file = Partition(2, 4, 0, sets.size()).Add(sets);
+  const auto begin = std::chrono::steady_clock::now();
+  const auto result = ReadWith(kMXFReader, file.str());
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+  EXPECT_EQ(result.Get(kNsDM, "audioChannelType"), "Other") << "250 channels";
 }
 
 // Size, rate, timecode and duration as independent readers show them; see the comments for the

@@ -305,15 +305,17 @@ std::optional<Facts::Duration> Facts::GetDuration() const {
 
 std::vector<const LocalSet*> Facts::Descriptors() const {
   std::vector<const LocalSet*> all;
+  // False for what is there already, so that many packages with one descriptor cost no more.
   const auto add = [&all](const LocalSet* set) {
-    const bool known = std::ranges::find(all, set) != all.end();
-    if (set != nullptr && !known && all.size() < kMostDescriptors) all.push_back(set);
+    if (set == nullptr || std::ranges::find(all, set) != all.end()) return false;
+    all.push_back(set);
+    return true;
   };
   for (const LocalSet& set : header_.Sets()) {
     if (set.Kind() != SetKind::kSourcePackage) continue;
+    if (all.size() >= kMostDescriptors) break;
     const LocalSet* descriptor = header_.Find(set.Reference(kDescriptor));
-    add(descriptor);
-    if (descriptor == nullptr || descriptor->Kind() != SetKind::kMultipleDescriptor) continue;
+    if (!add(descriptor) || descriptor->Kind() != SetKind::kMultipleDescriptor) continue;
     for (const Key& id : descriptor->References(kSubDescriptors, kMostDescriptors)) {
       add(header_.Find(id));
     }

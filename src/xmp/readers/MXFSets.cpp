@@ -2,7 +2,6 @@
 #include "xmp/readers/MXFSets.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 
 namespace Sorvik::xmp::mxf {
@@ -151,13 +150,6 @@ std::vector<Key> LocalSet::References(std::uint16_t tag, std::size_t most) const
   return keys;
 }
 
-std::size_t HeaderMetadata::Hash::operator()(const Key& key) const noexcept {
-  std::uint64_t halves[2];
-  static_assert(sizeof halves == sizeof key.bytes);
-  std::memcpy(halves, key.bytes.data(), sizeof halves);
-  return static_cast<std::size_t>((halves[0] ^ halves[1]) * 0x9E3779B97F4A7C15ULL);
-}
-
 HeaderMetadata::HeaderMetadata(ByteReader bytes, std::uint64_t offset) {
   while (sets_.size() < kMostSets) {
     const auto klv = ReadKLV(bytes, offset);
@@ -170,9 +162,10 @@ HeaderMetadata::HeaderMetadata(ByteReader bytes, std::uint64_t offset) {
     // Fill, and keys of other registries, are passed over.
     if (!klv->key.Begins(kHeaderSet)) continue;
     const LocalSet set(static_cast<SetKind>(klv->key.bytes[kKindAt]), klv->value);
-    if (const auto id = set.Reference(kInstanceUID)) byId_.try_emplace(*id, sets_.size());
+    if (const auto id = set.Reference(kInstanceUID)) byId_.emplace_back(*id, sets_.size());
     sets_.push_back(set);
   }
+  std::ranges::sort(byId_);
 }
 
 const LocalSet* HeaderMetadata::First(SetKind kind) const noexcept {
@@ -183,8 +176,9 @@ const LocalSet* HeaderMetadata::First(SetKind kind) const noexcept {
 
 const LocalSet* HeaderMetadata::Find(const std::optional<Key>& id) const noexcept {
   if (!id) return nullptr;
-  const auto found = byId_.find(*id);
-  return found == byId_.end() ? nullptr : &sets_[found->second];
+  const auto found = std::ranges::lower_bound(byId_, *id, {}, &std::pair<Key, std::size_t>::first);
+  const bool there = found != byId_.end() && found->first == *id;
+  return there ? &sets_[found->second] : nullptr;
 }
 
 std::uint16_t HeaderMetadata::TagOf(const Key& item) const noexcept {

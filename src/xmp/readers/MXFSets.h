@@ -7,10 +7,11 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "foundation/ByteReader.h"
@@ -31,7 +32,7 @@ struct Key {
     }
     return true;
   }
-  friend bool operator==(const Key&, const Key&) = default;
+  friend auto operator<=>(const Key&, const Key&) = default;
 };
 std::optional<Key> KeyAt(ByteReader bytes, std::uint64_t offset);
 
@@ -121,12 +122,9 @@ class HeaderMetadata {
   std::uint16_t TagOf(const Key& item) const noexcept;
 
  private:
-  struct Hash {
-    std::size_t operator()(const Key& key) const noexcept;
-  };
-
   std::vector<LocalSet> sets_;
-  std::unordered_map<Key, std::size_t, Hash> byId_;
+  std::vector<std::pair<Key, std::size_t>>
+      byId_;  // in order, so that no choice of ids makes it slow
   ByteReader primer_;
 };
 
