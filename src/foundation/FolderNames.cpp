@@ -32,6 +32,13 @@ std::shared_ptr<const FolderNames> FolderNames::Of(const std::string& folder) {
   return CallScope::Remember<FolderNames>(folder, [&folder] { return FolderNames(folder); });
 }
 
+bool FolderNames::MayExist(const std::string& path) {
+  const auto slash = path.rfind(platform::kSeparator);
+  if (slash == path.npos) return true;
+  const auto names = CallScope::Kept<FolderNames>(path.substr(0, slash));
+  return names == nullptr || names->Holds(path.substr(slash + 1));
+}
+
 FolderNames::FolderNames(std::string folder) : folder_(std::move(folder)) {
   const auto items = Hestra::Directory::GetItems(folder_);
   if (!items) return;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "foundation/ByteReader.h"
+#include "foundation/FolderNames.h"
 #include "foundation/XmlTree.h"
 #include "foundation/platform/FileSystem.h"
 #include "xmp/FileBytes.h"
@@ -57,6 +58,7 @@ void AddSidecars(const std::string& path, MetadataSum& sum) {
   if (IsPlainXMP(path)) return;
   for (const std::vector<std::string>& spellings : SidecarPlaces(path)) {
     for (const std::string& sidecar : spellings) {
+      if (!foundation::FolderNames::MayExist(sidecar)) continue;
       const auto bytes = platform::ReadHead(sidecar, foundation::XmlLimits().bytes + 1);
       if (!bytes) continue;
       sum.AddPacket(foundation::ByteReader(*bytes).Text());

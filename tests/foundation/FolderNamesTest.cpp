@@ -60,8 +60,12 @@ TEST(FolderNames, AreOneListingWithinACall) {
     tree.File("second");
     EXPECT_EQ(FolderNames::Of(tree.Root()), names);
     EXPECT_FALSE(FolderNames::Of(tree.Root())->Holds("second"));
+    EXPECT_TRUE(FolderNames::MayExist(tree.Path("first")));
+    EXPECT_FALSE(FolderNames::MayExist(tree.Path("third")));
+    EXPECT_TRUE(FolderNames::MayExist(tree.Path("unlisted/third"))) << "nothing is known of it";
   }
   EXPECT_TRUE(FolderNames::Of(tree.Root())->Holds("second"));
+  EXPECT_TRUE(FolderNames::MayExist(tree.Path("third"))) << "without a call nothing is known";
 }
 
 }  // namespace
