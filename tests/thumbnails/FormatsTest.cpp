@@ -143,6 +143,20 @@ TEST_F(Formats, TruncatedJpegAndBmpShowWhatThereIs) {
   EXPECT_EQ(PixelOf(upper.get(), 2, 2), kBlack);
 }
 
+TEST_F(Formats, OnlyTheFirstFrameOfAGifCounts) {
+  std::string gif = SixColourGif();
+  gif.pop_back();
+  const std::string frame = gif.substr(13 + 24);
+  // A comment of two sub-blocks before the frame, and so many frames behind it that reading them
+  // all would take minutes.
+  std::string file = gif.substr(0, 13 + 24) + "\x21\xFE\x02hi\x01!\0"s + frame;
+  for (int i = 0; i < 300000; ++i) file += frame;
+  const auto start = std::chrono::steady_clock::now();
+  ExpectDrawn("with frames that are cut off", file + ",\0\0", SixColours());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  EXPECT_FALSE(Render(gif.substr(0, gif.size() - 1))) << "the first frame isn't all there";
+}
+
 // A progressive picture whose scans go on and on, each a walk over every pixel.
 std::string EndlessScans() {
   const std::string jpeg = Jpeg(Plain(4096, 4096, kGreen), JpegKind::kProgressive);

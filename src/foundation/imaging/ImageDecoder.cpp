@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "foundation/ByteReader.h"
+#include "foundation/imaging/GifFile.h"
 #include "foundation/imaging/IcoFile.h"
 #include "foundation/imaging/Premultiply.h"
 
@@ -151,14 +152,10 @@ std::optional<Image> DecodePng(const ImageSource& source) {
   return DecodeAs(source, "png", false);
 }
 
-// The decoder complains aloud about a logical screen without pixels (GIF89a, 18), and finds
-// nothing.
 std::optional<Image> DecodeGif(const ImageSource& source) {
-  std::array<std::byte, 10> head;
-  const std::size_t got = source.ReadAt(0, head);
-  const ByteReader reader(std::span<const std::byte>(head).first(got));
-  if (reader.U16LE(6).value_or(0) == 0 || reader.U16LE(8).value_or(0) == 0) return std::nullopt;
-  return DecodeAs(source, "gif", false);
+  const auto frame = FirstGifFrame(source);
+  if (!frame) return std::nullopt;
+  return DecodeAs(ImageSource(*frame), "gif", false);
 }
 
 std::optional<Image> DecodeIco(const ImageSource& source) {
