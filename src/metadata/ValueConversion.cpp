@@ -200,9 +200,10 @@ double LeadingNumber(std::string_view text) {
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, format);
   if (error == std::errc::result_out_of_range) {
-    // Too large or too small to hold: the sign of the exponent tells which.
-    const auto exponent = text.find_first_of("eEpP");
-    const bool tiny = exponent != text.npos && text.substr(exponent + 1).starts_with('-');
+    // Too large or too small to hold: the sign of the exponent tells which, or the first digit.
+    const auto exponent = text.find_first_of(format == std::chars_format::hex ? "pP" : "eE");
+    const bool tiny = exponent == text.npos ? text.starts_with('0') || text.starts_with('.')
+                                            : text.substr(exponent + 1).starts_with('-');
     number = tiny ? 0 : std::numeric_limits<double>::infinity();
   }
   return negative ? -number : number;

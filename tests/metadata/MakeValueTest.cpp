@@ -185,6 +185,10 @@ TEST_F(MakeValueRules, ShowFractionsInSinglePrecision) {
                                                                   {"1,5/1", "1.0000"}}) {
     EXPECT_EQ(altitude(text), shown) << text;
   }
+  EXPECT_EQ(altitude("1" + std::string(400, '0') + "/1"), "inf");
+  const std::string tiny = "0." + std::string(400, '0') + "1/1";
+  EXPECT_EQ(altitude(tiny), tiny);
+  EXPECT_EQ(altitude("0xep-9999/1"), "0xep-9999/1");
   const auto rate = [](const char* text) { return DMField("fileDataRate", text); };
   EXPECT_EQ(rate("125/10"), "12.5000MB/sec");
   EXPECT_EQ(rate("25"), "25MB/sec");
