@@ -21,8 +21,10 @@ using sorvik_test::TempTree;
 namespace Directory = Hestra::Directory;
 namespace fs = std::filesystem;
 
-std::vector<std::string> NamesOf(const std::vector<UTF16String>& paths) {
-  std::vector<std::string> names;
+using Names = std::vector<std::string>;
+
+Names NamesOf(const std::vector<UTF16String>& paths) {
+  Names names;
   for (const UTF16String& path : paths)
     names.push_back(Hestra::MakeStdString(GetFullFilePart(path)));
   return names;
@@ -104,6 +106,20 @@ TEST(Folders, ListInCodeUnitOrderWithWhatLinksLeadTo) {
   EXPECT_TRUE(Directory::GetContainedPaths(u"relative").empty());
   EXPECT_TRUE(ExistsOnDisk(Directory::GetContainedFilePaths(root).back()));  // the Latin-1 name
   EXPECT_FALSE(ExistsOnDisk(root + u"/dangling.txt"));
+}
+
+TEST(Folders, OrderNamesThatShareLongBeginnings) {
+  const TempTree tree;
+  const Names expected{"clip",           "clip.",         "clip.0", "clip.00000000",
+                       "clip.000000001", "clip.00000001", "clip.1", "clip1"};
+  for (auto name = expected.rbegin(); name != expected.rend(); ++name) tree.File(*name);
+  EXPECT_EQ(NamesOf(Directory::GetContainedPaths(MakeString(tree.Root()))), expected);
+  // U+1F3AC is above U+FF21, but its code units are below.
+  tree.File("clip.\xEF\xBC\xA1");
+  tree.File("clip.\xF0\x9F\x8E\xAC");
+  const Names all = NamesOf(Directory::GetContainedPaths(MakeString(tree.Root())));
+  EXPECT_EQ(Names(all.begin() + 7, all.end()),
+            (Names{"clip.\xF0\x9F\x8E\xAC", "clip.\xEF\xBC\xA1", "clip1"}));
 }
 
 TEST(Folders, AreListedDeepWithoutFollowingLinks) {

@@ -75,22 +75,6 @@ constexpr char32_t Combine(char16_t high, char16_t low) {
          (static_cast<char32_t>(low) - 0xDC00);
 }
 
-// Where two texts begin to differ, or the length of the shorter. Names in a folder tend to share long
-// beginnings, so whole words are compared.
-std::size_t FirstDifference(std::string_view a, std::string_view b) {
-  const std::size_t shorter = std::min(a.size(), b.size());
-  std::size_t i = 0;
-  for (; shorter - i >= sizeof(std::uint64_t); i += sizeof(std::uint64_t)) {
-    std::uint64_t wordA;
-    std::uint64_t wordB;
-    std::memcpy(&wordA, a.data() + i, sizeof(wordA));
-    std::memcpy(&wordB, b.data() + i, sizeof(wordB));
-    if (wordA != wordB) break;
-  }
-  while (i < shorter && a[i] == b[i]) ++i;
-  return i;
-}
-
 template <class Map>
 UTF16String MapPoints(std::u16string_view text, Map map) {
   UTF16String out;
@@ -159,6 +143,20 @@ UTF16String FoldCase(std::u16string_view text) {
 UTF16String LowerCase(std::u16string_view text) { return MapPoints(text, u_tolower); }
 
 UTF16String UpperCase(std::u16string_view text) { return MapPoints(text, u_toupper); }
+
+std::size_t FirstDifference(std::string_view a, std::string_view b) {
+  const std::size_t shorter = std::min(a.size(), b.size());
+  std::size_t i = 0;
+  for (; shorter - i >= sizeof(std::uint64_t); i += sizeof(std::uint64_t)) {
+    std::uint64_t wordA;
+    std::uint64_t wordB;
+    std::memcpy(&wordA, a.data() + i, sizeof(wordA));
+    std::memcpy(&wordB, b.data() + i, sizeof(wordB));
+    if (wordA != wordB) break;
+  }
+  while (i < shorter && a[i] == b[i]) ++i;
+  return i;
+}
 
 bool LessByCodeUnits(std::string_view a, std::string_view b) {
   const std::size_t common = FirstDifference(a, b);

@@ -18,7 +18,7 @@ std::string ProviderARRIRAW::GetUIString() const {
 }
 
 bool ProviderARRIRAW::IsSequenceFile(const UTF16String& name) const {
-  return HasExtension(name, u".ARI");
+  return HasExtension(name, u".ari");
 }
 
 void ProviderARRIRAW::AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const {

@@ -19,7 +19,7 @@ std::string ProviderCanonRAW::GetUIString() const {
 }
 
 bool ProviderCanonRAW::IsSequenceFile(const UTF16String& name) const {
-  return HasExtension(name, u".RMF");
+  return HasExtension(name, u".rmf");
 }
 
 void ProviderCanonRAW::AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const {

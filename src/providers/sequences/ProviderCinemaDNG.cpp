@@ -22,7 +22,7 @@ std::string ProviderCinemaDNG::GetUIString() const {
 }
 
 bool ProviderCinemaDNG::IsSequenceFile(const UTF16String& name) const {
-  return HasExtension(name, u".DNG");
+  return HasExtension(name, u".dng");
 }
 
 void ProviderCinemaDNG::AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const {

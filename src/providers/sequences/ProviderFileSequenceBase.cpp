@@ -154,9 +154,8 @@ void ProviderFileSequenceBase::AddIfExists(PathValues& values, const UTF16String
   if (PathUtils::ExistsOnDisk(path)) values.emplace_back(Hestra::MakeStdString(path));
 }
 
-bool ProviderFileSequenceBase::HasExtension(const UTF16String& name,
-                                            std::u16string_view extension) {
-  return FoldCase(PathUtils::GetExtensionPart(name)) == FoldCase(extension);
+bool ProviderFileSequenceBase::HasExtension(const UTF16String& name, std::u16string_view folded) {
+  return FoldCase(PathUtils::GetExtensionPart(name)) == folded;
 }
 
 }  // namespace Sorvik

@@ -46,8 +46,8 @@ class ProviderFileSequenceBase : public Provider {
   // regardless of case, hidden ones too. Nothing if its folder is none.
   static std::optional<PathValues> ListFrames(const std::string& filePath);
   static void AddIfExists(PathValues& values, const UTF16String& path);
-  // Compares the extension of `name` with `extension` (dot included) regardless of case.
-  static bool HasExtension(const UTF16String& name, std::u16string_view extension);
+  // Whether the extension of `name`, its dot included, folds to `folded`.
+  static bool HasExtension(const UTF16String& name, std::u16string_view folded);
 };
 
 }  // namespace Sorvik
