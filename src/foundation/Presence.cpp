@@ -28,8 +28,8 @@ bool IsPresent(const UTF16String& path, Lookup lookup) {
 
 bool IsWithin(std::u16string_view path, std::u16string_view folder) {
   const UTF16String whole = PathUtils::ToNormalizedPath(path);
-  const UTF16String top = PathUtils::ToNormalizedPath(folder);
-  return whole == top || whole.starts_with(PathUtils::AddTrailingSlash(top));
+  const UTF16String top = PathUtils::AddTrailingSlash(PathUtils::ToNormalizedPath(folder));
+  return whole.size() > top.size() && whole.starts_with(top);
 }
 
 }  // namespace Sorvik::foundation

@@ -18,7 +18,7 @@ enum class Lookup {
 
 bool IsPresent(const UTF16String& path, Lookup lookup);
 
-// True if `path` lies in `folder` or below it once both are normalised. By text alone; for paths
+// True if `path` lies below `folder` once both are normalised. By text alone; for paths
 // that a file on a card names, which must not lead off the card.
 bool IsWithin(std::u16string_view path, std::u16string_view folder);
 

@@ -5,6 +5,7 @@
 
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/Volumes.h"
+#include "providers/cards/Neighbours.h"
 
 namespace Sorvik::p2 {
 namespace {
@@ -19,12 +20,6 @@ void VisitOtherVolumes(const std::string& own, DirVisitor& visitor) {
   }
 }
 
-// A folder beside the card can only lie on another network mount than the card does by being its
-// mount point.
-bool IsOtherNetworkMount(const std::string& path) {
-  return platform::IsOnNetworkMount(path) && platform::IsMountPoint(path);
-}
-
 }  // namespace
 
 void VisitSiblingDirectories(const UTF16String& path, DirVisitor& visitor) {
@@ -33,7 +28,7 @@ void VisitSiblingDirectories(const UTF16String& path, DirVisitor& visitor) {
   if (dir.IsTopLevelDir() || platform::IsMountPoint(own)) return VisitOtherVolumes(own, visitor);
   for (const Dir& sibling : dir.Parent().Subdirs()) {
     if (sibling.FullPath() == dir.FullPath()) continue;
-    if (IsOtherNetworkMount(Hestra::MakeStdString(sibling.FullPath()))) continue;
+    if (!MayLookAt(sibling.FullPath(), dir.FullPath())) continue;
     if (!visitor.Visit(sibling)) return;
   }
 }
