@@ -87,4 +87,169 @@ std::vector<P2Clip> P2Shot(const std::vector<std::string>& ids, const std::strin
   return clips;
 }
 
+std::string XmlElement(std::string_view name, std::string_view attributes,
+                       std::string_view content) {
+  std::string text("<");
+  text.append(name).append(" ").append(attributes).append(">");
+  text.append(content).append("</").append(name).append(">");
+  return text;
+}
+
+std::string UmidOf(std::string_view name) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string umid = "060A2B340101010501010D4313000000";
+  for (const char c : name.substr(0, 16)) {
+    umid += kDigits[static_cast<unsigned char>(c) >> 4];
+    umid += kDigits[static_cast<unsigned char>(c) & 15];
+  }
+  umid.resize(64, '0');
+  return umid;
+}
+
+namespace {
+
+std::string UmidOfClip(const SonyClip& clip) {
+  return clip.umid.empty() ? UmidOf(clip.name) : clip.umid;
+}
+
+std::string Quoted(std::string_view name, std::string_view value) {
+  return std::string(name).append("=\"").append(value).append("\" ");
+}
+
+std::string PartXml(std::string_view name, const std::string& uri, std::string_view type,
+                    const std::string& more = {}) {
+  return XmlElement(name, Quoted("uri", uri) + Quoted("type", type) + more);
+}
+
+}  // namespace
+
+std::string NonRealTimeMetaXml(const SonyClip& clip) {
+  const std::string title =
+      clip.title.empty() ? "" : XmlElement("Title", Quoted("usAscii", clip.title));
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+         "<NonRealTimeMeta xmlns=\"urn:schemas-professionalDisc:nonRealTimeMeta:ver.1.30\" "
+         "lastUpdate=\"2012-02-03T04:05:06Z\">" +
+         XmlElement("TargetMaterial", Quoted("umidRef", UmidOfClip(clip))) +
+         XmlElement("Duration", Quoted("value", std::to_string(clip.frames))) +
+         "<LtcChangeTable tcFps=\"25\" halfStep=\"false\">"
+         "<LtcChange frameCount=\"0\" value=\"12302010\" status=\"increment\"/></LtcChangeTable>"
+         "<CreationDate value=\"2012-02-03T04:05:00Z\"/>" +
+         title + "<VideoFormat><VideoFrame videoCodec=\"MPEG2HD35_1440_1080_MP@HL\" " +
+         Quoted("captureFps", clip.rate) + Quoted("formatFps", clip.rate) +
+         "/><VideoLayout pixel=\"1440\" numOfVerticalLine=\"1080\" aspectRatio=\"16:9\"/>"
+         "</VideoFormat><AudioFormat numOfChannel=\"2\">"
+         "<AudioRecPort port=\"DIRECT\" audioCodec=\"LPCM16\" trackDst=\"CH1\"/></AudioFormat>"
+         "<Device manufacturer=\"Sony\" modelName=\"PMW-EX3\" serialNo=\"123\"/>"
+         "</NonRealTimeMeta>";
+}
+
+std::string MediaProXml(std::string_view materials) {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" +
+         XmlElement("MediaProfile",
+                    "xmlns=\"http://xmlns.sony.net/pro/metadata/mediaprofile\" version=\"2.10\"",
+                    "<Properties/>" + XmlElement("Contents", "", materials));
+}
+
+void MakeXDCAMDisc(const TempTree& tree, const std::string& card,
+                   const std::vector<SonyClip>& clips) {
+  std::string materials;
+  for (const SonyClip& clip : clips) {
+    tree.File(card + "/Clip/" + clip.name + "M01.XML", NonRealTimeMetaXml(clip));
+    tree.File(card + "/Clip/" + clip.name + ".MXF", "essence");
+    tree.File(card + "/Sub/" + clip.name + "S01.MP4", "proxy");
+    const std::string title = clip.title.empty() ? "" : Quoted("title", clip.title);
+    materials += XmlElement(
+        "Material",
+        Quoted("uri", "./Clip/" + clip.name + ".MXF") + Quoted("umid", UmidOfClip(clip)) + title,
+        PartXml("Proxy", "./Sub/" + clip.name + "S01.MP4", "MP4") +
+            PartXml("RelevantInfo", "./Clip/" + clip.name + "M01.XML", "XML"));
+  }
+  tree.Folder(card + "/Clip");
+  tree.Folder(card + "/Sub");
+  tree.Folder(card + "/General");
+  tree.File(card + "/MEDIAPRO.XML", MediaProXml(materials));
+  tree.File(card + "/DISCMETA.XML", "<DiscMeta/>");
+  tree.File(card + "/ALIAS.XML", "<aliasList/>");
+}
+
+void MakeXDCAMProav(const TempTree& tree, const std::string& card,
+                    const std::vector<SonyClip>& clips) {
+  std::string table;
+  for (const SonyClip& clip : clips) {
+    const std::string folder = card + "/PROAV/CLPR/" + clip.name + "/" + clip.name;
+    tree.File(folder + "M01.XML", NonRealTimeMetaXml(clip));
+    for (const char* end : {"C01.SMI", "V01.MXF", "A01.MXF", "A02.MXF", "S01.MXF", "R01.BIM"}) {
+      tree.File(folder + end, "file");
+    }
+    const auto file = [&clip](std::string_view name, const char* end) {
+      return XmlElement(name, Quoted("file", clip.name + end));
+    };
+    table += XmlElement("clip", Quoted("clipId", clip.name) + Quoted("file", clip.name + "C01.SMI"),
+                        file("video", "V01.MXF") + file("audio", "A01.MXF") +
+                            file("audio", "A02.MXF") + file("subStream", "S01.MXF") +
+                            file("rtmeta", "R01.BIM") + file("meta", "M01.XML"));
+  }
+  tree.Folder(card + "/PROAV/CLPR");
+  tree.File(card + "/PROAV/INDEX.XML",
+            XmlElement("indexFile", "", XmlElement("clipTable", "path=\"/PROAV/CLPR/\"", table)));
+  tree.File(card + "/PROAV/DISCMETA.XML", "<DiscMeta/>");
+  tree.File(card + "/PROAV/DISCINFO.XML", "<DiscInfo/>");
+}
+
+namespace {
+
+std::string AddEXClip(const TempTree& tree, const std::string& card, const SonyClip& clip) {
+  const std::string uri = "./CLPR/" + clip.name + "/" + clip.name;
+  const std::string place = card + "/BPAV/" + uri.substr(2);
+  tree.File(place + "M01.XML", NonRealTimeMetaXml(clip));
+  for (const char* end : {".MP4", ".SMI", "R01.BIM", "I01.PPN"}) tree.File(place + end, "file");
+  const std::string umid = Quoted("umid", UmidOfClip(clip));
+  return XmlElement("Material", Quoted("uri", uri + ".SMI") + Quoted("type", "PD-EDL") + umid,
+                    PartXml("Component", uri + ".MP4", "MP4", umid + Quoted("dur", "100")) +
+                        PartXml("RelevantInfo", uri + "M01.XML", "XML") +
+                        PartXml("RelevantInfo", uri + "R01.BIM", "BiM") +
+                        PartXml("RelevantInfo", uri + "I01.PPN", "PPN"));
+}
+
+std::string AddEXTake(const TempTree& tree, const std::string& card, const EXTake& take) {
+  const std::string uri = "./TAKR/" + take.name + "/" + take.name;
+  const std::string place = card + "/BPAV/" + uri.substr(2);
+  std::string parts;
+  std::string components;
+  const auto& sources = take.sources.empty() ? take.clips : take.sources;
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    const bool open = !take.complete && i + 1 == sources.size();
+    parts += XmlElement("ref", Quoted("src", "urn:smpte:umid:" + UmidOf(sources[i])) +
+                                   Quoted("clipBegin", "smpte-25=00:00:00:00") +
+                                   (open ? "" : Quoted("clipEnd", "smpte-25=00:00:04:00")));
+  }
+  for (const std::string& clip : take.clips) {
+    components += PartXml("Component", "./CLPR/" + clip + "/" + clip + ".SMI", "PD-EDL",
+                          Quoted("umid", UmidOf(clip)));
+  }
+  if (take.playlist) {
+    tree.File(place + ".SMI", XmlElement("smil", Quoted("umid", UmidOf(take.name)),
+                                         XmlElement("body", "", XmlElement("par", "", parts))));
+  }
+  tree.File(place + "M01.XML", NonRealTimeMetaXml({.name = take.name}));
+  return XmlElement(
+      "Material",
+      Quoted("uri", uri + ".SMI") + Quoted("type", "PD-EDL") + Quoted("umid", UmidOf(take.name)),
+      components + PartXml("RelevantInfo", uri + "M01.XML", "XML"));
+}
+
+}  // namespace
+
+void MakeXDCAMEXCard(const TempTree& tree, const std::string& card,
+                     const std::vector<SonyClip>& clips, const std::vector<EXTake>& takes) {
+  std::string materials;
+  for (const SonyClip& clip : clips) materials += AddEXClip(tree, card, clip);
+  for (const EXTake& take : takes) materials += AddEXTake(tree, card, take);
+  tree.Folder(card + "/BPAV/CLPR");
+  tree.Folder(card + "/BPAV/TAKR");
+  tree.File(card + "/BPAV/MEDIAPRO.XML", MediaProXml(materials));
+  tree.File(card + "/BPAV/MEDIAPRO.BAK", "backup");
+  tree.File(card + "/BPAV/CUEUP.XML", std::string(64, '\xFF'));
+}
+
 }  // namespace sorvik_test

@@ -38,4 +38,42 @@ void AddP2Clip(const TempTree& tree, const std::string& card, const P2Clip& clip
 // The clips `ids` linked to one shot, in playing order.
 std::vector<P2Clip> P2Shot(const std::vector<std::string>& ids, const std::string& shotId);
 
+// --- Sony ---
+
+struct SonyClip {
+  std::string name;
+  std::string umid = {};  // that of the name if empty
+  std::string title = {};
+  int frames = 100;
+  std::string rate = "25p";
+};
+
+// 64 hexadecimal digits made of the name.
+std::string UmidOf(std::string_view name);
+std::string NonRealTimeMetaXml(const SonyClip& clip);
+// An XML element with attributes given as `a="1" b="2"`.
+std::string XmlElement(std::string_view name, std::string_view attributes,
+                       std::string_view content = {});
+// A material list of these Material elements.
+std::string MediaProXml(std::string_view materials);
+
+// A disc in good order: 100 for the provider. Each clip has a proxy in Sub.
+void MakeXDCAMDisc(const TempTree& tree, const std::string& card,
+                   const std::vector<SonyClip>& clips);
+// The same in the layout below PROAV. Each clip has video, sound and metadata files.
+void MakeXDCAMProav(const TempTree& tree, const std::string& card,
+                    const std::vector<SonyClip>& clips);
+
+struct EXTake {
+  std::string name;
+  std::vector<std::string> clips;         // names of the components in the material list
+  std::vector<std::string> sources = {};  // names in the playlist; those of the list if empty
+  bool complete = true;
+  bool playlist = true;
+};
+
+// A card with takes: 100 for the provider. Clip folders hold all files that cameras write.
+void MakeXDCAMEXCard(const TempTree& tree, const std::string& card,
+                     const std::vector<SonyClip>& clips, const std::vector<EXTake>& takes = {});
+
 }  // namespace sorvik_test

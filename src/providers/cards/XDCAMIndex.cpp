@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#include "providers/cards/XDCAMIndex.h"
+
+#include <utility>
+
+#include "foundation/CallScope.h"
+#include "foundation/XercesDocument.h"
+#include "foundation/hestra/PathUtils.h"
+
+namespace Sorvik::xdcam {
+namespace {
+
+using foundation::CallScope;
+using foundation::FindChildElement;
+using foundation::FindNextSiblingElement;
+using foundation::GetElementAttribute;
+using foundation::TextIndex;
+using foundation::XercesDocument;
+using foundation::XercesElement;
+using foundation::sony::Material;
+using foundation::sony::MediaProfile;
+
+struct MaterialUris {
+  std::shared_ptr<const MediaProfile> list;
+  std::shared_ptr<const TextIndex> uris;
+};
+
+MaterialUris ReadMaterialUris(const UTF16String& path) {
+  auto list = MediaProfile::Of(path);
+  std::vector<UTF16String> uris;
+  for (const Material& material : list->Materials()) uris.push_back(material.uri);
+  return {std::move(list), std::make_shared<const TextIndex>(std::move(uris))};
+}
+
+struct ClipTable {
+  std::vector<IndexedClip> clips;
+  std::shared_ptr<const TextIndex> ids;
+};
+
+// A folder bears the id, and no longer name can be one.
+constexpr std::size_t kLongestClipId = 255;
+
+void AddFileOf(XercesElement element, IndexedClip& clip) {
+  UTF16String file;
+  GetElementAttribute(element, u"file", file);
+  if (!file.empty()) clip.files.push_back(std::move(file));
+}
+
+IndexedClip ReadClip(XercesElement element) {
+  IndexedClip clip;
+  GetElementAttribute(element, u"clipId", clip.clipId);
+  if (clip.clipId.size() > kLongestClipId) clip.clipId.clear();
+  AddFileOf(element, clip);
+  for (const char16_t* name : {u"subStream", u"rtmeta"}) {
+    AddFileOf(FindChildElement(element, name), clip);
+  }
+  for (const char16_t* name : {u"meta", u"audio"}) {
+    for (XercesElement child = FindChildElement(element, name); child;
+         child = FindNextSiblingElement(child, name)) {
+      AddFileOf(child, clip);
+    }
+  }
+  return clip;
+}
+
+ClipTable ReadClipTable(const UTF16String& path) {
+  ClipTable table;
+  std::vector<UTF16String> ids;
+  if (const auto document = XercesDocument::ReadFile(path)) {
+    const XercesElement element = FindChildElement(document->Root(), u"clipTable");
+    for (XercesElement clip = FindChildElement(element, u"clip"); clip;
+         clip = FindNextSiblingElement(clip, u"clip")) {
+      table.clips.push_back(ReadClip(clip));
+      ids.push_back(table.clips.back().clipId);
+    }
+  }
+  table.ids = std::make_shared<const TextIndex>(std::move(ids));
+  return table;
+}
+
+}  // namespace
+
+std::shared_ptr<const Material> FindMaterial(const UTF16String& root,
+                                             std::u16string_view essenceFile) {
+  const UTF16String path = Hestra::PathUtils::CombinePaths(root, u"MEDIAPRO.XML");
+  const auto record = CallScope::Remember<MaterialUris>(Hestra::MakeStdString(path),
+                                                        [&path] { return ReadMaterialUris(path); });
+  const auto place = record->uris->FirstHolding(essenceFile);
+  if (!place) return nullptr;
+  return {record->list, &record->list->Materials()[*place]};
+}
+
+std::shared_ptr<const IndexedClip> FindIndexedClip(const UTF16String& path,
+                                                   std::u16string_view key) {
+  const auto table = CallScope::Remember<ClipTable>(Hestra::MakeStdString(path),
+                                                    [&path] { return ReadClipTable(path); });
+  const auto place = table->ids->FirstHeldBy(key);
+  if (!place) return nullptr;
+  return {table, &table->clips[*place]};
+}
+
+}  // namespace Sorvik::xdcam
