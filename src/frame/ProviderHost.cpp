@@ -11,6 +11,8 @@
 #include "foundation/CallScope.h"
 #include "frame/RequestQueue.h"
 #include "providers/cards/ProviderP2.h"
+#include "providers/cards/ProviderXDCAM.h"
+#include "providers/cards/ProviderXDCAMEX.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
@@ -39,7 +41,9 @@ struct ProviderRow {
 constexpr ProviderRow kProviders[] = {
     {Make<WinProviderDirectory>, nullptr},
     {Make<WinProviderVolume>, nullptr},
+    {Make<ProviderXDCAM>, nullptr},
     {Make<ProviderP2>, nullptr},
+    {Make<ProviderXDCAMEX>, nullptr},
     {Make<ProviderSonyHDV>, CheckSonyHDVFolder},
     {Make<ProviderAVCHD>, CheckAVCHDFolder},
     {Make<ProviderRED>, CheckREDFolder},

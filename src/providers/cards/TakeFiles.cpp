@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: MIT
+#include "providers/cards/TakeFiles.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_set>
+#include <utility>
+
+#include "foundation/CallScope.h"
+#include "foundation/FoldedNames.h"
+#include "foundation/Presence.h"
+#include "foundation/hestra/Directory.h"
+#include "foundation/hestra/PathUtils.h"
+#include "foundation/sony/TakePlaylist.h"
+#include "providers/cards/Neighbours.h"
+
+namespace Sorvik::xdcamex {
+namespace {
+
+namespace PathUtils = Hestra::PathUtils;
+using foundation::CallScope;
+using foundation::IsPresent;
+using foundation::Lookup;
+using foundation::sony::TakePlaylist;
+using PathUtils::CombinePaths;
+using tarnwick::utility::FoldCase;
+
+using Umids = std::vector<UTF16String>;
+
+constexpr std::u16string_view kCardFolder = u"/BPAV";
+
+// A record of one of the lists that have been taken in so far.
+struct EntryRef {
+  std::size_t card;
+  std::size_t place;
+
+  friend auto operator<=>(const EntryRef&, const EntryRef&) = default;
+};
+
+// The records of several lists, one behind the other, without copying them. Records can be taken
+// out.
+class WorkingList {
+ public:
+  void Add(std::shared_ptr<const MediaProCard> card) { cards_.push_back(std::move(card)); }
+
+  const MediaProEntry& At(EntryRef ref) const { return cards_[ref.card]->Entries()[ref.place]; }
+  void TakeOut(EntryRef ref) { gone_.insert(ref); }
+
+  std::optional<EntryRef> WithUmid(std::u16string_view umid) const {
+    return First([umid](const MediaProCard& card) { return card.WithUmid(umid); },
+                 [](const MediaProEntry&) { return true; });
+  }
+  // The first take with that component, in any list or only in the one at `mediaProPath`.
+  std::optional<EntryRef> TakeWith(std::u16string_view umid,
+                                   const UTF16String& mediaProPath = {}) const {
+    return First([umid](const MediaProCard& card) { return card.TakesWith(umid); },
+                 [&mediaProPath](const MediaProEntry& entry) {
+                   return mediaProPath.empty() || entry.mediaProPath == mediaProPath;
+                 });
+  }
+
+ private:
+  template <class Lookup, class Accept>
+  std::optional<EntryRef> First(Lookup lookup, Accept accept) const {
+    for (std::size_t card = 0; card < cards_.size(); ++card) {
+      const std::vector<std::size_t>* places = lookup(*cards_[card]);
+      if (places == nullptr) continue;
+      for (const std::size_t place : *places) {
+        const EntryRef ref{card, place};
+        if (!gone_.contains(ref) && accept(At(ref))) return ref;
+      }
+    }
+    return std::nullopt;
+  }
+
+  std::vector<std::shared_ptr<const MediaProCard>> cards_;
+  std::set<EntryRef> gone_;
+};
+
+UTF16String ListOfCard(const UTF16String& mp4Path) {
+  const auto card = mp4Path.rfind(kCardFolder);
+  if (card == mp4Path.npos) return {};
+  const UTF16String folder = mp4Path.substr(0, card + kCardFolder.size());
+  return CombinePaths(folder, u"MEDIAPRO.XML");
+}
+
+void AddSideFiles(const UTF16String& mediaPro, std::vector<UTF16String>& sideFiles) {
+  const UTF16String folder = PathUtils::GetFullDirectoryPart(mediaPro);
+  for (const char16_t* name : {u"MEDIAPRO.BAK", u"CUEUP.XML"}) {
+    UTF16String path = folder + name;
+    if (IsPresent(path, Lookup::kListing)) sideFiles.push_back(std::move(path));
+  }
+  sideFiles.push_back(folder + u"TAKR");
+}
+
+struct PlaylistRecord {
+  std::optional<TakePlaylist> playlist;
+};
+
+std::optional<TakePlaylist> ReadTakePlaylist(const UTF16String& smiPath) {
+  return CallScope::Remember<PlaylistRecord>(
+             Hestra::MakeStdString(smiPath),
+             [&smiPath] { return PlaylistRecord{TakePlaylist::Read(smiPath)}; })
+      ->playlist;
+}
+
+struct NeighbourLists {
+  std::vector<UTF16String> paths;
+};
+
+// Where the lists of the cards beside this one would lie. Nothing is known to be beside a card at
+// the top of the file tree.
+std::shared_ptr<const NeighbourLists> ListsBeside(const UTF16String& mediaPro) {
+  const UTF16String root = mediaPro.substr(0, mediaPro.rfind(kCardFolder));
+  const auto separator = root.rfind(PathUtils::kSeparator);
+  if (separator == root.npos || separator == 0) return std::make_shared<NeighbourLists>();
+  return CallScope::Remember<NeighbourLists>(Hestra::MakeStdString(root), [&] {
+    NeighbourLists lists;
+    std::vector<UTF16String> files;
+    std::vector<UTF16String> folders;
+    Hestra::Directory::GetContainedFileAndDirectoryPaths(root.substr(0, separator), files, folders);
+    for (const UTF16String& folder : folders) {
+      UTF16String list = folder + UTF16String(kCardFolder) + u"/MEDIAPRO.XML";
+      if (list != mediaPro && MayLookAt(folder, root)) lists.paths.push_back(std::move(list));
+    }
+    return lists;
+  });
+}
+
+// Follows the steps in which a take is put together from its parts.
+class TakeSearch {
+ public:
+  TakeSearch(UTF16String mediaPro, WorkingList entries, EntryRef clip, EntryRef take)
+      : mediaPro_(std::move(mediaPro)),
+        entries_(std::move(entries)),
+        clip_(entries_.At(clip)),
+        take_(entries_.At(take)) {}
+
+  TakeFiles Run() {
+    ReadOwnPlaylist();
+    NoteMissing();
+    if (!missing_.empty()) SearchNeighbours();
+    Expand();
+    if (!NamesClip()) {
+      sources_ = take_.componentUmids;
+      Expand();
+    }
+    // The clip that was asked about is a part, whatever the playlist says.
+    if (!Names(sources_, clip_.umid)) sources_.insert(sources_.begin(), clip_.umid);
+    return Collect();
+  }
+
+ private:
+  static bool Names(const Umids& umids, std::u16string_view umid) {
+    const UTF16String folded = FoldCase(umid);
+    return std::ranges::any_of(umids,
+                               [&folded](const UTF16String& u) { return FoldCase(u) == folded; });
+  }
+
+  // A playlist that names nothing known stands for none: the list's own components do.
+  void ReadOwnPlaylist() {
+    sources_ = take_.componentUmids;
+    if (take_.materialPath.empty() || !IsPresent(take_.materialPath, Lookup::kListing)) return;
+    auto playlist = ReadTakePlaylist(take_.materialPath);
+    if (!playlist) return;
+    const bool known = std::ranges::any_of(playlist->sources, [this](const UTF16String& umid) {
+      return entries_.WithUmid(umid).has_value();
+    });
+    if (!known) return;
+    sources_ = std::move(playlist->sources);
+    complete_ = playlist->complete;
+  }
+
+  void NoteMissing() {
+    for (const UTF16String& umid : take_.componentUmids) {
+      if (!umid.empty() && !entries_.WithUmid(umid)) missing_.insert(FoldCase(umid));
+    }
+  }
+
+  void SearchNeighbours() {
+    UTF16String last = complete_ || sources_.empty() ? UTF16String() : sources_.back();
+    const auto lists = ListsBeside(mediaPro_);
+    for (const UTF16String& other : lists->paths) {
+      const auto card = MediaProCard::Of(other);
+      if (card->Entries().empty()) continue;
+      entries_.Add(card);
+      std::erase_if(missing_, [&card](const UTF16String& umid) { return card->WithUmid(umid); });
+      if (!complete_) Continue(last);
+      if (missing_.empty() && complete_) return;
+    }
+  }
+
+  // Where a take goes on, the part named last has a playlist of its own on its card.
+  void Continue(UTF16String& last) {
+    const auto record = entries_.WithUmid(last);
+    if (!record) return;
+    auto playlist = ReadTakePlaylist(entries_.At(*record).materialPath);
+    if (!playlist) return;
+    if (playlist->complete) {
+      sources_ = std::move(playlist->sources);
+      complete_ = true;
+    } else if (!playlist->sources.empty()) {
+      last = playlist->sources.back();
+    }
+  }
+
+  // Takes among the sources stand for their components. Each counts once, for takes may hold
+  // themselves or one another.
+  void Expand() {
+    std::set<UTF16String> expanded;
+    for (std::size_t i = 0; i < sources_.size(); ++i) {
+      const auto record = entries_.WithUmid(sources_[i]);
+      if (!record || entries_.At(*record).kind != MediaProEntry::kTake) continue;
+      if (!expanded.insert(FoldCase(sources_[i])).second) continue;
+      sources_ = Umids(entries_.At(*record).componentUmids);
+      i = static_cast<std::size_t>(-1);  // from the start again
+    }
+  }
+
+  bool NamesClip() const {
+    return std::ranges::any_of(sources_, [this](const UTF16String& umid) {
+      const auto record = entries_.WithUmid(umid);
+      return record && entries_.At(*record).kind == MediaProEntry::kClip;
+    });
+  }
+
+  TakeFiles Collect() {
+    TakeFiles files;
+    for (const UTF16String& umid : sources_) {
+      const auto record = entries_.WithUmid(umid);
+      if (!record) continue;
+      entries_.TakeOut(*record);
+      const MediaProEntry& entry = entries_.At(*record);
+      if (entry.kind != MediaProEntry::kClip) continue;
+      files.clips.push_back(entry);
+      if (std::ranges::find(files.mediaProFiles, entry.mediaProPath) == files.mediaProFiles.end()) {
+        files.mediaProFiles.push_back(entry.mediaProPath);
+        AddSideFiles(entry.mediaProPath, files.sideFiles);
+      }
+      if (const auto take = entries_.TakeWith(umid, entry.mediaProPath)) {
+        entries_.TakeOut(*take);
+        files.takes.push_back(entries_.At(*take));
+      }
+    }
+    return files;
+  }
+
+  const UTF16String mediaPro_;
+  WorkingList entries_;
+  const MediaProEntry& clip_;  // both owned by the cards in the list
+  const MediaProEntry& take_;
+  Umids sources_;
+  bool complete_ = true;
+  std::unordered_set<UTF16String> missing_;  // components that no list names, folded
+};
+
+void AddIfThere(const UTF16String& path, std::vector<UTF16String>& paths) {
+  if (path.empty()) return;
+  if (auto found = foundation::FoundOnDisk(path)) paths.push_back(std::move(*found));
+}
+
+}  // namespace
+
+TakeFiles GatherTake(const UTF16String& mp4Path) {
+  TakeFiles files;
+  const UTF16String mediaPro = ListOfCard(mp4Path);
+  if (mediaPro.empty() || !IsPresent(mediaPro, Lookup::kListing)) return files;
+  files.mediaProFiles.push_back(mediaPro);
+  AddSideFiles(mediaPro, files.sideFiles);
+  const auto card = MediaProCard::Of(mediaPro);
+  const auto place = card->OfEssence(PathUtils::GetFullFilePart(mp4Path));
+  if (!place) return files;
+  WorkingList entries;
+  entries.Add(card);
+  const EntryRef clip{0, *place};
+  const auto take = entries.TakeWith(entries.At(clip).umid);
+  if (take) return TakeSearch(mediaPro, std::move(entries), clip, *take).Run();
+  files.clips.push_back(entries.At(clip));
+  return files;
+}
+
+std::vector<UTF16String> PathsOf(const TakeFiles& files, const UTF16String& own) {
+  std::vector<UTF16String> paths;
+  const UTF16String foldedOwn = FoldCase(own);
+  for (const MediaProEntry& clip : files.clips) {
+    if (FoldCase(clip.essencePath) != foldedOwn) AddIfThere(clip.essencePath, paths);
+    for (const auto& path :
+         {clip.xmlPath, clip.bimPath, clip.ppnPath, clip.materialPath, clip.xmpPath}) {
+      AddIfThere(path, paths);
+    }
+  }
+  for (const MediaProEntry& take : files.takes) {
+    AddIfThere(take.xmlPath, paths);
+    AddIfThere(take.materialPath, paths);
+  }
+  for (const auto* list : {&files.mediaProFiles, &files.sideFiles}) {
+    for (const UTF16String& path : *list) {
+      if (IsPresent(path, Lookup::kListing)) paths.push_back(path);
+    }
+  }
+  return paths;
+}
+
+}  // namespace Sorvik::xdcamex
