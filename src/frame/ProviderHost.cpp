@@ -10,6 +10,7 @@
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
 #include "frame/RequestQueue.h"
+#include "providers/cards/CardChecks.h"
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
@@ -41,9 +42,9 @@ struct ProviderRow {
 constexpr ProviderRow kProviders[] = {
     {Make<WinProviderDirectory>, nullptr},
     {Make<WinProviderVolume>, nullptr},
-    {Make<ProviderXDCAM>, nullptr},
-    {Make<ProviderP2>, nullptr},
-    {Make<ProviderXDCAMEX>, nullptr},
+    {Make<ProviderXDCAM>, CheckXDCAMMedium},
+    {Make<ProviderP2>, CheckP2Card},
+    {Make<ProviderXDCAMEX>, CheckXDCAMEXCard},
     {Make<ProviderSonyHDV>, CheckSonyHDVFolder},
     {Make<ProviderAVCHD>, CheckAVCHDFolder},
     {Make<ProviderRED>, CheckREDFolder},

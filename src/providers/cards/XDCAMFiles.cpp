@@ -37,13 +37,6 @@ std::u16string_view CleanRelativeUri(std::u16string_view uri) {
   return uri;
 }
 
-// Nothing for a path that leads off the medium.
-std::optional<UTF16String> PathOnMedium(const UTF16String& root, std::u16string_view relative) {
-  UTF16String path = CombinePaths(root, relative);
-  if (!foundation::IsWithin(path, root)) return std::nullopt;
-  return path;
-}
-
 std::shared_ptr<const Material> MaterialOf(const UTF16String& root, const UTF16String& xmlPath) {
   return FindMaterial(root,
                       PathUtils::GetFullFilePart(EssenceForClipXml(xmlPath, Lookup::kListing)));
@@ -102,7 +95,7 @@ DiscPaths ListDisc(const UTF16String& root) {
 void AddMaterialFiles(const UTF16String& root, const Material& material, Paths& paths) {
   for (const MaterialPart& part : material.parts) {
     if (part.kind != MaterialPart::Kind::kRelevantInfo) continue;
-    const auto path = PathOnMedium(root, CleanRelativeUri(part.uri));
+    const auto path = PathOfUri(root, part.uri);
     if (!path) continue;
     AddPathIfExists(*path, paths);
     if (part.type != u"XML") continue;
@@ -111,7 +104,7 @@ void AddMaterialFiles(const UTF16String& root, const Material& material, Paths& 
     }
   }
   if (const MaterialPart* proxy = material.First(MaterialPart::Kind::kProxy)) {
-    if (const auto path = PathOnMedium(root, CleanRelativeUri(proxy->uri))) {
+    if (const auto path = PathOfUri(root, proxy->uri)) {
       AddPathIfExists(*path, paths);
     }
   }
@@ -155,6 +148,12 @@ void AddClipFilesFromIndex(const UTF16String& root, const UTF16String& xmlPath, 
 
 }  // namespace
 
+std::optional<UTF16String> PathOfUri(const UTF16String& root, std::u16string_view uri) {
+  UTF16String path = CombinePaths(root, CleanRelativeUri(uri));
+  if (!foundation::IsWithin(path, root)) return std::nullopt;
+  return path;
+}
+
 bool IsInDiscLayout(std::u16string_view xmlPath) {
   const UTF16String folder =
       PathUtils::RemoveTrailingSlash(PathUtils::GetFullDirectoryPart(xmlPath));
@@ -174,7 +173,7 @@ std::optional<UTF16String> ProxyPathOf(const UTF16String& root, const UTF16Strin
   const auto material = MaterialOf(root, xmlPath);
   if (!material) return std::nullopt;
   const MaterialPart* proxy = material->First(MaterialPart::Kind::kProxy);
-  return proxy == nullptr ? std::nullopt : PathOnMedium(root, CleanRelativeUri(proxy->uri));
+  return proxy == nullptr ? std::nullopt : PathOfUri(root, proxy->uri);
 }
 
 std::optional<ClipFiles> DiscExtraPaths(const UTF16String& root, const UTF16String& xmlPath) {

@@ -25,6 +25,9 @@ bool IsInDiscLayout(std::u16string_view xmlPath);
 // path isn't that of a clip XML.
 UTF16String EssenceForClipXml(const UTF16String& xmlPath, foundation::Lookup lookup);
 
+// The place on the medium that a uri of the material list names; nothing for one that leads off it.
+std::optional<UTF16String> PathOfUri(const UTF16String& root, std::u16string_view uri);
+
 // Where the proxy of the clip should lie by the material list of the disc layout.
 std::optional<UTF16String> ProxyPathOf(const UTF16String& root, const UTF16String& xmlPath);
 

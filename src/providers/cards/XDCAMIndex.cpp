@@ -78,6 +78,11 @@ ClipTable ReadClipTable(const UTF16String& path) {
   return table;
 }
 
+std::shared_ptr<const ClipTable> TableOf(const UTF16String& path) {
+  return CallScope::Remember<ClipTable>(Hestra::MakeStdString(path),
+                                        [&path] { return ReadClipTable(path); });
+}
+
 }  // namespace
 
 std::shared_ptr<const Material> FindMaterial(const UTF16String& root,
@@ -90,10 +95,14 @@ std::shared_ptr<const Material> FindMaterial(const UTF16String& root,
   return {record->list, &record->list->Materials()[*place]};
 }
 
+std::shared_ptr<const std::vector<IndexedClip>> IndexedClips(const UTF16String& path) {
+  const auto table = TableOf(path);
+  return {table, &table->clips};
+}
+
 std::shared_ptr<const IndexedClip> FindIndexedClip(const UTF16String& path,
                                                    std::u16string_view key) {
-  const auto table = CallScope::Remember<ClipTable>(Hestra::MakeStdString(path),
-                                                    [&path] { return ReadClipTable(path); });
+  const auto table = TableOf(path);
   const auto place = table->ids->FirstHeldBy(key);
   if (!place) return nullptr;
   return {table, &table->clips[*place]};

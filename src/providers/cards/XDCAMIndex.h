@@ -28,6 +28,9 @@ struct IndexedClip {
   std::vector<UTF16String> files;
 };
 
+// All clips of the table in INDEX.XML at `path`, in document order.
+std::shared_ptr<const std::vector<IndexedClip>> IndexedClips(const UTF16String& path);
+
 // The first clip of the table in INDEX.XML at `path` whose id occurs in `key`, with the table that
 // owns it; null if there is none.
 std::shared_ptr<const IndexedClip> FindIndexedClip(const UTF16String& path,

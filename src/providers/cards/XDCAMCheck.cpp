@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+#include <set>
+#include <string>
+
+#include "foundation/CallScope.h"
+#include "foundation/Presence.h"
+#include "foundation/hestra/PathUtils.h"
+#include "foundation/sony/MediaProfile.h"
+#include "providers/cards/CardChecks.h"
+#include "providers/cards/MediaPro.h"
+#include "providers/cards/TakeFiles.h"
+#include "providers/cards/XDCAMFiles.h"
+#include "providers/cards/XDCAMIndex.h"
+
+namespace Sorvik {
+namespace {
+
+namespace PathUtils = Hestra::PathUtils;
+using foundation::sony::Material;
+using foundation::sony::MaterialPart;
+using foundation::sony::MediaProfile;
+using PathUtils::CombinePaths;
+using xdcamex::MediaProCard;
+using xdcamex::MediaProEntry;
+
+void Require(StructureFindings& findings, const UTF16String& key, const char* kind,
+             const UTF16String& path) {
+  if (path.empty() || foundation::IsPresent(path, foundation::Lookup::kListing)) return;
+  findings.missing.push_back({Hestra::MakeStdString(key), kind, Hestra::MakeStdString(path)});
+}
+
+const char* KindOf(const MaterialPart& part) {
+  if (part.kind == MaterialPart::Kind::kProxy) return "proxy";
+  if (part.kind == MaterialPart::Kind::kComponent) return "component";
+  return part.type == u"XML" ? "clip record" : "relevant information";
+}
+
+// The clip XML of a material is the key of its entry.
+UTF16String KeyOf(const UTF16String& root, const Material& material) {
+  for (const MaterialPart& part : material.parts) {
+    if (part.kind != MaterialPart::Kind::kRelevantInfo || part.type != u"XML") continue;
+    return xdcam::PathOfUri(root, part.uri).value_or(UTF16String());
+  }
+  return {};
+}
+
+void CheckDisc(const UTF16String& root, StructureFindings& findings) {
+  const auto list = MediaProfile::Of(CombinePaths(root, u"MEDIAPRO.XML"));
+  for (const Material& material : list->Materials()) {
+    const UTF16String key = KeyOf(root, material);
+    if (const auto essence = xdcam::PathOfUri(root, material.uri)) {
+      Require(findings, key, "essence", *essence);
+    }
+    for (const MaterialPart& part : material.parts) {
+      if (const auto path = xdcam::PathOfUri(root, part.uri)) {
+        Require(findings, key, KindOf(part), *path);
+      }
+    }
+  }
+}
+
+void CheckProav(const UTF16String& root, StructureFindings& findings) {
+  const UTF16String proav = CombinePaths(root, xdcam::kProav);
+  const auto clips = xdcam::IndexedClips(CombinePaths(proav, u"INDEX.XML"));
+  for (const xdcam::IndexedClip& clip : *clips) {
+    const UTF16String folder = CombinePaths(CombinePaths(proav, xdcam::kClpr), clip.clipId);
+    if (clip.clipId.empty() || !foundation::IsWithin(folder, root)) continue;
+    const UTF16String key = CombinePaths(folder, clip.clipId + xdcam::kClipXmlEnd);
+    Require(findings, key, "essence", xdcam::EssenceForClipXml(key, foundation::Lookup::kListing));
+    for (const UTF16String& file : clip.files) {
+      const UTF16String path = CombinePaths(folder, file);
+      if (foundation::IsWithin(path, root)) Require(findings, key, "clip file", path);
+    }
+  }
+}
+
+void CheckClipOfCard(const MediaProEntry& clip, StructureFindings& findings) {
+  // The playlist of a single clip is left out: some cameras list it without writing it.
+  Require(findings, clip.xmlPath, "essence", clip.essencePath);
+  Require(findings, clip.xmlPath, "clip record", clip.xmlPath);
+  Require(findings, clip.xmlPath, "BIM file", clip.bimPath);
+  Require(findings, clip.xmlPath, "PPN file", clip.ppnPath);
+}
+
+// The first clip of a take that lies on this card; null if none does.
+const MediaProEntry* ClipOfTake(const MediaProCard& card, const MediaProEntry& take) {
+  for (const UTF16String& umid : take.componentUmids) {
+    const auto* places = card.WithUmid(umid);
+    if (places != nullptr) return &card.Entries()[places->front()];
+  }
+  return nullptr;
+}
+
+void CheckTake(const MediaProCard& card, const MediaProEntry& take, StructureFindings& findings) {
+  Require(findings, {}, "take record", take.xmlPath);
+  Require(findings, {}, "take playlist", take.materialPath);
+  const MediaProEntry* clip = ClipOfTake(card, take);
+  if (clip == nullptr) return;
+  std::set<UTF16String> found;
+  const xdcamex::TakeFiles files = xdcamex::GatherTake(clip->essencePath);
+  for (const MediaProEntry& part : files.clips)
+    found.insert(tarnwick::utility::FoldCase(part.umid));
+  for (const UTF16String& umid : take.componentUmids) {
+    const bool known =
+        found.contains(tarnwick::utility::FoldCase(umid)) || card.WithUmid(umid) != nullptr;
+    if (known) continue;
+    findings.missing.push_back(
+        {Hestra::MakeStdString(clip->xmlPath), "span", Hestra::MakeStdString(umid)});
+  }
+}
+
+}  // namespace
+
+StructureFindings CheckXDCAMMedium(const std::string& path) {
+  const foundation::CallScope scope;
+  StructureFindings findings;
+  const UTF16String root = PathUtils::RemoveTrailingSlash(Hestra::MakeString(path));
+  if (PathUtils::ExistsOnDisk(CombinePaths(root, xdcam::kClipFolder))) {
+    CheckDisc(root, findings);
+  } else {
+    CheckProav(root, findings);
+  }
+  return findings;
+}
+
+StructureFindings CheckXDCAMEXCard(const std::string& path) {
+  const foundation::CallScope scope;
+  StructureFindings findings;
+  const UTF16String list = CombinePaths(Hestra::MakeString(path), u"BPAV/MEDIAPRO.XML");
+  const auto card = MediaProCard::Of(list);
+  for (const MediaProEntry& entry : card->Entries()) {
+    if (entry.kind == MediaProEntry::kClip) CheckClipOfCard(entry, findings);
+    if (entry.kind == MediaProEntry::kTake) CheckTake(*card, entry, findings);
+  }
+  return findings;
+}
+
+}  // namespace Sorvik

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "providers/cards/CardChecks.h"
+#include "support/Cards.h"
+
+namespace {
+
+using namespace Sorvik;
+using namespace sorvik_test;
+using Lines = std::vector<std::string>;
+
+// "kind path" of each missing part, below the tree's root.
+Lines Missing(const StructureFindings& findings, const TempTree& tree) {
+  Lines lines;
+  for (const StructurePart& part : findings.missing) {
+    const bool below = part.path.starts_with(tree.Root() + "/");
+    lines.push_back(part.kind + " " +
+                    (below ? part.path.substr(tree.Root().size() + 1) : part.path));
+  }
+  return lines;
+}
+
+void Remove(const TempTree& tree, const std::string& file) {
+  ASSERT_TRUE(std::filesystem::remove(tree.Path(file))) << file;
+}
+
+// A clip with the two sound channels that its record names.
+void AddWholeP2Clip(const TempTree& tree, const std::string& card, const P2Clip& clip) {
+  AddP2Clip(tree, card, clip);
+  for (const char* channel : {"00", "01"}) {
+    tree.File(card + "/CONTENTS/AUDIO/" + clip.id + channel + ".MXF");
+  }
+}
+
+TEST(CardChecks, FindNothingOnWholeCards) {
+  const TempTree tree;
+  MakeP2Card(tree, "p2");
+  for (const P2Clip& clip : P2Shot({"0001AA", "0002AA"}, "S1")) AddWholeP2Clip(tree, "p2", clip);
+  MakeXDCAMDisc(tree, "disc", {{"C0001"}, {"C0002"}});
+  MakeXDCAMProav(tree, "proav", {{"C0001"}, {"C0002"}});
+  MakeXDCAMEXCard(tree, "ex", {{"A_01"}, {"A_02"}}, {{"A", {"A_01", "A_02"}}});
+  EXPECT_EQ(Missing(CheckP2Card(tree.Path("p2")), tree), Lines{});
+  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("disc")), tree), Lines{});
+  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("proav")), tree), Lines{});
+  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("ex")), tree), Lines{});
+}
+
+TEST(CardChecks, NameTheMissingPartsOfP2Clips) {
+  const TempTree tree;
+  MakeP2Card(tree, "card");
+  P2Clip clip{.id = "0001AA"};
+  clip.extraXml = "<Thumbnail/><Proxy/>";
+  AddWholeP2Clip(tree, "card", clip);
+  tree.File("card/CONTENTS/CLIP/0002BB.XML",
+            "<P2Main><ClipContent><GlobalClipID>B</GlobalClipID><EssenceList><Video/><Audio/>"
+            "<Audio/></EssenceList></ClipContent></P2Main>");
+  tree.File("card/CONTENTS/AUDIO/0002BB01.MXF");
+  tree.File("card/CONTENTS/CLIP/0003CC.XML", "<P2Main><ClipCon");
+  tree.File("card/LASTCLIP.TXT");
+  Remove(tree, "card/CONTENTS/ICON/0001AA.BMP");
+  const StructureFindings findings = CheckP2Card(tree.Path("card"));
+  const std::string contents = "card/CONTENTS/";
+  EXPECT_EQ(Missing(findings, tree),
+            (Lines{"proxy " + contents + "PROXY/0001AA.MP4", "icon " + contents + "ICON/0001AA.BMP",
+                   "video " + contents + "VIDEO/0002BB.MXF",
+                   "sound channel " + contents + "AUDIO/0002BB00.MXF",
+                   "readable clip record " + contents + "CLIP/0003CC.XML"}));
+  EXPECT_EQ(findings.structureFiles, Lines{tree.Path("card/LASTCLIP.TXT")});
+}
+
+TEST(CardChecks, LookForSpansOfP2ShotsBesideTheCard) {
+  const TempTree tree;
+  const auto shot = P2Shot({"0001AA", "0002AA", "0003AA"}, "S1");
+  for (const char* card : {"one", "two"}) MakeP2Card(tree, card);
+  AddWholeP2Clip(tree, "one", shot[0]);
+  AddWholeP2Clip(tree, "two", shot[1]);
+  EXPECT_EQ(Missing(CheckP2Card(tree.Path("one")), tree), Lines{});
+  // The last clip is nowhere; the one before names it.
+  const StructureFindings findings = CheckP2Card(tree.Path("two"));
+  ASSERT_EQ(findings.missing.size(), 1u);
+  EXPECT_EQ(findings.missing[0].kind, "span");
+  EXPECT_EQ(findings.missing[0].entryKey, "0002AA");
+  AddWholeP2Clip(tree, "one", shot[2]);
+  EXPECT_EQ(Missing(CheckP2Card(tree.Path("two")), tree), Lines{});
+}
+
+TEST(CardChecks, NameWhatXDCAMIndexesListInVain) {
+  const TempTree tree;
+  MakeXDCAMDisc(tree, "disc", {{"C0001"}, {"C0002"}});
+  MakeXDCAMProav(tree, "proav", {{"C0001"}, {"C0002"}});
+  Remove(tree, "disc/Clip/C0002.MXF");
+  Remove(tree, "disc/Clip/C0001M01.XML");
+  std::filesystem::remove_all(tree.Path("disc/Sub"));
+  Remove(tree, "proav/PROAV/CLPR/C0001/C0001V01.MXF");
+  const Lines disc = Missing(CheckXDCAMMedium(tree.Path("disc")), tree);
+  for (const char* expected :
+       {"essence disc/Clip/C0002.MXF", "clip record disc/Clip/C0001M01.XML"}) {
+    EXPECT_NE(std::find(disc.begin(), disc.end(), expected), disc.end()) << expected;
+  }
+  EXPECT_EQ(std::count_if(disc.begin(), disc.end(),
+                          [](const std::string& line) { return line.starts_with("proxy "); }),
+            2);
+  EXPECT_EQ(disc.size(), 4u);
+  // Its first sound file would be the essence of a clip without picture.
+  const StructureFindings proav = CheckXDCAMMedium(tree.Path("proav"));
+  EXPECT_TRUE(proav.missing.empty());
+  std::filesystem::remove_all(tree.Path("proav/PROAV/CLPR/C0002"));
+  EXPECT_EQ(CheckXDCAMMedium(tree.Path("proav")).missing.front().kind, "essence");
+  tree.File("disc/MEDIAPRO.XML", MediaProXml(XmlElement("Material", "uri=\"../../../etc/none\"")));
+  EXPECT_TRUE(CheckXDCAMMedium(tree.Path("disc")).missing.empty());
+}
+
+TEST(CardChecks, LookForPartsOfTakesBesideTheCard) {
+  const TempTree tree;
+  MakeXDCAMEXCard(tree, "one", {{"A_01"}}, {{"A", {"A_01", "A_02"}}});
+  const StructureFindings findings = CheckXDCAMEXCard(tree.Path("one"));
+  ASSERT_EQ(findings.missing.size(), 1u);
+  EXPECT_EQ(findings.missing[0].kind, "span");
+  EXPECT_EQ(findings.missing[0].path, UmidOf("A_02"));
+  MakeXDCAMEXCard(tree, "two", {{"A_02"}});
+  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("one")), tree), Lines{});
+  Remove(tree, "two/BPAV/CLPR/A_02/A_02.MP4");
+  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("two")), tree),
+            Lines{"essence two/BPAV/CLPR/A_02/A_02.MP4"});
+}
+
+}  // namespace
