@@ -1,6 +1,7 @@
 # One test program for each folder below tests/. Its name is the folder's; the folders in
 # SORVIK_THREAD_TESTS carry the label that the thread sanitizer's run takes.
 find_package(GTest REQUIRED)
+find_package(nlohmann_json REQUIRED)
 include(GoogleTest)
 set(SORVIK_THREAD_TESTS foundation frame)
 
@@ -27,6 +28,9 @@ foreach(folder ${SORVIK_TEST_FOLDERS})
   add_executable(${area}_tests ${sources})
   target_link_libraries(${area}_tests PRIVATE
       sorvik_test_support sorvik_objects GTest::gtest_main)
+  if(area STREQUAL "host")
+    target_link_libraries(${area}_tests PRIVATE sorvik_host nlohmann_json::nlohmann_json)
+  endif()
   if(TARGET sorvik)
     add_dependencies(${area}_tests sorvik)
   endif()

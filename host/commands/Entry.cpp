@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Commands.h"
+#include "Failure.h"
 #include "Paths.h"
 
 namespace host {
@@ -15,7 +16,7 @@ int RunEntry(Context& context) {
   } else {
     WriteFieldLines(context.output, provider.GetFieldLabelList(), fields, entry);
   }
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

@@ -85,7 +85,7 @@ int RunFiles(Context& context) {
                             list.AddEntry(content.begin()->second);
                             return list.Take();
                           }));
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Commands.h"
+#include "Failure.h"
 #include "Paths.h"
+#include "PictureList.h"
+#include "TerminalPictures.h"
 
 namespace host {
 
@@ -15,12 +18,17 @@ int RunLs(Context& context) {
       context.session.Content(provider, path, Sorvik::FieldNameSet(fields.begin(), fields.end()));
   if (options.json) {
     WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
+    return kDone;
+  }
+  const PictureProtocol protocol = ChooseProtocol(options.thumbs, context.output.IsTerminal());
+  if (protocol != PictureProtocol::kNone) {
+    WritePictureList(context, provider, path, fields, content, protocol);
   } else {
     // Of all that a provider could fill, a table shows what it did fill.
     WriteEntriesTable(context.output, provider,
                       options.all ? FilledFields(fields, content) : fields, content);
   }
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

@@ -84,7 +84,7 @@ int RunMeta(Context& context) {
   if (fields.empty()) {
     throw Failure(kNothing, "no metadata in " + (options.packet ? "the packet" : path));
   }
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

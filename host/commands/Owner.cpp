@@ -73,7 +73,7 @@ int RunOwner(Context& context) {
   } else {
     WriteText(context.output, owner);
   }
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

@@ -34,7 +34,7 @@ int RunPlaces(Context& context) {
     WriteEntriesTable(context.output, *answer.provider, {Sorvik::kNameField, Sorvik::kPathField},
                       answer.content);
   }
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

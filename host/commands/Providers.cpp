@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Commands.h"
+#include "Failure.h"
 #include "Json.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "Values.h"
@@ -66,7 +67,7 @@ int RunProviders(Context& context) {
   } else {
     for (const ProviderWrapper* provider : providers) WriteText(context.output, *provider);
   }
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

@@ -56,7 +56,7 @@ int RunThumb(Context& context) {
   }
   WriteWhole(context.output, options.output, EncodePng(picture));
   if (options.json) WriteJson(context.output, options, picture);
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

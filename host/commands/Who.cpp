@@ -58,7 +58,7 @@ int RunWho(Context& context) {
     WriteTable(context.output, providers, scores);
   }
   if (providers.empty()) throw Failure(kNothing, "nothing understands " + path);
-  return 0;
+  return kDone;
 }
 
 }  // namespace host

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "PictureList.h"
+
+#include <algorithm>
+#include <map>
+
+#include "TerminalPictures.h"
+#include "Values.h"
+
+namespace host {
+namespace {
+
+using Sorvik::FieldNameList;
+using Sorvik::FieldValueMap;
+
+std::map<std::string, Picture> AskForPictures(Context& context,
+                                              const Sorvik::ProviderWrapper& provider,
+                                              const std::string& path,
+                                              const Sorvik::ContentMap& content) {
+  const Options& options = context.options;
+  const int height = provider.GetMaximumThumbnailHeight(options.height);
+  std::map<std::string, Picture> pictures;
+  context.session.GetProgress().Begin("drawing", content.size());
+  for (const auto& [key, fields] : content) {
+    context.session.RequestPicture(provider, path, key, options.width, height,
+                                   [&context, &picture = pictures[key]](Picture answer) {
+                                     context.session.GetProgress().Advance();
+                                     picture = std::move(answer);
+                                   });
+  }
+  context.session.WaitForPictures();
+  return pictures;
+}
+
+// The entry's name, then its other fields with their labels.
+std::vector<std::string> EntryLines(const std::string& key, const FieldValueMap& values,
+                                    const FieldNameList& fields,
+                                    const Sorvik::FieldLabelMap& labels) {
+  std::vector<std::string> lines = {EntryName(key, values)};
+  for (const std::string& field : fields) {
+    const auto value = values.find(field);
+    if (field == Sorvik::kNameField || value == values.end()) continue;
+    const std::string text = CellText(value->second);
+    if (!text.empty()) lines.push_back(LabelOf(labels, field) + "  " + text);
+  }
+  return lines;
+}
+
+// Makes room first, so that nothing scrolls between the picture and its text: the cursor goes down
+// and up again, is kept (ESC 7) while the picture is drawn, and comes back (ESC 8).
+void WriteEntry(Output& output, const std::string& picture, CellExtent extent,
+                const std::vector<std::string>& lines) {
+  const std::size_t rows = std::max(lines.size(), static_cast<std::size_t>(extent.rows));
+  const std::string count = std::to_string(rows);
+  output.Write(std::string(rows, '\n') + "\x1b[" + count +
+               "A\x1b"
+               "7" +
+               picture +
+               "\x1b"
+               "8");
+  for (std::size_t i = 0; i < rows; ++i) {
+    const std::string indent = "\x1b[" + std::to_string(extent.columns + 2) + "C";
+    output.Write(i < lines.size() ? indent + output.Shown(lines[i]) + "\n" : "\n");
+  }
+}
+
+}  // namespace
+
+void WritePictureList(Context& context, const Sorvik::ProviderWrapper& provider,
+                      const std::string& path, const FieldNameList& fields,
+                      const Sorvik::ContentMap& content, PictureProtocol protocol) {
+  const auto pictures = AskForPictures(context, provider, path, content);
+  const Sorvik::FieldLabelMap labels = provider.GetFieldLabelList();
+  CellExtent extent;
+  for (const auto& [key, picture] : pictures) {
+    const CellExtent one = ExtentOf(picture.width, picture.height);
+    extent.columns = std::max(extent.columns, one.columns);
+    extent.rows = std::max(extent.rows, one.rows);
+  }
+  for (const auto& [key, values] : content) {
+    WriteEntry(context.output, PictureBytes(pictures.at(key), protocol), extent,
+               EntryLines(key, values, fields, labels));
+  }
+}
+
+}  // namespace host

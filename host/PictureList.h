@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// A listing on the terminal in which each entry stands beside its picture.
+#pragma once
+
+#include <string>
+
+#include "Commands.h"
+
+namespace host {
+
+// `protocol` is kKitty or kSixel. Asks for all pictures at once and writes the entries in order.
+void WritePictureList(Context& context, const Sorvik::ProviderWrapper& provider,
+                      const std::string& path, const Sorvik::FieldNameList& fields,
+                      const Sorvik::ContentMap& content, PictureProtocol protocol);
+
+}  // namespace host

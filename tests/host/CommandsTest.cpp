@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: MIT
+// The commands of sorvik on a made P2 card and on plain folders.
+#include <gdk-pixbuf/gdk-pixbuf.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "support/Program.h"
+#include "support/TempTree.h"
+
+namespace sorvik_test {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+using Words = std::vector<std::string>;
+
+constexpr char kP2[] = "com.halvane.Merisk.ProviderP2";
+constexpr char kDirectory[] = "com.halvane.Merisk.WinProviderDirectory";
+
+std::size_t LineCount(const std::string& text) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+Json RunJson(Words words, int exitCode = 0) {
+  words.push_back("--json");
+  const ProgramResult result = RunSorvik(words);
+  EXPECT_EQ(result.exitCode, exitCode) << words.front() << ": " << result.errors;
+  EXPECT_EQ(LineCount(result.output), 1U) << "one document on one line";
+  return Json::parse(result.output, nullptr, false);
+}
+
+std::set<std::string> Keys(const Json& object) {
+  std::set<std::string> keys;
+  for (const auto& item : object.items()) keys.insert(item.key());
+  return keys;
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+class OnCard : public testing::Test {
+ protected:
+  void SetUp() override {
+    card_ = tree_.Path("CARD");
+    const std::string make = "bash " SORVIK_SOURCE_DIR "/tools/make-sample-card " + card_;
+    ASSERT_EQ(std::system(make.c_str()), 0);
+  }
+
+  TempTree tree_;
+  std::string card_;
+};
+
+TEST_F(OnCard, WhoNamesProvidersBestFirst) {
+  const Json who = RunJson({"who", card_});
+  ASSERT_EQ(who.size(), 2U);
+  EXPECT_EQ(who[0], Json({{"identification", kP2}, {"name", "Panasonic P2"}, {"score", 100}}));
+  EXPECT_EQ(who[1]["identification"], kDirectory);
+  EXPECT_EQ(who[1]["score"], 30);
+}
+
+TEST_F(OnCard, LsGivesTheProvidersMapAsItIs) {
+  const Json all = RunJson({"ls", card_});
+  EXPECT_EQ(Keys(all), (std::set<std::string>{"entries", "path", "provider"}));
+  EXPECT_EQ(all["path"], card_);
+  EXPECT_EQ(all["provider"], kP2);
+  EXPECT_EQ(Keys(all["entries"]), (std::set<std::string>{"0001AB", "0002CC", "0003ED"}));
+
+  const Json chosen = RunJson({"ls", card_, "--fields", "ExtraPath,Name"});
+  const Json& gull = chosen["entries"]["0002CC"];
+  EXPECT_EQ(gull["Name"], "Gull on the pier");
+  EXPECT_TRUE(gull["ExtraPath"].is_array());
+
+  // Another provider that claims the path, and the kinds of values that only it has.
+  const Json folder =
+      RunJson({"ls", card_, "--provider", "WinProviderDirectory", "--fields=Name,ExtraPath,26"});
+  const Json& file = folder["entries"]["LASTCLIP.TXT"];
+  EXPECT_EQ(folder["provider"], kDirectory);
+  EXPECT_EQ(file["26"], Json({{"bytes", 16}}));
+  EXPECT_TRUE(file["ExtraPath"].is_null());
+
+  const Json none = RunJson({"ls", card_, "--provider", kDirectory, "--fields", ""});
+  EXPECT_EQ(none["entries"]["CONTENTS"], Json::object());
+}
+
+TEST_F(OnCard, EntryAndOwnerFindTheClip) {
+  const Json entry = RunJson({"entry", card_, "0003ED"});
+  EXPECT_EQ(Keys(entry["entries"]), std::set<std::string>{"0003ED"});
+  EXPECT_EQ(entry["entries"]["0003ED"]["Path"], card_ + "/CONTENTS/VIDEO/0003ED.MXF");
+
+  const std::string sound = card_ + "/CONTENTS/AUDIO/0001AB00.MXF";
+  const Json owner = RunJson({"owner", sound});
+  EXPECT_EQ(Keys(owner), (std::set<std::string>{"entryKey", "fields", "folderPath", "providerId"}));
+  EXPECT_EQ(owner["entryKey"], "0001AB");
+  EXPECT_EQ(owner["folderPath"], card_);
+  EXPECT_EQ(owner["providerId"], kP2);
+  EXPECT_EQ(RunJson({"owner", sound, "--clips-only"})["entryKey"], sound);
+}
+
+TEST_F(OnCard, PlacesAreWhatCanBeBrowsedFurther) {
+  const Json places = RunJson({"places", card_, "--provider", kDirectory});
+  EXPECT_EQ(places["provider"], kDirectory);
+  EXPECT_EQ(Keys(places["entries"]), std::set<std::string>{"CONTENTS"});
+  EXPECT_EQ(Keys(places["entries"]["CONTENTS"]), (std::set<std::string>{"Name", "Path"}));
+}
+
+TEST_F(OnCard, FilesNamesEachFileThatIsThereOnce) {
+  const Json clip = RunJson({"files", card_, "0002CC"});
+  EXPECT_EQ(clip.size(), 5U) << "essence, two channels, record and icon; no folder";
+  tree_.File("CARD/CONTENTS/VOICE/NOTE.WAV");
+  fs::remove(card_ + "/CONTENTS/ICON/0001AB.BMP");
+  const std::vector<std::string> all = RunJson({"files", card_});
+  const std::set<std::string> once(all.begin(), all.end());
+  EXPECT_EQ(all.size(), once.size());
+  EXPECT_EQ(once.size(), 20U) << "all below CONTENTS";
+  EXPECT_TRUE(once.contains(card_ + "/CONTENTS/VOICE/NOTE.WAV"));
+  for (const std::string& file : all) EXPECT_TRUE(fs::is_regular_file(file)) << file;
+
+  const ProgramResult zero = RunSorvik({"files", card_, "-0"});
+  EXPECT_EQ(std::count(zero.output.begin(), zero.output.end(), '\0'), 20);
+  EXPECT_EQ(LineCount(zero.output), 0U);
+}
+
+TEST_F(OnCard, ThumbIsUprightWithStraightAlpha) {
+  const std::string out = tree_.Path("out.png");
+  EXPECT_EQ(RunSorvik({"thumb", card_, "0001AB", "-o", out}).exitCode, 0);
+  GdkPixbuf* picture = gdk_pixbuf_new_from_file(out.c_str(), nullptr);
+  ASSERT_NE(picture, nullptr);
+  EXPECT_EQ(gdk_pixbuf_get_width(picture), 80);
+  EXPECT_EQ(gdk_pixbuf_get_height(picture), 60);
+  const guint8* pixels = gdk_pixbuf_read_pixels(picture);
+  const auto last = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(picture)) * 59;
+  EXPECT_GT(pixels[2], pixels[0] + 30) << "blue sky above";
+  EXPECT_GT(pixels[last + 1], pixels[last + 2]) << "green ground below";
+  g_object_unref(picture);
+
+  EXPECT_EQ(RunSorvik({"thumb", "--folder", "--size", "32x32", "-o", "-"}).output.substr(0, 4),
+            "\x89PNG");
+}
+
+TEST_F(OnCard, SheetStandsAlone) {
+  tree_.File("PLAIN/<b>&.mov");
+  const std::string out = tree_.Path("sheet.html");
+  EXPECT_EQ(RunSorvik({"sheet", card_, "-o", out, "--fields", "videoFrameRate"}).exitCode, 0);
+  const std::string card = ReadFile(out);
+  EXPECT_EQ(card.find("http"), std::string::npos);
+  for (const char* part : {"Gull on the pier", "src=\"data:image/png;base64,iVBOR", "10:09:40:00",
+                           "<dt>Frame Rate</dt><dd>25</dd>", "type=\"search\""}) {
+    EXPECT_NE(card.find(part), std::string::npos) << part;
+  }
+  EXPECT_EQ(RunSorvik({"sheet", tree_.Path("PLAIN"), "-o", out}).exitCode, 0);
+  const std::string plain = ReadFile(out);
+  EXPECT_NE(plain.find("&lt;b&gt;&amp;.mov"), std::string::npos);
+  EXPECT_EQ(plain.find("<b>"), std::string::npos);
+}
+
+TEST_F(OnCard, CheckNamesOwnersRolesAndGaps) {
+  tree_.File("CARD/CONTENTS/VIDEO/holiday.jpg");
+  const Json whole = RunJson({"check", card_});
+  EXPECT_EQ(whole["whole"], true);
+  std::map<std::string, Json> files;
+  for (const Json& file : whole["files"]) files[file["path"]] = file;
+  EXPECT_EQ(files.size(), 22U);
+  EXPECT_EQ(files[card_ + "/CONTENTS/VIDEO/0004FA.MXF"]["owners"], Json({"0003ED"}));
+  EXPECT_EQ(files[card_ + "/CONTENTS/AUDIO/0001AB00.MXF"]["role"], "clip");
+  EXPECT_EQ(files[card_ + "/CONTENTS/VIDEO/holiday.jpg"]["role"], "foreign");
+
+  const ProgramResult plain = RunSorvik({"check", tree_.Root()});
+  EXPECT_EQ(plain.exitCode, 1) << "a plain folder is no card";
+}
+
+TEST_F(OnCard, TerminalShowsPicturesOnlyWhereAsked) {
+  const std::string kitty = RunSorvik({"ls", card_, "--thumbs=kitty"}).output;
+  EXPECT_NE(kitty.find("\x1b_Ga=T,f=100"), std::string::npos);
+  EXPECT_NE(RunSorvik({"ls", card_, "--thumbs=sixel"}).output.find("\x1bP0;1q"), std::string::npos);
+  EXPECT_EQ(RunSorvik({"ls", card_, "--thumbs"}).output.find('\x1b'), std::string::npos);
+}
+
+TEST(Commands, ProvidersTellTheirFields) {
+  const Json providers = RunJson({"providers"});
+  ASSERT_FALSE(providers.empty());
+  for (const Json& provider : providers) {
+    EXPECT_EQ(Keys(provider), (std::set<std::string>{"defaultFields", "fields", "identification",
+                                                     "labels", "name"}));
+    const std::set<std::string> fields = provider["fields"];
+    for (const std::string field : provider["defaultFields"]) {
+      EXPECT_TRUE(fields.contains(field)) << provider["name"] << " " << field;
+    }
+  }
+}
+
+TEST(Commands, MetaReadsFilesAndPackets) {
+  TempTree tree;
+  const std::string packet =
+      "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+      "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description rdf:about='' "
+      "xmlns:xmp='http://ns.adobe.com/xap/1.0/' xmp:Label='Red'/></rdf:RDF></x:xmpmeta>";
+  const std::string file = tree.File("a.xmp", packet);
+  const Json meta = RunJson({"meta", file});
+  EXPECT_EQ(Keys(meta), (std::set<std::string>{"fields", "path"}));
+  EXPECT_EQ(meta["fields"]["Label"], "Red");
+  EXPECT_EQ(RunJson({"meta", tree.File("none.txt", "text")}, 1)["fields"], Json::object());
+  EXPECT_EQ(RunJson({"meta", "--packet"}, 1)["path"], "-") << "an empty input";
+}
+
+}  // namespace
+}  // namespace sorvik_test

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+// How sorvik behaves as a program: exit codes, errors, hostile names, terminals, Ctrl-C.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <chrono>
+#include <nlohmann/json.hpp>
+
+#include "support/Program.h"
+#include "support/TempTree.h"
+
+namespace sorvik_test {
+namespace {
+
+using Words = std::vector<std::string>;
+
+bool IsOneLine(const std::string& text) {
+  return !text.empty() && text.find('\n') == text.size() - 1;
+}
+
+TEST(Conduct, WrongUseEndsWithTwoAndOneLine) {
+  const std::vector<Words> wrong = {{"--bogus"},
+                                    {"ls", "--bogus"},
+                                    {"ls", "/", "/"},
+                                    {"who"},
+                                    {"who", "--fields", "Name", "/"},
+                                    {"entry", "/"},
+                                    {"owner"},
+                                    {"ls", ""},
+                                    {"ls", "/", "--provider"},
+                                    {"ls", "/", "--json=yes"},
+                                    {"ls", "/", "--all", "--fields", "Name"},
+                                    {"ls", "/", "--thumbs=ascii"},
+                                    {"thumb", "/", "tmp"},
+                                    {"thumb", "/", "tmp", "-o", "x.png", "--size", "80"},
+                                    {"thumb", "/", "tmp", "-o", "x.png", "--size", "-1x60"},
+                                    {"thumb", "/", "tmp", "-o", "x.png", "--size", "80x60x"},
+                                    {"thumb", "--folder", "/", "-o", "x.png"},
+                                    {"meta"},
+                                    {"meta", "--packet", "/"}};
+  for (const Words& words : wrong) {
+    const ProgramResult result = RunSorvik(words);
+    EXPECT_EQ(result.exitCode, 2) << testing::PrintToString(words);
+    EXPECT_TRUE(IsOneLine(result.errors)) << result.errors;
+    EXPECT_EQ(result.output, "");
+  }
+}
+
+TEST(Conduct, NothingFoundEndsWithOneAndOneLine) {
+  TempTree tree;
+  tree.File("a.txt");
+  const std::string gone = tree.Path("gone\nfolder");
+  const std::vector<Words> nothing = {{"ls", gone},
+                                      {"who", gone},
+                                      {"places", gone},
+                                      {"owner", gone},
+                                      {"who", "networkvolumes:"},
+                                      {"ls", "volumes:/"},
+                                      {"ls", tree.Root(), "--provider", "ProviderRED"},
+                                      {"places", tree.Root(), "--provider", "ProviderRED"},
+                                      {"entry", tree.Root(), "b.txt"},
+                                      {"files", tree.Root(), "b.txt"},
+                                      {"thumb", "volumes:", "/", "-o", tree.Path("x.png")},
+                                      {"thumb", "--folder", "-o", tree.Path("no/x.png")}};
+  for (const Words& words : nothing) {
+    const ProgramResult result = RunSorvik(words);
+    EXPECT_EQ(result.exitCode, 1) << testing::PrintToString(words);
+    EXPECT_TRUE(IsOneLine(result.errors)) << result.errors;
+    EXPECT_EQ(result.output, "");
+  }
+  EXPECT_EQ(RunSorvik({"who", gone, "--json"}).output, "[]\n");
+}
+
+TEST(Conduct, HelpAndVersionAreNoErrors) {
+  for (const char* word : {"--help", "--version"}) {
+    const ProgramResult result = RunSorvik({word});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_FALSE(result.output.empty());
+    EXPECT_EQ(result.errors, "");
+  }
+}
+
+TEST(Conduct, PathsAreMadeAbsoluteAndPlain) {
+  TempTree tree;
+  tree.File("sub/a.txt");
+  const std::string expected = nlohmann::json(tree.Path("sub")).dump();
+  for (const char* form : {"/sub/", "/./sub", "//sub//", "/sub/b/.."}) {
+    const ProgramResult result = RunSorvik({"ls", "--json", tree.Root() + form});
+    EXPECT_NE(result.output.find("{\"path\":" + expected + ","), std::string::npos) << form;
+  }
+  EXPECT_EQ(RunSorvik({"ls", "--json", "/.."}).output.substr(0, 11), "{\"path\":\"/\"");
+  EXPECT_NE(RunSorvik({"ls", "--json"}).output.find("\"path\":\"volumes:\""), std::string::npos);
+}
+
+TEST(Conduct, NamesInAnyBytesGoThroughPipesAndNotToTerminals) {
+  TempTree tree;
+  tree.File("a\x1b[31m\n\"\\b");
+  tree.File("latin-\xe4");
+  tree.File("ok \xc3\xa4");
+
+  const ProgramResult pipe = RunSorvik({"files", tree.Root()});
+  EXPECT_NE(pipe.output.find("latin-\xe4\n"), std::string::npos);
+  EXPECT_NE(pipe.output.find("a\x1b[31m\n\"\\b\n"), std::string::npos);
+
+  const std::string json = RunSorvik({"ls", tree.Root(), "--json"}).output;
+  EXPECT_NE(json.find("\"latin-\\udce4\":"), std::string::npos);
+  EXPECT_NE(json.find("\"a\\u001b[31m\\n\\\"\\\\b\":"), std::string::npos);
+  EXPECT_NE(json.find("\"ok \xc3\xa4\":"), std::string::npos);
+
+  const ProgramResult terminal = RunSorvikOnTerminal({"ls", tree.Root()});
+  EXPECT_EQ(terminal.exitCode, 0);
+  EXPECT_EQ(terminal.output.find('\x1b'), std::string::npos);
+  EXPECT_NE(terminal.output.find("a\\x1b[31m\\x0a\"\\b"), std::string::npos);
+  EXPECT_NE(terminal.output.find("latin-\\xe4"), std::string::npos);
+  EXPECT_NE(terminal.output.find("ok \xc3\xa4"), std::string::npos);
+
+  // A key comes back byte for byte.
+  EXPECT_EQ(RunSorvik({"entry", tree.Root(), "latin-\xe4"}).exitCode, 0);
+  EXPECT_EQ(RunSorvik({"entry", tree.Root(), "a\x1b[31m\n\"\\b"}).exitCode, 0);
+}
+
+TEST(Conduct, ControlCEndsAStuckReaderInTime) {
+  RunningSorvik stuck({"meta", "--packet"});
+  ASSERT_TRUE(stuck.WaitUntilReading());
+  const auto begun = std::chrono::steady_clock::now();
+  stuck.Signal(SIGINT);
+  EXPECT_EQ(stuck.WaitFor(std::chrono::seconds(10)), 130);
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::milliseconds(2000));
+}
+
+TEST(Conduct, SecondControlCEndsAtOnce) {
+  RunningSorvik stuck({"meta", "--packet"});
+  ASSERT_TRUE(stuck.WaitUntilReading());
+  stuck.Signal(SIGINT);
+  EXPECT_EQ(stuck.WaitFor(std::chrono::milliseconds(200)), -1) << "waits for the worker";
+  stuck.Signal(SIGINT);
+  EXPECT_EQ(stuck.WaitFor(std::chrono::milliseconds(500)), 130);
+}
+
+TEST(Conduct, FullDiskIsAnError) {
+  const std::string command = SORVIK_BINARY_DIR "/sorvik providers > /dev/full 2> /dev/null";
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+}
+
+}  // namespace
+}  // namespace sorvik_test

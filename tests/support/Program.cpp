@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+#include "support/Program.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <stdexcept>
+#include <thread>
+
+namespace sorvik_test {
+namespace {
+
+struct Pipe {
+  std::array<int, 2> ends{-1, -1};
+  Pipe() {
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  }
+  ~Pipe() {
+    CloseRead();
+    CloseWrite();
+  }
+  void CloseRead() { CloseEnd(ends[0]); }
+  void CloseWrite() { CloseEnd(ends[1]); }
+  static void CloseEnd(int& end) {
+    if (end >= 0) close(end);
+    end = -1;
+  }
+};
+
+// In the child: becomes sorvik. A fixed language and zone make its texts the same everywhere.
+[[noreturn]] void Become(const std::vector<std::string>& arguments) {
+  setenv("LC_ALL", "C", 1);
+  unsetenv("LANGUAGE");
+  std::string program = SORVIK_BINARY_DIR "/sorvik";
+  std::vector<std::string> words = arguments;
+  std::vector<char*> pointers = {program.data()};
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  execv(program.c_str(), pointers.data());
+  _exit(127);
+}
+
+int CodeOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status); }
+
+int WaitForEnd(pid_t process) {
+  int status = 0;
+  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  }
+  return CodeOf(status);
+}
+
+// False at the end. A terminal whose other side is closed gives EIO there.
+bool ReadSome(int descriptor, std::string& text) {
+  std::array<char, 4096> piece;
+  const ssize_t got = read(descriptor, piece.data(), piece.size());
+  if (got > 0) text.append(piece.data(), static_cast<std::size_t>(got));
+  return got > 0 || (got < 0 && errno == EINTR);
+}
+
+}  // namespace
+
+ProgramResult RunSorvik(const std::vector<std::string>& arguments) {
+  Pipe output;
+  Pipe errors;
+  const pid_t process = fork();
+  if (process == 0) {
+    dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+    dup2(output.ends[1], STDOUT_FILENO);
+    dup2(errors.ends[1], STDERR_FILENO);
+    Become(arguments);
+  }
+  output.CloseWrite();
+  errors.CloseWrite();
+  ProgramResult result;
+  std::thread reader([&] {
+    while (ReadSome(errors.ends[0], result.errors)) {
+    }
+  });
+  while (ReadSome(output.ends[0], result.output)) {
+  }
+  reader.join();
+  result.exitCode = WaitForEnd(process);
+  return result;
+}
+
+ProgramResult RunSorvikOnTerminal(const std::vector<std::string>& arguments) {
+  const winsize size{50, 200, 0, 0};
+  int terminal = -1;
+  const pid_t process = forkpty(&terminal, nullptr, nullptr, &size);
+  if (process == 0) Become(arguments);
+  ProgramResult result;
+  while (ReadSome(terminal, result.output)) {
+  }
+  close(terminal);
+  result.exitCode = WaitForEnd(process);
+  return result;
+}
+
+RunningSorvik::RunningSorvik(const std::vector<std::string>& arguments) {
+  Pipe input;
+  process_ = fork();
+  if (process_ == 0) {
+    dup2(input.ends[0], STDIN_FILENO);
+    const int nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDOUT_FILENO);
+    dup2(nowhere, STDERR_FILENO);
+    Become(arguments);
+  }
+  std::swap(input_, input.ends[1]);
+}
+
+RunningSorvik::~RunningSorvik() {
+  if (process_ > 0) {
+    kill(process_, SIGKILL);
+    WaitForEnd(process_);
+  }
+  close(input_);
+}
+
+bool RunningSorvik::WaitUntilReading() const {
+  const std::string text(4096, ' ');
+  if (write(input_, text.data(), text.size()) < 0) return false;
+  // What was written is gone once a worker reads.
+  for (int i = 0; i < 1000; ++i) {
+    int waiting = 0;
+    if (ioctl(input_, FIONREAD, &waiting) == 0 && waiting == 0) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
+}
+
+void RunningSorvik::Signal(int number) const { kill(process_, number); }
+
+int RunningSorvik::WaitFor(std::chrono::milliseconds time) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  while (std::chrono::steady_clock::now() < end) {
+    int status = 0;
+    if (waitpid(process_, &status, WNOHANG) == process_) {
+      process_ = -1;
+      return CodeOf(status);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return -1;
+}
+
+}  // namespace sorvik_test
