@@ -65,6 +65,22 @@ inline ReadResult ReadWith(
   return result;
 }
 
+// Lets a reader have damaged forms of a file: cut off at each byte, and with each byte changed to
+// the values of which lengths that lie are made. What it finds doesn't matter, only that it ends.
+inline void ReadDamaged(const Sorvik::xmp::Reader& reader, const std::string& bytes) {
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    ReadWith(reader, std::string_view(bytes).substr(0, size));
+  }
+  std::string changed = bytes;
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
+    for (const char value : {'\0', '\1', '\x7F', '\xFF'}) {
+      changed[at] = value;
+      ReadWith(reader, changed);
+    }
+    changed[at] = bytes[at];
+  }
+}
+
 // The media facts in a fixed order, such as "videoFrameRate=25", one a line; absent ones left out.
 inline std::string Facts(const ReadResult& result) {
   using namespace Sorvik::xmp;

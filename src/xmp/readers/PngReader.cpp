@@ -173,7 +173,7 @@ class Chunks {
     } else if (chunk.keyword == "Software") {
       SetSoftware(text, chunk.text);
     } else if (chunk.keyword == "Comment") {
-      text.SetProperty(kNsDM, "comment", chunk.text);
+      text.SetProperty(kNsDM, "logComment", chunk.text);
     }
     const bool known = !text.Empty();
     output_.native.FillFrom(text);

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+// ISO base media files: MP4, MOV and what is built like them. XMP, tracks and texts.
+#pragma once
+
+#include "xmp/Reader.h"
+
+namespace Sorvik::xmp {
+
+extern const Reader kIsoMediaReader;
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/IsoSampleEntry.h"
+
+#include <bit>
+
+#include "xmp/Namespaces.h"
+#include "xmp/readers/CodecNames.h"
+#include "xmp/readers/NativeText.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+// Offsets in a sample description, which begins with its size, type, 6 bytes reserved and the index
+// of its data reference.
+constexpr std::uint64_t kType = 4;
+constexpr std::uint64_t kVersion = 16;
+// Picture.
+constexpr std::uint64_t kWidth = 32;
+constexpr std::uint64_t kHeight = 34;
+constexpr std::uint64_t kVideoBoxes = 86;
+// Sound.
+constexpr std::uint64_t kChannels = 24;
+constexpr std::uint64_t kSampleBits = 26;
+constexpr std::uint64_t kSampleRate = 32;  // 16.16
+constexpr std::uint64_t kRateV2 = 40;      // 64-bit float
+constexpr std::uint64_t kChannelsV2 = 48;
+constexpr std::uint64_t kSampleBitsV2 = 56;
+// Timecode.
+constexpr std::uint64_t kTimecodeFlags = 20;
+constexpr std::uint64_t kTimecodeScale = 24;
+constexpr std::uint64_t kFrameDuration = 28;
+constexpr std::uint64_t kFramesPerSecond = 32;
+constexpr std::uint64_t kTimecodeBoxes = 34;
+
+// fiel: number of fields, order. Top first where the top field is stored (1) or shown (9) first.
+const char* FieldOrder(ByteReader fiel) {
+  if (fiel.U8(0) == 1) return "Progressive";
+  if (fiel.U8(0) != 2) return "";
+  switch (fiel.U8(1).value_or(0)) {
+    case 1:
+    case 9:
+      return "Upper";
+    case 6:
+    case 14:
+      return "Lower";
+    default:
+      return "";
+  }
+}
+
+// colr: kind, primaries (ITU-T H.273).
+const char* ColorSpace(ByteReader colr) {
+  if (!colr.Matches(0, "nclc") && !colr.Matches(0, "nclx")) return "";
+  switch (colr.U16BE(4).value_or(0)) {
+    case 1:
+      return "CCIR-709";
+    case 5:
+    case 6:
+      return "CCIR-601";
+    default:
+      return "";
+  }
+}
+
+struct Sound {
+  std::uint32_t type = 0;
+  std::uint64_t rate = 0;
+  unsigned bits = 0;
+  unsigned channels = 0;
+};
+
+Sound ReadSound(ByteReader entry) {
+  Sound sound;
+  sound.type = entry.U32BE(kType).value_or(0);
+  sound.channels = entry.U16BE(kChannels).value_or(0);
+  sound.bits = entry.U16BE(kSampleBits).value_or(0);
+  sound.rate = entry.U32BE(kSampleRate).value_or(0) >> 16;
+  if (entry.U16BE(kVersion) != 2) return sound;
+
+  const double rate = std::bit_cast<double>(entry.U64BE(kRateV2).value_or(0));
+  sound.rate = rate >= 1 && rate < 1e7 ? static_cast<std::uint64_t>(rate + 0.5) : 0;
+  sound.channels = entry.U32BE(kChannelsV2).value_or(0);
+  sound.bits = entry.U32BE(kSampleBitsV2).value_or(0);
+  return sound;
+}
+
+}  // namespace
+
+void SetVideoEntry(ByteReader entry, TXMPMeta& meta) {
+  SetFrameSize(meta, entry.U16BE(kWidth).value_or(0), entry.U16BE(kHeight).value_or(0));
+  meta.SetProperty(kNsDM, "videoCompressor", VideoCodecName(entry.TextAt(kType, 4)));
+
+  FileWindow memory(entry);
+  IsoBoxes boxes(memory, kVideoBoxes, entry.Size());
+  while (const auto box = boxes.Next()) {
+    const ByteReader body = entry.Clip(box->body, box->Size());
+    if (box->type == FourCC("pasp")) {
+      SetPixelAspectRatio(meta, body.U32BE(0).value_or(0), body.U32BE(4).value_or(0));
+    } else if (box->type == FourCC("fiel")) {
+      meta.SetProperty(kNsDM, "videoFieldOrder", FieldOrder(body));
+    } else if (box->type == FourCC("colr")) {
+      meta.SetProperty(kNsDM, "videoColorSpace", ColorSpace(body));
+    }
+  }
+}
+
+void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta) {
+  Sound first;
+  unsigned channels = 0;
+  bool eachMono = true;
+  for (const IsoTrack& track : tracks) {
+    if (track.handler != FourCC("soun") || track.entry.empty()) continue;
+    const Sound sound = ReadSound(foundation::ReaderOf(track.entry));
+    if (first.type == 0) first = sound;
+    eachMono = eachMono && sound.channels == 1;
+    ++channels;
+  }
+  if (first.type == 0) return;
+
+  const std::string name = AudioCodecName(first.type);
+  meta.SetProperty(kNsDM, "audioCompressor", name);
+  SetAudioSampleRate(meta, first.rate);
+  // Several tracks of more than one channel are languages or mixes, of which the first counts.
+  SetAudioChannels(meta, eachMono ? channels : first.channels);
+  if (name != "PCM") {
+    meta.SetProperty(kNsDM, "audioSampleType", "Compressed");
+  } else if (const unsigned bits = PCMBits(first.type, first.bits); IsFloatPCM(first.type)) {
+    meta.SetProperty(kNsDM, "audioSampleType", bits == 32 ? "32Float" : "Other");
+  } else {
+    SetAudioSampleBits(meta, bits);
+  }
+}
+
+TimecodeEntry ReadTimecodeEntry(ByteReader entry) {
+  TimecodeEntry result;
+  result.base = entry.U8(kFramesPerSecond).value_or(0);
+  result.drop = (entry.U32BE(kTimecodeFlags).value_or(0) & 1) != 0;
+  result.rate = {entry.U32BE(kTimecodeScale).value_or(0), entry.U32BE(kFrameDuration).value_or(0)};
+
+  FileWindow memory(entry);
+  IsoBoxes boxes(memory, kTimecodeBoxes, entry.Size());
+  while (const auto box = boxes.Next()) {
+    if (box->type != FourCC("name")) continue;
+    // Length, language, text.
+    const ByteReader body = entry.Clip(box->body, box->Size());
+    result.reel = NativeText(body.TextAt(4, body.U16BE(0).value_or(0)));
+  }
+  return result;
+}
+
+}  // namespace Sorvik::xmp

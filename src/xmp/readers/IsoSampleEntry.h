@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// Sample descriptions of ISO base media files: what a track's samples are made of.
+// Facts: ISO/IEC 14496-12, 12.1 and 12.2; QuickTime File Format, "Media Data Atom Types".
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "xmp/NativeValues.h"
+#include "xmp/readers/IsoTracks.h"
+
+namespace Sorvik::xmp {
+
+// Size in pixels, codec, pixel aspect, order of fields and colour space.
+void SetVideoEntry(foundation::ByteReader entry, TXMPMeta& meta);
+
+// The first sound track; where each channel has a track of its own, their number.
+void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta);
+
+struct TimecodeEntry {
+  unsigned base = 0;  // frames to the second of the text; 0 unknown
+  bool drop = false;
+  Rate rate;
+  std::string reel;
+};
+TimecodeEntry ReadTimecodeEntry(foundation::ByteReader entry);
+
+}  // namespace Sorvik::xmp

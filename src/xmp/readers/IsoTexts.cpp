@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/IsoTexts.h"
+
+#include <algorithm>
+
+#include "xmp/Namespaces.h"
+#include "xmp/readers/NativeText.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+constexpr std::uint64_t kMostText = 64 * 1024;
+constexpr std::size_t kMostKeys = 1024;
+
+enum class Fact {
+  kTitle,
+  kDescription,
+  kComment,
+  kArtist,
+  kAuthor,
+  kAlbum,
+  kGenre,
+  kComposer,
+  kDirector,
+  kCopyright,
+  kDate,
+  kMake,
+  kModel,
+  kSoftware,
+  kPlace,
+};
+struct Name {
+  std::string_view code;  // type of a box or item
+  std::string_view key;   // the part of a key behind its reverse-domain prefix
+  Fact fact;
+};
+// The copyright sign of QuickTime's types is one byte.
+constexpr Name kNames[] = {
+    {"\xA9nam", "title", Fact::kTitle},
+    {"titl", "displayname", Fact::kTitle},
+    {"\xA9"
+     "des",
+     "description", Fact::kDescription},
+    {"desc", {}, Fact::kDescription},
+    {"dscp", {}, Fact::kDescription},
+    {"\xA9"
+     "cmt",
+     "comment", Fact::kComment},
+    {"\xA9"
+     "ART",
+     "artist", Fact::kArtist},
+    {"\xA9prf", {}, Fact::kArtist},
+    {"perf", {}, Fact::kArtist},
+    {"\xA9"
+     "aut",
+     "author", Fact::kAuthor},
+    {"auth", {}, Fact::kAuthor},
+    {"\xA9"
+     "alb",
+     "album", Fact::kAlbum},
+    {"albm", {}, Fact::kAlbum},
+    {"\xA9gen", "genre", Fact::kGenre},
+    {"\xA9wrt", "composer", Fact::kComposer},
+    {"\xA9"
+     "com",
+     {},
+     Fact::kComposer},
+    {"\xA9"
+     "dir",
+     "director", Fact::kDirector},
+    {"\xA9"
+     "cpy",
+     "copyright", Fact::kCopyright},
+    {"cprt", {}, Fact::kCopyright},
+    {"\xA9"
+     "day",
+     "creationdate", Fact::kDate},
+    {"\xA9mak", "make", Fact::kMake},
+    {"\xA9mod", "model", Fact::kModel},
+    {"\xA9swr", "software", Fact::kSoftware},
+    {"\xA9too", {}, Fact::kSoftware},
+    {"\xA9xyz", "location.ISO6709", Fact::kPlace},
+};
+constexpr std::string_view kKeyPrefix = "com.apple.quicktime.";
+
+const Name* FindCode(std::uint32_t type) {
+  const auto found = std::find_if(std::begin(kNames), std::end(kNames),
+                                  [type](const Name& name) { return FourCC(name.code) == type; });
+  return found == std::end(kNames) ? nullptr : found;
+}
+
+const Name* FindKey(std::string_view key) {
+  if (!key.starts_with(kKeyPrefix)) return nullptr;
+  key.remove_prefix(kKeyPrefix.size());
+  const auto found = std::find_if(std::begin(kNames), std::end(kNames),
+                                  [key](const Name& name) { return name.key == key; });
+  return found == std::end(kNames) || key.empty() ? nullptr : found;
+}
+
+// A moment is the recording's, and tells its zone, which the movie header doesn't; a day or a year
+// is that of the publication.
+void SetDate(TXMPMeta& meta, const std::string& text) {
+  const std::string date = ExifDate(text);
+  if (date.empty()) {
+    meta.SetProperty(kNsDM, "releaseDate", text);
+    return;
+  }
+  std::string zone = text.substr(std::min<std::size_t>(text.size(), 19));
+  if (zone.size() == 5) zone.insert(3, ":");  // "+0100"
+  const bool known =
+      zone == "Z" || (zone.size() == 6 && zone[3] == ':' && (zone[0] == '+' || zone[0] == '-'));
+  meta.SetProperty(kNsXMP, "CreateDate", date + (known ? zone : ""));
+}
+
+void Store(TXMPMeta& meta, Fact fact, const std::string& text) {
+  if (text.empty()) return;
+  switch (fact) {
+    case Fact::kTitle:
+      return meta.SetLocalizedText(kNsDC, "title", "x-default", text);
+    case Fact::kDescription:
+      return meta.SetLocalizedText(kNsDC, "description", "x-default", text);
+    case Fact::kComment:
+      return meta.SetProperty(kNsDM, "logComment", text);
+    case Fact::kArtist:
+      return meta.SetProperty(kNsDM, "artist", text);
+    case Fact::kAuthor:
+      return SetCreators(meta, text);
+    case Fact::kAlbum:
+      return meta.SetProperty(kNsDM, "album", text);
+    case Fact::kGenre:
+      return meta.SetProperty(kNsDM, "genre", text);
+    case Fact::kComposer:
+      return meta.SetProperty(kNsDM, "composer", text);
+    case Fact::kDirector:
+      return meta.SetProperty(kNsDM, "director", text);
+    case Fact::kCopyright:
+      return SetCopyright(meta, text);
+    case Fact::kDate:
+      return SetDate(meta, text);
+    case Fact::kMake:
+      return meta.SetProperty(kNsTIFF, "Make", text);
+    case Fact::kModel:
+      return meta.SetProperty(kNsTIFF, "Model", text);
+    case Fact::kSoftware:
+      return SetSoftware(meta, text);
+    case Fact::kPlace:
+      return SetISO6709(meta, text);
+  }
+}
+
+// User data of QuickTime: length, language, text. That of 3GPP: version and flags, language, text
+// that ends with a NUL.
+std::string UserText(std::uint32_t type, ByteReader body) {
+  if (type >> 24 == 0xA9) return NativeText(body.Clip(4, body.U16BE(0).value_or(0)).Text());
+  const std::string_view text = body.Clip(6).Text();
+  const bool wide = text.starts_with("\xFE\xFF") || text.starts_with("\xFF\xFE");
+  return wide ? UTF16Text(text, true) : NativeText(text);
+}
+
+// data: kind of the value, country and language, value.
+std::string ItemText(FileWindow& file, const IsoBox& item) {
+  const auto data = FindBox(file, item, FourCC("data"));
+  if (!data) return {};
+  const ByteReader body = file.At(data->body, std::min(kMostText, data->Size()));
+  switch (body.U32BE(0).value_or(0)) {
+    case 1:
+      return NativeText(body.Clip(8).Text());
+    case 2:
+      return UTF16Text(body.Clip(8).Text(), true);
+    default:
+      return {};
+  }
+}
+
+// keys: version and flags, number, then for each its size, namespace and name.
+std::vector<const Name*> ReadKeys(FileWindow& file, const IsoBox& keys) {
+  std::vector<const Name*> names;
+  const ByteReader body = file.At(keys.body, std::min(kMostText, keys.Size()));
+  const std::size_t count = std::min<std::size_t>(body.U32BE(4).value_or(0), kMostKeys);
+  std::uint64_t at = 8;
+  while (names.size() < count) {
+    const std::uint64_t size = body.U32BE(at).value_or(0);
+    if (size < 8 || !body.Holds(at, size)) break;
+    names.push_back(FindKey(body.TextAt(at + 8, size - 8)));
+    at += size;
+  }
+  return names;
+}
+
+}  // namespace
+
+void SetMetaItems(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta) {
+  // QuickTime writes it without the version and flags that it has elsewhere.
+  const std::uint64_t skip = file.At(metaBox.body, 8).Matches(4, "hdlr") ? 0 : 4;
+  if (metaBox.Size() < skip) return;
+  std::vector<const Name*> keys;
+  if (const auto box = FindBox(file, metaBox, FourCC("keys"), skip)) keys = ReadKeys(file, *box);
+  const auto list = FindBox(file, metaBox, FourCC("ilst"), skip);
+  if (!list) return;
+
+  IsoBoxes items(file, *list);
+  while (const auto item = items.Next()) {
+    const Name* name = FindCode(item->type);
+    // Items with keys have the number of their key as type, from 1.
+    if (item->type >= 1 && item->type <= keys.size()) name = keys[item->type - 1];
+    if (name != nullptr) Store(meta, name->fact, ItemText(file, *item));
+  }
+}
+
+void SetUserData(FileWindow& file, const IsoBox& udta, TXMPMeta& meta, std::string& packet) {
+  IsoBoxes boxes(file, udta);
+  while (const auto box = boxes.Next()) {
+    if (box->type == FourCC("XMP_")) {
+      if (packet.empty()) packet = file.Copy(box->body, box->Size());
+    } else if (box->type == FourCC("meta")) {
+      SetMetaItems(file, *box, meta);
+    } else if (const Name* name = FindCode(box->type)) {
+      const ByteReader body = file.At(box->body, std::min(kMostText, box->Size()));
+      Store(meta, name->fact, UserText(box->type, body));
+    }
+  }
+}
+
+}  // namespace Sorvik::xmp

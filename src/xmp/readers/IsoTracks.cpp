@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/IsoTracks.h"
+
+#include <algorithm>
+
+#include "xmp/Namespaces.h"
+#include "xmp/NativeValues.h"
+#include "xmp/readers/IsoSampleEntry.h"
+#include "xmp/readers/NativeText.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+constexpr std::size_t kMostTracks = 64;
+// A description with all that is used of it; the largest hold a few pictures' parameters.
+constexpr std::uint64_t kMostEntry = 4096;
+
+// Two layouts of the same record: times and durations of four bytes, or of eight.
+struct Times {
+  std::uint64_t created = 0;
+  std::uint64_t modified = 0;
+  std::uint32_t timescale = 0;
+  std::uint64_t duration = 0;
+};
+// mvhd and mdhd: version and flags, creation, modification, timescale, duration.
+Times ReadTimes(ByteReader box) {
+  Times times;
+  if (box.U8(0) == 1) {
+    times.created = box.U64BE(4).value_or(0);
+    times.modified = box.U64BE(12).value_or(0);
+    times.timescale = box.U32BE(20).value_or(0);
+    times.duration = box.U64BE(24).value_or(0);
+    if (times.duration == UINT64_MAX) times.duration = 0;
+  } else {
+    times.created = box.U32BE(4).value_or(0);
+    times.modified = box.U32BE(8).value_or(0);
+    times.timescale = box.U32BE(12).value_or(0);
+    times.duration = box.U32BE(16).value_or(0);
+    if (times.duration == UINT32_MAX) times.duration = 0;
+  }
+  return times;
+}
+
+class TrackParser {
+ public:
+  explicit TrackParser(FileWindow& file) : file_(file) {}
+
+  IsoTrack Parse(const IsoBox& trak) {
+    IsoBoxes boxes(file_, trak);
+    while (const auto box = boxes.Next()) {
+      if (box->type == FourCC("tkhd")) ReadHeader(Body(*box, 96));
+      if (box->type == FourCC("mdia")) ReadMedia(*box);
+    }
+    return track_;
+  }
+
+ private:
+  ByteReader Body(const IsoBox& box, std::uint64_t most) {
+    return file_.At(box.body, std::min(most, box.Size()));
+  }
+
+  // Width and height end the record, as 16.16 fixed numbers.
+  void ReadHeader(ByteReader tkhd) {
+    const std::uint64_t size = tkhd.U8(0) == 1 ? 88 : 76;
+    track_.width = tkhd.U32BE(size).value_or(0) >> 16;
+    track_.height = tkhd.U32BE(size + 4).value_or(0) >> 16;
+  }
+
+  void ReadMedia(const IsoBox& mdia) {
+    IsoBoxes boxes(file_, mdia);
+    while (const auto box = boxes.Next()) {
+      if (box->type == FourCC("mdhd")) {
+        const Times times = ReadTimes(Body(*box, 32));
+        track_.timescale = times.timescale;
+        track_.duration = times.duration;
+      } else if (box->type == FourCC("hdlr")) {
+        track_.handler = Body(*box, 12).U32BE(8).value_or(0);
+      } else if (box->type == FourCC("minf")) {
+        if (const auto stbl = FindBox(file_, *box, FourCC("stbl"))) ReadTables(*stbl);
+      }
+    }
+  }
+
+  // The tables of large files lie far from each other: it goes no further than it must.
+  void ReadTables(const IsoBox& stbl) {
+    IsoBoxes boxes(file_, stbl);
+    while (!Complete()) {
+      const auto box = boxes.Next();
+      if (!box) return;
+      switch (box->type) {
+        case FourCC("stsd"):
+          ReadDescriptions(*box);
+          break;
+        case FourCC("stts"):
+          ReadDurations(Body(*box, 24));
+          break;
+        case FourCC("stsz"):
+        case FourCC("stz2"):
+          track_.samples = Body(*box, 12).U32BE(8).value_or(0);
+          sized_ = true;
+          break;
+        case FourCC("stco"):
+          track_.firstChunk = Body(*box, 12).U32BE(8).value_or(0);
+          break;
+        case FourCC("co64"):
+          track_.firstChunk = Body(*box, 16).U64BE(8).value_or(0);
+          break;
+        default:
+          break;
+      }
+    }
+  }
+
+  bool Complete() const {
+    if (track_.entry.empty()) return false;
+    if (track_.handler == FourCC("tmcd")) return track_.firstChunk != 0;
+    return track_.sampleUnits != 0 || sized_;
+  }
+
+  // Version and flags, number of entries, entries with their own sizes.
+  void ReadDescriptions(const IsoBox& stsd) {
+    const auto header = Body(stsd, 12);
+    if (header.U32BE(4).value_or(0) == 0) return;
+    const std::uint64_t size = header.U32BE(8).value_or(0);
+    if (size < 16 || stsd.Size() < 8) return;
+    track_.entry =
+        file_.Copy(stsd.body + 8, std::min<std::uint64_t>({size, stsd.Size() - 8, kMostEntry}));
+  }
+
+  // Version and flags, number of entries, each a count and a duration. All samples of a constant
+  // rate are alike, but that the last may be cut.
+  void ReadDurations(ByteReader stts) {
+    const std::uint32_t entries = stts.U32BE(4).value_or(0);
+    const std::uint64_t count = stts.U32BE(8).value_or(0);
+    const std::uint32_t units = stts.U32BE(12).value_or(0);
+    const bool lastCut = entries == 2 && count > 1 && stts.U32BE(16) == 1;
+    if (entries != 1 && !lastCut) return;
+    track_.samples = count + (lastCut ? 1 : 0);
+    track_.sampleUnits = units;
+  }
+
+  FileWindow& file_;
+  IsoTrack track_;
+  bool sized_ = false;
+};
+
+// Files written in fragments tell durations apart from the tables.
+void ReadFragmentDefaults(FileWindow& file, const IsoBox& mvex, IsoMovie& movie) {
+  const auto mehd = FindBox(file, mvex, FourCC("mehd"));
+  if (!mehd || movie.duration != 0) return;
+  const ByteReader body = file.At(mehd->body, std::min<std::uint64_t>(12, mehd->Size()));
+  movie.duration = body.U8(0) == 1 ? body.U64BE(4).value_or(0) : body.U32BE(4).value_or(0);
+}
+
+const IsoTrack* FirstTrack(const IsoMovie& movie, std::uint32_t handler) {
+  for (const IsoTrack& track : movie.tracks) {
+    if (track.handler == handler && !track.entry.empty()) return &track;
+  }
+  return nullptr;
+}
+
+Rate RateOf(const IsoTrack& track) {
+  if (track.sampleUnits != 0) return Rate{track.timescale, track.sampleUnits};
+  if (track.duration == 0 || track.samples < 2) return Rate();
+  // The mean of a rate that varies.
+  const double rate =
+      static_cast<double>(track.samples) * track.timescale / static_cast<double>(track.duration);
+  if (!(rate > 0.001 && rate < 100'000)) return Rate();
+  return Normalise(Rate{static_cast<std::uint64_t>(rate * 1000 + 0.5), 1000});
+}
+
+// In frames where all last equally long, else in units of the movie.
+void SetMovieDuration(const IsoMovie& movie, const IsoTrack* video, TXMPMeta& meta) {
+  if (video != nullptr && video->sampleUnits != 0 && video->samples > 1) {
+    SetDuration(meta, video->samples, RateOf(*video));
+  } else if (movie.duration != 0) {
+    SetDuration(meta, movie.duration, Rate{movie.timescale, 1});
+  }
+}
+
+std::string DateOf1904(std::uint64_t seconds) {
+  // From 1904 to 1970; dates before that are clocks that were never set.
+  constexpr std::uint64_t kTo1970 = 2'082'844'800;
+  if (seconds <= kTo1970) return {};
+  std::uint64_t days = (seconds - kTo1970) / 86400;
+  const std::uint64_t rest = (seconds - kTo1970) % 86400;
+  if (days > 3'000'000) return {};
+  // Civil date of a day count, in years that begin in March.
+  days += 719'468;
+  const std::uint64_t era = days / 146'097;
+  const std::uint64_t dayOfEra = days % 146'097;
+  const std::uint64_t yearOfEra =
+      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36'524 - dayOfEra / 146'096) / 365;
+  const std::uint64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const std::uint64_t month = (5 * dayOfYear + 2) / 153;
+  DateTime date;
+  date.day = static_cast<unsigned>(dayOfYear - (153 * month + 2) / 5 + 1);
+  date.month = static_cast<unsigned>(month < 10 ? month + 3 : month - 9);
+  date.year = static_cast<unsigned>(yearOfEra + era * 400 + (date.month <= 2 ? 1 : 0));
+  date.hour = static_cast<unsigned>(rest / 3600);
+  date.minute = static_cast<unsigned>(rest / 60 % 60);
+  date.second = static_cast<unsigned>(rest % 60);
+  const std::string text = DateText(date);
+  return text.empty() ? text : text + "Z";
+}
+
+}  // namespace
+
+IsoMovie ReadMovie(FileWindow& file, const IsoBox& moov) {
+  IsoMovie movie;
+  IsoBoxes boxes(file, moov);
+  while (const auto box = boxes.Next()) {
+    if (box->type == FourCC("mvhd")) {
+      const Times times = ReadTimes(file.At(box->body, std::min<std::uint64_t>(32, box->Size())));
+      movie.created = times.created;
+      movie.modified = times.modified;
+      movie.timescale = times.timescale;
+      movie.duration = times.duration;
+    } else if (box->type == FourCC("trak") && movie.tracks.size() < kMostTracks) {
+      movie.tracks.push_back(TrackParser(file).Parse(*box));
+    } else if (box->type == FourCC("mvex")) {
+      ReadFragmentDefaults(file, *box, movie);
+    } else if (box->type == FourCC("udta") || box->type == FourCC("meta")) {
+      movie.texts.push_back(*box);
+    }
+  }
+  return movie;
+}
+
+void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
+  meta.SetProperty(kNsXMP, "CreateDate", DateOf1904(movie.created));
+  meta.SetProperty(kNsXMP, "ModifyDate", DateOf1904(movie.modified));
+
+  const IsoTrack* video = FirstTrack(movie, FourCC("vide"));
+  if (video != nullptr) {
+    SetFrameSize(meta, video->width, video->height);
+    SetFrameRate(meta, RateOf(*video));
+    SetVideoEntry(foundation::ReaderOf(video->entry), meta);
+  }
+  SetAudioEntries(movie.tracks, meta);
+  SetMovieDuration(movie, video, meta);
+  SetFileDataRate(meta, file.Size(), movie.duration, movie.timescale);
+
+  const IsoTrack* timecode = FirstTrack(movie, FourCC("tmcd"));
+  if (timecode == nullptr) return;
+  meta.SetProperty(kNsDM, "tapeName",
+                   ReadTimecodeEntry(foundation::ReaderOf(timecode->entry)).reel);
+}
+
+void SetStartOfMovie(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
+  const IsoTrack* track = FirstTrack(movie, FourCC("tmcd"));
+  if (track == nullptr || track->firstChunk == 0) return;
+  const TimecodeEntry entry = ReadTimecodeEntry(foundation::ReaderOf(track->entry));
+  // It counts frames from 00:00:00:00.
+  const auto counter = file.At(track->firstChunk, 4).U32BE(0);
+  if (!counter || entry.base == 0) return;
+  SetStartTimecode(meta, TimecodeOfFrames(*counter, entry.base, entry.drop), entry.rate);
+}
+
+}  // namespace Sorvik::xmp

@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "support/Bytes.h"
+#include "support/ReadWith.h"
+#include "xmp/readers/IsoMediaReader.h"
+
+namespace {
+
+using namespace Sorvik::xmp;
+using sorvik_test::Bytes;
+using sorvik_test::Facts;
+using sorvik_test::ReadDamaged;
+using sorvik_test::ReadSample;
+using sorvik_test::ReadWith;
+using sorvik_test::TextFacts;
+
+Bytes Box(const std::string& type, const Bytes& body) {
+  return Bytes().U32(body.size() + 8).Text(type).Add(body);
+}
+Bytes Box(const std::string& type, const std::vector<Bytes>& inside) {
+  Bytes body;
+  for (const Bytes& box : inside) body.Add(box);
+  return Box(type, body);
+}
+
+constexpr std::uint32_t k2021 = 3697679167;  // 2021-03-04T05:06:07Z, in seconds since 1904
+
+Bytes MovieHeader(std::uint32_t timescale, std::uint32_t duration) {
+  Bytes b;
+  b.U32(0).U32(k2021).U32(k2021 + 1);  // version and flags, created, modified
+  return Box("mvhd", b.U32(timescale).U32(duration).Fill(80));
+}
+Bytes TrackHeader(std::uint32_t width, std::uint32_t height) {
+  return Box("tkhd", Bytes().U32(1).Fill(72).U32(width << 16).U32(height << 16));
+}
+Bytes MediaHeader(std::uint32_t timescale, std::uint32_t duration) {
+  return Box("mdhd", Bytes().U32(0).U64(0).U32(timescale).U32(duration).U32(0));
+}
+Bytes Handler(const std::string& type) { return Box("hdlr", Bytes().U64(0).Text(type).Fill(13)); }
+
+Bytes VideoEntry(const std::string& codec, unsigned width, unsigned height,
+                 const std::vector<Bytes>& boxes = {}) {
+  Bytes b;
+  b.Fill(6).U16(1).Fill(16);        // reserved, data reference, version to spatial quality
+  b.U16(width).U16(height).U64(0);  // size, resolution
+  b.U32(0).U16(1).Fill(32).U16(24).U16(0xFFFF);  // frames per sample, name, depth, colour table
+  for (const Bytes& box : boxes) b.Add(box);
+  return Box(codec, b);
+}
+Bytes SoundEntry(const std::string& codec, unsigned channels, unsigned bits, std::uint32_t rate) {
+  Bytes b;
+  b.Fill(6).U16(1).U64(0);  // reserved, data reference, version, revision, vendor
+  return Box(codec, b.U16(channels).U16(bits).U32(0).U32(rate << 16));
+}
+Bytes TimecodeEntry(bool drop, std::uint32_t scale, std::uint32_t units, unsigned base) {
+  Bytes b;
+  b.Fill(6).U16(1).U32(0).U32(drop ? 1 : 0).U32(scale).U32(units).U8(base).U8(0);
+  return Box("tmcd", b.Add(Box("name", Bytes().U16(5).U16(0).Text("A001C"))));
+}
+Bytes Descriptions(const Bytes& entry) { return Box("stsd", Bytes().U32(0).U32(1).Add(entry)); }
+Bytes Durations(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& entries) {
+  Bytes b;
+  b.U32(0).U32(entries.size());
+  for (const auto& [count, units] : entries) b.U32(count).U32(units);
+  return Box("stts", b);
+}
+Bytes Sizes(std::uint32_t samples) { return Box("stsz", Bytes().U32(0).U32(0).U32(samples)); }
+Bytes Chunks(std::uint32_t first) { return Box("stco", Bytes().U32(0).U32(1).U32(first)); }
+
+Bytes Track(const std::string& handler, const Bytes& mediaHeader, const std::vector<Bytes>& tables,
+            const Bytes& header = TrackHeader(0, 0)) {
+  return Box(
+      "trak",
+      {header, Box("mdia", {mediaHeader, Handler(handler), Box("minf", {Box("stbl", tables)})})});
+}
+Bytes FileType() { return Box("ftyp", Bytes().Text("mp42").U32(0).Text("mp42")); }
+
+Bytes Movie(std::uint32_t timecodeAt) {
+  const Bytes boxes[] = {Box("pasp", Bytes().U32(4).U32(3)), Box("fiel", Bytes().U8(2).U8(9)),
+                         Box("colr", Bytes().Text("nclc").U16(1).U16(1).U16(1))};
+  return Box(
+      "moov",
+      {MovieHeader(600, 6006),
+       Track("vide", MediaHeader(30000, 300 * 1001),
+             {Descriptions(VideoEntry("avc1", 1440, 1080, {std::begin(boxes), std::end(boxes)})),
+              Durations({{300, 1001}}), Sizes(300)},
+             TrackHeader(1920, 1080)),
+       Track("soun", MediaHeader(48000, 480480),
+             {Descriptions(SoundEntry("in24", 1, 16, 48000)), Durations({{480480, 1}})}),
+       Track("soun", MediaHeader(48000, 480480),
+             {Descriptions(SoundEntry("in24", 1, 16, 48000)), Durations({{480480, 1}})}),
+       Track("tmcd", MediaHeader(30000, 300 * 1001),
+             {Descriptions(TimecodeEntry(true, 30000, 1001, 30)), Durations({{1, 300300}}),
+              Sizes(1), Chunks(timecodeAt)})});
+}
+
+TEST(IsoMediaReader, ReadsTheTracksOfAMovie) {
+  const std::size_t start = FileType().size() + 8;
+  const Bytes media = Box("mdat", Bytes().U32(111582).Fill(100));  // 01;02;03;04
+  Bytes file = FileType().Add(media).Add(Movie(static_cast<std::uint32_t>(start)));
+  const auto result = ReadWith(kIsoMediaReader, file.str());
+  EXPECT_TRUE(result.recognised);
+  EXPECT_TRUE(result.output.hasNative);
+  EXPECT_EQ(Facts(result),
+            "CreateDate=2021-03-04T05:06:07Z\n"
+            "ModifyDate=2021-03-04T05:06:08Z\n"
+            "videoFrameRate=29.97\n"
+            "videoPixelAspectRatio=4/3\n"
+            "videoColorSpace=CCIR-709\n"
+            "videoCompressor=AVC\n"
+            "videoFieldOrder=Upper\n"
+            "audioSampleRate=48000\n"
+            "audioSampleType=24Int\n"
+            "audioChannelType=Stereo\n"
+            "audioCompressor=PCM\n"
+            "videoFrameSize=1440x1080 pixel\n"
+            "startTimecode=01;02;03;04 2997DropTimecode\n"
+            "duration=300 @ 1001/30000\n");
+  EXPECT_EQ(TextFacts(result), "tapeName=A001C\n");
+}
+
+TEST(IsoMediaReader, JumpsOverMediaAndReadsTheTimecodeOnlyIfWanted) {
+  constexpr std::uint32_t kMedia = 5'000'000;
+  Bytes file = FileType().U32(1).Text("mdat").U64(kMedia + 16);  // size of eight bytes
+  const auto timecodeAt = static_cast<std::uint32_t>(file.size() + 200'000);
+  file.Fill(200'000).U32(50).Fill(kMedia - 200'004).Add(Movie(timecodeAt));
+
+  const auto all = ReadWith(kIsoMediaReader, file.str());
+  EXPECT_EQ(all.Field("startTimecode", kNsDM, "timeValue"), "00;00;01;20");
+  EXPECT_EQ(all.reads, 2);
+  WantedProperties wanted = WantedProperties::None();
+  wanted.Add(kNsDM, "duration");
+  const auto some = ReadWith(kIsoMediaReader, file.str(), {}, wanted);
+  EXPECT_EQ(some.Field("duration", kNsDM, "value"), "300");
+  EXPECT_TRUE(some.output.hasNative);
+  EXPECT_EQ(some.reads, 1);
+}
+
+std::string FactsOfVideo(const Bytes& mediaHeader, const std::vector<Bytes>& tables,
+                         std::uint32_t movieDuration = 1200) {
+  const auto result = ReadWith(
+      kIsoMediaReader,
+      FileType()
+          .Add(Box("moov", {MovieHeader(600, movieDuration), Track("vide", mediaHeader, tables)}))
+          .str());
+  return result.Get(kNsDM, "videoFrameRate") + ", " + result.Field("duration", kNsDM, "value") +
+         " @ " + result.Field("duration", kNsDM, "scale");
+}
+
+TEST(IsoMediaReader, TellsRatesFromSampleDurations) {
+  const Bytes entry = Descriptions(VideoEntry("hvc1", 1920, 1080));
+  EXPECT_EQ(FactsOfVideo(MediaHeader(24, 48), {entry, Durations({{48, 1}})}), "24, 48 @ 1/24");
+  EXPECT_EQ(FactsOfVideo(MediaHeader(2997, 9900), {entry, Durations({{99, 100}})}),
+            "29.97, 99 @ 1001/30000");
+  EXPECT_EQ(FactsOfVideo(MediaHeader(25000, 99500), {entry, Durations({{99, 1000}, {1, 500}})}),
+            "25, 100 @ 1/25")
+      << "the last sample is cut";
+  EXPECT_EQ(FactsOfVideo(MediaHeader(600, 1200),
+                         {entry, Durations({{30, 20}, {10, 30}, {20, 15}}), Sizes(60)}),
+            "30, 1200 @ 1/600")
+      << "a rate that varies: its mean, and the duration of the movie";
+  EXPECT_EQ(FactsOfVideo(MediaHeader(90000, 0), {entry, Durations({})}), ", 1200 @ 1/600")
+      << "written in fragments";
+  EXPECT_EQ(FactsOfVideo(MediaHeader(0, 0), {entry, Durations({{5, 0}})}, 0), ",  @ ");
+}
+
+TEST(IsoMediaReader, TellsSoundApart) {
+  const auto sound = [](const std::vector<Bytes>& entries) {
+    std::vector<Bytes> boxes = {MovieHeader(48000, 96000)};
+    for (const Bytes& entry : entries) {
+      boxes.push_back(Track("soun", MediaHeader(48000, 96000), {Descriptions(entry)}));
+    }
+    return Facts(ReadWith(kIsoMediaReader, FileType().Add(Box("moov", boxes)).str()));
+  };
+  const std::string dates = "CreateDate=2021-03-04T05:06:07Z\nModifyDate=2021-03-04T05:06:08Z\n";
+  EXPECT_EQ(sound({SoundEntry("mp4a", 2, 16, 44100), SoundEntry("ac-3", 6, 16, 48000)}),
+            dates +
+                "audioSampleRate=44100\naudioSampleType=Compressed\naudioChannelType=Stereo\n"
+                "audioCompressor=AAC\nduration=96000 @ 1/48000\n");
+  Bytes second;  // version 2 of the description: rate as a float, channels, bits
+  second.Fill(6).U16(1).U16(2).Fill(6).U16(3).U16(16).U16(0xFFFE).U16(0).U32(0x10000).U32(72);
+  second.U64(0x40F7700000000000).U32(6).U32(0x7F000000).U32(32).Fill(12);
+  EXPECT_EQ(sound({Box("fl32", second)}),
+            dates +
+                "audioSampleRate=96000\naudioSampleType=32Float\naudioChannelType=5.1\n"
+                "audioCompressor=PCM\nduration=96000 @ 1/48000\n");
+}
+
+Bytes UserText(const std::string& type, const std::string& text) {
+  return Box(type, Bytes().U16(text.size()).U16(0).Text(text));
+}
+Bytes Item(const Bytes& type, std::uint32_t kind, const std::string& value) {
+  const Bytes data = Box("data", Bytes().U32(kind).U32(0).Text(value));
+  return Box(type.str(), data);
+}
+
+TEST(IsoMediaReader, ReadsTexts) {
+  const Bytes key1 = Bytes().U32(8 + 28).Text("mdta").Text("com.apple.quicktime.software");
+  const Bytes key2 = Bytes().U32(8 + 36).Text("mdta").Text("com.apple.quicktime.location.ISO6709");
+  const Bytes key3 = Bytes().U32(8 + 32).Text("mdta").Text("com.apple.quicktime.creationdate");
+  const Bytes keyed = Box(
+      "meta", {Handler("mdta"), Box("keys", Bytes().U32(0).U32(3).Add(key1).Add(key2).Add(key3)),
+               Box("ilst", {Item(Bytes().U32(1), 1, "14.4"),
+                            Item(Bytes().U32(2), 1, "-48.2082+016.3738+171.500/"),
+                            Item(Bytes().U32(3), 1, "2021-03-04T06:06:07+0100"),
+                            Item(Bytes().U32(4), 1, "no such key")})});
+  const Bytes items = Box("meta", Bytes()
+                                      .U32(0)
+                                      .Add(Handler("mdir"))
+                                      .Add(Box("ilst", {Item(Bytes("\xA9nam"), 1, "Title"),
+                                                        Item(Bytes("\xA9"
+                                                                   "alb"),
+                                                             2, std::string("\0A\0l", 4)),
+                                                        Item(Bytes("covr"), 13, "picture")})));
+  const Bytes user = Box("udta", {UserText("\xA9mak", "Maker"), UserText("\xA9mod", "M1"),
+                                  UserText("\xA9"
+                                           "cmt",
+                                           "Take two"),
+                                  Box("auth", Bytes().U32(0).U16(0).Text("A. One").U8(0)),
+                                  Box("cprt", Bytes().U32(0).U16(0).Hex("FEFF 00A9 0041")),
+                                  Box("XMP_", Bytes("<p/>")), items});
+  const auto result = ReadWith(
+      kIsoMediaReader, FileType().Add(Box("moov", {MovieHeader(600, 0), user, keyed})).str());
+  EXPECT_EQ(result.output.packet, "<p/>");
+  EXPECT_EQ(Facts(result),
+            "CreateDate=2021-03-04T06:06:07+01:00\n"
+            "ModifyDate=2021-03-04T05:06:08Z\n"
+            "CreatorTool=14.4\n"
+            "Make=Maker\n"
+            "Model=M1\n"
+            "software=14.4\n"
+            "GPSAltitude=171500/1000\n"
+            "GPSAltitudeRef=0\n"
+            "GPSLatitude=48,12.49200S\n"
+            "GPSLongitude=16,22.42800E\n");
+  EXPECT_EQ(TextFacts(result),
+            "title=Title\n"
+            "rights=\xC2\xA9"
+            "A\n"
+            "creator=A. One\n"
+            "copyright=\xC2\xA9"
+            "A\n"
+            "album=Al\n"
+            "logComment=Take two\n");
+}
+
+TEST(IsoMediaReader, TakesThePacketOfTheUUIDBox) {
+  const Bytes uuid = Bytes().Hex("BE7ACFCB 97A942E8 9C719994 91E3AFAC");
+  const Bytes other = Box("uuid", Bytes().Fill(16).Text("<no/>"));
+  const std::string file = FileType()
+                               .Add(other)
+                               .Add(Box("mdat", Bytes().Fill(100'000)))
+                               .Add(Box("uuid", Bytes(uuid).Text("<p/>")))
+                               .str();
+  const auto result = ReadWith(kIsoMediaReader, file);
+  EXPECT_EQ(result.output.packet, "<p/>");
+  EXPECT_FALSE(result.output.hasNative) << "no movie";
+  EXPECT_EQ(result.reads, 1);
+  // A box of size 0 runs to the end of the file.
+  EXPECT_EQ(ReadWith(kIsoMediaReader, FileType().U32(0).Text("uuid").Add(uuid).Text("<q/>").str())
+                .output.packet,
+            "<q/>");
+}
+
+TEST(IsoMediaReader, SurvivesDamage) {
+  const Bytes media = Box("mdat", Bytes().U32(111582));
+  ReadDamaged(kIsoMediaReader, FileType().Add(media).Add(Movie(32)).str());
+  // Sizes that lie: below the header's, past the end, past the box around, wrapping.
+  const auto with = [](std::uint64_t size) {
+    return ReadWith(kIsoMediaReader, FileType().U32(1).Text("free").U64(size).Add(Movie(32)).str())
+        .output.hasNative;
+  };
+  EXPECT_FALSE(with(0));
+  EXPECT_FALSE(with(15));
+  EXPECT_TRUE(with(16));
+  EXPECT_FALSE(with(UINT64_MAX));
+  EXPECT_FALSE(with(UINT64_MAX - 7));
+  // A thousand small boxes far from each other, and as many tracks, cost a bounded number of reads.
+  Bytes scattered = FileType();
+  for (int i = 0; i < 200; ++i) scattered.Add(Box("free", Bytes().Fill(70'000)));
+  EXPECT_LE(ReadWith(kIsoMediaReader, scattered.str()).reads, 96);
+  std::vector<Bytes> tracks(300, Track("vide", MediaHeader(25, 25), {Durations({{25, 1}})}));
+  ReadWith(kIsoMediaReader, FileType().Add(Box("moov", tracks)).str());
+}
+
+TEST(IsoMediaReader, AgreesWithExiftoolOnSamples) {
+  const auto mov = ReadSample("xmp/exiftool-QuickTime.mov");
+  const auto mp4 = ReadSample("xmp/derived-exiftool-xmpDM.mp4");
+  if (!mov || !mp4) GTEST_SKIP() << "no samples beside the source tree";
+  const auto result = ReadWith(kIsoMediaReader, *mov);
+  EXPECT_EQ(Facts(result),
+            "CreateDate=2005-08-11T14:03:54Z\n"
+            "ModifyDate=2010-07-30T15:43:59Z\n"
+            "videoFrameRate=30\n"
+            "videoCompressor=Motion JPEG\n"
+            "audioSampleRate=7875\n"
+            "audioSampleType=8Int\n"
+            "audioChannelType=Mono\n"
+            "audioCompressor=PCM\n"
+            "videoFrameSize=320x240 pixel\n"
+            "duration=149 @ 1/30\n");
+  EXPECT_FALSE(result.output.packet.empty()) << "in the user data";
+  EXPECT_FALSE(ReadWith(kIsoMediaReader, *mp4).output.packet.empty()) << "in a box of its own";
+}
+
+}  // namespace

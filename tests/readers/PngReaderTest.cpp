@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include "support/Bytes.h"
+#include "support/ReadWith.h"
+#include "support/TiffBytes.h"
+#include "xmp/readers/PngReader.h"
+
+namespace {
+
+using namespace Sorvik::xmp;
+using sorvik_test::Bytes;
+using sorvik_test::Facts;
+using sorvik_test::ReadDamaged;
+using sorvik_test::ReadSample;
+using sorvik_test::ReadWith;
+using sorvik_test::TextFacts;
+using sorvik_test::TiffBytes;
+
+Bytes Chunk(const std::string& kind, const std::string& data) {
+  return Bytes().U32(data.size()).Text(kind).Text(data).U32(0);  // the checksum isn't looked at
+}
+std::string Png(const std::vector<Bytes>& chunks) {
+  Bytes b;
+  b.Hex("89 504E47 0D0A 1A 0A").Add(Chunk("IHDR", std::string(13, '\0')));
+  for (const Bytes& chunk : chunks) b.Add(chunk);
+  return b.Add(Chunk("IEND", "")).str();
+}
+std::string Deflated(const std::string& text) {
+  uLongf size = compressBound(text.size());
+  std::string packed(size, '\0');
+  compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+           reinterpret_cast<const Bytef*>(text.data()), text.size());
+  packed.resize(size);
+  return packed;
+}
+// Keyword, NUL, compression flag, method, language, NUL, translated keyword, NUL, text.
+Bytes IText(const std::string& keyword, const std::string& text, bool packed = false) {
+  Bytes b;
+  b.Text(keyword).U8(0).U8(packed ? 1 : 0).U8(0).Text("en").U8(0).Text("k").U8(0);
+  return Chunk("iTXt", b.Text(packed ? Deflated(text) : text).str());
+}
+Bytes Text(const std::string& keyword, const std::string& text) {
+  return Chunk("tEXt", Bytes().Text(keyword).U8(0).Text(text).str());
+}
+const char kXMP[] = "XML:com.adobe.xmp";
+
+TEST(PngReader, TakesThePacketPlainAndPacked) {
+  for (const bool packed : {false, true}) {
+    const auto result =
+        ReadWith(kPngReader, Png({IText(kXMP, "<p/>", packed), IText(kXMP, "2nd")}));
+    EXPECT_TRUE(result.recognised);
+    EXPECT_EQ(result.output.packet, "<p/>");
+    EXPECT_FALSE(result.output.hasNative);
+  }
+}
+
+TEST(PngReader, ReadsTextsTimeAndExif) {
+  TiffBytes t;
+  const auto result = ReadWith(
+      kPngReader,
+      Png({Text("Title", "Caf\xE9"), Text("Author", "A. One;B. Two"), Text("Source", "unknown"),
+           Chunk("zTXt", Bytes().Text("Description").U16(0).Text(Deflated("Packed")).str()),
+           IText("Copyright", "\xC2\xA9 me", true), Text("Software", "Tool"),
+           Text("Creation Time", "2020-01-02T03:04:05+01:00"), Text("Comment", "None"),
+           Chunk("tIME", Bytes().U16(2021).U8(3).U8(4).U8(5).U8(6).U8(7).str()),
+           Chunk("eXIf", t.File({t.Ascii(271, "Maker")}))}));
+  EXPECT_TRUE(result.output.hasNative);
+  EXPECT_EQ(Facts(result),
+            "CreateDate=2020-01-02T03:04:05\n"
+            "ModifyDate=2021-03-04T05:06:07Z\n"
+            "CreatorTool=Tool\n"
+            "Make=Maker\n"
+            "software=Tool\n");
+  EXPECT_EQ(TextFacts(result),
+            "title=Caf\xC3\xA9\n"
+            "description=Packed\n"
+            "rights=\xC2\xA9 me\n"
+            "creator=A. One\n"
+            "creator=B. Two\n"
+            "copyright=\xC2\xA9 me\n"
+            "logComment=None\n");
+  EXPECT_FALSE(ReadWith(kPngReader, Png({Text("Source", "unknown")})).output.hasNative);
+}
+
+TEST(PngReader, FindsTextsBehindALargePictureInOneRead) {
+  const Bytes picture = Chunk("IDAT", std::string(300'000, 'p'));
+  const auto result = ReadWith(kPngReader, Png({Text("Title", "In front"), picture, picture,
+                                                Text("Author", "Behind"), IText(kXMP, "<p/>")}));
+  EXPECT_EQ(result.output.packet, "<p/>");
+  EXPECT_EQ(TextFacts(result), "title=In front\ncreator=Behind\n");
+  EXPECT_EQ(result.reads, 1);
+  // What looks like a chunk in the picture doesn't lead to the end of the file.
+  const Bytes false1 = Chunk("IDAT", std::string(300'000, 'p') + IText(kXMP, "<no/>").str());
+  EXPECT_EQ(ReadWith(kPngReader, Png({false1})).output.packet, "");
+}
+
+TEST(PngReader, SurvivesDamage) {
+  ReadDamaged(kPngReader, Png({IText(kXMP, "<p/>", true), Text("Title", "T"), Chunk("tIME", "123"),
+                               Chunk("eXIf", "MM")}));
+  // A packed text that would fill the memory is dropped.
+  const auto bomb = Png({IText("Title", std::string(std::size_t{64} << 20, 'x'), true)});
+  EXPECT_LT(bomb.size(), 100'000u);
+  EXPECT_EQ(TextFacts(ReadWith(kPngReader, bomb)), "");
+  // Texts without a NUL, chunks of which the length runs past the end.
+  EXPECT_EQ(TextFacts(ReadWith(kPngReader, Png({Chunk("tEXt", "Title"), Chunk("iTXt", "Title")}))),
+            "");
+  Bytes lies;
+  lies.Hex("89 504E47 0D0A 1A 0A").U32(0xFFFFFFF0).Text("tEXtTitle").U8(0).Text("T").Fill(70'000);
+  EXPECT_EQ(TextFacts(ReadWith(kPngReader, lies.str())), "");
+  // A tail full of chunks that lead nowhere.
+  Bytes chain;
+  chain.Add(Chunk("IDAT", std::string(70'000, 'p')));
+  for (int i = 0; i < 6000; ++i) chain.Add(Chunk("tEXt", ""));
+  EXPECT_EQ(TextFacts(ReadWith(kPngReader, Png({}).substr(0, 33) + chain.str())), "");
+}
+
+TEST(PngReader, ReadsSamples) {
+  for (const char* name : {"xmp/derived-exiftool-xmpDM.png", "xmp/exiftool-PNG.png"}) {
+    const auto bytes = ReadSample(name);
+    if (!bytes) GTEST_SKIP() << "no samples beside the source tree";
+    const auto result = ReadWith(kPngReader, *bytes);
+    EXPECT_NE(result.output.packet.find("<rdf:RDF"), std::string::npos) << name;
+    EXPECT_EQ(result.reads, 0);
+  }
+}
+
+}  // namespace
