@@ -4,13 +4,22 @@
 #include <algorithm>
 #include <iterator>
 
+#include "xmp/readers/AriReader.h"
 #include "xmp/readers/CanonXFReader.h"
 #include "xmp/readers/DVReader.h"
+#include "xmp/readers/GifReader.h"
+#include "xmp/readers/IsoMediaReader.h"
+#include "xmp/readers/JpegReader.h"
 #include "xmp/readers/MXFReader.h"
 #include "xmp/readers/NonRealTimeMetaReader.h"
 #include "xmp/readers/P2ClipReader.h"
 #include "xmp/readers/PlainXMPReader.h"
+#include "xmp/readers/PngReader.h"
+#include "xmp/readers/R3dReader.h"
+#include "xmp/readers/RiffReader.h"
+#include "xmp/readers/RmfReader.h"
 #include "xmp/readers/ScanReader.h"
+#include "xmp/readers/TiffReader.h"
 #include "xmp/readers/TransportStreamReader.h"
 
 namespace Sorvik::xmp {
@@ -25,6 +34,17 @@ constexpr const Reader* kReaders[] = {
     &kCanonXFReader,
     // Kinds that their first bytes tell for certain.
     &kMXFReader,
+    &kJpegReader,
+    &kTiffReader,
+    &kPngReader,
+    &kGifReader,
+    &kIsoMediaReader,
+    &kRiffReader,
+    &kAriReader,
+    &kR3dReader,
+    &kRmfReader,
+    // A kind that its name tells.
+    &kRmdReader,
     // Kinds that are told by patterns in their bytes: after all that have a signature.
     &kTransportStreamReader,
     &kDVReader,

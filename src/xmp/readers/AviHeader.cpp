@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/AviHeader.h"
+
+#include <algorithm>
+
+#include "xmp/Namespaces.h"
+#include "xmp/readers/CodecNames.h"
+#include "xmp/readers/DVFrame.h"
+#include "xmp/readers/NativeText.h"
+#include "xmp/readers/RiffTexts.h"
+#include "xmp/readers/WaveFacts.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+using foundation::ReaderOf;
+
+// avih.
+constexpr std::uint64_t kMicrosecondsPerFrame = 0;
+constexpr std::uint64_t kTotalFrames = 16;
+constexpr std::uint64_t kWidth = 32;
+constexpr std::uint64_t kHeight = 36;
+// strh.
+constexpr std::uint64_t kKind = 0;
+constexpr std::uint64_t kHandler = 4;
+constexpr std::uint64_t kScale = 20;
+constexpr std::uint64_t kRate = 24;
+constexpr std::uint64_t kLength = 32;
+// strf of pictures.
+constexpr std::uint64_t kBitmapWidth = 4;
+constexpr std::uint64_t kBitmapHeight = 8;  // negative where rows run from the top
+constexpr std::uint64_t kBitmapCompression = 16;
+constexpr std::uint64_t kBitmapLength = 40;
+// vprp.
+constexpr std::uint64_t kFrameAspect = 20;
+
+constexpr std::uint32_t kVideo = FourCC("vids");
+constexpr std::uint32_t kInterleaved = FourCC("iavs");
+constexpr std::uint32_t kSound = FourCC("auds");
+
+std::uint32_t SizeOf(std::uint32_t value) { return (value & 0x80000000) != 0 ? ~value + 1 : value; }
+
+// Rates from whole microseconds, such as 1000000/66666, are meant to be whole.
+Rate WholeIfNear(Rate rate) {
+  if (!rate.Known()) return rate;
+  const std::uint64_t whole = (rate.num + rate.den / 2) / rate.den;
+  const double quotient =
+      static_cast<double>(rate.num) / static_cast<double>(rate.den) / static_cast<double>(whole);
+  return whole != 0 && quotient > 1 - 1e-4 && quotient < 1 + 1e-4 ? Rate{whole, 1} : rate;
+}
+
+// Sample chunks have the stream's number and a kind of two letters.
+bool IsPicture(std::uint32_t id) {
+  const std::uint32_t kind = id & 0xFFFF;
+  return kind == FourCC("dc") || kind == FourCC("db") || kind == FourCC("__");
+}
+
+}  // namespace
+
+AviHeader::AviHeader(FileWindow& file, const RiffChunk& hdrl) {
+  RiffChunks chunks(file, hdrl);
+  while (const auto chunk = chunks.Next()) {
+    if (chunk->id == FourCC("avih")) {
+      const ByteReader avih = ChunkBytes(file, *chunk, 56);
+      microsecondsPerFrame_ = avih.U32LE(kMicrosecondsPerFrame).value_or(0);
+      frames_ = avih.U32LE(kTotalFrames).value_or(0);
+      width_ = avih.U32LE(kWidth).value_or(0);
+      height_ = avih.U32LE(kHeight).value_or(0);
+    } else if (chunk->id == FourCC("IDIT")) {
+      date_ = NativeText(ChunkBytes(file, *chunk, 64).Text());
+    } else if (chunk->id == FourCC("LIST")) {
+      const std::uint32_t form = FormOf(file, *chunk);
+      if (form == FourCC("strl")) ReadStream(file, *chunk);
+      if (form != FourCC("odml")) continue;
+      RiffChunks extended(file, *chunk);
+      const auto dmlh = extended.Next();
+      if (dmlh && dmlh->id == FourCC("dmlh")) {
+        const std::uint32_t all = ChunkBytes(file, *dmlh, 4).U32LE(0).value_or(0);
+        frames_ = std::max<std::uint64_t>(frames_, all);
+      }
+    }
+  }
+}
+
+void AviHeader::ReadStream(FileWindow& file, const RiffChunk& strl) {
+  Stream stream;
+  RiffChunks chunks(file, strl);
+  while (const auto chunk = chunks.Next()) {
+    if (chunk->id == FourCC("strh")) {
+      const ByteReader strh = ChunkBytes(file, *chunk, 56);
+      stream.kind = strh.U32BE(kKind).value_or(0);
+      stream.handler = strh.TextAt(kHandler, 4);
+      stream.rate = {strh.U32LE(kRate).value_or(0), strh.U32LE(kScale).value_or(0)};
+      stream.length = strh.U32LE(kLength).value_or(0);
+    } else if (chunk->id == FourCC("strf")) {
+      stream.format = ChunkBytes(file, *chunk, 256).Text();
+    } else if (chunk->id == FourCC("vprp")) {
+      stream.aspect = ChunkBytes(file, *chunk, 64).U32LE(kFrameAspect).value_or(0);
+    }
+  }
+  const bool picture = stream.kind == kVideo || stream.kind == kInterleaved;
+  if (picture && !picture_) picture_ = std::move(stream);
+  if (stream.kind == kSound && !sound_) sound_ = std::move(stream);
+  if (!picture_) return;
+  const std::string codec =
+      VideoCodecName(ReaderOf(picture_->format).TextAt(kBitmapCompression, 4));
+  dv_ = picture_->kind == kInterleaved || codec.starts_with("DV");
+}
+
+void AviHeader::Store(std::uint64_t fileBytes, TXMPMeta& meta) const {
+  SetRiffDate(date_, meta);
+  SetFrameSize(meta, width_, height_);
+  Rate rate{1'000'000, microsecondsPerFrame_};
+  std::uint64_t frames = frames_;
+  if (picture_) {
+    StorePicture(meta);
+    if (picture_->rate.Known()) rate = picture_->rate;
+    if (picture_->length != 0) frames = std::max(frames, picture_->length);
+  }
+  rate = WholeIfNear(rate);
+  SetFrameRate(meta, rate);
+  if (frames != 0) {
+    SetDuration(meta, frames, rate);
+    if (rate.Known()) SetFileDataRate(meta, fileBytes, frames * rate.den, rate.num);
+  }
+  if (sound_) SetWaveFormat(ReadWaveFormat(ReaderOf(sound_->format)), meta);
+}
+
+void AviHeader::StorePicture(TXMPMeta& meta) const {
+  const ByteReader format = ReaderOf(picture_->format);
+  std::string codec = VideoCodecName(picture_->handler);
+  // Interleaved DV has another record in place of the bitmap's.
+  if (picture_->kind == kVideo && format.Holds(0, kBitmapLength)) {
+    const std::uint32_t width = SizeOf(*format.U32LE(kBitmapWidth));
+    const std::uint32_t height = SizeOf(*format.U32LE(kBitmapHeight));
+    SetFrameSize(meta, width, height);
+    const std::uint64_t x = picture_->aspect >> 16;
+    const std::uint64_t y = picture_->aspect & 0xFFFF;
+    SetPixelAspectRatio(meta, x * height, y * width);
+    const std::string stored = VideoCodecName(format.TextAt(kBitmapCompression, 4));
+    if (!stored.empty()) codec = stored;
+    if (format.U32LE(kBitmapCompression) == 0) codec = "Uncompressed";
+  }
+  meta.SetProperty(kNsDM, "videoCompressor", codec);
+}
+
+void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta) {
+  constexpr unsigned kMostChunks = 16;  // an index and padding may stand in front
+  RiffChunks chunks(file, movi);
+  for (unsigned i = 0; i < kMostChunks; ++i) {
+    const auto chunk = chunks.Next();
+    if (!chunk) return;
+    if (!IsPicture(chunk->id)) continue;
+    const auto facts = ReadDVFrame(ChunkBytes(file, *chunk, kLargestDVFrame));
+    if (!facts) return;
+    TXMPMeta frame;
+    SetDVFacts(*facts, frame);
+    frame.FillFrom(meta);
+    meta = std::move(frame);
+    return;
+  }
+}
+
+}  // namespace Sorvik::xmp

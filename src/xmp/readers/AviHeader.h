@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// The header list of AVI files, and the first frame of those that hold DV.
+// Facts: Microsoft's AVI RIFF reference; OpenDML AVI extensions 1.02.
+#pragma once
+
+#include "xmp/NativeValues.h"
+#include "xmp/readers/RiffChunks.h"
+
+namespace Sorvik::xmp {
+
+class AviHeader {
+ public:
+  AviHeader(FileWindow& file, const RiffChunk& hdrl);
+
+  void Store(std::uint64_t fileBytes, TXMPMeta& meta) const;
+  bool HoldsDV() const noexcept { return dv_; }
+
+ private:
+  struct Stream {
+    std::uint32_t kind = 0;
+    std::string handler;
+    Rate rate;
+    std::uint64_t length = 0;
+    std::string format;
+    std::uint32_t aspect = 0;  // of the frame: width in the upper half
+  };
+
+  void ReadStream(FileWindow& file, const RiffChunk& strl);
+  void StorePicture(TXMPMeta& meta) const;
+
+  std::uint32_t microsecondsPerFrame_ = 0;
+  std::uint64_t frames_ = 0;  // of the main header, of the extended one where there is one
+  std::uint32_t width_ = 0;
+  std::uint32_t height_ = 0;
+  std::string date_;
+  std::optional<Stream> picture_;
+  std::optional<Stream> sound_;
+  bool dv_ = false;
+};
+
+// Puts the facts of the first DV frame of a 'movi' list over what `meta` holds: they are the
+// camera's, the header is that of the program that wrote the file.
+void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta);
+
+}  // namespace Sorvik::xmp
