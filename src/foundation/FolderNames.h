@@ -25,7 +25,11 @@ class FolderNames {
   // What the name leads to, after links; nothing if it leads nowhere. A name with a separator in it
   // stands in no folder.
   std::optional<platform::FileKind> KindOf(const std::string& name) const;
-  bool Holds(const std::string& name) const { return KindOf(name).has_value(); }
+  // Whether it leads to a regular file or a folder: what is neither is never opened nor reported.
+  bool Holds(const std::string& name) const {
+    const auto kind = KindOf(name);
+    return kind == platform::FileKind::kRegular || kind == platform::FileKind::kDirectory;
+  }
   bool HoldsFolder(const std::string& name) const {
     return KindOf(name) == platform::FileKind::kDirectory;
   }

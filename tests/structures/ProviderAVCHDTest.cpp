@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <cstdio>
@@ -249,13 +250,36 @@ TEST(AVCHDEntry, IsAnyFileOfTheStreamFolder) {
   EXPECT_THAT(Entry(card.Root(), "00009.MTS"), IsEmpty());
 }
 
+TEST(AVCHDListing, NeitherOpensNorListsWhatIsNoFile) {
+  const TempTree tree;
+  const AvchdCard card(tree);
+  card.Clips({"00001", "00003"});
+  card.Playlist("00000", {{"00001", 1}, {"00002", 6}, {"00003", 1}, {"00004", 1}});
+  for (const char* pipe : {"STREAM/00002.MTS", "STREAM/00004.MTS", "STREAM/00001.xmp",
+                           "CLIPINF/00002.CPI", "PLAYLIST/00001.MPL"}) {
+    ASSERT_EQ(mkfifo(card.Path(pipe).c_str(), 0600), 0);
+  }
+  std::filesystem::create_symlink("00002.MPL", card.Path("PLAYLIST/00002.MPL"));
+  std::filesystem::create_symlink("..", card.Path("BACKUP"));
+  std::filesystem::create_symlink("../..", card.Path("STREAM/up"));
+  EXPECT_EQ(Score(card.Root()), 100);
+  const ContentMap content = List(card.Root(), ProviderAVCHD().GetFieldList());
+  EXPECT_THAT(KeysOf(content), ElementsAre("00001.MTS", "00003.MTS"));
+  EXPECT_THAT(ExtraPathsOf(content.at("00001.MTS"), card.BDMV()),
+              ElementsAre("CLIPINF/00001.CPI", "PLAYLIST/00000.MPL", "MOVIEOBJ.BDM", "index.bdm",
+                          "BACKUP", "STREAM", "PLAYLIST", "CLIPINF"));
+  EXPECT_THAT(Entry(card.Root(), "00004.MTS"), IsEmpty());
+}
+
 // Ten thousand playlists that all name the same clips, of which one alone holds each clip at or
 // below its number.
 TEST(AVCHDListing, ManagesTenThousandPlaylists) {
   const TempTree tree;
   const AvchdCard card(tree);
-  const std::string list = sorvik_test::PlaylistOf({{"00010"}, {"00011", 6}, {"99999"}}).str();
-  for (int i = 0; i < 10'000; ++i) card.File("PLAYLIST/" + Numbered(i) + ".MPL", list);
+  const std::string first = card.Playlist("00000", {{"00010"}, {"00011", 6}, {"99999"}});
+  for (int i = 1; i < 10'000; ++i) {
+    std::filesystem::create_hard_link(first, card.Path("PLAYLIST/" + Numbered(i) + ".MPL"));
+  }
   card.Clips({"00010", "00011", "99999"});
   const auto start = std::chrono::steady_clock::now();
   const ContentMap content = List(card.Root());

@@ -11,6 +11,7 @@
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
 #include "foundation/FolderNames.h"
+#include "foundation/Presence.h"
 #include "foundation/avchd/Playlist.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
@@ -272,7 +273,7 @@ ContentMap ProviderAVCHD::GetContent(const std::string& path, const FieldNameSet
   UTF16String lastNumber;
   for (const UTF16String& file : ListHeadClips(bdmv)) {
     if (ProviderRequest::TestAborted(request)) return {};
-    if (!PathUtils::ExistsOnDisk(file)) continue;
+    if (!foundation::IsPresent(file, foundation::Lookup::kDisk)) continue;
     const UTF16String name = PathUtils::GetFullFilePart(file);
     if (!IsClipFileName(name)) continue;
     // A clip that several playlists begin with comes next to itself here.
@@ -290,7 +291,7 @@ ContentMap ProviderAVCHD::GetContent(const std::string& path, const std::string&
   const UTF16String bdmv = FindBDMVFolder(path);
   const UTF16String name = Hestra::MakeString(key);
   const UTF16String file = PathUtils::CombinePaths(PathUtils::CombinePaths(bdmv, kStream), name);
-  if (!PathUtils::ExistsOnDisk(file)) return {};
+  if (!foundation::IsPresent(file, foundation::Lookup::kDisk)) return {};
   return {{key, MakeEntry(file, NumberOf(name), bdmv, Wanted(fields))}};
 }
 
