@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "support/Bytes.h"
 #include "support/ReadWith.h"
 #include "support/TempTree.h"
 #include "xmp/readers/CanonXFReader.h"
@@ -69,6 +70,29 @@ TEST_F(CanonXFReader, TakesTheTextsOfTheClipXml) {
       result.output.native.GetLocalizedText(kNsDC, "title", "", "x-default", nullptr, &text));
   EXPECT_EQ(text, "Harbour at dusk");
   EXPECT_THAT(Relation(result), ElementsAre("AA000102", "AA000103"));
+}
+
+TEST_F(CanonXFReader, PutsTheClipXmlBeforeTheSpansOwnFacts) {
+  const auto span = sorvik_test::ReadSample("mxf/gen-rdd9_422_1080i2997_df.head128k.mxf");
+  if (!span) GTEST_SKIP() << "the samples aren't here";
+  File("AA0001.XML", kClipXml);
+  const std::string path = File("AA000101.MXF", *span);
+  const ReadResult result = ReadWith(kCanonXFReader, *span, path);
+  EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "29.97");
+  EXPECT_EQ(result.Field("videoFrameSize", kNsDimensions, "w"), "1920");
+  EXPECT_FALSE(result.Get(kNsDC, "identifier").empty());
+  EXPECT_EQ(result.Get(kNsDM, "shotName"), "Harbour at dusk");
+  EXPECT_THAT(Relation(result), ElementsAre("AA000102", "AA000103"));
+}
+
+TEST_F(CanonXFReader, ReadsAPacketWhereTheSpanIsNoMxf) {
+  const std::string packet =
+      "<?xpacket begin='' id='W5M0MpCehiHzreSzNTczkc9d'?><x:xmpmeta xmlns:x='adobe:ns:meta/'/>"
+      "<?xpacket end='w'?>";
+  const std::string bytes = "no MXF " + packet;
+  const ReadResult result = ReadWith(kCanonXFReader, bytes, File("AA000101.MXF", bytes));
+  EXPECT_FALSE(result.output.hasNative);
+  EXPECT_NE(result.output.packet.find("x:xmpmeta"), std::string::npos);
 }
 
 TEST_F(CanonXFReader, KnowsASpanByItsPlace) {
