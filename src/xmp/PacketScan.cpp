@@ -68,6 +68,8 @@ std::string_view FindPacket(std::string_view bytes) {
   begins.fill(bytes.npos);
   std::string_view found;
   for (std::size_t at = bytes.find('<'); at != bytes.npos; at = bytes.find('<', at + 1)) {
+    const char next = at + 1 < bytes.size() ? bytes[at + 1] : '\0';
+    if (next != '?' && next != '\0') continue;  // neither a header nor the start of a wide one
     for (std::size_t i = 0; i < kStrides.size(); ++i) {
       if (MatchesSpaced(bytes, at, kBegin, kStrides[i])) begins[i] = at;
       if (begins[i] == bytes.npos || !MatchesSpaced(bytes, at, kEnd, kStrides[i])) continue;
