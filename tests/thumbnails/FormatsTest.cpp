@@ -196,6 +196,7 @@ TEST_F(Formats, BadFilesAreNoPicturesAndCostLittle) {
       {"BMP of 900 megapixels", Bmp({.width = 30000, .height = 30000, .data = "abcd"})},
       {"BMP, height that has no negative", Bmp({.height = INT32_MIN, .data = "abcd"})},
       {"BMP, header of 2 GB", "BM\x4E\0\0\0\0\0\0\0\x36\xFF\xFF\x7E\xFE\x2B\x1A\xEF"s + png},
+      {"BMP, palette of 4 GB", Bmp({.data = "abcd"}).replace(46, 4, LE32(0xFF0000FF))},
       {"BMP of 7 bits", Bmp({.bits = 7, .data = "abcd"})},
       {"ICO, no entries", Ico({})},
       {"ICO, all entries lie", Ico({{16, "abc"}}).substr(0, 20)},

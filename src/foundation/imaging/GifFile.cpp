@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "foundation/ByteReader.h"
+#include "foundation/imaging/ImageDecoder.h"
 
 namespace Sorvik::imaging {
 namespace {
@@ -19,6 +20,10 @@ std::optional<std::uint8_t> ByteAt(const ImageSource& source, std::uint64_t offs
   std::array<std::byte, 1> byte;
   if (source.ReadAt(offset, byte) != 1) return std::nullopt;
   return std::to_integer<std::uint8_t>(byte[0]);
+}
+
+bool HasPixels(std::int64_t width, std::int64_t height) {
+  return width > 0 && height > 0 && width * height <= kMostPixels;
 }
 
 // What a colour table takes whose packed field is `flags`; none without the highest bit.
@@ -44,9 +49,11 @@ std::optional<std::uint64_t> EndOfFirstImage(const ImageSource& source, std::uin
       offset = *end;
       continue;
     }
-    const auto flags = ByteAt(source, offset + 9);
-    if (*introducer != kImage || !flags) return std::nullopt;
-    return SkipSubBlocks(source, offset + 10 + TableBytes(*flags) + 1);
+    std::array<std::byte, 10> image;
+    if (*introducer != kImage || source.ReadAt(offset, image) != image.size()) return std::nullopt;
+    const ByteReader reader(image);
+    if (!HasPixels(*reader.U16LE(5), *reader.U16LE(7))) return std::nullopt;
+    return SkipSubBlocks(source, offset + image.size() + TableBytes(*reader.U8(9)) + 1);
   }
   return std::nullopt;
 }
@@ -57,7 +64,7 @@ std::optional<std::vector<std::byte>> FirstGifFrame(const ImageSource& source) {
   std::array<std::byte, 13> head;
   if (source.ReadAt(0, head) != head.size()) return std::nullopt;
   const ByteReader reader(head);
-  if (*reader.U16LE(6) == 0 || *reader.U16LE(8) == 0) return std::nullopt;
+  if (!HasPixels(*reader.U16LE(6), *reader.U16LE(8))) return std::nullopt;
   const auto end = EndOfFirstImage(source, head.size() + TableBytes(*reader.U8(10)));
   if (!end || *end > source.Size()) return std::nullopt;
   std::vector<std::byte> bytes(static_cast<std::size_t>(*end));

@@ -94,7 +94,7 @@ Image::Pixbuf Load(const ImageSource& source, const char* type, int side) {
 // What the decoder of a BMP has to be told beforehand (BITMAPFILEHEADER, and the info headers up to
 // BITMAPV5HEADER).
 struct BmpFacts {
-  // The decoder takes memory for a header of any size that the file announces.
+  // The decoder takes memory for a header or palette of any size that the file announces.
   bool headersFit;
   // Only a mask for alpha together with the compression BI_BITFIELDS makes the fourth byte of a
   // pixel an alpha; elsewhere it is filling.
@@ -111,7 +111,11 @@ BmpFacts BmpFactsOf(const ImageSource& source) {
   const ByteReader reader(std::span<const std::byte>(head).first(got));
   const std::uint32_t pixels = reader.U32LE(10).value_or(0);
   const std::uint32_t header = reader.U32LE(14).value_or(0);
-  return {header >= kCoreHeaderBytes && header <= kV5HeaderBytes && pixels <= source.Size(),
+  constexpr std::uint64_t kColourBytes = 4;
+  const bool hasPaletteSize = header != kCoreHeaderBytes;
+  const std::uint64_t colours = hasPaletteSize ? reader.U32LE(46).value_or(0) : 0;
+  return {header >= kCoreHeaderBytes && header <= kV5HeaderBytes && pixels <= source.Size() &&
+              colours * kColourBytes <= source.Size(),
           header >= kV4HeaderBytes && reader.U32LE(30).value_or(0) == kBitFields &&
               reader.U32LE(66).value_or(0) != 0};
 }
