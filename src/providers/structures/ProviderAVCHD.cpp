@@ -85,8 +85,9 @@ bool HasForeignFiles(const UTF16String& streamFolder) {
 
 bool IsBDMVFolderParent(const UTF16String& folder, bool& hasForeignFiles) {
   hasForeignFiles = false;
-  if (!HoldsFolder(folder, kBDMV)) return false;
+  // Asked of the disk: most folders are no card, and can be large.
   const UTF16String bdmv = PathUtils::CombinePaths(folder, kBDMV);
+  if (!PathUtils::IsDirectory(bdmv)) return false;
   for (const auto* name : {kStream, kClipInfo, kPlaylist}) {
     if (!HoldsFolder(bdmv, name)) return false;
   }
@@ -105,8 +106,7 @@ bool StandsAlone(const UTF16String& folder) {
 
 bool IsAVCHDFolder(const UTF16String& folder, bool& hasForeignFiles) {
   if (IsBDMVFolderParent(folder, hasForeignFiles)) return true;
-  return HoldsFolder(folder, kAVCHD) &&
-         IsBDMVFolderParent(PathUtils::CombinePaths(folder, kAVCHD), hasForeignFiles) &&
+  return IsBDMVFolderParent(PathUtils::CombinePaths(folder, kAVCHD), hasForeignFiles) &&
          StandsAlone(folder);
 }
 
