@@ -6,7 +6,9 @@ add_library(sorvik_bench_support OBJECT ${SORVIK_BENCH_SUPPORT})
 target_link_libraries(sorvik_bench_support PUBLIC sorvik_objects)
 target_include_directories(sorvik_bench_support PUBLIC tests bench)
 target_compile_definitions(sorvik_bench_support PUBLIC
-    SORVIK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/../shared/samples")
+    SORVIK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/../shared/samples"
+    SORVIK_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+    SORVIK_BINARY_DIR="${PROJECT_BINARY_DIR}")
 foreach(source ${SORVIK_BENCHES})
   get_filename_component(name ${source} NAME_WE)
   add_executable(${name} ${source})
