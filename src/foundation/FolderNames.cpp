@@ -35,8 +35,9 @@ std::shared_ptr<const FolderNames> FolderNames::Of(const std::string& folder) {
 bool FolderNames::MayExist(const std::string& path) {
   const auto slash = path.rfind(platform::kSeparator);
   if (slash == path.npos) return true;
-  const auto names = CallScope::Kept<FolderNames>(path.substr(0, slash));
-  return names == nullptr || names->Holds(path.substr(slash + 1));
+  const std::string folder = path.substr(0, slash);
+  if (!Hestra::Directory::IsListed(folder)) return true;
+  return Of(folder)->Holds(path.substr(slash + 1));
 }
 
 FolderNames::FolderNames(std::string folder) : folder_(std::move(folder)) {

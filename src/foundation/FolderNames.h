@@ -34,9 +34,9 @@ class FolderNames {
     return KindOf(name) == platform::FileKind::kDirectory;
   }
 
-  // Whether something may stand at `path` (UTF-8): false where the call scope already has the names
-  // of its folder and it isn't among them. Lists nothing; spares a file that is looked for beside
-  // each of many a look at the disk.
+  // Whether something may stand at `path` (UTF-8): false where the call scope has listed its
+  // folder already and it isn't among the names. Lists nothing; spares a file that is looked for
+  // beside each of many a look at the disk.
   static bool MayExist(const std::string& path);
 
   explicit FolderNames(std::string folder);

@@ -68,6 +68,10 @@ std::shared_ptr<const std::vector<FolderItem>> GetItems(const std::string& folde
   return {record, &*record->items};
 }
 
+bool IsListed(const std::string& folder) {
+  return Sorvik::foundation::CallScope::Kept<FolderRecord>(folder) != nullptr;
+}
+
 bool IsDirectory(const UTF16String& path) { return PathUtils::IsDirectory(path); }
 
 std::vector<UTF16String> GetContainedFilePaths(const UTF16String& folder,

@@ -35,4 +35,8 @@ void GetContainedFileAndDirectoryPaths(const UTF16String& folder, std::vector<UT
 std::shared_ptr<const std::vector<Sorvik::platform::FolderItem>> GetItems(
     const std::string& folder);
 
+// True if the current call scope has listed that folder already, so that asking for its items costs
+// nothing. `folder` as for GetItems.
+bool IsListed(const std::string& folder);
+
 }  // namespace Hestra::Directory
