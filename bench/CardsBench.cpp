@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+// What it costs to list cards whose clips are described by XML: the cost per clip must not grow
+// with the number of clips. Essence files are a few bytes, so that the structure and the XML alone
+// are measured.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/platform/FileSystem.h"
+#include "providers/cards/ProviderP2.h"
+#include "providers/cards/ProviderXDCAM.h"
+#include "providers/cards/ProviderXDCAMEX.h"
+#include "support/Cards.h"
+
+namespace {
+
+using namespace sorvik_test;
+using Sorvik::FieldNameSet;
+
+const FieldNameSet kExtra{"Name", "Path", "ExtraPath"};
+
+std::string Numbered(const char* format, long number) {
+  char text[32];
+  std::snprintf(text, sizeof text, format, number);
+  return text;
+}
+
+// Three of five clips belong to shots of three clips each.
+void MakeP2(const TempTree& tree, long count) {
+  MakeP2Card(tree, "card");
+  long clip = 0;
+  for (; clip + 2 < count * 3 / 5; clip += 3) {
+    std::vector<std::string> ids;
+    for (long i = 0; i < 3; ++i) ids.push_back(Numbered("%04ldAA", clip + i));
+    for (const P2Clip& part : P2Shot(ids, Numbered("SHOT%04ld", clip))) {
+      AddP2Clip(tree, "card", part);
+    }
+  }
+  for (; clip < count; ++clip) AddP2Clip(tree, "card", {.id = Numbered("%04ldAA", clip)});
+}
+
+std::vector<SonyClip> SonyClips(long count) {
+  std::vector<SonyClip> clips;
+  for (long i = 0; i < count; ++i) clips.push_back({.name = Numbered("C%04ld", i)});
+  return clips;
+}
+void MakeDisc(const TempTree& tree, long count) { MakeXDCAMDisc(tree, "card", SonyClips(count)); }
+void MakeProav(const TempTree& tree, long count) { MakeXDCAMProav(tree, "card", SonyClips(count)); }
+
+// Half of the clips are first parts of takes that go on on a card that isn't there; five other
+// cards lie beside.
+void MakeEX(const TempTree& tree, long count) {
+  std::vector<EXTake> takes;
+  for (long i = 0; i < count; i += 2) {
+    takes.push_back({.name = Numbered("T%04ld", i),
+                     .clips = {Numbered("C%04ld", i), Numbered("GONE%04ld", i)}});
+  }
+  MakeXDCAMEXCard(tree, "card", SonyClips(count), takes);
+  for (const char* beside : {"a", "b", "c", "d", "e"}) {
+    MakeXDCAMEXCard(tree, beside, {{.name = std::string("N") + beside}});
+  }
+}
+
+using Maker = void (*)(const TempTree&, long);
+
+const TempTree& CardOf(Maker make, long count) {
+  static std::map<std::pair<Maker, long>, std::unique_ptr<TempTree>> made;
+  auto& tree = made[{make, count}];
+  if (!tree) {
+    tree = std::make_unique<TempTree>();
+    make(*tree, count);
+  }
+  return *tree;
+}
+
+void List(benchmark::State& state, const Sorvik::Provider& provider, Maker make,
+          const FieldNameSet& fields) {
+  const std::string card = CardOf(make, state.range(0)).Path("card");
+  for (auto _ : state) {
+    const auto content = provider.GetContent(card, fields, nullptr);
+    if (content.empty()) state.SkipWithError("no entries");
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+FieldNameSet DefaultsOf(const Sorvik::Provider& provider) {
+  const auto list = provider.GetDefaultFieldList();
+  return {list.begin(), list.end()};
+}
+
+void P2DefaultFields(benchmark::State& state) {
+  const Sorvik::ProviderP2 provider;
+  List(state, provider, MakeP2, DefaultsOf(provider));
+}
+void P2ExtraPaths(benchmark::State& state) { List(state, Sorvik::ProviderP2(), MakeP2, kExtra); }
+void DiscDefaultFields(benchmark::State& state) {
+  List(state, Sorvik::ProviderXDCAM(), MakeDisc, {"Name", "Path"});
+}
+void DiscExtraPaths(benchmark::State& state) {
+  List(state, Sorvik::ProviderXDCAM(), MakeDisc, {"Name", "Path", "ExtraPath", "ProxyPath"});
+}
+void ProavExtraPaths(benchmark::State& state) {
+  List(state, Sorvik::ProviderXDCAM(), MakeProav, kExtra);
+}
+void EXDefaultFields(benchmark::State& state) {
+  List(state, Sorvik::ProviderXDCAMEX(), MakeEX, {"Name", "Path"});
+}
+void EXExtraPaths(benchmark::State& state) {
+  List(state, Sorvik::ProviderXDCAMEX(), MakeEX, kExtra);
+}
+
+// The floor of the P2 listings: the folder of clips listed and each clip XML read.
+void BareReads(benchmark::State& state) {
+  const std::string clips = CardOf(MakeP2, state.range(0)).Path("card/CONTENTS/CLIP");
+  for (auto _ : state) {
+    const auto items = Sorvik::platform::ListFolder(clips);
+    if (!items) return state.SkipWithError("no clips");
+    for (const auto& item : *items) {
+      benchmark::DoNotOptimize(Sorvik::platform::ReadHead(clips + "/" + item.name, 65536));
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void Sizes(benchmark::internal::Benchmark* bench) {
+  bench->Arg(100)->Arg(1'000)->Unit(benchmark::kMillisecond);
+}
+BENCHMARK(BareReads)->Apply(Sizes);
+BENCHMARK(P2DefaultFields)->Apply(Sizes)->Arg(5'000);
+BENCHMARK(P2ExtraPaths)->Apply(Sizes)->Arg(5'000);
+BENCHMARK(DiscDefaultFields)->Apply(Sizes);
+BENCHMARK(DiscExtraPaths)->Apply(Sizes);
+BENCHMARK(ProavExtraPaths)->Apply(Sizes);
+BENCHMARK(EXDefaultFields)->Apply(Sizes);
+BENCHMARK(EXExtraPaths)->Apply(Sizes);
+
+}  // namespace
+
+BENCHMARK_MAIN();
