@@ -71,6 +71,10 @@ void WriteJson(Output& output, const std::string& path, const ProviderWrapper& p
   json.EndObject();
 }
 
+std::string Counted(std::size_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
 // The report for people, clip by clip.
 class TextReport {
  public:
@@ -133,12 +137,13 @@ class TextReport {
     std::size_t unreached = 0;
     for (const CardFile& file : report_.files) unreached += file.role == FileRole::kUnreached;
     const std::string extent =
-        std::to_string(clips) + " clips, " + std::to_string(report_.files.size()) + " files";
+        Counted(clips, "clip", "clips") + ", " + Counted(report_.files.size(), "file", "files");
     if (report_.IsWhole()) {
       Heading("whole: " + extent);
     } else {
-      Heading("NOT WHOLE: " + extent + ", " + std::to_string(report_.missing.size()) +
-              " parts missing, " + std::to_string(unreached) + " reached by no clip");
+      Heading("NOT WHOLE: " + extent + ", " +
+              Counted(report_.missing.size(), "part missing", "parts missing") + ", " +
+              Counted(unreached, "file reached by no clip", "files reached by no clip"));
     }
   }
 

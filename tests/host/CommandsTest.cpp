@@ -173,6 +173,15 @@ TEST_F(OnCard, CheckNamesOwnersRolesAndGaps) {
   EXPECT_EQ(files[card_ + "/CONTENTS/AUDIO/0001AB00.MXF"]["role"], "clip");
   EXPECT_EQ(files[card_ + "/CONTENTS/VIDEO/holiday.jpg"]["role"], "foreign");
 
+  EXPECT_EQ(files[card_ + "/LASTCLIP.TXT"]["role"], "structure");
+
+  fs::remove(card_ + "/CONTENTS/AUDIO/0001AB01.MXF");
+  const Json gap = RunJson({"check", card_}, 1);
+  EXPECT_EQ(gap["whole"], false);
+  EXPECT_EQ(gap["missing"], Json::array({{{"key", "0001AB"},
+                                          {"kind", "sound channel"},
+                                          {"path", card_ + "/CONTENTS/AUDIO/0001AB01.MXF"}}}));
+
   const ProgramResult plain = RunSorvik({"check", tree_.Root()});
   EXPECT_EQ(plain.exitCode, 1) << "a plain folder is no card";
 }
