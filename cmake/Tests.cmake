@@ -39,7 +39,7 @@ foreach(folder ${SORVIK_TEST_FOLDERS})
     list(APPEND labels threads)
   endif()
   gtest_discover_tests(${area}_tests
-      TEST_PREFIX ${area}. DISCOVERY_TIMEOUT 60
+      TEST_PREFIX ${area}. DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES
       PROPERTIES LABELS "${labels}" TIMEOUT 120)
 endforeach()
 
