@@ -18,7 +18,8 @@ struct StructurePart {
 };
 
 struct StructureFindings {
-  // Parts that are named by the structure's own lists, or that its layout requires, and aren't there.
+  // Parts that are named by the structure's own lists, or that its layout requires, and aren't
+  // there.
   std::vector<StructurePart> missing;
   // Media files inside the structure that no entry can reach.
   std::vector<StructurePart> unreached;
