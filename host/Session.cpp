@@ -100,9 +100,11 @@ Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,
 void Session::RequestPicture(const ProviderWrapper& provider, const std::string& path,
                              const std::string& key, int width, int height,
                              PictureReceiver receive) {
-  const ImmutableString station = OpenStation([receive](const Hestra::Message& message) {
+  const ImmutableString station = OpenStation([this, receive](const Hestra::Message& message) {
     const auto* answer = dynamic_cast<const Sorvik::GetThumbnailMessage*>(&message);
-    receive(answer != nullptr ? TakePicture(answer->thumbnail) : Picture());
+    Picture picture = answer != nullptr ? TakePicture(answer->thumbnail) : Picture();
+    // At the end nobody waits any more, and what the receiver wrote to may be gone.
+    if (!ending_) receive(std::move(picture));
   });
   const auto request = provider.RequestThumbnail(path, key, width, height, station);
   Expect(station, [request] { request->Abort(); });
@@ -176,6 +178,7 @@ void Session::DispatchOnce(int milliseconds) {
 
 // Aborts what runs and takes the answers that still come. False if some worker doesn't end.
 bool Session::Drain() {
+  ending_ = true;
   for (const auto& [station, abort] : running_) abort();
   const auto end = std::chrono::steady_clock::now() + kDrainTime;
   while (running_.size() > failures_ && std::chrono::steady_clock::now() < end) {

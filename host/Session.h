@@ -40,7 +40,8 @@ class Session {
   // The entries that can be browsed further. The provider is null if nothing understands `path`.
   Sorvik::GetDefaultContentMessage Places(const std::string& path, const std::string& provider);
 
-  // Queues a thumbnail; `receive` gets it while this thread waits. WaitForPictures takes all.
+  // Queues a thumbnail; `receive` gets it while this thread waits, and never after an interrupted
+  // wait has ended the session. WaitForPictures takes all.
   using PictureReceiver = std::function<void(Picture)>;
   void RequestPicture(const Sorvik::ProviderWrapper& provider, const std::string& path,
                       const std::string& key, int width, int height, PictureReceiver receive);
@@ -74,6 +75,7 @@ class Session {
 
   Interrupts interrupts_;
   Progress progress_;
+  bool ending_ = false;
   unsigned stations_ = 0;
   std::size_t failures_ = 0;  // requests that will never be answered
   std::map<tarnwick::utility::ImmutableString, Abort> running_;

@@ -87,5 +87,25 @@ TEST(Session, WhatRunsIsAbortedAtTheEnd) {
   EXPECT_TRUE(aborted);
 }
 
+TEST(Session, PicturesThatCameTooLateReachNobody) {
+  std::atomic<bool> finished{false};
+  bool received = false;
+  {
+    host::Session session;
+    const FakeHost fake;
+    fake.answers->thumbnail = [&](Sorvik::ProviderRequest*) -> Bitplate** {
+      finished = true;
+      return bitplateNew({0, 0, 8, 8});
+    };
+    const auto providers = session.Providers("/fake");
+    // Its answer waits in the queue when the session ends: the one who asked may be gone by then.
+    session.RequestPicture(*providers[0], "/fake", "key", 8, 8,
+                           [&](const host::Picture&) { received = true; });
+    while (!finished) {
+    }
+  }
+  EXPECT_FALSE(received);
+}
+
 }  // namespace
 }  // namespace sorvik_test
