@@ -2,6 +2,7 @@
 #include "Output.h"
 
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -30,6 +31,12 @@ std::string OnOneLine(std::string_view text) {
     }
   }
   return line;
+}
+
+// Devices and links are not ours to remove.
+bool IsPlainFile(const std::string& path) {
+  struct stat facts {};
+  return lstat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
 }
 
 }  // namespace
@@ -87,7 +94,7 @@ void WriteWhole(Output& output, const std::string& path, std::string_view bytes)
   if (std::fclose(file) == 0 && written) return;
   if (!written) errno = reason;
   const int kept = errno;
-  std::remove(path.c_str());
+  if (IsPlainFile(path)) std::remove(path.c_str());
   errno = kept;
   fail();
 }

@@ -34,7 +34,8 @@ void WriteError(std::string_view message);
 // The width of the terminal in cells, 0 if it isn't known.
 int TerminalColumns();
 
-// Writes a whole file; "-" is the standard output. Throws Failure, and leaves no half file behind.
+// Writes a whole file; "-" is the standard output. Throws Failure, and leaves no half file behind;
+// a device or link stays.
 void WriteWhole(Output& output, const std::string& path, std::string_view bytes);
 
 }  // namespace host

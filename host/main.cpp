@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
 // sorvik: what lies at this path, seen as a place with clips?
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <exception>
 #include <string>
 #include <vector>
@@ -52,7 +56,17 @@ int RunSession(const Options& options, Output& output) {
   return code;
 }
 
+// Where a standard stream was closed, the next file or event to be opened would take its number and
+// get what is meant for that stream. These stand-ins refuse every use.
+void FillStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) >= 0 || errno != EBADF) continue;
+    if (open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) < 0) return;
+  }
+}
+
 int Run(const std::vector<std::string>& arguments) {
+  FillStandardStreams();
   Output output;
   const Options options = ParseArguments(arguments);
   if (options.command == "help") {

@@ -2,9 +2,13 @@
 // How sorvik behaves as a program: exit codes, errors, hostile names, terminals, Ctrl-C.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "support/Program.h"
@@ -141,6 +145,24 @@ TEST(Conduct, SecondControlCEndsAtOnce) {
 TEST(Conduct, FullDiskIsAnError) {
   const std::string command = SORVIK_BINARY_DIR "/sorvik providers > /dev/full 2> /dev/null";
   EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+}
+
+TEST(Conduct, FailedWriteRemovesNoDevice) {
+  TempTree tree;
+  const std::string link = tree.Path("full");
+  ASSERT_EQ(symlink("/dev/full", link.c_str()), 0);
+  EXPECT_EQ(RunSorvik({"thumb", "--folder", "-o", link}).exitCode, 1);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
+TEST(Conduct, ClosedStreamsAreNotTakenForOtherFiles) {
+  TempTree tree;
+  const std::string errors = tree.Path("errors");
+  const std::string command = SORVIK_BINARY_DIR "/sorvik providers >&- 2> " + errors;
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+  std::ifstream file(errors);
+  const std::string line{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_EQ(line, "sorvik: cannot write the output: Bad file descriptor\n");
 }
 
 }  // namespace
