@@ -131,6 +131,14 @@ TEST(CanonXF, FindsClipFoldersInOddCaseAsTheyStandOnDisk) {
   const ContentMap content = provider.GetContent(tree.Root(), kPaths, nullptr);
   EXPECT_EQ(ExtraPathsOf(content.at("aa000101"), tree.Path("CONTENTS/CLIPS001")),
             (Names{"INDEX.MIF", "aa0001", "aa0001/aa0001.xml"}));
+  // Two clips whose folders differ in case alone keep their own files.
+  tree.File(kClips + "AA0001/AA000101.MXF");
+  tree.File(kClips + "AA0001/AA0001.CIF");
+  const ContentMap both = provider.GetContent(tree.Root(), kPaths, nullptr);
+  EXPECT_EQ(ExtraPathsOf(both.at("aa000101"), tree.Path("CONTENTS/CLIPS001")),
+            (Names{"INDEX.MIF", "aa0001", "aa0001/aa0001.xml"}));
+  EXPECT_EQ(ExtraPathsOf(both.at("AA000101"), tree.Path("CONTENTS/CLIPS001")),
+            (Names{"INDEX.MIF", "AA0001", "AA0001/AA0001.CIF"}));
 }
 
 TEST(CanonXF, PrefersTheShotName) {

@@ -31,14 +31,16 @@ TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
     card.File("CLIPINF/00000.CPI");
     card.File("STREAM/00002.MTS");
     card.File("STREAM/00007.MTS");
+    card.File("STREAM/00002.mts");  // a listing takes the one in capitals
     card.File("STREAM/thumbs.db");
     const StructureFindings findings = CheckAVCHDFolder(tree.Root());
     EXPECT_EQ(Missing(findings, card.BDMV()),
               (Lines{"00000.MTS: stream STREAM/00001.MTS",
                      "00000.MTS: clip information CLIPINF/00001.CPI",
                      "00002.MTS: clip information CLIPINF/00002.CPI"}));
-    ASSERT_EQ(findings.unreached.size(), 1u);
-    EXPECT_EQ(findings.unreached[0].path, card.Path("STREAM/00007.MTS"));
+    ASSERT_EQ(findings.unreached.size(), 2u);
+    EXPECT_EQ(findings.unreached[0].path, card.Path("STREAM/00002.mts"));
+    EXPECT_EQ(findings.unreached[1].path, card.Path("STREAM/00007.MTS"));
   }
 }
 

@@ -70,14 +70,37 @@ void CheckPlaylist(const std::string& path, Card& card) {
   }
 }
 
+// The spellings by which a listing finds the streams that playlists name.
+constexpr std::array kListedExtensions{"MTS", "m2ts"};
+
+// Whether a listing gets at the stream `name` of a clip that a playlist names. Where the file
+// system heeds case, a stream in another spelling is never found.
+bool IsListed(const std::string& streams, const std::string& title, const std::string& name) {
+  const auto items = Hestra::Directory::GetItems(streams);
+  bool exact = false;
+  for (const char* extension : kListedExtensions) {
+    const std::string listed = title + "." + extension;
+    if (name == listed) return true;
+    exact = exact || std::any_of(items->begin(), items->end(),
+                                 [&](const platform::FolderItem& i) { return i.name == listed; });
+  }
+  return !exact && FindPart(streams, title, kListedExtensions).has_value();
+}
+
 // Playlists alone decide what is a clip, so a stream that none names is never listed.
 void AddUnreachedStreams(Card& card) {
-  const UTF16String streams = Hestra::MakeString(card.bdmv + "/STREAM");
-  for (const UTF16String& file : Hestra::Directory::GetContainedFilePaths(streams)) {
+  const std::string streams = card.bdmv + "/STREAM";
+  for (const UTF16String& file :
+       Hestra::Directory::GetContainedFilePaths(Hestra::MakeString(streams))) {
+    if (!AVCHDUtils::IsStructureFile(file)) continue;
     const std::string title = Hestra::MakeStdString(PathUtils::GetFilePart(file));
-    if (!AVCHDUtils::IsStructureFile(file) || card.named.contains(title)) continue;
     const std::string name = Hestra::MakeStdString(PathUtils::GetFullFilePart(file));
-    card.findings.unreached.push_back({"", "stream in no playlist", card.bdmv + "/STREAM/" + name});
+    if (!card.named.contains(title)) {
+      card.findings.unreached.push_back({"", "stream in no playlist", streams + "/" + name});
+    } else if (!IsListed(streams, title, name)) {
+      card.findings.unreached.push_back(
+          {"", "stream in an unusual spelling", streams + "/" + name});
+    }
   }
 }
 

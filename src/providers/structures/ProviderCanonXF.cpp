@@ -7,6 +7,7 @@
 
 #include "SorvikProvider/foundation/Localizer.h"
 #include "foundation/CallScope.h"
+#include "foundation/FoldedNames.h"
 #include "foundation/FolderNames.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
@@ -22,9 +23,9 @@ namespace {
 namespace Directory = Hestra::Directory;
 namespace PathUtils = Hestra::PathUtils;
 using namespace canonxf;  // NOLINT(google-build-using-namespace): this file is about these names
+using foundation::FoundOnDisk;
 using tarnwick::filesupport::Dir;
 using tarnwick::filesupport::File;
-using tarnwick::utility::FoldCase;
 using tarnwick::utility::UpperCase;
 
 constexpr char16_t kIndexFile[] = u"INDEX.MIF";
@@ -123,20 +124,6 @@ void FindFirstSpans(const UTF16String& folder, std::vector<UTF16String>& files) 
   }
 }
 
-// The entry of `folder` whose name is `name` regardless of case; the spelling on disk.
-std::optional<UTF16String> FindFolded(const UTF16String& folder, std::u16string_view name,
-                                      platform::FileKind kind) {
-  const auto items = Directory::GetItems(Hestra::MakeStdString(folder));
-  if (!items) return std::nullopt;
-  const UTF16String wanted = FoldCase(name);
-  for (const platform::FolderItem& item : *items) {
-    if (item.kind != kind) continue;
-    const UTF16String found = Hestra::MakeString(item.name);
-    if (FoldCase(found) == wanted) return PathUtils::CombinePaths(folder, found);
-  }
-  return std::nullopt;
-}
-
 bool FindSpanFile(const UTF16String& path, const UTF16String& key, UTF16String& file) {
   const UTF16String clip = PathUtils::CombinePaths(ClipRootOf(path), key.substr(0, kClipIdLength));
   file = PathUtils::CombinePaths(clip, key + u".MXF");
@@ -195,9 +182,8 @@ void SetEntryName(FieldValueMap& fields, ClipMetadataCache& cache, const std::st
 void AddClipFiles(const UTF16String& clipFolder, const UTF16String& clipId, int ownSpan,
                   std::vector<UTF16String>& paths) {
   for (const auto* extension : {u".CIF", u".XML", u".XMP"}) {
-    if (auto file = FindFolded(clipFolder, clipId + extension, platform::FileKind::kRegular)) {
-      paths.push_back(std::move(*file));
-    }
+    auto file = FoundOnDisk(PathUtils::CombinePaths(clipFolder, clipId + extension));
+    if (file) paths.push_back(std::move(*file));
   }
   const auto belongs = [&](const UTF16String& file) {
     return UpperCase(PathUtils::GetFilePart(file)).substr(0, kClipIdLength) == clipId;
@@ -223,7 +209,9 @@ void SetExtraPaths(FieldValueMap& fields, const UTF16String& path, const UTF16St
     const auto files = Directory::GetContainedFilePaths(journal);
     paths.insert(paths.end(), files.begin(), files.end());
   }
-  if (const auto clip = FindFolded(clipRoot, clipId, platform::FileKind::kDirectory)) {
+  // The folder in the key's own spelling goes before one that only folds to the same.
+  const auto clip = FoundOnDisk(PathUtils::CombinePaths(clipRoot, key.substr(0, kClipIdLength)));
+  if (clip && HoldsFolder(clipRoot, PathUtils::GetFullFilePart(*clip))) {
     paths.push_back(*clip);
     AddClipFiles(*clip, clipId, GetSpanNumber(key), paths);
   }
