@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+// Cards of any number of clips, one for each structure, for measuring.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "support/AvchdCard.h"
+#include "support/Cards.h"
+#include "support/TempTree.h"
+
+namespace sorvik_bench {
+
+using sorvik_test::TempTree;
+
+inline std::string Number(const char* format, long number) {
+  char text[64];
+  std::snprintf(text, sizeof(text), format, number);
+  return text;
+}
+
+inline void MakeP2(const TempTree& tree, const std::string& card, long clips) {
+  sorvik_test::MakeP2Card(tree, card);
+  for (long i = 0; i < clips; ++i) {
+    sorvik_test::AddP2Clip(tree, card, {.id = Number("%04ldAA", i)});
+  }
+}
+
+inline std::vector<sorvik_test::SonyClip> SonyClips(const char* format, long clips) {
+  std::vector<sorvik_test::SonyClip> all;
+  for (long i = 0; i < clips; ++i) all.push_back({Number(format, i)});
+  return all;
+}
+
+inline void MakeDisc(const TempTree& tree, const std::string& card, long clips) {
+  sorvik_test::MakeXDCAMDisc(tree, card, SonyClips("C%04ld", clips));
+}
+
+inline void MakeProav(const TempTree& tree, const std::string& card, long clips) {
+  sorvik_test::MakeXDCAMProav(tree, card, SonyClips("C%04ld", clips));
+}
+
+inline void MakeEX(const TempTree& tree, const std::string& card, long clips) {
+  sorvik_test::MakeXDCAMEXCard(tree, card, SonyClips("A%04ld_01", clips));
+}
+
+inline void MakeAVCHD(const TempTree& tree, const std::string& folder, long clips) {
+  const sorvik_test::AvchdCard card(tree, folder);
+  for (long i = 0; i < clips; ++i) {
+    const std::string number = Number("%05ld", i);
+    card.Clips({number});
+    card.Playlist(number, {{number}});
+  }
+}
+
+inline void MakeXF(const TempTree& tree, const std::string& card, long clips) {
+  const std::string root = card + "/CONTENTS/CLIPS001/";
+  tree.File(root + "INDEX.MIF");
+  for (long i = 0; i < clips; ++i) {
+    const std::string id = Number("AA%04ld", i);
+    for (const char* end : {"01.MXF", "02.MXF", ".CIF"}) {
+      tree.File(root + id + "/" + id + end, "essence");
+    }
+  }
+}
+
+inline void MakeHDV(const TempTree& tree, const std::string& card, long clips) {
+  for (long i = 0; i < clips; ++i) {
+    const std::string title = Number("00_%04ld_2014-01-31_101530", i);
+    for (const char* end : {".M2T", ".IDX"}) tree.File(card + "/VIDEO/HVR/" + title + end, "x");
+  }
+}
+
+inline void MakeRED(const TempTree& tree, const std::string& card, long clips) {
+  for (long i = 0; i < clips; ++i) {
+    const std::string title = Number("A001_C%04ld", i);
+    for (const char* end : {"_001.R3D", "_002.R3D", ".RMD"}) {
+      tree.File(card + "/" + title + ".RDC/" + title + end, "x");
+    }
+  }
+}
+
+inline void MakeFolder(const TempTree& tree, const std::string& folder, long clips) {
+  for (long i = 0; i < clips; ++i) tree.File(folder + Number("/clip%05ld.mov", i), "x");
+}
+
+struct CardMaker {
+  const char* name;
+  void (*make)(const TempTree& tree, const std::string& card, long clips);
+};
+
+inline constexpr CardMaker kCardMakers[] = {
+    {"directory", MakeFolder},  {"P2", MakeP2},        {"XDCAM-disc", MakeDisc},
+    {"XDCAM-PROAV", MakeProav}, {"XDCAM-EX", MakeEX},  {"AVCHD", MakeAVCHD},
+    {"Canon-XF", MakeXF},       {"Sony-HDV", MakeHDV}, {"RED", MakeRED}};
+
+}  // namespace sorvik_bench
