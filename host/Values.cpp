@@ -8,6 +8,7 @@
 #include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/Provider.h"
+#include "SorvikProvider/metadata/XMPSupport.h"
 #include "Text.h"
 
 namespace host {
@@ -77,9 +78,14 @@ std::vector<std::string> EntryPaths(const Sorvik::FieldValueMap& fields) {
 }
 
 std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& field) {
+  const auto& localizer = tarnwick::config::Localizer::Get();
   const auto label = labels.find(field);
-  if (label == labels.end()) return field;
-  return tarnwick::config::Localizer::Get().GetUTF8String(label->second);
+  if (label != labels.end()) return localizer.GetUTF8String(label->second);
+  // Structures give labels for a selection of the fields that they can fill.
+  for (const Sorvik::XMPSupport::XMPCrossReference& row : Sorvik::XMPSupport::kXMPCrossReference) {
+    if (field == row.propertyName) return localizer.GetUTF8String(row.labelKey);
+  }
+  return field;
 }
 
 }  // namespace host

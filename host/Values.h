@@ -26,7 +26,8 @@ std::string EntryName(const std::string& key, const Sorvik::FieldValueMap& field
 // order.
 std::vector<std::string> EntryPaths(const Sorvik::FieldValueMap& fields);
 
-// The label of each field of a provider in the user's language; the field's name where it has none.
+// The label of a field in the user's language: the provider's own, else the one of the table of
+// metadata fields, else the field's name.
 std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& field);
 
 }  // namespace host

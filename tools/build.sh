@@ -20,7 +20,7 @@ need_packages() {
   echo "installing ${missing[*]}" >&2
   # The package lists of a fresh machine are empty or old: then they are fetched, and it is tried anew.
   local install=("${root[@]}" env DEBIAN_FRONTEND=noninteractive
-    apt-get -qq -y --no-install-recommends install "${missing[@]}")
+    apt-get -qq -y -o DPkg::Lock::Timeout=300 --no-install-recommends install "${missing[@]}")
   "${install[@]}" >&2 2> /dev/null < /dev/null ||
     { "${root[@]}" apt-get -qq update >&2 < /dev/null && "${install[@]}" >&2 < /dev/null; } ||
     { echo "these packages are needed and could not be installed: ${missing[*]}" >&2; return 1; }

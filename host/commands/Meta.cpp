@@ -44,14 +44,6 @@ FieldNameList TableFields() {
   return fields;
 }
 
-Sorvik::FieldLabelMap TableLabels() {
-  Sorvik::FieldLabelMap labels;
-  for (const XMPSupport::XMPCrossReference& row : XMPSupport::kXMPCrossReference) {
-    labels.emplace(row.propertyName, row.labelKey);
-  }
-  return labels;
-}
-
 void WriteJson(Output& output, const std::string& path, const FieldValueMap& fields) {
   JsonWriter json(output);
   json.BeginObject();
@@ -79,7 +71,7 @@ int RunMeta(Context& context) {
   if (options.json) {
     WriteJson(context.output, path, fields);
   } else {
-    WriteFieldLines(context.output, TableLabels(), wanted, fields);
+    WriteFieldLines(context.output, {}, wanted, fields);
   }
   if (fields.empty()) {
     throw Failure(kNothing, "no metadata in " + (options.packet ? "the packet" : path));

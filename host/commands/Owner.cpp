@@ -3,10 +3,9 @@
 #include "Failure.h"
 #include "Json.h"
 #include "Paths.h"
+#include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/RelatedFiles.h"
-#include "SorvikProvider/metadata/XMPSupport.h"
 #include "Table.h"
-#include "Values.h"
 
 namespace host {
 namespace {
@@ -45,18 +44,22 @@ void WriteJson(Output& output, const Owner& owner) {
   json.EndObject();
 }
 
+Sorvik::FieldLabelMap LabelsOf(const std::string& providerId) {
+  for (const Sorvik::ProviderWrapper* provider : Sorvik::ProviderHost::GetAllProviders()) {
+    if (provider->GetIdentification() == providerId) return provider->GetFieldLabelList();
+  }
+  return {};
+}
+
 void WriteText(Output& output, const Owner& owner) {
   Table table({"", ""});
   table.Add({"Entry", Hestra::MakeStdString(owner.entryKey)});
   table.Add({"Folder", Hestra::MakeStdString(owner.folderPath)});
   table.Add({"Provider", Hestra::MakeStdString(owner.providerId)});
-  for (const auto& [field, value] : owner.fields) {
-    std::string label = field;
-    for (std::string& line : ValueLines(value)) {
-      table.Add({std::exchange(label, std::string()), std::move(line)});
-    }
-  }
   table.Write(output);
+  output.Write("\n");
+  WriteFieldLines(output, LabelsOf(Hestra::MakeStdString(owner.providerId)), {Sorvik::kNameField},
+                  owner.fields);
 }
 
 }  // namespace
