@@ -21,33 +21,35 @@ inline void Check(bool holds) {
 // Bytes in memory, which refuse a reader that asks for too much or too often.
 class BoundedFile : public Sorvik::xmp::FileBytes {
  public:
-  explicit BoundedFile(Sorvik::foundation::ByteReader bytes) : bytes_(bytes) {}
+  BoundedFile(Sorvik::foundation::ByteReader bytes, int mostReads)
+      : bytes_(bytes), mostReads_(mostReads) {}
 
   std::uint64_t Size() const noexcept override { return bytes_.Size(); }
   std::vector<std::byte> Read(std::uint64_t offset, std::size_t count) const override {
-    constexpr std::size_t kMostBytes = 8 * 1024 * 1024;
-    constexpr int kMostReads = 3;
-    Check(count <= kMostBytes && ++reads_ <= kMostReads);
+    constexpr std::size_t kMostBytes = 16 * 1024 * 1024;
+    Check(count <= kMostBytes && ++reads_ <= mostReads_);
     const auto part = bytes_.Clip(offset, count).Bytes();
     return {part.begin(), part.end()};
   }
 
  private:
   Sorvik::foundation::ByteReader bytes_;
+  int mostReads_;
   mutable int reads_ = 0;
 };
 
 // Whether a file has metadata, and what it says, doesn't depend on the properties wanted; these are
 // the readers' output with all of them, and with none.
 inline void Fuzz(const Sorvik::xmp::Reader& reader, std::span<const std::uint8_t> data,
-                 const std::string& path) {
+                 const std::string& path, int mostReads = 3,
+                 std::size_t headSize = Sorvik::xmp::kHeadSize) {
   using namespace Sorvik::xmp;
   const Sorvik::foundation::ByteReader bytes(std::as_bytes(data));
   ReaderOutput outputs[2];
   const WantedProperties wanted[2] = {WantedProperties::All(), WantedProperties::None()};
   for (int i = 0; i < 2; ++i) {
-    const BoundedFile file(bytes);
-    const ReaderInput input{path, file, bytes.Clip(0, kHeadSize)};
+    const BoundedFile file(bytes, mostReads);
+    const ReaderInput input{path, file, bytes.Clip(0, headSize)};
     reader.recognises(input);
     reader.read(input, wanted[i], outputs[i]);
   }
@@ -57,6 +59,15 @@ inline void Fuzz(const Sorvik::xmp::Reader& reader, std::span<const std::uint8_t
     outputs[i].native.GetProperty(kNsDM, "videoCompressor", &rates[i]);
   }
   Check(rates[0] == rates[1]);
+}
+
+// For readers that jump about in the file, the head of which is cut short here to make them do so.
+inline void FuzzJumps(const Sorvik::xmp::Reader& reader, std::span<const std::uint8_t> data,
+                      const std::string& path) {
+  constexpr int kMostReads = 96;
+  constexpr std::size_t kShortHead = 256;
+  Fuzz(reader, data, path, kMostReads);
+  Fuzz(reader, data, path, kMostReads, kShortHead);
 }
 
 }  // namespace sorvik_fuzz

@@ -32,7 +32,8 @@ constexpr std::uint64_t kLength = 32;
 constexpr std::uint64_t kBitmapWidth = 4;
 constexpr std::uint64_t kBitmapHeight = 8;  // negative where rows run from the top
 constexpr std::uint64_t kBitmapCompression = 16;
-constexpr std::uint64_t kBitmapLength = 40;
+// A side that is longer isn't one.
+constexpr std::uint32_t kMostPixels = 100'000;
 // vprp.
 constexpr std::uint64_t kFrameAspect = 20;
 
@@ -103,11 +104,18 @@ void AviHeader::ReadStream(FileWindow& file, const RiffChunk& strl) {
   const bool picture = stream.kind == kVideo || stream.kind == kInterleaved;
   if (picture && !picture_) picture_ = std::move(stream);
   if (stream.kind == kSound && !sound_) sound_ = std::move(stream);
-  if (!picture_) return;
-  const std::string codec =
-      VideoCodecName(ReaderOf(picture_->format).TextAt(kBitmapCompression, 4));
-  dv_ = picture_->kind == kInterleaved || codec.starts_with("DV");
 }
+
+// Interleaved DV has another record in place of the bitmap's.
+std::string AviHeader::Codec(const Stream& picture) {
+  if (picture.kind == kInterleaved) return "DV";
+  const ByteReader format = ReaderOf(picture.format);
+  if (format.U32LE(kBitmapCompression) == 0) return "Uncompressed";
+  const std::string stored = VideoCodecName(format.TextAt(kBitmapCompression, 4));
+  return stored.empty() ? VideoCodecName(picture.handler) : stored;
+}
+
+bool AviHeader::HoldsDV() const { return picture_ && Codec(*picture_).starts_with("DV"); }
 
 void AviHeader::Store(std::uint64_t fileBytes, TXMPMeta& meta) const {
   SetRiffDate(date_, meta);
@@ -129,21 +137,15 @@ void AviHeader::Store(std::uint64_t fileBytes, TXMPMeta& meta) const {
 }
 
 void AviHeader::StorePicture(TXMPMeta& meta) const {
+  meta.SetProperty(kNsDM, "videoCompressor", Codec(*picture_));
   const ByteReader format = ReaderOf(picture_->format);
-  std::string codec = VideoCodecName(picture_->handler);
-  // Interleaved DV has another record in place of the bitmap's.
-  if (picture_->kind == kVideo && format.Holds(0, kBitmapLength)) {
-    const std::uint32_t width = SizeOf(*format.U32LE(kBitmapWidth));
-    const std::uint32_t height = SizeOf(*format.U32LE(kBitmapHeight));
-    SetFrameSize(meta, width, height);
-    const std::uint64_t x = picture_->aspect >> 16;
-    const std::uint64_t y = picture_->aspect & 0xFFFF;
-    SetPixelAspectRatio(meta, x * height, y * width);
-    const std::string stored = VideoCodecName(format.TextAt(kBitmapCompression, 4));
-    if (!stored.empty()) codec = stored;
-    if (format.U32LE(kBitmapCompression) == 0) codec = "Uncompressed";
-  }
-  meta.SetProperty(kNsDM, "videoCompressor", codec);
+  const std::uint32_t width = SizeOf(format.U32LE(kBitmapWidth).value_or(0));
+  const std::uint32_t height = SizeOf(format.U32LE(kBitmapHeight).value_or(0));
+  if (picture_->kind != kVideo || width > kMostPixels || height > kMostPixels) return;
+  SetFrameSize(meta, width, height);
+  const std::uint64_t x = picture_->aspect >> 16;
+  const std::uint64_t y = picture_->aspect & 0xFFFF;
+  SetPixelAspectRatio(meta, x * height, y * width);
 }
 
 void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta) {
@@ -157,6 +159,10 @@ void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta) {
     if (!facts) return;
     TXMPMeta frame;
     SetDVFacts(*facts, frame);
+    // What the header tells for certain stays, whether or not the frame was looked at.
+    for (const char* name : {"videoCompressor", "videoFrameRate", "audioCompressor"}) {
+      frame.TakeFrom(meta, kNsDM, name);
+    }
     frame.FillFrom(meta);
     meta = std::move(frame);
     return;

@@ -13,7 +13,7 @@ class AviHeader {
   AviHeader(FileWindow& file, const RiffChunk& hdrl);
 
   void Store(std::uint64_t fileBytes, TXMPMeta& meta) const;
-  bool HoldsDV() const noexcept { return dv_; }
+  bool HoldsDV() const;
 
  private:
   struct Stream {
@@ -25,6 +25,7 @@ class AviHeader {
     std::uint32_t aspect = 0;  // of the frame: width in the upper half
   };
 
+  static std::string Codec(const Stream& picture);
   void ReadStream(FileWindow& file, const RiffChunk& strl);
   void StorePicture(TXMPMeta& meta) const;
 
@@ -35,7 +36,6 @@ class AviHeader {
   std::string date_;
   std::optional<Stream> picture_;
   std::optional<Stream> sound_;
-  bool dv_ = false;
 };
 
 // Puts the facts of the first DV frame of a 'movi' list over what `meta` holds: they are the

@@ -72,7 +72,8 @@ std::optional<TextChunk> InternationalText(std::string_view data) {
 
 class Chunks {
  public:
-  Chunks(const ReaderInput& input, ReaderOutput& output) : file_(input), output_(output) {}
+  Chunks(const ReaderInput& input, ReaderOutput& output)
+      : file_(input), headSize_(input.head.Size()), output_(output) {}
 
   void Read() {
     std::uint64_t at = kSignature.size();
@@ -85,7 +86,7 @@ class Chunks {
       if (kind == "IEND") return;
       at += kFrameLength + *length;
       // The picture itself is passed over: what stands behind it is at the end of the file.
-      if (kind == "IDAT" && at >= kHeadSize) break;
+      if (kind == "IDAT" && at >= headSize_) break;
     }
     if (at < file_.Size()) ReadTail(at);
   }
@@ -181,6 +182,7 @@ class Chunks {
   }
 
   FileWindow file_;
+  std::uint64_t headSize_;
   ReaderOutput& output_;
 };
 

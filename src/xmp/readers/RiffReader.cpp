@@ -25,6 +25,7 @@ constexpr std::pair<const char*, const char*> kFrameFacts[] = {
     {kNsDM, "startTimecode"},         {kNsXMP, "CreateDate"},      {kNsDM, "shotDate"},
     {kNsDM, "videoPixelAspectRatio"}, {kNsDM, "videoFieldOrder"},  {kNsDM, "audioSampleRate"},
     {kNsDM, "audioSampleType"},       {kNsDM, "audioChannelType"}, {kNsDM, "videoFrameSize"},
+    {kNsDM, "videoPixelDepth"},
 };
 
 bool WantsFrame(const WantedProperties& wanted) {

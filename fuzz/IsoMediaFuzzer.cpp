@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+// MP4 and MOV files: boxes, tracks, sample descriptions, texts.
+#include "FuzzReader.h"
+#include "xmp/readers/IsoMediaReader.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  sorvik_fuzz::FuzzJumps(Sorvik::xmp::kIsoMediaReader, {data, size}, "a.mp4");
+  return 0;
+}
