@@ -305,6 +305,17 @@ TEST(RunningSystem, ListsItsRootAndMountsOfOurOwn) {
   EXPECT_EQ(found->kind, VolumeKind::kRAMDisk);
 }
 
+TEST(RunningSystem, TakesNoFileForAVolume) {
+  TempTree tree;
+  const std::string place = tree.File("etc-hosts");
+  const RealMount disk = RealMount::Memory(tree.Folder("ram"));
+  tree.File("ram/hosts", "127.0.0.1 localhost");
+  const RealMount mount = RealMount::Bind(tree.Path("ram/hosts"), place);
+  if (!disk || !mount) GTEST_SKIP() << "mounting isn't allowed here";
+  EXPECT_TRUE(IsMountPoint(place));
+  for (const Volume& volume : ListVolumes()) EXPECT_NE(volume.mountPoint, place);
+}
+
 TEST(RunningSystem, ReadsTheLabelOfAFileSystem) {
   TempTree tree;
   const std::string folder = tree.Folder("disk");

@@ -15,7 +15,7 @@
 #include <memory>
 #include <utility>
 
-#include "foundation/tarnwick/Text.h"
+#include "foundation/platform/NameOrder.h"
 
 namespace Sorvik::platform {
 namespace {
@@ -58,50 +58,6 @@ std::optional<FolderItem> ItemOf(int folder, const dirent& entry) {
   }
 }
 
-// The eight bytes of `name` from `start` as a number that orders as they do; shorter names are
-// filled with zeros, which no name holds.
-std::uint64_t KeyOf(std::string_view name, std::size_t start) {
-  std::uint64_t key = 0;
-  for (std::size_t i = 0; i < sizeof(key); ++i) {
-    const std::size_t at = start + i;
-    key = key << 8 | (at < name.size() ? static_cast<unsigned char>(name[at]) : 0u);
-  }
-  return key;
-}
-
-// Names in a large folder mostly share a long beginning and differ in a few characters behind it.
-// Those, as a number, decide nearly every comparison, and moving numbers is cheaper than names.
-void SortByName(std::vector<FolderItem>& items) {
-  using tarnwick::utility::LessByCodeUnits;
-  struct Keyed {
-    std::uint64_t key;
-    FolderItem* item;
-  };
-  if (items.size() < 2) return;
-  std::size_t shared = items.front().name.size();
-  for (const FolderItem& item : items) {
-    shared = std::min(shared, tarnwick::utility::FirstDifference(items.front().name, item.name));
-  }
-  std::vector<Keyed> order;
-  order.reserve(items.size());
-  constexpr std::uint64_t kBeyondAscii = 0x8080808080808080;
-  std::uint64_t all = 0;
-  for (FolderItem& item : items) {
-    order.push_back({KeyOf(item.name, shared), &item});
-    all |= order.back().key;
-  }
-  // Bytes beyond ASCII don't order as code units do.
-  const bool ascii = (all & kBeyondAscii) == 0;
-  std::sort(order.begin(), order.end(), [ascii](const Keyed& a, const Keyed& b) {
-    if (ascii && a.key != b.key) return a.key < b.key;
-    return LessByCodeUnits(a.item->name, b.item->name);
-  });
-  std::vector<FolderItem> sorted;
-  sorted.reserve(items.size());
-  for (const Keyed& keyed : order) sorted.push_back(std::move(*keyed.item));
-  items = std::move(sorted);
-}
-
 struct CloseFolder {
   void operator()(DIR* folder) const noexcept { closedir(folder); }
 };
@@ -122,7 +78,7 @@ std::optional<std::vector<FolderItem>> ListFolder(const std::string& path) {
     if (name == "." || name == "..") continue;
     if (auto item = ItemOf(descriptor, *entry)) items.push_back(std::move(*item));
   }
-  SortByName(items);
+  SortByName(items, NameOrder::kCodeUnits);
   return items;
 }
 

@@ -14,6 +14,7 @@
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/MountTable.h"
+#include "foundation/platform/NameOrder.h"
 #include "foundation/platform/NativeAttributes.h"
 
 namespace Sorvik::platform {
@@ -54,7 +55,7 @@ class NameList {
       const ssize_t filled = getdents64(folder, blocks_.back().get(), size);
       if (filled < 0) return false;
       if (filled == 0) {
-        Sort();
+        SortByName(names_, NameOrder::kBytes);
         return true;
       }
       AddBlock(blocks_.back().get(), static_cast<std::size_t>(filled));
@@ -88,44 +89,6 @@ class NameList {
       const std::string_view name = entry->d_name;
       if (name != "." && name != "..") names_.push_back({name, TypeOf(entry->d_type)});
     }
-  }
-
-  // Names of a folder often share a long beginning. Behind it, the next eight bytes as one number
-  // decide nearly every comparison.
-  void Sort() {
-    struct Keyed {
-      std::uint64_t key;
-      FolderName item;
-    };
-    const std::size_t shared = SharedLength();
-    std::vector<Keyed> keyed;
-    keyed.reserve(names_.size());
-    for (const FolderName& item : names_) keyed.push_back({KeyOf(item.name.substr(shared)), item});
-    std::sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
-      return a.key != b.key ? a.key < b.key : a.item.name < b.item.name;
-    });
-    std::transform(keyed.begin(), keyed.end(), names_.begin(),
-                   [](const Keyed& entry) { return entry.item; });
-  }
-
-  std::size_t SharedLength() const {
-    if (names_.empty()) return 0;
-    std::string_view shared = names_.front().name;
-    for (const FolderName& item : names_) {
-      const auto end =
-          std::mismatch(shared.begin(), shared.end(), item.name.begin(), item.name.end());
-      shared = shared.substr(0, static_cast<std::size_t>(end.first - shared.begin()));
-    }
-    return shared.size();
-  }
-
-  // Missing bytes count as 0, which no name holds: a shorter name goes first.
-  static std::uint64_t KeyOf(std::string_view rest) {
-    std::uint64_t key = 0;
-    for (std::size_t i = 0; i < sizeof key; ++i) {
-      key = key << 8 | (i < rest.size() ? static_cast<unsigned char>(rest[i]) : 0u);
-    }
-    return key;
   }
 
   std::vector<std::unique_ptr<char[]>> blocks_;
