@@ -32,7 +32,7 @@ using Sorvik::FieldNameSet;
 void MakeFiles(const sorvik_test::TempTree& tree, long count) {
   for (long i = 0; i < count; ++i) {
     char name[64];
-    std::snprintf(name, sizeof(name), "A001C001_150824_R1AB.%07ld.ari", i * 7919 % count);
+    std::snprintf(name, sizeof(name), "2026-05-12 interview take %07ld.wav", i * 7919 % count);
     const std::string path = tree.File(name);
     const timespec time{1'700'000'000 + i * 317, 123'456'789};
     const timespec times[] = {time, time};
