@@ -1,15 +1,25 @@
 // SPDX-License-Identifier: MIT
 // What the metadata of one clip costs: parsing a packet, all fields of it, and whole files with and
-// without sidecars.
+// without sidecars, and a thousand files of one folder.
+//
+//   bench/MetadataCompare.sh build/release/MetadataBench
+//
+// runs the last of these beside another reader and counts system calls.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <vector>
 
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
+#include "foundation/FolderNames.h"
 #include "support/Cards.h"
 #include "support/TempTree.h"
+#include "support/TiffBytes.h"
 #include "xmp/XMPMeta.h"
 
 namespace {
@@ -80,6 +90,54 @@ void ScanForPacket(benchmark::State& state) {
   }
 }
 BENCHMARK(ScanForPacket)->Unit(benchmark::kMicrosecond);
+
+// A photograph as cameras and editors leave it: Exif, a packet, pixels of 100 kB.
+std::string Photograph() {
+  sorvik_test::TiffBytes t;
+  const std::string exif =
+      t.File({t.Ascii(271, "Maker"), t.Ascii(272, "Model"), t.Ascii(306, "2021:03:04 05:06:07")},
+             {{34665, {t.Ascii(36867, "2021:03:04 05:06:07"), t.Ascii(42033, "12345")}},
+              {34853, {t.Ascii(1, "N"), t.Ratios(2, {{48, 1}, {12, 1}, {30, 1}})}}});
+  const auto segment = [](const std::string& body) {
+    return sorvik_test::Bytes().U16(0xFFE1).U16(body.size() + 2).Text(body);
+  };
+  sorvik_test::Bytes file;
+  file.U16(0xFFD8).Add(segment(std::string("Exif\0\0", 6) + exif));
+  file.Add(segment(std::string("http://ns.adobe.com/xap/1.0/\0", 29) + Packet(4)));
+  return file.U16(0xFFDA).U16(2).Fill(100'000, 0x55).U16(0xFFD9).str();
+}
+
+// A thousand files, in SORVIK_BENCH_FILES where that is set, so that others can read them as well.
+std::vector<std::string> ThousandPaths(const sorvik_test::TempTree& tree, bool pictures) {
+  const char* kept = std::getenv("SORVIK_BENCH_FILES");
+  const std::filesystem::path folder =
+      std::filesystem::path(kept != nullptr ? kept : tree.Root()) / (pictures ? "jpg" : "xmp");
+  std::filesystem::create_directories(folder);
+  const std::string content = pictures ? Photograph() : Packet(4);
+  std::vector<std::string> paths;
+  for (int i = 0; i < 1000; ++i) {
+    paths.push_back(folder / (std::to_string(1000 + i) + (pictures ? ".jpg" : ".xmp")));
+    if (std::filesystem::exists(paths.back())) continue;  // made for an earlier run
+    std::ofstream(paths.back(), std::ios::binary) << content;
+  }
+  return paths;
+}
+
+// All fields of a thousand XMP files; with 1, of a thousand photographs.
+void ThousandFiles(benchmark::State& state) {
+  const sorvik_test::TempTree tree;
+  const auto paths = ThousandPaths(tree, state.range(0) != 0);
+  for (auto _ : state) {
+    const foundation::CallScope scope;
+    // As in a listing, which knows the folder's names.
+    foundation::FolderNames::Of(std::filesystem::path(paths.front()).parent_path());
+    for (const std::string& path : paths) {
+      benchmark::DoNotOptimize(XMPSupport::MakeValue(path, AllFields()));
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<long>(paths.size()));
+}
+BENCHMARK(ThousandFiles)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 
