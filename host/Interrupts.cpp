@@ -16,7 +16,7 @@ namespace host {
 namespace {
 
 // What running requests get to end in good order. With it the program is gone within two seconds.
-constexpr int kGraceMilliseconds = 1700;
+constexpr int kGraceMilliseconds = 1500;
 
 void Set(int event) {
   const std::uint64_t one = 1;

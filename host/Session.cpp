@@ -22,7 +22,7 @@ using Sorvik::ProviderWrapper;
 using tarnwick::utility::ImmutableString;
 
 constexpr char kFailureStation[] = "sorvik/failure";
-constexpr auto kDrainTime = std::chrono::milliseconds(1500);
+constexpr auto kDrainTime = std::chrono::milliseconds(1200);
 
 // A worker has done what RunOnWorker gave it.
 struct WorkDone final : Hestra::MessageImpl<WorkDone>, Hestra::Allocated<WorkDone> {};
