@@ -51,6 +51,9 @@ void ReportFailure(const std::exception_ptr& failure) {
 }  // namespace
 
 Session::Session() {
+  if (StationUtils::GetEventDescriptor() < 0) {
+    throw Failure(kNothing, "no file descriptor is left");
+  }
   tarnwick::threads::SetFailureHook(ReportFailure);
   ProviderHost::Initialize();
   StationUtils::RegisterStation(kFailureStation, [this](const Hestra::Message& message) {

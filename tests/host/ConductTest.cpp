@@ -165,5 +165,29 @@ TEST(Conduct, ClosedStreamsAreNotTakenForOtherFiles) {
   EXPECT_EQ(line, "sorvik: cannot write the output: Bad file descriptor\n");
 }
 
+// The exit code of `sorvik providers` behind other programs that set limits.
+int RunLimited(const std::string& limits) {
+  const std::string command =
+      "timeout 20 " + limits + " " SORVIK_BINARY_DIR "/sorvik providers > /dev/null 2> /dev/null";
+  return WEXITSTATUS(std::system(command.c_str()));
+}
+
+TEST(Conduct, FewDescriptorsEndInAnErrorAndNotInAWait) {
+  for (int most = 4; most < 9; ++most) {
+    const int code = RunLimited("prlimit --nofile=" + std::to_string(most));
+    EXPECT_TRUE(code == 0 || code == 1) << most << " descriptors: " << code;
+  }
+}
+
+TEST(Conduct, FewThreadsAreEnough) {
+  const std::string nobody = "setpriv --reuid=61234 --regid=61234 --clear-groups ";
+  if (geteuid() != 0 || RunLimited(nobody) != 0) {
+    GTEST_SKIP() << "the limit of threads binds no user that sorvik can be run as here";
+  }
+  // The program's own two, and three of the executor's.
+  EXPECT_EQ(RunLimited(nobody + "prlimit --nproc=5"), 0);
+  EXPECT_EQ(RunLimited(nobody + "prlimit --nproc=1"), 1);
+}
+
 }  // namespace
 }  // namespace sorvik_test

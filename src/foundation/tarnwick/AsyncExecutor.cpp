@@ -9,8 +9,10 @@
 #include <cstddef>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace tarnwick::threads {
 namespace {
@@ -70,8 +72,21 @@ class Gate {
 
 class PoolExecutor final : public AsyncExecutor {
  public:
-  explicit PoolExecutor(unsigned threads) : pool_(threads) {}
-  ~PoolExecutor() override { pool_.join(); }
+  // The threads are our own: a pool that makes them itself never comes back if one can't be had.
+  explicit PoolExecutor(unsigned threads) : pool_(0) {
+    threads_.reserve(threads);
+    try {
+      while (threads_.size() < threads) threads_.emplace_back([this] { pool_.attach(); });
+    } catch (const std::system_error&) {
+      // Where threads are short, fewer do. Without any, nothing would ever run.
+      if (threads_.empty()) throw;
+    }
+  }
+  ~PoolExecutor() override {
+    gate_.WaitEmpty();
+    pool_.stop();
+    for (std::thread& thread : threads_) thread.join();
+  }
 
   bool Post(boost::function<void()> function) override {
     if (!gate_.Enter()) return false;
@@ -92,6 +107,7 @@ class PoolExecutor final : public AsyncExecutor {
  private:
   Gate gate_;
   boost::asio::thread_pool pool_;
+  std::vector<std::thread> threads_;
 };
 
 // Work goes straight through to the base, or waits here while `width` pieces are running.
