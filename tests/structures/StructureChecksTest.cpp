@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "SorvikProvider/frame/ProviderHost.h"
@@ -33,6 +34,7 @@ TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
     card.File("STREAM/00007.MTS");
     card.File("STREAM/00002.mts");  // a listing takes the one in capitals
     card.File("STREAM/thumbs.db");
+    card.File("BACKUP/CLIPINF/00000.CPI");
     const StructureFindings findings = CheckAVCHDFolder(tree.Root());
     EXPECT_EQ(Missing(findings, card.BDMV()),
               (Lines{"00000.MTS: stream STREAM/00001.MTS",
@@ -41,6 +43,10 @@ TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
     ASSERT_EQ(findings.unreached.size(), 2u);
     EXPECT_EQ(findings.unreached[0].path, card.Path("STREAM/00002.mts"));
     EXPECT_EQ(findings.unreached[1].path, card.Path("STREAM/00007.MTS"));
+    EXPECT_THAT(findings.structureFiles,
+                testing::AllOf(testing::Contains(card.Path("PLAYLIST/00000.MPL")),
+                               testing::Contains(card.Path("BACKUP/CLIPINF/00000.CPI")),
+                               testing::Not(testing::Contains(testing::HasSubstr("STREAM")))));
   }
 }
 

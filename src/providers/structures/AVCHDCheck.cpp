@@ -104,6 +104,28 @@ void AddUnreachedStreams(Card& card) {
   }
 }
 
+void AddFilesOf(const std::string& folder, std::u16string_view extension, bool recursive,
+                Card& card) {
+  for (const UTF16String& file :
+       Hestra::Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension, recursive)) {
+    card.findings.structureFiles.push_back(Hestra::MakeStdString(file));
+  }
+}
+
+// Indexes, and the camera's copies of them. Most are listed with the clips as well.
+void AddStructureFiles(Card& card) {
+  for (const char16_t* extension : {u".bdmv", u".bdm"}) {
+    AddFilesOf(card.bdmv, extension, false, card);
+  }
+  for (const char16_t* extension : {u".mpls", u".MPL"}) {
+    AddFilesOf(card.bdmv + "/PLAYLIST", extension, false, card);
+  }
+  for (const char16_t* extension : {u".clpi", u".CLP", u".CPI"}) {
+    AddFilesOf(card.bdmv + "/CLIPINF", extension, false, card);
+  }
+  AddFilesOf(card.bdmv + "/BACKUP", {}, true, card);
+}
+
 }  // namespace
 
 StructureFindings CheckAVCHDFolder(const std::string& path) {
@@ -116,6 +138,7 @@ StructureFindings CheckAVCHDFolder(const std::string& path) {
     }
   }
   AddUnreachedStreams(card);
+  AddStructureFiles(card);
   return std::move(card.findings);
 }
 
