@@ -6,11 +6,13 @@
 // crosses threads. Without a scope everything works the same and is read each time.
 #pragma once
 
-#include <map>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <typeindex>
+#include <unordered_map>
 #include <utility>
 
 namespace Sorvik::foundation {
@@ -29,12 +31,12 @@ class CallScope {
   static std::shared_ptr<const T> Remember(const std::string& key, Make make) {
     Records* records = Current();
     if (records == nullptr) return std::make_shared<const T>(make());
-    const auto name = std::make_pair(std::type_index(typeid(T)), key);
+    Name name{typeid(T), key};
     if (const auto kept = records->find(name); kept != records->end()) {
       return std::static_pointer_cast<const T>(kept->second);
     }
     auto made = std::make_shared<const T>(make());
-    records->emplace(name, made);
+    records->emplace(std::move(name), made);
     return made;
   }
 
@@ -43,12 +45,24 @@ class CallScope {
   static std::shared_ptr<const T> Kept(const std::string& key) {
     const Records* records = Current();
     if (records == nullptr) return nullptr;
-    const auto kept = records->find(std::make_pair(std::type_index(typeid(T)), key));
+    const auto kept = records->find(Name{typeid(T), key});
     return kept == records->end() ? nullptr : std::static_pointer_cast<const T>(kept->second);
   }
 
  private:
-  using Records = std::map<std::pair<std::type_index, std::string>, std::shared_ptr<const void>>;
+  struct Name {
+    std::type_index type;
+    std::string key;
+
+    bool operator==(const Name&) const = default;
+  };
+  struct NameHash {
+    std::size_t operator()(const Name& name) const noexcept {
+      return std::hash<std::string>()(name.key) ^ std::hash<std::type_index>()(name.type);
+    }
+  };
+  // A listing keeps several records for each of a thousand folders.
+  using Records = std::unordered_map<Name, std::shared_ptr<const void>, NameHash>;
 
   static Records* Current() noexcept;
 
