@@ -99,16 +99,24 @@ std::vector<std::string> CanonXFPlaces(const PathParts& parts) {
   return {};
 }
 
+// Adds a place without the spellings that a stronger place has already: beside a card's clip XML
+// both are often the same file, which isn't read twice.
+void AddPlace(std::vector<std::string> spellings, std::vector<std::vector<std::string>>& places) {
+  std::erase_if(spellings, [&places](const std::string& spelling) {
+    return std::any_of(places.begin(), places.end(), [&spelling](const auto& stronger) {
+      return std::find(stronger.begin(), stronger.end(), spelling) != stronger.end();
+    });
+  });
+  if (!spellings.empty()) places.push_back(std::move(spellings));
+}
+
 }  // namespace
 
 std::vector<std::vector<std::string>> SidecarPlaces(const std::string& path) {
   const PathParts parts = PartsOf(path);
   std::vector<std::vector<std::string>> places{{path + ".xmp"}};
-  for (const auto card : {P2Places, SonyPlaces, CanonXFPlaces}) {
-    auto found = card(parts);
-    if (!found.empty()) places.push_back(std::move(found));
-  }
-  places.push_back({Join(parts.stem, ".xmp"), Join(parts.stem, ".XMP")});
+  for (const auto card : {P2Places, SonyPlaces, CanonXFPlaces}) AddPlace(card(parts), places);
+  AddPlace({Join(parts.stem, ".xmp"), Join(parts.stem, ".XMP")}, places);
   return places;
 }
 

@@ -2,11 +2,15 @@
 // Which sources make up the metadata of a file, and which of them wins.
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <set>
 #include <string>
 
 #include "support/Cards.h"
 #include "support/TempTree.h"
+#include "xmp/FileBytes.h"
 #include "xmp/Namespaces.h"
+#include "xmp/Sidecars.h"
 #include "xmp/XMPFiles.h"
 
 namespace {
@@ -134,6 +138,28 @@ TEST(XMPFiles, FindsSidecarsWhereCardsKeepThem) {
     tree.File(c.sidecar, Packet("x:Label='found'"));
     EXPECT_EQ(LabelOf(clip), "found") << c.clip << " " << c.sidecar;
   }
+}
+
+TEST(XMPFiles, LooksAtNoSidecarTwice) {
+  for (const char* clip : {"/a/CONTENTS/CLIP/0001AB.XML", "/a/Clip/C0001M01.XML",
+                           "/a/BPAV/CLPR/C0001/C0001M01.XML", "/a/b.MTS"}) {
+    std::set<std::string> seen;
+    for (const auto& spellings : SidecarPlaces(clip)) {
+      for (const std::string& path : spellings) EXPECT_TRUE(seen.insert(path).second) << path;
+    }
+    EXPECT_GE(seen.size(), 3u);
+  }
+}
+
+TEST(XMPFiles, ReadsASmallFileOnce) {
+  const TempTree tree;
+  const std::string path = tree.File("a.bin", "all of it");
+  const auto file = FileOnDisk::Open(path);
+  ASSERT_TRUE(file);
+  std::ofstream(path, std::ios::trunc) << "otherwise";  // in place, under the open file
+  const auto bytes = file->Read(4, 1u << 20);
+  EXPECT_EQ(Sorvik::foundation::ByteReader(bytes).Text(), "of it");
+  EXPECT_TRUE(file->Read(9, 1).empty());
 }
 
 }  // namespace
