@@ -3,6 +3,7 @@
 #include <string>
 
 #include "SorvikProvider/metadata/XMPSupport.h"
+#include "foundation/CallScope.h"
 #include "metadata/ValueConversion.h"
 #include "xmp/Namespaces.h"
 #include "xmp/XMPFiles.h"
@@ -58,6 +59,7 @@ bool ReadMetadata(const std::string& path, const XMPFieldBits& fields, xmp::SXMP
 }  // namespace
 
 FieldValueMap MakeValue(const std::string& path, const XMPFieldBits& fields) {
+  const foundation::CallScope scope;  // a card's lists serve several properties
   xmp::SXMPMeta meta;
   if (!ReadMetadata(path, fields, meta)) return {};
   return ConvertFields(meta, fields);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <fstream>
 #include <locale>
 #include <set>
 #include <string>
@@ -264,6 +265,30 @@ TEST(MakeValue, TellsFailuresApart) {
   EXPECT_TRUE(MakeValue(good, XMPFieldBits()).empty());
   EXPECT_TRUE(MakeValue(bits, "<rdf:RDF>").empty());
   EXPECT_TRUE(MakeValue(bits, "").empty());
+}
+
+// Bytes that the process has read so far.
+std::size_t BytesRead() {
+  std::ifstream counters("/proc/self/io");
+  std::string name;
+  std::size_t count = 0;
+  return counters >> name >> count && name == "rchar:" ? count : 0;
+}
+
+TEST(MakeValue, ReadsTheListOfACardOnce) {
+  if (BytesRead() == 0) GTEST_SKIP() << "the system counts no bytes";
+  constexpr std::size_t kPadding = 1'000'000;
+  const TempTree tree;
+  tree.File("BPAV/MEDIAPRO.XML",
+            "<MediaProfile><Contents/><!--" + std::string(kPadding, 'x') + "--></MediaProfile>");
+  const std::string clip =
+      tree.File("BPAV/CLPR/C1/C1M01.XML",
+                "<NonRealTimeMeta><TargetMaterial umidRef='AB'/></NonRealTimeMeta>");
+  const std::size_t before = BytesRead();
+  EXPECT_EQ(
+      TextOf(MakeValue(clip, ParseFields({"duration", "relation", "identifier"})), "identifier"),
+      "AB");
+  EXPECT_LT(BytesRead() - before, kPadding * 3 / 2);
 }
 
 }  // namespace
