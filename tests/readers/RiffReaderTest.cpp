@@ -259,4 +259,19 @@ TEST(RiffReader, AgreesWithExiftoolOnSamples) {
   EXPECT_EQ(plain.Field("duration", kNsDM, "value"), "3");
 }
 
+// The oldest form of DV in AVI has one stream, whose frames hold the sound.
+TEST(RiffReader, FindsSoundInFramesByWhicheverFactIsAsked) {
+  const auto frames = ReadSample("hdv/SYNTHETIC/raw-pal-16x9-synthetic.dv");
+  if (!frames) GTEST_SKIP() << "no samples beside the source tree";
+  const std::string file =
+      Riff("AVI ", {List("hdrl", {MainHeader(40000, 1), Stream("iavs", "dvsd", 1, 25, 1, {}),
+                                  Stream("vids", "dvsd", 1, 25, 1, {Bitmap(720, 576, "dvsd")})}),
+                    List("movi", {Chunk("00dc", Bytes(frames->substr(0, 144'000)))})});
+  for (const char* name : {"audioCompressor", "audioSampleRate"}) {
+    WantedProperties wanted = WantedProperties::None();
+    wanted.Add(kNsDM, name);
+    EXPECT_NE(ReadWith(kRiffReader, file, {}, wanted).Get(kNsDM, name), "") << name;
+  }
+}
+
 }  // namespace

@@ -20,12 +20,13 @@ constexpr std::uint32_t kList = FourCC("LIST");
 
 constexpr std::uint64_t kMostExif = std::uint64_t{1} << 20;
 
-// Properties for which the first frame of a DV file is looked at.
+// Properties for which the first frame of a DV file is looked at: all that it tells.
 constexpr std::pair<const char*, const char*> kFrameFacts[] = {
     {kNsDM, "startTimecode"},         {kNsXMP, "CreateDate"},      {kNsDM, "shotDate"},
     {kNsDM, "videoPixelAspectRatio"}, {kNsDM, "videoFieldOrder"},  {kNsDM, "audioSampleRate"},
     {kNsDM, "audioSampleType"},       {kNsDM, "audioChannelType"}, {kNsDM, "videoFrameSize"},
-    {kNsDM, "videoPixelDepth"},
+    {kNsDM, "videoPixelDepth"},       {kNsDM, "videoFrameRate"},   {kNsDM, "videoCompressor"},
+    {kNsDM, "audioCompressor"},
 };
 
 bool WantsFrame(const WantedProperties& wanted) {
