@@ -194,6 +194,28 @@ TEST(TransportStreamReader, LooksFurtherForARecordingBlock) {
   EXPECT_EQ(result.Get(kNsTIFF, "Make"), "Sony");
 }
 
+// All facts of a camera come late in this file: each is found by itself.
+TEST(TransportStreamReader, FindsEachFactByItself) {
+  std::vector<std::string> tags = kTags;
+  tags.insert(tags.begin() + 3, "A8 00000000");  // white balance automatic
+  StreamMaker stream;
+  stream.AddProgram(0x48444D56, AvchdStreams());
+  stream.Add(0x1FFF, Bytes().Fill(300'000));
+  stream.Add(0x1011, Pes(0xE0, 8200, Picture(tags)));
+  const std::string file = stream.str();
+  const auto all = ReadWith(kTransportStreamReader, file);
+  for (const auto& [schema, name] :
+       {std::pair(kNsDM, "videoPixelDepth"), std::pair(kNsEXIF, "GPSAltitudeRef"),
+        std::pair(kNsCRS, "WhiteBalance"), std::pair(kNsTIFF, "Model")}) {
+    WantedProperties wanted = WantedProperties::None();
+    wanted.Add(schema, name);
+    EXPECT_NE(all.Get(schema, name), "") << name;
+    EXPECT_EQ(ReadWith(kTransportStreamReader, file, {}, wanted).Get(schema, name),
+              all.Get(schema, name))
+        << name;
+  }
+}
+
 TEST(TransportStreamReader, TakesAudioFromTheProgramWhereItLiesFurtherOn) {
   StreamMaker stream;
   Bytes streams;

@@ -155,15 +155,22 @@ class StreamFile {
   }
 
   bool WantsDM(std::string_view name) const { return wanted_.Wants(kNsDM, name); }
-  bool WantsRecording() const {
+  // What the playlist can tell as well.
+  bool WantsShot() const {
     return WantsDM("shotDate") || WantsDM("startTimecode") || wanted_.Wants(kNsXMP, "CreateDate") ||
-           wanted_.Wants(kNsTIFF, "Make") || wanted_.Wants(kNsTIFF, "Model") ||
-           wanted_.Wants(kNsEXIF, "GPSLatitude") || wanted_.Wants(kNsEXIF, "GPSLongitude") ||
-           wanted_.Wants(kNsEXIF, "GPSAltitude");
+           wanted_.Wants(kNsTIFF, "Make");
   }
+  bool WantsRecording() const {
+    return WantsShot() || wanted_.Wants(kNsTIFF, "Model") ||
+           wanted_.Wants(kNsEXIF, "GPSLatitude") || wanted_.Wants(kNsEXIF, "GPSLongitude") ||
+           wanted_.Wants(kNsEXIF, "GPSAltitude") || wanted_.Wants(kNsEXIF, "GPSAltitudeRef") ||
+           wanted_.Wants(kNsCRS, "WhiteBalance");
+  }
+  // The rate decides whether a timecode drops numbers.
   bool WantsVideo() const {
     return WantsDM("videoFrameRate") || WantsDM("videoFrameSize") || WantsDM("videoFieldOrder") ||
-           WantsDM("videoPixelAspectRatio") || WantsDM("duration");
+           WantsDM("videoPixelAspectRatio") || WantsDM("videoPixelDepth") || WantsDM("duration") ||
+           WantsDM("startTimecode");
   }
   bool WantsAudio() const {
     return WantsDM("audioSampleRate") || WantsDM("audioSampleType") || WantsDM("audioChannelType");
@@ -253,7 +260,7 @@ class StreamFile {
     }
     FillFromHDV(facts);
     const bool whole = facts.recorded && facts.timecode && !facts.maker.empty();
-    if (!whole && WantsRecording()) FillFromPlaylist(facts);
+    if (!whole && WantsShot()) FillFromPlaylist(facts);
     if (!facts.recorded) facts.recorded = DateFromRecorderName(input_.path);
     if (facts.recorded) SetRecordingDate(meta, *facts.recorded, facts.zone);
     meta.SetProperty(kNsTIFF, "Make", facts.maker);
