@@ -243,6 +243,27 @@ TEST(NonRealTimeMetaReader, ReadsTheListOnlyForWhatIsWanted) {
   EXPECT_EQ(relation(WantedProperties::None()), "");
 }
 
+// What a camera left out of its XML comes from the list, whatever else is asked for.
+TEST(NonRealTimeMetaReader, FillsSingleGapsFromTheList) {
+  const TempTree tree;
+  tree.File("MEDIAPRO.XML",
+            "<MediaProfile><Contents><Material uri=\"./Clip/C1.MXF\" dur=\"75\" ch=\"2\" "
+            "aspectRatio=\"4:3\"><RelevantInfo uri=\"./Clip/C1M01.XML\" type=\"XML\"/></Material>"
+            "</Contents></MediaProfile>");
+  const std::string xml = Document(
+      "<VideoFormat><VideoFrame videoCodec=\"DV25\" formatFps=\"25p\"/></VideoFormat>"
+      "<AudioFormat><AudioRecPort audioCodec=\"LPCM16\"/></AudioFormat>");
+  const auto only = [&](const char* name) {
+    WantedProperties wanted = WantedProperties::None();
+    wanted.Add(kNsDM, name);
+    return ReadWith(kNonRealTimeMetaReader, xml, tree.Path("Clip/C1M01.XML"), wanted);
+  };
+  EXPECT_EQ(Length(only("duration")), "75 1/25");
+  EXPECT_EQ(only("audioChannelType").Get(kNsDM, "audioChannelType"), "Stereo");
+  EXPECT_EQ(only("videoPixelAspectRatio").Get(kNsDM, "videoPixelAspectRatio"), "12/11");
+  EXPECT_EQ(Length(only("good")), " ");
+}
+
 TEST(NonRealTimeMetaReader, GivesNothingForOtherFiles) {
   EXPECT_FALSE(Read("").recognised);
   EXPECT_FALSE(Read("<NonRealTimeMetaX/>").recognised);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/NonRealTimeMetaReader.h"
 
+#include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -345,23 +347,33 @@ void ReadRoot(const XmlElement& root, const Material* material, bool onXDCAMEX, 
   SetUserMetadata(root, native);
 }
 
-// The properties that the material list can stand in for.
+bool WantsAny(const WantedProperties& wanted, std::initializer_list<const char*> names) {
+  return std::any_of(names.begin(), names.end(),
+                     [&wanted](const char* name) { return wanted.Wants(kNsDM, name); });
+}
+
+// Whether the material list has to stand in for something that is wanted.
 bool WantsMaterial(const XmlElement& root, const WantedProperties& wanted) {
-  const auto lacks = [&root](std::string_view child) { return root.Child(child) == nullptr; };
-  if (lacks("TargetMaterial") && wanted.Wants(kNsDC, "identifier")) return true;
-  static constexpr const char* kOfVideo[] = {
-      "videoFrameRate",        "videoFrameSize", "videoCompressor", "videoFieldOrder",
-      "videoPixelAspectRatio", "startTimecode",  "duration"};
-  static constexpr const char* kOfAudio[] = {"audioSampleType", "audioChannelType",
-                                             "audioCompressor"};
-  const auto wantsAny = [&wanted](const auto& names) {
-    for (const char* name : names) {
-      if (wanted.Wants(kNsDM, name)) return true;
-    }
-    return false;
+  const auto lacks = [](const XmlElement& element, std::string_view attribute) {
+    return AttributeOf(element, attribute).empty();
   };
-  return (lacks("VideoFormat") && wantsAny(kOfVideo)) ||
-         (lacks("AudioFormat") && wantsAny(kOfAudio));
+  const XmlElement& video = ChildOf(root, "VideoFormat");
+  const XmlElement& frame = ChildOf(video, "VideoFrame");
+  const XmlElement& audio = ChildOf(root, "AudioFormat");
+  if (lacks(ChildOf(root, "TargetMaterial"), "umidRef") && wanted.Wants(kNsDC, "identifier")) {
+    return true;
+  }
+  if (lacks(ChildOf(root, "Duration"), "value") && WantsAny(wanted, {"duration"})) return true;
+  const bool lacksVideo = lacks(frame, "formatFps") || lacks(frame, "videoCodec") ||
+                          lacks(ChildOf(video, "VideoLayout"), "aspectRatio");
+  if (lacksVideo &&
+      WantsAny(wanted, {"videoFrameRate", "videoFrameSize", "videoCompressor", "videoFieldOrder",
+                        "videoPixelAspectRatio", "startTimecode", "duration"})) {
+    return true;
+  }
+  const bool lacksAudio =
+      lacks(ChildOf(audio, "AudioRecPort"), "audioCodec") || lacks(audio, "numOfChannel");
+  return lacksAudio && WantsAny(wanted, {"audioSampleType", "audioChannelType", "audioCompressor"});
 }
 
 bool IsRoot(std::string_view name) { return name == "NonRealTimeMeta"; }
