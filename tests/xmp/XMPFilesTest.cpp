@@ -151,6 +151,19 @@ TEST(XMPFiles, LooksAtNoSidecarTwice) {
   }
 }
 
+TEST(XMPFiles, KnowsXMPUnderOtherNames) {
+  const TempTree tree;
+  const std::string open = "<?xml version='1.0'?><!-- bare --><x:xmpmeta xmlns:x='adobe:ns:meta/'>";
+  EXPECT_EQ(LabelOf(tree.File("bare.xml", open + "<r:RDF "
+                                                 "xmlns:r='http://www.w3.org/1999/02/"
+                                                 "22-rdf-syntax-ns#'><r:Description "
+                                                 "xmlns:x='http://ns.adobe.com/xap/1.0/' "
+                                                 "x:Label='bare'/></r:RDF></x:xmpmeta>")),
+            "bare");
+  EXPECT_EQ(LabelOf(tree.File("cut.xml", open)), "raised");
+  EXPECT_EQ(LabelOf(tree.File("other.xml", "<xmp><x:xmpmeta/></xmp>")), "no metadata");
+}
+
 TEST(XMPFiles, ReadsASmallFileOnce) {
   const TempTree tree;
   const std::string path = tree.File("a.bin", "all of it");

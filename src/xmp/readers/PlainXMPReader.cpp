@@ -2,15 +2,23 @@
 #include "xmp/readers/PlainXMPReader.h"
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 #include "foundation/ByteReader.h"
 #include "foundation/XmlTree.h"
+#include "xmp/readers/CameraXml.h"
 
 namespace Sorvik::xmp {
 namespace {
 
-bool Recognises(const ReaderInput& input) { return IsPlainXMP(input.path); }
+// The document element that writers put around XMP, and its name in the oldest files. Such a file
+// may have any name, and needs no packet around it by which a scan would find it.
+bool Recognises(const ReaderInput& input) {
+  if (IsPlainXMP(input.path)) return true;
+  const std::string root = XmlRootName(input.head);
+  return root == "xmpmeta" || root == "xapmeta";
+}
 
 void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
   // One byte above the limit, so that a larger file is refused and not cut.

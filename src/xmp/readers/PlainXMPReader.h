@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Files that are nothing but serialised XMP: sidecars, told by their extension.
+// Files that are nothing but serialised XMP, told by their extension or document element.
 #pragma once
 
 #include "xmp/Reader.h"
