@@ -3,6 +3,7 @@
 
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
+#include "support/TiffBytes.h"
 #include "xmp/readers/IsoMediaReader.h"
 
 namespace {
@@ -14,6 +15,7 @@ using sorvik_test::ReadDamaged;
 using sorvik_test::ReadSample;
 using sorvik_test::ReadWith;
 using sorvik_test::TextFacts;
+using sorvik_test::TiffBytes;
 
 Bytes Box(const std::string& type, const Bytes& body) {
   return Bytes().U32(body.size() + 8).Text(type).Add(body);
@@ -261,6 +263,45 @@ TEST(IsoMediaReader, TakesThePacketOfTheUUIDBox) {
   EXPECT_EQ(ReadWith(kIsoMediaReader, FileType().U32(0).Text("uuid").Add(uuid).Text("<q/>").str())
                 .output.packet,
             "<q/>");
+}
+
+Bytes ItemInfo(unsigned id, const std::string& type, const std::string& content = "") {
+  Bytes b;
+  b.U32(0x02000000).U16(id).U16(0).Text(type).U8(0);  // version 2, number, protection, type, name
+  return Box("infe", content.empty() ? b : b.Text(content).U8(0));
+}
+// A picture with three items behind each other in 'mdat'.
+std::string Picture(const std::vector<std::string>& items) {
+  Bytes info = Bytes().U32(0).U16(3);
+  info.Add(ItemInfo(1, "mime", "text/plain")).Add(ItemInfo(2, "mime", "application/rdf+xml"));
+  info.Add(ItemInfo(3, "Exif"));
+  const auto meta = [&](std::uint32_t first) {
+    Bytes where = Bytes().U32(0).U16(0x4400).U16(3);  // offsets and lengths of 4 bytes, no base
+    for (unsigned i = 0; i < 3; ++i) {
+      where.U16(i + 1).U16(0).U16(1).U32(first).U32(items[i].size());  // number, file, extents
+      first += static_cast<std::uint32_t>(items[i].size());
+    }
+    return Box("meta", Bytes().U32(0).Add(Box("iinf", info)).Add(Box("iloc", where)));
+  };
+  const auto start = static_cast<std::uint32_t>(FileType().size() + meta(0).size() + 8);
+  return FileType().Add(meta(start)).Add(Box("mdat", Bytes(items[0] + items[1] + items[2]))).str();
+}
+
+TEST(IsoMediaReader, TakesXMPAndExifFromTheItemsOfPictures) {
+  TiffBytes t;
+  const std::string exif =
+      Bytes().U32(6).Text(std::string_view("Exif\0\0", 6)).str() + t.File({t.Ascii(271, "Maker")});
+  const std::string file = Picture({"<no/>", "<p/>", exif});
+  const auto result = ReadWith(kIsoMediaReader, file);
+  EXPECT_EQ(result.output.packet, "<p/>");
+  EXPECT_TRUE(result.output.hasNative);
+  EXPECT_EQ(Facts(result), "Make=Maker\n");
+  ReadDamaged(kIsoMediaReader, file);
+
+  const auto sample = ReadSample("xmp/bep-multi-xmp.heic");
+  if (!sample) GTEST_SKIP() << "no samples beside the source tree";
+  EXPECT_NE(ReadWith(kIsoMediaReader, *sample).output.packet.find("GCamera:MotionPhoto"),
+            std::string::npos);
 }
 
 TEST(IsoMediaReader, SurvivesDamage) {

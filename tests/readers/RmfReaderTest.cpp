@@ -11,6 +11,7 @@ using namespace Sorvik::xmp;
 using sorvik_test::Bytes;
 using sorvik_test::Facts;
 using sorvik_test::ReadDamaged;
+using sorvik_test::ReadSample;
 using sorvik_test::ReadWith;
 
 Bytes Frame(const std::string& model) {
@@ -38,6 +39,14 @@ TEST(RmfReader, ReadsAFrame) {
 TEST(RmfReader, SurvivesDamage) {
   ReadDamaged(kRmfReader, Frame("EOS").str());
   EXPECT_FALSE(ReadWith(kRmfReader, "XPD").recognised);
+}
+
+TEST(RmfReader, ReadsASample) {
+  const auto bytes = ReadSample("rmf/synthetic-XPDS.rmf");
+  if (!bytes) GTEST_SKIP() << "no samples beside the source tree";
+  const auto result = ReadWith(kRmfReader, *bytes);
+  EXPECT_EQ(result.Field("videoFrameSize", kNsDimensions, "w"), "4096");
+  EXPECT_EQ(result.Get(kNsTIFF, "Model"), "EOS C500");
 }
 
 }  // namespace

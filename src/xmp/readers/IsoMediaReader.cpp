@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "xmp/Namespaces.h"
+#include "xmp/readers/IsoItems.h"
 #include "xmp/readers/IsoTexts.h"
 #include "xmp/readers/IsoTracks.h"
 
@@ -50,13 +51,18 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   if (!Recognises(input)) return;
   FileWindow file(input);
   IsoBoxes boxes(file, 0, file.Size());
+  bool moov = false;
   while (const auto box = boxes.Next()) {
-    if (box->type == FourCC("moov") && !output.hasNative) {
+    if (box->type == FourCC("moov") && !moov) {
       ReadMoov(file, *box, wanted, output);
+      moov = true;
     } else if (box->type == FourCC("uuid") && output.packet.empty() &&
                file.At(box->body, kXMPUUID.size()).Text() == kXMPUUID &&
                box->Size() > kXMPUUID.size()) {
       output.packet = file.Copy(box->body + kXMPUUID.size(), box->Size() - kXMPUUID.size());
+    } else if (box->type == FourCC("meta")) {
+      const bool exif = TakeItems(file, *box, output.native, output.packet);
+      output.hasNative = output.hasNative || exif;
     } else if (box->type == FourCC("moof")) {
       return;  // a stream in fragments goes on like this to its end
     }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// ISO base media files: MP4, MOV and what is built like them. XMP, tracks and texts.
+// ISO base media files: MP4, MOV and what is built like them, pictures (HEIC, AVIF) among them.
+// XMP, tracks, texts and items.
 #pragma once
 
 #include "xmp/Reader.h"

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+#include "xmp/readers/IsoItems.h"
+
+#include <algorithm>
+
+#include "xmp/readers/ExifTags.h"
+
+namespace Sorvik::xmp {
+
+namespace {
+
+using foundation::ByteReader;
+
+constexpr std::size_t kMostItems = 1024;
+constexpr std::uint64_t kMostTable = 256 * 1024;
+constexpr std::uint64_t kVersionAndFlags = 4;
+
+struct Items {
+  std::optional<std::uint32_t> xmp;
+  std::optional<std::uint32_t> exif;
+};
+
+// infe: version and flags, number, protection, type, name, content type. Older versions describe no
+// types.
+void ReadEntry(ByteReader entry, Items& items) {
+  const unsigned version = entry.U8(0).value_or(0);
+  if (version != 2 && version != 3) return;
+  const std::uint64_t number = kVersionAndFlags;
+  const std::uint64_t type = number + (version == 2 ? 2 : 4) + 2;
+  const auto id = version == 2 ? entry.U16BE(number).value_or(0) : entry.U32BE(number).value_or(0);
+  if (entry.Matches(type, "Exif") && !items.exif) items.exif = id;
+  if (!entry.Matches(type, "mime") || items.xmp) return;
+  const std::string_view texts = entry.Clip(type + 4).Text();
+  const std::size_t nameEnd = texts.find('\0');
+  if (nameEnd == std::string_view::npos) return;
+  const std::string_view content = texts.substr(nameEnd + 1);
+  if (content.substr(0, content.find('\0')) == "application/rdf+xml") items.xmp = id;
+}
+
+Items ReadItems(FileWindow& file, const IsoBox& iinf) {
+  const bool wide = file.At(iinf.body, 1).U8(0).value_or(0) != 0;
+  Items items;
+  IsoBoxes entries(file, iinf, kVersionAndFlags + (wide ? 4 : 2));
+  while (const auto entry = entries.Next()) {
+    if (entry->type != FourCC("infe")) continue;
+    ReadEntry(file.At(entry->body, std::min<std::uint64_t>(512, entry->Size())), items);
+  }
+  return items;
+}
+
+// Numbers of iloc have 0, 4 or 8 bytes, as its head tells.
+class Locations {
+ public:
+  explicit Locations(ByteReader iloc) : iloc_(iloc) {}
+
+  struct Place {
+    std::uint64_t offset = 0;
+    std::uint64_t length = 0;
+  };
+  // Where the item is in the file; nothing if it's in several parts or elsewhere.
+  std::optional<Place> Find(std::uint32_t wanted) {
+    version_ = iloc_.U8(0).value_or(0);
+    if (version_ > 2) return std::nullopt;
+    const unsigned sizes = iloc_.U16BE(4).value_or(0);
+    at_ = 6;
+    const std::uint64_t count = std::min<std::uint64_t>(Take(version_ == 2 ? 4 : 2), kMostItems);
+    for (std::uint64_t i = 0; i < count && !failed_; ++i) {
+      const std::uint64_t id = Take(version_ == 2 ? 4 : 2);
+      const std::uint64_t method = version_ == 0 ? 0 : Take(2) & 0x0F;
+      Take(2);  // data reference
+      const std::uint64_t base = Take(sizes >> 4 & 0x0F);
+      const std::uint64_t extents = Take(2);
+      Place place;
+      for (std::uint64_t e = 0; e < extents && !failed_; ++e) {
+        if (version_ != 0) Take(sizes & 0x0F);  // index
+        place.offset = Take(sizes >> 12 & 0x0F);
+        place.length = Take(sizes >> 8 & 0x0F);
+      }
+      if (failed_ || id != wanted) continue;
+      if (extents != 1 || method != 0 || place.offset > UINT64_MAX - base) return std::nullopt;
+      place.offset += base;
+      return place;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  std::uint64_t Take(unsigned size) {
+    std::optional<std::uint64_t> value;
+    if (size == 0) value = 0;
+    if (size == 2) value = iloc_.U16BE(at_);
+    if (size == 4) value = iloc_.U32BE(at_);
+    if (size == 8) value = iloc_.U64BE(at_);
+    failed_ = failed_ || !value;
+    at_ += size;
+    return value.value_or(0);
+  }
+
+  ByteReader iloc_;
+  unsigned version_ = 0;
+  std::uint64_t at_ = 0;
+  bool failed_ = false;
+};
+
+std::string ItemBytes(FileWindow& file, const IsoBox& iloc, std::optional<std::uint32_t> item) {
+  if (!item) return {};
+  const auto place = Locations(file.At(iloc.body, std::min(kMostTable, iloc.Size()))).Find(*item);
+  return place ? file.Copy(place->offset, place->length) : std::string();
+}
+
+}  // namespace
+
+bool TakeItems(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta, std::string& packet) {
+  if (metaBox.Size() < kVersionAndFlags) return false;
+  const auto iinf = FindBox(file, metaBox, FourCC("iinf"), kVersionAndFlags);
+  const auto iloc = FindBox(file, metaBox, FourCC("iloc"), kVersionAndFlags);
+  if (!iinf || !iloc) return false;
+  const Items items = ReadItems(file, *iinf);
+  if (packet.empty()) packet = ItemBytes(file, *iloc, items.xmp);
+  // The offset of the TIFF header behind this number, then the block.
+  const std::string exif = ItemBytes(file, *iloc, items.exif);
+  const ByteReader bytes = foundation::ReaderOf(exif);
+  const auto skip = bytes.U32BE(0);
+  return skip && SetExifBlock(bytes.Clip(std::uint64_t{4} + *skip), meta);
+}
+
+}  // namespace Sorvik::xmp
