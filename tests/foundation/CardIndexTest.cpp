@@ -128,6 +128,19 @@ TEST(MediaProfile, ReadsTheListsOfCameras) {
   EXPECT_EQ(list.TakeWith(clip->umid), nullptr);
 }
 
+TEST(MediaProfile, EndsLongLists) {
+  std::string materials;
+  for (int i = 0; i < 60'000; ++i) materials += "<Material uri='a'/>";
+  EXPECT_EQ(MediaProfile::FromBytes("<M><Contents>" + materials + "</Contents></M>").RecordCount(),
+            sony::kMostRecords);
+  std::string parts;
+  for (int i = 0; i < 60'000; ++i) parts += "<Proxy uri='a'/>";
+  const MediaProfile list = MediaProfile::FromBytes("<M><Contents><Material>" + parts +
+                                                    "</Material><Material/></Contents></M>");
+  EXPECT_EQ(list.Materials().size(), 1u);
+  EXPECT_LE(list.RecordCount(), sony::kMostRecords + 1);
+}
+
 TEST(MediaProfile, IsReadOnceWithinACallScope) {
   const TempTree tree;
   const UTF16String path = MakeString(tree.File("MEDIAPRO.XML", "<M><Contents>t</Contents></M>"));

@@ -26,8 +26,9 @@ std::optional<MaterialPart::Kind> KindOfPart(std::u16string_view name) {
   return std::nullopt;
 }
 
-void ReadParts(XercesElement element, Material& material) {
-  for (XercesElement part = FirstChildElement(element); part; part = NextSiblingElement(part)) {
+void ReadParts(XercesElement element, std::size_t most, Material& material) {
+  for (XercesElement part = FirstChildElement(element); part && material.parts.size() < most;
+       part = NextSiblingElement(part)) {
     const auto kind = KindOfPart(part.Name());
     if (!kind) continue;
     material.parts.push_back({*kind, Attribute(part, u"uri"), Attribute(part, u"type"),
@@ -35,7 +36,7 @@ void ReadParts(XercesElement element, Material& material) {
   }
 }
 
-Material ReadMaterial(XercesElement element) {
+Material ReadMaterial(XercesElement element, std::size_t mostParts) {
   Material material;
   material.uri = Attribute(element, u"uri");
   material.umid = Attribute(element, u"umid");
@@ -47,16 +48,17 @@ Material ReadMaterial(XercesElement element) {
   material.duration = Attribute(element, u"dur");
   material.channels = Attribute(element, u"ch");
   material.aspectRatio = Attribute(element, u"aspectRatio");
-  ReadParts(element, material);
+  ReadParts(element, mostParts, material);
   return material;
 }
 
-std::vector<Material> ReadMaterials(const XercesDocument& document) {
+std::vector<Material> ReadMaterials(const XercesDocument& document, std::size_t& records) {
   std::vector<Material> materials;
   const XercesElement contents = FindChildElement(document.Root(), u"Contents");
-  for (XercesElement element = FindChildElement(contents, u"Material"); element;
-       element = FindNextSiblingElement(element, u"Material")) {
-    materials.push_back(ReadMaterial(element));
+  for (XercesElement element = FindChildElement(contents, u"Material");
+       element && records < kMostRecords; element = FindNextSiblingElement(element, u"Material")) {
+    materials.push_back(ReadMaterial(element, kMostRecords - records));
+    records += 1 + materials.back().parts.size();
   }
   return materials;
 }
@@ -102,7 +104,7 @@ MediaProfile MediaProfile::FromDocument(const std::optional<XercesDocument>& doc
   MediaProfile profile;
   if (!document || !document->Root()) return profile;
   profile.readable_ = true;
-  profile.materials_ = ReadMaterials(*document);
+  profile.materials_ = ReadMaterials(*document, profile.records_);
   profile.IndexMaterials();
   return profile;
 }

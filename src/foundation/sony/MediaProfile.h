@@ -51,6 +51,10 @@ struct Material {
   bool IsTake() const noexcept { return uri.find(u"/TAKR/") != uri.npos; }
 };
 
+// Twice what the longest real lists hold: 4,700 clips with four parts each. What a list has beyond
+// that is left out.
+inline constexpr std::size_t kMostRecords = 50'000;
+
 class MediaProfile {
  public:
   // The list in the file at `path`, parsed once within a call scope. Without materials if the file
@@ -60,6 +64,8 @@ class MediaProfile {
 
   bool IsReadable() const noexcept { return readable_; }
   const std::vector<Material>& Materials() const noexcept { return materials_; }
+  // Materials and their parts together, for callers that bound how much they keep.
+  std::size_t RecordCount() const noexcept { return records_; }
 
   // The first material, takes apart, one of whose uris (its own, or that of a component or of
   // relevant information) ends in the file name `name`, regardless of case; null if there is none.
@@ -75,6 +81,7 @@ class MediaProfile {
   void IndexFiles(std::size_t place);
 
   bool readable_ = false;
+  std::size_t records_ = 0;
   std::vector<Material> materials_;
   std::unordered_map<UTF16String, std::size_t> files_;       // by folded name
   std::unordered_map<UTF16String, std::size_t> components_;  // of takes, by folded umid

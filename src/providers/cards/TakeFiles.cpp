@@ -24,6 +24,7 @@ namespace PathUtils = Hestra::PathUtils;
 using foundation::CallScope;
 using foundation::IsPresent;
 using foundation::Lookup;
+using foundation::sony::MediaProfile;
 using foundation::sony::TakePlaylist;
 using PathUtils::CombinePaths;
 using tarnwick::utility::FoldCase;
@@ -31,6 +32,9 @@ using tarnwick::utility::FoldCase;
 using Umids = std::vector<UTF16String>;
 
 constexpr std::u16string_view kCardFolder = u"/BPAV";
+
+// The lists of hundreds of full cards. They are kept for the call, so hostile ones must end.
+constexpr std::size_t kMostRecordsBeside = 500'000;
 
 // A record of one of the lists that have been taken in so far.
 struct EntryRef {
@@ -183,7 +187,10 @@ class TakeSearch {
   void SearchNeighbours() {
     UTF16String last = complete_ || sources_.empty() ? UTF16String() : sources_.back();
     const auto lists = ListsBeside(mediaPro_);
+    std::size_t records = 0;
     for (const UTF16String& other : lists->paths) {
+      records += MediaProfile::Of(other)->RecordCount();
+      if (records > kMostRecordsBeside) return;
       const auto card = MediaProCard::Of(other);
       if (card->Entries().empty()) continue;
       entries_.Add(card);
