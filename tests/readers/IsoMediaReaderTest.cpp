@@ -50,10 +50,11 @@ Bytes VideoEntry(const std::string& codec, unsigned width, unsigned height,
   for (const Bytes& box : boxes) b.Add(box);
   return Box(codec, b);
 }
-Bytes SoundEntry(const std::string& codec, unsigned channels, unsigned bits, std::uint32_t rate) {
+Bytes SoundEntry(const std::string& codec, unsigned channels, unsigned bits, std::uint32_t rate,
+                 const Bytes& boxes = {}) {
   Bytes b;
   b.Fill(6).U16(1).U64(0);  // reserved, data reference, version, revision, vendor
-  return Box(codec, b.U16(channels).U16(bits).U32(0).U32(rate << 16));
+  return Box(codec, b.U16(channels).U16(bits).U32(0).U32(rate << 16).Add(boxes));
 }
 Bytes TimecodeEntry(bool drop, std::uint32_t scale, std::uint32_t units, unsigned base) {
   Bytes b;
@@ -187,6 +188,34 @@ TEST(IsoMediaReader, TellsSoundApart) {
             dates +
                 "audioSampleRate=96000\naudioSampleType=32Float\naudioChannelType=5.1\n"
                 "audioCompressor=PCM\nduration=96000 @ 1/48000\n");
+}
+
+TEST(IsoMediaReader, CountsChannelsByTheDecoder) {
+  const auto channels = [](const std::string& descriptor) {
+    const Bytes esds = Box("esds", Bytes().Hex(descriptor));
+    std::string shown;
+    for (const Bytes& boxes : {esds, Box("wave", {Box("frma", Bytes("mp4a")), esds})}) {
+      const Bytes entry = SoundEntry("mp4a", 2, 16, 48000, boxes);
+      const Bytes movie =
+          Box("moov", {MovieHeader(48000, 96000),
+                       Track("soun", MediaHeader(48000, 96000), {Descriptions(entry)})});
+      const auto result = ReadWith(kIsoMediaReader, FileType().Add(movie).str());
+      shown += result.Get(kNsDM, "audioChannelType") + " ";
+    }
+    return shown;
+  };
+  const std::string head = "00000000 03808080 25 0002 00 04808080 17";
+  const std::string config = " 15 000000 00010D88 00010D88 05808080 05 ";
+  EXPECT_EQ(channels(head + "40" + config + "1188"), "Mono Mono ");
+  EXPECT_EQ(channels(head + "40" + config + "11B0"), "5.1 5.1 ");
+  EXPECT_EQ(channels("00000000 03 20 0002 E0 0001 02 4142 0003 04 11 40" + config.substr(0, 28) +
+                     "05 02 1188"),
+            "Mono Mono ");
+  for (const char* unknown : {"1180", "11", "E988"}) {  // by tables, cut, parametric stereo
+    EXPECT_EQ(channels(head + "40" + config + unknown), "Stereo Stereo ") << unknown;
+  }
+  EXPECT_EQ(channels(head + "6B" + config + "1188"), "Stereo Stereo ") << "another codec";
+  EXPECT_EQ(channels("00000000 03"), "Stereo Stereo ");
 }
 
 Bytes UserText(const std::string& type, const std::string& text) {

@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "xmp/Namespaces.h"
+#include "xmp/readers/BitReader.h"
 #include "xmp/readers/CodecNames.h"
 #include "xmp/readers/NativeText.h"
 
@@ -25,7 +26,9 @@ constexpr std::uint64_t kVideoBoxes = 86;
 constexpr std::uint64_t kChannels = 24;
 constexpr std::uint64_t kSampleBits = 26;
 constexpr std::uint64_t kSampleRate = 32;  // 16.16
-constexpr std::uint64_t kRateV2 = 40;      // 64-bit float
+constexpr std::uint64_t kSoundBoxes = 36;
+constexpr std::uint64_t kSoundBoxesV1 = 52;
+constexpr std::uint64_t kRateV2 = 40;  // 64-bit float
 constexpr std::uint64_t kChannelsV2 = 48;
 constexpr std::uint64_t kSampleBitsV2 = 56;
 // Timecode.
@@ -72,13 +75,70 @@ struct Sound {
   unsigned channels = 0;
 };
 
+// Behind a descriptor's length: seven bits a byte, the eighth where another follows.
+std::uint64_t BehindLength(ByteReader bytes, std::uint64_t at) {
+  constexpr unsigned kMostBytes = 4;
+  for (unsigned i = 1; i < kMostBytes && (bytes.U8(at).value_or(0) & 0x80) != 0; ++i) ++at;
+  return at + 1;
+}
+
+// The channels by the decoder's configuration in an elementary stream descriptor (ISO/IEC 14496-1,
+// 7.2.6, and 14496-3, 1.6.2); 0 if it doesn't tell.
+unsigned ChannelsOfDecoder(ByteReader esds) {
+  constexpr std::uint64_t kFlags = 4;  // of the box
+  const auto at = [&esds](std::uint64_t place) { return esds.U8(place).value_or(0); };
+  if (at(kFlags) != 3) return 0;  // ES_Descriptor
+  std::uint64_t place = BehindLength(esds, kFlags + 1);
+  const unsigned parts = at(place + 2);
+  place += 3;
+  if ((parts & 0x80) != 0) place += 2;
+  if ((parts & 0x40) != 0) place += std::uint64_t{1} + at(place);
+  if ((parts & 0x20) != 0) place += 2;
+  if (at(place) != 4) return 0;  // DecoderConfigDescriptor
+  place = BehindLength(esds, place + 1);
+  constexpr unsigned kMPEG4Audio = 0x40;
+  if (at(place) != kMPEG4Audio) return 0;
+  place += 13;
+  if (at(place) != 5) return 0;  // DecoderSpecificInfo
+  BitReader bits(esds.Clip(BehindLength(esds, place + 1)));
+  const unsigned type = bits.Bits(5);
+  constexpr unsigned kParametricStereo = 29;  // one channel that becomes two
+  if (type == kParametricStereo) return 0;
+  if (type == 31) bits.Skip(6);
+  if (bits.Bits(4) == 15) bits.Skip(24);
+  const unsigned configuration = bits.Bits(4);
+  if (!bits.Good() || configuration > 7) return 0;
+  return configuration == 7 ? 8 : configuration;
+}
+
+// QuickTime has the descriptor a level deeper.
+unsigned ChannelsOfDecoder(ByteReader entry, std::uint64_t boxes) {
+  FileWindow memory(entry);
+  const IsoBox all{0, boxes, entry.Size()};
+  auto esds = FindBox(memory, all, FourCC("esds"));
+  if (!esds) {
+    const auto wave = FindBox(memory, all, FourCC("wave"));
+    if (wave) esds = FindBox(memory, *wave, FourCC("esds"));
+  }
+  return esds ? ChannelsOfDecoder(entry.Clip(esds->body, esds->Size())) : 0;
+}
+
 Sound ReadSound(ByteReader entry) {
   Sound sound;
   sound.type = entry.U32BE(kType).value_or(0);
   sound.channels = entry.U16BE(kChannels).value_or(0);
   sound.bits = entry.U16BE(kSampleBits).value_or(0);
   sound.rate = entry.U32BE(kSampleRate).value_or(0) >> 16;
-  if (entry.U16BE(kVersion) != 2) return sound;
+  const unsigned version = entry.U16BE(kVersion).value_or(0);
+  if (version != 2) {
+    // Writers of MP4 give two channels in the entry whatever there are.
+    const unsigned channels =
+        entry.Size() > kSoundBoxes
+            ? ChannelsOfDecoder(entry, version == 1 ? kSoundBoxesV1 : kSoundBoxes)
+            : 0;
+    if (channels != 0) sound.channels = channels;
+    return sound;
+  }
 
   const double rate = std::bit_cast<double>(entry.U64BE(kRateV2).value_or(0));
   sound.rate = rate >= 1 && rate < 1e7 ? static_cast<std::uint64_t>(rate + 0.5) : 0;
