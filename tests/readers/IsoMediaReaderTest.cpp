@@ -190,32 +190,35 @@ TEST(IsoMediaReader, TellsSoundApart) {
                 "audioCompressor=PCM\nduration=96000 @ 1/48000\n");
 }
 
+// The kind of sound of a movie whose one sound entry holds these boxes, and claims two channels.
+std::string ChannelsWith(const Bytes& boxes) {
+  const Bytes entry = SoundEntry("mp4a", 2, 16, 48000, boxes);
+  const Bytes movie = Box(
+      "moov",
+      {MovieHeader(48000, 96000), Track("soun", MediaHeader(48000, 96000), {Descriptions(entry)})});
+  return ReadWith(kIsoMediaReader, FileType().Add(movie).str()).Get(kNsDM, "audioChannelType");
+}
+
 TEST(IsoMediaReader, CountsChannelsByTheDecoder) {
   const auto channels = [](const std::string& descriptor) {
     const Bytes esds = Box("esds", Bytes().Hex(descriptor));
-    std::string shown;
-    for (const Bytes& boxes : {esds, Box("wave", {Box("frma", Bytes("mp4a")), esds})}) {
-      const Bytes entry = SoundEntry("mp4a", 2, 16, 48000, boxes);
-      const Bytes movie =
-          Box("moov", {MovieHeader(48000, 96000),
-                       Track("soun", MediaHeader(48000, 96000), {Descriptions(entry)})});
-      const auto result = ReadWith(kIsoMediaReader, FileType().Add(movie).str());
-      shown += result.Get(kNsDM, "audioChannelType") + " ";
-    }
-    return shown;
+    return ChannelsWith(esds) + " " + ChannelsWith(Box("wave", {Box("frma", Bytes("mp4a")), esds}));
   };
   const std::string head = "00000000 03808080 25 0002 00 04808080 17";
   const std::string config = " 15 000000 00010D88 00010D88 05808080 05 ";
-  EXPECT_EQ(channels(head + "40" + config + "1188"), "Mono Mono ");
-  EXPECT_EQ(channels(head + "40" + config + "11B0"), "5.1 5.1 ");
+  EXPECT_EQ(channels(head + "40" + config + "1188"), "Mono Mono");
+  EXPECT_EQ(channels(head + "40" + config + "11B0"), "5.1 5.1");
   EXPECT_EQ(channels("00000000 03 20 0002 E0 0001 02 4142 0003 04 11 40" + config.substr(0, 28) +
                      "05 02 1188"),
-            "Mono Mono ");
+            "Mono Mono");
   for (const char* unknown : {"1180", "11", "E988"}) {  // by tables, cut, parametric stereo
-    EXPECT_EQ(channels(head + "40" + config + unknown), "Stereo Stereo ") << unknown;
+    EXPECT_EQ(channels(head + "40" + config + unknown), "Stereo Stereo") << unknown;
   }
-  EXPECT_EQ(channels(head + "6B" + config + "1188"), "Stereo Stereo ") << "another codec";
-  EXPECT_EQ(channels("00000000 03"), "Stereo Stereo ");
+  EXPECT_EQ(channels(head + "6B" + config + "1188"), "Stereo Stereo") << "another codec";
+  EXPECT_EQ(channels("00000000 03"), "Stereo Stereo");
+  EXPECT_EQ(ChannelsWith(Box("dac3", Bytes().Hex("103DC0"))), "5.1");
+  EXPECT_EQ(ChannelsWith(Box("dec3", Bytes().Hex("0C00 20 02 00"))), "Mono");
+  EXPECT_EQ(ChannelsWith(Box("dac3", Bytes().Hex("10"))), "Stereo") << "cut";
 }
 
 Bytes UserText(const std::string& type, const std::string& text) {

@@ -111,16 +111,32 @@ unsigned ChannelsOfDecoder(ByteReader esds) {
   return configuration == 7 ? 8 : configuration;
 }
 
+// The channels of AC-3 and of the first stream of Enhanced AC-3 (ETSI TS 102 366, annex F), which
+// stand `before` bits behind the start of the box.
+unsigned ChannelsOfAC3(ByteReader box, unsigned before) {
+  constexpr unsigned kMain[] = {2, 1, 2, 3, 3, 4, 4, 5};
+  BitReader bits(box);
+  bits.Skip(before);
+  const unsigned main = kMain[bits.Bits(3)];
+  const unsigned effects = bits.Bits(1);
+  return bits.Good() ? main + effects : 0;
+}
+
 // QuickTime has the descriptor a level deeper.
 unsigned ChannelsOfDecoder(ByteReader entry, std::uint64_t boxes) {
   FileWindow memory(entry);
   const IsoBox all{0, boxes, entry.Size()};
+  const auto bytesOf = [&entry](const IsoBox& box) { return entry.Clip(box.body, box.Size()); };
+  if (const auto ac3 = FindBox(memory, all, FourCC("dac3")))
+    return ChannelsOfAC3(bytesOf(*ac3), 10);
+  if (const auto ac3 = FindBox(memory, all, FourCC("dec3")))
+    return ChannelsOfAC3(bytesOf(*ac3), 28);
   auto esds = FindBox(memory, all, FourCC("esds"));
   if (!esds) {
     const auto wave = FindBox(memory, all, FourCC("wave"));
     if (wave) esds = FindBox(memory, *wave, FourCC("esds"));
   }
-  return esds ? ChannelsOfDecoder(entry.Clip(esds->body, esds->Size())) : 0;
+  return esds ? ChannelsOfDecoder(bytesOf(*esds)) : 0;
 }
 
 Sound ReadSound(ByteReader entry) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Sample descriptions of ISO base media files: what a track's samples are made of.
-// Facts: ISO/IEC 14496-12, 12.1 and 12.2, 14496-1 and -3; QuickTime File Format, "Media Data Atom Types".
+// Facts: ISO/IEC 14496-12, 12.1 and 12.2, 14496-1 and -3; ETSI TS 102 366, annex F; QuickTime File
+// Format, "Media Data Atom Types".
 #pragma once
 
 #include <string>
