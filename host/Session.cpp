@@ -103,6 +103,7 @@ Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,
 void Session::RequestPicture(const ProviderWrapper& provider, const std::string& path,
                              const std::string& key, int width, int height,
                              PictureReceiver receive) {
+  CheckInterrupt();  // asking for the pictures of a large folder takes a while by itself
   const ImmutableString station = OpenStation([this, receive](const Hestra::Message& message) {
     const auto* answer = dynamic_cast<const Sorvik::GetThumbnailMessage*>(&message);
     Picture picture = answer != nullptr ? TakePicture(answer->thumbnail) : Picture();

@@ -41,7 +41,7 @@ class Session {
   Sorvik::GetDefaultContentMessage Places(const std::string& path, const std::string& provider);
 
   // Queues a thumbnail; `receive` gets it while this thread waits, and never after an interrupted
-  // wait has ended the session. WaitForPictures takes all.
+  // wait has ended the session. WaitForPictures takes all. Both throw Interrupted after Ctrl-C.
   using PictureReceiver = std::function<void(Picture)>;
   void RequestPicture(const Sorvik::ProviderWrapper& provider, const std::string& path,
                       const std::string& key, int width, int height, PictureReceiver receive);
