@@ -263,6 +263,7 @@ TEST(MakeValue, TellsFailuresApart) {
   const std::string good = tree.File("good.xmp", Packet("<xmp:Label>x</xmp:Label>"));
   EXPECT_EQ(TextOf(MakeValue(good, bits), "Label"), "x");
   EXPECT_TRUE(MakeValue(good, XMPFieldBits()).empty());
+  EXPECT_TRUE(MakeValue(good + std::string("\0x", 2), bits).empty()) << "the name of no file";
   EXPECT_TRUE(MakeValue(bits, "<rdf:RDF>").empty());
   EXPECT_TRUE(MakeValue(bits, "").empty());
 }

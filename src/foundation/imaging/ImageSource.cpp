@@ -8,8 +8,6 @@
 namespace Sorvik::imaging {
 
 std::optional<ImageSource> ImageSource::OpenFile(const std::string& path) {
-  // A NUL would cut the path short, to the name of another file.
-  if (path.find('\0') != path.npos) return std::nullopt;
   auto file = platform::RegularFile::Open(path);
   if (!file || file->Size() > kLargestEncodedImage) return std::nullopt;
   return ImageSource(std::move(*file));

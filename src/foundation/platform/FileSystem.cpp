@@ -100,6 +100,8 @@ std::optional<std::int64_t> ModificationTime(const std::string& path) noexcept {
 }
 
 std::optional<RegularFile> RegularFile::Open(const std::string& path) noexcept {
+  // A NUL would cut the path short, to the name of another file.
+  if (path.find('\0') != path.npos) return std::nullopt;
   // Opening some devices and FIFOs has effects, so the kind is asked first; it is asked again of
   // what was opened, since a name may change its meaning in between.
   struct stat facts;
