@@ -100,9 +100,10 @@ TEST_F(Requests, HandAThumbnailOver) {
 }
 
 TEST_F(Requests, TakeTheShortWayWhenAbortedBeforeTheRun) {
-  Turnstile turnstile;
+  // Shared, since nothing tells when the last worker has left it.
+  const auto turnstile = std::make_shared<Turnstile>();
   const auto executor = ProviderHost::GetProviderExecutor();
-  for (int i = 0; i < 32; ++i) executor->Post([&] { turnstile.ArriveAndWait(); });
+  for (int i = 0; i < 32; ++i) executor->Post([turnstile] { turnstile->ArriveAndWait(); });
   Inbox<GetContentMessage> content("content");
   Inbox<GetProviderListMessage> list("list");
   Inbox<GetThumbnailMessage> picture("picture");
@@ -119,7 +120,7 @@ TEST_F(Requests, TakeTheShortWayWhenAbortedBeforeTheRun) {
     c->Abort();
     d->Abort();
   }
-  turnstile.Open();
+  turnstile->Open();
   ASSERT_TRUE(content.WaitFor(1) && list.WaitFor(1) && picture.WaitFor(1) && defaults.WaitFor(1));
   EXPECT_EQ(answers->calls, 0);
   EXPECT_EQ(content.messages[0].result, kResultAborted);
