@@ -122,6 +122,7 @@ TEST_F(Requests, TakeTheShortWayWhenAbortedBeforeTheRun) {
   }
   turnstile->Open();
   ASSERT_TRUE(content.WaitFor(1) && list.WaitFor(1) && picture.WaitFor(1) && defaults.WaitFor(1));
+  executor->WaitForAccepted();  // some workers may still be on their way out of the turnstile
   EXPECT_EQ(answers->calls, 0);
   EXPECT_EQ(content.messages[0].result, kResultAborted);
   EXPECT_EQ(content.messages[0].identification, "test.Fake");
