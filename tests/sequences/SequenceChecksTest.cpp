@@ -22,8 +22,9 @@ using Lines = std::vector<std::string>;
 
 TEST(SequenceChecks, NameMissingFrames) {
   const TempTree tree;
-  for (const char* name : {"A_0099.ari", "A_0100.ari", "A_0103.ari", "B_7.ari", "notes.ari",
-                           "A_0105.txt", "A_18446744073709551616.ari"}) {
+  for (const char* name :
+       {"A_0099.ari", "A_0100.ari", "A_0103.ari", "B_7.ari", "notes.ari", "A_0105.txt",
+        "A_18446744073709551616.ari", "._A_0100.ari", "._A_0103.ari"}) {
     tree.File(name);
   }
   const StructureFindings findings = CheckARRIRAWFolder(tree.Root());

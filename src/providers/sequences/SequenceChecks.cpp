@@ -70,8 +70,11 @@ using Runs = std::map<std::pair<std::string, std::string>, std::vector<NumberedN
 
 Runs NumberedFiles(const std::string& folder, std::u16string_view extension) {
   Runs runs;
-  for (const UTF16String& path :
-       Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension)) {
+  std::vector<UTF16String> files =
+      Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension);
+  // What a desktop leaves beside some of the files is no run of its own.
+  PathUtils::FilterHiddenFiles(files);
+  for (const UTF16String& path : files) {
     if (auto name = SplitNumber(Hestra::MakeStdString(PathUtils::GetFullFilePart(path)))) {
       runs[{name->before, name->after}].push_back(std::move(*name));
     }
