@@ -93,7 +93,8 @@ bool IsHDVFolder(const UTF16String& folder, bool& hasForeignFiles) {
 struct Clips {
   UTF16String prefix;  // the folder with its separator
   std::vector<UTF16String> files;
-  std::vector<std::string> names;  // the clip number of each file
+  std::vector<std::string> names;      // the clip number of each file
+  std::vector<std::size_t> runStarts;  // for each file the first of its run of equal numbers
 };
 
 std::string NumberOf(const UTF16String& file) {
@@ -102,24 +103,23 @@ std::string NumberOf(const UTF16String& file) {
 }
 
 Clips ListClips(const UTF16String& folder) {
-  Clips clips{PathUtils::AddTrailingSlash(folder), VisibleNames(folder), {}};
+  Clips clips{PathUtils::AddTrailingSlash(folder), VisibleNames(folder), {}, {}};
   std::erase_if(clips.files, [](const UTF16String& name) { return !IsClipFileName(name, false); });
   std::sort(clips.files.begin(), clips.files.end());
-  for (const UTF16String& file : clips.files) clips.names.push_back(NumberOf(file));
+  for (const UTF16String& file : clips.files) {
+    clips.names.push_back(NumberOf(file));
+    const std::size_t index = clips.names.size() - 1;
+    const bool continues = index > 0 && clips.names[index - 1] == clips.names[index];
+    clips.runStarts.push_back(continues ? clips.runStarts[index - 1] : index);
+  }
   return clips;
 }
 
-// The first file of the run of equal numbers in which `index` stands.
-std::size_t RunStart(std::size_t index, const std::vector<std::string>& names) {
-  while (index > 0 && names[index - 1] == names[index]) --index;
-  return index;
-}
-
-std::string GetEntryName(std::size_t index, const std::vector<std::string>& names) {
-  const std::string& name = names[index];
-  const std::size_t start = RunStart(index, names);
-  const bool alone = start == index && (index + 1 == names.size() || names[index + 1] != name);
-  if (alone) return name;
+std::string GetEntryName(std::size_t index, const Clips& clips) {
+  const std::string& name = clips.names[index];
+  const std::size_t start = clips.runStarts[index];
+  const bool last = index + 1 == clips.names.size() || clips.runStarts[index + 1] != start;
+  if (start == index && last) return name;
   const std::size_t place = index - start + 1;
   return name + (place < 10 ? "-0" : "-") + std::to_string(place);
 }
@@ -134,7 +134,7 @@ UTF16String WithExtension(const UTF16String& path, std::u16string_view extension
 
 // The whole run of a split recording shares the index of its first file.
 bool FindIndexFile(UTF16String& out, std::size_t index, const Clips& clips) {
-  const UTF16String& first = clips.files[RunStart(index, clips.names)];
+  const UTF16String& first = clips.files[clips.runStarts[index]];
   out = WithExtension(clips.prefix + first, u"IDX");
   return PathUtils::ExistsOnDisk(out);
 }
@@ -176,7 +176,7 @@ ContentMap ProviderSonyHDV::GetContent(const std::string& path, const FieldNameS
     if (ProviderRequest::TestAborted(request)) return {};
     const std::string filePath = Hestra::MakeStdString(clips.prefix + clips.files[i]);
     FieldValueMap values = XMPSupport::MakeValue(filePath, bits);
-    values[kNameField] = any_regular_t(GetEntryName(i, clips.names));
+    values[kNameField] = any_regular_t(GetEntryName(i, clips));
     values[kPathField] = any_regular_t(filePath);
     SetExtraPaths(values, clips.files[i], i, clips);
     content[Hestra::MakeStdString(clips.files[i])] = std::move(values);
@@ -196,7 +196,7 @@ ContentMap ProviderSonyHDV::GetContent(const std::string& path, const std::strin
   const auto found = std::find(clips.files.begin(), clips.files.end(), file);
   const auto index = static_cast<std::size_t>(found - clips.files.begin());
   values[kNameField] =
-      any_regular_t(found == clips.files.end() ? NumberOf(file) : GetEntryName(index, clips.names));
+      any_regular_t(found == clips.files.end() ? NumberOf(file) : GetEntryName(index, clips));
   values[kPathField] = any_regular_t(filePath);
   SetExtraPaths(values, file, index, clips);
   return {{key, std::move(values)}};
