@@ -100,6 +100,16 @@ TEST(FrameSequences, GoByTheirFolderInTheOneEntryCall) {
   EXPECT_EQ(ExtraPathsOf(fields, tree.Root()), Names{"CLIP.x/f1.dng"});
 }
 
+TEST(FrameSequences, ListTheFramesOfAKeyInAnyExtension) {
+  const TempTree tree;
+  const std::string key = tree.File("a.\xC3\xA9");  // two bytes, one code unit
+  tree.File("b.\xC3\xA9");
+  tree.File("c.x");
+  tree.File("d\xC3\xA9");
+  const FieldValueMap fields = ProviderCinemaDNG().GetContent(tree.Root(), key, kAllPaths).at(key);
+  EXPECT_EQ(ExtraPathsOf(fields, tree.Root()), (Names{"a.\xC3\xA9", "b.\xC3\xA9"}));
+}
+
 TEST(FrameSequences, StopWhenAborted) {
   const TempTree tree;
   tree.File("f.dng");

@@ -33,6 +33,12 @@ TEST(SequenceChecks, NameMissingFrames) {
   EXPECT_TRUE(CheckCinemaDNGFolder(tree.Root()).missing.empty());
 }
 
+TEST(SequenceChecks, TakeExtensionsRegardlessOfCase) {
+  const TempTree tree;
+  for (const char* name : {"B_0001.dng", "B_0002.DNG", "B_0003.dng"}) tree.File(name);
+  EXPECT_EQ(Missing(CheckCinemaDNGFolder(tree.Root()), tree.Root()), Lines{});
+}
+
 TEST(SequenceChecks, NameLongGapsByTheirEnds) {
   const TempTree tree;
   tree.File("f0000001.dng");

@@ -134,9 +134,8 @@ std::optional<ProviderFileSequenceBase::PathValues> ProviderFileSequenceBase::Li
   const auto items = Hestra::Directory::GetItems(
       Hestra::MakeStdString(PathUtils::RemoveTrailingSlash(Hestra::MakeString(folder))));
   if (!items) return std::nullopt;
-  const std::string_view spelling =
-      std::string_view(filePath).substr(filePath.size() - PathUtils::GetExtensionPart(head).size());
-  const UTF16String extension = FoldCase(Hestra::MakeString(spelling));
+  const std::string spelling = Hestra::MakeStdString(PathUtils::GetExtensionPart(head));
+  const UTF16String extension = FoldCase(PathUtils::GetExtensionPart(head));
   PathValues values;
   for (const platform::FolderItem& item : *items) {
     if (item.kind != platform::FileKind::kRegular) continue;

@@ -65,7 +65,8 @@ void AddGap(const NumberedName& like, std::uint64_t from, std::uint64_t to,
   }
 }
 
-// The numbered files of one kind in a folder, by what stands around their numbers.
+// The numbered files of one kind in a folder, by what stands around their numbers. The extension is
+// compared regardless of case, as it is where frames are told.
 using Runs = std::map<std::pair<std::string, std::string>, std::vector<NumberedName>>;
 
 Runs NumberedFiles(const std::string& folder, std::u16string_view extension) {
@@ -76,7 +77,9 @@ Runs NumberedFiles(const std::string& folder, std::u16string_view extension) {
   PathUtils::FilterHiddenFiles(files);
   for (const UTF16String& path : files) {
     if (auto name = SplitNumber(Hestra::MakeStdString(PathUtils::GetFullFilePart(path)))) {
-      runs[{name->before, name->after}].push_back(std::move(*name));
+      const std::string folded =
+          Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(name->after)));
+      runs[{name->before, folded}].push_back(std::move(*name));
     }
   }
   for (auto& [around, names] : runs) {
