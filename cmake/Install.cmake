@@ -4,6 +4,8 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS SorvikProvider EXPORT SorvikProviderTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+install(TARGETS sorvik_xerces
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/SorvikProvider COMPONENT library)
 install(DIRECTORY include/SorvikProvider
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(EXPORT SorvikProviderTargets NAMESPACE SorvikProvider::

@@ -17,5 +17,5 @@ pkg_check_modules(UDEV REQUIRED IMPORTED_TARGET libudev)
 # boost::shared_ptr stands in a public signature.
 set(SORVIK_PUBLIC_LIBRARIES Boost::boost)
 set(SORVIK_LIBRARIES
-    Boost::boost Threads::Threads XercesC::XercesC ICU::uc EXPAT::EXPAT JPEG::JPEG ZLIB::ZLIB
+    Boost::boost Threads::Threads ICU::uc EXPAT::EXPAT JPEG::JPEG ZLIB::ZLIB
     PkgConfig::GDK_PIXBUF PkgConfig::GIO PkgConfig::MOUNT PkgConfig::UDEV)

@@ -5,13 +5,14 @@
 // parser raises leaves this file. Any thread; a document belongs to one thread at a time.
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "SorvikProvider/foundation/UTF16String.h"
+#include "foundation/xerces/XercesModule.h"
 
 namespace Sorvik::foundation {
 
@@ -35,7 +36,7 @@ class XercesElement {
 
   explicit XercesElement(const void* node) noexcept : node_(node) {}
 
-  const void* node_ = nullptr;  // a DOMNode; the library's headers stay out of this one
+  const void* node_ = nullptr;  // an element of the module
 };
 
 // The first child that is an element of that node name; no element if there is none.
@@ -48,35 +49,24 @@ XercesElement NextSiblingElement(XercesElement node);
 // The attribute's text; `out` is empty if there is no such attribute or no element.
 void GetElementAttribute(XercesElement element, const UTF16String& name, UTF16String& out);
 
-struct XercesLimits {
-  // The list of a disc with 4,700 clips, more than any medium holds, is 2 MB.
-  std::size_t bytes = std::size_t{16} << 20;
-  // The parser's time grows with the square of the depth; card indexes nest 6 deep.
-  std::size_t depth = 256;
-  std::size_t nodes = 300'000;  // elements and attributes together; those lists have 140,000
-};
-
 class XercesDocument {
  public:
-  // Nothing if the bytes aren't well-formed, go beyond the limits or hold a DOCTYPE.
+  // Nothing if the bytes aren't well-formed, go beyond the limits or hold a DOCTYPE. Throws
+  // std::runtime_error if the module isn't there: the installation is broken, and a card must not
+  // look as if it had no index.
   static std::optional<XercesDocument> Parse(std::string_view bytes,
                                              const XercesLimits& limits = {});
   // The same of a regular file; nothing if it can't be opened or is larger than the limit.
   static std::optional<XercesDocument> ReadFile(const UTF16String& path,
                                                 const XercesLimits& limits = {});
 
-  XercesDocument(XercesDocument&& other) noexcept;
-  XercesDocument& operator=(XercesDocument&& other) noexcept;
-  ~XercesDocument();
-
   // The document element; no element if it has no child nodes.
   XercesElement Root() const noexcept;
 
  private:
-  class Parser;
-  explicit XercesDocument(std::unique_ptr<Parser> parser) noexcept;
+  explicit XercesDocument(std::unique_ptr<XercesTree> tree) noexcept : tree_(std::move(tree)) {}
 
-  std::unique_ptr<Parser> parser_;
+  std::unique_ptr<XercesTree> tree_;
 };
 
 }  // namespace Sorvik::foundation

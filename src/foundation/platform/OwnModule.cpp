@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/platform/OwnModule.h"
+
+#include <dlfcn.h>
+
+#include <stdexcept>
+
+#include "foundation/platform/FileSystem.h"
+
+namespace Sorvik::platform {
+namespace {
+
+[[noreturn]] void Fail() {
+  const char* const words = dlerror();
+  throw std::runtime_error(words == nullptr ? "a part of the library can't be loaded" : words);
+}
+
+}  // namespace
+
+void (*FunctionOfOwnModule(const std::string& file, const char* name))() {
+  const std::string library = OwnLibraryPath();
+  const std::string path = library.substr(0, library.rfind('/') + 1) + "SorvikProvider/" + file;
+  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) Fail();
+  void* const function = dlsym(module, name);
+  if (function == nullptr) Fail();
+  return reinterpret_cast<void (*)()>(function);
+}
+
+}  // namespace Sorvik::platform
