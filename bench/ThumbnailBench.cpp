@@ -14,11 +14,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "Picture.h"
 #include "SorvikProvider/foundation/Bitplate.h"
 #include "foundation/imaging/BoxFilter.h"
 #include "foundation/imaging/ImageDecoder.h"
@@ -161,17 +162,14 @@ void BM_CardIcons(benchmark::State& state) {
 }
 BENCHMARK(BM_CardIcons)->Unit(benchmark::kMillisecond);
 
-// The child of BM_OwnProcess: one thumbnail, written as PNG.
+// The child of BM_OwnProcess: one thumbnail, written as the program writes it.
 int WriteThumbnail(const char* path, const char* out) {
-  auto cell = Render(Hestra::MakeString(path));
-  if (cell.empty()) return 1;
-  for (std::size_t i = 0; i < cell.size(); i += 4) std::swap(cell[i], cell[i + 2]);
-  GdkPixbuf* pixbuf = gdk_pixbuf_new_from_data(cell.data(), GDK_COLORSPACE_RGB, TRUE, 8, kSide,
-                                               kSide, kSide * 4, nullptr, nullptr);
-  const bool saved =
-      gdk_pixbuf_save(pixbuf, out, "png", nullptr, "compression", "2", nullptr) != FALSE;
-  g_object_unref(pixbuf);
-  return saved ? 0 : 1;
+  const host::Picture picture = host::TakePicture(
+      Sorvik::RenderThumbnailIntoNew(Hestra::MakeString(std::string(path)), kSide, kSide));
+  if (picture.Empty()) return 1;
+  std::ofstream file(out, std::ios::binary);
+  file << host::EncodePng(picture);
+  return file.flush() ? 0 : 1;
 }
 
 }  // namespace

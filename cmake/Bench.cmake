@@ -13,5 +13,5 @@ foreach(source ${SORVIK_BENCHES})
   get_filename_component(name ${source} NAME_WE)
   add_executable(${name} ${source})
   target_link_libraries(${name} PRIVATE
-      sorvik_bench_support sorvik_objects benchmark::benchmark)
+      sorvik_bench_support sorvik_objects sorvik_host benchmark::benchmark)
 endforeach()

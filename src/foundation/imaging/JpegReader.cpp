@@ -24,6 +24,9 @@ constexpr long kMostLibraryMemory = 640L << 20;
 // Each scan of a progressive picture is a walk over all of its pixels, however few bytes it has in
 // the file. Real ones have about ten; the sum of pixels walked over bounds the time of one file.
 constexpr std::int64_t kMostPixelWalks = 1'500'000'000;
+// The library writes rows on vector boundaries past the caches, from where reading them again takes
+// longer than all that is done with them here. So they begin beside such a boundary.
+constexpr std::size_t kRowBegin = 1;
 
 // CMYK with 255 for no ink (as files with an Adobe marker store it) or for full ink, to RGB.
 void InksToRGB(std::span<const std::uint8_t> inks, bool inverted, std::span<std::uint8_t> rgb) {
@@ -115,7 +118,7 @@ void JpegReader::State::Start(State& state) {
 }
 
 void JpegReader::State::ReadRow(State& state) {
-  JSAMPROW row = state.inks.empty() ? state.row.data() : state.inks.data();
+  JSAMPROW row = state.inks.empty() ? state.row.data() + kRowBegin : state.inks.data();
   jpeg_read_scanlines(&state.decoder, &row, 1);
 }
 
@@ -174,14 +177,15 @@ bool JpegReader::ReadRows(const std::function<void(std::span<const std::uint8_t>
   State& state = *state_;
   if (!state.Guarded(&State::Start)) return false;
   const auto width = static_cast<std::size_t>(Width());
-  state.row.resize(width * 3);
+  state.row.resize(kRowBegin + width * 3);
+  const std::span<std::uint8_t> rgb = std::span(state.row).subspan(kRowBegin);
   if (state.decoder.out_color_space == JCS_CMYK) state.inks.resize(width * 4);
   while (state.decoder.output_scanline < state.decoder.output_height) {
     if (!state.Guarded(&State::ReadRow)) return false;
     if (!state.inks.empty()) {
-      InksToRGB(state.inks, state.decoder.saw_Adobe_marker != FALSE, state.row);
+      InksToRGB(state.inks, state.decoder.saw_Adobe_marker != FALSE, rgb);
     }
-    row(state.row);
+    row(rgb);
   }
   return true;
 }
