@@ -291,6 +291,27 @@ TEST(AVCHDListing, ManagesTenThousandPlaylists) {
   EXPECT_EQ(paths[10'002], "PLAYLIST/09999.MPL");
 }
 
+// A small playlist can name one clip 65,535 times, in a shot that every clip of the card begins.
+TEST(AVCHDListing, KeepsRepeatedClipsAndCountlessItemsSmall) {
+  const TempTree tree;
+  const AvchdCard card(tree);
+  card.Clips({"00001", "00002"});
+  std::vector<sorvik_test::PlayItemOf> repeats(65'535, {"00001", 6, 11});
+  repeats[1] = {"00002", 6, 11};
+  card.Playlist("00000", repeats);
+  card.Playlist("heads", {{"00001"}, {"00002"}});
+  const auto paths = ExtraPathsOf(List(card.Root()).at("00002.MTS"), card.BDMV());
+  EXPECT_THAT(paths, ElementsAre("CLIPINF/00001.CPI", "STREAM/00001.MTS", "CLIPINF/00002.CPI",
+                                 "PLAYLIST/00000.MPL", "PLAYLIST/heads.MPL", "MOVIEOBJ.BDM",
+                                 "index.bdm", "STREAM", "PLAYLIST", "CLIPINF"));
+  // Beyond what a call takes of all playlists together, more of them count as unreadable.
+  for (int i = 1; i < 33; ++i) {
+    std::filesystem::create_hard_link(card.Path("PLAYLIST/00000.MPL"),
+                                      card.Path("PLAYLIST/" + Numbered(i) + ".MPL"));
+  }
+  EXPECT_THAT(List(card.Root()), IsEmpty()) << "the playlist with the heads comes last";
+}
+
 TEST(AVCHDProvider, TellsAboutItself) {
   const ProviderAVCHD provider;
   EXPECT_EQ(provider.GetFieldList().size(), 77u);

@@ -201,6 +201,18 @@ std::optional<ShotOfClip> FindInIndex(const PlaylistIndex& index, const std::str
   return ShotAround(at->playlist, at->item);
 }
 
+// Items are small: a file of some kilobytes can declare as many as a large card holds. What a call
+// keeps of all playlists together is bounded for that reason.
+struct ItemAllowance {
+  mutable std::size_t left = kMostItemsInCall;  // of one thread, as the scope is
+
+  bool Take(std::size_t items) const {
+    const bool granted = items <= left;
+    left = granted ? left - items : 0;
+    return granted;
+  }
+};
+
 std::string ParentOf(const std::string& path) {
   const auto slash = path.rfind('/');
   return slash == std::string::npos ? std::string() : path.substr(0, slash);
@@ -217,11 +229,14 @@ Playlist ParsePlaylist(ByteReader file) {
 
 std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path) {
   return CallScope::Remember<Playlist>(path, [&path] {
+    const auto allowance = CallScope::Remember<ItemAllowance>({}, [] { return ItemAllowance(); });
+    if (allowance->left == 0) return Playlist();
     const auto file = platform::RegularFile::Open(path);
     if (!file || file->Size() > kLargestPlaylist) return Playlist();
     std::vector<std::byte> bytes(static_cast<std::size_t>(file->Size()));
     bytes.resize(file->ReadAt(0, bytes));
-    return ParsePlaylist(ByteReader(bytes));
+    Playlist playlist = ParsePlaylist(ByteReader(bytes));
+    return allowance->Take(playlist.items.size()) ? std::move(playlist) : Playlist();
   });
 }
 

@@ -2,6 +2,7 @@
 #include "providers/structures/AVCHDUtils.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "foundation/FolderNames.h"
 #include "foundation/hestra/PathUtils.h"
@@ -102,8 +103,10 @@ void GetShotClips(const UTF16String& streamFile, std::vector<UTF16String>& out) 
   const auto shot = foundation::avchd::FindShotOfStream(Hestra::MakeStdString(streamFile));
   if (!shot) return;
   std::vector<std::string> names;
+  std::unordered_set<std::string_view> seen;
   for (std::size_t i = shot->first; i < shot->end; ++i) {
-    names.emplace_back(shot->playlist->items[i].ClipName());
+    const std::string_view name = shot->playlist->items[i].ClipName();
+    if (seen.insert(name).second) names.emplace_back(name);
   }
   FindClipFiles(File(streamFile).Parent().FullPath(), names, out);
 }

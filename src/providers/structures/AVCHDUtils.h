@@ -33,7 +33,8 @@ void ForEachPlayItem(const UTF16String& path, PlayItemVisitor& visitor);
 void GetShotHeadClips(const UTF16String& playlist, std::vector<UTF16String>& out);
 
 // The stream files of all clips of the shot that `streamFile` belongs to, in playing order, itself
-// among them; none if no playlist with a number at or below the clip's own holds it.
+// among them; none if no playlist with a number at or below the clip's own holds it. A clip that
+// the shot names again is given once: a small playlist can name one as often as it likes.
 void GetShotClips(const UTF16String& streamFile, std::vector<UTF16String>& out);
 
 // For each name its stream file, NAME.MTS or else NAME.m2ts; names without either are left out.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -213,22 +214,21 @@ void SetExtraPaths(FieldValueMap& values, const UTF16String& bdmv, const UTF16St
   values[kExtraPathField] = any_regular_t(std::move(list));
 }
 
-// The stream files at the head of a shot of any playlist, in order; one that several playlists name
-// stands there as often.
-std::vector<UTF16String> ListHeadClips(const UTF16String& bdmv) {
+// The stream files at the head of a shot of any playlist, in order, each once.
+std::set<UTF16String> ListHeadClips(const UTF16String& bdmv) {
   const UTF16String folder = PathUtils::CombinePaths(bdmv, kPlaylist);
   std::vector<UTF16String> playlists = Directory::GetContainedFilePaths(folder);
   PathUtils::FilterHiddenFiles(playlists);
-  std::vector<UTF16String> clips;
+  std::set<UTF16String> heads;
   for (const UTF16String& playlist : playlists) {
     const UTF16String extension = PathUtils::GetExtensionPart(playlist);
-    if (extension == u".MPL" || extension == u".mpls") {
-      AVCHDUtils::GetShotHeadClips(playlist, clips);
-    }
+    if (extension != u".MPL" && extension != u".mpls") continue;
+    std::vector<UTF16String> clips;
+    AVCHDUtils::GetShotHeadClips(playlist, clips);
+    heads.insert(clips.begin(), clips.end());
   }
   foundation::avchd::IndexPlaylists(Hestra::MakeStdString(folder));
-  std::ranges::sort(clips);
-  return clips;
+  return heads;
 }
 
 UTF16String NumberOf(const UTF16String& fileName) {
@@ -270,17 +270,12 @@ ContentMap ProviderAVCHD::GetContent(const std::string& path, const FieldNameSet
   const UTF16String bdmv = FindBDMVFolder(path);
   const Wanted wanted(fields);
   ContentMap content;
-  UTF16String lastNumber;
   for (const UTF16String& file : ListHeadClips(bdmv)) {
     if (ProviderRequest::TestAborted(request)) return {};
     if (!foundation::IsPresent(file, foundation::Lookup::kDisk)) continue;
     const UTF16String name = PathUtils::GetFullFilePart(file);
     if (!IsClipFileName(name)) continue;
-    // A clip that several playlists begin with comes next to itself here.
-    const UTF16String number = NumberOf(name);
-    if (number == lastNumber) continue;
-    content[Hestra::MakeStdString(name)] = MakeEntry(file, number, bdmv, wanted);
-    lastNumber = number;
+    content[Hestra::MakeStdString(name)] = MakeEntry(file, NumberOf(name), bdmv, wanted);
   }
   return content;
 }
