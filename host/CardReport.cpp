@@ -41,7 +41,8 @@ std::set<std::string> PathsOf(const std::vector<StructurePart>& parts) {
 // What the library misses, and what clips list that isn't there.
 std::vector<StructurePart> MissingParts(const Owners& listed, const StructureFindings& findings) {
   std::vector<StructurePart> missing = findings.missing;
-  const std::set<std::string> known = PathsOf(missing);
+  std::set<std::string> known = PathsOf(missing);
+  known.insert(findings.structureFiles.begin(), findings.structureFiles.end());
   for (const auto& [path, keys] : listed) {
     if (known.contains(path) || Exists(path)) continue;
     for (const std::string& key : keys) missing.push_back({key, "file", path});

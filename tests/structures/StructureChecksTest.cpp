@@ -79,8 +79,7 @@ TEST(StructureChecks, NameMissingIndexesOfSonyHDV) {
   }
   EXPECT_EQ(Missing(CheckSonyHDVFolder(tree.Root()), tree.Root()),
             (Lines{"00_0013_2014-01-31_104500.M2T: index "
-                   "VIDEO/HVR/00_0013_2014-01-31_104500.IDX",
-                   ": track list VIDEO/HVR/TRACKS.DAT"}));
+                   "VIDEO/HVR/00_0013_2014-01-31_104500.IDX"}));
 }
 
 }  // namespace

@@ -23,7 +23,8 @@ struct StructureFindings {
   std::vector<StructurePart> missing;
   // Media files inside the structure that no entry can reach.
   std::vector<StructurePart> unreached;
-  // Files that belong to the structure itself and to no clip, by full path.
+  // Files that belong to the structure itself, by full path. One that isn't there is no loss, even
+  // if clips name it.
   std::vector<std::string> structureFiles;
 };
 

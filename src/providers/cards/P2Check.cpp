@@ -7,9 +7,11 @@
 #include "foundation/CallScope.h"
 #include "foundation/XmlTree.h"
 #include "foundation/hestra/PathUtils.h"
+#include "frame/StructureParts.h"
 #include "providers/cards/CardChecks.h"
 #include "providers/cards/P2Shots.h"
 #include "providers/cards/P2Siblings.h"
+#include "providers/cards/ProviderP2.h"
 
 namespace Sorvik {
 namespace {
@@ -151,10 +153,8 @@ StructureFindings CheckP2Card(const std::string& path) {
   Card card{PathUtils::CombinePaths(root, p2::kContents), {}, {}, {}};
   for (const UTF16String& xml : p2::ListClipXmlFiles(root)) CheckClip(card, xml);
   CheckShots(card, root);
-  const UTF16String last = PathUtils::CombinePaths(root, u"LASTCLIP.TXT");
-  if (PathUtils::ExistsOnDisk(last)) {
-    card.findings.structureFiles.push_back(Hestra::MakeStdString(last));
-  }
+  AddStructureFiles(root, {u"LASTCLIP.TXT"}, card.findings);
+  AddUnreachedMedia(ProviderP2(), path, {card.contents}, card.findings);
   return std::move(card.findings);
 }
 

@@ -6,8 +6,11 @@
 #include "foundation/Presence.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/sony/MediaProfile.h"
+#include "frame/StructureParts.h"
 #include "providers/cards/CardChecks.h"
 #include "providers/cards/MediaPro.h"
+#include "providers/cards/ProviderXDCAM.h"
+#include "providers/cards/ProviderXDCAMEX.h"
 #include "providers/cards/TakeFiles.h"
 #include "providers/cards/XDCAMFiles.h"
 #include "providers/cards/XDCAMIndex.h"
@@ -74,6 +77,35 @@ void CheckProav(const UTF16String& root, StructureFindings& findings) {
   }
 }
 
+// A clip hands out most of these; but for a clip without a known material a disc lists none.
+void AddDiscFiles(const UTF16String& root, StructureFindings& findings) {
+  AddStructureFiles(
+      root,
+      {u"MEDIAPRO.XML", u"DISCMETA.XML", u"ALIAS.XML", u"INDEX.XML", u"SYSPRO.XML", u"CUEUP.XML"},
+      findings);
+  for (const char16_t* folder : {u"General", u"Edit", u"UserData", u"Take"}) {
+    AddStructureFilesBelow(CombinePaths(root, folder), findings);
+  }
+}
+
+void AddProavFiles(const UTF16String& root, StructureFindings& findings) {
+  const UTF16String proav = CombinePaths(root, xdcam::kProav);
+  AddStructureFiles(proav,
+                    {u"INDEX.XML", u"INDEX.BUP", u"DISCINFO.XML", u"DISCINFO.BUP", u"DISCMETA.XML"},
+                    findings);
+  AddStructureFilesBelow(CombinePaths(root, u"General"), findings);
+  for (const char16_t* folder : {u"EDTR", u"USERDATA"}) {
+    AddStructureFilesBelow(CombinePaths(proav, folder), findings);
+  }
+}
+
+// Media of all clips in either layout.
+std::vector<UTF16String> MediaFolders(const UTF16String& root) {
+  const UTF16String proav = CombinePaths(root, xdcam::kProav);
+  return {CombinePaths(root, xdcam::kClipFolder), CombinePaths(root, u"Sub"),
+          CombinePaths(proav, xdcam::kClpr)};
+}
+
 void CheckClipOfCard(const MediaProEntry& clip, StructureFindings& findings) {
   // The playlist of a single clip is left out: some cameras list it without writing it.
   Require(findings, clip.xmlPath, "essence", clip.essencePath);
@@ -117,21 +149,29 @@ StructureFindings CheckXDCAMMedium(const std::string& path) {
   const UTF16String root = PathUtils::RemoveTrailingSlash(Hestra::MakeString(path));
   if (PathUtils::ExistsOnDisk(CombinePaths(root, xdcam::kClipFolder))) {
     CheckDisc(root, findings);
+    AddDiscFiles(root, findings);
   } else {
     CheckProav(root, findings);
+    AddProavFiles(root, findings);
   }
+  AddUnreachedMedia(ProviderXDCAM(), path, MediaFolders(root), findings);
   return findings;
 }
 
 StructureFindings CheckXDCAMEXCard(const std::string& path) {
   const foundation::CallScope scope;
   StructureFindings findings;
-  const UTF16String list = CombinePaths(Hestra::MakeString(path), u"BPAV/MEDIAPRO.XML");
-  const auto card = MediaProCard::Of(list);
+  const UTF16String bpav = CombinePaths(Hestra::MakeString(path), u"BPAV");
+  const auto card = MediaProCard::Of(CombinePaths(bpav, u"MEDIAPRO.XML"));
   for (const MediaProEntry& entry : card->Entries()) {
     if (entry.kind == MediaProEntry::kClip) CheckClipOfCard(entry, findings);
     if (entry.kind == MediaProEntry::kTake) CheckTake(*card, entry, findings);
   }
+  AddStructureFiles(bpav, {u"MEDIAPRO.XML", u"MEDIAPRO.BAK", u"MEDIAPRO.BUP", u"CUEUP.XML"},
+                    findings);
+  // A take may join clips that all lie on other cards.
+  AddStructureFilesBelow(CombinePaths(bpav, u"TAKR"), findings);
+  AddUnreachedMedia(ProviderXDCAMEX(), path, {CombinePaths(bpav, xdcam::kClpr)}, findings);
   return findings;
 }
 

@@ -8,7 +8,9 @@
 #include "foundation/CallScope.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
+#include "frame/StructureParts.h"
 #include "providers/structures/CanonXFNames.h"
+#include "providers/structures/ProviderCanonXF.h"
 #include "providers/structures/ProviderSonyHDV.h"
 
 namespace Sorvik {
@@ -60,9 +62,13 @@ void CheckClip(const UTF16String& clip, StructureFindings& findings) {
 StructureFindings CheckCanonXFCard(const std::string& path) {
   const foundation::CallScope scope;
   StructureFindings findings;
-  for (const UTF16String& clip : SubFolders(canonxf::ClipRootOf(Hestra::MakeString(path)))) {
+  const UTF16String clips = canonxf::ClipRootOf(Hestra::MakeString(path));
+  for (const UTF16String& clip : SubFolders(clips)) {
     if (canonxf::IsClipFolderName(PathUtils::GetFullFilePart(clip))) CheckClip(clip, findings);
   }
+  AddStructureFiles(clips, {u"INDEX.MIF"}, findings);
+  AddStructureFilesBelow(PathUtils::CombinePaths(clips, u"JOURNAL"), findings);
+  AddUnreachedMedia(ProviderCanonXF(), path, {clips}, findings);
   return findings;
 }
 
@@ -83,10 +89,11 @@ StructureFindings CheckSonyHDVFolder(const std::string& path) {
       findings.missing.push_back({key, "index", Hestra::MakeStdString(index)});
     }
   }
+  // Clips name the track list whether it is there or not, and the layout does without.
   const UTF16String tracks = PathUtils::CombinePaths(folder, u"TRACKS.DAT");
-  if (!content.empty() && !PathUtils::ExistsOnDisk(tracks)) {
-    findings.missing.push_back({"", "track list", Hestra::MakeStdString(tracks)});
-  }
+  findings.structureFiles.push_back(Hestra::MakeStdString(tracks));
+  AddStructureFiles(folder, {u"TRACKS.DAT"}, findings);
+  AddUnreachedMedia(ProviderSonyHDV(), path, {folder}, findings);
   return findings;
 }
 

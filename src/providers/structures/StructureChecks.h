@@ -15,7 +15,7 @@ StructureFindings CheckAVCHDFolder(const std::string& path);
 // Spans are numbered from 01 without a gap; a clip folder holds its clip information.
 StructureFindings CheckCanonXFCard(const std::string& path);
 
-// Each recording has an index beside its first file, and the folder its track list.
+// Each recording has an index beside its first file. A folder without a track list is whole.
 StructureFindings CheckSonyHDVFolder(const std::string& path);
 
 }  // namespace Sorvik
