@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "support/AllCards.h"
 #include "support/Program.h"
 #include "support/TempTree.h"
 
@@ -184,6 +185,38 @@ TEST_F(OnCard, CheckNamesOwnersRolesAndGaps) {
 
   const ProgramResult plain = RunSorvik({"check", tree_.Root()});
   EXPECT_EQ(plain.exitCode, 1) << "a plain folder is no card";
+}
+
+TEST(Commands, CheckTellsTheOwnFilesOfCardsFromMediaOfNoClip) {
+  const sorvik_test::TempTree tree;
+  const auto cards = sorvik_test::MakeAllCards(tree);
+  // Beside what the made cards hold anyway: the cards' own files, and media that no clip hands out.
+  for (const char* own :
+       {"p2/LASTCLIP.TXT", "disc/SYSPRO.XML", "disc/Edit/E0001E01.SMI", "disc/General/Sony/a.xml",
+        "proav/PROAV/INDEX.BUP", "proav/PROAV/EDTR/E0001/E0001E01.SMI", "ex/BPAV/CUEUP.XML",
+        "ex/BPAV/MEDIAPRO.BUP", "ex/BPAV/TAKR/C/C.SMI", "xf/CONTENTS/CLIPS001/JOURNAL/1.JNL",
+        "hdv/VIDEO/HVR/Tracks.dat"}) {
+    tree.File(own);
+  }
+  const std::set<std::string> stray{"p2/CONTENTS/VIDEO/0009ZZ.MXF",
+                                    "disc/Clip/C0009.MXF",
+                                    "proav/PROAV/CLPR/C0009/C0009V01.MXF",
+                                    "ex/BPAV/CLPR/Z_01/Z_01.MP4",
+                                    "xf/CONTENTS/CLIPS001/AB0002/ZZ000901.MXF",
+                                    "hdv/VIDEO/HVR/00_0014_2014-01-31_104500.m2t",
+                                    "red/A1.RDC/B2_001.R3D",
+                                    "dng/c.wav"};
+  for (const std::string& file : stray) tree.File(file);
+  std::set<std::string> unreached;
+  for (const sorvik_test::MadeCard& card : cards) {
+    const Json report = Json::parse(RunSorvik({"check", card.root, "--json"}).output);
+    for (const Json& file : report["files"]) {
+      EXPECT_NE(file["role"], "foreign") << file["path"];
+      if (file["role"] != "unreached") continue;
+      unreached.insert(file["path"].get<std::string>().substr(tree.Root().size() + 1));
+    }
+  }
+  EXPECT_EQ(unreached, stray);
 }
 
 TEST_F(OnCard, TerminalShowsPicturesOnlyWhereAsked) {

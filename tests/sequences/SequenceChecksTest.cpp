@@ -22,9 +22,9 @@ using Lines = std::vector<std::string>;
 
 TEST(SequenceChecks, NameMissingFrames) {
   const TempTree tree;
-  for (const char* name :
-       {"A_0099.ari", "A_0100.ari", "A_0103.ari", "B_7.ari", "notes.ari", "A_0105.txt",
-        "A_18446744073709551616.ari", "._A_0100.ari", "._A_0103.ari"}) {
+  for (const char* name : {"A_0099.ari", "A_0100.ari", "A_0103.ari", "B_7.ari", "notes.ari",
+                           "A_0105.txt", "A_18446744073709551616.ari", "C_18446744073709551615.ari",
+                           "C_018446744073709551615.ari", "._A_0100.ari", "._A_0103.ari"}) {
     tree.File(name);
   }
   const StructureFindings findings = CheckARRIRAWFolder(tree.Root());
@@ -51,12 +51,20 @@ TEST(SequenceChecks, NameMissingSegmentsOfRED) {
   const TempTree tree;
   tree.File("A001_C001.RDC/A001_C001_002.R3D");
   tree.File("A001_C001.RDC/A001_C001_004.R3D");
+  tree.File("A001_C001.RDC/A001_C001_004 copy.R3D");
   tree.File("A001_C002.RDC/A001_C002_001.R3D");
   tree.File("A001_C003.RDC/A001_C003.RMD");
+  tree.File("A001_C004.RDC/A001_C004_001.r3d");
   tree.File("Other/x_5.R3D");
-  EXPECT_EQ(Missing(CheckREDFolder(tree.Root()), tree.Root()),
-            (Lines{"segment A001_C001.RDC/A001_C001_001.R3D",
-                   "segment A001_C001.RDC/A001_C001_003.R3D", "segment A001_C003.RDC"}));
+  tree.File("Other/x_6.R3D");
+  const StructureFindings findings = CheckREDFolder(tree.Root());
+  EXPECT_EQ(
+      Missing(findings, tree.Root()),
+      (Lines{"segment A001_C001.RDC/A001_C001_001.R3D", "segment A001_C001.RDC/A001_C001_003.R3D",
+             "segment A001_C003.RDC", "segment A001_C004.RDC"}));
+  ASSERT_EQ(findings.unreached.size(), 2U);
+  EXPECT_EQ(findings.unreached[0].path, tree.Path("A001_C004.RDC/A001_C004_001.r3d"));
+  EXPECT_EQ(findings.unreached[1].path, tree.Path("Other/x_6.R3D"));
 }
 
 }  // namespace

@@ -11,15 +11,23 @@
 #include "foundation/CallScope.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
+#include "frame/StructureParts.h"
+#include "providers/sequences/ProviderARRIRAW.h"
+#include "providers/sequences/ProviderCanonRAW.h"
+#include "providers/sequences/ProviderCinemaDNG.h"
+#include "providers/sequences/ProviderRED.h"
 
 namespace Sorvik {
 namespace {
 
 namespace Directory = Hestra::Directory;
 namespace PathUtils = Hestra::PathUtils;
+using tarnwick::utility::FoldCase;
 
 // More gaps than this in one run are named by their first and last alone.
 constexpr std::uint64_t kMostNamedGaps = 100;
+
+constexpr std::u16string_view kSegment = u".R3D";
 
 // A file name around its last run of digits: "A001." 0000123 ".ari".
 struct NumberedName {
@@ -77,8 +85,7 @@ Runs NumberedFiles(const std::string& folder, std::u16string_view extension) {
   PathUtils::FilterHiddenFiles(files);
   for (const UTF16String& path : files) {
     if (auto name = SplitNumber(Hestra::MakeStdString(PathUtils::GetFullFilePart(path)))) {
-      const std::string folded =
-          Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(name->after)));
+      const std::string folded = Hestra::MakeStdString(FoldCase(Hestra::MakeString(name->after)));
       runs[{name->before, folded}].push_back(std::move(*name));
     }
   }
@@ -96,47 +103,72 @@ std::string FirstVisible(const std::string& folder, std::u16string_view extensio
   return files.empty() ? std::string() : Hestra::MakeStdString(files.front());
 }
 
-StructureFindings CheckFrames(const std::string& path, std::u16string_view extension) {
+// Sound that bears the clip's name, but not the one that its provider goes by.
+void AddUnreachedSound(const Provider& provider, const std::string& path, const std::string& head,
+                       StructureFindings& findings) {
+  const UTF16String clip = FoldCase(PathUtils::GetFilePart(Hestra::MakeString(head)));
+  std::vector<std::string> sounds;
+  for (const UTF16String& file :
+       Directory::GetContainedFilePaths(Hestra::MakeString(path), u".WAV")) {
+    if (!clip.starts_with(FoldCase(PathUtils::GetFilePart(file)))) continue;
+    sounds.push_back(Hestra::MakeStdString(file));
+  }
+  AddUnreached(provider, path, "sound under another name", sounds, findings);
+}
+
+StructureFindings CheckFrames(const Provider& provider, const std::string& path,
+                              std::u16string_view extension) {
   const foundation::CallScope scope;
   StructureFindings findings;
   const std::string key = FirstVisible(path, extension);
   for (const auto& [around, names] : NumberedFiles(path, extension)) {
     for (std::size_t i = 1; i < names.size(); ++i) {
-      const std::uint64_t next = names[i - 1].number + 1;
-      if (names[i].number > next) {
-        AddGap(names[i - 1], next, names[i].number, path, key, "frame", findings);
+      const std::uint64_t last = names[i - 1].number;
+      if (names[i].number - last > 1) {
+        AddGap(names[i - 1], last + 1, names[i].number, path, key, "frame", findings);
       }
     }
   }
+  AddUnreachedSound(provider, path, key, findings);
   return findings;
 }
 
-void CheckClipFolder(const std::string& folder, StructureFindings& findings) {
-  constexpr std::u16string_view kSegment = u".R3D";
-  const std::string key = FirstVisible(folder, kSegment);
-  if (key.empty()) {
-    findings.missing.push_back({"", "segment", folder});
-    return;
-  }
+// The segment that a listing takes for the clip, whose spelling is exact; empty if there is none.
+std::string FirstSegment(const UTF16String& folder) {
+  std::vector<UTF16String> files = Directory::GetContainedFilePaths(folder);
+  PathUtils::FilterHiddenFiles(files);
+  const auto first = std::find_if(files.begin(), files.end(), [](const UTF16String& file) {
+    return PathUtils::GetExtensionPart(file) == kSegment;
+  });
+  return first == files.end() ? std::string() : Hestra::MakeStdString(*first);
+}
+
+void CheckSegments(const std::string& folder, const std::string& key, StructureFindings& findings) {
   for (const auto& [around, names] : NumberedFiles(folder, kSegment)) {
-    std::uint64_t next = 1;
+    // "A001_C001_003 copy.R3D" is no segment of a run that starts at 1.
+    if (around.second.front() != '.') continue;
+    std::uint64_t last = 0;
     for (const NumberedName& name : names) {
-      if (name.number > next) AddGap(name, next, name.number, folder, key, "segment", findings);
-      next = name.number + 1;
+      if (name.number - last > 1) {
+        AddGap(name, last + 1, name.number, folder, key, "segment", findings);
+      }
+      last = name.number;
     }
   }
 }
 
 }  // namespace
 
-StructureFindings CheckARRIRAWFolder(const std::string& path) { return CheckFrames(path, u".ARI"); }
+StructureFindings CheckARRIRAWFolder(const std::string& path) {
+  return CheckFrames(ProviderARRIRAW(), path, u".ARI");
+}
 
 StructureFindings CheckCanonRAWFolder(const std::string& path) {
-  return CheckFrames(path, u".RMF");
+  return CheckFrames(ProviderCanonRAW(), path, u".RMF");
 }
 
 StructureFindings CheckCinemaDNGFolder(const std::string& path) {
-  return CheckFrames(path, u".DNG");
+  return CheckFrames(ProviderCinemaDNG(), path, u".DNG");
 }
 
 StructureFindings CheckREDFolder(const std::string& path) {
@@ -145,10 +177,17 @@ StructureFindings CheckREDFolder(const std::string& path) {
   std::vector<UTF16String> files;
   std::vector<UTF16String> folders;
   Directory::GetContainedFileAndDirectoryPaths(Hestra::MakeString(path), files, folders);
+  std::vector<UTF16String> clips;
   for (const UTF16String& folder : folders) {
-    if (PathUtils::GetExtensionPart(folder) != u".RDC") continue;
-    CheckClipFolder(Hestra::MakeStdString(folder), findings);
+    const std::string key = FirstSegment(folder);
+    const bool named = PathUtils::GetExtensionPart(folder) == u".RDC";
+    const std::string clip = Hestra::MakeStdString(folder);
+    // A listing takes folders of other names with a segment for clips as well.
+    if (named || !key.empty()) clips.push_back(folder);
+    if (named && key.empty()) findings.missing.push_back({"", "segment", clip});
+    if (named && !key.empty()) CheckSegments(clip, key, findings);
   }
+  AddUnreachedMedia(ProviderRED(), path, clips, findings);
   return findings;
 }
 
