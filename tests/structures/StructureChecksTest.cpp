@@ -50,6 +50,27 @@ TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
   }
 }
 
+// Whatever a playlist says, a stream that no entry hands out is one that a copy of the clips loses.
+TEST(StructureChecks, NameStreamsThatNoEntryOfAVCHDHandsOut) {
+  const TempTree tree;
+  const sorvik_test::AvchdCard card(tree);
+  card.Clips({"00001", "00002", "00003", "00004", "00006", "00007", "00008"});
+  const auto list = [](const std::vector<sorvik_test::PlayItemOf>& items) {
+    return sorvik_test::PlaylistOf(items).str();
+  };
+  // The shot of 00001 isn't looked for above its number.
+  card.File("PLAYLIST/00009.MPL", list({{"00001"}, {"00002", 6}}));
+  card.File("PLAYLIST/00003.mpl", list({{"00003"}}));                // not listed in this spelling
+  card.File("PLAYLIST/.00004.MPL", list({{"00004"}}));               // hidden
+  card.File("PLAYLIST/00005.MPL", list({{"00005"}, {"00006", 6}}));  // whose head is lost
+  card.File("PLAYLIST/00007.MPL", list({{"00007"}, {"00008", 6}}));
+  std::vector<std::string> unreached;
+  for (const auto& part : CheckAVCHDFolder(tree.Root()).unreached) {
+    unreached.push_back(part.path.substr(card.Path("STREAM/").size()));
+  }
+  EXPECT_EQ(unreached, (Lines{"00002.MTS", "00003.MTS", "00004.MTS", "00006.MTS"}));
+}
+
 TEST(StructureChecks, NameMissingSpansOfCanonXF) {
   const TempTree tree;
   const std::string root = "CONTENTS/CLIPS001/";

@@ -12,13 +12,16 @@
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "providers/structures/AVCHDUtils.h"
+#include "providers/structures/ProviderAVCHD.h"
 #include "providers/structures/StructureChecks.h"
 
 namespace Sorvik {
 namespace {
 
+namespace Directory = Hestra::Directory;
 namespace PathUtils = Hestra::PathUtils;
 using foundation::FolderNames;
+using tarnwick::utility::FoldCase;
 
 constexpr std::array kStreamExtensions{"MTS", "mts", "M2TS", "m2ts"};
 constexpr std::array kClipInfoExtensions{"clpi", "CLP", "CPI"};
@@ -70,44 +73,53 @@ void CheckPlaylist(const std::string& path, Card& card) {
   }
 }
 
-// The spellings by which a listing finds the streams that playlists name.
-constexpr std::array kListedExtensions{"MTS", "m2ts"};
-
-// Whether a listing gets at the stream `name` of a clip that a playlist names. Where the file
-// system heeds case, a stream in another spelling is never found.
-bool IsListed(const std::string& streams, const std::string& title, const std::string& name) {
-  const auto items = Hestra::Directory::GetItems(streams);
-  bool exact = false;
-  for (const char* extension : kListedExtensions) {
-    const std::string listed = title + "." + extension;
-    if (name == listed) return true;
-    exact = exact || std::any_of(items->begin(), items->end(),
-                                 [&](const platform::FolderItem& i) { return i.name == listed; });
+// The names of the stream files that entries hand out.
+std::set<UTF16String> ReachedStreams(const std::string& path, const UTF16String& streams) {
+  const UTF16String prefix = PathUtils::AddTrailingSlash(streams);
+  std::set<UTF16String> reached;
+  const auto add = [&](const any_regular_t& value) {
+    const auto* text = value.get_if<std::string>();
+    const UTF16String file = text == nullptr ? UTF16String() : Hestra::MakeString(*text);
+    if (file.starts_with(prefix)) reached.insert(file.substr(prefix.size()));
+  };
+  for (const auto& [key, fields] :
+       ProviderAVCHD().GetContent(path, {kPathField, kExtraPathField}, nullptr)) {
+    add(fields.at(kPathField));
+    const auto* extra = fields.at(kExtraPathField).get_if<std::vector<any_regular_t>>();
+    if (extra != nullptr) std::ranges::for_each(*extra, add);
   }
-  return !exact && FindPart(streams, title, kListedExtensions).has_value();
+  return reached;
 }
 
-// Playlists alone decide what is a clip, so a stream that none names is never listed.
-void AddUnreachedStreams(Card& card) {
-  const std::string streams = card.bdmv + "/STREAM";
-  for (const UTF16String& file :
-       Hestra::Directory::GetContainedFilePaths(Hestra::MakeString(streams))) {
+// Playlists alone decide what is a clip, and a clip's shot is looked for in some of them only: a
+// stream can be named and belong to no entry all the same.
+void AddUnreachedStreams(const std::string& path, Card& card) {
+  const UTF16String streams = Hestra::MakeString(card.bdmv + "/STREAM");
+  const std::vector<UTF16String> files = Directory::GetContainedFilePaths(streams);
+  std::set<UTF16String> onDisk;
+  for (const UTF16String& file : files) onDisk.insert(PathUtils::GetFullFilePart(file));
+  const std::set<UTF16String> reached = ReachedStreams(path, streams);
+  // A name that isn't on the disk as it stands was found by a file system that pays no heed to
+  // case.
+  std::set<UTF16String> reachedInAnyCase;
+  for (const UTF16String& name : reached) {
+    if (!onDisk.contains(name)) reachedInAnyCase.insert(FoldCase(name));
+  }
+  for (const UTF16String& file : files) {
+    const UTF16String name = PathUtils::GetFullFilePart(file);
+    if (reached.contains(name) || reachedInAnyCase.contains(FoldCase(name))) continue;
     if (!AVCHDUtils::IsStructureFile(file)) continue;
     const std::string title = Hestra::MakeStdString(PathUtils::GetFilePart(file));
-    const std::string name = Hestra::MakeStdString(PathUtils::GetFullFilePart(file));
-    if (!card.named.contains(title)) {
-      card.findings.unreached.push_back({"", "stream in no playlist", streams + "/" + name});
-    } else if (!IsListed(streams, title, name)) {
-      card.findings.unreached.push_back(
-          {"", "stream in an unusual spelling", streams + "/" + name});
-    }
+    const bool named = card.named.contains(title);
+    card.findings.unreached.push_back(
+        {"", named ? "stream of no clip" : "stream in no playlist", Hestra::MakeStdString(file)});
   }
 }
 
 void AddFilesOf(const std::string& folder, std::u16string_view extension, bool recursive,
                 Card& card) {
   for (const UTF16String& file :
-       Hestra::Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension, recursive)) {
+       Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension, recursive)) {
     card.findings.structureFiles.push_back(Hestra::MakeStdString(file));
   }
 }
@@ -131,13 +143,10 @@ void AddStructureFiles(Card& card) {
 StructureFindings CheckAVCHDFolder(const std::string& path) {
   const foundation::CallScope scope;
   Card card{FindBDMV(path), {}, {}};
-  const UTF16String playlists = Hestra::MakeString(card.bdmv + "/PLAYLIST");
-  for (const auto* extension : {u".MPL", u".mpls"}) {
-    for (const UTF16String& file : Hestra::Directory::GetContainedFilePaths(playlists, extension)) {
-      CheckPlaylist(Hestra::MakeStdString(file), card);
-    }
+  for (const UTF16String& file : AVCHDUtils::ListPlaylists(Hestra::MakeString(card.bdmv))) {
+    CheckPlaylist(Hestra::MakeStdString(file), card);
   }
-  AddUnreachedStreams(card);
+  AddUnreachedStreams(path, card);
   AddStructureFiles(card);
   return std::move(card.findings);
 }

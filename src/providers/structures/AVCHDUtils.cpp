@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "foundation/FolderNames.h"
+#include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/tarnwick/FileSupport.h"
 
@@ -86,6 +87,18 @@ void FindClipFiles(const UTF16String& streamFolder, const std::vector<std::strin
       break;
     }
   }
+}
+
+std::vector<UTF16String> ListPlaylists(const UTF16String& bdmv) {
+  namespace PathUtils = Hestra::PathUtils;
+  std::vector<UTF16String> playlists =
+      Hestra::Directory::GetContainedFilePaths(PathUtils::CombinePaths(bdmv, kPlaylist));
+  PathUtils::FilterHiddenFiles(playlists);
+  std::erase_if(playlists, [](const UTF16String& path) {
+    const UTF16String extension = PathUtils::GetExtensionPart(path);
+    return extension != u".MPL" && extension != u".mpls";
+  });
+  return playlists;
 }
 
 void GetShotHeadClips(const UTF16String& playlist, std::vector<UTF16String>& out) {

@@ -28,6 +28,10 @@ class PlayItemVisitor {
 // Hands the play items of a playlist file to `visitor` in order.
 void ForEachPlayItem(const UTF16String& path, PlayItemVisitor& visitor);
 
+// The playlists of the card at the BDMV folder `bdmv` that decide what is a clip: the visible files
+// *.MPL and *.mpls of its PLAYLIST folder, in no other spelling.
+std::vector<UTF16String> ListPlaylists(const UTF16String& bdmv);
+
 // The stream files of the shots that a playlist starts, from the STREAM folder beside the
 // playlist's own.
 void GetShotHeadClips(const UTF16String& playlist, std::vector<UTF16String>& out);

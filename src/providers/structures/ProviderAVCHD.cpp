@@ -216,18 +216,14 @@ void SetExtraPaths(FieldValueMap& values, const UTF16String& bdmv, const UTF16St
 
 // The stream files at the head of a shot of any playlist, in order, each once.
 std::set<UTF16String> ListHeadClips(const UTF16String& bdmv) {
-  const UTF16String folder = PathUtils::CombinePaths(bdmv, kPlaylist);
-  std::vector<UTF16String> playlists = Directory::GetContainedFilePaths(folder);
-  PathUtils::FilterHiddenFiles(playlists);
   std::set<UTF16String> heads;
-  for (const UTF16String& playlist : playlists) {
-    const UTF16String extension = PathUtils::GetExtensionPart(playlist);
-    if (extension != u".MPL" && extension != u".mpls") continue;
+  for (const UTF16String& playlist : AVCHDUtils::ListPlaylists(bdmv)) {
     std::vector<UTF16String> clips;
     AVCHDUtils::GetShotHeadClips(playlist, clips);
     heads.insert(clips.begin(), clips.end());
   }
-  foundation::avchd::IndexPlaylists(Hestra::MakeStdString(folder));
+  foundation::avchd::IndexPlaylists(
+      Hestra::MakeStdString(PathUtils::CombinePaths(bdmv, kPlaylist)));
   return heads;
 }
 

@@ -8,8 +8,8 @@
 
 namespace Sorvik {
 
-// Each clip that a playlist names has a stream and clip information; each stream stands in a
-// playlist.
+// Each clip that a listed playlist names has a stream and clip information; each stream is handed
+// out by an entry.
 StructureFindings CheckAVCHDFolder(const std::string& path);
 
 // Spans are numbered from 01 without a gap; a clip folder holds its clip information.
