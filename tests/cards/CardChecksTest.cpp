@@ -126,6 +126,25 @@ TEST(CardChecks, LookForPartsOfTakesBesideTheCard) {
   Remove(tree, "two/BPAV/CLPR/A_02/A_02.MP4");
   EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("two")), tree),
             Lines{"essence two/BPAV/CLPR/A_02/A_02.MP4"});
+
+  // A clip in two takes, the second with its other part on another card.
+  MakeXDCAMEXCard(tree, "takes", {{"B_01"}, {"B_02"}},
+                  {{"B", {"B_01", "B_02"}}, {"C", {"B_01", "C_02"}}});
+  MakeXDCAMEXCard(tree, "three", {{"C_02"}});
+  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("takes")), tree), Lines{});
+  // The listing finds clips in lower case, so nothing is missing.
+  const std::string clip = "three/BPAV/CLPR/C_02/";
+  for (const char* end : {".MP4", "M01.XML", "R01.BIM", "I01.PPN"}) {
+    const std::string name = std::string("C_02") + end;
+    std::string lower = name;
+    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    std::filesystem::rename(tree.Path(clip + name), tree.Path(clip + lower));
+  }
+  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("three")), tree), Lines{});
+  Remove(tree, clip + "c_02.mp4");
+  const StructureFindings gone = CheckXDCAMEXCard(tree.Path("three"));
+  ASSERT_EQ(gone.missing.size(), 1u);
+  EXPECT_EQ(gone.missing[0].entryKey, tree.Path(clip + "c_02m01.xml"));
 }
 
 }  // namespace

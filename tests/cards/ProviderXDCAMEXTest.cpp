@@ -7,6 +7,7 @@
 
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "providers/cards/ProviderXDCAMEX.h"
+#include "providers/cards/TakeFiles.h"
 #include "support/Cards.h"
 #include "support/TempTree.h"
 #include "support/Values.h"
@@ -218,6 +219,60 @@ TEST(ProviderXDCAMEX, KeepsTheClipInItsOwnTake) {
   EXPECT_THAT(PathsOf(tree, "card", "T_01"),
               testing::IsSupersetOf(
                   Join({FilesOfClip("card", "T_01", false), FilesOfClip("card", "T_02", true)})));
+}
+
+TEST(ProviderXDCAMEX, LosesNoClipToOddNamesAndIds) {
+  const TempTree tree;
+  // Two clips of one id, as a camera with a lost counter writes them.
+  MakeXDCAMEXCard(tree, "twins", {{.name = "A_01", .umid = "AA"}, {.name = "A_02", .umid = "AA"}},
+                  {{.name = "T", .clips = {"A_01"}}});
+  std::string materials = XmlElement("Material", "uri=\"./TAKR/T/T.SMI\" umid=\"T\"",
+                                     XmlElement("Component", "umid=\"AA\""));
+  for (const std::string clip : {"A_01", "A_02"}) {
+    const std::string uri = "./CLPR/" + clip + "/" + clip;
+    materials +=
+        XmlElement("Material", "uri=\"" + uri + ".SMI\" umid=\"AA\"",
+                   XmlElement("Component", "uri=\"" + uri + ".MP4\"") +
+                       XmlElement("RelevantInfo", "type=\"XML\" uri=\"" + uri + "M01.XML\""));
+  }
+  tree.File("twins/BPAV/MEDIAPRO.XML", MediaProXml(materials));
+  ASSERT_THAT(ClipsIn(List(tree, "twins")), ElementsAre("A_01"));
+  EXPECT_THAT(
+      PathsOf(tree, "twins", "A_01"),
+      testing::IsSupersetOf({"twins/BPAV/CLPR/A_01/A_01M01.XML", "twins/BPAV/CLPR/A_02/A_02.MP4",
+                             "twins/BPAV/CLPR/A_02/A_02M01.XML"}));
+  EXPECT_THAT(PathsOf(tree, "twins", "A_02"), Contains("twins/BPAV/CLPR/A_02/A_02M01.XML"));
+
+  // A copy that comes before the clip XML in the listing.
+  MakeXDCAMEXCard(tree, "copy", {{.name = "B_01"}, {.name = "B_02"}},
+                  {{.name = "B", .clips = {"B_01", "B_02"}}});
+  tree.File("copy/BPAV/CLPR/B_01/B_01M01 (copy).XML", NonRealTimeMetaXml({.name = "B_01"}));
+  EXPECT_THAT(ClipsIn(List(tree, "copy")), ElementsAre("B_01"));
+
+  // The folder of a clip begins as that of the card does; one above is called like the essence.
+  MakeXDCAMEXCard(tree, "C_02.MP4", {{.name = "BPAV_01"}, {.name = "C_02"}});
+  for (const char* clip : {"BPAV_01", "C_02"}) {
+    EXPECT_THAT(PathsOf(tree, "C_02.MP4", clip),
+                testing::IsSupersetOf(FilesOfClip("C_02.MP4", clip, false)));
+  }
+}
+
+TEST(ProviderXDCAMEX, BoundsTakesThatAllHoldAllClips) {
+  const TempTree tree;
+  MakeXDCAMEXCard(tree, "card", {{.name = "A_01"}, {.name = "A_02"}},
+                  {{.name = "S", .clips = {"A_01", "all"}, .playlist = false},
+                   {.name = "T", .clips = {"A_02", "all"}, .playlist = false},
+                   {.name = "all", .clips = {"A_01", "A_02"}, .playlist = false}});
+  std::size_t recordsLeft = 3;
+  const auto clipsOf = [&](const std::string& clip) {
+    const std::string path = tree.Path("card/BPAV/CLPR/" + clip + "/" + clip + ".MP4");
+    return xdcamex::GatherTake(Hestra::MakeString(path), recordsLeft).clips;
+  };
+  EXPECT_EQ(clipsOf("A_01").size(), 2u);
+  EXPECT_EQ(recordsLeft, 0u);
+  const auto last = clipsOf("A_02");
+  ASSERT_EQ(last.size(), 1u);
+  EXPECT_EQ(Hestra::MakeStdString(last[0].umid), UmidOf("A_02"));
 }
 
 TEST(ProviderXDCAMEX, EndsWhereTakesHoldThemselvesOrOneAnother) {

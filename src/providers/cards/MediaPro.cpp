@@ -40,6 +40,10 @@ class CardPaths {
     UTF16String path = base_ + uri.substr(2);
     return foundation::IsWithin(path, root_) ? path : UTF16String();
   }
+  // What stands behind the card's folder: the names of those above it say nothing of a clip.
+  UTF16String OnCard(const UTF16String& resolved) const {
+    return resolved.empty() ? resolved : resolved.substr(base_.size());
+  }
 
  private:
   UTF16String base_;
@@ -123,7 +127,7 @@ MediaProCard MediaProCard::Read(const UTF16String& xmlPath) {
     } else if (material.uri.find(u"/CLPR/") != UTF16String::npos) {
       FillClip(material, paths, entry);
     }
-    essences.push_back(FoldCase(entry.essencePath));
+    essences.push_back(FoldCase(paths.OnCard(entry.essencePath)));
     card.Add(std::move(entry));
   }
   card.essences_ = std::make_shared<const foundation::TextIndex>(std::move(essences));

@@ -90,8 +90,9 @@ std::optional<UTF16String> EssenceOf(const UTF16String& xmlPath) {
 }
 
 // Completes what the metadata gave. False if the clip has no essence. `values` holds the relation
-// and the shot name, asked for or not.
-bool FillClipEntry(const UTF16String& xmlPath, const FieldNameSet& fields, FieldValueMap& values) {
+// and the shot name, asked for or not. `recordsLeft` is that of GatherTake.
+bool FillClipEntry(const UTF16String& xmlPath, const FieldNameSet& fields, FieldValueMap& values,
+                   std::size_t& recordsLeft) {
   const auto essence = EssenceOf(xmlPath);
   if (!essence) return false;
   std::string name;
@@ -105,8 +106,8 @@ bool FillClipEntry(const UTF16String& xmlPath, const FieldNameSet& fields, Field
   values.insert_or_assign(kPathField, any_regular_t(MakeStdString(*essence)));
   values.insert_or_assign(kNameField, any_regular_t(name));
   if (fields.contains(kExtraPathField)) {
-    values.insert_or_assign(kExtraPathField,
-                            PathList(xdcamex::PathsOf(xdcamex::GatherTake(*essence), *essence)));
+    const auto files = xdcamex::GatherTake(*essence, recordsLeft);
+    values.insert_or_assign(kExtraPathField, PathList(xdcamex::PathsOf(files, *essence)));
   }
   return true;
 }
@@ -142,7 +143,8 @@ ContentMap ProviderXDCAMEX::GetContent(const std::string&, const std::string& ke
                                        const FieldNameSet& fields) const {
   const foundation::CallScope scope;
   FieldValueMap values = XMPSupport::MakeValue(key, RowsFor(fields, {kShotName}));
-  if (!FillClipEntry(MakeString(key), fields, values)) return {};
+  std::size_t recordsLeft = xdcamex::kMostTakeRecords;
+  if (!FillClipEntry(MakeString(key), fields, values, recordsLeft)) return {};
   ContentMap content;
   content.emplace(key, std::move(values));
   return content;
@@ -157,16 +159,19 @@ ContentMap ProviderXDCAMEX::GetContent(const std::string& path, const FieldNameS
   std::ranges::sort(clips);
   const XMPSupport::XMPFieldBits rows = RowsFor(fields, {kShotName, kRelation});
   std::set<std::string> takes;
+  std::size_t recordsLeft = xdcamex::kMostTakeRecords;
   ContentMap content;
   for (const UTF16String& xmlPath : clips) {
     if (ProviderRequest::TestAborted(request)) return {};
-    if (!IsClipXml(xmlPath)) continue;
+    // A copy of a clip XML under another name must not take the place of its take.
+    if (!IsClipXmlName(xmlPath) || !IsClipXml(xmlPath)) continue;
     const std::string key = MakeStdString(xmlPath);
     FieldValueMap values = XMPSupport::MakeValue(key, rows);
     // Further clips of a take that has its entry already.
     const std::string take = TextOf(values, kRelation);
     if (!take.empty() && !takes.insert(take).second) continue;
-    if (FillClipEntry(xmlPath, fields, values)) content.insert_or_assign(key, std::move(values));
+    if (!FillClipEntry(xmlPath, fields, values, recordsLeft)) continue;
+    content.insert_or_assign(key, std::move(values));
   }
   return content;
 }

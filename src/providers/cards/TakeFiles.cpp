@@ -32,6 +32,8 @@ using tarnwick::utility::FoldCase;
 using Umids = std::vector<UTF16String>;
 
 constexpr std::u16string_view kCardFolder = u"/BPAV";
+// With the separator behind it: names of clips may begin alike.
+constexpr std::u16string_view kInCardFolder = u"/BPAV/";
 
 // The lists of hundreds of full cards. They are kept for the call, so hostile ones must end.
 constexpr std::size_t kMostRecordsBeside = 500'000;
@@ -56,6 +58,18 @@ class WorkingList {
   std::optional<EntryRef> WithUmid(std::u16string_view umid) const {
     return First([umid](const MediaProCard& card) { return card.WithUmid(umid); },
                  [](const MediaProEntry&) { return true; });
+  }
+  // The clips of that umid in the first list that has a record with it. More than one only on a
+  // damaged card; each has its own files.
+  std::vector<EntryRef> ClipsWith(std::u16string_view umid) const {
+    std::vector<EntryRef> clips;
+    const auto first = WithUmid(umid);
+    if (!first) return clips;
+    for (const std::size_t place : *cards_[first->card]->WithUmid(umid)) {
+      const EntryRef ref{first->card, place};
+      if (At(ref).kind == MediaProEntry::kClip) clips.push_back(ref);
+    }
+    return clips;
   }
   // The first take with that component, in any list or only in the one at `mediaProPath`.
   std::optional<EntryRef> TakeWith(std::u16string_view umid,
@@ -85,7 +99,7 @@ class WorkingList {
 };
 
 UTF16String ListOfCard(const UTF16String& mp4Path) {
-  const auto card = mp4Path.rfind(kCardFolder);
+  const auto card = mp4Path.rfind(kInCardFolder);
   if (card == mp4Path.npos) return {};
   const UTF16String folder = mp4Path.substr(0, card + kCardFolder.size());
   return CombinePaths(folder, u"MEDIAPRO.XML");
@@ -134,6 +148,29 @@ std::shared_ptr<const NeighbourLists> ListsBeside(const UTF16String& mediaPro) {
   });
 }
 
+// The cards beside this one that have a list with records, one after the other.
+class NeighbourCards {
+ public:
+  explicit NeighbourCards(const UTF16String& mediaPro) : lists_(ListsBeside(mediaPro)) {}
+
+  // Null behind the last.
+  std::shared_ptr<const MediaProCard> Next() {
+    while (next_ < lists_->paths.size()) {
+      const UTF16String& list = lists_->paths[next_++];
+      records_ += MediaProfile::Of(list)->RecordCount();
+      if (records_ > kMostRecordsBeside) return nullptr;
+      auto card = MediaProCard::Of(list);
+      if (!card->Entries().empty()) return card;
+    }
+    return nullptr;
+  }
+
+ private:
+  std::shared_ptr<const NeighbourLists> lists_;
+  std::size_t next_ = 0;
+  std::size_t records_ = 0;
+};
+
 // Follows the steps in which a take is put together from its parts.
 class TakeSearch {
  public:
@@ -156,6 +193,8 @@ class TakeSearch {
     if (!Names(sources_, clip_.umid)) sources_.insert(sources_.begin(), clip_.umid);
     return Collect();
   }
+  // How many records the take named, once it has been put together.
+  std::size_t Cost() const { return sources_.size() + take_.componentUmids.size(); }
 
  private:
   static bool Names(const Umids& umids, std::u16string_view umid) {
@@ -186,13 +225,8 @@ class TakeSearch {
 
   void SearchNeighbours() {
     UTF16String last = complete_ || sources_.empty() ? UTF16String() : sources_.back();
-    const auto lists = ListsBeside(mediaPro_);
-    std::size_t records = 0;
-    for (const UTF16String& other : lists->paths) {
-      records += MediaProfile::Of(other)->RecordCount();
-      if (records > kMostRecordsBeside) return;
-      const auto card = MediaProCard::Of(other);
-      if (card->Entries().empty()) continue;
+    NeighbourCards cards(mediaPro_);
+    while (const auto card = cards.Next()) {
       entries_.Add(card);
       std::erase_if(missing_, [&card](const UTF16String& umid) { return card->WithUmid(umid); });
       if (!complete_) Continue(last);
@@ -236,23 +270,24 @@ class TakeSearch {
 
   TakeFiles Collect() {
     TakeFiles files;
+    std::set<UTF16String> done;  // a playlist may repeat a clip
     for (const UTF16String& umid : sources_) {
-      const auto record = entries_.WithUmid(umid);
-      if (!record) continue;
-      entries_.TakeOut(*record);
-      const MediaProEntry& entry = entries_.At(*record);
-      if (entry.kind != MediaProEntry::kClip) continue;
-      files.clips.push_back(entry);
-      if (std::ranges::find(files.mediaProFiles, entry.mediaProPath) == files.mediaProFiles.end()) {
-        files.mediaProFiles.push_back(entry.mediaProPath);
-        AddSideFiles(entry.mediaProPath, files.sideFiles);
-      }
-      if (const auto take = entries_.TakeWith(umid, entry.mediaProPath)) {
-        entries_.TakeOut(*take);
-        files.takes.push_back(entries_.At(*take));
-      }
+      if (!done.insert(FoldCase(umid)).second) continue;
+      for (const EntryRef clip : entries_.ClipsWith(umid)) AddClip(entries_.At(clip), files);
     }
     return files;
+  }
+
+  void AddClip(const MediaProEntry& clip, TakeFiles& files) {
+    files.clips.push_back(clip);
+    if (std::ranges::find(files.mediaProFiles, clip.mediaProPath) == files.mediaProFiles.end()) {
+      files.mediaProFiles.push_back(clip.mediaProPath);
+      AddSideFiles(clip.mediaProPath, files.sideFiles);
+    }
+    if (const auto take = entries_.TakeWith(clip.umid, clip.mediaProPath)) {
+      entries_.TakeOut(*take);
+      files.takes.push_back(entries_.At(*take));
+    }
   }
 
   const UTF16String mediaPro_;
@@ -271,7 +306,7 @@ void AddIfThere(const UTF16String& path, std::vector<UTF16String>& paths) {
 
 }  // namespace
 
-TakeFiles GatherTake(const UTF16String& mp4Path) {
+TakeFiles GatherTake(const UTF16String& mp4Path, std::size_t& recordsLeft) {
   TakeFiles files;
   const UTF16String mediaPro = ListOfCard(mp4Path);
   if (mediaPro.empty() || !IsPresent(mediaPro, Lookup::kListing)) return files;
@@ -284,9 +319,31 @@ TakeFiles GatherTake(const UTF16String& mp4Path) {
   entries.Add(card);
   const EntryRef clip{0, *place};
   const auto take = entries.TakeWith(entries.At(clip).umid);
-  if (take) return TakeSearch(mediaPro, std::move(entries), clip, *take).Run();
-  files.clips.push_back(entries.At(clip));
+  if (!take || recordsLeft == 0) {
+    files.clips.push_back(entries.At(clip));
+    return files;
+  }
+  TakeSearch search(mediaPro, std::move(entries), clip, *take);
+  files = search.Run();
+  recordsLeft -= std::min(recordsLeft, search.Cost());
   return files;
+}
+
+std::vector<UTF16String> MissingParts(const UTF16String& mediaPro, const MediaProEntry& take) {
+  std::vector<UTF16String> missing = take.componentUmids;
+  const auto dropKnown = [&missing](const MediaProCard& card) {
+    std::erase_if(missing, [&card](const UTF16String& umid) {
+      return umid.empty() || card.WithUmid(umid) != nullptr;
+    });
+  };
+  dropKnown(*MediaProCard::Of(mediaPro));
+  if (missing.empty()) return missing;
+  NeighbourCards cards(mediaPro);
+  while (const auto card = cards.Next()) {
+    dropKnown(*card);
+    if (missing.empty()) break;
+  }
+  return missing;
 }
 
 std::vector<UTF16String> PathsOf(const TakeFiles& files, const UTF16String& own) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include <set>
 #include <string>
 
 #include "foundation/CallScope.h"
+#include "foundation/FoldedNames.h"
 #include "foundation/Presence.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/sony/MediaProfile.h"
@@ -106,38 +106,45 @@ std::vector<UTF16String> MediaFolders(const UTF16String& root) {
           CombinePaths(proav, xdcam::kClpr)};
 }
 
+// Cameras and listings pay no heed to the case of names on such a card.
+void RequireInAnyCase(StructureFindings& findings, const UTF16String& key, const char* kind,
+                      const UTF16String& path) {
+  if (!foundation::FoundOnDisk(path)) Require(findings, key, kind, path);
+}
+
+// The clip XML as it is named on disk is the key of the entry.
+UTF16String KeyOf(const MediaProEntry& clip) {
+  return foundation::FoundOnDisk(clip.xmlPath).value_or(clip.xmlPath);
+}
+
 void CheckClipOfCard(const MediaProEntry& clip, StructureFindings& findings) {
+  const UTF16String key = KeyOf(clip);
   // The playlist of a single clip is left out: some cameras list it without writing it.
-  Require(findings, clip.xmlPath, "essence", clip.essencePath);
-  Require(findings, clip.xmlPath, "clip record", clip.xmlPath);
-  Require(findings, clip.xmlPath, "BIM file", clip.bimPath);
-  Require(findings, clip.xmlPath, "PPN file", clip.ppnPath);
+  RequireInAnyCase(findings, key, "essence", clip.essencePath);
+  RequireInAnyCase(findings, key, "clip record", clip.xmlPath);
+  RequireInAnyCase(findings, key, "BIM file", clip.bimPath);
+  RequireInAnyCase(findings, key, "PPN file", clip.ppnPath);
 }
 
 // The first clip of a take that lies on this card; null if none does.
 const MediaProEntry* ClipOfTake(const MediaProCard& card, const MediaProEntry& take) {
   for (const UTF16String& umid : take.componentUmids) {
     const auto* places = card.WithUmid(umid);
-    if (places != nullptr) return &card.Entries()[places->front()];
+    if (places == nullptr) continue;
+    const MediaProEntry& part = card.Entries()[places->front()];
+    if (part.kind == MediaProEntry::kClip) return &part;
   }
   return nullptr;
 }
 
 void CheckTake(const MediaProCard& card, const MediaProEntry& take, StructureFindings& findings) {
-  Require(findings, {}, "take record", take.xmlPath);
-  Require(findings, {}, "take playlist", take.materialPath);
+  RequireInAnyCase(findings, {}, "take record", take.xmlPath);
+  RequireInAnyCase(findings, {}, "take playlist", take.materialPath);
   const MediaProEntry* clip = ClipOfTake(card, take);
   if (clip == nullptr) return;
-  std::set<UTF16String> found;
-  const xdcamex::TakeFiles files = xdcamex::GatherTake(clip->essencePath);
-  for (const MediaProEntry& part : files.clips)
-    found.insert(tarnwick::utility::FoldCase(part.umid));
-  for (const UTF16String& umid : take.componentUmids) {
-    const bool known =
-        found.contains(tarnwick::utility::FoldCase(umid)) || card.WithUmid(umid) != nullptr;
-    if (known) continue;
+  for (const UTF16String& umid : xdcamex::MissingParts(take.mediaProPath, take)) {
     findings.missing.push_back(
-        {Hestra::MakeStdString(clip->xmlPath), "span", Hestra::MakeStdString(umid)});
+        {Hestra::MakeStdString(KeyOf(*clip)), "span", Hestra::MakeStdString(umid)});
   }
 }
 
