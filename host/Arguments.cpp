@@ -149,6 +149,7 @@ class Parser {
   void TakeOperand(const std::string& word) {
     if (options_.command.empty() && !onlyOperands_ && FindCommand(word) != nullptr) {
       options_.command = word;
+      commandNamed_ = true;
       return;
     }
     if (options_.command.empty()) options_.command = "ls";
@@ -183,6 +184,9 @@ class Parser {
       if (!Takes(command, option)) Refuse(name + " takes no " + option);
     }
     const std::size_t count = options_.operands.size();
+    if (count > command.most && !commandNamed_) {
+      Refuse("there is no command " + options_.operands.front());
+    }
     if (count > command.most) Refuse(name + " was given too many words");
     if (count < command.fewest) Refuse(name + " wants " + std::string(command.operands));
     if (name == "thumb" && count != (options_.folder ? 0U : 2U)) {
@@ -199,6 +203,7 @@ class Parser {
   const std::vector<std::string>& words_;
   std::size_t next_ = 0;
   bool onlyOperands_ = false;
+  bool commandNamed_ = false;
   std::vector<std::string> seen_;
   Options options_;
 };

@@ -29,6 +29,9 @@ int RunCheck(Context& context);
 int RunProviders(Context& context);
 int RunMeta(Context& context);
 
+// Throws Failure for a path that no provider claims, with the reason where the disk tells one.
+[[noreturn]] void RefusePlace(Context& context, const std::string& path);
+
 // The provider that was named, or else the best one; throws Failure if it doesn't claim `path`. A
 // provider may be named by its identification or by the last part of that.
 const Sorvik::ProviderWrapper& ChooseProvider(Context& context, const std::string& path);

@@ -97,6 +97,15 @@ bool Exists(const std::string& path) {
   return fs::exists(path, ignored);
 }
 
+std::string WhyNothing(const std::string& path, const std::string& otherwise) {
+  if (IsRoot(path)) return otherwise + " " + path;
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (status.type() == fs::file_type::not_found) return "there is no " + path;
+  if (error) return "cannot look at " + path + ": " + error.message();
+  return otherwise + " " + path;
+}
+
 void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,
                const std::function<void(const std::string&)>& visit) {
   WalkFolder(folder, kMostDepth, stop, visit);

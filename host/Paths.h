@@ -21,6 +21,10 @@ bool IsRegularFile(const std::string& path);
 bool IsFolder(const std::string& path);
 bool Exists(const std::string& path);
 
+// Why nothing can be had from `path`, as far as a look at the disk tells; `otherwise` and the path
+// if that doesn't.
+std::string WhyNothing(const std::string& path, const std::string& otherwise);
+
 // Calls `visit` with every regular file below `folder`, names in byte order. Links to folders are
 // not followed and nothing deeper than 64 folders is visited. Ends early once `stop` is set.
 void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,

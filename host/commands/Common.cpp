@@ -4,6 +4,7 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "Json.h"
+#include "Paths.h"
 #include "Table.h"
 #include "Values.h"
 
@@ -20,9 +21,16 @@ bool IsNamed(const std::string& identification, const std::string& name) {
   return identification == name || identification.ends_with("." + name);
 }
 
+// The look at the disk is a worker's, for a dead share may hold it.
+void RefusePlace(Context& context, const std::string& path) {
+  throw Failure(kNothing, context.session.OnWorker<std::string>([path] {
+    return IsRegularFile(path) ? "not a folder: " + path : WhyNothing(path, "nothing understands");
+  }));
+}
+
 const ProviderWrapper& ChooseProvider(Context& context, const std::string& path) {
   const std::vector<ProviderWrapper*> providers = context.session.Providers(path);
-  if (providers.empty()) throw Failure(kNothing, "nothing understands " + path);
+  if (providers.empty()) RefusePlace(context, path);
   const std::string& name = context.options.provider;
   if (name.empty()) return *providers.front();
   for (const ProviderWrapper* provider : providers) {

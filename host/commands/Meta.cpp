@@ -74,7 +74,9 @@ int RunMeta(Context& context) {
     WriteFieldLines(context.output, {}, wanted, fields);
   }
   if (fields.empty()) {
-    throw Failure(kNothing, "no metadata in " + (options.packet ? "the packet" : path));
+    if (options.packet) throw Failure(kNothing, "no metadata in the packet");
+    throw Failure(kNothing, context.session.OnWorker<std::string>(
+                                [path] { return WhyNothing(path, "no metadata in"); }));
   }
   return kDone;
 }

@@ -22,7 +22,7 @@ int RunPlaces(Context& context) {
   const std::string path = PlacePath(context.options.operands.front());
   const std::string wanted = FullIdentification(context.options.provider);
   const Sorvik::GetDefaultContentMessage answer = context.session.Places(path, wanted);
-  if (answer.provider == nullptr) throw Failure(kNothing, "nothing understands " + path);
+  if (answer.provider == nullptr) RefusePlace(context, path);
   const std::string identification = answer.provider->GetIdentification();
   // A wish that can't be met is answered by the best provider instead.
   if (!wanted.empty() && identification != wanted) {

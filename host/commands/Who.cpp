@@ -57,7 +57,7 @@ int RunWho(Context& context) {
   } else if (!providers.empty()) {
     WriteTable(context.output, providers, scores);
   }
-  if (providers.empty()) throw Failure(kNothing, "nothing understands " + path);
+  if (providers.empty()) RefusePlace(context, path);
   return kDone;
 }
 

@@ -51,6 +51,26 @@ TEST(Conduct, WrongUseEndsWithTwoAndOneLine) {
   }
 }
 
+TEST(Conduct, ErrorsNameWhatIsWrongWithThePath) {
+  TempTree tree;
+  const std::string file = tree.File("a.txt");
+  for (const Words& words : {Words{"ls", tree.Path("gone")},
+                             {"who", file},
+                             {"places", file},
+                             {"meta", file},
+                             {"meta", tree.Path("gone")},
+                             {"lss", tree.Root()},
+                             {"ls", tree.Path("a.txt/b")}}) {
+    const std::string& path = words.back();
+    const ProgramResult result = RunSorvik(words);
+    const std::string expected = words[0] == "lss"    ? "there is no command lss"
+                                 : path != file       ? "there is no " + path
+                                 : words[0] == "meta" ? "no metadata in " + path
+                                                      : "not a folder: " + path;
+    EXPECT_TRUE(result.errors.starts_with("sorvik: " + expected)) << result.errors;
+  }
+}
+
 TEST(Conduct, NothingFoundEndsWithOneAndOneLine) {
   TempTree tree;
   tree.File("a.txt");
