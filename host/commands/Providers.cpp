@@ -31,6 +31,14 @@ void WriteJson(JsonWriter& json, const ProviderWrapper& provider) {
     json.String(LabelOf(labels, field));
   }
   json.EndObject();
+  // The same in every language, for scripts.
+  json.Key("labelKeys");
+  json.BeginObject();
+  for (const auto& [field, label] : labels) {
+    json.Key(field);
+    json.String(label);
+  }
+  json.EndObject();
   json.EndObject();
 }
 

@@ -231,7 +231,9 @@ TEST(Commands, ProvidersTellTheirFields) {
   ASSERT_FALSE(providers.empty());
   for (const Json& provider : providers) {
     EXPECT_EQ(Keys(provider), (std::set<std::string>{"defaultFields", "fields", "identification",
-                                                     "labels", "name"}));
+                                                     "labelKeys", "labels", "name"}));
+    EXPECT_EQ(Keys(provider["labelKeys"]), Keys(provider["labels"]));
+    EXPECT_TRUE(provider["labelKeys"]["Name"].get<std::string>().starts_with("$$$/"));
     const std::set<std::string> fields = provider["fields"];
     for (const std::string field : provider["defaultFields"]) {
       EXPECT_TRUE(fields.contains(field)) << provider["name"] << " " << field;
