@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "providers/structures/ProviderCanonXF.h"
 #include "support/TempTree.h"
@@ -139,6 +140,29 @@ TEST(CanonXF, FindsClipFoldersInOddCaseAsTheyStandOnDisk) {
             (Names{"INDEX.MIF", "aa0001", "aa0001/aa0001.xml"}));
   EXPECT_EQ(ExtraPathsOf(both.at("AA000101"), tree.Path("CONTENTS/CLIPS001")),
             (Names{"INDEX.MIF", "AA0001", "AA0001/AA0001.CIF"}));
+}
+
+// What a listing gives can be asked for again, whatever spelling or company its file has.
+TEST(CanonXF, FindsEveryListedKeyAgain) {
+  const TempTree tree;
+  tree.File(kClips + "INDEX.MIF");
+  tree.File(kClips + "AA0001/AA000101.mxf");
+  tree.File(kClips + "ab0002/AB000201.MXF");
+  tree.File(kClips + "AC0003/AC000301.MXF");
+  tree.File(kClips + "AC0003/._AC000301.MXF");  // left by a desktop
+  ASSERT_EQ(mkfifo(tree.Path(kClips + "AA0001/AA000102.MXF").c_str(), 0600), 0);
+  const ProviderCanonXF provider;
+  const ContentMap content = provider.GetContent(tree.Root(), kPaths, nullptr);
+  EXPECT_EQ(KeysOf(content), (Names{"AA000101", "AB000201", "AC000301"}));
+  for (const auto& [key, fields] : content) {
+    const ContentMap one = provider.GetContent(tree.Root(), key, kPaths);
+    ASSERT_TRUE(one.contains(key)) << key;
+    EXPECT_EQ(TextOf(one.at(key), kPathField), TextOf(fields, kPathField));
+    EXPECT_EQ(ExtraPathsOf(one.at(key), tree.Root()), ExtraPathsOf(fields, tree.Root()));
+  }
+  for (const char* absent : {"ac000301", "AA000102", "", "..", "AA0001"}) {
+    EXPECT_TRUE(provider.GetContent(tree.Root(), absent, kPaths).empty()) << absent;
+  }
 }
 
 TEST(CanonXF, PrefersTheShotName) {

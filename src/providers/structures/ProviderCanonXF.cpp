@@ -108,7 +108,9 @@ std::optional<UTF16String> FirstSpanOf(const Dir& clip) {
   std::optional<UTF16String> best;
   for (const File& file : clip.Files()) {
     if (lowest < 2) break;
-    if (file.GetExtension(true) != u".mxf") continue;
+    // Desktops leave hidden files beside those they copy, "._AA000101.MXF", which would end the
+    // search.
+    if (file.GetName().front() == u'.' || file.GetExtension(true) != u".mxf") continue;
     const int number = GetSpanNumber(file.GetTitle());
     if (number >= lowest) continue;
     lowest = number;
@@ -124,10 +126,24 @@ void FindFirstSpans(const UTF16String& folder, std::vector<UTF16String>& files) 
   }
 }
 
-bool FindSpanFile(const UTF16String& path, const UTF16String& key, UTF16String& file) {
-  const UTF16String clip = PathUtils::CombinePaths(ClipRootOf(path), key.substr(0, kClipIdLength));
-  file = PathUtils::CombinePaths(clip, key + u".MXF");
-  return key.find(PathUtils::kSeparator) == key.npos && PathUtils::ExistsOnDisk(file);
+// The clip folder of a key, in the key's own spelling before one that only folds to the same.
+std::optional<UTF16String> FindClipFolder(const UTF16String& path, const UTF16String& key) {
+  const UTF16String clipRoot = ClipRootOf(path);
+  auto clip = FoundOnDisk(PathUtils::CombinePaths(clipRoot, key.substr(0, kClipIdLength)));
+  const bool found = clip && HoldsFolder(clipRoot, PathUtils::GetFullFilePart(*clip));
+  return found ? std::move(clip) : std::nullopt;
+}
+
+// The span whose title is the key, of the extension .MXF: in capitals first, then as a listing
+// takes it, in any case.
+std::optional<UTF16String> FindSpanFile(const UTF16String& path, const UTF16String& key) {
+  const auto clip = FindClipFolder(path, key);
+  if (!clip) return std::nullopt;
+  if (Holds(*clip, key + u".MXF")) return PathUtils::CombinePaths(*clip, key + u".MXF");
+  for (UTF16String& file : Directory::GetContainedFilePaths(*clip, u".MXF")) {
+    if (PathUtils::GetFilePart(file) == key) return std::move(file);
+  }
+  return std::nullopt;
 }
 
 // The files of one call, each of whose metadata is read once however many fields are looked at.
@@ -209,9 +225,7 @@ void SetExtraPaths(FieldValueMap& fields, const UTF16String& path, const UTF16St
     const auto files = Directory::GetContainedFilePaths(journal);
     paths.insert(paths.end(), files.begin(), files.end());
   }
-  // The folder in the key's own spelling goes before one that only folds to the same.
-  const auto clip = FoundOnDisk(PathUtils::CombinePaths(clipRoot, key.substr(0, kClipIdLength)));
-  if (clip && HoldsFolder(clipRoot, PathUtils::GetFullFilePart(*clip))) {
+  if (const auto clip = FindClipFolder(path, key)) {
     paths.push_back(*clip);
     AddClipFiles(*clip, clipId, GetSpanNumber(key), paths);
   }
@@ -259,12 +273,13 @@ ContentMap ProviderCanonXF::GetContent(const std::string& path, const FieldNameS
 
 ContentMap ProviderCanonXF::GetContent(const std::string& path, const std::string& key,
                                        const FieldNameSet& fields) const {
+  if (!PathUtils::IsItemName(key)) return {};
   const foundation::CallScope scope;
   const UTF16String folder = Hestra::MakeString(path);
   const UTF16String title = Hestra::MakeString(key);
-  UTF16String file;
-  if (!FindSpanFile(folder, title, file)) return {};
-  const std::string filePath = Hestra::MakeStdString(file);
+  const auto file = FindSpanFile(folder, title);
+  if (!file) return {};
+  const std::string filePath = Hestra::MakeStdString(*file);
   ClipMetadataCache cache(XMPSupport::ParseFields(fields));
   FieldValueMap values = cache.GetFields(filePath);
   SetEntryName(values, cache, key, filePath);
