@@ -25,17 +25,11 @@ constexpr char kUIString[] =
     "$$$/Ortlane/Libraries/Sorvik/WinDirectoryFileDirectoryUIString=File Directory";
 constexpr int kScorePlainDirectory = 30;
 
-// A key that can be the name of an item, and of nothing above or below the folder.
-bool IsItemName(std::string_view key) {
-  return !key.empty() && key != "." && key != ".." &&
-         key.find_first_of(std::string_view("/\0", 2)) == key.npos;
-}
-
 }  // namespace
 
 ContentMap WinProviderDirectory::GetContent(const std::string& path, const std::string& key,
                                             const FieldNameSet& fields) const {
-  if (!PathUtils::IsLongFormFolderPath(path) || !IsItemName(key)) return {};
+  if (!PathUtils::IsLongFormFolderPath(path) || !PathUtils::IsItemName(key)) return {};
   const foundation::CallScope scope;
   const auto folder = platform::OpenFolder(path);
   if (!folder) return {};

@@ -247,7 +247,9 @@ TEST(AVCHDEntry, IsAnyFileOfTheStreamFolder) {
   EXPECT_EQ(TextOf(notes, kNameField), "notes");
   EXPECT_EQ(ExtraPathsOf(notes, card.BDMV()).front(), "MOVIEOBJ.BDM")
       << "without a stream file the playlists are left out";
-  EXPECT_THAT(Entry(card.Root(), "00009.MTS"), IsEmpty());
+  for (const char* absent : {"00009.MTS", "", ".", "..", "../index.bdm"}) {
+    EXPECT_THAT(Entry(card.Root(), absent), IsEmpty()) << absent;
+  }
 }
 
 TEST(AVCHDListing, NeitherOpensNorListsWhatIsNoFile) {

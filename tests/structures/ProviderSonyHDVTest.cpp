@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "providers/structures/ProviderSonyHDV.h"
@@ -47,6 +48,9 @@ TEST(SonyHDV, TellsSplitRecordingsApart) {
   for (const std::string& name : {kFirst, kSecond, kThird}) tree.File(kClips + name + ".M2T");
   tree.File(kClips + kFirst + ".IDX");
   tree.File(kClips + kSecond + ".XMP");
+  for (const std::string& pipe : {kThird + ".IDX", kThird + ".XMP"}) {
+    ASSERT_EQ(mkfifo(tree.Path(kClips + pipe).c_str(), 0600), 0);
+  }
   // The same number, but another recording stands between.
   const std::string apart = "01_0012_2014-02-01_090000.AVI";
   tree.File(kClips + apart);
@@ -81,6 +85,9 @@ TEST(SonyHDV, AnswersForKeysThatItDoesNotList) {
   EXPECT_EQ(ExtraPathsOf(fields, tree.Path("VIDEO/HVR")), Names{"TRACKS.DAT"});
   EXPECT_EQ(TextOf(provider.GetContent(tree.Root(), "x", {}).at("x"), kNameField), "");
   EXPECT_TRUE(provider.GetContent(tree.Path("VIDEO"), kFirst + ".M2T", {}).empty());
+  for (const char* noName : {"", ".", "..", "../HVR/x"}) {
+    EXPECT_TRUE(provider.GetContent(tree.Root(), noName, {}).empty()) << noName;
+  }
 }
 
 TEST(SonyHDV, NumbersLongRunsAndStopsWhenAborted) {

@@ -40,6 +40,11 @@ bool IsLongFormFolderPath(std::string_view path) {
          (path.size() == 1 || path.back() != Sorvik::platform::kSeparator);
 }
 
+bool IsItemName(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of(std::string_view("/\0", 2)) == name.npos;
+}
+
 bool IsDirectory(const UTF16String& path) {
   return IsValidPath(path) &&
          Sorvik::platform::KindOf(MakeStdString(path)) == Sorvik::platform::FileKind::kDirectory;

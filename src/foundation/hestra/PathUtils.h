@@ -22,6 +22,10 @@ bool IsValidPath(std::u16string_view path);
 // Taken on the bytes of the path as it came over the interface.
 bool IsLongFormFolderPath(std::string_view path);
 
+// Whether `name` (UTF-8) can be the name of an item in a folder: the key of an entry that is joined
+// with a folder must not lead to what lies above or below it.
+bool IsItemName(std::string_view name);
+
 // A link counts as what it leads to; a dangling one as nothing.
 bool IsDirectory(const UTF16String& path);
 bool ExistsOnDisk(const UTF16String& path);

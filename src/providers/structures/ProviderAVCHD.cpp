@@ -278,6 +278,7 @@ ContentMap ProviderAVCHD::GetContent(const std::string& path, const FieldNameSet
 
 ContentMap ProviderAVCHD::GetContent(const std::string& path, const std::string& key,
                                      const FieldNameSet& fields) const {
+  if (!PathUtils::IsItemName(key)) return {};
   const foundation::CallScope scope;
   const UTF16String bdmv = FindBDMVFolder(path);
   const UTF16String name = Hestra::MakeString(key);

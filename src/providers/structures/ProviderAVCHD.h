@@ -12,7 +12,8 @@ namespace Sorvik {
 
 class ProviderAVCHD final : public Provider {
  public:
-  // Also for a clip that no playlist starts with, and for one that none names.
+  // Also for a clip that no playlist starts with, and for one that none names. Nothing for a key that
+  // is no name of a file.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   // The clips that start a shot in some playlist. Empty once aborted.

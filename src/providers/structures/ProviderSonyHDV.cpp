@@ -12,6 +12,7 @@
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
+#include "foundation/Presence.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "frame/FieldValues.h"
@@ -23,6 +24,8 @@ namespace {
 
 namespace Directory = Hestra::Directory;
 namespace PathUtils = Hestra::PathUtils;
+using foundation::IsPresent;
+using foundation::Lookup;
 
 constexpr char16_t kVideo[] = u"VIDEO";
 constexpr char16_t kClipFolder[] = u"HVR";
@@ -136,7 +139,7 @@ UTF16String WithExtension(const UTF16String& path, std::u16string_view extension
 bool FindIndexFile(UTF16String& out, std::size_t index, const Clips& clips) {
   const UTF16String& first = clips.files[clips.runStarts[index]];
   out = WithExtension(clips.prefix + first, u"IDX");
-  return PathUtils::ExistsOnDisk(out);
+  return IsPresent(out, Lookup::kListing);
 }
 
 // `index` is the place of `key` among the clips, or their number if it isn't one of them.
@@ -149,7 +152,7 @@ void SetExtraPaths(FieldValueMap& fields, const UTF16String& key, std::size_t in
   }
   paths.push_back(clips.prefix + kTracksFile);
   const UTF16String sidecar = WithExtension(clips.prefix + key, u"XMP");
-  if (PathUtils::ExistsOnDisk(sidecar)) paths.push_back(sidecar);
+  if (IsPresent(sidecar, Lookup::kListing)) paths.push_back(sidecar);
   fields[kExtraPathField] = PathList(paths);
 }
 
@@ -186,6 +189,7 @@ ContentMap ProviderSonyHDV::GetContent(const std::string& path, const FieldNameS
 
 ContentMap ProviderSonyHDV::GetContent(const std::string& path, const std::string& key,
                                        const FieldNameSet& fields) const {
+  if (!PathUtils::IsItemName(key)) return {};
   const foundation::CallScope scope;
   const UTF16String folder = ClipFolderOf(Hestra::MakeString(path));
   if (!PathUtils::IsDirectory(folder)) return {};

@@ -13,7 +13,8 @@ namespace Sorvik {
 class ProviderSonyHDV final : public Provider {
  public:
   // Both give ExtraPath whether it was asked for or not; it names TRACKS.DAT even if it isn't
-  // there.
+  // there. The one-entry call also answers for files that aren't there, but not for a key that is no
+  // name of a file.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
