@@ -212,13 +212,15 @@ TEST(ProviderXDCAMEX, FindsTheRestOfATakeByItsComponents) {
   EXPECT_THAT(PathsOf(tree, "1", "T_01"), Contains("2/BPAV/CLPR/T_02/T_02.MP4"));
 }
 
-TEST(ProviderXDCAMEX, KeepsTheClipInItsOwnTake) {
+TEST(ProviderXDCAMEX, KeepsAllClipsOfTheCardInTheirTake) {
   const TempTree tree;
-  MakeXDCAMEXCard(tree, "card", {{.name = "T_01"}, {.name = "T_02"}},
-                  {{.name = "T", .clips = {"T_01", "T_02"}, .sources = {"T_02"}}});
+  MakeXDCAMEXCard(tree, "card", {{.name = "T_01"}, {.name = "T_02"}, {.name = "T_03"}},
+                  {{.name = "T", .clips = {"T_01", "T_02", "T_03"}, .sources = {"T_02"}}});
+  ASSERT_THAT(ClipsIn(List(tree, "card", {})), ElementsAre("T_01"));
   EXPECT_THAT(PathsOf(tree, "card", "T_01"),
               testing::IsSupersetOf(
-                  Join({FilesOfClip("card", "T_01", false), FilesOfClip("card", "T_02", true)})));
+                  Join({FilesOfClip("card", "T_01", false), FilesOfClip("card", "T_02", true),
+                        FilesOfClip("card", "T_03", true)})));
 }
 
 TEST(ProviderXDCAMEX, LosesNoClipToOddNamesAndIds) {
@@ -285,12 +287,25 @@ TEST(ProviderXDCAMEX, EndsWhereTakesHoldThemselvesOrOneAnother) {
   EXPECT_THAT(PathsOf(tree, "card", "B_01"), Contains("card/BPAV/CLPR/B_01/B_01M01.XML"));
 }
 
-TEST(ProviderXDCAMEX, TellsTakesByPlaylistsWhereTheListIsGone) {
+// A clip whose files no list gives to its take would be gone from listing and extra paths both.
+TEST(ProviderXDCAMEX, FoldsNoClipThatTheListLacks) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card", {{.name = "B_01"}, {.name = "B_02"}},
-                  {{.name = "B", .clips = {"B_01", "B_02"}}});
+                  {{.name = "B", .clips = {"B_01", "B_02", "B_03"}}});
+  tree.File("card/BPAV/CLPR/B_03/B_03M01.XML", NonRealTimeMetaXml({.name = "B_03"}));
+  tree.File("card/BPAV/CLPR/B_03/B_03.MP4");
+  EXPECT_THAT(ClipsIn(List(tree, "card")), ElementsAre("B_01", "B_03"));
+  tree.File("card/BPAV/MEDIAPRO.XML",
+            MediaProXml(XmlElement("Material", "uri=\"./CLPR/B_03/B_03.SMI\" umid=\"3\"",
+                                   XmlElement("Component", "uri=\"./CLPR/B_03/B_03.MP4\"")) +
+                        XmlElement("Material", "uri=\"./CLPR/B_02/B_02.SMI\" umid=\"2\"",
+                                   XmlElement("Component", "uri=\"./CLPR/B_02/B_02.MP4\"")) +
+                        XmlElement("Material", "uri=\"./TAKR/B/B.SMI\" umid=\"B\"",
+                                   XmlElement("Component", "umid=\"3\"") +
+                                       XmlElement("Component", "umid=\"2\""))));
+  EXPECT_THAT(ClipsIn(List(tree, "card")), ElementsAre("B_01", "B_02"));
   tree.File("card/BPAV/MEDIAPRO.XML", "<MediaProfile><Contents>");
-  EXPECT_THAT(ClipsIn(List(tree, "card")), ElementsAre("B_01"));
+  EXPECT_THAT(ClipsIn(List(tree, "card")), ElementsAre("B_01", "B_02", "B_03"));
   EXPECT_THAT(PathsOf(tree, "card", "B_01"),
               testing::ElementsAreArray(Join({{"card/BPAV/MEDIAPRO.XML"}, SideFiles("card")})));
   fs::remove(tree.Path("card/BPAV/MEDIAPRO.XML"));

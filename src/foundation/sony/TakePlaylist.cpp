@@ -17,7 +17,6 @@ UTF16String UmidOfSource(const UTF16String& source) {
 std::optional<TakePlaylist> FromDocument(const std::optional<XercesDocument>& document) {
   if (!document || document->Root().Name() != u"smil") return std::nullopt;
   TakePlaylist playlist;
-  GetElementAttribute(document->Root(), u"umid", playlist.umid);
   const XercesElement body = FindChildElement(document->Root(), u"body");
   UTF16String text;
   for (XercesElement part = FindChildElement(FindChildElement(body, u"par"), u"ref"); part;

@@ -14,7 +14,6 @@ namespace Sorvik::foundation::sony {
 using Hestra::UTF16String;
 
 struct TakePlaylist {
-  UTF16String umid;                  // the take's own, where the playlist has it
   std::vector<UTF16String> sources;  // umids in playing order
   // False if the last part has no end: the take goes on in a part that isn't on this card.
   bool complete = true;

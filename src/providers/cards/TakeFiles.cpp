@@ -189,20 +189,13 @@ class TakeSearch {
       sources_ = take_.componentUmids;
       Expand();
     }
-    // The clip that was asked about is a part, whatever the playlist says.
-    if (!Names(sources_, clip_.umid)) sources_.insert(sources_.begin(), clip_.umid);
+    KeepOwnClips();
     return Collect();
   }
   // How many records the take named, once it has been put together.
   std::size_t Cost() const { return sources_.size() + take_.componentUmids.size(); }
 
  private:
-  static bool Names(const Umids& umids, std::u16string_view umid) {
-    const UTF16String folded = FoldCase(umid);
-    return std::ranges::any_of(umids,
-                               [&folded](const UTF16String& u) { return FoldCase(u) == folded; });
-  }
-
   // A playlist that names nothing known stands for none: the list's own components do.
   void ReadOwnPlaylist() {
     sources_ = take_.componentUmids;
@@ -266,6 +259,19 @@ class TakeSearch {
       const auto record = entries_.WithUmid(umid);
       return record && entries_.At(*record).kind == MediaProEntry::kClip;
     });
+  }
+
+  // The clip that was asked about is a part whatever the playlist says, and so are the others of
+  // the take on its card: a listing folds them into one entry.
+  void KeepOwnClips() {
+    std::set<UTF16String> named;
+    for (const UTF16String& umid : sources_) named.insert(FoldCase(umid));
+    if (!named.contains(FoldCase(clip_.umid))) sources_.insert(sources_.begin(), clip_.umid);
+    for (const UTF16String& umid : take_.componentUmids) {
+      const auto record = entries_.WithUmid(umid);
+      if (!record || record->card != 0 || named.contains(FoldCase(umid))) continue;
+      sources_.push_back(umid);
+    }
   }
 
   TakeFiles Collect() {

@@ -391,8 +391,7 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   output.hasNative = true;
   output.nativeTiesWin = onXDCAMEX;
   if (!onXDCAMEX || !wanted.Wants(kNsDC, "relation")) return;
-  const std::string take =
-      TakeOfClip(input.path, AttributeOf(ChildOf(root, "TargetMaterial"), "umidRef"));
+  const std::string take = TakeOfClip(input.path);
   if (take.empty()) return;
   output.native.AppendArrayItem(kNsDC, "relation", ArrayForm::kBag, take);
 }

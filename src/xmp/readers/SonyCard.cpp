@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/SonyCard.h"
 
-#include <unordered_map>
-#include <vector>
-
 #include "foundation/CallScope.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
-#include "foundation/sony/TakePlaylist.h"
 
 namespace Sorvik::xmp {
 namespace {
@@ -17,7 +13,6 @@ namespace PathUtils = Hestra::PathUtils;
 using foundation::CallScope;
 using foundation::sony::Material;
 using foundation::sony::MediaProfile;
-using foundation::sony::TakePlaylist;
 using Hestra::MakeStdString;
 using Hestra::MakeString;
 using Hestra::UTF16String;
@@ -70,38 +65,6 @@ std::shared_ptr<const MediaProfile> ListOfClip(const std::string& xmlPath) {
   return folder.empty() ? nullptr : ReadList(folder);
 }
 
-// Which take names a umid, by the playlists of the card alone.
-struct PlaylistRecord {
-  std::unordered_map<UTF16String, std::string> takes;  // by folded umid
-};
-
-PlaylistRecord ReadPlaylists(const UTF16String& takesFolder) {
-  PlaylistRecord record;
-  std::vector<UTF16String> files;
-  std::vector<UTF16String> takes;
-  Hestra::Directory::GetContainedFileAndDirectoryPaths(takesFolder, files, takes);
-  for (const UTF16String& take : takes) {
-    for (const UTF16String& path : Hestra::Directory::GetContainedFilePaths(take, u".SMI")) {
-      const auto playlist = TakePlaylist::Read(path);
-      if (!playlist) continue;
-      const UTF16String name =
-          playlist->umid.empty() ? PathUtils::GetFilePart(path) : playlist->umid;
-      for (const UTF16String& source : playlist->sources) {
-        if (!source.empty()) record.takes.emplace(FoldCase(source), MakeStdString(name));
-      }
-    }
-  }
-  return record;
-}
-
-std::string TakeByPlaylists(const std::string& card, std::string_view umid) {
-  const std::string folder = card + "/TAKR";
-  const auto record = CallScope::Remember<PlaylistRecord>(
-      folder, [&folder] { return ReadPlaylists(MakeString(folder)); });
-  const auto found = record->takes.find(FoldCase(MakeString(umid)));
-  return found == record->takes.end() ? std::string() : found->second;
-}
-
 }  // namespace
 
 std::shared_ptr<const Material> MaterialOfClip(const std::string& xmlPath) {
@@ -112,18 +75,18 @@ std::shared_ptr<const Material> MaterialOfClip(const std::string& xmlPath) {
 
 bool IsOnXDCAMEX(const std::string& xmlPath) { return !CardFolderOf(xmlPath).empty(); }
 
-std::string TakeOfClip(const std::string& xmlPath, std::string_view umid) {
+std::string TakeOfClip(const std::string& xmlPath) {
   const std::string card = CardFolderOf(xmlPath);
-  if (card.empty()) return {};
-  const auto list = ReadList(card);
-  if (!list || !list->IsReadable()) {
-    return umid.empty() ? std::string() : TakeByPlaylists(card, umid);
+  const auto list = card.empty() ? nullptr : ReadList(card);
+  if (list == nullptr) return {};
+  const UTF16String name = PathUtils::GetFullFilePart(MakeString(xmlPath));
+  const Material* clip = list->OfFile(name);
+  if (clip == nullptr) {
+    // Lists may name the essence alone.
+    const auto end = FoldCase(name).rfind(u"m01.xml");
+    if (end != name.npos) clip = list->OfFile(name.substr(0, end) + u".MP4");
   }
-  const Material* take = list->TakeWith(MakeString(umid));
-  if (take == nullptr) {
-    const auto material = MaterialOfClip(xmlPath);
-    if (material) take = list->TakeWith(material->umid);
-  }
+  const Material* take = clip == nullptr ? nullptr : list->TakeWith(clip->umid);
   return take == nullptr ? std::string() : MakeStdString(take->umid);
 }
 

@@ -5,7 +5,6 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "foundation/sony/MediaProfile.h"
 
@@ -17,8 +16,10 @@ std::shared_ptr<const foundation::sony::Material> MaterialOfClip(const std::stri
 // True for the XML of a clip of an XDCAM EX card, by its path.
 bool IsOnXDCAMEX(const std::string& xmlPath);
 
-// The umid of the take that the clip of an XDCAM EX card belongs to, `umid` being the clip's own;
-// empty for a single clip. Nothing in the clip's own XML is known to tell.
-std::string TakeOfClip(const std::string& xmlPath, std::string_view umid);
+// The umid of the take that the clip of an XDCAM EX card belongs to by the material list; empty for
+// a single clip. Nothing in the clip's own XML is known to tell. A clip that the list doesn't have
+// is no part of any take, even if the take or its playlist names it: a listing folds the clips of a
+// take, and finds the files of each by the list alone.
+std::string TakeOfClip(const std::string& xmlPath);
 
 }  // namespace Sorvik::xmp
