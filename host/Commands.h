@@ -43,6 +43,11 @@ Sorvik::FieldNameList ChosenFields(const Options& options, const Sorvik::Provide
 // All fields of a provider, those of its column view first.
 Sorvik::FieldNameList AllFields(const Sorvik::ProviderWrapper& provider);
 
+// The provider's listing of `path`; throws Failure for a folder that can't be read, of which the
+// library says nothing.
+Sorvik::ContentMap AllEntries(Context& context, const Sorvik::ProviderWrapper& provider,
+                              const std::string& path, const Sorvik::FieldNameList& fields);
+
 // The one entry, asked for on a worker; throws Failure if there is no such entry.
 Sorvik::FieldValueMap OneEntry(Context& context, const Sorvik::ProviderWrapper& provider,
                                const std::string& path, const std::string& key,

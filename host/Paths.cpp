@@ -106,6 +106,13 @@ std::string WhyNothing(const std::string& path, const std::string& otherwise) {
   return otherwise + " " + path;
 }
 
+std::string WhyUnreadable(const std::string& path) {
+  if (IsRoot(path) || !IsFolder(path)) return {};
+  std::error_code error;
+  const fs::directory_iterator listing(path, error);
+  return error ? error.message() : std::string();
+}
+
 void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,
                const std::function<void(const std::string&)>& visit) {
   WalkFolder(folder, kMostDepth, stop, visit);

@@ -25,6 +25,9 @@ bool Exists(const std::string& path);
 // if that doesn't.
 std::string WhyNothing(const std::string& path, const std::string& otherwise);
 
+// What the system says where the folder `path` can't be listed; empty if it can, or isn't one.
+std::string WhyUnreadable(const std::string& path);
+
 // Calls `visit` with every regular file below `folder`, names in byte order. Links to folders are
 // not followed and nothing deeper than 64 folders is visited. Ends early once `stop` is set.
 void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,

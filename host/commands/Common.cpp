@@ -53,6 +53,16 @@ FieldNameList ChosenFields(const Options& options, const ProviderWrapper& provid
   return options.all ? AllFields(provider) : usual;
 }
 
+ContentMap AllEntries(Context& context, const ProviderWrapper& provider, const std::string& path,
+                      const FieldNameList& fields) {
+  ContentMap content =
+      context.session.Content(provider, path, FieldNameSet(fields.begin(), fields.end()));
+  if (!content.empty()) return content;
+  const auto reason = context.session.OnWorker<std::string>([path] { return WhyUnreadable(path); });
+  if (!reason.empty()) throw Failure(kNothing, "cannot read " + path + ": " + reason);
+  return content;
+}
+
 FieldValueMap OneEntry(Context& context, const ProviderWrapper& provider, const std::string& path,
                        const std::string& key, const FieldNameList& fields) {
   context.session.GetProgress().Begin("reading");

@@ -71,8 +71,7 @@ int RunFiles(Context& context) {
   if (operands.size() > 1) {
     content.emplace(operands[1], OneEntry(context, provider, path, operands[1], kPathFields));
   } else {
-    content = context.session.Content(provider, path,
-                                      Sorvik::FieldNameSet(kPathFields.begin(), kPathFields.end()));
+    content = AllEntries(context, provider, path, kPathFields);
   }
   // Looking at files can take as long as listing them.
   context.session.GetProgress().Begin("looking for files");

@@ -14,8 +14,7 @@ int RunLs(Context& context) {
   const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
   const Sorvik::FieldNameList fields =
       ChosenFields(options, provider, provider.GetDefaultFieldList());
-  const Sorvik::ContentMap content =
-      context.session.Content(provider, path, Sorvik::FieldNameSet(fields.begin(), fields.end()));
+  const Sorvik::ContentMap content = AllEntries(context, provider, path, fields);
   if (options.json) {
     WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
     return kDone;

@@ -51,8 +51,7 @@ SheetClip MakeClip(const std::string& key, const Sorvik::FieldValueMap& values,
 std::vector<SheetClip> MakeClips(Context& context, const ProviderWrapper& provider,
                                  const std::string& path) {
   const FieldNameList fields = SheetFields(context.options, provider);
-  const ContentMap content =
-      context.session.Content(provider, path, Sorvik::FieldNameSet(fields.begin(), fields.end()));
+  const ContentMap content = AllEntries(context, provider, path, fields);
   const Sorvik::FieldLabelMap labels = provider.GetFieldLabelList();
   std::vector<SheetClip> clips;
   for (const auto& [key, values] : content) clips.push_back(MakeClip(key, values, fields, labels));

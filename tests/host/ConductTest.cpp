@@ -201,14 +201,33 @@ TEST(Conduct, FewDescriptorsEndInAnErrorAndNotInAWait) {
   }
 }
 
+constexpr char kNobody[] = "setpriv --reuid=61234 --regid=61234 --clear-groups ";
+
 TEST(Conduct, FewThreadsAreEnough) {
-  const std::string nobody = "setpriv --reuid=61234 --regid=61234 --clear-groups ";
+  const std::string nobody = kNobody;
   if (geteuid() != 0 || RunLimited(nobody) != 0) {
     GTEST_SKIP() << "the limit of threads binds no user that sorvik can be run as here";
   }
   // The program's own two, and three of the executor's.
   EXPECT_EQ(RunLimited(nobody + "prlimit --nproc=5"), 0);
   EXPECT_EQ(RunLimited(nobody + "prlimit --nproc=1"), 1);
+}
+
+TEST(Conduct, AnUnreadableFolderIsNoEmptyOne) {
+  const std::string user = geteuid() == 0 ? kNobody : "";
+  if (RunLimited(user) != 0) GTEST_SKIP() << "sorvik can be run by no user here but root";
+  TempTree tree;
+  tree.File("shut/a.mov");
+  const std::filesystem::path shut = tree.Path("shut");
+  using std::filesystem::perms;
+  std::filesystem::permissions(tree.Root(), perms::owner_all | perms::others_exec);
+  std::filesystem::permissions(shut, perms::none);
+  for (const char* command : {"ls", "files"}) {
+    const std::string line = user + SORVIK_BINARY_DIR "/sorvik " + command + " " + shut.string() +
+                             " 2>&1 | grep -q '^sorvik: cannot read '";
+    EXPECT_EQ(std::system(line.c_str()), 0) << command;
+  }
+  std::filesystem::permissions(shut, perms::owner_all);
 }
 
 }  // namespace
