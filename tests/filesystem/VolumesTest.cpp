@@ -269,6 +269,14 @@ TEST(VolumeListing, SurvivesTablesThatAreNone) {
   }
 }
 
+TEST(MountTable, HasARootEvenIfTheRootWasChanged) {
+  const auto table = MountTable::Parse("1 0 8:1 /bare/home /home rw - ext4 /dev/sda1 rw\n");
+  ASSERT_EQ(table.At("/"), nullptr);
+  ASSERT_NE(table.WithRoot().At("/"), nullptr);
+  EXPECT_EQ(table.WithRoot().Mounts().size(), 2u);
+  EXPECT_EQ(table.WithRoot().WithRoot().Mounts().size(), 2u);
+}
+
 TEST(MountTable, ComparesWholeNames) {
   const auto table = MountTable::Parse(
       "1 0 8:1 / / rw - ext4 /dev/sda1 rw\n"

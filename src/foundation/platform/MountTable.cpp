@@ -139,9 +139,19 @@ MountTable MountTable::Parse(std::string_view text) {
   return MountTable(MountsOf(table.get()));
 }
 
+MountTable MountTable::WithRoot() const {
+  MountTable table = *this;
+  if (table.At("/") == nullptr) {
+    Mount root;
+    root.mountPoint = "/";
+    table.mounts_.insert(table.mounts_.begin(), std::move(root));
+  }
+  return table;
+}
+
 std::shared_ptr<const MountTable> MountTable::Current() {
-  return foundation::CallScope::Remember<MountTable>(kKernelMountTable,
-                                                     [] { return Read(kKernelMountTable); });
+  return foundation::CallScope::Remember<MountTable>(
+      kKernelMountTable, [] { return Read(kKernelMountTable).WithRoot(); });
 }
 
 const Mount* MountTable::At(std::string_view path) const noexcept {

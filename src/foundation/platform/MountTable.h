@@ -35,7 +35,10 @@ class MountTable {
   static MountTable Read(const std::string& path);
   // The table in `text`, of the same form.
   static MountTable Parse(std::string_view text);
-  // The running system's table, read once within a call scope.
+  // The same table with a mount at "/" of which nothing else is known, unless it has one. A process
+  // whose root was changed finds none in the kernel's table, and no table at all without /proc.
+  MountTable WithRoot() const;
+  // The running system's table, with its root, read once within a call scope.
   static std::shared_ptr<const MountTable> Current();
 
   const std::vector<Mount>& Mounts() const noexcept { return mounts_; }
