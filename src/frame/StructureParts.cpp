@@ -2,6 +2,7 @@
 #include "frame/StructureParts.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "foundation/hestra/Directory.h"
@@ -72,8 +73,20 @@ void AddUnreached(const Provider& provider, const std::string& path, const std::
                   const std::vector<std::string>& files, StructureFindings& findings) {
   if (files.empty()) return;
   const std::set<std::string> reached = ReachedPaths(provider, path);
+  const std::set<std::string> onDisk(files.begin(), files.end());
+  // A path that is there and isn't listed as it stands was found by a file system that heeds no
+  // case.
+  std::map<UTF16String, UTF16String> reachedInAnyCase;
+  for (const std::string& file : reached) {
+    if (onDisk.contains(file)) continue;
+    const UTF16String text = Hestra::MakeString(file);
+    reachedInAnyCase.emplace(FoldCase(text), text);
+  }
   for (const std::string& file : files) {
-    if (!reached.contains(file)) findings.unreached.push_back({"", kind, file});
+    if (reached.contains(file)) continue;
+    const auto alike = reachedInAnyCase.find(FoldCase(Hestra::MakeString(file)));
+    if (alike != reachedInAnyCase.end() && PathUtils::ExistsOnDisk(alike->second)) continue;
+    findings.unreached.push_back({"", kind, file});
   }
 }
 

@@ -11,6 +11,7 @@
 #include "foundation/avchd/Playlist.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
+#include "frame/StructureParts.h"
 #include "providers/structures/AVCHDUtils.h"
 #include "providers/structures/ProviderAVCHD.h"
 #include "providers/structures/StructureChecks.h"
@@ -21,7 +22,6 @@ namespace {
 namespace Directory = Hestra::Directory;
 namespace PathUtils = Hestra::PathUtils;
 using foundation::FolderNames;
-using tarnwick::utility::FoldCase;
 
 constexpr std::array kStreamExtensions{"MTS", "mts", "M2TS", "m2ts"};
 constexpr std::array kClipInfoExtensions{"clpi", "CLP", "CPI"};
@@ -73,47 +73,15 @@ void CheckPlaylist(const std::string& path, Card& card) {
   }
 }
 
-// The names of the stream files that entries hand out.
-std::set<UTF16String> ReachedStreams(const std::string& path, const UTF16String& streams) {
-  const UTF16String prefix = PathUtils::AddTrailingSlash(streams);
-  std::set<UTF16String> reached;
-  const auto add = [&](const any_regular_t& value) {
-    const auto* text = value.get_if<std::string>();
-    const UTF16String file = text == nullptr ? UTF16String() : Hestra::MakeString(*text);
-    if (file.starts_with(prefix)) reached.insert(file.substr(prefix.size()));
-  };
-  for (const auto& [key, fields] :
-       ProviderAVCHD().GetContent(path, {kPathField, kExtraPathField}, nullptr)) {
-    add(fields.at(kPathField));
-    const auto* extra = fields.at(kExtraPathField).get_if<std::vector<any_regular_t>>();
-    if (extra != nullptr) std::ranges::for_each(*extra, add);
-  }
-  return reached;
-}
-
 // Playlists alone decide what is a clip, and a clip's shot is looked for in some of them only: a
 // stream can be named and belong to no entry all the same.
 void AddUnreachedStreams(const std::string& path, Card& card) {
-  const UTF16String streams = Hestra::MakeString(card.bdmv + "/STREAM");
-  const std::vector<UTF16String> files = Directory::GetContainedFilePaths(streams);
-  std::set<UTF16String> onDisk;
-  for (const UTF16String& file : files) onDisk.insert(PathUtils::GetFullFilePart(file));
-  const std::set<UTF16String> reached = ReachedStreams(path, streams);
-  // A name that isn't on the disk as it stands was found by a file system that pays no heed to
-  // case.
-  std::set<UTF16String> reachedInAnyCase;
-  for (const UTF16String& name : reached) {
-    if (!onDisk.contains(name)) reachedInAnyCase.insert(FoldCase(name));
+  std::vector<std::string> streams;
+  for (const UTF16String& file :
+       Directory::GetContainedFilePaths(Hestra::MakeString(card.bdmv + "/STREAM"))) {
+    if (AVCHDUtils::IsStructureFile(file)) streams.push_back(Hestra::MakeStdString(file));
   }
-  for (const UTF16String& file : files) {
-    const UTF16String name = PathUtils::GetFullFilePart(file);
-    if (reached.contains(name) || reachedInAnyCase.contains(FoldCase(name))) continue;
-    if (!AVCHDUtils::IsStructureFile(file)) continue;
-    const std::string title = Hestra::MakeStdString(PathUtils::GetFilePart(file));
-    const bool named = card.named.contains(title);
-    card.findings.unreached.push_back(
-        {"", named ? "stream of no clip" : "stream in no playlist", Hestra::MakeStdString(file)});
-  }
+  AddUnreached(ProviderAVCHD(), path, "stream of no clip", streams, card.findings);
 }
 
 void AddFilesOf(const std::string& folder, std::u16string_view extension, bool recursive,
