@@ -52,9 +52,9 @@ std::optional<std::uint64_t> ClipLengthOfStream(const std::string& streamFile) {
   if (dot == std::string::npos || dot < slash) return std::nullopt;
   std::string path = streamFile.substr(0, slash + 1 - kStreamFolder.size()) + "/CLIPINF" +
                      streamFile.substr(slash, dot - slash);
-  // Cameras write MTS and CPI, discs m2ts and clpi.
+  // Cameras write MTS and CPI, discs m2ts and clpi, some recorders CLP.
   const bool camera = streamFile[dot + 1] == 'M';
-  for (const char* extension : {camera ? ".CPI" : ".clpi", camera ? ".clpi" : ".CPI"}) {
+  for (const char* extension : {camera ? ".CPI" : ".clpi", camera ? ".clpi" : ".CPI", ".CLP"}) {
     if (const auto bytes = platform::ReadHead(path + extension, kMostClipInfo)) {
       return ReadClipLength(ByteReader(*bytes));
     }
