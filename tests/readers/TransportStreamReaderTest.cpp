@@ -338,6 +338,8 @@ TEST(TransportStreamReader, TakesFromTheCardWhatTheStreamLacks) {
   EXPECT_EQ(later.Get(kNsTIFF, "Make"), "Sony");
   tree.File("BDMV/CLIPINF/00015.CPI", MakeClipInfo(45000, 90000).str());
   EXPECT_EQ(read("00015.MTS").Field("duration", kNsDM, "value"), "25");
+  tree.File("BDMV/CLIPINF/00016.CLP", MakeClipInfo(45000, 90000).str());
+  EXPECT_EQ(read("00016.MTS").Field("duration", kNsDM, "value"), "25");
   EXPECT_EQ(read("00099.MTS").Field("duration", kNsDM, "value"), "36") << "by its time stamps";
 }
 

@@ -206,9 +206,9 @@ std::optional<ShotOfClip> FindInIndex(const PlaylistIndex& index, const std::str
 struct ItemAllowance {
   mutable std::size_t left = kMostItemsInCall;  // of one thread, as the scope is
 
-  bool Take(std::size_t items) const {
-    const bool granted = items <= left;
-    left = granted ? left - items : 0;
+  bool Take(std::size_t count) const {
+    const bool granted = count <= left;
+    left = granted ? left - count : 0;
     return granted;
   }
 };
@@ -236,7 +236,8 @@ std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path) {
     std::vector<std::byte> bytes(static_cast<std::size_t>(file->Size()));
     bytes.resize(file->ReadAt(0, bytes));
     Playlist playlist = ParsePlaylist(ByteReader(bytes));
-    return allowance->Take(playlist.items.size()) ? std::move(playlist) : Playlist();
+    return allowance->Take(playlist.items.size() + playlist.marks.size()) ? std::move(playlist)
+                                                                          : Playlist();
   });
 }
 

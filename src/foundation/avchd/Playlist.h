@@ -33,8 +33,8 @@ namespace Sorvik::foundation::avchd {
 // and counts as unreadable, so that a sparse file of any size costs nothing.
 inline constexpr std::size_t kLargestPlaylist = 4 * 1024 * 1024;
 
-// 2,000 playlists of 1,000 items each are more than any card holds. The playlist that takes a call
-// beyond this and all read after it count as unreadable.
+// Items and marks: 1,000 playlists of 1,000 each are more than any card holds. The playlist that
+// takes a call beyond this and all read after it count as unreadable.
 inline constexpr std::size_t kMostItemsInCall = 2'000'000;
 
 // The first bytes of a play item: length (2), clip name (5), codec (4), flags (2).

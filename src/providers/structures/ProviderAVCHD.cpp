@@ -214,10 +214,11 @@ void SetExtraPaths(FieldValueMap& values, const UTF16String& bdmv, const UTF16St
   values[kExtraPathField] = any_regular_t(std::move(list));
 }
 
-// The stream files at the head of a shot of any playlist, in order, each once.
-std::set<UTF16String> ListHeadClips(const UTF16String& bdmv) {
+// The stream files at the head of a shot of any playlist, in order, each once; fewer once aborted.
+std::set<UTF16String> ListHeadClips(const UTF16String& bdmv, ProviderRequest* request) {
   std::set<UTF16String> heads;
   for (const UTF16String& playlist : AVCHDUtils::ListPlaylists(bdmv)) {
+    if (ProviderRequest::TestAborted(request)) return heads;
     std::vector<UTF16String> clips;
     AVCHDUtils::GetShotHeadClips(playlist, clips);
     heads.insert(clips.begin(), clips.end());
@@ -266,7 +267,7 @@ ContentMap ProviderAVCHD::GetContent(const std::string& path, const FieldNameSet
   const UTF16String bdmv = FindBDMVFolder(path);
   const Wanted wanted(fields);
   ContentMap content;
-  for (const UTF16String& file : ListHeadClips(bdmv)) {
+  for (const UTF16String& file : ListHeadClips(bdmv, request)) {
     if (ProviderRequest::TestAborted(request)) return {};
     if (!foundation::IsPresent(file, foundation::Lookup::kDisk)) continue;
     const UTF16String name = PathUtils::GetFullFilePart(file);

@@ -87,8 +87,10 @@ bool HasClipRoot(const UTF16String& contents, bool& hasForeignFiles) {
 
 bool IsCanonXFCard(const UTF16String& folder, bool& hasForeignFiles) {
   hasForeignFiles = false;
+  // Asked of the disk: most folders are no card, and can be large.
+  if (!PathUtils::IsDirectory(PathUtils::CombinePaths(folder, kContents))) return false;
   const VisibleNames names = ListNames(folder);
-  if (names.folders.empty() || !HoldsFolder(folder, kContents)) return false;
+  if (names.folders.empty()) return false;
   const bool strayFolder =
       std::any_of(names.folders.begin(), names.folders.end(), [](const UTF16String& name) {
         return name != kContents && name != kDesktop && name.front() != u'.';
@@ -235,6 +237,7 @@ void SetExtraPaths(FieldValueMap& fields, const UTF16String& path, const UTF16St
 }  // namespace
 
 int ProviderCanonXF::CanProvideFor(const std::string& path) const {
+  const foundation::CallScope scope;
   const UTF16String folder = Hestra::MakeString(path);
   bool hasForeignFiles = false;
   if (!PathUtils::IsValidPath(folder) || !IsCanonXFCard(folder, hasForeignFiles)) return 0;
@@ -273,9 +276,9 @@ ContentMap ProviderCanonXF::GetContent(const std::string& path, const FieldNameS
 
 ContentMap ProviderCanonXF::GetContent(const std::string& path, const std::string& key,
                                        const FieldNameSet& fields) const {
-  if (!PathUtils::IsItemName(key)) return {};
-  const foundation::CallScope scope;
   const UTF16String folder = Hestra::MakeString(path);
+  if (!PathUtils::IsValidPath(folder) || !PathUtils::IsItemName(key)) return {};
+  const foundation::CallScope scope;
   const UTF16String title = Hestra::MakeString(key);
   const auto file = FindSpanFile(folder, title);
   if (!file) return {};
