@@ -249,6 +249,28 @@ TEST(ProviderXDCAM, MatchesTheFirstClipWhoseIdOccursInTheKey) {
       Contains("card/PROAV/CLPR/C00/x.SMI"));
 }
 
+TEST(ProviderXDCAM, BoundsWhatOneRowGivesEachClip) {
+  const TempTree tree;
+  MakeXDCAMDisc(tree, "disc", {{.name = "C0001"}});
+  MakeXDCAMProav(tree, "card", {{.name = "C0001"}});
+  std::string infos;
+  std::string files;
+  for (int i = 0; i < 1000; ++i) {
+    infos += XmlElement("RelevantInfo", "type=\"XML\" uri=\"./Clip/C0001M01.XML\"");
+    files += XmlElement("meta", "file=\"C0001M01.XML\"");
+  }
+  tree.File("disc/MEDIAPRO.XML",
+            MediaProXml(XmlElement("Material", "uri=\"./Clip/C0001.MXFC0002.MXF\"", infos)));
+  tree.File("card/PROAV/INDEX.XML", "<indexFile><clipTable><clip clipId=\"C0001\">" + files +
+                                        "</clip></clipTable></indexFile>");
+  for (const auto& [medium, key] : {std::pair("disc", "Clip/C0001M01.XML"),
+                                    std::pair("card", "PROAV/CLPR/C0001/C0001M01.XML")}) {
+    const auto paths = ExtraPathsOf(Entry(tree, medium, key, kAllPaths), tree.Root());
+    EXPECT_THAT(paths, Contains(std::string(medium) + "/" + key));
+    EXPECT_LT(paths.size(), 100u) << medium;
+  }
+}
+
 struct IndexCase {
   const char* why;
   std::string bytes;

@@ -93,8 +93,10 @@ DiscPaths ListDisc(const UTF16String& root) {
 }
 
 void AddMaterialFiles(const UTF16String& root, const Material& material, Paths& paths) {
+  std::size_t infos = 0;
   for (const MaterialPart& part : material.parts) {
     if (part.kind != MaterialPart::Kind::kRelevantInfo) continue;
+    if (++infos > kMostFilesOfClip) break;
     const auto path = PathOfUri(root, part.uri);
     if (!path) continue;
     AddPathIfExists(*path, paths);

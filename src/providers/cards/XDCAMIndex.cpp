@@ -43,7 +43,7 @@ constexpr std::size_t kLongestClipId = 255;
 void AddFileOf(XercesElement element, IndexedClip& clip) {
   UTF16String file;
   GetElementAttribute(element, u"file", file);
-  if (!file.empty()) clip.files.push_back(std::move(file));
+  if (!file.empty() && clip.files.size() < kMostFilesOfClip) clip.files.push_back(std::move(file));
 }
 
 IndexedClip ReadClip(XercesElement element) {

@@ -4,6 +4,7 @@
 // belongs to the thread that asked for it.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,11 @@ using Hestra::UTF16String;
 // owns it; null if there is none.
 std::shared_ptr<const foundation::sony::Material> FindMaterial(const UTF16String& root,
                                                                std::u16string_view essenceFile);
+
+// Several times what a clip has of files besides its essence: eight channels of sound and a few
+// more. A hostile index can match every clip of a medium with one row, so its length must not
+// multiply.
+inline constexpr std::size_t kMostFilesOfClip = 64;
 
 struct IndexedClip {
   UTF16String clipId;
