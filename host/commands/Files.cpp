@@ -24,7 +24,8 @@ class FileList {
   }
   void AddEntry(const Sorvik::FieldValueMap& entry) {
     for (const std::string& path : EntryPaths(entry)) {
-      if (IsRegularFile(path)) Add(path);
+      // Clips of a card have most paths in common; each is looked at once.
+      if (looked_.insert(path).second && IsRegularFile(path)) Add(path);
     }
   }
   void AddFolders(const Sorvik::FieldValueMap& entry, const std::atomic<bool>& stop) {
@@ -36,6 +37,7 @@ class FileList {
   std::vector<std::string> Take() { return std::move(files_); }
 
  private:
+  std::set<std::string> looked_;
   std::set<std::string> seen_;
   std::set<std::string> folders_;
   std::vector<std::string> files_;

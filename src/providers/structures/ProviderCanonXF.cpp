@@ -2,10 +2,13 @@
 #include "providers/structures/ProviderCanonXF.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "SorvikProvider/foundation/Localizer.h"
+#include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
 #include "foundation/FoldedNames.h"
 #include "foundation/FolderNames.h"

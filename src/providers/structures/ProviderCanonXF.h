@@ -3,12 +3,9 @@
 // of the recording and sidecars beside them. One entry a clip, under its first span.
 #pragma once
 
-#include <map>
 #include <string>
-#include <vector>
 
 #include "SorvikProvider/frame/Provider.h"
-#include "SorvikProvider/metadata/XMPSupport.h"
 
 namespace Sorvik {
 
