@@ -292,6 +292,10 @@ TEST(TransportStreamReader, ReadsAnHdvStream) {
                               "/c/VIDEO/HVR/00_0001_2009-03-14_101530.M2T");
   EXPECT_EQ(named.Get(kNsDM, "shotDate"), "2009-03-14T10:15:30");
   EXPECT_EQ(named.Field("startTimecode", kNsDM, "timeValue"), "01;02;03;04") << "of the group";
+  const auto yearless =
+      ReadWith(kTransportStreamReader, MakeHdv({"60 07 06 C5 FF 30 01 FF FF 29 15 10"}));
+  EXPECT_EQ(yearless.Get(kNsDM, "shotDate"), "");
+  EXPECT_EQ(yearless.Field("startTimecode", kNsDM, "timeValue"), "05;06;07;20");
 }
 
 Bytes MakeClipInfo(std::uint32_t start, std::uint32_t end) {

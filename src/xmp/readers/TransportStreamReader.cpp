@@ -73,8 +73,9 @@ HDVRecord ReadHDVRecord(ByteReader body) {
     return FromBCD((*view)[at - 31], mask).value_or(99);
   };
   DateTime date;
-  const unsigned year = bcd(38, 0xFF);
-  date.year = year + (year >= 75 ? 1900 : 2000);
+  const auto year = FromBCD((*view)[38 - 31]);
+  if (!year) return record;
+  date.year = *year + (*year >= 75 ? 1900 : 2000);
   date.month = bcd(37, 0x1F);
   date.day = bcd(36, 0x3F);
   date.hour = bcd(42, 0x3F);
