@@ -147,4 +147,30 @@ TEST(CardChecks, LookForPartsOfTakesBesideTheCard) {
   EXPECT_EQ(gone.missing[0].entryKey, tree.Path(clip + "c_02m01.xml"));
 }
 
+TEST(CardChecks, TellDamagedIndexesAndRecordsFromWholeOnes) {
+  const TempTree tree;
+  MakeXDCAMDisc(tree, "disc", {{"C0001"}});
+  MakeXDCAMProav(tree, "proav", {{"C0001"}});
+  MakeXDCAMEXCard(tree, "ex", {{"A_01"}});
+  tree.File("disc/Clip/C0001M01.XML", "<NonRealTimeMeta><Dur");
+  tree.File("proav/PROAV/CLPR/C0001/C0001M01.XML");
+  tree.File("ex/BPAV/CLPR/A_01/A_01M01.XML", "\xFF\xFF");
+  const std::string kRecord = "readable clip record ";
+  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("disc")), tree),
+            Lines{kRecord + "disc/Clip/C0001M01.XML"});
+  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("proav")), tree),
+            Lines{kRecord + "proav/PROAV/CLPR/C0001/C0001M01.XML"});
+  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("ex")), tree),
+            Lines{kRecord + "ex/BPAV/CLPR/A_01/A_01M01.XML"});
+  for (const char* list : {"disc/MEDIAPRO.XML", "proav/PROAV/INDEX.XML", "ex/BPAV/MEDIAPRO.XML"}) {
+    tree.File(list, "<MediaProfile><Contents>");
+  }
+  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("disc")), tree),
+            Lines{"readable material list disc/MEDIAPRO.XML"});
+  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("proav")), tree),
+            Lines{"readable clip table proav/PROAV/INDEX.XML"});
+  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("ex")), tree),
+            Lines{"readable material list ex/BPAV/MEDIAPRO.XML"});
+}
+
 }  // namespace

@@ -19,7 +19,6 @@ namespace {
 namespace PathUtils = Hestra::PathUtils;
 using foundation::XmlElement;
 
-constexpr std::size_t kLargestClipXml = std::size_t{4} << 20;
 constexpr std::size_t kMostChannels = 16;
 
 // Another clip of the shot, as a clip names it.

@@ -4,6 +4,7 @@
 #include "foundation/CallScope.h"
 #include "foundation/FoldedNames.h"
 #include "foundation/Presence.h"
+#include "foundation/XmlTree.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/sony/MediaProfile.h"
 #include "frame/StructureParts.h"
@@ -26,10 +27,30 @@ using PathUtils::CombinePaths;
 using xdcamex::MediaProCard;
 using xdcamex::MediaProEntry;
 
+void Miss(StructureFindings& findings, const UTF16String& key, const char* kind,
+          const UTF16String& path) {
+  findings.missing.push_back({Hestra::MakeStdString(key), kind, Hestra::MakeStdString(path)});
+}
+
 void Require(StructureFindings& findings, const UTF16String& key, const char* kind,
              const UTF16String& path) {
   if (path.empty() || foundation::IsPresent(path, foundation::Lookup::kListing)) return;
-  findings.missing.push_back({Hestra::MakeStdString(key), kind, Hestra::MakeStdString(path)});
+  Miss(findings, key, kind, path);
+}
+
+struct RecordState {
+  bool readable;
+};
+
+// A record that is there and damaged; asked once a file, for hostile lists name one again and
+// again.
+void RequireReadable(StructureFindings& findings, const UTF16String& key) {
+  if (!foundation::IsPresent(key, foundation::Lookup::kListing)) return;
+  const std::string path = Hestra::MakeStdString(key);
+  const auto state = foundation::CallScope::Remember<RecordState>(path, [&path] {
+    return RecordState{foundation::ReadXmlFile(path, {.bytes = kLargestClipXml}).has_value()};
+  });
+  if (!state->readable) Miss(findings, key, "readable clip record", key);
 }
 
 const char* KindOf(const MaterialPart& part) {
@@ -48,9 +69,12 @@ UTF16String KeyOf(const UTF16String& root, const Material& material) {
 }
 
 void CheckDisc(const UTF16String& root, StructureFindings& findings) {
-  const auto list = MediaProfile::Of(CombinePaths(root, u"MEDIAPRO.XML"));
+  const UTF16String index = CombinePaths(root, u"MEDIAPRO.XML");
+  const auto list = MediaProfile::Of(index);
+  if (!list->IsReadable()) Miss(findings, {}, "readable material list", index);
   for (const Material& material : list->Materials()) {
     const UTF16String key = KeyOf(root, material);
+    RequireReadable(findings, key);
     if (const auto essence = xdcam::PathOfUri(root, material.uri)) {
       Require(findings, key, "essence", *essence);
     }
@@ -64,11 +88,14 @@ void CheckDisc(const UTF16String& root, StructureFindings& findings) {
 
 void CheckProav(const UTF16String& root, StructureFindings& findings) {
   const UTF16String proav = CombinePaths(root, xdcam::kProav);
-  const auto clips = xdcam::IndexedClips(CombinePaths(proav, u"INDEX.XML"));
+  const UTF16String index = CombinePaths(proav, u"INDEX.XML");
+  const auto clips = xdcam::IndexedClips(index);
+  if (clips == nullptr) return Miss(findings, {}, "readable clip table", index);
   for (const xdcam::IndexedClip& clip : *clips) {
     const UTF16String folder = CombinePaths(CombinePaths(proav, xdcam::kClpr), clip.clipId);
     if (clip.clipId.empty() || !foundation::IsWithin(folder, root)) continue;
     const UTF16String key = CombinePaths(folder, clip.clipId + xdcam::kClipXmlEnd);
+    RequireReadable(findings, key);
     Require(findings, key, "essence", xdcam::EssenceForClipXml(key, foundation::Lookup::kListing));
     for (const UTF16String& file : clip.files) {
       const UTF16String path = CombinePaths(folder, file);
@@ -122,6 +149,7 @@ void CheckClipOfCard(const MediaProEntry& clip, StructureFindings& findings) {
   // The playlist of a single clip is left out: some cameras list it without writing it.
   RequireInAnyCase(findings, key, "essence", clip.essencePath);
   RequireInAnyCase(findings, key, "clip record", clip.xmlPath);
+  RequireReadable(findings, key);
   RequireInAnyCase(findings, key, "BIM file", clip.bimPath);
   RequireInAnyCase(findings, key, "PPN file", clip.ppnPath);
 }
@@ -143,8 +171,7 @@ void CheckTake(const MediaProCard& card, const MediaProEntry& take, StructureFin
   const MediaProEntry* clip = ClipOfTake(card, take);
   if (clip == nullptr) return;
   for (const UTF16String& umid : xdcamex::MissingParts(take.mediaProPath, take)) {
-    findings.missing.push_back(
-        {Hestra::MakeStdString(KeyOf(*clip)), "span", Hestra::MakeStdString(umid)});
+    Miss(findings, KeyOf(*clip), "span", umid);
   }
 }
 
@@ -169,7 +196,9 @@ StructureFindings CheckXDCAMEXCard(const std::string& path) {
   const foundation::CallScope scope;
   StructureFindings findings;
   const UTF16String bpav = CombinePaths(Hestra::MakeString(path), u"BPAV");
-  const auto card = MediaProCard::Of(CombinePaths(bpav, u"MEDIAPRO.XML"));
+  const UTF16String list = CombinePaths(bpav, u"MEDIAPRO.XML");
+  const auto card = MediaProCard::Of(list);
+  if (!MediaProfile::Of(list)->IsReadable()) Miss(findings, {}, "readable material list", list);
   for (const MediaProEntry& entry : card->Entries()) {
     if (entry.kind == MediaProEntry::kClip) CheckClipOfCard(entry, findings);
     if (entry.kind == MediaProEntry::kTake) CheckTake(*card, entry, findings);

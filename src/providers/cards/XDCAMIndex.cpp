@@ -33,6 +33,7 @@ MaterialUris ReadMaterialUris(const UTF16String& path) {
 }
 
 struct ClipTable {
+  bool readable = false;
   std::vector<IndexedClip> clips;
   std::shared_ptr<const TextIndex> ids;
 };
@@ -68,6 +69,7 @@ ClipTable ReadClipTable(const UTF16String& path) {
   std::vector<UTF16String> ids;
   if (const auto document = XercesDocument::ReadFile(path)) {
     const XercesElement element = FindChildElement(document->Root(), u"clipTable");
+    table.readable = static_cast<bool>(element);
     for (XercesElement clip = FindChildElement(element, u"clip"); clip;
          clip = FindNextSiblingElement(clip, u"clip")) {
       table.clips.push_back(ReadClip(clip));
@@ -97,6 +99,7 @@ std::shared_ptr<const Material> FindMaterial(const UTF16String& root,
 
 std::shared_ptr<const std::vector<IndexedClip>> IndexedClips(const UTF16String& path) {
   const auto table = TableOf(path);
+  if (!table->readable) return nullptr;
   return {table, &table->clips};
 }
 

@@ -34,7 +34,7 @@ struct IndexedClip {
   std::vector<UTF16String> files;
 };
 
-// All clips of the table in INDEX.XML at `path`, in document order.
+// All clips of the table in INDEX.XML at `path`, in document order; null if it can't be read.
 std::shared_ptr<const std::vector<IndexedClip>> IndexedClips(const UTF16String& path);
 
 // The first clip of the table in INDEX.XML at `path` whose id occurs in `key`, with the table that
