@@ -59,6 +59,16 @@ TEST(AVCHDRecognition, NeedsTheWholeStructure) {
   }
 }
 
+TEST(AVCHDRecognition, TakesACopyThatKeepsTheNamesOfACamera) {
+  const TempTree tree;
+  const AvchdCard copy(tree, "", {".MTS", ".CPI", ".MPL", "INDEX.BDM", "MOVIEOBJ.BDM"});
+  EXPECT_EQ(Score(copy.Root()), 100);
+  copy.Clips({"00001"});
+  copy.Playlist("00000", {{"00001"}});
+  EXPECT_THAT(ExtraPathsOf(List(copy.Root()).at("00001.MTS"), copy.BDMV()),
+              testing::Contains("INDEX.BDM"));
+}
+
 TEST(AVCHDRecognition, RefusesWhatIsNoFolderPath) {
   const TempTree tree;
   const AvchdCard card(tree);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -34,13 +35,10 @@ constexpr char16_t kStream[] = u"STREAM";
 constexpr char16_t kClipInfo[] = u"CLIPINF";
 constexpr char16_t kPlaylist[] = u"PLAYLIST";
 
-// The first of two names that is there wins.
-struct EitherName {
-  const char16_t* first;
-  const char16_t* second;
-};
-constexpr EitherName kIndexFile{u"index.bdmv", u"index.bdm"};
-constexpr EitherName kMovieObjectFile{u"MovieObject.bdmv", u"MOVIEOBJ.BDM"};
+// The first of the names that is there wins. Cameras write INDEX.BDM: on their own cards, which
+// heed no case, it is found as index.bdm, and on a copy elsewhere as it stands.
+constexpr std::u16string_view kIndexFile[] = {u"index.bdmv", u"index.bdm", u"INDEX.BDM"};
+constexpr std::u16string_view kMovieObjectFile[] = {u"MovieObject.bdmv", u"MOVIEOBJ.BDM"};
 
 // "#" stands for a digit; one of the extensions follows.
 constexpr std::u16string_view kNameMask = u"#####.";
@@ -72,8 +70,12 @@ bool HoldsFolder(const UTF16String& folder, std::u16string_view name) {
   return NamesIn(folder)->HoldsFolder(Hestra::MakeStdString(name));
 }
 
-bool HoldsEither(const UTF16String& folder, const EitherName& names) {
-  return Holds(folder, names.first) || Holds(folder, names.second);
+// The first of the names that stands in the folder; empty if none does.
+std::u16string_view FirstThere(const UTF16String& folder,
+                               std::span<const std::u16string_view> names) {
+  const auto found =
+      std::ranges::find_if(names, [&](std::u16string_view name) { return Holds(folder, name); });
+  return found == names.end() ? std::u16string_view() : *found;
 }
 
 bool HasForeignFiles(const UTF16String& streamFolder) {
@@ -92,7 +94,9 @@ bool IsBDMVFolderParent(const UTF16String& folder, bool& hasForeignFiles) {
   for (const auto* name : {kStream, kClipInfo, kPlaylist}) {
     if (!HoldsFolder(bdmv, name)) return false;
   }
-  if (!HoldsEither(bdmv, kIndexFile) || !HoldsEither(bdmv, kMovieObjectFile)) return false;
+  if (FirstThere(bdmv, kIndexFile).empty() || FirstThere(bdmv, kMovieObjectFile).empty()) {
+    return false;
+  }
   hasForeignFiles = HasForeignFiles(PathUtils::CombinePaths(bdmv, kStream));
   return true;
 }
@@ -162,10 +166,8 @@ void AddPlaylists(PathValues& list, const UTF16String& bdmv) {
 }
 
 void AddStructureFiles(PathValues& list, const UTF16String& bdmv) {
-  for (const EitherName& names : {kMovieObjectFile, kIndexFile}) {
-    if (!HoldsEither(bdmv, names)) continue;
-    AddPath(list,
-            PathUtils::CombinePaths(bdmv, Holds(bdmv, names.first) ? names.first : names.second));
+  for (const auto name : {FirstThere(bdmv, kMovieObjectFile), FirstThere(bdmv, kIndexFile)}) {
+    if (!name.empty()) AddPath(list, PathUtils::CombinePaths(bdmv, name));
   }
 }
 
