@@ -85,6 +85,10 @@ TEST(SonyHDV, AnswersForKeysThatItDoesNotList) {
   EXPECT_EQ(ExtraPathsOf(fields, tree.Path("VIDEO/HVR")), Names{"TRACKS.DAT"});
   EXPECT_EQ(TextOf(provider.GetContent(tree.Root(), "x", {}).at("x"), kNameField), "");
   EXPECT_TRUE(provider.GetContent(tree.Path("VIDEO"), kFirst + ".M2T", {}).empty());
+  tree.File(kClips + "Tracks.dat");  // as some recorders spell it
+  EXPECT_EQ(ExtraPathsOf(provider.GetContent(tree.Root(), {}, nullptr).at(kFirst + ".M2T"),
+                         tree.Path("VIDEO/HVR")),
+            Names{"Tracks.dat"});
   for (const char* noName : {"", ".", "..", "../HVR/x"}) {
     EXPECT_TRUE(provider.GetContent(tree.Root(), noName, {}).empty()) << noName;
   }

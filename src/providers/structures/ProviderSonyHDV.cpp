@@ -12,6 +12,7 @@
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
+#include "foundation/FoldedNames.h"
 #include "foundation/Presence.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
@@ -150,7 +151,9 @@ void SetExtraPaths(FieldValueMap& fields, const UTF16String& key, std::size_t in
   if (index < clips.files.size() && FindIndexFile(indexFile, index, clips)) {
     paths.push_back(indexFile);
   }
-  paths.push_back(clips.prefix + kTracksFile);
+  // Named whether it is there or not; recorders spell it Tracks.dat as well.
+  const UTF16String tracks = clips.prefix + kTracksFile;
+  paths.push_back(foundation::FoundOnDisk(tracks).value_or(tracks));
   const UTF16String sidecar = WithExtension(clips.prefix + key, u"XMP");
   if (IsPresent(sidecar, Lookup::kListing)) paths.push_back(sidecar);
   fields[kExtraPathField] = PathList(paths);
