@@ -74,8 +74,9 @@ TEST(StructureChecks, NameStreamsThatNoEntryOfAVCHDHandsOut) {
 TEST(StructureChecks, NameMissingSpansOfCanonXF) {
   const TempTree tree;
   const std::string root = "CONTENTS/CLIPS001/";
-  for (const char* file : {"INDEX.MIF", "AA0001/AA000102.MXF", "AA0001/AA000104.MXF",
-                           "AA0001/AA0001.CIF", "AB0002/AB000201.MXF", "AC0003/x"}) {
+  for (const char* file :
+       {"INDEX.MIF", "AA0001/AA000102.MXF", "AA0001/AA000104.MXF", "AA0001/AA0001.CIF",
+        "AB0002/AB000201.MXF", "AB0002/._AB0002.CIF", "AC0003/x"}) {
     tree.File(root + file);
   }
   const Lines expected{"AA000102: span CONTENTS/CLIPS001/AA0001/AA000101.MXF",

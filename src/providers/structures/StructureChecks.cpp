@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "foundation/CallScope.h"
+#include "foundation/FoldedNames.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "frame/StructureParts.h"
@@ -53,8 +54,9 @@ void CheckClip(const UTF16String& clip, StructureFindings& findings) {
         tarnwick::utility::AsciiToUTF16((number < 10 ? "0" : "") + std::to_string(number));
     findings.missing.push_back({key, "span", pathOf(id + digits + u".MXF")});
   }
-  const auto sidecars = Directory::GetContainedFilePaths(clip, u".CIF");
-  if (sidecars.empty()) findings.missing.push_back({key, "clip information", pathOf(id + u".CIF")});
+  if (!foundation::FoundOnDisk(PathUtils::CombinePaths(clip, id + u".CIF"))) {
+    findings.missing.push_back({key, "clip information", pathOf(id + u".CIF")});
+  }
 }
 
 }  // namespace
