@@ -185,6 +185,16 @@ TEST(Conduct, ClosedStreamsAreNotTakenForOtherFiles) {
   EXPECT_EQ(line, "sorvik: cannot write the output: Bad file descriptor\n");
 }
 
+TEST(Conduct, TakesNoLibraryFromTheFolderItIsCalledIn) {
+  TempTree card;
+  for (const char* name : {"libSorvikProvider.so.1", "libpng16.so.16", "libc.so.6"}) {
+    card.File(name, "not a library");
+  }
+  const std::string command =
+      "cd " + card.Root() + " && " SORVIK_BINARY_DIR "/sorvik ls . > /dev/null";
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 0);
+}
+
 // The exit code of `sorvik providers` behind other programs that set limits.
 int RunLimited(const std::string& limits) {
   const std::string command =
@@ -205,7 +215,7 @@ constexpr char kNobody[] = "setpriv --reuid=61234 --regid=61234 --clear-groups "
 
 TEST(Conduct, FewThreadsAreEnough) {
   const std::string nobody = kNobody;
-  if (geteuid() != 0 || RunLimited(nobody) != 0) {
+  if (geteuid() != 0 || RunLimited(nobody + "prlimit --nproc=1000") != 0) {
     GTEST_SKIP() << "the limit of threads binds no user that sorvik can be run as here";
   }
   // The program's own two, and three of the executor's.
