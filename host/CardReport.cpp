@@ -6,6 +6,7 @@
 #include <set>
 
 #include "Paths.h"
+#include "SorvikProvider/foundation/UTF16String.h"
 #include "Values.h"
 
 namespace host {
@@ -14,10 +15,36 @@ namespace {
 using Sorvik::ContentMap;
 using Sorvik::StructureFindings;
 using Sorvik::StructurePart;
+using Sorvik::UTF16String;
 
 // Path to the keys of the clips that list it. A folder that clips list is often common to them all,
 // and makes no clip the owner of what lies in it.
 using Owners = std::map<std::string, std::vector<std::string>>;
+
+UTF16String Folded(const std::string& path) {
+  return tarnwick::utility::FoldCase(tarnwick::utility::UTF8to16(path));
+}
+
+// What is known of paths by the library's spelling. Cards are often of file systems that heed no
+// case: a file then lies there under another spelling than that by which a provider found it.
+class KnownPaths {
+ public:
+  void Add(const std::string& path) { spellings_.emplace(Folded(path), path); }
+
+  // The known spelling of the file at `path`; `path` itself if it has no other.
+  std::string SpellingOf(const std::string& path) const {
+    const auto [begin, end] = spellings_.equal_range(Folded(path));
+    std::string other = path;
+    for (auto known = begin; known != end; ++known) {
+      if (known->second == path) return path;
+      if (IsSameFile(known->second, path)) other = known->second;
+    }
+    return other;
+  }
+
+ private:
+  std::multimap<UTF16String, std::string> spellings_;
+};
 
 Owners ListedPaths(const ContentMap& entries) {
   Owners owners;
@@ -64,15 +91,20 @@ CardReport MakeCardReport(const std::string& root, const ContentMap& entries,
   const std::set<std::string> unreached = PathsOf(findings.unreached);
   const std::set<std::string> structure(findings.structureFiles.begin(),
                                         findings.structureFiles.end());
+  KnownPaths known;
+  for (const auto& [path, keys] : listed) known.Add(path);
+  for (const std::string& path : unreached) known.Add(path);
+  for (const std::string& path : structure) known.Add(path);
   CardReport report;
   report.missing = MissingParts(listed, findings);
   WalkFiles(root, stop, [&](const std::string& path) {
-    CardFile file{path, FileRole::kForeign, OwnersOf(path, listed)};
+    const std::string spelling = known.SpellingOf(path);
+    CardFile file{path, FileRole::kForeign, OwnersOf(spelling, listed)};
     if (!file.owners.empty()) {
       file.role = FileRole::kClip;
-    } else if (unreached.contains(path)) {
+    } else if (unreached.contains(spelling)) {
       file.role = FileRole::kUnreached;
-    } else if (structure.contains(path)) {
+    } else if (structure.contains(spelling)) {
       file.role = FileRole::kStructure;
     }
     report.files.push_back(std::move(file));

@@ -97,6 +97,11 @@ bool Exists(const std::string& path) {
   return fs::exists(path, ignored);
 }
 
+bool IsSameFile(const std::string& one, const std::string& other) {
+  std::error_code ignored;
+  return fs::equivalent(one, other, ignored);
+}
+
 std::string WhyNothing(const std::string& path, const std::string& otherwise) {
   if (IsRoot(path)) return otherwise + " " + path;
   std::error_code error;

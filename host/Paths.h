@@ -20,6 +20,8 @@ std::string FileName(std::string_view path);
 bool IsRegularFile(const std::string& path);
 bool IsFolder(const std::string& path);
 bool Exists(const std::string& path);
+// Two paths to one file.
+bool IsSameFile(const std::string& one, const std::string& other);
 
 // Why nothing can be had from `path`, as far as a look at the disk tells; `otherwise` and the path
 // if that doesn't.

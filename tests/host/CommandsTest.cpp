@@ -207,6 +207,8 @@ TEST(Commands, CheckTellsTheOwnFilesOfCardsFromMediaOfNoClip) {
                                     "red/A1.RDC/B2_001.R3D",
                                     "dng/c.wav"};
   for (const std::string& file : stray) tree.File(file);
+  // As on file systems without heed to case: a file of the clip under a second spelling.
+  fs::create_hard_link(tree.Path("canonraw/CLIPINFO.XML"), tree.Path("canonraw/ClipInfo.xml"));
   std::set<std::string> unreached;
   for (const sorvik_test::MadeCard& card : cards) {
     const Json report = Json::parse(RunSorvik({"check", card.root, "--json"}).output);
