@@ -64,11 +64,13 @@ TEST(StructureChecks, NameStreamsThatNoEntryOfAVCHDHandsOut) {
   card.File("PLAYLIST/.00004.MPL", list({{"00004"}}));               // hidden
   card.File("PLAYLIST/00005.MPL", list({{"00005"}, {"00006", 6}}));  // whose head is lost
   card.File("PLAYLIST/00007.MPL", list({{"00007"}, {"00008", 6}}));
+  card.File("STREAM/copy of 00001.mts");
   std::vector<std::string> unreached;
   for (const auto& part : CheckAVCHDFolder(tree.Root()).unreached) {
     unreached.push_back(part.path.substr(card.Path("STREAM/").size()));
   }
-  EXPECT_EQ(unreached, (Lines{"00002.MTS", "00003.MTS", "00004.MTS", "00006.MTS"}));
+  EXPECT_EQ(unreached,
+            (Lines{"00002.MTS", "00003.MTS", "00004.MTS", "00006.MTS", "copy of 00001.mts"}));
 }
 
 TEST(StructureChecks, NameMissingSpansOfCanonXF) {

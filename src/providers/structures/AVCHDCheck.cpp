@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "foundation/CallScope.h"
 #include "foundation/FolderNames.h"
@@ -73,17 +71,6 @@ void CheckPlaylist(const std::string& path, Card& card) {
   }
 }
 
-// Playlists alone decide what is a clip, and a clip's shot is looked for in some of them only: a
-// stream can be named and belong to no entry all the same.
-void AddUnreachedStreams(const std::string& path, Card& card) {
-  std::vector<std::string> streams;
-  for (const UTF16String& file :
-       Directory::GetContainedFilePaths(Hestra::MakeString(card.bdmv + "/STREAM"))) {
-    if (AVCHDUtils::IsStructureFile(file)) streams.push_back(Hestra::MakeStdString(file));
-  }
-  AddUnreached(ProviderAVCHD(), path, "stream of no clip", streams, card.findings);
-}
-
 void AddFilesOf(const std::string& folder, std::u16string_view extension, bool recursive,
                 Card& card) {
   for (const UTF16String& file :
@@ -114,7 +101,10 @@ StructureFindings CheckAVCHDFolder(const std::string& path) {
   for (const UTF16String& file : AVCHDUtils::ListPlaylists(Hestra::MakeString(card.bdmv))) {
     CheckPlaylist(Hestra::MakeStdString(file), card);
   }
-  AddUnreachedStreams(path, card);
+  // Playlists alone decide what is a clip, and a clip's shot is looked for in some of them only: a
+  // stream can be named and belong to no entry all the same.
+  AddUnreachedMedia(ProviderAVCHD(), path, {Hestra::MakeString(card.bdmv + "/STREAM")},
+                    card.findings);
   AddStructureFiles(card);
   return std::move(card.findings);
 }
