@@ -55,9 +55,11 @@ class WorkingList {
   const MediaProEntry& At(EntryRef ref) const { return cards_[ref.card]->Entries()[ref.place]; }
   void TakeOut(EntryRef ref) { gone_.insert(ref); }
 
-  std::optional<EntryRef> WithUmid(std::u16string_view umid) const {
+  std::size_t CardCount() const { return cards_.size(); }
+  // The first record of that umid in the lists from that of card `from` on.
+  std::optional<EntryRef> WithUmid(std::u16string_view umid, std::size_t from = 0) const {
     return First([umid](const MediaProCard& card) { return card.WithUmid(umid); },
-                 [](const MediaProEntry&) { return true; });
+                 [](const MediaProEntry&) { return true; }, from);
   }
   // The clips of that umid in the first list that has a record with it. More than one only on a
   // damaged card; each has its own files.
@@ -82,8 +84,8 @@ class WorkingList {
 
  private:
   template <class Lookup, class Accept>
-  std::optional<EntryRef> First(Lookup lookup, Accept accept) const {
-    for (std::size_t card = 0; card < cards_.size(); ++card) {
+  std::optional<EntryRef> First(Lookup lookup, Accept accept, std::size_t from = 0) const {
+    for (std::size_t card = from; card < cards_.size(); ++card) {
       const std::vector<std::size_t>* places = lookup(*cards_[card]);
       if (places == nullptr) continue;
       for (const std::size_t place : *places) {
@@ -217,27 +219,31 @@ class TakeSearch {
   }
 
   void SearchNeighbours() {
-    UTF16String last = complete_ || sources_.empty() ? UTF16String() : sources_.back();
+    if (!complete_ && !sources_.empty()) last_ = sources_.back();
     NeighbourCards cards(mediaPro_);
     while (const auto card = cards.Next()) {
       entries_.Add(card);
       std::erase_if(missing_, [&card](const UTF16String& umid) { return card->WithUmid(umid); });
-      if (!complete_) Continue(last);
+      if (!complete_) Continue();
       if (missing_.empty() && complete_) return;
     }
   }
 
   // Where a take goes on, the part named last has a playlist of its own on its card.
-  void Continue(UTF16String& last) {
-    const auto record = entries_.WithUmid(last);
-    if (!record) return;
+  void Continue() {
+    const auto record = entries_.WithUmid(last_, cardsWithoutLast_);
+    if (!record) {
+      cardsWithoutLast_ = entries_.CardCount();
+      return;
+    }
     auto playlist = ReadTakePlaylist(entries_.At(*record).materialPath);
     if (!playlist) return;
     if (playlist->complete) {
       sources_ = std::move(playlist->sources);
       complete_ = true;
     } else if (!playlist->sources.empty()) {
-      last = playlist->sources.back();
+      last_ = playlist->sources.back();
+      cardsWithoutLast_ = 0;
     }
   }
 
@@ -302,6 +308,8 @@ class TakeSearch {
   const MediaProEntry& take_;
   Umids sources_;
   bool complete_ = true;
+  UTF16String last_;                         // the part after which the take goes on
+  std::size_t cardsWithoutLast_ = 0;         // so many cards needn't be searched for it again
   std::unordered_set<UTF16String> missing_;  // components that no list names, folded
 };
 
