@@ -227,6 +227,22 @@ TEST(ProviderP2, FindsClipsAndIconsOnTheCardBeside) {
   EXPECT_EQ(kProvider.GetThumbnail(tree.Path("1"), "0003CC", 8, 6, nullptr), nullptr);
 }
 
+TEST(ProviderP2, FindsAgainWhatItLists) {
+  const TempTree tree;
+  MakeP2Card(tree, "card");
+  AddP2Clip(tree, "card", {.id = "0001AA"});
+  const std::string clips = tree.Path("card/CONTENTS/CLIP/");
+  std::filesystem::rename(clips + "0001AA.XML", clips + "0001AA.xml");
+  const FieldNameSet fields{kPathField, kExtraPathField};
+  const ContentMap listed = kProvider.GetContent(tree.Path("card"), fields, nullptr);
+  ASSERT_EQ(listed.size(), 1u);
+  const ContentMap one = kProvider.GetContent(tree.Path("card"), "0001AA", fields);
+  ASSERT_EQ(one.size(), 1u);
+  EXPECT_EQ(TextOf(one.at("0001AA"), kPathField), TextOf(listed.at("0001AA"), kPathField));
+  EXPECT_EQ(ExtraPathsOf(one.at("0001AA"), tree.Root()),
+            ExtraPathsOf(listed.at("0001AA"), tree.Root()));
+}
+
 TEST(ProviderP2, FollowsNoKeyOutOfTheCard) {
   const TempTree tree;
   MakeP2Card(tree, "1");

@@ -158,8 +158,15 @@ bool IsClipId(const UTF16String& id) {
   return !id.empty() && id.find(PathUtils::kSeparator) == id.npos && id.find(u'\0') == id.npos;
 }
 
+// Where the XML of a clip is or should be on this card. Listings take the extension in any case,
+// and what they list must be found again.
 UTF16String ClipXmlPath(const UTF16String& path, const UTF16String& id) {
-  return CombinePaths(CombinePaths(CombinePaths(path, kContents), kClip), id + kXmlExtension);
+  UTF16String xml =
+      CombinePaths(CombinePaths(CombinePaths(path, kContents), kClip), id + kXmlExtension);
+  if (IsPresent(xml, Lookup::kDisk)) return xml;
+  const auto listed = ListClipXmlFiles(path);
+  const auto found = std::ranges::find(listed, id, PathUtils::GetFilePart);
+  return found == listed.end() ? xml : *found;
 }
 
 // The XML and the essence of a clip, on this card or beside it. False without essence.
