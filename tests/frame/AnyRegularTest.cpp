@@ -3,6 +3,7 @@
 
 #include <array>
 #include <set>
+#include <type_traits>
 
 #include "SorvikProvider/frame/Provider.h"
 #include "SorvikProvider/frame/any_regular_t.h"
@@ -85,6 +86,16 @@ TEST(AnyRegular, HoldsAnyOtherRegularTypeOfAHost) {
   EXPECT_EQ((large.cast<std::array<double, 16>>()[0]), 1.5);
   EXPECT_EQ(large, any_regular_t(large));
   EXPECT_EQ(ToText(TypeRecordOf<int>::Get()), "int*");
+}
+
+TEST(AnyRegular, HoldsTextAndNoPointers) {
+  char buffer[] = "first";
+  const any_regular_t fromBuffer(buffer);
+  buffer[0] = 'F';
+  EXPECT_EQ(fromBuffer, any_regular_t(std::string("first")));
+  EXPECT_EQ(any_regular_t("literal").cast<std::string>(), "literal");
+  static_assert(!std::is_constructible_v<any_regular_t, const char16_t*>);
+  static_assert(!std::is_constructible_v<any_regular_t, int*>);
 }
 
 TEST(TypeRecords, OrderNamedBeforeUnnamedThenByNameAndParameters) {

@@ -2,7 +2,7 @@
 // The variant in which field values travel.
 #pragma once
 
-#include <compare>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -93,9 +93,13 @@ class any_regular_t {
  public:
   any_regular_t() noexcept : operations_(&kModel<empty_t>.operations) {}
 
+  // The text of a literal, held as a std::string.
+  explicit any_regular_t(const char* text) : any_regular_t(std::string(text)) {}
+
+  // No pointers: a copy of one would share what it points at.
   template <class T>
   requires(!std::is_same_v<std::remove_cvref_t<T>, any_regular_t> &&
-           std::equality_comparable<std::decay_t<T>> &&
+           !std::is_pointer_v<std::decay_t<T>> && std::equality_comparable<std::decay_t<T>> &&
            std::copy_constructible<std::decay_t<T>>) explicit any_regular_t(T&& value)
       : operations_(&kModel<std::decay_t<T>>.operations) {
     Model<std::decay_t<T>>::Make(&storage_, std::forward<T>(value));
