@@ -153,6 +153,7 @@ Hestra::InterfaceRef<ProviderDefaultContentRequest, Hestra::IThreadedQueueReques
 ProviderHost::RequestDefaultProviderContent(
     Hestra::ObjectPtr<DefaultContentRequestData, Hestra::AtomicValue> data,
     tarnwick::utility::ImmutableString station) {
+  if (!data) throw Hestra::NullInterfaceException();
   const Hestra::InterfaceRef<ProviderDefaultContentRequest, Hestra::IThreadedQueueRequest> request(
       new ProviderDefaultContentRequest(std::move(station), std::move(data)));
   QueueRequest(request);

@@ -207,6 +207,9 @@ TEST_F(Requests, KeepBrowsableEntriesAsDefaultContent) {
   EXPECT_EQ(inbox.messages[2].provider, nullptr);
   EXPECT_EQ(inbox.messages[2].result, kResultNoContent);
   EXPECT_EQ(inbox.messages[2].data->path, "nowhere:");
+  // Refused at once: on a worker it could only fail without a message.
+  EXPECT_THROW(ProviderHost::RequestDefaultProviderContent({}, "defaults"),
+               Hestra::NullInterfaceException);
 }
 
 TEST_F(Requests, SurviveAProviderThatThrows) {

@@ -48,7 +48,8 @@ class SORVIK_EXPORT ProviderHost {
   static boost::shared_ptr<tarnwick::threads::AsyncExecutor> GetProviderExecutor();
 
   // Queue GetProviderList, and the default content of a path: Name and Path of those entries that
-  // can be browsed further. Their messages go to `station`.
+  // can be browsed further. Their messages go to `station`. Null `data` throws
+  // NullInterfaceException.
   static Hestra::InterfaceRef<ProviderListRequest, Hestra::IThreadedQueueRequest>
   RequestProviderList(const std::string& path, tarnwick::utility::ImmutableString station);
   static Hestra::InterfaceRef<ProviderDefaultContentRequest, Hestra::IThreadedQueueRequest>
