@@ -16,6 +16,13 @@ configure_package_config_file(
     INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/SorvikProvider)
 write_basic_package_version_file(SorvikProviderConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
+# The prefix may be another at install or packaging time, so the file tells places from its own.
+foreach(place PREFIX FULL_LIBDIR FULL_INCLUDEDIR)
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_${place}
+      BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE from_pc)
+  string(REPLACE FULL_ "" name ${place})
+  set(SORVIK_PC_${name} "\${pcfiledir}/${from_pc}")
+endforeach()
 configure_file(cmake/package/SorvikProvider.pc.in SorvikProvider.pc @ONLY)
 install(FILES
     ${PROJECT_BINARY_DIR}/SorvikProviderConfig.cmake
