@@ -2,7 +2,6 @@
 #include "providers/cards/TakeFiles.h"
 
 #include <algorithm>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,10 +11,9 @@
 #include "foundation/CallScope.h"
 #include "foundation/FoldedNames.h"
 #include "foundation/Presence.h"
-#include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/sony/TakePlaylist.h"
-#include "providers/cards/Neighbours.h"
+#include "providers/cards/TakeCards.h"
 
 namespace Sorvik::xdcamex {
 namespace {
@@ -24,86 +22,19 @@ namespace PathUtils = Hestra::PathUtils;
 using foundation::CallScope;
 using foundation::IsPresent;
 using foundation::Lookup;
-using foundation::sony::MediaProfile;
 using foundation::sony::TakePlaylist;
 using PathUtils::CombinePaths;
 using tarnwick::utility::FoldCase;
 
 using Umids = std::vector<UTF16String>;
 
-constexpr std::u16string_view kCardFolder = u"/BPAV";
 // With the separator behind it: names of clips may begin alike.
 constexpr std::u16string_view kInCardFolder = u"/BPAV/";
-
-// The lists of hundreds of full cards. They are kept for the call, so hostile ones must end.
-constexpr std::size_t kMostRecordsBeside = 500'000;
-
-// A record of one of the lists that have been taken in so far.
-struct EntryRef {
-  std::size_t card;
-  std::size_t place;
-
-  friend auto operator<=>(const EntryRef&, const EntryRef&) = default;
-};
-
-// The records of several lists, one behind the other, without copying them. Records can be taken
-// out.
-class WorkingList {
- public:
-  void Add(std::shared_ptr<const MediaProCard> card) { cards_.push_back(std::move(card)); }
-
-  const MediaProEntry& At(EntryRef ref) const { return cards_[ref.card]->Entries()[ref.place]; }
-  void TakeOut(EntryRef ref) { gone_.insert(ref); }
-
-  std::size_t CardCount() const { return cards_.size(); }
-  // The first record of that umid in the lists from that of card `from` on.
-  std::optional<EntryRef> WithUmid(std::u16string_view umid, std::size_t from = 0) const {
-    return First([umid](const MediaProCard& card) { return card.WithUmid(umid); },
-                 [](const MediaProEntry&) { return true; }, from);
-  }
-  // The clips of that umid in the first list that has a record with it. More than one only on a
-  // damaged card; each has its own files.
-  std::vector<EntryRef> ClipsWith(std::u16string_view umid) const {
-    std::vector<EntryRef> clips;
-    const auto first = WithUmid(umid);
-    if (!first) return clips;
-    for (const std::size_t place : *cards_[first->card]->WithUmid(umid)) {
-      const EntryRef ref{first->card, place};
-      if (At(ref).kind == MediaProEntry::kClip) clips.push_back(ref);
-    }
-    return clips;
-  }
-  // The first take with that component, in any list or only in the one at `mediaProPath`.
-  std::optional<EntryRef> TakeWith(std::u16string_view umid,
-                                   const UTF16String& mediaProPath = {}) const {
-    return First([umid](const MediaProCard& card) { return card.TakesWith(umid); },
-                 [&mediaProPath](const MediaProEntry& entry) {
-                   return mediaProPath.empty() || entry.mediaProPath == mediaProPath;
-                 });
-  }
-
- private:
-  template <class Lookup, class Accept>
-  std::optional<EntryRef> First(Lookup lookup, Accept accept, std::size_t from = 0) const {
-    for (std::size_t card = from; card < cards_.size(); ++card) {
-      const std::vector<std::size_t>* places = lookup(*cards_[card]);
-      if (places == nullptr) continue;
-      for (const std::size_t place : *places) {
-        const EntryRef ref{card, place};
-        if (!gone_.contains(ref) && accept(At(ref))) return ref;
-      }
-    }
-    return std::nullopt;
-  }
-
-  std::vector<std::shared_ptr<const MediaProCard>> cards_;
-  std::set<EntryRef> gone_;
-};
 
 UTF16String ListOfCard(const UTF16String& mp4Path) {
   const auto card = mp4Path.rfind(kInCardFolder);
   if (card == mp4Path.npos) return {};
-  const UTF16String folder = mp4Path.substr(0, card + kCardFolder.size());
+  const UTF16String folder = mp4Path.substr(0, card + kInCardFolder.size() - 1);
   return CombinePaths(folder, u"MEDIAPRO.XML");
 }
 
@@ -126,52 +57,6 @@ std::optional<TakePlaylist> ReadTakePlaylist(const UTF16String& smiPath) {
              [&smiPath] { return PlaylistRecord{TakePlaylist::Read(smiPath)}; })
       ->playlist;
 }
-
-struct NeighbourLists {
-  std::vector<UTF16String> paths;
-};
-
-// Where the lists of the cards beside this one would lie. Nothing is known to be beside a card at
-// the top of the file tree.
-std::shared_ptr<const NeighbourLists> ListsBeside(const UTF16String& mediaPro) {
-  const UTF16String root = mediaPro.substr(0, mediaPro.rfind(kCardFolder));
-  const auto separator = root.rfind(PathUtils::kSeparator);
-  if (separator == root.npos || separator == 0) return std::make_shared<NeighbourLists>();
-  return CallScope::Remember<NeighbourLists>(Hestra::MakeStdString(root), [&] {
-    NeighbourLists lists;
-    std::vector<UTF16String> files;
-    std::vector<UTF16String> folders;
-    Hestra::Directory::GetContainedFileAndDirectoryPaths(root.substr(0, separator), files, folders);
-    for (const UTF16String& folder : folders) {
-      UTF16String list = folder + UTF16String(kCardFolder) + u"/MEDIAPRO.XML";
-      if (list != mediaPro && MayLookAt(folder, root)) lists.paths.push_back(std::move(list));
-    }
-    return lists;
-  });
-}
-
-// The cards beside this one that have a list with records, one after the other.
-class NeighbourCards {
- public:
-  explicit NeighbourCards(const UTF16String& mediaPro) : lists_(ListsBeside(mediaPro)) {}
-
-  // Null behind the last.
-  std::shared_ptr<const MediaProCard> Next() {
-    while (next_ < lists_->paths.size()) {
-      const UTF16String& list = lists_->paths[next_++];
-      records_ += MediaProfile::Of(list)->RecordCount();
-      if (records_ > kMostRecordsBeside) return nullptr;
-      auto card = MediaProCard::Of(list);
-      if (!card->Entries().empty()) return card;
-    }
-    return nullptr;
-  }
-
- private:
-  std::shared_ptr<const NeighbourLists> lists_;
-  std::size_t next_ = 0;
-  std::size_t records_ = 0;
-};
 
 // Follows the steps in which a take is put together from its parts.
 class TakeSearch {
