@@ -3,7 +3,7 @@
 find_package(GTest REQUIRED)
 find_package(nlohmann_json REQUIRED)
 include(GoogleTest)
-set(SORVIK_THREAD_TESTS foundation frame host)
+set(SORVIK_THREAD_TESTS foundation frame host robustness thumbnails)
 
 file(GLOB SORVIK_TEST_SUPPORT CONFIGURE_DEPENDS tests/support/*.cpp)
 add_library(sorvik_test_support OBJECT ${SORVIK_TEST_SUPPORT})
