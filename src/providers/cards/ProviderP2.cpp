@@ -2,16 +2,15 @@
 #include "providers/cards/ProviderP2.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 #include <vector>
 
-#include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "frame/FieldValues.h"
-#include "metadata/ProviderFields.h"
 #include "providers/cards/P2Shots.h"
 #include "providers/cards/P2Siblings.h"
 #include "thumbnails/Rendering.h"
@@ -199,6 +198,42 @@ void AddExtraPathsOfClip(const UTF16String& path, const UTF16String& id, ClipVal
 
 }  // namespace
 
+ProviderP2::ProviderP2()
+    : ClipProvider({.identification = "com.halvane.Merisk.ProviderP2",
+                    .uiString = "$$$/Ortlane/Libraries/Sorvik/PanasonicP2UIString=Panasonic P2",
+                    .defaultFields = {"Name", "CreateDate", "ModifyDate", "startTimecode",
+                                      "videoFrameRate", "duration", "good"},
+                    .labelFields = {"Name",
+                                    "identifier",
+                                    "relation",
+                                    "startTimecode",
+                                    "duration",
+                                    "CreateDate",
+                                    "ModifyDate",
+                                    "Rating",
+                                    "videoFrameRate",
+                                    "videoFrameSize",
+                                    "videoCompressor",
+                                    "videoPixelAspectRatio",
+                                    "audioSampleRate",
+                                    "audioSampleType",
+                                    "creator",
+                                    "shotName",
+                                    "shotLocation",
+                                    "Path",
+                                    "good",
+                                    "Make",
+                                    "Model",
+                                    "SerialNumber",
+                                    "GPSAltitude",
+                                    "GPSAltitudeRef",
+                                    "GPSLatitude",
+                                    "GPSLongitude",
+                                    "artist",
+                                    "scene",
+                                    "takeNumber"},
+                    .tallestThumbnail = std::numeric_limits<int>::max()}) {}
+
 ContentMap ProviderP2::GetContent(const std::string& path, const std::string& key,
                                   const FieldNameSet& fields) const {
   const foundation::CallScope scope;
@@ -228,45 +263,6 @@ ContentMap ProviderP2::GetContent(const std::string& path, const FieldNameSet& f
   return content;
 }
 
-FieldNameSet ProviderP2::GetFieldList() const { return AllFields(); }
-
-FieldNameList ProviderP2::GetDefaultFieldList() const {
-  return {"Name",           "CreateDate", "ModifyDate", "startTimecode",
-          "videoFrameRate", "duration",   "good"};
-}
-
-FieldLabelMap ProviderP2::GetFieldLabelList() const {
-  return LabelsOf({"Name",
-                   "identifier",
-                   "relation",
-                   "startTimecode",
-                   "duration",
-                   "CreateDate",
-                   "ModifyDate",
-                   "Rating",
-                   "videoFrameRate",
-                   "videoFrameSize",
-                   "videoCompressor",
-                   "videoPixelAspectRatio",
-                   "audioSampleRate",
-                   "audioSampleType",
-                   "creator",
-                   "shotName",
-                   "shotLocation",
-                   "Path",
-                   "good",
-                   "Make",
-                   "Model",
-                   "SerialNumber",
-                   "GPSAltitude",
-                   "GPSAltitudeRef",
-                   "GPSLatitude",
-                   "GPSLongitude",
-                   "artist",
-                   "scene",
-                   "takeNumber"});
-}
-
 int ProviderP2::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
   const UTF16String root = MakeString(path);
@@ -278,15 +274,6 @@ int ProviderP2::CanProvideFor(const std::string& path) const {
   if (!impure) return 0;
   return *impure ? kScoreWithReservation : kScoreCard;
 }
-
-std::string ProviderP2::GetIdentification() const { return "com.halvane.Merisk.ProviderP2"; }
-
-std::string ProviderP2::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Ortlane/Libraries/Sorvik/PanasonicP2UIString=Panasonic P2");
-}
-
-int ProviderP2::GetMaximumThumbnailHeight(int height) const { return height; }
 
 Bitplate** ProviderP2::GetThumbnail(const std::string& path, const std::string& key, int width,
                                     int height, ProviderRequest*) const {
@@ -301,9 +288,5 @@ Bitplate** ProviderP2::GetThumbnail(const std::string& path, const std::string& 
   }
   return RenderThumbnailIntoNew(icon, width, GetMaximumThumbnailHeight(height));
 }
-
-bool ProviderP2::ShouldCheckFilter() const { return false; }
-
-bool ProviderP2::IsFileBased() const { return true; }
 
 }  // namespace Sorvik

@@ -6,30 +6,23 @@
 
 #include <string>
 
-#include "SorvikProvider/frame/Provider.h"
+#include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderP2 final : public Provider {
+class ProviderP2 final : public ClipProvider {
  public:
+  ProviderP2();
   // Also for a clip that lies on a card beside this one. The duration is that of the clip alone.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   // Can't be aborted. The identifier, relation, shot name and count of frames are always there.
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
-  FieldNameSet GetFieldList() const override;
-  FieldNameList GetDefaultFieldList() const override;
-  FieldLabelMap GetFieldLabelList() const override;
   // 40 where something lies on the card that belongs elsewhere.
   int CanProvideFor(const std::string& path) const override;
-  std::string GetIdentification() const override;
-  std::string GetUIString() const override;
-  int GetMaximumThumbnailHeight(int height) const override;
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
-  bool ShouldCheckFilter() const override;
-  bool IsFileBased() const override;
 };
 
 }  // namespace Sorvik

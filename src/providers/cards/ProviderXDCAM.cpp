@@ -7,14 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "frame/FieldValues.h"
-#include "metadata/ProviderFields.h"
 #include "providers/cards/XDCAMFiles.h"
 #include "thumbnails/Rendering.h"
 
@@ -34,8 +32,6 @@ using PathUtils::CombinePaths;
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
-constexpr int kTallestThumbnail = 16;
-
 struct KnownName {
   std::u16string_view name;
   unsigned bit;  // 0 for what may be there and needn't
@@ -143,22 +139,13 @@ UTF16String EssenceForThumbnail(const UTF16String& path, const UTF16String& key)
 }  // namespace
 
 ProviderXDCAM::ProviderXDCAM()
-    : labelFields_{"Name",
-                   "Path",
-                   "CreateDate",
-                   "ModifyDate",
-                   "MetadataDate",
-                   "videoFrameSize",
-                   "videoFrameRate",
-                   "videoPixelAspectRatio",
-                   "duration",
-                   "videoCompressor",
-                   "audioCompressor",
-                   "cameraModel",
-                   "description",
-                   "SerialNumber",
-                   "Make",
-                   "Model"} {}
+    : ClipProvider({.identification = "com.halvane.Merisk.ProviderXDCAM",
+                    .uiString = "$$$/Ortlane/Libraries/Sorvik/XDCAMHDUIString=XDCAM-HD",
+                    .defaultFields = {kNameField, kPathField},
+                    .labelFields = {"Name", "Path", "CreateDate", "ModifyDate", "MetadataDate",
+                                    "videoFrameSize", "videoFrameRate", "videoPixelAspectRatio",
+                                    "duration", "videoCompressor", "audioCompressor", "cameraModel",
+                                    "description", "SerialNumber", "Make", "Model"}}) {}
 
 ContentMap ProviderXDCAM::GetContent(const std::string& path, const std::string& key,
                                      const FieldNameSet& fields) const {
@@ -202,12 +189,6 @@ ContentMap ProviderXDCAM::GetContent(const std::string& path, const FieldNameSet
   return content;
 }
 
-FieldNameSet ProviderXDCAM::GetFieldList() const { return AllFields(); }
-
-FieldNameList ProviderXDCAM::GetDefaultFieldList() const { return {kNameField, kPathField}; }
-
-FieldLabelMap ProviderXDCAM::GetFieldLabelList() const { return LabelsOf(labelFields_); }
-
 int ProviderXDCAM::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
   const UTF16String root = MakeString(path);
@@ -217,17 +198,6 @@ int ProviderXDCAM::CanProvideFor(const std::string& path) const {
       PathUtils::ExistsOnDisk(proav) ? IsProavStructure(proav) : IsDiscStructure(root);
   if (!impure) return 0;
   return *impure ? kScoreWithReservation : kScoreCard;
-}
-
-std::string ProviderXDCAM::GetIdentification() const { return "com.halvane.Merisk.ProviderXDCAM"; }
-
-std::string ProviderXDCAM::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Ortlane/Libraries/Sorvik/XDCAMHDUIString=XDCAM-HD");
-}
-
-int ProviderXDCAM::GetMaximumThumbnailHeight(int height) const {
-  return std::min(height, kTallestThumbnail);
 }
 
 Bitplate** ProviderXDCAM::GetThumbnail(const std::string& path, const std::string& key, int width,
@@ -241,9 +211,5 @@ Bitplate** ProviderXDCAM::GetThumbnail(const std::string& path, const std::strin
   return GetFolderThumbnail(MakeStdString(folder),
                             MakeStdString(PathUtils::GetFullFilePart(essence)), w, h);
 }
-
-bool ProviderXDCAM::ShouldCheckFilter() const { return false; }
-
-bool ProviderXDCAM::IsFileBased() const { return true; }
 
 }  // namespace Sorvik

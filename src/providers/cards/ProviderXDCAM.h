@@ -5,36 +5,24 @@
 
 #include <string>
 
-#include "SorvikProvider/frame/Provider.h"
+#include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderXDCAM final : public Provider {
+class ProviderXDCAM final : public ClipProvider {
  public:
   ProviderXDCAM();
-
   // Never tells the proxy's path. Gives the entry even if nothing is known of it.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   // A clip XML without essence shows with its metadata and no path. Empty once aborted.
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
-  FieldNameSet GetFieldList() const override;
-  FieldNameList GetDefaultFieldList() const override;
-  FieldLabelMap GetFieldLabelList() const override;
   // 40 where something lies at the top of the structure that isn't looked for there.
   int CanProvideFor(const std::string& path) const override;
-  std::string GetIdentification() const override;
-  std::string GetUIString() const override;
-  int GetMaximumThumbnailHeight(int height) const override;
   // The system's icon of the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
-  bool ShouldCheckFilter() const override;
-  bool IsFileBased() const override;
-
- private:
-  const FieldNameSet labelFields_;
 };
 
 }  // namespace Sorvik

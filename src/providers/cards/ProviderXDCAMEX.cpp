@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
@@ -16,7 +15,6 @@
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "frame/FieldValues.h"
-#include "metadata/ProviderFields.h"
 #include "providers/cards/TakeFiles.h"
 #include "thumbnails/Rendering.h"
 
@@ -33,8 +31,6 @@ using tarnwick::utility::FoldCase;
 
 constexpr int kScoreWithTakes = 100;
 constexpr int kScoreWithoutTakes = 40;
-constexpr int kTallestThumbnail = 16;
-
 constexpr char16_t kCardFolder[] = u"BPAV";
 constexpr std::u16string_view kClipXmlEnd = u"M01.XML";
 constexpr std::u16string_view kEssenceEnd = u".MP4";
@@ -121,23 +117,14 @@ XMPSupport::XMPFieldBits RowsFor(FieldNameSet fields, std::initializer_list<cons
 }  // namespace
 
 ProviderXDCAMEX::ProviderXDCAMEX()
-    : labelFields_{"Name",
-                   "Path",
-                   "CreateDate",
-                   "ModifyDate",
-                   "MetadataDate",
-                   "videoFrameSize",
-                   "videoFrameRate",
-                   "videoPixelAspectRatio",
-                   "duration",
-                   "videoCompressor",
-                   "audioCompressor",
-                   "shotName",
-                   "cameraModel",
-                   "description",
-                   "SerialNumber",
-                   "Make",
-                   "Model"} {}
+    : ClipProvider(
+          {.identification = "com.halvane.Merisk.ProviderXDCAMEX",
+           .uiString = "$$$/Ortlane/Libraries/Sorvik/XDCAMEXUIString=XDCAM-EX",
+           .defaultFields = {kNameField, kPathField},
+           .labelFields = {"Name", "Path", "CreateDate", "ModifyDate", "MetadataDate",
+                           "videoFrameSize", "videoFrameRate", "videoPixelAspectRatio", "duration",
+                           "videoCompressor", "audioCompressor", "shotName", "cameraModel",
+                           "description", "SerialNumber", "Make", "Model"}}) {}
 
 ContentMap ProviderXDCAMEX::GetContent(const std::string&, const std::string& key,
                                        const FieldNameSet& fields) const {
@@ -176,12 +163,6 @@ ContentMap ProviderXDCAMEX::GetContent(const std::string& path, const FieldNameS
   return content;
 }
 
-FieldNameSet ProviderXDCAMEX::GetFieldList() const { return AllFields(); }
-
-FieldNameList ProviderXDCAMEX::GetDefaultFieldList() const { return {kNameField, kPathField}; }
-
-FieldLabelMap ProviderXDCAMEX::GetFieldLabelList() const { return LabelsOf(labelFields_); }
-
 int ProviderXDCAMEX::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
   const UTF16String root = MakeString(path);
@@ -189,19 +170,6 @@ int ProviderXDCAMEX::CanProvideFor(const std::string& path) const {
   const auto hasTakes = IsBpavCard(root);
   if (!hasTakes) return 0;
   return *hasTakes ? kScoreWithTakes : kScoreWithoutTakes;
-}
-
-std::string ProviderXDCAMEX::GetIdentification() const {
-  return "com.halvane.Merisk.ProviderXDCAMEX";
-}
-
-std::string ProviderXDCAMEX::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Ortlane/Libraries/Sorvik/XDCAMEXUIString=XDCAM-EX");
-}
-
-int ProviderXDCAMEX::GetMaximumThumbnailHeight(int height) const {
-  return std::min(height, kTallestThumbnail);
 }
 
 Bitplate** ProviderXDCAMEX::GetThumbnail(const std::string&, const std::string& key, int width,
@@ -215,9 +183,5 @@ Bitplate** ProviderXDCAMEX::GetThumbnail(const std::string&, const std::string& 
   return GetFolderThumbnail(MakeStdString(FolderOf(essence)),
                             MakeStdString(PathUtils::GetFullFilePart(essence)), w, h);
 }
-
-bool ProviderXDCAMEX::ShouldCheckFilter() const { return false; }
-
-bool ProviderXDCAMEX::IsFileBased() const { return true; }
 
 }  // namespace Sorvik

@@ -6,36 +6,24 @@
 
 #include <string>
 
-#include "SorvikProvider/frame/Provider.h"
+#include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderXDCAMEX final : public Provider {
+class ProviderXDCAMEX final : public ClipProvider {
  public:
   ProviderXDCAMEX();
-
   // Any clip of the card, also one that the listing folds into its take.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   // The name is the shot's, unless that is asked for as a field of its own. Empty once aborted.
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
-  FieldNameSet GetFieldList() const override;
-  FieldNameList GetDefaultFieldList() const override;
-  FieldLabelMap GetFieldLabelList() const override;
   // 40 for a card without the folder of takes.
   int CanProvideFor(const std::string& path) const override;
-  std::string GetIdentification() const override;
-  std::string GetUIString() const override;
-  int GetMaximumThumbnailHeight(int height) const override;
   // The system's icon of the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
-  bool ShouldCheckFilter() const override;
-  bool IsFileBased() const override;
-
- private:
-  const FieldNameSet labelFields_;
 };
 
 }  // namespace Sorvik

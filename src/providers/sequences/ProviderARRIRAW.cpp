@@ -3,19 +3,13 @@
 
 #include <utility>
 
-#include "SorvikProvider/foundation/Localizer.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
 
-std::string ProviderARRIRAW::GetIdentification() const {
-  return "com.halvane.Merisk.ProviderARRIRAW";
-}
-
-std::string ProviderARRIRAW::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Merisk/Libraries/Sorvik/ARRIRAWUIString=ARRIRAW");
-}
+ProviderARRIRAW::ProviderARRIRAW()
+    : ProviderFileSequenceBase("com.halvane.Merisk.ProviderARRIRAW",
+                               "$$$/Merisk/Libraries/Sorvik/ARRIRAWUIString=ARRIRAW") {}
 
 bool ProviderARRIRAW::IsSequenceFile(const UTF16String& name) const {
   return HasExtension(name, u".ari");

@@ -3,20 +3,14 @@
 
 #include <utility>
 
-#include "SorvikProvider/foundation/Localizer.h"
 #include "foundation/hestra/PathUtils.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
 
-std::string ProviderCanonRAW::GetIdentification() const {
-  return "com.halvane.Merisk.ProviderCanonRAW";
-}
-
-std::string ProviderCanonRAW::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Merisk/Libraries/Sorvik/CanonRAWUIString=Canon RAW");
-}
+ProviderCanonRAW::ProviderCanonRAW()
+    : ProviderFileSequenceBase("com.halvane.Merisk.ProviderCanonRAW",
+                               "$$$/Merisk/Libraries/Sorvik/CanonRAWUIString=Canon RAW") {}
 
 bool ProviderCanonRAW::IsSequenceFile(const UTF16String& name) const {
   return HasExtension(name, u".rmf");

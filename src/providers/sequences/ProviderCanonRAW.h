@@ -8,8 +8,7 @@ namespace Sorvik {
 
 class ProviderCanonRAW final : public ProviderFileSequenceBase {
  public:
-  std::string GetIdentification() const override;
-  std::string GetUIString() const override;
+  ProviderCanonRAW();
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
   bool IsSequenceFile(const UTF16String& name) const override;

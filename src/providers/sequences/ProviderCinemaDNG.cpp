@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "SorvikProvider/foundation/Environment.h"
-#include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/thumbnails/Thumbnails.h"
 #include "foundation/hestra/PathUtils.h"
 
@@ -12,14 +11,9 @@ namespace Sorvik {
 
 namespace PathUtils = Hestra::PathUtils;
 
-std::string ProviderCinemaDNG::GetIdentification() const {
-  return "com.halvane.Merisk.ProviderCinemaDNG";
-}
-
-std::string ProviderCinemaDNG::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Merisk/Libraries/Sorvik/CinemaDNGUIString=Cinema DNG");
-}
+ProviderCinemaDNG::ProviderCinemaDNG()
+    : ProviderFileSequenceBase("com.halvane.Merisk.ProviderCinemaDNG",
+                               "$$$/Merisk/Libraries/Sorvik/CinemaDNGUIString=Cinema DNG") {}
 
 bool ProviderCinemaDNG::IsSequenceFile(const UTF16String& name) const {
   return HasExtension(name, u".dng");

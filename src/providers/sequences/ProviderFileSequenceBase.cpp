@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "providers/sequences/ProviderFileSequenceBase.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "SorvikProvider/frame/ProviderRequest.h"
@@ -9,7 +8,6 @@
 #include "foundation/CallScope.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
-#include "metadata/ProviderFields.h"
 
 namespace Sorvik {
 namespace {
@@ -19,8 +17,6 @@ using tarnwick::utility::FoldCase;
 
 constexpr int kScoreSequence = 100;
 constexpr int kScoreWithReservation = 40;
-constexpr int kTallestThumbnail = 16;
-
 // The names of the folder's visible files, in order, for as long as `visit` returns true.
 template <class Visit>
 void ForEachVisibleFile(const UTF16String& folder, Visit visit) {
@@ -67,6 +63,12 @@ void ProviderFileSequenceBase::GetSequence(const UTF16String& folder,
   });
 }
 
+ProviderFileSequenceBase::ProviderFileSequenceBase(const char* identification, const char* uiString)
+    : ClipProvider({.identification = identification,
+                    .uiString = uiString,
+                    .defaultFields = {kNameField, kPathField},
+                    .labelFields = {kNameField, kPathField}}) {}
+
 ContentMap ProviderFileSequenceBase::GetContent(const std::string& path, const FieldNameSet& fields,
                                                 ProviderRequest* request) const {
   const foundation::CallScope scope;
@@ -100,24 +102,6 @@ ContentMap ProviderFileSequenceBase::GetContent(const std::string& path, const s
   if (fields.contains(kExtraPathField)) AddExtraPaths(values, key);
   return {{key, std::move(values)}};
 }
-
-FieldNameSet ProviderFileSequenceBase::GetFieldList() const { return AllFields(); }
-
-FieldNameList ProviderFileSequenceBase::GetDefaultFieldList() const {
-  return {kNameField, kPathField};
-}
-
-FieldLabelMap ProviderFileSequenceBase::GetFieldLabelList() const {
-  return LabelsOf({kNameField, kPathField});
-}
-
-int ProviderFileSequenceBase::GetMaximumThumbnailHeight(int height) const {
-  return std::min(height, kTallestThumbnail);
-}
-
-bool ProviderFileSequenceBase::ShouldCheckFilter() const { return false; }
-
-bool ProviderFileSequenceBase::IsFileBased() const { return true; }
 
 void ProviderFileSequenceBase::AddExtraPaths(FieldValueMap& fields,
                                              const std::string& filePath) const {

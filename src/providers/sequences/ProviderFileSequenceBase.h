@@ -8,23 +8,17 @@
 #include <string>
 #include <vector>
 
-#include "SorvikProvider/frame/Provider.h"
+#include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderFileSequenceBase : public Provider {
+class ProviderFileSequenceBase : public ClipProvider {
  public:
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
-  FieldNameSet GetFieldList() const override;
-  FieldNameList GetDefaultFieldList() const override;
-  FieldLabelMap GetFieldLabelList() const override;
   int CanProvideFor(const std::string& path) const override;
-  int GetMaximumThumbnailHeight(int height) const override;
-  bool ShouldCheckFilter() const override;
-  bool IsFileBased() const override;
 
   // True if the folder holds a frame. `hasForeignFiles` is part of the shape that providers of
   // structures share; a folder of frames is never held against what else lies in it.
@@ -40,6 +34,8 @@ class ProviderFileSequenceBase : public Provider {
   virtual void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const;
 
  protected:
+  ProviderFileSequenceBase(const char* identification, const char* uiString);
+
   using PathValues = std::vector<any_regular_t>;
 
   // Every frame beside `filePath`, itself included: the files whose extension is the same

@@ -5,13 +5,11 @@
 #include <optional>
 #include <utility>
 
-#include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
-#include "metadata/ProviderFields.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
@@ -24,8 +22,6 @@ constexpr char16_t kClipFolderExtension[] = u".RDC";
 constexpr char16_t kSegmentExtension[] = u".R3D";
 constexpr int kScoreClips = 100;
 constexpr int kScoreWithReservation = 40;
-constexpr int kTallestThumbnail = 16;
-
 std::vector<UTF16String> VisibleFiles(const UTF16String& folder) {
   std::vector<UTF16String> files = Directory::GetContainedFilePaths(folder);
   PathUtils::FilterHiddenFiles(files);
@@ -83,6 +79,16 @@ int ProviderRED::CanProvideFor(const std::string& path) const {
   return hasForeignFiles ? kScoreWithReservation : kScoreClips;
 }
 
+ProviderRED::ProviderRED()
+    : ClipProvider(
+          {.identification = "com.halvane.Merisk.ProviderRED",
+           .uiString = "$$$/Ortlane/Libraries/Sorvik/REDUIString=RED",
+           .defaultFields = {kNameField, kPathField},
+           .labelFields = {"Name", "identifier", "relation", "startTimecode", "duration",
+                           "CreateDate", "ModifyDate", "Rating", "videoFrameRate", "videoFrameSize",
+                           "videoCompressor", "videoPixelAspectRatio", "audioSampleRate",
+                           "audioSampleType", "creator", "shotName", "shotLocation", "Path"}}) {}
+
 ContentMap ProviderRED::GetContent(const std::string& path, const FieldNameSet& fields,
                                    ProviderRequest* request) const {
   const foundation::CallScope scope;
@@ -129,36 +135,10 @@ void ProviderRED::AddClipFiles(FieldValueMap& fields, const std::string& filePat
   fields[kExtraPathField] = any_regular_t(std::move(values));
 }
 
-FieldNameSet ProviderRED::GetFieldList() const { return AllFields(); }
-
-FieldNameList ProviderRED::GetDefaultFieldList() const { return {kNameField, kPathField}; }
-
-FieldLabelMap ProviderRED::GetFieldLabelList() const {
-  return LabelsOf({"Name", "identifier", "relation", "startTimecode", "duration", "CreateDate",
-                   "ModifyDate", "Rating", "videoFrameRate", "videoFrameSize", "videoCompressor",
-                   "videoPixelAspectRatio", "audioSampleRate", "audioSampleType", "creator",
-                   "shotName", "shotLocation", "Path"});
-}
-
-std::string ProviderRED::GetIdentification() const { return "com.halvane.Merisk.ProviderRED"; }
-
-std::string ProviderRED::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Ortlane/Libraries/Sorvik/REDUIString=RED");
-}
-
-int ProviderRED::GetMaximumThumbnailHeight(int height) const {
-  return std::min(height, kTallestThumbnail);
-}
-
 Bitplate** ProviderRED::GetThumbnail([[maybe_unused]] const std::string& path,
                                      [[maybe_unused]] const std::string& key, int width, int height,
                                      [[maybe_unused]] ProviderRequest* request) const {
   return RenderTemplatePicture("REDVideoThumb.png", width, GetMaximumThumbnailHeight(height));
 }
-
-bool ProviderRED::ShouldCheckFilter() const { return false; }
-
-bool ProviderRED::IsFileBased() const { return true; }
 
 }  // namespace Sorvik

@@ -5,27 +5,20 @@
 
 #include <vector>
 
-#include "SorvikProvider/frame/Provider.h"
+#include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderRED final : public Provider {
+class ProviderRED final : public ClipProvider {
  public:
+  ProviderRED();
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
-  FieldNameSet GetFieldList() const override;
-  FieldNameList GetDefaultFieldList() const override;
-  FieldLabelMap GetFieldLabelList() const override;
   int CanProvideFor(const std::string& path) const override;
-  std::string GetIdentification() const override;
-  std::string GetUIString() const override;
-  int GetMaximumThumbnailHeight(int height) const override;
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
-  bool ShouldCheckFilter() const override;
-  bool IsFileBased() const override;
 
  private:
   static bool IsClipSegment(const UTF16String& name);

@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
@@ -17,7 +16,6 @@
 #include "foundation/avchd/Playlist.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
-#include "metadata/ProviderFields.h"
 #include "providers/structures/AVCHDUtils.h"
 #include "thumbnails/Rendering.h"
 
@@ -47,8 +45,6 @@ constexpr std::size_t kShortestName = 9;
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
-constexpr int kTallestThumbnail = 16;
-
 bool IsClipFileName(std::u16string_view name) {
   if (name.size() < kShortestName) return false;
   const bool fits = std::equal(
@@ -263,6 +259,15 @@ int ProviderAVCHD::CanProvideFor(const std::string& path) const {
   return hasForeignFiles ? kScoreWithReservation : kScoreCard;
 }
 
+ProviderAVCHD::ProviderAVCHD()
+    : ClipProvider({.identification = "com.halvane.Merisk.ProviderAVCHD",
+                    .uiString = "$$$/Ortlane/Libraries/Sorvik/AVCHDUIString=AVCHD",
+                    .defaultFields = {"Name", "Path", "shotDate", "Make", "Model", "startTimecode"},
+                    .labelFields = {"Name", "videoFrameRate", "videoFrameSize", "audioChannelType",
+                                    "audioSampleRate", "shotDate", "startTimecode", "Make", "Model",
+                                    "SerialNumber", "good", "shotName", "shotLocation", "creator",
+                                    "identifier", "Path"}}) {}
+
 ContentMap ProviderAVCHD::GetContent(const std::string& path, const FieldNameSet& fields,
                                      ProviderRequest* request) const {
   const foundation::CallScope scope;
@@ -290,29 +295,6 @@ ContentMap ProviderAVCHD::GetContent(const std::string& path, const std::string&
   return {{key, MakeEntry(file, NumberOf(name), bdmv, Wanted(fields))}};
 }
 
-FieldNameSet ProviderAVCHD::GetFieldList() const { return AllFields(); }
-
-FieldNameList ProviderAVCHD::GetDefaultFieldList() const {
-  return {"Name", "Path", "shotDate", "Make", "Model", "startTimecode"};
-}
-
-FieldLabelMap ProviderAVCHD::GetFieldLabelList() const {
-  return LabelsOf({"Name", "videoFrameRate", "videoFrameSize", "audioChannelType",
-                   "audioSampleRate", "shotDate", "startTimecode", "Make", "Model", "SerialNumber",
-                   "good", "shotName", "shotLocation", "creator", "identifier", "Path"});
-}
-
-std::string ProviderAVCHD::GetIdentification() const { return "com.halvane.Merisk.ProviderAVCHD"; }
-
-std::string ProviderAVCHD::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Ortlane/Libraries/Sorvik/AVCHDUIString=AVCHD");
-}
-
-int ProviderAVCHD::GetMaximumThumbnailHeight(int height) const {
-  return std::min(height, kTallestThumbnail);
-}
-
 Bitplate** ProviderAVCHD::GetThumbnail([[maybe_unused]] const std::string& path,
                                        [[maybe_unused]] const std::string& key, int width,
                                        int height,
@@ -320,9 +302,5 @@ Bitplate** ProviderAVCHD::GetThumbnail([[maybe_unused]] const std::string& path,
   const int tallest = GetMaximumThumbnailHeight(height);
   return RenderBuiltInPicture(kAVCHDPictureNumber, std::min(tallest, width), tallest);
 }
-
-bool ProviderAVCHD::ShouldCheckFilter() const { return false; }
-
-bool ProviderAVCHD::IsFileBased() const { return true; }
 
 }  // namespace Sorvik

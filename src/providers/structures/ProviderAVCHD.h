@@ -6,32 +6,25 @@
 
 #include <string>
 
-#include "SorvikProvider/frame/Provider.h"
+#include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderAVCHD final : public Provider {
+class ProviderAVCHD final : public ClipProvider {
  public:
-  // Also for a clip that no playlist starts with, and for one that none names. Nothing for a key that
-  // is no name of a file.
+  ProviderAVCHD();
+  // Also for a clip that no playlist starts with, and for one that none names. Nothing for a key
+  // that is no name of a file.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   // The clips that start a shot in some playlist. Empty once aborted.
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
-  FieldNameSet GetFieldList() const override;
-  FieldNameList GetDefaultFieldList() const override;
-  FieldLabelMap GetFieldLabelList() const override;
   // 40 where STREAM holds anything else than numbered stream files.
   int CanProvideFor(const std::string& path) const override;
-  std::string GetIdentification() const override;
-  std::string GetUIString() const override;
-  int GetMaximumThumbnailHeight(int height) const override;
   // A fixed picture, whatever the path and key.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
-  bool ShouldCheckFilter() const override;
-  bool IsFileBased() const override;
 };
 
 }  // namespace Sorvik

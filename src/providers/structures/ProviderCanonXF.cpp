@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
 #include "foundation/FoldedNames.h"
@@ -16,7 +15,6 @@
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/tarnwick/FileSupport.h"
 #include "frame/FieldValues.h"
-#include "metadata/ProviderFields.h"
 #include "providers/structures/CanonXFNames.h"
 #include "thumbnails/Rendering.h"
 
@@ -40,8 +38,6 @@ constexpr int kPastLastSpan = 99;  // span 99 itself is never the first of a cli
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
-constexpr int kTallestThumbnail = 16;
-
 // Rows of the field table by the names that are read here.
 constexpr char kShotName[] = "shotName";
 
@@ -247,6 +243,41 @@ int ProviderCanonXF::CanProvideFor(const std::string& path) const {
   return hasForeignFiles ? kScoreWithReservation : kScoreCard;
 }
 
+ProviderCanonXF::ProviderCanonXF()
+    : ClipProvider({.identification = "com.halvane.Merisk.ProviderCanonXF",
+                    .uiString = "$$$/Ortlane/Libraries/Sorvik/CanonXFUIString=Canon XF",
+                    .defaultFields = {"Name", "CreateDate", "startTimecode", "videoFrameRate",
+                                      "duration", "good", "comment"},
+                    .labelFields = {"Name",
+                                    "identifier",
+                                    "relation",
+                                    "startTimecode",
+                                    "duration",
+                                    "CreateDate",
+                                    "videoFrameRate",
+                                    "videoFrameSize",
+                                    "videoCompressor",
+                                    "fileDataRate",
+                                    "WhiteBalance",
+                                    "audioSampleRate",
+                                    "audioChannelType",
+                                    "audioCompressor",
+                                    "creator",
+                                    "shotName",
+                                    "shotLocation",
+                                    "Path",
+                                    "good",
+                                    "comment",
+                                    "Make",
+                                    "Model",
+                                    "SerialNumber",
+                                    "software",
+                                    "GPSAltitude",
+                                    "GPSAltitudeRef",
+                                    "GPSLatitude",
+                                    "GPSLongitude",
+                                    "GPSProcessingMethod"}}) {}
+
 ContentMap ProviderCanonXF::GetContent(const std::string& path, const FieldNameSet& fields,
                                        [[maybe_unused]] ProviderRequest* request) const {
   const foundation::CallScope scope;
@@ -294,57 +325,6 @@ ContentMap ProviderCanonXF::GetContent(const std::string& path, const std::strin
   return {{key, std::move(values)}};
 }
 
-FieldNameSet ProviderCanonXF::GetFieldList() const { return AllFields(); }
-
-FieldNameList ProviderCanonXF::GetDefaultFieldList() const {
-  return {"Name", "CreateDate", "startTimecode", "videoFrameRate", "duration", "good", "comment"};
-}
-
-FieldLabelMap ProviderCanonXF::GetFieldLabelList() const {
-  return LabelsOf({"Name",
-                   "identifier",
-                   "relation",
-                   "startTimecode",
-                   "duration",
-                   "CreateDate",
-                   "videoFrameRate",
-                   "videoFrameSize",
-                   "videoCompressor",
-                   "fileDataRate",
-                   "WhiteBalance",
-                   "audioSampleRate",
-                   "audioChannelType",
-                   "audioCompressor",
-                   "creator",
-                   "shotName",
-                   "shotLocation",
-                   "Path",
-                   "good",
-                   "comment",
-                   "Make",
-                   "Model",
-                   "SerialNumber",
-                   "software",
-                   "GPSAltitude",
-                   "GPSAltitudeRef",
-                   "GPSLatitude",
-                   "GPSLongitude",
-                   "GPSProcessingMethod"});
-}
-
-std::string ProviderCanonXF::GetIdentification() const {
-  return "com.halvane.Merisk.ProviderCanonXF";
-}
-
-std::string ProviderCanonXF::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Ortlane/Libraries/Sorvik/CanonXFUIString=Canon XF");
-}
-
-int ProviderCanonXF::GetMaximumThumbnailHeight(int height) const {
-  return std::min(height, kTallestThumbnail);
-}
-
 Bitplate** ProviderCanonXF::GetThumbnail(const std::string& path, const std::string& key, int width,
                                          int height,
                                          [[maybe_unused]] ProviderRequest* request) const {
@@ -358,9 +338,5 @@ Bitplate** ProviderCanonXF::GetThumbnail(const std::string& path, const std::str
   return GetFolderThumbnail(Hestra::MakeStdString(clip), Hestra::MakeStdString(title + u".MXF"),
                             std::min(tallest, width), tallest);
 }
-
-bool ProviderCanonXF::ShouldCheckFilter() const { return false; }
-
-bool ProviderCanonXF::IsFileBased() const { return true; }
 
 }  // namespace Sorvik

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "SorvikProvider/foundation/Environment.h"
-#include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
@@ -17,7 +16,6 @@
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "frame/FieldValues.h"
-#include "metadata/ProviderFields.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
@@ -40,8 +38,6 @@ constexpr std::size_t kNumberLength = 4;
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
-constexpr int kTallestThumbnail = 16;
-
 // Whether the host imports files with the extension "DV"; asked once in the life of the process.
 bool IsDVImportable() {
   static std::atomic<int> answer{-1};
@@ -170,6 +166,13 @@ int ProviderSonyHDV::CanProvideFor(const std::string& path) const {
   return hasForeignFiles ? kScoreWithReservation : kScoreCard;
 }
 
+ProviderSonyHDV::ProviderSonyHDV()
+    : ClipProvider({.identification = "com.halvane.Merisk.ProviderSonyHDV",
+                    .uiString = "$$$/Ortlane/Libraries/Sorvik/SonyHDVUIString=Sony HDV",
+                    .defaultFields = {kNameField, kPathField},
+                    .labelFields = {"Name", "videoFrameSize", "videoPixelAspectRatio", "duration",
+                                    "startTimecode", "CreateDate", "videoFrameRate", "Path"}}) {}
+
 ContentMap ProviderSonyHDV::GetContent(const std::string& path, const FieldNameSet& fields,
                                        ProviderRequest* request) const {
   const foundation::CallScope scope;
@@ -209,28 +212,6 @@ ContentMap ProviderSonyHDV::GetContent(const std::string& path, const std::strin
   return {{key, std::move(values)}};
 }
 
-FieldNameSet ProviderSonyHDV::GetFieldList() const { return AllFields(); }
-
-FieldNameList ProviderSonyHDV::GetDefaultFieldList() const { return {kNameField, kPathField}; }
-
-FieldLabelMap ProviderSonyHDV::GetFieldLabelList() const {
-  return LabelsOf({"Name", "videoFrameSize", "videoPixelAspectRatio", "duration", "startTimecode",
-                   "CreateDate", "videoFrameRate", "Path"});
-}
-
-std::string ProviderSonyHDV::GetIdentification() const {
-  return "com.halvane.Merisk.ProviderSonyHDV";
-}
-
-std::string ProviderSonyHDV::GetUIString() const {
-  return tarnwick::config::Localizer::Get().GetUTF8String(
-      "$$$/Ortlane/Libraries/Sorvik/SonyHDVUIString=Sony HDV");
-}
-
-int ProviderSonyHDV::GetMaximumThumbnailHeight(int height) const {
-  return std::min(height, kTallestThumbnail);
-}
-
 Bitplate** ProviderSonyHDV::GetThumbnail(const std::string& path, const std::string& key, int width,
                                          int height,
                                          [[maybe_unused]] ProviderRequest* request) const {
@@ -238,9 +219,5 @@ Bitplate** ProviderSonyHDV::GetThumbnail(const std::string& path, const std::str
   return GetFolderThumbnail(Hestra::MakeStdString(ClipFolderOf(Hestra::MakeString(path))), key,
                             std::min(tallest, width), tallest);
 }
-
-bool ProviderSonyHDV::ShouldCheckFilter() const { return false; }
-
-bool ProviderSonyHDV::IsFileBased() const { return true; }
 
 }  // namespace Sorvik
