@@ -2,6 +2,8 @@
 #include "foundation/FolderNames.h"
 
 #include <algorithm>
+#include <functional>
+#include <string_view>
 #include <utility>
 
 #include "SorvikProvider/foundation/UTF16String.h"
@@ -15,15 +17,17 @@ bool IsAscii(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-std::string Folded(std::string_view name) {
-  if (!IsAscii(name)) {
-    return Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(name)));
+std::size_t HashRegardlessOfCase(std::string_view name) {
+  std::string folded;
+  if (IsAscii(name)) {
+    folded = name;
+    for (char& c : folded) {
+      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+  } else {
+    folded = Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(name)));
   }
-  std::string folded(name);
-  for (char& c : folded) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return folded;
+  return std::hash<std::string_view>()(folded);
 }
 
 }  // namespace
@@ -40,16 +44,14 @@ bool FolderNames::MayExist(const std::string& path) {
   return Of(folder)->Holds(path.substr(slash + 1));
 }
 
-FolderNames::FolderNames(std::string folder) : folder_(std::move(folder)) {
-  const auto items = Hestra::Directory::GetItems(folder_);
-  if (!items) return;
-  listed_ = true;
-  kinds_.reserve(items->size());
-  folded_.reserve(items->size());
-  for (const platform::FolderItem& item : *items) {
-    folded_.insert(Folded(item.name));
-    if (item.kind != platform::FileKind::kDangling) kinds_.emplace(item.name, item.kind);
+FolderNames::FolderNames(std::string folder)
+    : folder_(std::move(folder)), items_(Hestra::Directory::GetItems(folder_)) {
+  if (!items_) return;
+  places_.reserve(items_->size());
+  for (std::size_t i = 0; i < items_->size(); ++i) {
+    places_.push_back({HashRegardlessOfCase((*items_)[i].name), i});
   }
+  std::ranges::sort(places_, {}, &Place::hash);
 }
 
 std::optional<platform::FileKind> FolderNames::AskDisk(const std::string& name) const {
@@ -61,10 +63,15 @@ std::optional<platform::FileKind> FolderNames::KindOf(const std::string& name) c
       name.find('\0') != name.npos) {
     return std::nullopt;
   }
-  if (!listed_) return AskDisk(name);
-  if (const auto found = kinds_.find(name); found != kinds_.end()) return found->second;
+  if (!items_) return AskDisk(name);
+  const auto alike =
+      std::ranges::equal_range(places_, HashRegardlessOfCase(name), {}, &Place::hash);
+  for (const Place& place : alike) {
+    const platform::FolderItem& item = (*items_)[place.item];
+    if (item.name == name && item.kind != platform::FileKind::kDangling) return item.kind;
+  }
   // File systems may also see names alike that differ in how characters beyond ASCII are composed.
-  const bool mayDiffer = !IsAscii(name) || folded_.contains(Folded(name));
+  const bool mayDiffer = !alike.empty() || !IsAscii(name);
   return mayDiffer ? AskDisk(name) : std::nullopt;
 }
 

@@ -2,12 +2,11 @@
 // Answers whether names stand in a folder from one listing of it, where a provider asks for many.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <unordered_map>
-#include <unordered_set>
+#include <vector>
 
 #include "foundation/platform/FileSystem.h"
 
@@ -45,9 +44,14 @@ class FolderNames {
   std::optional<platform::FileKind> AskDisk(const std::string& name) const;
 
   std::string folder_;
-  bool listed_ = false;
-  std::unordered_map<std::string, platform::FileKind> kinds_;
-  std::unordered_set<std::string> folded_;  // the same names regardless of case
+  // An item by the hash of its name regardless of case, so that a folder of many frames costs no
+  // copies of their names.
+  struct Place {
+    std::size_t hash;
+    std::size_t item;
+  };
+  std::shared_ptr<const std::vector<platform::FolderItem>> items_;  // null if it can't be listed
+  std::vector<Place> places_;                                       // in order of their hashes
 };
 
 }  // namespace Sorvik::foundation

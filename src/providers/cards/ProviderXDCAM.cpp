@@ -32,6 +32,7 @@ using PathUtils::CombinePaths;
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
+
 struct KnownName {
   std::u16string_view name;
   unsigned bit;  // 0 for what may be there and needn't

@@ -31,6 +31,7 @@ using tarnwick::utility::FoldCase;
 
 constexpr int kScoreWithTakes = 100;
 constexpr int kScoreWithoutTakes = 40;
+
 constexpr char16_t kCardFolder[] = u"BPAV";
 constexpr std::u16string_view kClipXmlEnd = u"M01.XML";
 constexpr std::u16string_view kEssenceEnd = u".MP4";

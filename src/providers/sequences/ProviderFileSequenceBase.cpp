@@ -17,6 +17,7 @@ using tarnwick::utility::FoldCase;
 
 constexpr int kScoreSequence = 100;
 constexpr int kScoreWithReservation = 40;
+
 // The names of the folder's visible files, in order, for as long as `visit` returns true.
 template <class Visit>
 void ForEachVisibleFile(const UTF16String& folder, Visit visit) {
@@ -31,6 +32,12 @@ void ForEachVisibleFile(const UTF16String& folder, Visit visit) {
 }
 
 }  // namespace
+
+ProviderFileSequenceBase::ProviderFileSequenceBase(const char* identification, const char* uiString)
+    : ClipProvider({.identification = identification,
+                    .uiString = uiString,
+                    .defaultFields = {kNameField, kPathField},
+                    .labelFields = {kNameField, kPathField}}) {}
 
 int ProviderFileSequenceBase::CanProvideFor(const std::string& path) const {
   const UTF16String folder = tarnwick::utility::UTF8to16(path);
@@ -62,12 +69,6 @@ void ProviderFileSequenceBase::GetSequence(const UTF16String& folder,
     return false;
   });
 }
-
-ProviderFileSequenceBase::ProviderFileSequenceBase(const char* identification, const char* uiString)
-    : ClipProvider({.identification = identification,
-                    .uiString = uiString,
-                    .defaultFields = {kNameField, kPathField},
-                    .labelFields = {kNameField, kPathField}}) {}
 
 ContentMap ProviderFileSequenceBase::GetContent(const std::string& path, const FieldNameSet& fields,
                                                 ProviderRequest* request) const {

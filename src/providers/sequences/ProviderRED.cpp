@@ -22,6 +22,7 @@ constexpr char16_t kClipFolderExtension[] = u".RDC";
 constexpr char16_t kSegmentExtension[] = u".R3D";
 constexpr int kScoreClips = 100;
 constexpr int kScoreWithReservation = 40;
+
 std::vector<UTF16String> VisibleFiles(const UTF16String& folder) {
   std::vector<UTF16String> files = Directory::GetContainedFilePaths(folder);
   PathUtils::FilterHiddenFiles(files);

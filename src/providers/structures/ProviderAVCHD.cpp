@@ -45,6 +45,7 @@ constexpr std::size_t kShortestName = 9;
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
+
 bool IsClipFileName(std::u16string_view name) {
   if (name.size() < kShortestName) return false;
   const bool fits = std::equal(

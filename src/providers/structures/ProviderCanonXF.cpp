@@ -38,6 +38,7 @@ constexpr int kPastLastSpan = 99;  // span 99 itself is never the first of a cli
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
+
 // Rows of the field table by the names that are read here.
 constexpr char kShotName[] = "shotName";
 

@@ -38,6 +38,7 @@ constexpr std::size_t kNumberLength = 4;
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
+
 // Whether the host imports files with the extension "DV"; asked once in the life of the process.
 bool IsDVImportable() {
   static std::atomic<int> answer{-1};
