@@ -211,10 +211,15 @@ TEST(Conduct, FewDescriptorsEndInAnErrorAndNotInAWait) {
   }
 }
 
-constexpr char kNobody[] = "setpriv --reuid=61234 --regid=61234 --clear-groups ";
+// Each test that needs a user takes one of its own: the limit of threads counts all of a user's,
+// and tests run side by side.
+std::string AsUser(int id) {
+  const std::string text = std::to_string(id);
+  return "setpriv --reuid=" + text + " --regid=" + text + " --clear-groups ";
+}
 
 TEST(Conduct, FewThreadsAreEnough) {
-  const std::string nobody = kNobody;
+  const std::string nobody = AsUser(61234);
   if (geteuid() != 0 || RunLimited(nobody + "prlimit --nproc=1000") != 0) {
     GTEST_SKIP() << "the limit of threads binds no user that sorvik can be run as here";
   }
@@ -224,7 +229,7 @@ TEST(Conduct, FewThreadsAreEnough) {
 }
 
 TEST(Conduct, AnUnreadableFolderIsNoEmptyOne) {
-  const std::string user = geteuid() == 0 ? kNobody : "";
+  const std::string user = geteuid() == 0 ? AsUser(61235) : "";
   if (RunLimited(user) != 0) GTEST_SKIP() << "sorvik can be run by no user here but root";
   TempTree tree;
   tree.File("shut/a.mov");
