@@ -64,14 +64,15 @@ std::optional<platform::FileKind> FolderNames::KindOf(const std::string& name) c
     return std::nullopt;
   }
   if (!items_) return AskDisk(name);
-  const auto alike =
-      std::ranges::equal_range(places_, HashRegardlessOfCase(name), {}, &Place::hash);
-  for (const Place& place : alike) {
-    const platform::FolderItem& item = (*items_)[place.item];
-    if (item.name == name && item.kind != platform::FileKind::kDangling) return item.kind;
-  }
+  const std::size_t hash = HashRegardlessOfCase(name);
   // File systems may also see names alike that differ in how characters beyond ASCII are composed.
-  const bool mayDiffer = !alike.empty() || !IsAscii(name);
+  bool mayDiffer = !IsAscii(name);
+  auto place = std::ranges::lower_bound(places_, hash, {}, &Place::hash);
+  for (; place != places_.end() && place->hash == hash; ++place) {
+    const platform::FolderItem& item = (*items_)[place->item];
+    if (item.name == name && item.kind != platform::FileKind::kDangling) return item.kind;
+    mayDiffer = true;
+  }
   return mayDiffer ? AskDisk(name) : std::nullopt;
 }
 
