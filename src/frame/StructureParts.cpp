@@ -25,9 +25,13 @@ bool IsMedia(const UTF16String& path) {
          std::end(kMediaExtensions);
 }
 
+// Copies in hidden folders, as file servers make them beside the files of each folder, count no
+// more than hidden files do.
 std::vector<UTF16String> VisibleFilesBelow(const UTF16String& folder) {
   std::vector<UTF16String> files = Directory::GetContainedFilePaths(folder, {}, true);
-  PathUtils::FilterHiddenFiles(files);
+  std::erase_if(files, [&](const UTF16String& file) {
+    return file.find(u"/.", folder.size()) != UTF16String::npos;
+  });
   return files;
 }
 

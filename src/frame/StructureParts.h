@@ -18,7 +18,7 @@ namespace Sorvik {
 void AddStructureFiles(const UTF16String& folder, std::initializer_list<std::u16string_view> names,
                        StructureFindings& findings);
 
-// Adds the visible files below `folder`, at any depth.
+// Adds the visible files below `folder`, at any depth; what lies in a hidden folder isn't visible.
 void AddStructureFilesBelow(const UTF16String& folder, StructureFindings& findings);
 
 // Adds those of `files` that no entry which `provider` lists for `path` has among its paths. Lists

@@ -221,6 +221,48 @@ TEST(Commands, CheckTellsTheOwnFilesOfCardsFromMediaOfNoClip) {
   EXPECT_EQ(unreached, stray);
 }
 
+// What desktops and file servers leave in every folder of a card, and at its top.
+void LeaveTraces(const std::string& card) {
+  std::vector<fs::path> folders{card};
+  for (const auto& entry : fs::recursive_directory_iterator(card)) {
+    if (entry.is_directory()) folders.push_back(entry.path());
+  }
+  for (const fs::path& folder : folders) {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      if (entry.is_regular_file()) files.push_back(entry.path());
+    }
+    fs::create_directory(folder / ".AppleDouble");
+    for (const fs::path& file : files) {
+      fs::copy_file(file, folder / ("._" + file.filename().string()));
+      fs::copy_file(file, folder / ".AppleDouble" / file.filename());
+    }
+    std::ofstream(folder / ".DS_Store") << "x";
+  }
+  fs::create_directories(card + "/System Volume Information");
+  std::ofstream(card + "/System Volume Information/IndexerVolumeGuid") << "x";
+}
+
+TEST(Commands, CheckCallsGoodCardsWholeWhateverADesktopLeft) {
+  const sorvik_test::TempTree tree;
+  const auto cards = sorvik_test::MakeAllCards(tree);
+  // The parts that some of the made cards do without.
+  for (const char* clip : {"0001AA", "0002AA", "0003AA", "0004BB"}) {
+    for (const char* channel : {"00", "01"}) {
+      tree.File("p2/CONTENTS/AUDIO/" + std::string(clip) + channel + ".MXF");
+    }
+  }
+  tree.File("xf/CONTENTS/CLIPS001/AB0002/AB0002.CIF");
+  tree.File("hdv/VIDEO/HVR/00_0013_2014-01-31_104500.IDX");
+  for (const sorvik_test::MadeCard& card : cards) {
+    EXPECT_TRUE(Json::parse(RunSorvik({"check", card.root, "--json"}).output)["whole"])
+        << card.root;
+    LeaveTraces(card.root);
+    const auto result = RunSorvik({"check", card.root});
+    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+  }
+}
+
 TEST_F(OnCard, TerminalShowsPicturesOnlyWhereAsked) {
   const std::string kitty = RunSorvik({"ls", card_, "--thumbs=kitty"}).output;
   EXPECT_NE(kitty.find("\x1b_Ga=T,f=100"), std::string::npos);
