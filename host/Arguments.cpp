@@ -178,15 +178,20 @@ class Parser {
     }
   }
 
+  // A first word that can't be a path, and has others behind it, was meant for a command.
+  void CheckFirstWord(const CommandRow& command) const {
+    if (commandNamed_ || onlyOperands_ || options_.operands.size() <= command.most) return;
+    const std::string& word = options_.operands.front();
+    if (word.find_first_of("/:") == word.npos) Refuse("there is no command " + word);
+  }
+
   void CheckUse(const CommandRow& command) const {
     const std::string name(command.name);
+    CheckFirstWord(command);
     for (const std::string& option : seen_) {
       if (!Takes(command, option)) Refuse(name + " takes no " + option);
     }
     const std::size_t count = options_.operands.size();
-    if (count > command.most && !commandNamed_) {
-      Refuse("there is no command " + options_.operands.front());
-    }
     if (count > command.most) Refuse(name + " was given too many words");
     if (count < command.fewest) Refuse(name + " wants " + std::string(command.operands));
     if (name == "thumb" && count != (options_.folder ? 0U : 2U)) {

@@ -32,6 +32,10 @@ int RunMeta(Context& context);
 // Throws Failure for a path that no provider claims, with the reason where the disk tells one.
 [[noreturn]] void RefusePlace(Context& context, const std::string& path);
 
+// Throws Failure for a folder that can't be read. The library doesn't tell it from an empty one, so
+// ask where it gave nothing.
+void RequireReadable(Context& context, const std::string& path);
+
 // The provider that was named, or else the best one; throws Failure if it doesn't claim `path`. A
 // provider may be named by its identification or by the last part of that.
 const Sorvik::ProviderWrapper& ChooseProvider(Context& context, const std::string& path);
@@ -43,8 +47,7 @@ Sorvik::FieldNameList ChosenFields(const Options& options, const Sorvik::Provide
 // All fields of a provider, those of its column view first.
 Sorvik::FieldNameList AllFields(const Sorvik::ProviderWrapper& provider);
 
-// The provider's listing of `path`; throws Failure for a folder that can't be read, of which the
-// library says nothing.
+// The provider's listing of `path`; throws Failure for a folder that can't be read.
 Sorvik::ContentMap AllEntries(Context& context, const Sorvik::ProviderWrapper& provider,
                               const std::string& path, const Sorvik::FieldNameList& fields);
 

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Paths.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 #include <vector>
@@ -106,9 +109,22 @@ std::string WhyNothing(const std::string& path, const std::string& otherwise) {
   if (IsRoot(path)) return otherwise + " " + path;
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
-  if (status.type() == fs::file_type::not_found) return "there is no " + path;
+  if (status.type() == fs::file_type::not_found) {
+    std::error_code ignored;
+    const bool link = fs::is_symlink(fs::symlink_status(path, ignored));
+    return (link ? "the link leads nowhere: " : "there is no ") + path;
+  }
   if (error) return "cannot look at " + path + ": " + error.message();
+  const bool opens = fs::is_regular_file(status) || fs::is_directory(status);
+  if (opens && access(path.c_str(), R_OK) != 0) {
+    return "cannot read " + path + ": " + std::generic_category().message(errno);
+  }
   return otherwise + " " + path;
+}
+
+std::string WhyNoPlace(const std::string& path) {
+  if (!IsRoot(path) && Exists(path) && !IsFolder(path)) return "not a folder: " + path;
+  return WhyNothing(path, "nothing understands");
 }
 
 std::string WhyUnreadable(const std::string& path) {

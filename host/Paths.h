@@ -27,6 +27,9 @@ bool IsSameFile(const std::string& one, const std::string& other);
 // if that doesn't.
 std::string WhyNothing(const std::string& path, const std::string& otherwise);
 
+// The same for a path that no provider claims.
+std::string WhyNoPlace(const std::string& path);
+
 // What the system says where the folder `path` can't be listed; empty if it can, or isn't one.
 std::string WhyUnreadable(const std::string& path);
 

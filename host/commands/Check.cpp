@@ -161,6 +161,7 @@ int RunCheck(Context& context) {
   const std::string path = PlacePath(context.options.operands.front());
   const ProviderWrapper& provider = ChooseProvider(context, path);
   if (provider.ShouldCheckFilter() || !provider.IsFileBased()) {
+    RequireReadable(context, path);
     throw Failure(kNothing, "no structure of clips in " + path);
   }
   const ContentMap entries = session.Content(provider, path, kCheckFields);

@@ -23,9 +23,13 @@ bool IsNamed(const std::string& identification, const std::string& name) {
 
 // The look at the disk is a worker's, for a dead share may hold it.
 void RefusePlace(Context& context, const std::string& path) {
-  throw Failure(kNothing, context.session.OnWorker<std::string>([path] {
-    return IsRegularFile(path) ? "not a folder: " + path : WhyNothing(path, "nothing understands");
-  }));
+  throw Failure(kNothing,
+                context.session.OnWorker<std::string>([path] { return WhyNoPlace(path); }));
+}
+
+void RequireReadable(Context& context, const std::string& path) {
+  const auto reason = context.session.OnWorker<std::string>([path] { return WhyUnreadable(path); });
+  if (!reason.empty()) throw Failure(kNothing, "cannot read " + path + ": " + reason);
 }
 
 const ProviderWrapper& ChooseProvider(Context& context, const std::string& path) {
@@ -57,9 +61,7 @@ ContentMap AllEntries(Context& context, const ProviderWrapper& provider, const s
                       const FieldNameList& fields) {
   ContentMap content =
       context.session.Content(provider, path, FieldNameSet(fields.begin(), fields.end()));
-  if (!content.empty()) return content;
-  const auto reason = context.session.OnWorker<std::string>([path] { return WhyUnreadable(path); });
-  if (!reason.empty()) throw Failure(kNothing, "cannot read " + path + ": " + reason);
+  if (content.empty()) RequireReadable(context, path);
   return content;
 }
 
@@ -70,8 +72,9 @@ FieldValueMap OneEntry(Context& context, const ProviderWrapper& provider, const 
     return provider.GetContent(path, key, FieldNameSet(fields.begin(), fields.end()));
   });
   const auto entry = content.find(key);
-  if (entry == content.end()) throw Failure(kNothing, "no entry " + key + " in " + path);
-  return entry->second;
+  if (entry != content.end()) return entry->second;
+  RequireReadable(context, path);
+  throw Failure(kNothing, "no entry " + key + " in " + path);
 }
 
 void WriteEntriesJson(Output& output, const std::string& path, const std::string& provider,

@@ -17,7 +17,7 @@ struct Owner {
   UTF16String folderPath;
   UTF16String providerId;  // stays empty where nothing but the file itself was found
   Sorvik::FieldValueMap fields;
-  bool exists = false;
+  std::string refusal;  // why nothing owns the file; empty if something does
 };
 
 Owner FindOwner(const std::string& path, bool clipsOnly) {
@@ -26,7 +26,7 @@ Owner FindOwner(const std::string& path, bool clipsOnly) {
   const auto find = clipsOnly ? Sorvik::GetRelatedFilesWithoutExtraFiles : Sorvik::GetRelatedFiles;
   owner.fields = find(file, owner.entryKey, owner.folderPath, owner.providerId);
   // A clip's file may be gone and still be the clip's; of a file alone only the disk knows.
-  owner.exists = owner.entryKey != file || Exists(path);
+  if (owner.entryKey == file && !Exists(path)) owner.refusal = WhyNothing(path, "there is no");
   return owner;
 }
 
@@ -70,7 +70,7 @@ int RunOwner(Context& context) {
   const bool clipsOnly = context.options.clipsOnly;
   const auto owner =
       context.session.OnWorker<Owner>([path, clipsOnly] { return FindOwner(path, clipsOnly); });
-  if (!owner.exists) throw Failure(kNothing, "there is no " + path);
+  if (!owner.refusal.empty()) throw Failure(kNothing, owner.refusal);
   if (context.options.json) {
     WriteJson(context.output, owner);
   } else {

@@ -28,6 +28,7 @@ int RunPlaces(Context& context) {
   if (!wanted.empty() && identification != wanted) {
     throw Failure(kNothing, context.options.provider + " doesn't understand " + path);
   }
+  if (answer.content.empty()) RequireReadable(context, path);
   if (context.options.json) {
     WriteEntriesJson(context.output, path, identification, answer.content);
   } else {

@@ -2,6 +2,7 @@
 // How sorvik behaves as a program: exit codes, errors, hostile names, terminals, Ctrl-C.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -54,19 +55,28 @@ TEST(Conduct, WrongUseEndsWithTwoAndOneLine) {
 TEST(Conduct, ErrorsNameWhatIsWrongWithThePath) {
   TempTree tree;
   const std::string file = tree.File("a.txt");
-  for (const Words& words : {Words{"ls", tree.Path("gone")},
-                             {"who", file},
-                             {"places", file},
-                             {"meta", file},
-                             {"meta", tree.Path("gone")},
-                             {"lss", tree.Root()},
-                             {"ls", tree.Path("a.txt/b")}}) {
-    const std::string& path = words.back();
+  const std::string gone = tree.Path("gone");
+  const std::string pipe = tree.Path("pipe");
+  const std::string link = tree.Path("link");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::filesystem::create_symlink(gone, link);
+  const std::pair<Words, std::string> cases[] = {
+      {{"ls", gone}, "there is no " + gone},
+      {{"meta", gone}, "there is no " + gone},
+      {{"ls", file + "/b"}, "there is no " + file + "/b"},
+      {{"who", file}, "not a folder: " + file},
+      {{"places", file}, "not a folder: " + file},
+      {{"ls", pipe}, "not a folder: " + pipe},
+      {{"ls", link}, "the link leads nowhere: " + link},
+      {{"owner", link}, "the link leads nowhere: " + link},
+      {{"meta", file}, "no metadata in " + file},
+      {{"ls", "networkvolumes:"}, "nothing understands networkvolumes:"},
+      {{"lss", tree.Root()}, "there is no command lss"},
+      {{"lss", tree.Root(), "-0"}, "there is no command lss"},
+      {{tree.Root(), tree.Root()}, "ls was given too many words"},
+  };
+  for (const auto& [words, expected] : cases) {
     const ProgramResult result = RunSorvik(words);
-    const std::string expected = words[0] == "lss"    ? "there is no command lss"
-                                 : path != file       ? "there is no " + path
-                                 : words[0] == "meta" ? "no metadata in " + path
-                                                      : "not a folder: " + path;
     EXPECT_TRUE(result.errors.starts_with("sorvik: " + expected)) << result.errors;
   }
 }
@@ -232,15 +242,26 @@ TEST(Conduct, AnUnreadableFolderIsNoEmptyOne) {
   const std::string user = geteuid() == 0 ? AsUser(61235) : "";
   if (RunLimited(user) != 0) GTEST_SKIP() << "sorvik can be run by no user here but root";
   TempTree tree;
+  const std::string locked = tree.File("locked.mov");
   tree.File("shut/a.mov");
   const std::filesystem::path shut = tree.Path("shut");
   using std::filesystem::perms;
   std::filesystem::permissions(tree.Root(), perms::owner_all | perms::others_exec);
   std::filesystem::permissions(shut, perms::none);
-  for (const char* command : {"ls", "files"}) {
-    const std::string line = user + SORVIK_BINARY_DIR "/sorvik " + command + " " + shut.string() +
-                             " 2>&1 | grep -q '^sorvik: cannot read '";
-    EXPECT_EQ(std::system(line.c_str()), 0) << command;
+  std::filesystem::permissions(locked, perms::none);
+  const std::pair<std::string, const char*> cases[] = {
+      {"ls " + shut.string(), "read"},
+      {"files " + shut.string(), "read"},
+      {"places " + shut.string(), "read"},
+      {"check " + shut.string(), "read"},
+      {"entry " + shut.string() + " a.mov", "read"},
+      {"meta " + locked, "read"},
+      {"owner " + shut.string() + "/a.mov", "look at"},
+  };
+  for (const auto& [words, refused] : cases) {
+    const std::string line = user + SORVIK_BINARY_DIR "/sorvik " + words +
+                             " 2>&1 | grep -q '^sorvik: cannot " + refused + " '";
+    EXPECT_EQ(std::system(line.c_str()), 0) << words;
   }
   std::filesystem::permissions(shut, perms::owner_all);
 }
