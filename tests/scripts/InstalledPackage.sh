@@ -50,6 +50,11 @@ printf '%s' '<MediaProfile><Contents><Material uri="./Clip/C0001.MXF"><Proxy uri
 sorvik=$work/prefix/bin/sorvik
 "$sorvik" ls "$work/folder" | grep one.mov > /dev/null
 "$sorvik" files "$card" | grep proxy.MP4 > /dev/null || { echo "the index wasn't read"; exit 1; }
+# A host may reach the library by a link from elsewhere.
+mkdir "$work/links"
+ln -s "$lib_dir"/libSorvikProvider.so.[0-9] "$work/links/"
+LD_LIBRARY_PATH=$work/links "$sorvik" files "$card" | grep proxy.MP4 > /dev/null ||
+  { echo "the index wasn't read by a library behind a link"; exit 1; }
 # Without the module that reads indexes the clip must not show as one without a proxy.
 rm -r "$lib_dir/SorvikProvider"
 status=0

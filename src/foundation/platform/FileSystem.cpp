@@ -151,15 +151,31 @@ std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::siz
   return bytes;
 }
 
-std::string OwnLibraryPath() {
+namespace {
+
+// The file itself, not a link to it, for what belongs to the library lies beside the file.
+std::string FindOwnLibrary() {
   Dl_info info;
   if (dladdr(reinterpret_cast<const void*>(&OwnLibraryPath), &info) == 0) return {};
   if (info.dli_fname == nullptr) return {};
-  if (*info.dli_fname == kSeparator) return info.dli_fname;
-  // A program started, or a library searched for, by a relative path is known by that path.
   char resolved[PATH_MAX];
   const char* const path = realpath(info.dli_fname, resolved);
   return path == nullptr ? std::string(info.dli_fname) : std::string(path);
 }
+
+}  // namespace
+
+const std::string& OwnLibraryPath() {
+  static const std::string path = FindOwnLibrary();
+  return path;
+}
+
+namespace {
+
+// Asked for while the library is loaded: one that was loaded by a relative path is lost once the
+// host changes its working folder.
+[[maybe_unused]] const std::string& kOwnLibraryAtLoad = OwnLibraryPath();
+
+}  // namespace
 
 }  // namespace Sorvik::platform

@@ -67,7 +67,7 @@ class RegularFile {
 // The first `most` bytes of a regular file; nothing if it can't be opened.
 std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::size_t most);
 
-// The file that holds this library's code; empty if it can't be told.
-std::string OwnLibraryPath();
+// The file that holds this library's code, after links; empty if it can't be told.
+const std::string& OwnLibraryPath();
 
 }  // namespace Sorvik::platform

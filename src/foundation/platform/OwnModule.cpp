@@ -18,7 +18,7 @@ namespace {
 }  // namespace
 
 void (*FunctionOfOwnModule(const std::string& file, const char* name))() {
-  const std::string library = OwnLibraryPath();
+  const std::string& library = OwnLibraryPath();
   const std::string path = library.substr(0, library.rfind('/') + 1) + "SorvikProvider/" + file;
   void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) Fail();
