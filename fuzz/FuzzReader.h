@@ -26,8 +26,8 @@ class BoundedFile : public Sorvik::xmp::FileBytes {
 
   std::uint64_t Size() const noexcept override { return bytes_.Size(); }
   std::vector<std::byte> Read(std::uint64_t offset, std::size_t count) const override {
-    constexpr std::size_t kMostBytes = 16 * 1024 * 1024;
-    Check(count <= kMostBytes && ++reads_ <= mostReads_);
+    constexpr std::size_t kMaxBytes = 16 * 1024 * 1024;
+    Check(count <= kMaxBytes && ++reads_ <= mostReads_);
     const auto part = bytes_.Clip(offset, count).Bytes();
     return {part.begin(), part.end()};
   }
@@ -64,10 +64,10 @@ inline void Fuzz(const Sorvik::xmp::Reader& reader, std::span<const std::uint8_t
 // For readers that jump about in the file, the head of which is cut short here to make them do so.
 inline void FuzzJumps(const Sorvik::xmp::Reader& reader, std::span<const std::uint8_t> data,
                       const std::string& path) {
-  constexpr int kMostReads = 96;
+  constexpr int kMaxReads = 96;
   constexpr std::size_t kShortHead = 256;
-  Fuzz(reader, data, path, kMostReads);
-  Fuzz(reader, data, path, kMostReads, kShortHead);
+  Fuzz(reader, data, path, kMaxReads);
+  Fuzz(reader, data, path, kMaxReads, kShortHead);
 }
 
 }  // namespace sorvik_fuzz

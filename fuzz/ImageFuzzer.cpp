@@ -43,8 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   auto picture = Sorvik::Picture::Open(source);
   if (!picture) return 0;
   // Pictures of many pixels only cost time here; the cap on them has tests of its own.
-  constexpr std::int64_t kMostPixels = 1 << 22;
-  if (std::int64_t{picture->Width()} * picture->Height() > kMostPixels) return 0;
+  constexpr std::int64_t kMaxPixels = 1 << 22;
+  if (std::int64_t{picture->Width()} * picture->Height() > kMaxPixels) return 0;
   DrawAndCheck(*picture, size % 2 == 0);
   return 0;
 }

@@ -5,11 +5,11 @@
 #include <string_view>
 
 #include "FuzzReader.h"
-#include "foundation/sony/MediaProfile.h"
-#include "foundation/sony/TakePlaylist.h"
+#include "formats/sony/MediaProfile.h"
+#include "formats/sony/TakePlaylist.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace Sorvik::foundation::sony;
+  using namespace Sorvik::formats::sony;
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
   const MediaProfile list = MediaProfile::FromBytes(bytes);
   sorvik_fuzz::Check(list.IsReadable() || list.Materials().empty());

@@ -5,11 +5,12 @@
 #include <memory>
 #include <span>
 
-#include "foundation/avchd/Playlist.h"
+#include "formats/avchd/Playlist.h"
 
 namespace {
 
 using namespace Sorvik::foundation;
+using namespace Sorvik::formats;
 
 void Check(bool holds) {
   if (!holds) std::abort();

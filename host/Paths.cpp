@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kMostDepth = 64;
+constexpr int kMaxDepth = 64;
 
 bool IsRoot(std::string_view argument) {
   return argument.starts_with(Sorvik::kVolumeListPath) ||
@@ -136,7 +136,7 @@ std::string WhyUnreadable(const std::string& path) {
 
 void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,
                const std::function<void(const std::string&)>& visit) {
-  WalkFolder(folder, kMostDepth, stop, visit);
+  WalkFolder(folder, kMaxDepth, stop, visit);
 }
 
 }  // namespace host

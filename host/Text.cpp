@@ -43,7 +43,7 @@ std::uint8_t ByteAt(std::string_view text, std::size_t index) {
 }  // namespace
 
 std::size_t DecodeUTF8(std::string_view text, char32_t& character) {
-  constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+  constexpr char32_t kMinSize[] = {0, 0, 0x80, 0x800, 0x10000};
   if (text.empty()) return 0;
   const std::uint8_t first = ByteAt(text, 0);
   if (first < 0x80) {
@@ -57,7 +57,7 @@ std::size_t DecodeUTF8(std::string_view text, char32_t& character) {
     if ((ByteAt(text, i) & 0xC0) != 0x80) return 0;
     value = (value << 6) | (ByteAt(text, i) & 0x3FU);
   }
-  if (value < kSmallest[length] || value > 0x10FFFF) return 0;
+  if (value < kMinSize[length] || value > 0x10FFFF) return 0;
   if (value >= 0xD800 && value <= 0xDFFF) return 0;
   character = value;
   return length;

@@ -18,7 +18,7 @@ using Sorvik::FieldNameSet;
 using Sorvik::FieldValueMap;
 namespace XMPSupport = Sorvik::XMPSupport;
 
-constexpr std::size_t kLargestPacket = 64U << 20;
+constexpr std::size_t kMaxPacketBytes = 64U << 20;
 
 std::string ReadStandardInput(const std::atomic<bool>& stop) {
   std::string packet;
@@ -31,7 +31,7 @@ std::string ReadStandardInput(const std::atomic<bool>& stop) {
     }
     if (got == 0) break;
     packet.append(piece, 0, static_cast<std::size_t>(got));
-    if (packet.size() > kLargestPacket) throw Failure(kNothing, "the packet is too large");
+    if (packet.size() > kMaxPacketBytes) throw Failure(kNothing, "the packet is too large");
   }
   return packet;
 }

@@ -13,7 +13,7 @@
 namespace Sorvik {
 
 // As much of a shortcut as is read; real ones are a few kilobytes.
-inline constexpr std::size_t kMostShortcutBytes = 64 << 10;
+inline constexpr std::size_t kMaxShortcutBytes = 64 << 10;
 
 // Where a shortcut says that its target is. What it doesn't say is empty. Paths have backslashes.
 struct ShellLink {

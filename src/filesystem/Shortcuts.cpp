@@ -156,7 +156,7 @@ std::optional<std::string> FindOnVolume(const TargetFinder& finder, const ShellL
 }
 
 std::optional<std::string> TargetOfShellLink(const std::string& folder, const std::string& path) {
-  const auto bytes = platform::ReadHead(path, kMostShortcutBytes);
+  const auto bytes = platform::ReadHead(path, kMaxShortcutBytes);
   if (!bytes) return std::nullopt;
   const auto link = ParseShellLink(foundation::ByteReader(*bytes));
   if (!link) return std::nullopt;
@@ -170,7 +170,7 @@ std::optional<std::string> TargetOfShellLink(const std::string& folder, const st
 
 std::optional<std::string> TargetOfDesktopEntry(const std::string& folder,
                                                 const std::string& path) {
-  const auto bytes = platform::ReadHead(path, kMostShortcutBytes);
+  const auto bytes = platform::ReadHead(path, kMaxShortcutBytes);
   if (!bytes) return std::nullopt;
   const auto target = platform::LinkOfDesktopEntry(foundation::ByteReader(*bytes).Text());
   if (!target) return std::nullopt;

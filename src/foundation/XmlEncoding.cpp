@@ -96,9 +96,9 @@ bool IsForbidden(std::uint32_t point) {
 // The length of a reference such as "&#x1F;" at the start of `text` that names a control character;
 // 0 if there is none.
 std::size_t ForbiddenReference(std::string_view text) {
-  constexpr std::size_t kLongest = 12;
+  constexpr std::size_t kMaxReferenceLength = 12;
   if (!text.starts_with("&#")) return 0;
-  const auto end = text.substr(0, kLongest).find(';');
+  const auto end = text.substr(0, kMaxReferenceLength).find(';');
   if (end == text.npos) return 0;
   const bool hex = text.size() > 2 && (text[2] == 'x' || text[2] == 'X');
   const std::string_view digits = text.substr(hex ? 3 : 2, end - (hex ? 3 : 2));

@@ -18,7 +18,7 @@ namespace PathUtils = Hestra::PathUtils;
 using tarnwick::utility::AsciiToUTF16;
 using tarnwick::utility::FoldCase;
 
-constexpr int kMostFolders = 4;
+constexpr int kMaxFolders = 4;
 constexpr int kScorePlainDirectory = 30;
 constexpr char kDirectoryProvider[] = "com.halvane.Merisk.WinProviderDirectory";
 
@@ -79,7 +79,7 @@ std::optional<Owner> ScanFolder(const std::vector<ProviderWrapper*>& providers,
 std::optional<Owner> Climb(const UTF16String& path, const FieldNameSet& fieldSet) {
   UTF16String current = PathUtils::ToNormalizedPath(path);
   const UTF16String target = FoldCase(current);
-  for (int level = 0; level < kMostFolders; ++level) {
+  for (int level = 0; level < kMaxFolders; ++level) {
     current = GetParentFolder(current);
     if (current.empty()) return std::nullopt;
     const std::string folder = Hestra::MakeStdString(current);

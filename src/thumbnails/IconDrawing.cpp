@@ -67,10 +67,10 @@ int IconSideFor(int width, int height) {
   if (distance(kSmall) < distance(kShell)) return kSmall;
   // Themes draw 48 pixels by hand as well; beyond, one large drawing is reduced.
   constexpr int kLarge = 48;
-  constexpr int kLargest = 512;
+  constexpr int kMaxIconSize = 512;
   const int longer = std::max(width, height);
   if (longer <= (kShell + kLarge) / 2) return kShell;
-  return longer <= kLarge + kSmall ? kLarge : std::min(longer, kLargest);
+  return longer <= kLarge + kSmall ? kLarge : std::min(longer, kMaxIconSize);
 }
 
 Bitplate** DrawIcon(const Icon& icon, int width, int height) {

@@ -28,7 +28,7 @@ constexpr UsualRate kUsualRates[] = {
 };
 
 // Rates come from 32-bit parts of files; larger ones are nonsense, and products of these fit.
-constexpr std::uint64_t kLargestPart = 0xFFFFFFFF;
+constexpr std::uint64_t kMaxPartBytes = 0xFFFFFFFF;
 
 bool Near(const Rate& a, const Rate& b) {
   const double quotient = static_cast<double>(a.num) / static_cast<double>(a.den) *
@@ -53,7 +53,7 @@ std::string FractionText(std::uint64_t a, std::uint64_t b) {
 }  // namespace
 
 Rate Normalise(Rate rate) {
-  if (!rate.Known() || rate.num > kLargestPart || rate.den > kLargestPart) return Rate();
+  if (!rate.Known() || rate.num > kMaxPartBytes || rate.den > kMaxPartBytes) return Rate();
   const std::uint64_t divisor = std::gcd(rate.num, rate.den);
   const Rate reduced{rate.num / divisor, rate.den / divisor};
 

@@ -42,8 +42,8 @@ bool IsBigEndian(std::string_view bytes, std::size_t begin, std::size_t stride) 
 // these characters; empty if the trailer isn't closed.
 std::string_view Packet(std::string_view bytes, std::size_t begin, std::size_t end,
                         std::size_t stride) {
-  constexpr std::size_t kLongestTrailer = 32;
-  for (std::size_t i = kEnd.size(); i < kLongestTrailer; ++i) {
+  constexpr std::size_t kMaxTrailerLength = 32;
+  for (std::size_t i = kEnd.size(); i < kMaxTrailerLength; ++i) {
     const std::size_t at = end + i * stride;
     if (at >= bytes.size()) return {};
     if (bytes[at] != '>') continue;

@@ -16,8 +16,8 @@ using foundation::XmlElement;
 
 // References by rdf:nodeID can multiply what a document holds. Real packets repeat a record or two;
 // what goes beyond these many bytes, or deeper, stays empty.
-constexpr std::size_t kMostByReference = std::size_t{4} << 20;
-constexpr std::size_t kDeepestReference = 8;
+constexpr std::size_t kMaxReferencedBytes = std::size_t{4} << 20;
+constexpr std::size_t kMaxReferenceDepth = 8;
 
 // About what an element takes in memory, without its children.
 std::size_t WeightOf(const XmlElement& element) {
@@ -119,7 +119,7 @@ class Reader {
   // The value of a property element or item.
   XMPNode ReadValue(const XmlElement& element) {
     if (depth_ > 0) referenced_ += WeightOf(element);
-    if (referenced_ > kMostByReference) return XMPNode();
+    if (referenced_ > kMaxReferencedBytes) return XMPNode();
     XMPNode node = ReadBareValue(element);
     if (const XmlAttribute* language = element.FindAttribute(kNsXML, "lang")) {
       node.qualifiers.insert(node.qualifiers.begin(), SimpleNode(kNsXML, "lang", language->value));
@@ -167,7 +167,7 @@ class Reader {
   }
 
   XMPNode ReadReferenced(const XmlElement& target) {
-    if (depth_ >= kDeepestReference) return XMPNode();
+    if (depth_ >= kMaxReferenceDepth) return XMPNode();
     ++depth_;
     XMPNode node = ReadNode(target);
     --depth_;

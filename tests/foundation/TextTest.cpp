@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <random>
 
+#include "foundation/platform/NameOrder.h"
 #include "foundation/tarnwick/Text.h"
 
 namespace {
@@ -46,6 +47,7 @@ TEST(Text, FoldsOneToOne) {
 }
 
 TEST(Text, OrdersByCodeUnitsAndNotByBytes) {
+  using Sorvik::platform::LessByCodeUnits;
   const std::string high = "\xEF\xBC\xA1";        // U+FF21
   const std::string beyond = "\xF0\x9F\x8E\xAC";  // U+1F3AC, as a surrogate pair below U+FF21
   EXPECT_LT(high, beyond);

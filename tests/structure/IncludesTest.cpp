@@ -19,12 +19,13 @@ const std::string kPublic = "SorvikProvider/";
 // What each layer may include, besides itself.
 const std::map<std::string, std::set<std::string>> kArrows = {
     {"foundation", {}},
+    {"formats", {"foundation"}},
     {"frame", {"foundation"}},
-    {"xmp", {"foundation"}},
+    {"xmp", {"formats", "foundation"}},
     {"thumbnails", {"foundation", "frame"}},
-    {"metadata", {"foundation", "frame", "xmp"}},
+    {"metadata", {"formats", "foundation", "frame", "xmp"}},
     {"filesystem", {"foundation", "frame", "thumbnails"}},
-    {"providers", {"foundation", "frame", "metadata", "thumbnails"}},
+    {"providers", {"formats", "foundation", "frame", "metadata", "thumbnails"}},
 };
 
 // The one file that names the concrete providers.

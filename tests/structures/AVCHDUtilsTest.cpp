@@ -49,7 +49,7 @@ Names HeadFilesOf(const std::string& list) { return FilesOf(AVCHDUtils::GetShotH
 Names AllItems(const std::string& playlist) {
   class Collector final : public AVCHDUtils::PlayItemVisitor {
    public:
-    bool Visit(const foundation::avchd::PlayItem& item) override {
+    bool Visit(const formats::avchd::PlayItem& item) override {
       names.emplace_back(item.ClipName());
       return true;
     }
@@ -90,7 +90,7 @@ TEST(PlayItems, StopWhereTheVisitorSaysSo) {
   const TempTree tree;
   class TwoOnly final : public AVCHDUtils::PlayItemVisitor {
    public:
-    bool Visit(const foundation::avchd::PlayItem&) override { return ++visits < 2; }
+    bool Visit(const formats::avchd::PlayItem&) override { return ++visits < 2; }
     int visits = 0;
   } visitor;
   AVCHDUtils::ForEachPlayItem(Wide(tree.File("a.MPL", PlaylistOf(kTwoShots).str())), visitor);
@@ -266,7 +266,7 @@ TEST(ShotClips, AreTheSameWithAndWithoutAnIndex) {
   std::vector<Names> walked;
   for (const auto& n : numbers) walked.push_back(ShotOf(card.Path("STREAM/" + n + ".MTS")));
   const foundation::CallScope scope;
-  foundation::avchd::IndexPlaylists(card.Path("PLAYLIST"));
+  formats::avchd::IndexPlaylists(card.Path("PLAYLIST"));
   for (std::size_t i = 0; i < numbers.size(); ++i) {
     EXPECT_EQ(ShotOf(card.Path("STREAM/" + numbers[i] + ".MTS")), walked[i]) << numbers[i];
   }

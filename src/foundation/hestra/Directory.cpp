@@ -79,7 +79,7 @@ std::vector<UTF16String> GetContainedFilePaths(const UTF16String& folder,
   std::vector<UTF16String> files;
   if (!PathUtils::IsValidPath(folder)) return files;
   AddFiles(MakeStdString(PathUtils::RemoveTrailingSlash(folder)), ExtensionFilter(extension),
-           recursive ? kDeepestListing : 0, files);
+           recursive ? kMaxListingDepth : 0, files);
   return files;
 }
 

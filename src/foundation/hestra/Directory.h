@@ -16,7 +16,7 @@
 namespace Hestra::Directory {
 
 // How deep a recursive listing goes below its folder; links to folders are never followed there.
-inline constexpr int kDeepestListing = 64;
+inline constexpr int kMaxListingDepth = 64;
 
 bool IsDirectory(const UTF16String& path);
 

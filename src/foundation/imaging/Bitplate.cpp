@@ -18,7 +18,7 @@ struct Bitplate {
 
 namespace {
 
-constexpr int kLargestSide = 16384;
+constexpr int kMaxSide = 16384;
 constexpr int kBytesPerPixel = 4;
 
 Bitplate* RecordOf(Bitplate** plate) noexcept { return plate == nullptr ? nullptr : *plate; }
@@ -28,7 +28,7 @@ Bitplate* RecordOf(Bitplate** plate) noexcept { return plate == nullptr ? nullpt
 Bitplate** bitplateNew(const BitplateRect& bounds) noexcept {
   const long long width = static_cast<long long>(bounds.right) - bounds.left;
   const long long height = static_cast<long long>(bounds.bottom) - bounds.top;
-  if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide) return nullptr;
+  if (width < 1 || height < 1 || width > kMaxSide || height > kMaxSide) return nullptr;
   const auto size = static_cast<std::size_t>(width * height * kBytesPerPixel);
   std::unique_ptr<unsigned char[]> pixels(new (std::nothrow) unsigned char[size]());
   if (!pixels) return nullptr;

@@ -8,7 +8,7 @@ namespace Sorvik::imaging {
 namespace {
 
 // As many rows of bytes as a 16-bit sum holds.
-constexpr int kMostRowsInColumns = 65535 / 255;
+constexpr int kMaxRowsInColumns = 65535 / 255;
 
 }  // namespace
 
@@ -52,7 +52,7 @@ void BoxFilter::AddRow(std::span<const std::uint8_t> row) {
   }
   ++rowsInColumns_;
   const bool blockEnds = nextRow_ == FirstRowOf(drawnRow_);
-  if (blockEnds || rowsInColumns_ == kMostRowsInColumns) FoldColumns();
+  if (blockEnds || rowsInColumns_ == kMaxRowsInColumns) FoldColumns();
   if (blockEnds) WriteRow();
   --nextRow_;
 }

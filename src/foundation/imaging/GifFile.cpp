@@ -23,7 +23,7 @@ std::optional<std::uint8_t> ByteAt(const ImageSource& source, std::uint64_t offs
 }
 
 bool HasPixels(std::int64_t width, std::int64_t height) {
-  return width > 0 && height > 0 && width * height <= kMostPixels;
+  return width > 0 && height > 0 && width * height <= kMaxPixels;
 }
 
 // What a colour table takes whose packed field is `flags`; none without the highest bit.

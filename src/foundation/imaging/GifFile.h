@@ -13,7 +13,7 @@
 namespace Sorvik::imaging {
 
 // A GIF file of the first frame alone; nothing if that isn't wholly there, or if it or the logical
-// screen has no pixels or more than kMostPixels, about which the decoder would complain aloud.
+// screen has no pixels or more than kMaxPixels, about which the decoder would complain aloud.
 std::optional<std::vector<std::byte>> FirstGifFrame(const ImageSource& source);
 
 }  // namespace Sorvik::imaging

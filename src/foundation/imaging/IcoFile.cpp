@@ -15,8 +15,8 @@ using foundation::ByteReader;
 constexpr std::size_t kHeadBytes = 6;
 constexpr std::size_t kEntryBytes = 16;
 // Files in use hold a dozen; a side of at most 256 pixels bounds the bytes of one.
-constexpr std::size_t kMostEntries = 256;
-constexpr std::uint32_t kLargestPicture = 4u << 20;
+constexpr std::size_t kMaxEntries = 256;
+constexpr std::uint32_t kMaxPictureBytes = 4u << 20;
 
 struct Entry {
   int area;
@@ -31,13 +31,13 @@ int Side(std::uint8_t stored) { return stored == 0 ? 256 : stored; }
 
 std::optional<Entry> BestEntry(const ByteReader& directory, std::uint64_t fileSize) {
   std::optional<Entry> best;
-  const std::size_t count = std::min<std::size_t>(directory.U16LE(4).value_or(0), kMostEntries);
+  const std::size_t count = std::min<std::size_t>(directory.U16LE(4).value_or(0), kMaxEntries);
   for (std::size_t i = 0; i < count; ++i) {
     const auto record = directory.Sub(kHeadBytes + i * kEntryBytes, kEntryBytes);
     if (!record) break;
     const Entry entry{Side(*record->U8(0)) * Side(*record->U8(1)), *record->U16LE(6),
                       *record->U32LE(8), *record->U32LE(12), *record};
-    const bool isThere = entry.size > 0 && entry.size <= kLargestPicture &&
+    const bool isThere = entry.size > 0 && entry.size <= kMaxPictureBytes &&
                          entry.offset <= fileSize && entry.size <= fileSize - entry.offset;
     if (!isThere) continue;
     if (!best || entry.area > best->area || (entry.area == best->area && entry.bits > best->bits)) {
@@ -62,7 +62,7 @@ std::vector<std::byte> SingleHead(const ByteReader& record) {
 }  // namespace
 
 std::optional<IcoPicture> LargestIcoPicture(const ImageSource& source) {
-  std::array<std::byte, kHeadBytes + kMostEntries * kEntryBytes> space;
+  std::array<std::byte, kHeadBytes + kMaxEntries * kEntryBytes> space;
   const std::size_t got = source.ReadAt(0, space);
   const ByteReader directory(std::span<const std::byte>(space).first(got));
   const auto entry = BestEntry(directory, source.Size());

@@ -52,9 +52,9 @@ Icon IconOf(const Image& image) {
 
 std::optional<Icon> Load(const IconFile& file, int side) {
   // Icons of themes are small; what is larger than this isn't one.
-  constexpr std::uint64_t kLargestIconFile = 4u << 20;
+  constexpr std::uint64_t kMaxIconFileBytes = 4u << 20;
   const auto source = ImageSource::OpenFile(file.path);
-  if (!source || source->Size() > kLargestIconFile) return std::nullopt;
+  if (!source || source->Size() > kMaxIconFileBytes) return std::nullopt;
   const auto image = file.isSvg ? DecodeSvgIcon(*source, side) : DecodeImage(*source);
   if (!image) return std::nullopt;
   return IconOf(*image);

@@ -16,7 +16,7 @@ namespace Sorvik::imaging {
 namespace {
 
 // Far above the index of a large theme (80 kB); a larger file is none.
-constexpr std::size_t kLargestIndex = 2u << 20;
+constexpr std::size_t kMaxIndexBytes = 2u << 20;
 
 struct FreeKeyFile {
   void operator()(GKeyFile* file) const noexcept { g_key_file_free(file); }
@@ -28,7 +28,7 @@ struct FreeText {
 using KeyFile = std::unique_ptr<GKeyFile, FreeKeyFile>;
 
 KeyFile ReadIndex(const std::string& path) {
-  const auto bytes = platform::ReadHead(path, kLargestIndex);
+  const auto bytes = platform::ReadHead(path, kMaxIndexBytes);
   if (!bytes || bytes->empty()) return nullptr;
   KeyFile file(g_key_file_new());
   // Lists in an index are separated by commas, against the habit of key files.

@@ -35,7 +35,7 @@ struct SizeGate {
 
 void OnSizePrepared(GdkPixbufLoader* loader, int width, int height, gpointer data) {
   auto* gate = static_cast<SizeGate*>(data);
-  if (width < 1 || height < 1 || std::int64_t{width} * height > kMostPixels) {
+  if (width < 1 || height < 1 || std::int64_t{width} * height > kMaxPixels) {
     gate->refused = true;
     gdk_pixbuf_loader_set_size(loader, 0, 0);
   } else if (gate->side > 0) {
@@ -126,9 +126,9 @@ bool PngIsWhole(const ImageSource& source) {
   constexpr std::uint64_t kSignatureBytes = 8;
   constexpr std::uint64_t kBytesAroundData = 12;
   // A large picture has a few thousand chunks.
-  constexpr int kMostChunks = 200'000;
+  constexpr int kMaxChunks = 200'000;
   std::uint64_t offset = kSignatureBytes;
-  for (int i = 0; i < kMostChunks; ++i) {
+  for (int i = 0; i < kMaxChunks; ++i) {
     std::array<std::byte, 8> head;
     if (source.ReadAt(offset, head) != head.size()) return false;
     const ByteReader reader(head);

@@ -17,7 +17,7 @@ typedef struct _GdkPixbuf GdkPixbuf;
 namespace Sorvik::imaging {
 
 // Images of more pixels are refused before memory is taken for them.
-inline constexpr std::int64_t kMostPixels = 100'000'000;
+inline constexpr std::int64_t kMaxPixels = 100'000'000;
 
 enum class ImageType { kBmp, kPng, kJpeg, kTiff, kGif, kIco };
 

@@ -9,7 +9,7 @@ namespace Sorvik::imaging {
 
 std::optional<ImageSource> ImageSource::OpenFile(const std::string& path) {
   auto file = platform::RegularFile::Open(path);
-  if (!file || file->Size() > kLargestEncodedImage) return std::nullopt;
+  if (!file || file->Size() > kMaxEncodedImageBytes) return std::nullopt;
   return ImageSource(std::move(*file));
 }
 

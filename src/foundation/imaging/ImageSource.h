@@ -17,11 +17,11 @@ namespace Sorvik::imaging {
 
 // Larger files are no pictures that anyone wants as a thumbnail, and some decoders hold the whole
 // file in memory.
-inline constexpr std::uint64_t kLargestEncodedImage = 256u << 20;
+inline constexpr std::uint64_t kMaxEncodedImageBytes = 256u << 20;
 
 class ImageSource {
  public:
-  // Nothing if there is no regular file, or if it is larger than kLargestEncodedImage.
+  // Nothing if there is no regular file, or if it is larger than kMaxEncodedImageBytes.
   static std::optional<ImageSource> OpenFile(const std::string& path);
   // Borrows the bytes; the caller keeps them alive.
   explicit ImageSource(std::span<const std::byte> bytes) noexcept : data_(bytes) {}

@@ -19,11 +19,11 @@ namespace {
 
 // Near the end of a piece the library decodes in a slower way, so pieces are not small.
 constexpr std::size_t kBufferBytes = 256 * 1024;
-// The coefficients of a progressive picture of kMostPixels without subsampling take 600 MB.
-constexpr long kMostLibraryMemory = 640L << 20;
+// The coefficients of a progressive picture of kMaxPixels without subsampling take 600 MB.
+constexpr long kMaxLibraryMemory = 640L << 20;
 // Each scan of a progressive picture is a walk over all of its pixels, however few bytes it has in
 // the file. Real ones have about ten; the sum of pixels walked over bounds the time of one file.
-constexpr std::int64_t kMostPixelWalks = 1'500'000'000;
+constexpr std::int64_t kMaxPixelWalks = 1'500'000'000;
 // The library writes rows on vector boundaries past the caches, from where reading them again takes
 // longer than all that is done with them here. So they begin beside such a boundary.
 constexpr std::size_t kRowBegin = 1;
@@ -98,7 +98,7 @@ void JpegReader::State::ReadHead(State& state) {
   jpeg_decompress_struct& decoder = state.decoder;
   jpeg_create_decompress(&decoder);
   decoder.client_data = &state;
-  decoder.mem->max_memory_to_use = kMostLibraryMemory;
+  decoder.mem->max_memory_to_use = kMaxLibraryMemory;
   state.input.init_source = [](j_decompress_ptr) {};
   state.input.fill_input_buffer = Fill;
   state.input.skip_input_data = Skip;
@@ -151,7 +151,7 @@ void JpegReader::State::Skip(j_decompress_ptr decoder, long count) {
 void JpegReader::State::CountWalks(j_common_ptr decoder) {
   const auto& jpeg = *reinterpret_cast<j_decompress_ptr>(decoder);
   const std::int64_t pixels = std::int64_t{jpeg.image_width} * jpeg.image_height;
-  if (pixels * jpeg.input_scan_number > kMostPixelWalks) GiveUp(decoder);
+  if (pixels * jpeg.input_scan_number > kMaxPixelWalks) GiveUp(decoder);
 }
 
 JpegReader::JpegReader(std::unique_ptr<State> state) noexcept : state_(std::move(state)) {}
@@ -165,7 +165,7 @@ std::optional<JpegReader> JpegReader::Open(const ImageSource& source) {
   if (!state->Guarded(&State::ReadHead)) return std::nullopt;
   const std::int64_t width = state->decoder.image_width;
   const std::int64_t height = state->decoder.image_height;
-  if (width < 1 || height < 1 || width * height > kMostPixels) return std::nullopt;
+  if (width < 1 || height < 1 || width * height > kMaxPixels) return std::nullopt;
   return JpegReader(std::move(state));
 }
 

@@ -16,7 +16,7 @@ namespace Sorvik::imaging {
 
 class JpegReader {
  public:
-  // Reads the head. Nothing if it is damaged, or announces more than kMostPixels. `source` must
+  // Reads the head. Nothing if it is damaged, or announces more than kMaxPixels. `source` must
   // outlive the reader.
   static std::optional<JpegReader> Open(const ImageSource& source);
   JpegReader(JpegReader&&) noexcept;

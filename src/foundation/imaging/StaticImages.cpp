@@ -17,7 +17,7 @@ using Sorvik::imaging::Image;
 using Sorvik::imaging::ImageSource;
 
 // Buffers have no longer sides.
-constexpr int kLargestSide = 16384;
+constexpr int kMaxSide = 16384;
 
 // Small sizes have drawings of their own, in which details are left out.
 std::string FileNameOf(int number, int side) {
@@ -38,7 +38,7 @@ std::optional<Image> LoadPicture(int number, int side) {
 namespace Fenwold::StaticImageFactory {
 
 Ilkmoor::Frame LoadImageW(int number, int width, int height, Garrowby::PixelFormat, int) {
-  if (std::min(width, height) < 1 || std::max(width, height) > kLargestSide) return nullptr;
+  if (std::min(width, height) < 1 || std::max(width, height) > kMaxSide) return nullptr;
   const int side = std::min(width, height);
   const auto image = LoadPicture(number, side);
   if (!image || image->Channels() != 4) return nullptr;

@@ -92,10 +92,9 @@ std::optional<std::int64_t> ModificationTime(const std::string& path) noexcept {
   struct stat facts;
   if (stat(path.c_str(), &facts) != 0) return std::nullopt;
   constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
-  constexpr auto kMostSeconds =
-      std::numeric_limits<std::int64_t>::max() / kNanosecondsPerSecond - 1;
+  constexpr auto kMaxSeconds = std::numeric_limits<std::int64_t>::max() / kNanosecondsPerSecond - 1;
   const std::int64_t seconds =
-      std::clamp<std::int64_t>(facts.st_mtim.tv_sec, -kMostSeconds, kMostSeconds);
+      std::clamp<std::int64_t>(facts.st_mtim.tv_sec, -kMaxSeconds, kMaxSeconds);
   return seconds * kNanosecondsPerSecond + facts.st_mtim.tv_nsec;
 }
 

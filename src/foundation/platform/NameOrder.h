@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Sorting of large folders.
+// The order of names, and sorting of large folders.
 #pragma once
 
 #include <algorithm>
@@ -8,9 +8,15 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/tarnwick/Text.h"
-
 namespace Sorvik::platform {
+
+// The order of names and paths in lists: by 16-bit code units. On UTF-8 it differs from the order
+// of bytes only between U+E000..U+FFFF and the planes above.
+bool LessByCodeUnits(std::string_view a, std::string_view b);
+
+// The offset of the first byte that differs, or the length of the shorter text. Compares machine
+// words, because names in one folder often share a long prefix.
+std::size_t FirstDifference(std::string_view a, std::string_view b);
 
 enum class NameOrder {
   kBytes,      // that of keys
@@ -40,7 +46,7 @@ void SortByName(std::vector<Item>& items, NameOrder order) {
   if (items.size() < 2) return;
   std::size_t shared = std::string_view(items.front().name).size();
   for (const Item& item : items) {
-    shared = std::min(shared, tarnwick::utility::FirstDifference(items.front().name, item.name));
+    shared = std::min(shared, FirstDifference(items.front().name, item.name));
   }
   std::vector<Keyed> keyed;
   keyed.reserve(items.size());
@@ -55,7 +61,7 @@ void SortByName(std::vector<Item>& items, NameOrder order) {
   std::sort(keyed.begin(), keyed.end(), [=](const Keyed& a, const Keyed& b) {
     if (byKey && a.key != b.key) return a.key < b.key;
     if (order == NameOrder::kBytes) return a.item->name < b.item->name;
-    return tarnwick::utility::LessByCodeUnits(a.item->name, b.item->name);
+    return LessByCodeUnits(a.item->name, b.item->name);
   });
   std::vector<Item> sorted;
   sorted.reserve(items.size());

@@ -17,8 +17,8 @@
 namespace tarnwick::threads {
 namespace {
 
-constexpr unsigned kFewestThreads = 4;
-constexpr unsigned kMostThreads = 16;
+constexpr unsigned kMinThreads = 4;
+constexpr unsigned kMaxThreads = 16;
 
 FailureHook& Hook() {
   static FailureHook hook;
@@ -182,7 +182,7 @@ AsyncExecutor::~AsyncExecutor() = default;
 
 boost::shared_ptr<AsyncExecutor> CreateIOBoundExecutor() {
   const unsigned threads =
-      std::clamp(4 * std::thread::hardware_concurrency(), kFewestThreads, kMostThreads);
+      std::clamp(4 * std::thread::hardware_concurrency(), kMinThreads, kMaxThreads);
   return boost::make_shared<PoolExecutor>(threads);
 }
 

@@ -22,8 +22,8 @@ constexpr std::uint64_t kDescriptorSize = 8;  // length, offset
 constexpr char kContextEnd = '\x04';
 
 // Far more than the texts of this system.
-constexpr std::size_t kLargestFile = std::size_t{4} << 20;
-constexpr std::uint32_t kMostEntries = 100'000;
+constexpr std::size_t kMaxFileBytes = std::size_t{4} << 20;
+constexpr std::uint32_t kMaxEntries = 100'000;
 
 std::optional<std::string_view> TextOf(const ByteReader& file, std::uint64_t descriptor,
                                        bool bigEndian) {
@@ -45,7 +45,7 @@ Catalogue Catalogue::FromBytes(std::span<const std::byte> bytes) {
   const auto originals = file.U32(kOriginals, bigEndian);
   const auto translations = file.U32(kTranslations, bigEndian);
   if (!revision || *revision >> 16 != 0 || !count || !originals || !translations) return catalogue;
-  for (std::uint64_t i = 0; i < std::min(*count, kMostEntries); ++i) {
+  for (std::uint64_t i = 0; i < std::min(*count, kMaxEntries); ++i) {
     const auto original = TextOf(file, *originals + i * kDescriptorSize, bigEndian);
     const auto translation = TextOf(file, *translations + i * kDescriptorSize, bigEndian);
     if (!original || !translation || translation->empty()) continue;
@@ -55,7 +55,7 @@ Catalogue Catalogue::FromBytes(std::span<const std::byte> bytes) {
 }
 
 Catalogue Catalogue::FromFile(const std::string& path) {
-  const auto bytes = Sorvik::platform::ReadHead(path, kLargestFile);
+  const auto bytes = Sorvik::platform::ReadHead(path, kMaxFileBytes);
   return bytes ? FromBytes(*bytes) : Catalogue();
 }
 

@@ -5,41 +5,18 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
-#include <optional>
+
+#include "foundation/platform/Utf8.h"
 
 namespace tarnwick::utility {
 namespace {
 
-constexpr char16_t kEscapeBase = 0xDC00;  // + byte: a byte that is no part of valid UTF-8
+using Sorvik::platform::DecodePoint;
+using Sorvik::platform::kEscapeBase;
 
 constexpr bool IsHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 constexpr bool IsLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 constexpr bool IsEscape(char16_t unit) { return unit >= 0xDC80 && unit <= 0xDCFF; }
-
-struct Decoded {
-  char32_t point;
-  std::size_t length;
-};
-
-// The code point at the start of `text`; nothing if the bytes there are no valid UTF-8 (over-long
-// forms, surrogates and values above U+10FFFF included).
-std::optional<Decoded> DecodePoint(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byte(0);
-  if (lead < 0x80) return Decoded{lead, 1};
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return std::nullopt;
-  char32_t point = lead & (0x7Fu >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0) != 0x80) return std::nullopt;
-    point = (point << 6) | (byte(i) & 0x3Fu);
-  }
-  constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-  const bool surrogate = point >= 0xD800 && point <= 0xDFFF;
-  if (point < kLeast[length] || point > 0x10FFFF || surrogate) return std::nullopt;
-  return Decoded{point, length};
-}
 
 void AppendUnits(UTF16String& out, char32_t point) {
   if (point < 0x10000) {
@@ -143,29 +120,6 @@ UTF16String FoldCase(std::u16string_view text) {
 UTF16String LowerCase(std::u16string_view text) { return MapPoints(text, u_tolower); }
 
 UTF16String UpperCase(std::u16string_view text) { return MapPoints(text, u_toupper); }
-
-std::size_t FirstDifference(std::string_view a, std::string_view b) {
-  const std::size_t shorter = std::min(a.size(), b.size());
-  std::size_t i = 0;
-  for (; shorter - i >= sizeof(std::uint64_t); i += sizeof(std::uint64_t)) {
-    std::uint64_t wordA;
-    std::uint64_t wordB;
-    std::memcpy(&wordA, a.data() + i, sizeof(wordA));
-    std::memcpy(&wordB, b.data() + i, sizeof(wordB));
-    if (wordA != wordB) break;
-  }
-  while (i < shorter && a[i] == b[i]) ++i;
-  return i;
-}
-
-bool LessByCodeUnits(std::string_view a, std::string_view b) {
-  const std::size_t common = FirstDifference(a, b);
-  if (common == a.size() || common == b.size()) return a.size() < b.size();
-  const auto byteA = static_cast<unsigned char>(a[common]);
-  const auto byteB = static_cast<unsigned char>(b[common]);
-  if (byteA < 0x80 && byteB < 0x80) return byteA < byteB;
-  return UTF8to16(a) < UTF8to16(b);
-}
 
 bool StringToNumber(std::u16string_view text, int& number) noexcept {
   char digits[24];

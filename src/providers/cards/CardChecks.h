@@ -10,7 +10,7 @@
 namespace Sorvik {
 
 // Records of clips are some 10 kB; larger ones count as unreadable.
-inline constexpr std::size_t kLargestClipXml = std::size_t{4} << 20;
+inline constexpr std::size_t kMaxClipXmlBytes = std::size_t{4} << 20;
 
 // Each clip XML names its video, sound channels, proxy, icon and the clips before and after it in
 // its shot; those of a shot may lie on cards beside this one.

@@ -13,9 +13,9 @@ namespace Sorvik::xdcamex {
 namespace {
 
 namespace PathUtils = Hestra::PathUtils;
-using foundation::sony::Material;
-using foundation::sony::MaterialPart;
-using foundation::sony::MediaProfile;
+using formats::sony::Material;
+using formats::sony::MaterialPart;
+using formats::sony::MediaProfile;
 using tarnwick::utility::FoldCase;
 
 // The folder that uris of a list are relative to: the card's, whatever the list's own is.
@@ -130,7 +130,7 @@ MediaProCard MediaProCard::Read(const UTF16String& xmlPath) {
     essences.push_back(FoldCase(paths.OnCard(entry.essencePath)));
     card.Add(std::move(entry));
   }
-  card.essences_ = std::make_shared<const foundation::TextIndex>(std::move(essences));
+  card.essences_ = std::make_shared<const formats::TextIndex>(std::move(essences));
   return card;
 }
 

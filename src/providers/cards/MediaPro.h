@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "SorvikProvider/foundation/UTF16String.h"
-#include "foundation/TextIndex.h"
-#include "foundation/sony/MediaProfile.h"
+#include "formats/TextIndex.h"
+#include "formats/sony/MediaProfile.h"
 
 namespace Sorvik::xdcamex {
 
@@ -59,7 +59,7 @@ class MediaProCard {
   std::vector<MediaProEntry> entries_;
   Places umids_;
   Places components_;
-  std::shared_ptr<const foundation::TextIndex> essences_;
+  std::shared_ptr<const formats::TextIndex> essences_;
 };
 
 }  // namespace Sorvik::xdcamex

@@ -19,7 +19,7 @@ namespace {
 namespace PathUtils = Hestra::PathUtils;
 using foundation::XmlElement;
 
-constexpr std::size_t kMostChannels = 16;
+constexpr std::size_t kMaxChannels = 16;
 
 // Another clip of the shot, as a clip names it.
 struct Neighbour {
@@ -78,7 +78,7 @@ void CheckEssence(Card& card, const std::string& key, const UTF16String& id,
   if (essence->Child("Video") != nullptr) {
     Require(card, key, "video", PartPath(card, p2::kVideo, id + u".MXF"));
   }
-  const std::size_t channels = std::min(essence->ChildrenNamed("Audio").size(), kMostChannels);
+  const std::size_t channels = std::min(essence->ChildrenNamed("Audio").size(), kMaxChannels);
   for (std::size_t i = 0; i < channels; ++i) {
     const UTF16String digits =
         tarnwick::utility::AsciiToUTF16((i < 10 ? "0" : "") + std::to_string(i));
@@ -90,7 +90,7 @@ void CheckClip(Card& card, const UTF16String& xmlPath) {
   const UTF16String id = PathUtils::GetFilePart(xmlPath);
   const std::string key = Hestra::MakeStdString(id);
   const auto document =
-      foundation::ReadXmlFile(Hestra::MakeStdString(xmlPath), {.bytes = kLargestClipXml});
+      foundation::ReadXmlFile(Hestra::MakeStdString(xmlPath), {.bytes = kMaxClipXmlBytes});
   const XmlElement* content = document ? document->Root().Child("ClipContent") : nullptr;
   if (content == nullptr) {
     card.findings.missing.push_back({key, "readable clip record", Hestra::MakeStdString(xmlPath)});
@@ -117,7 +117,7 @@ class NeighbourCardVisitor final : public p2::DirVisitor {
   bool Visit(const tarnwick::filesupport::Dir& dir) override {
     for (const UTF16String& xml : p2::ListClipXmlFiles(dir.FullPath())) {
       const auto document =
-          foundation::ReadXmlFile(Hestra::MakeStdString(xml), {.bytes = kLargestClipXml});
+          foundation::ReadXmlFile(Hestra::MakeStdString(xml), {.bytes = kMaxClipXmlBytes});
       const XmlElement* content = document ? document->Root().Child("ClipContent") : nullptr;
       if (content != nullptr) card_.globalIds.insert(FoldedId(content->TextOf("GlobalClipID")));
     }

@@ -68,7 +68,7 @@ std::shared_ptr<const P2FolderFileMap> FilesOf(const UTF16String& contents) {
   const std::string folder = Hestra::MakeStdString(contents);
   return foundation::CallScope::Remember<P2FolderFileMap>(folder, [&folder] {
     P2FolderFileMap map;
-    Scan(folder, Hestra::Directory::kDeepestListing, map);
+    Scan(folder, Hestra::Directory::kMaxListingDepth, map);
     return map;
   });
 }

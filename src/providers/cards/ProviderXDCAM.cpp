@@ -39,7 +39,7 @@ struct KnownName {
 };
 
 struct Layout {
-  std::size_t fewestEntries;
+  std::size_t minEntries;
   unsigned complete;  // all bits of what must be there
   std::vector<KnownName> names;
 };
@@ -72,7 +72,7 @@ const Layout& DiscLayout() {
 std::optional<bool> FitsLayout(const UTF16String& folder, const Layout& layout) {
   auto entries = Directory::GetContainedPaths(folder);
   PathUtils::FilterHiddenFiles(entries);
-  if (entries.size() < layout.fewestEntries) return std::nullopt;
+  if (entries.size() < layout.minEntries) return std::nullopt;
   unsigned mask = 0;
   bool impure = false;
   for (const UTF16String& entry : entries) {
@@ -126,9 +126,9 @@ void AddExtraPaths(const UTF16String& root, const UTF16String& xmlPath, bool onD
 
 // The essence by the text of the key alone, as the thumbnail needs it; empty if it is no key.
 UTF16String EssenceForThumbnail(const UTF16String& path, const UTF16String& key) {
-  constexpr std::size_t kShortestKey = 8;
+  constexpr std::size_t kMinKeyLength = 8;
   const auto end = key.rfind(kClipXmlEnd);
-  if (key.size() < kShortestKey || end == key.npos) return {};
+  if (key.size() < kMinKeyLength || end == key.npos) return {};
   const UTF16String stem = key.substr(0, end);
   // A folder of that name above the medium doesn't count.
   const auto clipFolder = key.rfind(kClpr);

@@ -35,8 +35,8 @@ constexpr int kScoreWithoutTakes = 40;
 constexpr char16_t kCardFolder[] = u"BPAV";
 constexpr std::u16string_view kClipXmlEnd = u"M01.XML";
 constexpr std::u16string_view kEssenceEnd = u".MP4";
-constexpr std::size_t kFewestEntries = 3;
-constexpr std::size_t kMostEntries = 6;
+constexpr std::size_t kMinEntries = 3;
+constexpr std::size_t kMaxEntries = 6;
 
 constexpr char kRelation[] = "relation";
 constexpr char kShotName[] = "shotName";
@@ -50,7 +50,7 @@ std::optional<bool> IsBpavCard(const UTF16String& root) {
   if (std::ranges::find(entries, bpav) == entries.end()) return std::nullopt;
   entries = Directory::GetContainedPaths(bpav);
   PathUtils::FilterHiddenFiles(entries);
-  if (entries.size() < kFewestEntries || entries.size() > kMostEntries) return std::nullopt;
+  if (entries.size() < kMinEntries || entries.size() > kMaxEntries) return std::nullopt;
   const auto holds = [&](const char16_t* name) {
     return std::ranges::find(entries, CombinePaths(bpav, name)) != entries.end();
   };
@@ -131,7 +131,7 @@ ContentMap ProviderXDCAMEX::GetContent(const std::string&, const std::string& ke
                                        const FieldNameSet& fields) const {
   const foundation::CallScope scope;
   FieldValueMap values = XMPSupport::MakeValue(key, RowsFor(fields, {kShotName}));
-  std::size_t recordsLeft = xdcamex::kMostTakeRecords;
+  std::size_t recordsLeft = xdcamex::kMaxTakeRecords;
   if (!FillClipEntry(MakeString(key), fields, values, recordsLeft)) return {};
   ContentMap content;
   content.emplace(key, std::move(values));
@@ -147,7 +147,7 @@ ContentMap ProviderXDCAMEX::GetContent(const std::string& path, const FieldNameS
   std::ranges::sort(clips);
   const XMPSupport::XMPFieldBits rows = RowsFor(fields, {kShotName, kRelation});
   std::set<std::string> takes;
-  std::size_t recordsLeft = xdcamex::kMostTakeRecords;
+  std::size_t recordsLeft = xdcamex::kMaxTakeRecords;
   ContentMap content;
   for (const UTF16String& xmlPath : clips) {
     if (ProviderRequest::TestAborted(request)) return {};

@@ -9,8 +9,8 @@
 namespace Sorvik::xdcamex {
 
 namespace PathUtils = Hestra::PathUtils;
+using formats::sony::MediaProfile;
 using foundation::CallScope;
-using foundation::sony::MediaProfile;
 
 struct NeighbourLists {
   std::vector<UTF16String> paths;
@@ -21,7 +21,7 @@ namespace {
 constexpr std::u16string_view kCardFolder = u"/BPAV";
 
 // The lists of hundreds of full cards. They are kept for the call, so hostile ones must end.
-constexpr std::size_t kMostRecordsBeside = 500'000;
+constexpr std::size_t kMaxSiblingRecords = 500'000;
 
 // Where the lists of the cards beside this one would lie.
 std::shared_ptr<const NeighbourLists> ListsBeside(const UTF16String& mediaPro) {
@@ -49,7 +49,7 @@ std::shared_ptr<const MediaProCard> NeighbourCards::Next() {
   while (next_ < lists_->paths.size()) {
     const UTF16String& list = lists_->paths[next_++];
     records_ += MediaProfile::Of(list)->RecordCount();
-    if (records_ > kMostRecordsBeside) return nullptr;
+    if (records_ > kMaxSiblingRecords) return nullptr;
     auto card = MediaProCard::Of(list);
     if (!card->Entries().empty()) return card;
   }

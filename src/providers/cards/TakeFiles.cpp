@@ -8,21 +8,21 @@
 #include <unordered_set>
 #include <utility>
 
+#include "formats/sony/TakePlaylist.h"
 #include "foundation/CallScope.h"
 #include "foundation/FoldedNames.h"
 #include "foundation/Presence.h"
 #include "foundation/hestra/PathUtils.h"
-#include "foundation/sony/TakePlaylist.h"
 #include "providers/cards/TakeCards.h"
 
 namespace Sorvik::xdcamex {
 namespace {
 
 namespace PathUtils = Hestra::PathUtils;
+using formats::sony::TakePlaylist;
 using foundation::CallScope;
 using foundation::IsPresent;
 using foundation::Lookup;
-using foundation::sony::TakePlaylist;
 using PathUtils::CombinePaths;
 using tarnwick::utility::FoldCase;
 

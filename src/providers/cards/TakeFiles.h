@@ -21,7 +21,7 @@ struct TakeFiles {
 
 // What the takes of one listing may name together: as much as a whole list, for each clip is in one
 // take. In hostile lists all takes hold all clips, and their paths would grow with the square.
-inline constexpr std::size_t kMostTakeRecords = foundation::sony::kMostRecords;
+inline constexpr std::size_t kMaxTakeRecords = formats::sony::kMaxRecords;
 
 // What the clip with the essence `mp4Path` belongs to. A part that is nowhere is left out. Lessens
 // `recordsLeft` by what the take names; once that is used up, the clip stands for itself.

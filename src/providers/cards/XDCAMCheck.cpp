@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <string>
 
+#include "formats/sony/MediaProfile.h"
 #include "foundation/CallScope.h"
 #include "foundation/FoldedNames.h"
 #include "foundation/Presence.h"
 #include "foundation/XmlTree.h"
 #include "foundation/hestra/PathUtils.h"
-#include "foundation/sony/MediaProfile.h"
 #include "frame/StructureParts.h"
 #include "providers/cards/CardChecks.h"
 #include "providers/cards/MediaPro.h"
@@ -20,9 +20,9 @@ namespace Sorvik {
 namespace {
 
 namespace PathUtils = Hestra::PathUtils;
-using foundation::sony::Material;
-using foundation::sony::MaterialPart;
-using foundation::sony::MediaProfile;
+using formats::sony::Material;
+using formats::sony::MaterialPart;
+using formats::sony::MediaProfile;
 using PathUtils::CombinePaths;
 using xdcamex::MediaProCard;
 using xdcamex::MediaProEntry;
@@ -48,7 +48,7 @@ void RequireReadable(StructureFindings& findings, const UTF16String& key) {
   if (!foundation::IsPresent(key, foundation::Lookup::kListing)) return;
   const std::string path = Hestra::MakeStdString(key);
   const auto state = foundation::CallScope::Remember<RecordState>(path, [&path] {
-    return RecordState{foundation::ReadXmlFile(path, {.bytes = kLargestClipXml}).has_value()};
+    return RecordState{foundation::ReadXmlFile(path, {.bytes = kMaxClipXmlBytes}).has_value()};
   });
   if (!state->readable) Miss(findings, key, "readable clip record", key);
 }

@@ -14,10 +14,10 @@ namespace {
 
 namespace Directory = Hestra::Directory;
 namespace PathUtils = Hestra::PathUtils;
+using formats::sony::Material;
+using formats::sony::MaterialPart;
 using foundation::IsPresent;
 using foundation::Lookup;
-using foundation::sony::Material;
-using foundation::sony::MaterialPart;
 using PathUtils::CombinePaths;
 
 using Paths = std::vector<UTF16String>;
@@ -96,7 +96,7 @@ void AddMaterialFiles(const UTF16String& root, const Material& material, Paths& 
   std::size_t infos = 0;
   for (const MaterialPart& part : material.parts) {
     if (part.kind != MaterialPart::Kind::kRelevantInfo) continue;
-    if (++infos > kMostFilesOfClip) break;
+    if (++infos > kMaxFilesOfClip) break;
     const auto path = PathOfUri(root, part.uri);
     if (!path) continue;
     AddPathIfExists(*path, paths);

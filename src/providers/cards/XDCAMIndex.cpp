@@ -3,22 +3,22 @@
 
 #include <utility>
 
+#include "formats/XercesDocument.h"
 #include "foundation/CallScope.h"
-#include "foundation/XercesDocument.h"
 #include "foundation/hestra/PathUtils.h"
 
 namespace Sorvik::xdcam {
 namespace {
 
+using formats::FindChildElement;
+using formats::FindNextSiblingElement;
+using formats::GetElementAttribute;
+using formats::TextIndex;
+using formats::XercesDocument;
+using formats::XercesElement;
+using formats::sony::Material;
+using formats::sony::MediaProfile;
 using foundation::CallScope;
-using foundation::FindChildElement;
-using foundation::FindNextSiblingElement;
-using foundation::GetElementAttribute;
-using foundation::TextIndex;
-using foundation::XercesDocument;
-using foundation::XercesElement;
-using foundation::sony::Material;
-using foundation::sony::MediaProfile;
 
 struct MaterialUris {
   std::shared_ptr<const MediaProfile> list;
@@ -39,18 +39,18 @@ struct ClipTable {
 };
 
 // A folder bears the id, and no longer name can be one.
-constexpr std::size_t kLongestClipId = 255;
+constexpr std::size_t kMaxClipIdLength = 255;
 
 void AddFileOf(XercesElement element, IndexedClip& clip) {
   UTF16String file;
   GetElementAttribute(element, u"file", file);
-  if (!file.empty() && clip.files.size() < kMostFilesOfClip) clip.files.push_back(std::move(file));
+  if (!file.empty() && clip.files.size() < kMaxFilesOfClip) clip.files.push_back(std::move(file));
 }
 
 IndexedClip ReadClip(XercesElement element) {
   IndexedClip clip;
   GetElementAttribute(element, u"clipId", clip.clipId);
-  if (clip.clipId.size() > kLongestClipId) clip.clipId.clear();
+  if (clip.clipId.size() > kMaxClipIdLength) clip.clipId.clear();
   AddFileOf(element, clip);
   for (const char16_t* name : {u"subStream", u"rtmeta"}) {
     AddFileOf(FindChildElement(element, name), clip);

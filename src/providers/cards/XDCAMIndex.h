@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "SorvikProvider/foundation/UTF16String.h"
-#include "foundation/TextIndex.h"
-#include "foundation/sony/MediaProfile.h"
+#include "formats/TextIndex.h"
+#include "formats/sony/MediaProfile.h"
 
 namespace Sorvik::xdcam {
 
@@ -19,13 +19,13 @@ using Hestra::UTF16String;
 
 // The first material of `root`/MEDIAPRO.XML in whose uri the file name occurs, with the list that
 // owns it; null if there is none.
-std::shared_ptr<const foundation::sony::Material> FindMaterial(const UTF16String& root,
-                                                               std::u16string_view essenceFile);
+std::shared_ptr<const formats::sony::Material> FindMaterial(const UTF16String& root,
+                                                            std::u16string_view essenceFile);
 
 // Several times what a clip has of files besides its essence: eight channels of sound and a few
 // more. A hostile index can match every clip of a medium with one row, so its length must not
 // multiply.
-inline constexpr std::size_t kMostFilesOfClip = 64;
+inline constexpr std::size_t kMaxFilesOfClip = 64;
 
 struct IndexedClip {
   UTF16String clipId;

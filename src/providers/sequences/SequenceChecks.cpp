@@ -25,7 +25,7 @@ namespace PathUtils = Hestra::PathUtils;
 using tarnwick::utility::FoldCase;
 
 // More gaps than this in one run are named by their first and last alone.
-constexpr std::uint64_t kMostNamedGaps = 100;
+constexpr std::uint64_t kMaxNamedGaps = 100;
 
 constexpr std::u16string_view kSegment = u".R3D";
 
@@ -63,7 +63,7 @@ std::string Joined(const NumberedName& name, std::uint64_t number) {
 void AddGap(const NumberedName& like, std::uint64_t from, std::uint64_t to,
             const std::string& folder, const std::string& key, const std::string& kind,
             StructureFindings& findings) {
-  if (to - from > kMostNamedGaps) {
+  if (to - from > kMaxNamedGaps) {
     findings.missing.push_back({key, kind + "s from here", folder + "/" + Joined(like, from)});
     findings.missing.push_back({key, kind + "s up to here", folder + "/" + Joined(like, to - 1)});
     return;

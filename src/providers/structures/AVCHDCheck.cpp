@@ -4,9 +4,9 @@
 #include <set>
 #include <string>
 
+#include "formats/avchd/Playlist.h"
 #include "foundation/CallScope.h"
 #include "foundation/FolderNames.h"
-#include "foundation/avchd/Playlist.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "frame/StructureParts.h"
@@ -61,7 +61,7 @@ void CheckClip(const std::string& clip, const std::string& entryKey, Card& card)
 
 void CheckPlaylist(const std::string& path, Card& card) {
   std::string entryKey;
-  for (const auto& item : foundation::avchd::LoadPlaylist(path)->items) {
+  for (const auto& item : formats::avchd::LoadPlaylist(path)->items) {
     const std::string clip(item.ClipName());
     if (clip.find_first_not_of("0123456789") != clip.npos) continue;
     if (!item.ContinuesShot() || entryKey.empty()) {

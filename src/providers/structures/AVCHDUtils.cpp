@@ -12,8 +12,8 @@
 namespace Sorvik::AVCHDUtils {
 namespace {
 
+using formats::avchd::PlayItem;
 using foundation::FolderNames;
-using foundation::avchd::PlayItem;
 using tarnwick::filesupport::CompareFileNames;
 using tarnwick::filesupport::Dir;
 using tarnwick::filesupport::File;
@@ -69,7 +69,7 @@ bool IsClipName(const UTF16String& title) {
 }  // namespace
 
 void ForEachPlayItem(const UTF16String& path, PlayItemVisitor& visitor) {
-  const auto playlist = foundation::avchd::LoadPlaylist(Hestra::MakeStdString(path));
+  const auto playlist = formats::avchd::LoadPlaylist(Hestra::MakeStdString(path));
   for (const PlayItem& item : playlist->items) {
     if (!visitor.Visit(item)) return;
   }
@@ -113,7 +113,7 @@ void GetShotHeadClips(const UTF16String& playlist, std::vector<UTF16String>& out
 }
 
 void GetShotClips(const UTF16String& streamFile, std::vector<UTF16String>& out) {
-  const auto shot = foundation::avchd::FindShotOfStream(Hestra::MakeStdString(streamFile));
+  const auto shot = formats::avchd::FindShotOfStream(Hestra::MakeStdString(streamFile));
   if (!shot) return;
   std::vector<std::string> names;
   std::unordered_set<std::string_view> seen;

@@ -14,14 +14,14 @@
 #include <vector>
 
 #include "SorvikProvider/foundation/UTF16String.h"
-#include "foundation/avchd/Playlist.h"
+#include "formats/avchd/Playlist.h"
 
 namespace Sorvik::AVCHDUtils {
 
 class PlayItemVisitor {
  public:
   // True to go on to the next item. The item is valid during the call alone.
-  virtual bool Visit(const foundation::avchd::PlayItem& item) = 0;
+  virtual bool Visit(const formats::avchd::PlayItem& item) = 0;
   virtual ~PlayItemVisitor() = default;
 };
 

@@ -10,10 +10,10 @@
 
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
+#include "formats/avchd/Playlist.h"
 #include "foundation/CallScope.h"
 #include "foundation/FolderNames.h"
 #include "foundation/Presence.h"
-#include "foundation/avchd/Playlist.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "providers/structures/AVCHDUtils.h"
@@ -41,13 +41,13 @@ constexpr std::u16string_view kMovieObjectFile[] = {u"MovieObject.bdmv", u"MOVIE
 // "#" stands for a digit; one of the extensions follows.
 constexpr std::u16string_view kNameMask = u"#####.";
 constexpr std::u16string_view kStreamExtensions[] = {u"MTS", u"mts", u"M2TS", u"m2ts"};
-constexpr std::size_t kShortestName = 9;
+constexpr std::size_t kMinNameLength = 9;
 
 constexpr int kScoreCard = 100;
 constexpr int kScoreWithReservation = 40;
 
 bool IsClipFileName(std::u16string_view name) {
-  if (name.size() < kShortestName) return false;
+  if (name.size() < kMinNameLength) return false;
   const bool fits = std::equal(
       kNameMask.begin(), kNameMask.end(), name.begin(),
       [](char16_t m, char16_t c) { return m == u'#' ? c >= u'0' && c <= u'9' : m == c; });
@@ -222,8 +222,7 @@ std::set<UTF16String> ListHeadClips(const UTF16String& bdmv, ProviderRequest* re
     AVCHDUtils::GetShotHeadClips(playlist, clips);
     heads.insert(clips.begin(), clips.end());
   }
-  foundation::avchd::IndexPlaylists(
-      Hestra::MakeStdString(PathUtils::CombinePaths(bdmv, kPlaylist)));
+  formats::avchd::IndexPlaylists(Hestra::MakeStdString(PathUtils::CombinePaths(bdmv, kPlaylist)));
   return heads;
 }
 

@@ -32,7 +32,7 @@ constexpr char16_t kTracksFile[] = u"TRACKS.DAT";
 
 // "#" stands for a digit; the extension follows.
 constexpr std::u16string_view kNameMask = u"##_####_####-##-##_######.";
-constexpr std::size_t kShortestName = kNameMask.size() + 2;
+constexpr std::size_t kMinNameLength = kNameMask.size() + 2;
 constexpr std::size_t kNumberStart = 3;
 constexpr std::size_t kNumberLength = 4;
 
@@ -61,7 +61,7 @@ bool FitsMask(std::u16string_view name) {
 
 // Recognition counts every file that recorders write, the listing only what can be opened.
 bool IsClipFileName(std::u16string_view name, bool forRecognition) {
-  if (name.size() < kShortestName || !FitsMask(name)) return false;
+  if (name.size() < kMinNameLength || !FitsMask(name)) return false;
   const std::u16string_view extension = name.substr(kNameMask.size());
   if (extension == u"M2T" || extension == u"AVI") return true;
   if (extension == u"DV") return forRecognition || IsDVImportable();

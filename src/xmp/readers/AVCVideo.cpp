@@ -15,9 +15,9 @@ enum NalType : unsigned { kSEI = 6, kSPS = 7 };
 enum SEIType : unsigned { kPictureTiming = 1, kUserData = 5 };
 
 // Parameter sets and messages are some hundred bytes; slices, which nobody looks into, are large.
-constexpr std::uint64_t kMostNal = 64 * 1024;
+constexpr std::uint64_t kMaxNalBytes = 64 * 1024;
 // The recording block stands in the first pictures or nowhere.
-constexpr int kMostNals = 20'000;
+constexpr int kMaxNals = 20'000;
 
 // UUID 17EE8C60-F84D-11D9-8CD6-0800200C9A66, then the name of the block.
 constexpr std::string_view kRecordingBlock(
@@ -64,8 +64,8 @@ void SkipScalingLists(BitReader& bits, std::uint32_t chroma) {
 
 void ReadHRD(BitReader& bits, Sequence& sequence) {
   const std::uint32_t count = bits.Unsigned() + 1;
-  constexpr std::uint32_t kMostSchedules = 32;
-  if (count > kMostSchedules) return;
+  constexpr std::uint32_t kMaxSchedules = 32;
+  if (count > kMaxSchedules) return;
   bits.Skip(8);
   for (std::uint32_t i = 0; i < count && bits.Good(); ++i) {
     bits.Unsigned();
@@ -168,7 +168,7 @@ Sequence ReadSPS(ByteReader payload, VideoFacts& facts) {
   }
   bits.Unsigned();
   bits.Skip(1);
-  constexpr std::uint64_t kMostBlocks = 4096;  // of 16 samples
+  constexpr std::uint64_t kMaxBlocks = 4096;  // of 16 samples
   const std::uint64_t columns = std::uint64_t{bits.Unsigned()} + 1;
   const std::uint64_t rows = std::uint64_t{bits.Unsigned()} + 1;
   sequence.progressive = bits.Flag();
@@ -180,7 +180,7 @@ Sequence ReadSPS(ByteReader payload, VideoFacts& facts) {
     cropX = std::uint64_t{bits.Unsigned()} + bits.Unsigned();
     cropY = std::uint64_t{bits.Unsigned()} + bits.Unsigned();
   }
-  if (!bits.Good() || columns > kMostBlocks || rows > kMostBlocks) return sequence;
+  if (!bits.Good() || columns > kMaxBlocks || rows > kMaxBlocks) return sequence;
   const std::uint64_t fields = sequence.progressive ? 1 : 2;
   const std::uint64_t unitX = chroma == 1 || chroma == 2 ? 2 : 1;
   const std::uint64_t unitY = (chroma == 1 ? 2 : 1) * fields;
@@ -241,7 +241,7 @@ VideoFacts ReadAVC(ByteReader stream) {
   VideoFacts facts;
   Sequence sequence;
   std::uint64_t at = FindStartCode(stream, 0);
-  for (int count = 0; count < kMostNals && at < stream.Size(); ++count) {
+  for (int count = 0; count < kMaxNals && at < stream.Size(); ++count) {
     constexpr std::uint64_t kStartCode = 3;
     const std::uint64_t begin = at + kStartCode;
     at = FindStartCode(stream, begin);
@@ -250,7 +250,7 @@ VideoFacts ReadAVC(ByteReader stream) {
     const unsigned type = stream.U8(begin).value_or(0) & 0x1Fu;
     if (type != kSPS && type != kSEI) continue;
     const auto payload =
-        WithoutEmulation(stream.Clip(begin + 1, std::min(end - begin - 1, kMostNal)));
+        WithoutEmulation(stream.Clip(begin + 1, std::min(end - begin - 1, kMaxNalBytes)));
     if (type == kSPS && !sequence.good) sequence = ReadSPS(ByteReader(payload), facts);
     if (type == kSEI) ReadSEI(ByteReader(payload), sequence, facts);
     const bool ordered = sequence.good && (sequence.progressive || facts.fieldOrder != nullptr);

@@ -33,7 +33,7 @@ constexpr std::uint64_t kBitmapWidth = 4;
 constexpr std::uint64_t kBitmapHeight = 8;  // negative where rows run from the top
 constexpr std::uint64_t kBitmapCompression = 16;
 // A side that is longer isn't one.
-constexpr std::uint32_t kMostPixels = 100'000;
+constexpr std::uint32_t kMaxPixels = 100'000;
 // vprp.
 constexpr std::uint64_t kFrameAspect = 20;
 
@@ -141,7 +141,7 @@ void AviHeader::StorePicture(TXMPMeta& meta) const {
   const ByteReader format = ReaderOf(picture_->format);
   const std::uint32_t width = SizeOf(format.U32LE(kBitmapWidth).value_or(0));
   const std::uint32_t height = SizeOf(format.U32LE(kBitmapHeight).value_or(0));
-  if (picture_->kind != kVideo || width > kMostPixels || height > kMostPixels) return;
+  if (picture_->kind != kVideo || width > kMaxPixels || height > kMaxPixels) return;
   SetFrameSize(meta, width, height);
   const std::uint64_t x = picture_->aspect >> 16;
   const std::uint64_t y = picture_->aspect & 0xFFFF;
@@ -149,13 +149,13 @@ void AviHeader::StorePicture(TXMPMeta& meta) const {
 }
 
 void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta) {
-  constexpr unsigned kMostChunks = 16;  // an index and padding may stand in front
+  constexpr unsigned kMaxChunks = 16;  // an index and padding may stand in front
   RiffChunks chunks(file, movi);
-  for (unsigned i = 0; i < kMostChunks; ++i) {
+  for (unsigned i = 0; i < kMaxChunks; ++i) {
     const auto chunk = chunks.Next();
     if (!chunk) return;
     if (!IsPicture(chunk->id)) continue;
-    const auto facts = ReadDVFrame(ChunkBytes(file, *chunk, kLargestDVFrame));
+    const auto facts = ReadDVFrame(ChunkBytes(file, *chunk, kMaxDVFrameBytes));
     if (!facts) return;
     TXMPMeta frame;
     SetDVFacts(*facts, frame);

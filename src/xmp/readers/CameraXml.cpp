@@ -51,7 +51,7 @@ std::string XmlRootName(foundation::ByteReader head) {
 
 std::optional<foundation::XmlDocument> ParseClipXml(const ReaderInput& input) {
   const std::uint64_t size = input.file.Size();
-  if (size == 0 || size > kLargestClipXml) return std::nullopt;
+  if (size == 0 || size > kMaxClipXmlBytes) return std::nullopt;
   if (input.head.Size() >= size) return foundation::ParseXml(input.head.Text());
   const std::vector<std::byte> bytes = input.file.Read(0, static_cast<std::size_t>(size));
   return foundation::ParseXml(foundation::ByteReader(bytes).Text());
@@ -145,10 +145,10 @@ std::optional<std::pair<unsigned, unsigned>> PixelShapeOfStandardDefinition(
 
 void SetPixelAspectRatioOf(TXMPMeta& meta, std::uint64_t width, std::uint64_t height,
                            std::string_view aspectRatio) {
-  constexpr std::uint64_t kLargestSide = 1'000'000;
+  constexpr std::uint64_t kMaxSide = 1'000'000;
   const auto shape = NumberPair(aspectRatio, ':');
-  if (!shape || width == 0 || height == 0 || width > kLargestSide || height > kLargestSide ||
-      shape->first > kLargestSide || shape->second > kLargestSide) {
+  if (!shape || width == 0 || height == 0 || width > kMaxSide || height > kMaxSide ||
+      shape->first > kMaxSide || shape->second > kMaxSide) {
     return;
   }
   SetPixelAspectRatio(meta, shape->first * height, shape->second * width);

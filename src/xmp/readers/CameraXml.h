@@ -17,7 +17,7 @@ namespace Sorvik::xmp {
 
 // Clip XML of cameras stays below 1 MiB, even with a lens record for each frame of a long clip
 // left out of it as they do; four times that is no clip XML any more.
-inline constexpr std::size_t kLargestClipXml = std::size_t{4} << 20;
+inline constexpr std::size_t kMaxClipXmlBytes = std::size_t{4} << 20;
 
 // The local name of the document element, told from the start of the file alone; empty if the file
 // doesn't begin as XML does.

@@ -81,9 +81,9 @@ void SetCoordinate(std::string_view text, const char* name, char positive, char 
 }
 
 void SetAltitude(std::string_view text, TXMPMeta& native) {
-  constexpr double kHighest = 100'000;  // metres
+  constexpr double kMaxAltitude = 100'000;  // metres
   const auto metres = ToNumber(text);
-  if (!metres || std::abs(*metres) > kHighest) return;
+  if (!metres || std::abs(*metres) > kMaxAltitude) return;
   native.SetProperty(kNsEXIF, "GPSAltitude",
                      std::to_string(std::lround(std::abs(*metres) * 10)) + "/10");
   native.SetProperty(kNsEXIF, "GPSAltitudeRef", *metres < 0 ? "1" : "0");

@@ -12,7 +12,7 @@ namespace {
 using foundation::ByteReader;
 
 // The sequences stand in front of the long index of entry points.
-constexpr std::size_t kMostClipInfo = 16 * 1024;
+constexpr std::size_t kMaxClipInfoBytes = 16 * 1024;
 constexpr std::string_view kStreamFolder = "/STREAM/";
 
 }  // namespace
@@ -55,7 +55,7 @@ std::optional<std::uint64_t> ClipLengthOfStream(const std::string& streamFile) {
   // Cameras write MTS and CPI, discs m2ts and clpi, some recorders CLP.
   const bool camera = streamFile[dot + 1] == 'M';
   for (const char* extension : {camera ? ".CPI" : ".clpi", camera ? ".clpi" : ".CPI", ".CLP"}) {
-    if (const auto bytes = platform::ReadHead(path + extension, kMostClipInfo)) {
+    if (const auto bytes = platform::ReadHead(path + extension, kMaxClipInfoBytes)) {
       return ReadClipLength(ByteReader(*bytes));
     }
   }

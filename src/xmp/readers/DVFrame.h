@@ -33,7 +33,7 @@ struct DVFacts {
 };
 
 // The largest frame of any kind; a caller needs no more than this for one frame.
-inline constexpr std::uint32_t kLargestDVFrame = 576000;
+inline constexpr std::uint32_t kMaxDVFrameBytes = 576000;
 
 // The facts of the frame that begins at the first byte of `bytes`. The frame may be cut short: what
 // is there counts. Nothing if no DV frame begins there. Raises nothing.

@@ -31,13 +31,13 @@ constexpr std::uint16_t kDefaultCropSize = 50720;
 constexpr std::uint16_t kActiveArea = 50829;
 
 // Converters write a preview or two beside the raw picture.
-constexpr std::uint64_t kMostSubIFDs = 16;
+constexpr std::uint64_t kMaxSubIFDs = 16;
 
 // The directory of the raw picture: cameras write it first, converters put a thumbnail in front.
 TiffDirectory RawDirectory(TiffWalker& walker, const TiffDirectory& first) {
   constexpr std::uint64_t kMainPicture = 0;
   if (walker.Number(first, tiff::kSubfileType).value_or(kMainPicture) == kMainPicture) return first;
-  for (std::uint64_t i = 0; i < kMostSubIFDs; ++i) {
+  for (std::uint64_t i = 0; i < kMaxSubIFDs; ++i) {
     TiffDirectory sub = walker.Sub(first, tiff::kSubIFDs, i);
     if (sub.Empty()) break;
     if (walker.Number(sub, tiff::kSubfileType) == kMainPicture) return sub;
@@ -87,8 +87,8 @@ const char* CompressionName(std::uint64_t compression) {
 
 // The eight bytes of the first time code are those of SMPTE ST 12-1; the rest are user bits.
 void SetTimecode(TiffWalker& walker, const TiffDirectory& first, Rate rate, TXMPMeta& meta) {
-  constexpr std::uint64_t kMostBytes = 80;  // ten time codes
-  const std::string bytes = walker.Bytes(first, kTimeCodes, kMostBytes);
+  constexpr std::uint64_t kMaxBytes = 80;  // ten time codes
+  const std::string bytes = walker.Bytes(first, kTimeCodes, kMaxBytes);
   const auto code = ReaderOf(bytes).ViewAt<4>(0);
   if (!code) return;
   const auto timecode = TimecodeFromBCD({(*code)[0], (*code)[1], (*code)[2], (*code)[3]});

@@ -26,7 +26,7 @@ constexpr std::uint16_t kAltitudeRef = 5;
 constexpr std::uint16_t kAltitude = 6;
 constexpr std::uint16_t kProcessingMethod = 27;
 
-constexpr std::uint64_t kMostProcessingMethod = 4096;
+constexpr std::uint64_t kMaxProcessingMethodBytes = 4096;
 
 // ".123" from the digits of a SubSecTime tag; empty for zeros and for what is no number.
 std::string SubSeconds(const std::string& digits) {
@@ -144,7 +144,7 @@ class ExifStore {
       const auto below = walker_.Number(gps, kAltitudeRef);
       if (below && *below <= 1) Set(kNsEXIF, "GPSAltitudeRef", std::to_string(*below));
     }
-    StoreProcessingMethod(walker_.Bytes(gps, kProcessingMethod, kMostProcessingMethod));
+    StoreProcessingMethod(walker_.Bytes(gps, kProcessingMethod, kMaxProcessingMethodBytes));
   }
 
   // Eight bytes name the character set (Exif, 4.6.6).

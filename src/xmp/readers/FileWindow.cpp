@@ -9,14 +9,14 @@ using foundation::ByteReader;
 
 ByteReader FileWindow::At(std::uint64_t offset, std::uint64_t count) {
   if (offset >= size_) return ByteReader();
-  count = std::min({count, size_ - offset, kMostBytes});
+  count = std::min({count, size_ - offset, kMaxBytes});
   if (head_.Holds(offset, count)) return head_.Clip(offset, count);
 
   const ByteReader window{window_};
   if (offset >= windowStart_ && window.Holds(offset - windowStart_, count)) {
     return window.Clip(offset - windowStart_, count);
   }
-  if (file_ == nullptr || reads_ == kMostReads || bytesRead_ > 2 * kMostBytes) {
+  if (file_ == nullptr || reads_ == kMaxReads || bytesRead_ > 2 * kMaxBytes) {
     return ByteReader();
   }
   ++reads_;
@@ -34,7 +34,7 @@ ByteReader FileWindow::Tail(std::uint64_t count, std::uint64_t& offset) {
 }
 
 std::string FileWindow::Copy(std::uint64_t offset, std::uint64_t count) {
-  if (count > kMostBytes) return {};
+  if (count > kMaxBytes) return {};
   const ByteReader bytes = At(offset, count);
   return bytes.Size() == count ? std::string(bytes.Text()) : std::string();
 }

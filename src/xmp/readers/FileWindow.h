@@ -36,11 +36,11 @@ class FileWindow {
   std::string Copy(std::uint64_t offset, std::uint64_t count);
 
   // The most that one call gives: packets of XMP are far smaller, so that more is a lie.
-  static constexpr std::uint64_t kMostBytes = std::uint64_t{16} << 20;
+  static constexpr std::uint64_t kMaxBytes = std::uint64_t{16} << 20;
 
  private:
   // Well above what a file with 32 tracks takes.
-  static constexpr unsigned kMostReads = 96;
+  static constexpr unsigned kMaxReads = 96;
 
   const FileBytes* file_ = nullptr;
   foundation::ByteReader head_;

@@ -41,7 +41,7 @@ void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& outpu
 
   const std::size_t begun = head.find(kExtension);
   if (begun != std::string_view::npos) {
-    output.packet = FindPacket(file.At(begun, FileWindow::kMostBytes).Text());
+    output.packet = FindPacket(file.At(begun, FileWindow::kMaxBytes).Text());
     return;
   }
   std::uint64_t start = 0;

@@ -6,7 +6,7 @@
 namespace Sorvik::xmp {
 
 std::optional<IsoBox> IsoBoxes::Next() {
-  if (next_ >= end_ || end_ - next_ < 8 || ++boxes_ > kMostBoxes) return std::nullopt;
+  if (next_ >= end_ || end_ - next_ < 8 || ++boxes_ > kMaxBoxes) return std::nullopt;
   const auto header = file_.At(next_, 16);
   const auto size32 = header.U32BE(0);
   const auto type = header.U32BE(4);

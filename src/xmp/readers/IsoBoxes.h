@@ -39,7 +39,7 @@ class IsoBoxes {
   std::optional<IsoBox> Next();
 
  private:
-  static constexpr unsigned kMostBoxes = 1024;
+  static constexpr unsigned kMaxBoxes = 1024;
 
   FileWindow& file_;
   std::uint64_t next_;

@@ -11,8 +11,8 @@ namespace {
 
 using foundation::ByteReader;
 
-constexpr std::size_t kMostItems = 1024;
-constexpr std::uint64_t kMostTable = 256 * 1024;
+constexpr std::size_t kMaxItems = 1024;
+constexpr std::uint64_t kMaxTableBytes = 256 * 1024;
 constexpr std::uint64_t kVersionAndFlags = 4;
 
 struct Items {
@@ -63,7 +63,7 @@ class Locations {
     if (version_ > 2) return std::nullopt;
     const unsigned sizes = iloc_.U16BE(4).value_or(0);
     at_ = 6;
-    const std::uint64_t count = std::min<std::uint64_t>(Take(version_ == 2 ? 4 : 2), kMostItems);
+    const std::uint64_t count = std::min<std::uint64_t>(Take(version_ == 2 ? 4 : 2), kMaxItems);
     for (std::uint64_t i = 0; i < count && !failed_; ++i) {
       const std::uint64_t id = Take(version_ == 2 ? 4 : 2);
       const std::uint64_t method = version_ == 0 ? 0 : Take(2) & 0x0F;
@@ -104,7 +104,8 @@ class Locations {
 
 std::string ItemBytes(FileWindow& file, const IsoBox& iloc, std::optional<std::uint32_t> item) {
   if (!item) return {};
-  const auto place = Locations(file.At(iloc.body, std::min(kMostTable, iloc.Size()))).Find(*item);
+  const auto place =
+      Locations(file.At(iloc.body, std::min(kMaxTableBytes, iloc.Size()))).Find(*item);
   return place ? file.Copy(place->offset, place->length) : std::string();
 }
 

@@ -77,8 +77,8 @@ struct Sound {
 
 // Behind a descriptor's length: seven bits a byte, the eighth where another follows.
 std::uint64_t BehindLength(ByteReader bytes, std::uint64_t at) {
-  constexpr unsigned kMostBytes = 4;
-  for (unsigned i = 1; i < kMostBytes && (bytes.U8(at).value_or(0) & 0x80) != 0; ++i) ++at;
+  constexpr unsigned kMaxBytes = 4;
+  for (unsigned i = 1; i < kMaxBytes && (bytes.U8(at).value_or(0) & 0x80) != 0; ++i) ++at;
   return at + 1;
 }
 

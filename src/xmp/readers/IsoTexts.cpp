@@ -12,8 +12,8 @@ namespace {
 
 using foundation::ByteReader;
 
-constexpr std::uint64_t kMostText = 64 * 1024;
-constexpr std::size_t kMostKeys = 1024;
+constexpr std::uint64_t kMaxTextBytes = 64 * 1024;
+constexpr std::size_t kMaxKeys = 1024;
 
 enum class Fact {
   kTitle,
@@ -164,7 +164,7 @@ std::string UserText(std::uint32_t type, ByteReader body) {
 std::string ItemText(FileWindow& file, const IsoBox& item) {
   const auto data = FindBox(file, item, FourCC("data"));
   if (!data) return {};
-  const ByteReader body = file.At(data->body, std::min(kMostText, data->Size()));
+  const ByteReader body = file.At(data->body, std::min(kMaxTextBytes, data->Size()));
   switch (body.U32BE(0).value_or(0)) {
     case 1:
       return NativeText(body.Clip(8).Text());
@@ -178,8 +178,8 @@ std::string ItemText(FileWindow& file, const IsoBox& item) {
 // keys: version and flags, number, then for each its size, namespace and name.
 std::vector<const Name*> ReadKeys(FileWindow& file, const IsoBox& keys) {
   std::vector<const Name*> names;
-  const ByteReader body = file.At(keys.body, std::min(kMostText, keys.Size()));
-  const std::size_t count = std::min<std::size_t>(body.U32BE(4).value_or(0), kMostKeys);
+  const ByteReader body = file.At(keys.body, std::min(kMaxTextBytes, keys.Size()));
+  const std::size_t count = std::min<std::size_t>(body.U32BE(4).value_or(0), kMaxKeys);
   std::uint64_t at = 8;
   while (names.size() < count) {
     const std::uint64_t size = body.U32BE(at).value_or(0);
@@ -218,7 +218,7 @@ void SetUserData(FileWindow& file, const IsoBox& udta, TXMPMeta& meta, std::stri
     } else if (box->type == FourCC("meta")) {
       SetMetaItems(file, *box, meta);
     } else if (const Name* name = FindCode(box->type)) {
-      const ByteReader body = file.At(box->body, std::min(kMostText, box->Size()));
+      const ByteReader body = file.At(box->body, std::min(kMaxTextBytes, box->Size()));
       Store(meta, name->fact, UserText(box->type, body));
     }
   }

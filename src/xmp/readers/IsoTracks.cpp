@@ -14,9 +14,9 @@ namespace {
 
 using foundation::ByteReader;
 
-constexpr std::size_t kMostTracks = 64;
+constexpr std::size_t kMaxTracks = 64;
 // A description with all that is used of it; the largest hold a few pictures' parameters.
-constexpr std::uint64_t kMostEntry = 4096;
+constexpr std::uint64_t kMaxEntryBytes = 4096;
 
 // Two layouts of the same record: times and durations of four bytes, or of eight.
 struct Times {
@@ -127,7 +127,7 @@ class TrackParser {
     const std::uint64_t size = header.U32BE(8).value_or(0);
     if (size < 16 || stsd.Size() < 8) return;
     track_.entry =
-        file_.Copy(stsd.body + 8, std::min<std::uint64_t>({size, stsd.Size() - 8, kMostEntry}));
+        file_.Copy(stsd.body + 8, std::min<std::uint64_t>({size, stsd.Size() - 8, kMaxEntryBytes}));
   }
 
   // Version and flags, number of entries, each a count and a duration. All samples of a constant
@@ -219,7 +219,7 @@ IsoMovie ReadMovie(FileWindow& file, const IsoBox& moov) {
       movie.modified = times.modified;
       movie.timescale = times.timescale;
       movie.duration = times.duration;
-    } else if (box->type == FourCC("trak") && movie.tracks.size() < kMostTracks) {
+    } else if (box->type == FourCC("trak") && movie.tracks.size() < kMaxTracks) {
       movie.tracks.push_back(TrackParser(file).Parse(*box));
     } else if (box->type == FourCC("mvex")) {
       ReadFragmentDefaults(file, *box, movie);

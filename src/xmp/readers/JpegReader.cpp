@@ -41,7 +41,7 @@ struct ExtensionPart {
 // Segments of up to 64 KiB behind the head are fetched several at once.
 constexpr std::uint64_t kSegmentsAtOnce = 256 * 1024;
 // Cameras write a few dozen at most, unless an extension is long.
-constexpr unsigned kMostSegments = 1024;
+constexpr unsigned kMaxSegments = 1024;
 
 class Segments {
  public:
@@ -50,7 +50,7 @@ class Segments {
 
   void Read() {
     std::uint64_t at = 2;
-    for (unsigned i = 0; i < kMostSegments; ++i) {
+    for (unsigned i = 0; i < kMaxSegments; ++i) {
       const ByteReader header = file_.At(at, 4);
       if (header.U8(0) != kMarkerStart) return;
       const auto marker = header.U8(1);
@@ -95,7 +95,7 @@ class Segments {
     part.offset = *body.U32BE(kExtension.size() + kGUIDLength + 4);
     part.data = body.Clip(kPartHeader).Text();
     partBytes_ += part.data.size();
-    if (partBytes_ <= FileWindow::kMostBytes) parts_.push_back(std::move(part));
+    if (partBytes_ <= FileWindow::kMaxBytes) parts_.push_back(std::move(part));
   }
 
   // The extension that belongs to the main packet; there may be left-overs of others.

@@ -72,11 +72,11 @@ constexpr Key kBitRateItem{{0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x05, 0x04
                             0x01, 0x0B, 0x00, 0x00}};
 
 // A 16-channel recorder's package has 19 tracks, a header of an editor some 70 descriptors.
-constexpr std::size_t kMostTracks = 256;
-constexpr std::size_t kMostDescriptors = 256;
-constexpr std::size_t kMostComments = 64;
+constexpr std::size_t kMaxTracks = 256;
+constexpr std::size_t kMaxDescriptors = 256;
+constexpr std::size_t kMaxComments = 64;
 // From material to file to tape package is two steps.
-constexpr int kMostPackageSteps = 4;
+constexpr int kMaxPackageSteps = 4;
 
 Rate RateAt(ByteReader item) {
   const auto num = item.U32BE(0).value_or(0);
@@ -160,10 +160,10 @@ bool IsPicture(SetKind kind) {
 
 // Display, else sampled, else stored size; the stored one may hold padding.
 std::uint32_t Side(const LocalSet& picture, std::initializer_list<std::uint16_t> tags) {
-  constexpr std::uint32_t kLargestSide = 0xFFFF;
+  constexpr std::uint32_t kMaxSide = 0xFFFF;
   for (const std::uint16_t tag : tags) {
     const std::uint32_t side = picture.Item(tag).U32BE(0).value_or(0);
-    if (side != 0 && side <= kLargestSide) return side;
+    if (side != 0 && side <= kMaxSide) return side;
   }
   return 0;
 }
@@ -203,7 +203,7 @@ const char* MakerOf(std::string_view company) {
 
 std::vector<Facts::Track> Facts::TracksOf(const LocalSet& package) const {
   std::vector<Track> tracks;
-  for (const Key& id : package.References(kTracks, kMostTracks)) {
+  for (const Key& id : package.References(kTracks, kMaxTracks)) {
     Track track;
     track.set = header_.Find(id);
     if (track.set == nullptr) continue;
@@ -313,10 +313,10 @@ std::vector<const LocalSet*> Facts::Descriptors() const {
   };
   for (const LocalSet& set : header_.Sets()) {
     if (set.Kind() != SetKind::kSourcePackage) continue;
-    if (all.size() >= kMostDescriptors) break;
+    if (all.size() >= kMaxDescriptors) break;
     const LocalSet* descriptor = header_.Find(set.Reference(kDescriptor));
     if (!add(descriptor) || descriptor->Kind() != SetKind::kMultipleDescriptor) continue;
-    for (const Key& id : descriptor->References(kSubDescriptors, kMostDescriptors)) {
+    for (const Key& id : descriptor->References(kSubDescriptors, kMaxDescriptors)) {
       add(header_.Find(id));
     }
   }
@@ -344,7 +344,7 @@ std::optional<Facts::Start> Facts::StartTimecode() const {
   if (auto start = PackageTimecode(*package)) return start;
   std::optional<Track> track = MainTrack();
   std::uint64_t offset = 0;
-  for (int step = 0; step < kMostPackageSteps && track; ++step) {
+  for (int step = 0; step < kMaxPackageSteps && track; ++step) {
     const auto clip = SourceClipOf(*track);
     package = clip ? PackageOf(*clip) : nullptr;
     if (package == nullptr) break;
@@ -384,7 +384,7 @@ void Facts::StoreWriter(TXMPMeta& meta) const {
   if (first == nullptr) return;
   const LocalSet* last = first;
   if (const LocalSet* preface = header_.First(SetKind::kPreface)) {
-    for (const Key& id : preface->References(kIdentifications, kMostTracks)) {
+    for (const Key& id : preface->References(kIdentifications, kMaxTracks)) {
       if (const LocalSet* set = header_.Find(id)) last = set;
     }
   }
@@ -462,7 +462,7 @@ void Facts::StoreSound(const std::vector<const LocalSet*>& descriptors, TXMPMeta
 
 void Facts::StoreComment(TXMPMeta& meta) const {
   const LocalSet* material = header_.First(SetKind::kMaterialPackage);
-  for (const Key& id : material->References(kUserComments, kMostComments)) {
+  for (const Key& id : material->References(kUserComments, kMaxComments)) {
     const LocalSet* set = header_.Find(id);
     if (set == nullptr || set->Kind() != SetKind::kTaggedValue) continue;
     const std::string name = TextOf(set->Item(kTaggedName));

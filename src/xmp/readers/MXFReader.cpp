@@ -14,7 +14,7 @@ namespace {
 using foundation::ByteReader;
 
 // Header metadata of editors, with their own dictionaries, takes 256 KiB; of cameras under 64.
-constexpr std::size_t kMostHeader = 4 * 1024 * 1024;
+constexpr std::size_t kMaxHeaderBytes = 4 * 1024 * 1024;
 // Holds the random index pack of 10 hours in partitions of 10 s, and most footers.
 constexpr std::size_t kTail = 64 * 1024;
 
@@ -45,8 +45,9 @@ Span WithHeader(const FileBytes& file, std::uint64_t offset, ByteReader have,
   // The count begins at the primer, which may stand behind an item of fill.
   const auto first = mxf::ReadKLV(have, partition.end);
   const std::uint64_t primer = first && mxf::IsFill(first->key) ? first->next : partition.end;
-  if (partition.headerBytes == 0 || primer > kMostHeader) return span;
-  const std::uint64_t need = primer + std::min<std::uint64_t>(partition.headerBytes, kMostHeader);
+  if (partition.headerBytes == 0 || primer > kMaxHeaderBytes) return span;
+  const std::uint64_t need =
+      primer + std::min<std::uint64_t>(partition.headerBytes, kMaxHeaderBytes);
   const std::uint64_t there = file.Size() - std::min(offset, file.Size());
   if (have.Size() >= std::min(need, there)) return span;
   const auto rest = file.Read(offset + have.Size(), static_cast<std::size_t>(need - have.Size()));
@@ -71,7 +72,7 @@ std::optional<mxf::Facts::Duration> FooterDuration(const FileBytes& file, std::u
   Span span;
   span.bytes = footer >= tailStart ? ByteReader(tail).Clip(footer - tailStart) : ByteReader();
   if (span.bytes.Empty()) {
-    span.owned = file.Read(footer, kMostHeader / 4);
+    span.owned = file.Read(footer, kMaxHeaderBytes / 4);
     span.bytes = ByteReader(span.owned);
   }
   const auto partition = mxf::ReadPartition(span.bytes, 0);

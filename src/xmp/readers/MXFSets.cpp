@@ -27,7 +27,7 @@ constexpr std::size_t kPartitionKind = 13;  // 02 header, 03 body, 04 footer
 constexpr std::size_t kPartitionStatus = 14;
 
 // Header metadata of an editor's file holds some 2,000 sets; more than this is malice.
-constexpr std::size_t kMostSets = 100'000;
+constexpr std::size_t kMaxSets = 100'000;
 
 constexpr std::uint16_t kInstanceUID = 0x3C0A;
 
@@ -151,7 +151,7 @@ std::vector<Key> LocalSet::References(std::uint16_t tag, std::size_t most) const
 }
 
 HeaderMetadata::HeaderMetadata(ByteReader bytes, std::uint64_t offset) {
-  while (sets_.size() < kMostSets) {
+  while (sets_.size() < kMaxSets) {
     const auto klv = ReadKLV(bytes, offset);
     if (!klv || EndsHeader(klv->key)) break;
     offset = klv->next;

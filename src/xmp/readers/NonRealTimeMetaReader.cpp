@@ -20,8 +20,8 @@
 namespace Sorvik::xmp {
 namespace {
 
+using formats::sony::Material;
 using foundation::XmlElement;
-using foundation::sony::Material;
 
 const XmlElement kNothing;
 

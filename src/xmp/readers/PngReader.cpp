@@ -21,8 +21,8 @@ constexpr std::uint64_t kHeaderLength = 8;
 constexpr std::uint64_t kFrameLength = 12;
 // Writers put texts in front of the picture or right at the end.
 constexpr std::uint64_t kTailLength = 64 * 1024;
-constexpr unsigned kMostChunks = 4096;
-constexpr std::size_t kMostText = 64 * 1024;
+constexpr unsigned kMaxChunks = 4096;
+constexpr std::size_t kMaxTextBytes = 64 * 1024;
 
 struct TextChunk {
   std::string_view keyword;
@@ -49,7 +49,7 @@ std::optional<TextChunk> LatinText(std::string_view data, bool packed) {
   if (!packed) {
     chunk.text = Latin1Text(data);
   } else if (!data.empty() && data[0] == 0) {
-    chunk.text = Latin1Text(foundation::Inflate(data.substr(1), kMostText));
+    chunk.text = Latin1Text(foundation::Inflate(data.substr(1), kMaxTextBytes));
   }
   return chunk;
 }
@@ -64,7 +64,7 @@ std::optional<TextChunk> InternationalText(std::string_view data) {
   data.remove_prefix(2);
   if (!TakeCString(data, language) || !TakeCString(data, translated)) return std::nullopt;
   const bool xmp = chunk.keyword == kXMPKeyword;
-  const std::size_t most = xmp ? FileWindow::kMostBytes : kMostText;
+  const std::size_t most = xmp ? FileWindow::kMaxBytes : kMaxTextBytes;
   chunk.text = packed ? foundation::Inflate(data, most) : std::string(data.substr(0, most));
   if (!xmp) chunk.text = NativeText(chunk.text);
   return chunk;
@@ -77,7 +77,7 @@ class Chunks {
 
   void Read() {
     std::uint64_t at = kSignature.size();
-    for (unsigned i = 0; i < kMostChunks && at < file_.Size(); ++i) {
+    for (unsigned i = 0; i < kMaxChunks && at < file_.Size(); ++i) {
       const ByteReader header = file_.At(at, kHeaderLength);
       const auto length = header.U32BE(0);
       if (!length || header.Size() < kHeaderLength) return;
@@ -109,7 +109,7 @@ class Chunks {
   }
 
   static bool LeadsToEnd(ByteReader bytes, std::uint64_t at) {
-    for (unsigned i = 0; i < kMostChunks; ++i) {
+    for (unsigned i = 0; i < kMaxChunks; ++i) {
       const auto length = bytes.U32BE(at);
       if (!length) return false;
       if (bytes.Matches(at + 4, "IEND")) return *length == 0;

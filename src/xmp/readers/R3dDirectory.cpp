@@ -15,7 +15,7 @@ using foundation::ByteReader;
 constexpr std::uint64_t kEntryHeader = 4;
 constexpr unsigned kText = 1;
 constexpr unsigned kFloat = 2;
-constexpr std::size_t kMostEntries = 512;
+constexpr std::size_t kMaxEntries = 512;
 
 // The first entry of all known directories: a timecode, or the serial number.
 constexpr std::string_view kFirstEntries[] = {{"\x00\x0F\x10\x00", 4}, {"\x00\x0F\x10\x06", 4}};
@@ -44,7 +44,7 @@ R3dDirectory::R3dDirectory(ByteReader head, std::uint64_t offset) {
 
 void R3dDirectory::ReadEntries(ByteReader bytes) {
   std::uint64_t at = 0;
-  while (entries_.size() < kMostEntries) {
+  while (entries_.size() < kMaxEntries) {
     const auto length = bytes.U16BE(at);
     const auto tag = bytes.U16BE(at + 2);
     if (!length || !tag || *length < kEntryHeader || !bytes.Holds(at, *length)) return;

@@ -225,13 +225,13 @@ std::string PacketOf(std::string_view text) {
 
 // Desktop programs write one such file for all segments of a clip.
 std::string PacketBeside(const std::string& path) {
-  constexpr std::size_t kMostBytes = std::size_t{1} << 20;
+  constexpr std::size_t kMaxBytes = std::size_t{1} << 20;
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return {};
   const std::string beside =
       path.substr(0, slash + 1) + ClipName(std::string_view(path).substr(slash + 1)) + ".RMD";
   if (!foundation::FolderNames::MayExist(beside)) return {};
-  const auto bytes = platform::ReadHead(beside, kMostBytes);
+  const auto bytes = platform::ReadHead(beside, kMaxBytes);
   return bytes ? PacketOf(ByteReader{*bytes}.Text()) : std::string();
 }
 

@@ -6,7 +6,7 @@
 namespace Sorvik::xmp {
 
 std::optional<RiffChunk> RiffChunks::Next() {
-  if (next_ >= end_ || end_ - next_ < 8 || ++chunks_ > kMostChunks) return std::nullopt;
+  if (next_ >= end_ || end_ - next_ < 8 || ++chunks_ > kMaxChunks) return std::nullopt;
   const auto header = file_.At(next_, 8);
   const auto id = header.U32BE(0);
   const auto size = header.U32LE(4);

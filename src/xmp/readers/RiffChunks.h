@@ -30,7 +30,7 @@ class RiffChunks {
   void Continue(std::uint64_t at) noexcept { next_ = at; }
 
  private:
-  static constexpr unsigned kMostChunks = 1024;
+  static constexpr unsigned kMaxChunks = 1024;
 
   FileWindow& file_;
   std::uint64_t next_;

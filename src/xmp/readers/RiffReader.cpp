@@ -18,7 +18,7 @@ constexpr std::uint32_t kWAVE = FourCC("WAVE");
 constexpr std::uint32_t kWebP = FourCC("WEBP");
 constexpr std::uint32_t kList = FourCC("LIST");
 
-constexpr std::uint64_t kMostExif = std::uint64_t{1} << 20;
+constexpr std::uint64_t kMaxExifBytes = std::uint64_t{1} << 20;
 
 // Properties for which the first frame of a DV file is looked at: all that it tells.
 constexpr std::pair<const char*, const char*> kFrameFacts[] = {
@@ -99,7 +99,7 @@ class RiffFile {
 
   // Some writers put the signature in front that only JPEG has.
   void TakeExif(const RiffChunk& chunk) {
-    const std::string bytes(ChunkBytes(file_, chunk, kMostExif).Text());
+    const std::string bytes(ChunkBytes(file_, chunk, kMaxExifBytes).Text());
     const ByteReader block = foundation::ReaderOf(bytes);
     const bool signature = block.Matches(0, std::string_view("Exif\0\0", 6));
     output_.hasNative |= SetExifBlock(block.Clip(signature ? 6 : 0), output_.native);

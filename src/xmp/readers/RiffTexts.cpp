@@ -10,7 +10,7 @@ namespace Sorvik::xmp {
 
 namespace {
 
-constexpr std::uint64_t kMostText = 64 * 1024;
+constexpr std::uint64_t kMaxTextBytes = 64 * 1024;
 
 struct InfoName {
   std::uint32_t id;
@@ -93,14 +93,14 @@ void SetRiffDate(std::string_view text, TXMPMeta& meta) {
 void SetInfoTexts(FileWindow& file, const RiffChunk& list, TXMPMeta& meta) {
   RiffChunks chunks(file, list);
   while (const auto chunk = chunks.Next()) {
-    SetInfoText(chunk->id, NativeText(ChunkBytes(file, *chunk, kMostText).Text()), meta);
+    SetInfoText(chunk->id, NativeText(ChunkBytes(file, *chunk, kMaxTextBytes).Text()), meta);
   }
 }
 
 void SetTapeTexts(FileWindow& file, const RiffChunk& list, TXMPMeta& meta) {
   RiffChunks chunks(file, list);
   while (const auto chunk = chunks.Next()) {
-    const std::string text = NativeText(ChunkBytes(file, *chunk, kMostText).Text());
+    const std::string text = NativeText(ChunkBytes(file, *chunk, kMaxTextBytes).Text());
     switch (chunk->id) {
       case FourCC("tc_O"):
         meta.SetStructField(kNsDM, "startTimecode", kNsDM, "timeValue", text);

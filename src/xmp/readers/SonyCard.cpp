@@ -10,9 +10,9 @@ namespace {
 
 namespace PathUtils = Hestra::PathUtils;
 
+using formats::sony::Material;
+using formats::sony::MediaProfile;
 using foundation::CallScope;
-using foundation::sony::Material;
-using foundation::sony::MediaProfile;
 using Hestra::MakeStdString;
 using Hestra::MakeString;
 using Hestra::UTF16String;

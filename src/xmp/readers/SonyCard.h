@@ -6,12 +6,12 @@
 #include <memory>
 #include <string>
 
-#include "foundation/sony/MediaProfile.h"
+#include "formats/sony/MediaProfile.h"
 
 namespace Sorvik::xmp {
 
 // The clip's material, with the list that owns it; null where the card has none for it.
-std::shared_ptr<const foundation::sony::Material> MaterialOfClip(const std::string& xmlPath);
+std::shared_ptr<const formats::sony::Material> MaterialOfClip(const std::string& xmlPath);
 
 // True for the XML of a clip of an XDCAM EX card, by its path.
 bool IsOnXDCAMEX(const std::string& xmlPath);

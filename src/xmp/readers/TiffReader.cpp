@@ -16,7 +16,7 @@ void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& outpu
   auto walker = TiffWalker::Open(file);
   if (!walker) return;
   const TiffDirectory first = walker->First();
-  output.packet = walker->Bytes(first, tiff::kXMPPacket, FileWindow::kMostBytes);
+  output.packet = walker->Bytes(first, tiff::kXMPPacket, FileWindow::kMaxBytes);
   output.hasNative = SetExifTags(*walker, first, output.native);
   if (!IsDng(first)) return;
   SetDngTags(*walker, first, output.native);

@@ -27,8 +27,8 @@ enum Type : std::uint16_t {
 constexpr std::uint8_t kTypeSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
 
 // Cameras write below 200 tags in one directory.
-constexpr std::uint64_t kMostTags = 1024;
-constexpr std::uint64_t kMostText = 64 * 1024;
+constexpr std::uint64_t kMaxTags = 1024;
+constexpr std::uint64_t kMaxTextBytes = 64 * 1024;
 
 std::uint64_t SizeOf(std::uint16_t type) {
   return type < std::size(kTypeSizes) ? kTypeSizes[type] : 0;
@@ -70,7 +70,7 @@ TiffDirectory TiffWalker::Read(std::uint64_t offset) {
   const ByteReader start = file_->At(offset, countBytes);
   const std::uint64_t count =
       big_ ? start.U64(0, bigEndian_).value_or(0) : start.U16(0, bigEndian_).value_or(0);
-  if (count == 0 || count > kMostTags) return directory;
+  if (count == 0 || count > kMaxTags) return directory;
 
   // A directory that is cut off gives the entries that are there.
   const std::uint64_t entries = offset + countBytes;
@@ -166,7 +166,7 @@ std::optional<TiffRatio> TiffWalker::Ratio(const TiffDirectory& directory, std::
 std::string TiffWalker::Text(const TiffDirectory& directory, std::uint16_t id) {
   const TiffTag* tag = directory.Find(id);
   if (tag == nullptr || (tag->type != kAscii && tag->type != kByte)) return {};
-  return NativeText(file_->At(tag->offset, std::min(tag->count, kMostText)).Text());
+  return NativeText(file_->At(tag->offset, std::min(tag->count, kMaxTextBytes)).Text());
 }
 
 std::string TiffWalker::Bytes(const TiffDirectory& directory, std::uint16_t id,

@@ -12,9 +12,9 @@ constexpr std::uint64_t kPacketSize = 188;
 constexpr std::uint8_t kSync = 0x47;
 constexpr std::uint16_t kNullPID = 0x1FFF;
 // Layers of the standard stop at 1021 bytes for these tables; private ones at 4093.
-constexpr std::size_t kMostSection = 4096;
-constexpr std::size_t kMostPrograms = 16;
-constexpr std::size_t kMostStreams = 64;
+constexpr std::size_t kMaxSectionBytes = 4096;
+constexpr std::size_t kMaxPrograms = 16;
+constexpr std::size_t kMaxStreams = 64;
 constexpr std::uint32_t kHDMV = 0x48444D56;
 
 // Packets from `start` on that begin as such, of those that the head holds whole.
@@ -39,7 +39,7 @@ class Section {
       started_ = true;
       payload = payload.Clip(1 + std::uint64_t{payload.U8(0).value_or(0)});
     }
-    if (!started_ || bytes_.size() + payload.Size() > kMostSection) return std::nullopt;
+    if (!started_ || bytes_.size() + payload.Size() > kMaxSectionBytes) return std::nullopt;
     bytes_.insert(bytes_.end(), payload.Bytes().begin(), payload.Bytes().end());
     const ByteReader all(bytes_);
     const auto length = all.U16BE(1);
@@ -57,7 +57,7 @@ constexpr std::uint64_t kChecksum = 4;  // at the end of every section
 std::vector<std::uint16_t> ProgramPIDs(ByteReader section) {
   std::vector<std::uint16_t> pids;
   if (section.U8(0) != 0x00) return pids;
-  for (std::uint64_t at = 8; section.Holds(at, 4 + kChecksum) && pids.size() < kMostPrograms;
+  for (std::uint64_t at = 8; section.Holds(at, 4 + kChecksum) && pids.size() < kMaxPrograms;
        at += 4) {
     const auto program = section.U16BE(at).value_or(0);
     if (program != 0) pids.push_back(section.U16BE(at + 2).value_or(0) & 0x1FFF);
@@ -100,7 +100,7 @@ Program ReadProgram(ByteReader section) {
     }
   });
   std::uint64_t at = 12 + infoLength;
-  while (section.Holds(at, 5 + kChecksum) && program.streams.size() < kMostStreams) {
+  while (section.Holds(at, 5 + kChecksum) && program.streams.size() < kMaxStreams) {
     Stream stream;
     stream.type = section.U8(at).value_or(0);
     stream.pid = section.U16BE(at + 1).value_or(0) & 0x1FFF;

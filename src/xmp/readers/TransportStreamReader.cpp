@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "foundation/avchd/Playlist.h"
+#include "formats/avchd/Playlist.h"
 #include "xmp/Namespaces.h"
 #include "xmp/NativeValues.h"
 #include "xmp/readers/AudioStream.h"
@@ -28,8 +28,8 @@ constexpr std::uint32_t kHDMV = 0x48444D56;
 constexpr std::size_t kLongHead = 640 * 1024;
 // The last video packet of a camera's file was within 200 kB of the end.
 constexpr std::size_t kTail = 512 * 1024;
-constexpr std::size_t kMostAudio = 8 * 1024;
-constexpr std::size_t kMostAuxiliary = 64 * 1024;
+constexpr std::size_t kMaxAudioBytes = 8 * 1024;
+constexpr std::size_t kMaxAuxiliary = 64 * 1024;
 
 const char* CompressorName(std::uint8_t type) {
   switch (type) {
@@ -140,13 +140,13 @@ class StreamFile {
       found_.times = part.presentation;
     }
     if (audio_.pid != ts::kNoPID) {
-      found_.audio = ReadAudio(audio_, ts::Collect(piece, layout_, 0, audio_.pid, kMostAudio));
+      found_.audio = ReadAudio(audio_, ts::Collect(piece, layout_, 0, audio_.pid, kMaxAudioBytes));
     }
     if (auxiliary_.pid != ts::kNoPID) GatherRecords(piece);
   }
 
   void GatherRecords(ByteReader piece) {
-    const auto part = ts::Collect(piece, layout_, 0, auxiliary_.pid, kMostAuxiliary);
+    const auto part = ts::Collect(piece, layout_, 0, auxiliary_.pid, kMaxAuxiliary);
     found_.records.clear();
     const ByteReader bytes(part.bytes);
     for (std::size_t i = 0; i < part.starts.size(); ++i) {
@@ -220,9 +220,9 @@ class StreamFile {
   }
 
   // The playlist's shot of this clip, looked for once.
-  const std::optional<foundation::avchd::ShotOfClip>& Shot() {
+  const std::optional<formats::avchd::ShotOfClip>& Shot() {
     if (!lookedForShot_ && IsCardStream(input_.path)) {
-      shot_ = foundation::avchd::FindShotOfStream(input_.path);
+      shot_ = formats::avchd::FindShotOfStream(input_.path);
     }
     lookedForShot_ = true;
     return shot_;
@@ -245,7 +245,7 @@ class StreamFile {
   void FillFromPlaylist(RecordingFacts& facts) {
     const auto& shot = Shot();
     if (!shot) return;
-    const auto* mark = foundation::avchd::MarkOfShot(*shot->playlist, shot->first);
+    const auto* mark = formats::avchd::MarkOfShot(*shot->playlist, shot->first);
     if (mark == nullptr) return;
     if (facts.maker.empty()) facts.maker = MakerName(mark->maker);
     if (shot->clip != shot->first) return;
@@ -340,7 +340,7 @@ class StreamFile {
   ts::Stream auxiliary_;
   Findings found_;
   std::vector<std::byte> longHead_;
-  std::optional<foundation::avchd::ShotOfClip> shot_;
+  std::optional<formats::avchd::ShotOfClip> shot_;
   bool lookedForShot_ = false;
 };
 

@@ -31,7 +31,7 @@ constexpr std::uint64_t kOriginationTime = 330;
 constexpr std::uint64_t kTimeReference = 338;  // samples since midnight
 constexpr std::uint64_t kBroadcastLength = 602;
 
-constexpr std::uint64_t kMostIXML = std::uint64_t{1} << 20;
+constexpr std::uint64_t kMaxIXMLBytes = std::uint64_t{1} << 20;
 constexpr std::uint64_t kSecondsOfDay = 86400;
 
 std::uint64_t NumberOf(std::string_view text) {
@@ -108,7 +108,7 @@ void WaveFacts::Take(FileWindow& file, const RiffChunk& chunk) {
       broadcast_ = ChunkBytes(file, chunk, kBroadcastLength).Text();
       break;
     case FourCC("iXML"):
-      if (chunk.size <= kMostIXML) ixml_ = ChunkBytes(file, chunk, kMostIXML).Text();
+      if (chunk.size <= kMaxIXMLBytes) ixml_ = ChunkBytes(file, chunk, kMaxIXMLBytes).Text();
       break;
     default:
       break;
@@ -142,7 +142,7 @@ void WaveFacts::StoreBroadcast(TXMPMeta& meta) const {
 
 void WaveFacts::StoreIXML(TXMPMeta& meta) const {
   const auto document =
-      foundation::ParseXml(ixml_, {.bytes = kMostIXML, .depth = 32, .nodes = 20'000});
+      foundation::ParseXml(ixml_, {.bytes = kMaxIXMLBytes, .depth = 32, .nodes = 20'000});
   if (!document) return;
   const XmlElement& root = document->Root();
   const auto text = [](const XmlElement& element, std::string_view name) {

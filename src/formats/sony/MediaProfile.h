@@ -14,11 +14,11 @@
 
 #include "SorvikProvider/foundation/UTF16String.h"
 
-namespace Sorvik::foundation {
+namespace Sorvik::formats {
 class XercesDocument;
 }
 
-namespace Sorvik::foundation::sony {
+namespace Sorvik::formats::sony {
 
 using Hestra::UTF16String;
 
@@ -53,7 +53,7 @@ struct Material {
 
 // Twice what the longest real lists hold: 4,700 clips with four parts each. What a list has beyond
 // that is left out.
-inline constexpr std::size_t kMostRecords = 50'000;
+inline constexpr std::size_t kMaxRecords = 50'000;
 
 class MediaProfile {
  public:
@@ -87,4 +87,4 @@ class MediaProfile {
   std::unordered_map<UTF16String, std::size_t> components_;  // of takes, by folded umid
 };
 
-}  // namespace Sorvik::foundation::sony
+}  // namespace Sorvik::formats::sony

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "foundation/avchd/Playlist.h"
+#include "formats/avchd/Playlist.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -14,13 +14,17 @@
 #include "foundation/platform/FileSystem.h"
 #include "foundation/tarnwick/Text.h"
 
-namespace Sorvik::foundation::avchd {
+namespace Sorvik::formats::avchd {
 
 namespace {
 
+using foundation::ByteReader;
+using foundation::CallScope;
+using foundation::FolderNames;
+
 // Header: type 0, version 4, then the offsets of the blocks.
 constexpr std::string_view kTypeAndVersion = "MPLS0100";
-constexpr std::uint64_t kSmallestFile = 21;
+constexpr std::uint64_t kMinFileBytes = 21;
 constexpr std::uint64_t kPlayListStartAt = 8;
 constexpr std::uint64_t kMarkStartAt = 12;
 constexpr std::uint64_t kExtensionStartAt = 16;
@@ -48,7 +52,7 @@ PlayItem MakeItem(ByteReader file, std::uint64_t at, std::uint64_t next) {
 std::vector<PlayItem> WalkItems(ByteReader file) {
   std::vector<PlayItem> items;
   const std::uint64_t bytes = file.Size();
-  if (bytes < kSmallestFile || !file.Matches(0, kTypeAndVersion)) return items;
+  if (bytes < kMinFileBytes || !file.Matches(0, kTypeAndVersion)) return items;
   const std::uint64_t start = file.U32BE(kPlayListStartAt).value_or(0);
   if (bytes < start + kFirstItemAt) return items;
   const std::uint64_t blockLength = file.U32BE(start).value_or(0);
@@ -204,7 +208,7 @@ std::optional<ShotOfClip> FindInIndex(const PlaylistIndex& index, const std::str
 // Items are small: a file of some kilobytes can declare as many as a large card holds. What a call
 // keeps of all playlists together is bounded for that reason.
 struct ItemAllowance {
-  mutable std::size_t left = kMostItemsInCall;  // of one thread, as the scope is
+  mutable std::size_t left = kMaxItemsPerCall;  // of one thread, as the scope is
 
   bool Take(std::size_t count) const {
     const bool granted = count <= left;
@@ -232,7 +236,7 @@ std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path) {
     const auto allowance = CallScope::Remember<ItemAllowance>({}, [] { return ItemAllowance(); });
     if (allowance->left == 0) return Playlist();
     const auto file = platform::RegularFile::Open(path);
-    if (!file || file->Size() > kLargestPlaylist) return Playlist();
+    if (!file || file->Size() > kMaxPlaylistBytes) return Playlist();
     std::vector<std::byte> bytes(static_cast<std::size_t>(file->Size()));
     bytes.resize(file->ReadAt(0, bytes));
     Playlist playlist = ParsePlaylist(ByteReader(bytes));
@@ -282,4 +286,4 @@ const ShotMark* MarkOfShot(const Playlist& playlist, std::size_t first) {
   return found == playlist.marks.end() ? nullptr : &*found;
 }
 
-}  // namespace Sorvik::foundation::avchd
+}  // namespace Sorvik::formats::avchd

@@ -7,17 +7,18 @@
 #include <thread>
 #include <vector>
 
+#include "formats/TextIndex.h"
+#include "formats/XercesDocument.h"
+#include "formats/sony/MediaProfile.h"
+#include "formats/sony/TakePlaylist.h"
 #include "foundation/CallScope.h"
-#include "foundation/TextIndex.h"
-#include "foundation/XercesDocument.h"
-#include "foundation/sony/MediaProfile.h"
-#include "foundation/sony/TakePlaylist.h"
 #include "support/Bytes.h"
 #include "support/TempTree.h"
 
 namespace {
 
 using namespace Sorvik::foundation;
+using namespace Sorvik::formats;
 using Hestra::MakeString;
 using Hestra::UTF16String;
 using sony::MaterialPart;
@@ -132,13 +133,13 @@ TEST(MediaProfile, EndsLongLists) {
   std::string materials;
   for (int i = 0; i < 60'000; ++i) materials += "<Material uri='a'/>";
   EXPECT_EQ(MediaProfile::FromBytes("<M><Contents>" + materials + "</Contents></M>").RecordCount(),
-            sony::kMostRecords);
+            sony::kMaxRecords);
   std::string parts;
   for (int i = 0; i < 60'000; ++i) parts += "<Proxy uri='a'/>";
   const MediaProfile list = MediaProfile::FromBytes("<M><Contents><Material>" + parts +
                                                     "</Material><Material/></Contents></M>");
   EXPECT_EQ(list.Materials().size(), 1u);
-  EXPECT_LE(list.RecordCount(), sony::kMostRecords + 1);
+  EXPECT_LE(list.RecordCount(), sony::kMaxRecords + 1);
 }
 
 TEST(MediaProfile, IsReadOnceWithinACallScope) {

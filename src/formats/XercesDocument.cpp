@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "foundation/XercesDocument.h"
+#include "formats/XercesDocument.h"
 
 #include <cstddef>
 #include <vector>
@@ -7,7 +7,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/OwnModule.h"
 
-namespace Sorvik::foundation {
+namespace Sorvik::formats {
 namespace {
 
 // Loaded with the first document, for good.
@@ -80,4 +80,4 @@ XercesElement XercesDocument::Root() const noexcept {
   return root.HasChildren() ? root : XercesElement();
 }
 
-}  // namespace Sorvik::foundation
+}  // namespace Sorvik::formats

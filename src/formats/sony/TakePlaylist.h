@@ -9,7 +9,7 @@
 
 #include "SorvikProvider/foundation/UTF16String.h"
 
-namespace Sorvik::foundation::sony {
+namespace Sorvik::formats::sony {
 
 using Hestra::UTF16String;
 
@@ -23,4 +23,4 @@ struct TakePlaylist {
   static std::optional<TakePlaylist> FromBytes(std::string_view bytes);
 };
 
-}  // namespace Sorvik::foundation::sony
+}  // namespace Sorvik::formats::sony

@@ -2,9 +2,9 @@
 // The playlist of an AVCHD card (.MPL, .mpls): its play items, and what cameras write about each
 // shot in the "PLEX" extension block. Both the structure and the metadata of a card come from here.
 //
-// How bounds work. All of the file up to kLargestPlaylist bytes is parsed as one view, every number
-// of it checked against the bytes that are there, in 64 bits. The walk over the items goes as far
-// as these rules allow, and keeps what it has when one of them fails:
+// How bounds work. All of the file up to kMaxPlaylistBytes bytes is parsed as one view, every
+// number of it checked against the bytes that are there, in 64 bits. The walk over the items goes
+// as far as these rules allow, and keeps what it has when one of them fails:
 //  - the file holds 21 bytes or more and begins with "MPLS0100";
 //  - the first 10 bytes of the play-list block and its declared length lie within the file;
 //  - the next item begins at item + 2 + the item's declared length; the item counts only if at
@@ -27,15 +27,15 @@
 
 #include "foundation/ByteReader.h"
 
-namespace Sorvik::foundation::avchd {
+namespace Sorvik::formats::avchd {
 
 // A playlist of 2,000 items with a mark each is under 400 kB; anything above this is no playlist
 // and counts as unreadable, so that a sparse file of any size costs nothing.
-inline constexpr std::size_t kLargestPlaylist = 4 * 1024 * 1024;
+inline constexpr std::size_t kMaxPlaylistBytes = 4 * 1024 * 1024;
 
 // Items and marks: 1,000 playlists of 1,000 each are more than any card holds. The playlist that
 // takes a call beyond this and all read after it count as unreadable.
-inline constexpr std::size_t kMostItemsInCall = 2'000'000;
+inline constexpr std::size_t kMaxItemsPerCall = 2'000'000;
 
 // The first bytes of a play item: length (2), clip name (5), codec (4), flags (2).
 inline constexpr std::size_t kPlayItemHead = 13;
@@ -72,7 +72,7 @@ struct Playlist {
 };
 
 // Parses a playlist in memory. What doesn't hold gives no items.
-Playlist ParsePlaylist(ByteReader file);
+Playlist ParsePlaylist(foundation::ByteReader file);
 
 // The playlist at `path` (UTF-8), shared with the call scope; never null, without items if it can't
 // be read. Opens regular files only.
@@ -103,4 +103,4 @@ void IndexPlaylists(const std::string& folder);
 // The mark of the shot that begins at item `first`; null if the playlist has none for it.
 const ShotMark* MarkOfShot(const Playlist& playlist, std::size_t first);
 
-}  // namespace Sorvik::foundation::avchd
+}  // namespace Sorvik::formats::avchd

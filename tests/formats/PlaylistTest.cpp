@@ -3,14 +3,15 @@
 
 #include <filesystem>
 
+#include "formats/avchd/Playlist.h"
 #include "foundation/CallScope.h"
-#include "foundation/avchd/Playlist.h"
 #include "support/Bytes.h"
 #include "support/TempTree.h"
 
 namespace {
 
 using namespace Sorvik::foundation;
+using namespace Sorvik::formats;
 using avchd::FindShot;
 using avchd::FindShotOfStream;
 using avchd::ParsePlaylist;

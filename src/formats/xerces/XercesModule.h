@@ -9,7 +9,7 @@
 #include <memory>
 #include <string_view>
 
-namespace Sorvik::foundation {
+namespace Sorvik::formats {
 
 struct XercesLimits {
   // The list of a disc with 4,700 clips, more than any medium holds, is 2 MB.
@@ -53,4 +53,4 @@ class XercesModule {
 using XercesModuleFunction = const XercesModule*() noexcept;
 inline constexpr char kXercesModuleFunction[] = "SorvikXercesModule";
 
-}  // namespace Sorvik::foundation
+}  // namespace Sorvik::formats

@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "SorvikProvider/foundation/UTF16String.h"
-#include "foundation/xerces/XercesModule.h"
+#include "formats/xerces/XercesModule.h"
 
-namespace Sorvik::foundation {
+namespace Sorvik::formats {
 
 // An element of a document, borrowed from it; a default-constructed one is no element.
 class XercesElement {
@@ -69,4 +69,4 @@ class XercesDocument {
   std::unique_ptr<XercesTree> tree_;
 };
 
-}  // namespace Sorvik::foundation
+}  // namespace Sorvik::formats

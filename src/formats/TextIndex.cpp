@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "foundation/TextIndex.h"
+#include "formats/TextIndex.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace Sorvik::foundation {
+namespace Sorvik::formats {
 namespace {
 
 // A list of 4,700 clips names them in some 150,000 units. Beyond these bounds no real list goes;
 // they keep the memory of hostile ones bounded.
-constexpr std::size_t kLongestTexts = 500'000;
-constexpr std::size_t kMostLengths = 8;
+constexpr std::size_t kMaxTotalLength = 500'000;
+constexpr std::size_t kMaxLengths = 8;
 
 }  // namespace
 
@@ -25,7 +25,7 @@ TextIndex::TextIndex(std::vector<UTF16String> texts) : texts_(std::move(texts)) 
 
 const TextIndex::Stretches* TextIndex::StretchesOf(std::size_t length) const {
   if (const auto known = stretches_.find(length); known != stretches_.end()) return &known->second;
-  if (totalLength_ > kLongestTexts || stretches_.size() >= kMostLengths) return nullptr;
+  if (totalLength_ > kMaxTotalLength || stretches_.size() >= kMaxLengths) return nullptr;
   Stretches& stretches = stretches_[length];
   for (std::size_t i = 0; i < texts_.size(); ++i) {
     const std::u16string_view text = texts_[i];
@@ -60,4 +60,4 @@ std::optional<std::size_t> TextIndex::FirstHeldBy(std::u16string_view whole) con
   return first;
 }
 
-}  // namespace Sorvik::foundation
+}  // namespace Sorvik::formats

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "foundation/xerces/XercesModule.h"
+#include "formats/xerces/XercesModule.h"
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -12,7 +12,7 @@
 
 #include "SorvikProvider/foundation/Export.h"
 
-namespace Sorvik::foundation {
+namespace Sorvik::formats {
 namespace {
 
 // Thrown to leave the parser from within its callbacks; never leaves this file.
@@ -156,9 +156,9 @@ class Module final : public XercesModule {
 };
 
 }  // namespace
-}  // namespace Sorvik::foundation
+}  // namespace Sorvik::formats
 
-extern "C" SORVIK_EXPORT const Sorvik::foundation::XercesModule* SorvikXercesModule() noexcept {
-  static const Sorvik::foundation::Module module;
+extern "C" SORVIK_EXPORT const Sorvik::formats::XercesModule* SorvikXercesModule() noexcept {
+  static const Sorvik::formats::Module module;
   return &module;
 }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "foundation/sony/TakePlaylist.h"
+#include "formats/sony/TakePlaylist.h"
 
 #include <string>
 
-#include "foundation/XercesDocument.h"
+#include "formats/XercesDocument.h"
 
-namespace Sorvik::foundation::sony {
+namespace Sorvik::formats::sony {
 namespace {
 
 // What stands behind the last colon of "urn:smpte:umid:<umid>"; all of it where there is none.
@@ -39,4 +39,4 @@ std::optional<TakePlaylist> TakePlaylist::FromBytes(std::string_view bytes) {
   return FromDocument(XercesDocument::Parse(bytes));
 }
 
-}  // namespace Sorvik::foundation::sony
+}  // namespace Sorvik::formats::sony

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "foundation/sony/MediaProfile.h"
+#include "formats/sony/MediaProfile.h"
 
+#include "formats/XercesDocument.h"
 #include "foundation/CallScope.h"
-#include "foundation/XercesDocument.h"
 #include "foundation/hestra/PathUtils.h"
 
-namespace Sorvik::foundation::sony {
+namespace Sorvik::formats::sony {
 namespace {
+
+using foundation::CallScope;
 
 using tarnwick::utility::FoldCase;
 
@@ -36,7 +38,7 @@ void ReadParts(XercesElement element, std::size_t most, Material& material) {
   }
 }
 
-Material ReadMaterial(XercesElement element, std::size_t mostParts) {
+Material ReadMaterial(XercesElement element, std::size_t maxParts) {
   Material material;
   material.uri = Attribute(element, u"uri");
   material.umid = Attribute(element, u"umid");
@@ -48,7 +50,7 @@ Material ReadMaterial(XercesElement element, std::size_t mostParts) {
   material.duration = Attribute(element, u"dur");
   material.channels = Attribute(element, u"ch");
   material.aspectRatio = Attribute(element, u"aspectRatio");
-  ReadParts(element, mostParts, material);
+  ReadParts(element, maxParts, material);
   return material;
 }
 
@@ -56,8 +58,8 @@ std::vector<Material> ReadMaterials(const XercesDocument& document, std::size_t&
   std::vector<Material> materials;
   const XercesElement contents = FindChildElement(document.Root(), u"Contents");
   for (XercesElement element = FindChildElement(contents, u"Material");
-       element && records < kMostRecords; element = FindNextSiblingElement(element, u"Material")) {
-    materials.push_back(ReadMaterial(element, kMostRecords - records));
+       element && records < kMaxRecords; element = FindNextSiblingElement(element, u"Material")) {
+    materials.push_back(ReadMaterial(element, kMaxRecords - records));
     records += 1 + materials.back().parts.size();
   }
   return materials;
@@ -129,4 +131,4 @@ const Material* MediaProfile::TakeWith(std::u16string_view umid) const {
   return found == components_.end() ? nullptr : &materials_[found->second];
 }
 
-}  // namespace Sorvik::foundation::sony
+}  // namespace Sorvik::formats::sony

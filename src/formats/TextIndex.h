@@ -13,7 +13,7 @@
 
 #include "SorvikProvider/foundation/UTF16String.h"
 
-namespace Sorvik::foundation {
+namespace Sorvik::formats {
 
 // The texts never change. One object belongs to one thread at a time: look-ups build on what
 // earlier ones have found out.
@@ -42,4 +42,4 @@ class TextIndex {
   mutable std::map<std::size_t, Stretches> stretches_;
 };
 
-}  // namespace Sorvik::foundation
+}  // namespace Sorvik::formats
