@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "SorvikProvider/frame/FieldModel.h"
-#include "SorvikProvider/frame/StructureCheck.h"
+#include "SorvikProvider/cardtools/CardCheck.h"
 
 namespace host {
 

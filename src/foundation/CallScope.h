@@ -29,13 +29,19 @@ class CallScope {
   // its own for each kind of record, since type and key together name it.
   template <class T, class Make>
   static std::shared_ptr<const T> Remember(const std::string& key, Make make) {
+    return Share<T>(key, [&make] { return std::make_shared<const T>(make()); });
+  }
+
+  // The same for a record that can't be moved: `make` returns a shared pointer to it.
+  template <class T, class Make>
+  static std::shared_ptr<const T> Share(const std::string& key, Make make) {
     Records* records = Current();
-    if (records == nullptr) return std::make_shared<const T>(make());
+    if (records == nullptr) return make();
     Name name{typeid(T), key};
     if (const auto kept = records->find(name); kept != records->end()) {
       return std::static_pointer_cast<const T>(kept->second);
     }
-    auto made = std::make_shared<const T>(make());
+    std::shared_ptr<const T> made = make();
     records->emplace(std::move(name), made);
     return made;
   }

@@ -5,12 +5,10 @@
 #include <iterator>
 #include <utility>
 
-#include "SorvikProvider/frame/StructureCheck.h"
 #include "filesystem/WinProviderDirectory.h"
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
 #include "frame/RequestQueue.h"
-#include "providers/cards/CardChecks.h"
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
@@ -18,11 +16,9 @@
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
 #include "providers/sequences/ProviderRED.h"
-#include "providers/sequences/SequenceChecks.h"
 #include "providers/structures/ProviderAVCHD.h"
 #include "providers/structures/ProviderCanonXF.h"
 #include "providers/structures/ProviderSonyHDV.h"
-#include "providers/structures/StructureChecks.h"
 
 namespace Sorvik {
 namespace {
@@ -32,26 +28,21 @@ Provider* Make() {
   return new T;
 }
 
-struct ProviderRow {
-  Provider* (*make)();
-  StructureFindings (*check)(const std::string& path);  // null for places that are no structure
-};
-
 // In this order they are asked, and ties between equal scores are decided.
 // clang-format off
-constexpr ProviderRow kProviders[] = {
-    {Make<WinProviderDirectory>, nullptr},
-    {Make<WinProviderVolume>, nullptr},
-    {Make<ProviderXDCAM>, CheckXDCAMMedium},
-    {Make<ProviderP2>, CheckP2Card},
-    {Make<ProviderXDCAMEX>, CheckXDCAMEXCard},
-    {Make<ProviderSonyHDV>, CheckSonyHDVFolder},
-    {Make<ProviderAVCHD>, CheckAVCHDFolder},
-    {Make<ProviderRED>, CheckREDFolder},
-    {Make<ProviderCanonXF>, CheckCanonXFCard},
-    {Make<ProviderARRIRAW>, CheckARRIRAWFolder},
-    {Make<ProviderCinemaDNG>, CheckCinemaDNGFolder},
-    {Make<ProviderCanonRAW>, CheckCanonRAWFolder},
+constexpr Provider* (*kProviders[])() = {
+    Make<WinProviderDirectory>,
+    Make<WinProviderVolume>,
+    Make<ProviderXDCAM>,
+    Make<ProviderP2>,
+    Make<ProviderXDCAMEX>,
+    Make<ProviderSonyHDV>,
+    Make<ProviderAVCHD>,
+    Make<ProviderRED>,
+    Make<ProviderCanonXF>,
+    Make<ProviderARRIRAW>,
+    Make<ProviderCinemaDNG>,
+    Make<ProviderCanonRAW>,
 };
 // clang-format on
 
@@ -64,8 +55,8 @@ boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::sExecutor;
 
 void ProviderHost::Initialize() {
   if (++sUseCount != 1) return;
-  for (const ProviderRow& row : kProviders) {
-    RegisterProvider(std::make_unique<AsyncProviderWrapper>(row.make()));
+  for (const auto make : kProviders) {
+    RegisterProvider(std::make_unique<AsyncProviderWrapper>(make()));
   }
   if (!sExecutor) {
     sExecutor =
@@ -123,17 +114,6 @@ bool ProviderHost::HasProvider(const std::string& path) {
     // One provider's failure must not cost a listing its other entries.
     return false;
   }
-}
-
-StructureFindings CheckStructure(const std::string& path, const std::string& identification) {
-  const auto& wrappers = ProviderHost::GetAllProviders();
-  // The library's own providers are registered first, in the order of the table.
-  for (std::size_t i = 0; i < std::size(kProviders) && i < wrappers.size(); ++i) {
-    if (wrappers[i]->GetIdentification() != identification) continue;
-    const bool claimed = kProviders[i].check != nullptr && wrappers[i]->CanProvideFor(path) >= 1;
-    return claimed ? kProviders[i].check(path) : StructureFindings();
-  }
-  return {};
 }
 
 boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::GetProviderExecutor() {

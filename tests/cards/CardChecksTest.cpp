@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "providers/cards/CardChecks.h"
+#include "providers/cards/ProviderP2.h"
+#include "providers/cards/ProviderXDCAM.h"
+#include "providers/cards/ProviderXDCAMEX.h"
 #include "support/Cards.h"
 
 namespace {
@@ -43,10 +45,10 @@ TEST(CardChecks, FindNothingOnWholeCards) {
   MakeXDCAMDisc(tree, "disc", {{"C0001"}, {"C0002"}});
   MakeXDCAMProav(tree, "proav", {{"C0001"}, {"C0002"}});
   MakeXDCAMEXCard(tree, "ex", {{"A_01"}, {"A_02"}}, {{"A", {"A_01", "A_02"}}});
-  EXPECT_EQ(Missing(CheckP2Card(tree.Path("p2")), tree), Lines{});
-  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("disc")), tree), Lines{});
-  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("proav")), tree), Lines{});
-  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("ex")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderP2().CheckStructure(tree.Path("p2")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderXDCAM().CheckStructure(tree.Path("disc")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderXDCAM().CheckStructure(tree.Path("proav")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("ex")), tree), Lines{});
 }
 
 TEST(CardChecks, NameTheMissingPartsOfP2Clips) {
@@ -62,7 +64,7 @@ TEST(CardChecks, NameTheMissingPartsOfP2Clips) {
   tree.File("card/CONTENTS/CLIP/0003CC.XML", "<P2Main><ClipCon");
   tree.File("card/LASTCLIP.TXT");
   Remove(tree, "card/CONTENTS/ICON/0001AA.BMP");
-  const StructureFindings findings = CheckP2Card(tree.Path("card"));
+  const StructureFindings findings = ProviderP2().CheckStructure(tree.Path("card"));
   const std::string contents = "card/CONTENTS/";
   EXPECT_EQ(Missing(findings, tree),
             (Lines{"proxy " + contents + "PROXY/0001AA.MP4", "icon " + contents + "ICON/0001AA.BMP",
@@ -78,14 +80,14 @@ TEST(CardChecks, LookForSpansOfP2ShotsBesideTheCard) {
   for (const char* card : {"one", "two"}) MakeP2Card(tree, card);
   AddWholeP2Clip(tree, "one", shot[0]);
   AddWholeP2Clip(tree, "two", shot[1]);
-  EXPECT_EQ(Missing(CheckP2Card(tree.Path("one")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderP2().CheckStructure(tree.Path("one")), tree), Lines{});
   // The last clip is nowhere; the one before names it.
-  const StructureFindings findings = CheckP2Card(tree.Path("two"));
+  const StructureFindings findings = ProviderP2().CheckStructure(tree.Path("two"));
   ASSERT_EQ(findings.missing.size(), 1u);
   EXPECT_EQ(findings.missing[0].kind, "span");
   EXPECT_EQ(findings.missing[0].entryKey, "0002AA");
   AddWholeP2Clip(tree, "one", shot[2]);
-  EXPECT_EQ(Missing(CheckP2Card(tree.Path("two")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderP2().CheckStructure(tree.Path("two")), tree), Lines{});
 }
 
 TEST(CardChecks, NameWhatXDCAMIndexesListInVain) {
@@ -96,7 +98,7 @@ TEST(CardChecks, NameWhatXDCAMIndexesListInVain) {
   Remove(tree, "disc/Clip/C0001M01.XML");
   std::filesystem::remove_all(tree.Path("disc/Sub"));
   Remove(tree, "proav/PROAV/CLPR/C0001/C0001V01.MXF");
-  const Lines disc = Missing(CheckXDCAMMedium(tree.Path("disc")), tree);
+  const Lines disc = Missing(ProviderXDCAM().CheckStructure(tree.Path("disc")), tree);
   for (const char* expected :
        {"essence disc/Clip/C0002.MXF", "clip record disc/Clip/C0001M01.XML"}) {
     EXPECT_NE(std::find(disc.begin(), disc.end(), expected), disc.end()) << expected;
@@ -106,32 +108,32 @@ TEST(CardChecks, NameWhatXDCAMIndexesListInVain) {
             2);
   EXPECT_EQ(disc.size(), 4u);
   // Its first sound file would be the essence of a clip without picture.
-  const StructureFindings proav = CheckXDCAMMedium(tree.Path("proav"));
+  const StructureFindings proav = ProviderXDCAM().CheckStructure(tree.Path("proav"));
   EXPECT_TRUE(proav.missing.empty());
   std::filesystem::remove_all(tree.Path("proav/PROAV/CLPR/C0002"));
-  EXPECT_EQ(CheckXDCAMMedium(tree.Path("proav")).missing.front().kind, "essence");
+  EXPECT_EQ(ProviderXDCAM().CheckStructure(tree.Path("proav")).missing.front().kind, "essence");
   tree.File("disc/MEDIAPRO.XML", MediaProXml(XmlElement("Material", "uri=\"../../../etc/none\"")));
-  EXPECT_TRUE(CheckXDCAMMedium(tree.Path("disc")).missing.empty());
+  EXPECT_TRUE(ProviderXDCAM().CheckStructure(tree.Path("disc")).missing.empty());
 }
 
 TEST(CardChecks, LookForPartsOfTakesBesideTheCard) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "one", {{"A_01"}}, {{"A", {"A_01", "A_02"}}});
-  const StructureFindings findings = CheckXDCAMEXCard(tree.Path("one"));
+  const StructureFindings findings = ProviderXDCAMEX().CheckStructure(tree.Path("one"));
   ASSERT_EQ(findings.missing.size(), 1u);
   EXPECT_EQ(findings.missing[0].kind, "span");
   EXPECT_EQ(findings.missing[0].path, UmidOf("A_02"));
   MakeXDCAMEXCard(tree, "two", {{"A_02"}});
-  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("one")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("one")), tree), Lines{});
   Remove(tree, "two/BPAV/CLPR/A_02/A_02.MP4");
-  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("two")), tree),
+  EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("two")), tree),
             Lines{"essence two/BPAV/CLPR/A_02/A_02.MP4"});
 
   // A clip in two takes, the second with its other part on another card.
   MakeXDCAMEXCard(tree, "takes", {{"B_01"}, {"B_02"}},
                   {{"B", {"B_01", "B_02"}}, {"C", {"B_01", "C_02"}}});
   MakeXDCAMEXCard(tree, "three", {{"C_02"}});
-  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("takes")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("takes")), tree), Lines{});
   // The listing finds clips in lower case, so nothing is missing.
   const std::string clip = "three/BPAV/CLPR/C_02/";
   for (const char* end : {".MP4", "M01.XML", "R01.BIM", "I01.PPN"}) {
@@ -140,9 +142,9 @@ TEST(CardChecks, LookForPartsOfTakesBesideTheCard) {
     for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     std::filesystem::rename(tree.Path(clip + name), tree.Path(clip + lower));
   }
-  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("three")), tree), Lines{});
+  EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("three")), tree), Lines{});
   Remove(tree, clip + "c_02.mp4");
-  const StructureFindings gone = CheckXDCAMEXCard(tree.Path("three"));
+  const StructureFindings gone = ProviderXDCAMEX().CheckStructure(tree.Path("three"));
   ASSERT_EQ(gone.missing.size(), 1u);
   EXPECT_EQ(gone.missing[0].entryKey, tree.Path(clip + "c_02m01.xml"));
 }
@@ -156,20 +158,20 @@ TEST(CardChecks, TellDamagedIndexesAndRecordsFromWholeOnes) {
   tree.File("proav/PROAV/CLPR/C0001/C0001M01.XML");
   tree.File("ex/BPAV/CLPR/A_01/A_01M01.XML", "\xFF\xFF");
   const std::string kRecord = "readable clip record ";
-  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("disc")), tree),
+  EXPECT_EQ(Missing(ProviderXDCAM().CheckStructure(tree.Path("disc")), tree),
             Lines{kRecord + "disc/Clip/C0001M01.XML"});
-  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("proav")), tree),
+  EXPECT_EQ(Missing(ProviderXDCAM().CheckStructure(tree.Path("proav")), tree),
             Lines{kRecord + "proav/PROAV/CLPR/C0001/C0001M01.XML"});
-  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("ex")), tree),
+  EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("ex")), tree),
             Lines{kRecord + "ex/BPAV/CLPR/A_01/A_01M01.XML"});
   for (const char* list : {"disc/MEDIAPRO.XML", "proav/PROAV/INDEX.XML", "ex/BPAV/MEDIAPRO.XML"}) {
     tree.File(list, "<MediaProfile><Contents>");
   }
-  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("disc")), tree),
+  EXPECT_EQ(Missing(ProviderXDCAM().CheckStructure(tree.Path("disc")), tree),
             Lines{"readable material list disc/MEDIAPRO.XML"});
-  EXPECT_EQ(Missing(CheckXDCAMMedium(tree.Path("proav")), tree),
+  EXPECT_EQ(Missing(ProviderXDCAM().CheckStructure(tree.Path("proav")), tree),
             Lines{"readable clip table proav/PROAV/INDEX.XML"});
-  EXPECT_EQ(Missing(CheckXDCAMEXCard(tree.Path("ex")), tree),
+  EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("ex")), tree),
             Lines{"readable material list ex/BPAV/MEDIAPRO.XML"});
 }
 

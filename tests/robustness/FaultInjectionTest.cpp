@@ -16,7 +16,7 @@
 #include <set>
 
 #include "SorvikProvider/frame/ProviderHost.h"
-#include "SorvikProvider/frame/StructureCheck.h"
+#include "SorvikProvider/cardtools/CardCheck.h"
 #include "support/AllCards.h"
 #include "support/Values.h"
 

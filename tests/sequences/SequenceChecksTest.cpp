@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include "providers/sequences/SequenceChecks.h"
+#include "providers/sequences/ProviderARRIRAW.h"
+#include "providers/sequences/ProviderCinemaDNG.h"
+#include "providers/sequences/ProviderRED.h"
 #include "support/TempTree.h"
 
 namespace {
@@ -27,23 +29,23 @@ TEST(SequenceChecks, NameMissingFrames) {
                            "C_018446744073709551615.ari", "._A_0100.ari", "._A_0103.ari"}) {
     tree.File(name);
   }
-  const StructureFindings findings = CheckARRIRAWFolder(tree.Root());
+  const StructureFindings findings = ProviderARRIRAW().CheckStructure(tree.Root());
   EXPECT_EQ(Missing(findings, tree.Root()), (Lines{"frame A_0101.ari", "frame A_0102.ari"}));
   EXPECT_EQ(findings.missing[0].entryKey, tree.Path("A_0099.ari"));
-  EXPECT_TRUE(CheckCinemaDNGFolder(tree.Root()).missing.empty());
+  EXPECT_TRUE(ProviderCinemaDNG().CheckStructure(tree.Root()).missing.empty());
 }
 
 TEST(SequenceChecks, TakeExtensionsRegardlessOfCase) {
   const TempTree tree;
   for (const char* name : {"B_0001.dng", "B_0002.DNG", "B_0003.dng"}) tree.File(name);
-  EXPECT_EQ(Missing(CheckCinemaDNGFolder(tree.Root()), tree.Root()), Lines{});
+  EXPECT_EQ(Missing(ProviderCinemaDNG().CheckStructure(tree.Root()), tree.Root()), Lines{});
 }
 
 TEST(SequenceChecks, NameLongGapsByTheirEnds) {
   const TempTree tree;
   tree.File("f0000001.dng");
   tree.File("f9000000.dng");
-  EXPECT_EQ(Missing(CheckCinemaDNGFolder(tree.Root()), tree.Root()),
+  EXPECT_EQ(Missing(ProviderCinemaDNG().CheckStructure(tree.Root()), tree.Root()),
             (Lines{"frames from here f0000002.dng", "frames up to here f8999999.dng"}));
 }
 
@@ -57,7 +59,7 @@ TEST(SequenceChecks, NameMissingSegmentsOfRED) {
   tree.File("A001_C004.RDC/A001_C004_001.r3d");
   tree.File("Other/x_5.R3D");
   tree.File("Other/x_6.R3D");
-  const StructureFindings findings = CheckREDFolder(tree.Root());
+  const StructureFindings findings = ProviderRED().CheckStructure(tree.Root());
   EXPECT_EQ(
       Missing(findings, tree.Root()),
       (Lines{"segment A001_C001.RDC/A001_C001_001.R3D", "segment A001_C001.RDC/A001_C001_003.R3D",

@@ -2,8 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/frame/ProviderHost.h"
-#include "providers/structures/StructureChecks.h"
+#include "providers/structures/ProviderAVCHD.h"
+#include "providers/structures/ProviderCanonXF.h"
+#include "providers/structures/ProviderSonyHDV.h"
 #include "support/AvchdCard.h"
 #include "support/TempTree.h"
 
@@ -35,7 +38,7 @@ TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
     card.File("STREAM/00002.mts");  // a listing takes the one in capitals
     card.File("STREAM/thumbs.db");
     card.File("BACKUP/CLIPINF/00000.CPI");
-    const StructureFindings findings = CheckAVCHDFolder(tree.Root());
+    const StructureFindings findings = ProviderAVCHD().CheckStructure(tree.Root());
     EXPECT_EQ(Missing(findings, card.BDMV()),
               (Lines{"00000.MTS: stream STREAM/00001.MTS",
                      "00000.MTS: clip information CLIPINF/00001.CPI",
@@ -66,7 +69,7 @@ TEST(StructureChecks, NameStreamsThatNoEntryOfAVCHDHandsOut) {
   card.File("PLAYLIST/00007.MPL", list({{"00007"}, {"00008", 6}}));
   card.File("STREAM/copy of 00001.mts");
   std::vector<std::string> unreached;
-  for (const auto& part : CheckAVCHDFolder(tree.Root()).unreached) {
+  for (const auto& part : ProviderAVCHD().CheckStructure(tree.Root()).unreached) {
     unreached.push_back(part.path.substr(card.Path("STREAM/").size()));
   }
   EXPECT_EQ(unreached,
@@ -85,7 +88,7 @@ TEST(StructureChecks, NameMissingSpansOfCanonXF) {
                        "AA000102: span CONTENTS/CLIPS001/AA0001/AA000103.MXF",
                        "AB000201: clip information CONTENTS/CLIPS001/AB0002/AB0002.CIF",
                        ": span CONTENTS/CLIPS001/AC0003/AC000301.MXF"};
-  EXPECT_EQ(Missing(CheckCanonXFCard(tree.Root()), tree.Root()), expected);
+  EXPECT_EQ(Missing(ProviderCanonXF().CheckStructure(tree.Root()), tree.Root()), expected);
   ProviderHost::Initialize();
   const char* id = "com.halvane.Merisk.ProviderCanonXF";
   EXPECT_EQ(Missing(CheckStructure(tree.Root(), id), tree.Root()), expected);
@@ -101,7 +104,7 @@ TEST(StructureChecks, NameMissingIndexesOfSonyHDV) {
                            "00_0012_2014-01-31_103000.M2T", "00_0013_2014-01-31_104500.M2T"}) {
     tree.File(std::string("VIDEO/HVR/") + file);
   }
-  EXPECT_EQ(Missing(CheckSonyHDVFolder(tree.Root()), tree.Root()),
+  EXPECT_EQ(Missing(ProviderSonyHDV().CheckStructure(tree.Root()), tree.Root()),
             (Lines{"00_0013_2014-01-31_104500.M2T: index "
                    "VIDEO/HVR/00_0013_2014-01-31_104500.IDX"}));
 }

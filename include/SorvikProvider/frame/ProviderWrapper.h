@@ -63,6 +63,8 @@ class SORVIK_EXPORT AsyncProviderWrapper final : public ProviderWrapper {
       tarnwick::utility::ImmutableString station) const override;
 
  private:
+  friend class ProviderAccess;
+
   Hestra::ObjectPtr<Provider, Hestra::AtomicValue> provider_;
   Hestra::HestraUnknown* further_ = nullptr;  // released with the wrapper; the library sets none
 };

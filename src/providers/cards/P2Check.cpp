@@ -7,11 +7,11 @@
 #include "foundation/CallScope.h"
 #include "foundation/XmlTree.h"
 #include "foundation/hestra/PathUtils.h"
-#include "frame/StructureParts.h"
 #include "providers/cards/CardChecks.h"
 #include "providers/cards/P2Shots.h"
 #include "providers/cards/P2Siblings.h"
 #include "providers/cards/ProviderP2.h"
+#include "providers/common/StructureParts.h"
 
 namespace Sorvik {
 namespace {
@@ -146,14 +146,14 @@ void CheckShots(Card& card, const UTF16String& root) {
 
 }  // namespace
 
-StructureFindings CheckP2Card(const std::string& path) {
+StructureFindings ProviderP2::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   const UTF16String root = Hestra::MakeString(path);
   Card card{PathUtils::CombinePaths(root, p2::kContents), {}, {}, {}};
   for (const UTF16String& xml : p2::ListClipXmlFiles(root)) CheckClip(card, xml);
   CheckShots(card, root);
   AddStructureFiles(root, {u"LASTCLIP.TXT"}, card.findings);
-  AddUnreachedMedia(ProviderP2(), path, {card.contents}, card.findings);
+  AddUnreachedMedia(*this, path, {card.contents}, card.findings);
   return std::move(card.findings);
 }
 

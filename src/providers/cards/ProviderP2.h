@@ -6,11 +6,12 @@
 
 #include <string>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderP2 final : public ClipProvider {
+class ProviderP2 final : public ClipProvider, public CardChecker {
  public:
   ProviderP2();
   // Also for a clip that lies on a card beside this one. The duration is that of the clip alone.
@@ -23,6 +24,7 @@ class ProviderP2 final : public ClipProvider {
   int CanProvideFor(const std::string& path) const override;
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

@@ -5,11 +5,12 @@
 
 #include <string>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderXDCAM final : public ClipProvider {
+class ProviderXDCAM final : public ClipProvider, public CardChecker {
  public:
   ProviderXDCAM();
   // Never tells the proxy's path. Gives the entry even if nothing is known of it.
@@ -23,6 +24,7 @@ class ProviderXDCAM final : public ClipProvider {
   // The system's icon of the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

@@ -6,11 +6,12 @@
 
 #include <string>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderXDCAMEX final : public ClipProvider {
+class ProviderXDCAMEX final : public ClipProvider, public CardChecker {
  public:
   ProviderXDCAMEX();
   // Any clip of the card, also one that the listing folds into its take.
@@ -24,6 +25,7 @@ class ProviderXDCAMEX final : public ClipProvider {
   // The system's icon of the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

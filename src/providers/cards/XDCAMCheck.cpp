@@ -7,7 +7,6 @@
 #include "foundation/Presence.h"
 #include "foundation/XmlTree.h"
 #include "foundation/hestra/PathUtils.h"
-#include "frame/StructureParts.h"
 #include "providers/cards/CardChecks.h"
 #include "providers/cards/MediaPro.h"
 #include "providers/cards/ProviderXDCAM.h"
@@ -15,6 +14,7 @@
 #include "providers/cards/TakeFiles.h"
 #include "providers/cards/XDCAMFiles.h"
 #include "providers/cards/XDCAMIndex.h"
+#include "providers/common/StructureParts.h"
 
 namespace Sorvik {
 namespace {
@@ -177,7 +177,7 @@ void CheckTake(const MediaProCard& card, const MediaProEntry& take, StructureFin
 
 }  // namespace
 
-StructureFindings CheckXDCAMMedium(const std::string& path) {
+StructureFindings ProviderXDCAM::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
   const UTF16String root = PathUtils::RemoveTrailingSlash(Hestra::MakeString(path));
@@ -188,11 +188,11 @@ StructureFindings CheckXDCAMMedium(const std::string& path) {
     CheckProav(root, findings);
     AddProavFiles(root, findings);
   }
-  AddUnreachedMedia(ProviderXDCAM(), path, MediaFolders(root), findings);
+  AddUnreachedMedia(*this, path, MediaFolders(root), findings);
   return findings;
 }
 
-StructureFindings CheckXDCAMEXCard(const std::string& path) {
+StructureFindings ProviderXDCAMEX::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
   const UTF16String bpav = CombinePaths(Hestra::MakeString(path), u"BPAV");
@@ -207,7 +207,7 @@ StructureFindings CheckXDCAMEXCard(const std::string& path) {
                     findings);
   // A take may join clips that all lie on other cards.
   AddStructureFilesBelow(CombinePaths(bpav, u"TAKR"), findings);
-  AddUnreachedMedia(ProviderXDCAMEX(), path, {CombinePaths(bpav, xdcam::kClpr)}, findings);
+  AddUnreachedMedia(*this, path, {CombinePaths(bpav, xdcam::kClpr)}, findings);
   return findings;
 }
 

@@ -2,11 +2,14 @@
 // A folder of Canon RAW frames (.RMF) as one clip.
 #pragma once
 
+#include <string>
+
+#include "frame/CardChecker.h"
 #include "providers/sequences/ProviderFileSequenceBase.h"
 
 namespace Sorvik {
 
-class ProviderCanonRAW final : public ProviderFileSequenceBase {
+class ProviderCanonRAW final : public ProviderFileSequenceBase, public CardChecker {
  public:
   ProviderCanonRAW();
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
@@ -14,6 +17,7 @@ class ProviderCanonRAW final : public ProviderFileSequenceBase {
   bool IsSequenceFile(const UTF16String& name) const override;
   // The frames, then the sound, sidecar and clip information that are there.
   void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

@@ -2,11 +2,14 @@
 // A folder of CinemaDNG frames (.DNG) as one clip.
 #pragma once
 
+#include <string>
+
+#include "frame/CardChecker.h"
 #include "providers/sequences/ProviderFileSequenceBase.h"
 
 namespace Sorvik {
 
-class ProviderCinemaDNG final : public ProviderFileSequenceBase {
+class ProviderCinemaDNG final : public ProviderFileSequenceBase, public CardChecker {
  public:
   ProviderCinemaDNG();
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
@@ -14,6 +17,7 @@ class ProviderCinemaDNG final : public ProviderFileSequenceBase {
   bool IsSequenceFile(const UTF16String& name) const override;
   // The frames, then the sound of the clip: the head's title up to its last "_", with ".WAV".
   void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

@@ -3,13 +3,15 @@
 // the recording (".R3D") and their sidecars. Both spellings are exact.
 #pragma once
 
+#include <string>
 #include <vector>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderRED final : public ClipProvider {
+class ProviderRED final : public ClipProvider, public CardChecker {
  public:
   ProviderRED();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -19,6 +21,7 @@ class ProviderRED final : public ClipProvider {
   int CanProvideFor(const std::string& path) const override;
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 
  private:
   static bool IsClipSegment(const UTF16String& name);

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "providers/sequences/SequenceChecks.h"
-
 #include <algorithm>
 #include <charconv>
 #include <map>
@@ -11,7 +9,7 @@
 #include "foundation/CallScope.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
-#include "frame/StructureParts.h"
+#include "providers/common/StructureParts.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
@@ -159,19 +157,19 @@ void CheckSegments(const std::string& folder, const std::string& key, StructureF
 
 }  // namespace
 
-StructureFindings CheckARRIRAWFolder(const std::string& path) {
-  return CheckFrames(ProviderARRIRAW(), path, u".ARI");
+StructureFindings ProviderARRIRAW::CheckStructure(const std::string& path) const {
+  return CheckFrames(*this, path, u".ARI");
 }
 
-StructureFindings CheckCanonRAWFolder(const std::string& path) {
-  return CheckFrames(ProviderCanonRAW(), path, u".RMF");
+StructureFindings ProviderCanonRAW::CheckStructure(const std::string& path) const {
+  return CheckFrames(*this, path, u".RMF");
 }
 
-StructureFindings CheckCinemaDNGFolder(const std::string& path) {
-  return CheckFrames(ProviderCinemaDNG(), path, u".DNG");
+StructureFindings ProviderCinemaDNG::CheckStructure(const std::string& path) const {
+  return CheckFrames(*this, path, u".DNG");
 }
 
-StructureFindings CheckREDFolder(const std::string& path) {
+StructureFindings ProviderRED::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
   std::vector<UTF16String> files;
@@ -187,7 +185,7 @@ StructureFindings CheckREDFolder(const std::string& path) {
     if (named && key.empty()) findings.missing.push_back({"", "segment", clip});
     if (named && !key.empty()) CheckSegments(clip, key, findings);
   }
-  AddUnreachedMedia(ProviderRED(), path, clips, findings);
+  AddUnreachedMedia(*this, path, clips, findings);
   return findings;
 }
 

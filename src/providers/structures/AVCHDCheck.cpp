@@ -9,11 +9,9 @@
 #include "foundation/FolderNames.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
-#include "frame/StructureParts.h"
+#include "providers/common/StructureParts.h"
 #include "providers/structures/AVCHDUtils.h"
 #include "providers/structures/ProviderAVCHD.h"
-#include "providers/structures/StructureChecks.h"
-
 namespace Sorvik {
 namespace {
 
@@ -95,7 +93,7 @@ void AddStructureFiles(Card& card) {
 
 }  // namespace
 
-StructureFindings CheckAVCHDFolder(const std::string& path) {
+StructureFindings ProviderAVCHD::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   Card card{FindBDMV(path), {}, {}};
   for (const UTF16String& file : AVCHDUtils::ListPlaylists(Hestra::MakeString(card.bdmv))) {
@@ -103,8 +101,7 @@ StructureFindings CheckAVCHDFolder(const std::string& path) {
   }
   // Playlists alone decide what is a clip, and a clip's shot is looked for in some of them only: a
   // stream can be named and belong to no entry all the same.
-  AddUnreachedMedia(ProviderAVCHD(), path, {Hestra::MakeString(card.bdmv + "/STREAM")},
-                    card.findings);
+  AddUnreachedMedia(*this, path, {Hestra::MakeString(card.bdmv + "/STREAM")}, card.findings);
   AddStructureFiles(card);
   return std::move(card.findings);
 }

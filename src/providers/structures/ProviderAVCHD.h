@@ -6,11 +6,12 @@
 
 #include <string>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderAVCHD final : public ClipProvider {
+class ProviderAVCHD final : public ClipProvider, public CardChecker {
  public:
   ProviderAVCHD();
   // Also for a clip that no playlist starts with, and for one that none names. Nothing for a key
@@ -25,6 +26,7 @@ class ProviderAVCHD final : public ClipProvider {
   // A fixed picture, whatever the path and key.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

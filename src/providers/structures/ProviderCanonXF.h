@@ -5,11 +5,12 @@
 
 #include <string>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderCanonXF final : public ClipProvider {
+class ProviderCanonXF final : public ClipProvider, public CardChecker {
  public:
   ProviderCanonXF();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -20,6 +21,7 @@ class ProviderCanonXF final : public ClipProvider {
   int CanProvideFor(const std::string& path) const override;
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

@@ -6,11 +6,12 @@
 
 #include <string>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderSonyHDV final : public ClipProvider {
+class ProviderSonyHDV final : public ClipProvider, public CardChecker {
  public:
   ProviderSonyHDV();
   // Both give ExtraPath whether it was asked for or not; it names TRACKS.DAT even if it isn't
@@ -23,6 +24,7 @@ class ProviderSonyHDV final : public ClipProvider {
   int CanProvideFor(const std::string& path) const override;
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

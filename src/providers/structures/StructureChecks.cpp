@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "providers/structures/StructureChecks.h"
-
 #include <algorithm>
 #include <map>
 #include <vector>
@@ -9,7 +7,7 @@
 #include "foundation/FoldedNames.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
-#include "frame/StructureParts.h"
+#include "providers/common/StructureParts.h"
 #include "providers/structures/CanonXFNames.h"
 #include "providers/structures/ProviderCanonXF.h"
 #include "providers/structures/ProviderSonyHDV.h"
@@ -61,7 +59,7 @@ void CheckClip(const UTF16String& clip, StructureFindings& findings) {
 
 }  // namespace
 
-StructureFindings CheckCanonXFCard(const std::string& path) {
+StructureFindings ProviderCanonXF::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
   const UTF16String clips = canonxf::ClipRootOf(Hestra::MakeString(path));
@@ -70,16 +68,16 @@ StructureFindings CheckCanonXFCard(const std::string& path) {
   }
   AddStructureFiles(clips, {u"INDEX.MIF"}, findings);
   AddStructureFilesBelow(PathUtils::CombinePaths(clips, u"JOURNAL"), findings);
-  AddUnreachedMedia(ProviderCanonXF(), path, {clips}, findings);
+  AddUnreachedMedia(*this, path, {clips}, findings);
   return findings;
 }
 
-StructureFindings CheckSonyHDVFolder(const std::string& path) {
+StructureFindings ProviderSonyHDV::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
   const UTF16String folder =
       PathUtils::CombinePaths(PathUtils::CombinePaths(Hestra::MakeString(path), u"VIDEO"), u"HVR");
-  const ContentMap content = ProviderSonyHDV().GetContent(path, FieldNameSet(), nullptr);
+  const ContentMap content = GetContent(path, FieldNameSet(), nullptr);
   std::string run;  // the clip number of the recording before, all of whose files share an index
   for (const auto& [key, fields] : content) {
     const UTF16String title = PathUtils::GetFilePart(Hestra::MakeString(key));
@@ -95,7 +93,7 @@ StructureFindings CheckSonyHDVFolder(const std::string& path) {
   const UTF16String tracks = PathUtils::CombinePaths(folder, u"TRACKS.DAT");
   findings.structureFiles.push_back(Hestra::MakeStdString(tracks));
   AddStructureFiles(folder, {u"TRACKS.DAT"}, findings);
-  AddUnreachedMedia(ProviderSonyHDV(), path, {folder}, findings);
+  AddUnreachedMedia(*this, path, {folder}, findings);
   return findings;
 }
 

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
+#include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/Provider.h"
-#include "SorvikProvider/frame/StructureCheck.h"
 
 namespace Sorvik {
 

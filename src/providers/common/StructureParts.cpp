@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "frame/StructureParts.h"
+#include "providers/common/StructureParts.h"
 
 #include <algorithm>
 #include <map>
