@@ -9,6 +9,8 @@ file(GLOB SORVIK_TEST_SUPPORT CONFIGURE_DEPENDS tests/support/*.cpp)
 add_library(sorvik_test_support OBJECT ${SORVIK_TEST_SUPPORT})
 target_link_libraries(sorvik_test_support PUBLIC GTest::gmock GTest::gtest)
 target_link_libraries(sorvik_test_support PUBLIC sorvik_objects)
+# Tests are compiled far more often than they run: without optimization they build in half the time.
+target_compile_options(sorvik_test_support PUBLIC $<$<CONFIG:Release>:-O0>)
 target_include_directories(sorvik_test_support PUBLIC tests)
 target_compile_definitions(sorvik_test_support PUBLIC
     SORVIK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/../shared/samples"
