@@ -5,6 +5,13 @@
 
 namespace Sorvik {
 
+any_regular_t PathList(std::vector<std::string> paths) {
+  std::vector<any_regular_t> list;
+  list.reserve(paths.size());
+  for (std::string& path : paths) list.emplace_back(std::move(path));
+  return any_regular_t(std::move(list));
+}
+
 any_regular_t PathList(const std::vector<UTF16String>& paths) {
   std::vector<any_regular_t> list;
   list.reserve(paths.size());

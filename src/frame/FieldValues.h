@@ -10,6 +10,7 @@
 namespace Sorvik {
 
 // The paths as a list value, each a text.
+any_regular_t PathList(std::vector<std::string> paths);
 any_regular_t PathList(const std::vector<UTF16String>& paths);
 
 // The text of a field; empty if the entry lacks it or if it holds no text.

@@ -152,8 +152,8 @@ StructureFindings ProviderP2::CheckStructure(const std::string& path) const {
   Card card{PathUtils::CombinePaths(root, p2::kContents), {}, {}, {}};
   for (const UTF16String& xml : p2::ListClipXmlFiles(root)) CheckClip(card, xml);
   CheckShots(card, root);
-  AddStructureFiles(root, {u"LASTCLIP.TXT"}, card.findings);
-  AddUnreachedMedia(*this, path, {card.contents}, card.findings);
+  AddStructureFiles(path, {"LASTCLIP.TXT"}, card.findings);
+  AddUnreachedMedia(*this, path, {Hestra::MakeStdString(card.contents)}, card.findings);
   return std::move(card.findings);
 }
 

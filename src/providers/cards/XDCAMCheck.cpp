@@ -107,30 +107,31 @@ void CheckProav(const UTF16String& root, StructureFindings& findings) {
 // A clip hands out most of these; but for a clip without a known material a disc lists none.
 void AddDiscFiles(const UTF16String& root, StructureFindings& findings) {
   AddStructureFiles(
-      root,
-      {u"MEDIAPRO.XML", u"DISCMETA.XML", u"ALIAS.XML", u"INDEX.XML", u"SYSPRO.XML", u"CUEUP.XML"},
+      Hestra::MakeStdString(root),
+      {"MEDIAPRO.XML", "DISCMETA.XML", "ALIAS.XML", "INDEX.XML", "SYSPRO.XML", "CUEUP.XML"},
       findings);
   for (const char16_t* folder : {u"General", u"Edit", u"UserData", u"Take"}) {
-    AddStructureFilesBelow(CombinePaths(root, folder), findings);
+    AddStructureFilesBelow(Hestra::MakeStdString(CombinePaths(root, folder)), findings);
   }
 }
 
 void AddProavFiles(const UTF16String& root, StructureFindings& findings) {
   const UTF16String proav = CombinePaths(root, xdcam::kProav);
-  AddStructureFiles(proav,
-                    {u"INDEX.XML", u"INDEX.BUP", u"DISCINFO.XML", u"DISCINFO.BUP", u"DISCMETA.XML"},
+  AddStructureFiles(Hestra::MakeStdString(proav),
+                    {"INDEX.XML", "INDEX.BUP", "DISCINFO.XML", "DISCINFO.BUP", "DISCMETA.XML"},
                     findings);
-  AddStructureFilesBelow(CombinePaths(root, u"General"), findings);
+  AddStructureFilesBelow(Hestra::MakeStdString(CombinePaths(root, u"General")), findings);
   for (const char16_t* folder : {u"EDTR", u"USERDATA"}) {
-    AddStructureFilesBelow(CombinePaths(proav, folder), findings);
+    AddStructureFilesBelow(Hestra::MakeStdString(CombinePaths(proav, folder)), findings);
   }
 }
 
 // Media of all clips in either layout.
-std::vector<UTF16String> MediaFolders(const UTF16String& root) {
+std::vector<std::string> MediaFolders(const UTF16String& root) {
   const UTF16String proav = CombinePaths(root, xdcam::kProav);
-  return {CombinePaths(root, xdcam::kClipFolder), CombinePaths(root, u"Sub"),
-          CombinePaths(proav, xdcam::kClpr)};
+  return {Hestra::MakeStdString(CombinePaths(root, xdcam::kClipFolder)),
+          Hestra::MakeStdString(CombinePaths(root, u"Sub")),
+          Hestra::MakeStdString(CombinePaths(proav, xdcam::kClpr))};
 }
 
 // Cameras and listings pay no heed to the case of names on such a card.
@@ -203,11 +204,12 @@ StructureFindings ProviderXDCAMEX::CheckStructure(const std::string& path) const
     if (entry.kind == MediaProEntry::kClip) CheckClipOfCard(entry, findings);
     if (entry.kind == MediaProEntry::kTake) CheckTake(*card, entry, findings);
   }
-  AddStructureFiles(bpav, {u"MEDIAPRO.XML", u"MEDIAPRO.BAK", u"MEDIAPRO.BUP", u"CUEUP.XML"},
-                    findings);
+  AddStructureFiles(Hestra::MakeStdString(bpav),
+                    {"MEDIAPRO.XML", "MEDIAPRO.BAK", "MEDIAPRO.BUP", "CUEUP.XML"}, findings);
   // A take may join clips that all lie on other cards.
-  AddStructureFilesBelow(CombinePaths(bpav, u"TAKR"), findings);
-  AddUnreachedMedia(*this, path, {CombinePaths(bpav, xdcam::kClpr)}, findings);
+  AddStructureFilesBelow(Hestra::MakeStdString(CombinePaths(bpav, u"TAKR")), findings);
+  AddUnreachedMedia(*this, path, {Hestra::MakeStdString(CombinePaths(bpav, xdcam::kClpr))},
+                    findings);
   return findings;
 }
 

@@ -4,33 +4,33 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
+#include "foundation/platform/FileSystem.h"
 
 namespace Sorvik {
 namespace {
 
-namespace Directory = Hestra::Directory;
-namespace PathUtils = Hestra::PathUtils;
-using tarnwick::utility::FoldCase;
+using foundation::CardFolder;
+using foundation::FoldCase;
 
-// Folded as FoldCase does it. Frames of a sequence are no media by themselves.
-constexpr std::u16string_view kMediaExtensions[] = {u".mxf", u".mp4", u".mov", u".mts", u".m2ts",
-                                                    u".m2t", u".avi", u".dv",  u".wav", u".r3d"};
+// The frames of a sequence are checked as a sequence, not as single files.
+constexpr std::string_view kMediaExtensions[] = {".mxf", ".mp4", ".mov", ".mts", ".m2ts",
+                                                 ".m2t", ".avi", ".dv",  ".wav", ".r3d"};
 
-bool IsMedia(const UTF16String& path) {
-  const UTF16String extension = FoldCase(PathUtils::GetExtensionPart(path));
-  return std::find(std::begin(kMediaExtensions), std::end(kMediaExtensions), extension) !=
-         std::end(kMediaExtensions);
+bool IsMedia(std::string_view path) {
+  return std::ranges::any_of(kMediaExtensions, [path](std::string_view extension) {
+    return foundation::HasExtension(path, extension);
+  });
 }
 
-// Copies in hidden folders, as file servers make them beside the files of each folder, count no
-// more than hidden files do.
-std::vector<UTF16String> VisibleFilesBelow(const UTF16String& folder) {
-  std::vector<UTF16String> files = Directory::GetContainedFilePaths(folder, {}, true);
-  std::erase_if(files, [&](const UTF16String& file) {
-    return file.find(u"/.", folder.size()) != UTF16String::npos;
+// Without the contents of hidden folders, in which file servers keep copies of a folder's files.
+std::vector<std::string> VisibleFilesBelow(const std::string& folder) {
+  std::vector<std::string> files = foundation::ListFilesBelow(folder);
+  std::erase_if(files, [&](const std::string& file) {
+    return file.find("/.", folder.size()) != std::string::npos;
   });
   return files;
 }
@@ -56,20 +56,20 @@ std::set<std::string> ReachedPaths(const Provider& provider, const std::string& 
 
 }  // namespace
 
-void AddStructureFiles(const UTF16String& folder, std::initializer_list<std::u16string_view> names,
+void AddStructureFiles(const std::string& folder, std::initializer_list<std::string_view> names,
                        StructureFindings& findings) {
-  for (const UTF16String& file : Directory::GetContainedFilePaths(folder)) {
-    const UTF16String name = FoldCase(PathUtils::GetFullFilePart(file));
-    const bool own = std::any_of(names.begin(), names.end(), [&](std::u16string_view known) {
-      return FoldCase(UTF16String(known)) == name;
+  const auto listed = CardFolder::Of(folder);
+  for (const std::string& file : listed->Files()) {
+    const bool known = std::ranges::any_of(names, [&file](std::string_view name) {
+      return foundation::EqualIgnoringCase(name, file);
     });
-    if (own) findings.structureFiles.push_back(Hestra::MakeStdString(file));
+    if (known) findings.structureFiles.push_back(listed->PathOf(file));
   }
 }
 
-void AddStructureFilesBelow(const UTF16String& folder, StructureFindings& findings) {
-  for (const UTF16String& file : VisibleFilesBelow(folder)) {
-    findings.structureFiles.push_back(Hestra::MakeStdString(file));
+void AddStructureFilesBelow(const std::string& folder, StructureFindings& findings) {
+  for (std::string& file : VisibleFilesBelow(folder)) {
+    findings.structureFiles.push_back(std::move(file));
   }
 }
 
@@ -78,28 +78,26 @@ void AddUnreached(const Provider& provider, const std::string& path, const std::
   if (files.empty()) return;
   const std::set<std::string> reached = ReachedPaths(provider, path);
   const std::set<std::string> onDisk(files.begin(), files.end());
-  // A path that is there and isn't listed as it stands was found by a file system that heeds no
-  // case.
-  std::map<UTF16String, UTF16String> reachedInAnyCase;
+  // A reached path that exists but isn't listed in that spelling was found by a case-insensitive
+  // file system.
+  std::map<std::string, std::string> reachedByFoldedPath;
   for (const std::string& file : reached) {
-    if (onDisk.contains(file)) continue;
-    const UTF16String text = Hestra::MakeString(file);
-    reachedInAnyCase.emplace(FoldCase(text), text);
+    if (!onDisk.contains(file)) reachedByFoldedPath.emplace(FoldCase(file), file);
   }
   for (const std::string& file : files) {
     if (reached.contains(file)) continue;
-    const auto alike = reachedInAnyCase.find(FoldCase(Hestra::MakeString(file)));
-    if (alike != reachedInAnyCase.end() && PathUtils::ExistsOnDisk(alike->second)) continue;
+    const auto same = reachedByFoldedPath.find(FoldCase(file));
+    if (same != reachedByFoldedPath.end() && platform::KindOf(same->second)) continue;
     findings.unreached.push_back({"", kind, file});
   }
 }
 
 void AddUnreachedMedia(const Provider& provider, const std::string& path,
-                       const std::vector<UTF16String>& folders, StructureFindings& findings) {
+                       const std::vector<std::string>& folders, StructureFindings& findings) {
   std::vector<std::string> media;
-  for (const UTF16String& folder : folders) {
-    for (const UTF16String& file : VisibleFilesBelow(folder)) {
-      if (IsMedia(file)) media.push_back(Hestra::MakeStdString(file));
+  for (const std::string& folder : folders) {
+    for (std::string& file : VisibleFilesBelow(folder)) {
+      if (IsMedia(file)) media.push_back(std::move(file));
     }
   }
   AddUnreached(provider, path, "media of no clip", media, findings);

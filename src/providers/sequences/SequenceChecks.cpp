@@ -175,13 +175,13 @@ StructureFindings ProviderRED::CheckStructure(const std::string& path) const {
   std::vector<UTF16String> files;
   std::vector<UTF16String> folders;
   Directory::GetContainedFileAndDirectoryPaths(Hestra::MakeString(path), files, folders);
-  std::vector<UTF16String> clips;
+  std::vector<std::string> clips;
   for (const UTF16String& folder : folders) {
     const std::string key = FirstSegment(folder);
     const bool named = PathUtils::GetExtensionPart(folder) == u".RDC";
     const std::string clip = Hestra::MakeStdString(folder);
     // A listing takes folders of other names with a segment for clips as well.
-    if (named || !key.empty()) clips.push_back(folder);
+    if (named || !key.empty()) clips.push_back(clip);
     if (named && key.empty()) findings.missing.push_back({"", "segment", clip});
     if (named && !key.empty()) CheckSegments(clip, key, findings);
   }

@@ -101,7 +101,7 @@ StructureFindings ProviderAVCHD::CheckStructure(const std::string& path) const {
   }
   // Playlists alone decide what is a clip, and a clip's shot is looked for in some of them only: a
   // stream can be named and belong to no entry all the same.
-  AddUnreachedMedia(*this, path, {Hestra::MakeString(card.bdmv + "/STREAM")}, card.findings);
+  AddUnreachedMedia(*this, path, {card.bdmv + "/STREAM"}, card.findings);
   AddStructureFiles(card);
   return std::move(card.findings);
 }

@@ -5,6 +5,7 @@
 
 #include "foundation/CallScope.h"
 #include "foundation/FoldedNames.h"
+#include "foundation/Paths.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 #include "providers/common/StructureParts.h"
@@ -66,9 +67,10 @@ StructureFindings ProviderCanonXF::CheckStructure(const std::string& path) const
   for (const UTF16String& clip : SubFolders(clips)) {
     if (canonxf::IsClipFolderName(PathUtils::GetFullFilePart(clip))) CheckClip(clip, findings);
   }
-  AddStructureFiles(clips, {u"INDEX.MIF"}, findings);
-  AddStructureFilesBelow(PathUtils::CombinePaths(clips, u"JOURNAL"), findings);
-  AddUnreachedMedia(*this, path, {clips}, findings);
+  const std::string clipRoot = Hestra::MakeStdString(clips);
+  AddStructureFiles(clipRoot, {"INDEX.MIF"}, findings);
+  AddStructureFilesBelow(foundation::JoinPath(clipRoot, "JOURNAL"), findings);
+  AddUnreachedMedia(*this, path, {clipRoot}, findings);
   return findings;
 }
 
@@ -92,8 +94,8 @@ StructureFindings ProviderSonyHDV::CheckStructure(const std::string& path) const
   // Clips name the track list whether it is there or not, and the layout does without.
   const UTF16String tracks = PathUtils::CombinePaths(folder, u"TRACKS.DAT");
   findings.structureFiles.push_back(Hestra::MakeStdString(tracks));
-  AddStructureFiles(folder, {u"TRACKS.DAT"}, findings);
-  AddUnreachedMedia(*this, path, {folder}, findings);
+  AddStructureFiles(Hestra::MakeStdString(folder), {"TRACKS.DAT"}, findings);
+  AddUnreachedMedia(*this, path, {Hestra::MakeStdString(folder)}, findings);
   return findings;
 }
 
