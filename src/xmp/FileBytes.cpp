@@ -28,7 +28,7 @@ FileOnDisk::FileOnDisk(platform::RegularFile file)
     : file_(std::move(file)), head_(ReadPart(file_, 0, kHeadSize)) {}
 
 std::vector<std::byte> FileOnDisk::Read(std::uint64_t offset, std::size_t count) const {
-  // What a small file holds is in the head, however much is asked for.
+  // A small file is completely in the head, whatever `count` is.
   const bool all = Head().Size() == file_.Size() && offset <= file_.Size();
   if (all || Head().Holds(offset, count)) {
     const auto part = Head().Clip(offset, count).Bytes();

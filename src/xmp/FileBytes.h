@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The two sources of bytes under readers: a file on disk, and memory.
+// Byte sources for readers: a file on disk, and a memory buffer.
 #pragma once
 
 #include <cstddef>
@@ -15,16 +15,15 @@
 
 namespace Sorvik::xmp {
 
-// A regular file. Its head is read once, when it is opened, and later reads inside the head cost
-// nothing.
+// A regular file. Open() reads its head once; later reads inside the head cost no I/O.
 class FileOnDisk final : public FileBytes {
  public:
-  // Nothing if there is no regular file at `path`, or it may not be read.
+  // Returns nullopt if `path` is not a regular file or can't be read.
   static std::optional<FileOnDisk> Open(const std::string& path);
 
   std::uint64_t Size() const noexcept override { return file_.Size(); }
   std::vector<std::byte> Read(std::uint64_t offset, std::size_t count) const override;
-  // The first kHeadSize bytes; valid while this object stays where it is.
+  // The first kHeadSize bytes; valid until this object is moved or destroyed.
   foundation::ByteReader Head() const noexcept { return foundation::ByteReader(head_); }
 
  private:

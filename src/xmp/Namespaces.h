@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The XMP namespaces in use, as ISO 16684-1 and its companion tables publish them.
+// The XMP namespaces in use, as published in ISO 16684-1 and its companion tables.
 #pragma once
 
 namespace Sorvik::xmp {

@@ -10,13 +10,13 @@ namespace Sorvik::xmp {
 
 namespace {
 
-struct UsualRate {
+struct StandardRate {
   Rate rate;
-  unsigned base;           // frames to the second of the timecode text
-  const char* format;      // xmpDM:timeFormat without dropping
-  const char* dropFormat;  // null where the rate knows no dropping
+  unsigned base;           // frames per second in the timecode text
+  const char* format;      // xmpDM:timeFormat without drop frame
+  const char* dropFormat;  // null for rates without drop frame
 };
-constexpr UsualRate kUsualRates[] = {
+constexpr StandardRate kStandardRates[] = {
     {{24000, 1001}, 24, "23976Timecode", nullptr},
     {{24, 1}, 24, "24Timecode", nullptr},
     {{25, 1}, 25, "25Timecode", nullptr},
@@ -27,16 +27,17 @@ constexpr UsualRate kUsualRates[] = {
     {{60, 1}, 60, "60Timecode", nullptr},
 };
 
-// Rates come from 32-bit parts of files; larger ones are nonsense, and products of these fit.
-constexpr std::uint64_t kMaxPartBytes = 0xFFFFFFFF;
+// Rates are read from 32-bit fields; larger parts are invalid, and products of these fit in 64
+// bits.
+constexpr std::uint64_t kMaxRatePart = 0xFFFFFFFF;
 
-bool Near(const Rate& a, const Rate& b) {
+bool ApproximatelyEqual(const Rate& a, const Rate& b) {
   const double quotient = static_cast<double>(a.num) / static_cast<double>(a.den) *
                           static_cast<double>(b.den) / static_cast<double>(b.num);
   return quotient > 1 - 1e-4 && quotient < 1 + 1e-4;
 }
 
-bool Digits(std::string_view text, std::size_t at, std::size_t count, unsigned& value) {
+bool ParseDigits(std::string_view text, std::size_t at, std::size_t count, unsigned& value) {
   value = 0;
   if (text.size() < at + count) return false;
   for (const char c : text.substr(at, count)) {
@@ -53,12 +54,12 @@ std::string FractionText(std::uint64_t a, std::uint64_t b) {
 }  // namespace
 
 Rate Normalise(Rate rate) {
-  if (!rate.Known() || rate.num > kMaxPartBytes || rate.den > kMaxPartBytes) return Rate();
+  if (!rate.Known() || rate.num > kMaxRatePart || rate.den > kMaxRatePart) return Rate();
   const std::uint64_t divisor = std::gcd(rate.num, rate.den);
   const Rate reduced{rate.num / divisor, rate.den / divisor};
 
-  for (const UsualRate& usual : kUsualRates) {
-    if (Near(reduced, usual.rate)) return usual.rate;
+  for (const StandardRate& standard : kStandardRates) {
+    if (ApproximatelyEqual(reduced, standard.rate)) return standard.rate;
   }
   return reduced;
 }
@@ -97,9 +98,10 @@ std::optional<DateTime> ParseDate(std::string_view text) {
       (text[10] != ' ' && text[10] != 'T') || text[13] != ':' || text[16] != ':') {
     return std::nullopt;
   }
-  if (!Digits(text, 0, 4, date.year) || !Digits(text, 5, 2, date.month) ||
-      !Digits(text, 8, 2, date.day) || !Digits(text, 11, 2, date.hour) ||
-      !Digits(text, 14, 2, date.minute) || !Digits(text, 17, 2, date.second) || !date.Valid()) {
+  if (!ParseDigits(text, 0, 4, date.year) || !ParseDigits(text, 5, 2, date.month) ||
+      !ParseDigits(text, 8, 2, date.day) || !ParseDigits(text, 11, 2, date.hour) ||
+      !ParseDigits(text, 14, 2, date.minute) || !ParseDigits(text, 17, 2, date.second) ||
+      !date.Valid()) {
     return std::nullopt;
   }
   return date;
@@ -110,7 +112,7 @@ Timecode TimecodeOfFrames(std::uint64_t frames, unsigned base, bool drop) {
   if (base == 0) return timecode;
   timecode.drop = drop && base % 30 == 0;
   if (timecode.drop) {
-    // SMPTE ST 12-1: frame numbers 0 and 1 (of 30) are left out each minute but every tenth.
+    // SMPTE ST 12-1: frame numbers 0 and 1 (of 30) are skipped each minute except every tenth.
     const std::uint64_t dropped = base / 15;
     const std::uint64_t tenMinutes = 600 * std::uint64_t{base} - 9 * dropped;
     const std::uint64_t minute = 60 * std::uint64_t{base} - dropped;
@@ -169,9 +171,9 @@ void SetDuration(TXMPMeta& meta, std::uint64_t frames, Rate rate) {
 void SetStartTimecode(TXMPMeta& meta, const Timecode& timecode, Rate rate) {
   rate = Normalise(rate);
   meta.SetStructField(kNsDM, "startTimecode", kNsDM, "timeValue", TimecodeText(timecode));
-  for (const UsualRate& usual : kUsualRates) {
-    if (usual.rate != rate) continue;
-    const char* format = timecode.drop ? usual.dropFormat : usual.format;
+  for (const StandardRate& standard : kStandardRates) {
+    if (standard.rate != rate) continue;
+    const char* format = timecode.drop ? standard.dropFormat : standard.format;
     if (format != nullptr) {
       meta.SetStructField(kNsDM, "startTimecode", kNsDM, "timeFormat", format);
     }
@@ -242,7 +244,7 @@ void SetRecordingDate(TXMPMeta& meta, const DateTime& date, std::string_view zon
 
 void SetGPSCoordinate(TXMPMeta& meta, std::string_view name, const std::array<Rate, 3>& parts,
                       char reference) {
-  constexpr double kPlaces = 100'000;  // 5 decimals of a minute are 2 cm
+  constexpr double kUnitsPerMinute = 100'000;  // 5 decimals of a minute are 2 cm
   double minutes = 0;
   double unit = 60;
   for (const Rate& part : parts) {
@@ -253,7 +255,7 @@ void SetGPSCoordinate(TXMPMeta& meta, std::string_view name, const std::array<Ra
   const bool latitude = reference == 'N' || reference == 'S';
   if (!latitude && reference != 'E' && reference != 'W') return;
   if (minutes > (latitude ? 90 : 180) * 60) return;
-  const auto total = static_cast<std::uint64_t>(minutes * kPlaces + 0.5);
+  const auto total = static_cast<std::uint64_t>(minutes * kUnitsPerMinute + 0.5);
   char text[48];
   std::snprintf(text, sizeof text, "%u,%u.%05u%c", static_cast<unsigned>(total / 6'000'000),
                 static_cast<unsigned>(total / 100'000 % 60), static_cast<unsigned>(total % 100'000),

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The forms in which readers of native metadata store their facts as XMP properties, the same for
-// every kind of file. Forms: ISO 16684-1 and the tables of its companion parts. A fact that can't
-// be true (a rate of 0, month 13) is not stored.
+// Setters that store native facts as XMP properties, shared by all readers. Forms: ISO 16684-1 and
+// the tables of its companion parts. Impossible values (a rate of 0, month 13) are not stored.
 #pragma once
 
 #include <array>
@@ -15,7 +14,8 @@
 
 namespace Sorvik::xmp {
 
-// Frames or samples a second, as an exact fraction. A part of 0 means unknown.
+// Frames or samples per second, as an exact fraction. A numerator or denominator of 0 means
+// unknown.
 struct Rate {
   std::uint64_t num = 0;
   std::uint64_t den = 0;
@@ -24,11 +24,11 @@ struct Rate {
   friend bool operator==(const Rate&, const Rate&) = default;
 };
 
-// In lowest terms. Within 1e-4 of one of the eight usual rates it becomes that rate, so that
-// 2997/100 is 30000/1001.
+// Reduces to lowest terms. A rate within 1e-4 of one of the eight standard rates becomes that rate,
+// so 2997/100 becomes 30000/1001.
 Rate Normalise(Rate rate);
 
-// Two decimal digits in one byte, with the bits outside `mask` cleared first; nothing if a digit is
+// Decodes two BCD digits after clearing the bits outside `mask`. Returns nullopt if a digit is
 // above 9.
 std::optional<unsigned> FromBCD(std::byte value, unsigned mask = 0xFF) noexcept;
 
@@ -43,9 +43,10 @@ struct DateTime {
 
   bool Valid() const noexcept;
 };
-// "YYYY-MM-DDThh:mm:ss", with ".mmm" unless the milliseconds are 0; no zone. Empty if not valid.
+// "YYYY-MM-DDThh:mm:ss", with ".mmm" unless the milliseconds are 0; no time zone. Empty if invalid.
 std::string DateText(const DateTime& date);
-// The date and time in which a string of that exact form begins ("-", ":" and " " or "T" between).
+// Parses the date and time at the start of `text`, which must have exactly that form ("-", ":" and
+// " " or "T" as separators). Returns nullopt if it doesn't.
 std::optional<DateTime> ParseDate(std::string_view text);
 
 struct Timecode {
@@ -57,35 +58,36 @@ struct Timecode {
 
   friend bool operator==(const Timecode&, const Timecode&) = default;
 };
-// The timecode of a count of frames since 00:00:00:00, `base` frames to the second of its text. A
-// drop count is only possible for a multiple of 30. Runs on behind 24 hours from 0. A base of 0
-// gives zero.
+// The timecode of a frame count since 00:00:00:00, with `base` frames per second in its text.
+// Drop-frame counting needs a multiple of 30. Wraps to 0 after 24 hours. Returns zero if `base` is
+// 0.
 Timecode TimecodeOfFrames(std::uint64_t frames, unsigned base, bool drop);
-// The four BCD bytes of DV and AVCHD: frames (bit 6 the drop flag), seconds, minutes, hours.
-// Nothing if they aren't digits or no time.
+// Decodes the four BCD bytes of DV and AVCHD: frames (bit 6 is the drop flag), seconds, minutes,
+// hours. Returns nullopt if they aren't digits or not a valid time.
 std::optional<Timecode> TimecodeFromBCD(const std::array<std::byte, 4>& bytes);
 std::string TimecodeText(const Timecode& timecode);
 
-// xmpDM:videoFrameRate, as a decimal with at most 3 digits behind the point.
+// xmpDM:videoFrameRate, a decimal with at most 3 fractional digits.
 void SetFrameRate(TXMPMeta& meta, Rate rate);
-// xmpDM:duration: `frames` units of the rate.
+// xmpDM:duration, `frames` units of the rate.
 void SetDuration(TXMPMeta& meta, std::uint64_t frames, Rate rate);
-// xmpDM:startTimecode; its format only where the rate has one.
+// xmpDM:startTimecode. The time format is set only for rates that have one.
 void SetStartTimecode(TXMPMeta& meta, const Timecode& timecode, Rate rate);
 // xmpDM:videoFrameSize in pixels.
 void SetFrameSize(TXMPMeta& meta, std::uint32_t width, std::uint32_t height);
-// xmpDM:videoPixelAspectRatio, reduced.
+// xmpDM:videoPixelAspectRatio, in lowest terms.
 void SetPixelAspectRatio(TXMPMeta& meta, std::uint64_t width, std::uint64_t height);
-// xmpDM:videoPixelDepth from the bits of one component.
+// xmpDM:videoPixelDepth from the bits per component.
 void SetPixelDepth(TXMPMeta& meta, unsigned bits);
-// xmpDM:audioSampleRate, audioSampleType from the bits of a sample, audioChannelType. 0 is unknown.
+// xmpDM:audioSampleRate, xmpDM:audioSampleType from the bits per sample, xmpDM:audioChannelType. 0
+// means unknown.
 void SetAudioSampleRate(TXMPMeta& meta, std::uint64_t perSecond);
 void SetAudioSampleBits(TXMPMeta& meta, unsigned bits);
 void SetAudioChannels(TXMPMeta& meta, unsigned channels);
-// xmp:CreateDate and xmpDM:shotDate, the moment of recording. `zone` is "", "Z" or "+hh:mm".
+// xmp:CreateDate and xmpDM:shotDate, the time of recording. `zone` is "", "Z" or "+hh:mm".
 void SetRecordingDate(TXMPMeta& meta, const DateTime& date, std::string_view zone = {});
-// exif:GPSLatitude or GPSLongitude from degrees, minutes and seconds, each a fraction, as degrees
-// and decimal minutes: "48,12.49200N". `reference` is N, S, E or W.
+// exif:GPSLatitude or exif:GPSLongitude from degrees, minutes and seconds (each a fraction), stored
+// as degrees and decimal minutes: "48,12.49200N". `reference` is N, S, E or W.
 void SetGPSCoordinate(TXMPMeta& meta, std::string_view name, const std::array<Rate, 3>& parts,
                       char reference);
 

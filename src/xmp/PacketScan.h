@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// XMP packets in files whose structure nobody here knows, by the wrapper around them (ISO 16684-1,
-// 7.3.2).
+// Finds XMP packets in files of unknown structure by the packet wrapper (ISO 16684-1, 7.3.2).
 #pragma once
 
 #include <string>
@@ -10,11 +9,11 @@
 
 namespace Sorvik::xmp {
 
-// The last complete packet in `bytes`, in UTF-8, UTF-16 or UTF-32; empty if there is none. Borrowed
-// from `bytes`.
+// Returns the last complete packet in `bytes`, in UTF-8, UTF-16 or UTF-32, as a view into `bytes`;
+// empty if there is none.
 std::string_view FindPacket(std::string_view bytes);
 
-// The same in a file. Small files are searched whole, of others only the head and the tail.
+// Same for a file. Small files are scanned completely, larger ones only at the head and the tail.
 std::string ScanForPacket(const FileBytes& file);
 
 }  // namespace Sorvik::xmp

@@ -14,31 +14,31 @@ namespace {
 using foundation::XmlAttribute;
 using foundation::XmlElement;
 
-// References by rdf:nodeID can multiply what a document holds. Real packets repeat a record or two;
-// what goes beyond these many bytes, or deeper, stays empty.
+// References by rdf:nodeID can multiply the content of a document. Real packets repeat a record or
+// two; content beyond these limits is dropped.
 constexpr std::size_t kMaxReferencedBytes = std::size_t{4} << 20;
 constexpr std::size_t kMaxReferenceDepth = 8;
 
-// About what an element takes in memory, without its children.
-std::size_t WeightOf(const XmlElement& element) {
-  std::size_t weight = sizeof(XMPNode) + element.RawText().size();
+// Approximate memory of an element without its children.
+std::size_t EstimatedSize(const XmlElement& element) {
+  std::size_t size = sizeof(XMPNode) + element.RawText().size();
   for (const XmlAttribute& attribute : element.Attributes()) {
-    weight += sizeof(XMPNode) + attribute.nameSpace.size() + attribute.value.size();
+    size += sizeof(XMPNode) + attribute.nameSpace.size() + attribute.value.size();
   }
-  return weight;
+  return size;
 }
 
 bool IsRDF(const XmlElement& element, std::string_view name) {
   return element.Name() == name && element.NameSpace() == kNsRDF;
 }
 
-// Some old writers give this URI for Dublin Core.
-std::string_view RealNameSpace(std::string_view nameSpace) {
+// Some old writers use this URI for Dublin Core.
+std::string_view CanonicalNameSpace(std::string_view nameSpace) {
   return nameSpace == "http://purl.org/dc/1.1/" ? std::string_view(kNsDC) : nameSpace;
 }
 
-// Attributes that are properties, fields or qualifiers. Those without a namespace belong to the
-// oldest RDF ("about", "ID").
+// Whether an attribute is a property, field or qualifier. Attributes without a namespace are RDF
+// attributes of the oldest syntax ("about", "ID").
 bool IsPropertyAttribute(const XmlAttribute& attribute) {
   return !attribute.nameSpace.empty() && attribute.nameSpace != kNsRDF &&
          attribute.nameSpace != kNsXML;
@@ -46,7 +46,7 @@ bool IsPropertyAttribute(const XmlAttribute& attribute) {
 
 XMPNode SimpleNode(std::string_view nameSpace, std::string_view name, std::string value) {
   XMPNode node;
-  node.nameSpace = RealNameSpace(nameSpace);
+  node.nameSpace = CanonicalNameSpace(nameSpace);
   node.name = name;
   node.value = std::move(value);
   return node;
@@ -61,7 +61,7 @@ std::vector<XMPNode> PropertiesInAttributes(const XmlElement& element) {
   return properties;
 }
 
-// The array form of a container element, or nothing.
+// Sets the array form of a container element. Returns false if the element isn't one.
 bool ArrayFormOf(const XmlElement& element, ArrayForm& form) {
   if (element.NameSpace() != kNsRDF) return false;
   if (element.Name() == "Bag") {
@@ -76,7 +76,7 @@ bool ArrayFormOf(const XmlElement& element, ArrayForm& form) {
   return true;
 }
 
-// "rdf:li", or "rdf:_1", "rdf:_2" and so on in general RDF.
+// Matches "rdf:li", and "rdf:_1", "rdf:_2" and so on of general RDF.
 bool IsItem(const XmlElement& element) {
   return element.NameSpace() == kNsRDF &&
          (element.Name() == "li" || element.Name().starts_with('_'));
@@ -86,8 +86,7 @@ void Append(std::vector<XMPNode>& to, std::vector<XMPNode> more) {
   to.insert(to.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
-// The functions call each other as elements nest; the depth of the XML is capped, and so is that of
-// references.
+// Recursive: the depth of the XML is capped, and so is the depth of references.
 class Reader {
  public:
   explicit Reader(const XmlElement& rdf) {
@@ -98,7 +97,7 @@ class Reader {
     }
   }
 
-  // The properties of a node element: its attributes and the property elements in it.
+  // Reads the properties of a node element: its attributes and its property elements.
   std::vector<XMPNode> ReadProperties(const XmlElement& node) {
     std::vector<XMPNode> properties = PropertiesInAttributes(node);
     for (const XmlElement* child : node.Children()) {
@@ -111,23 +110,23 @@ class Reader {
  private:
   XMPNode ReadProperty(const XmlElement& element) {
     XMPNode node = ReadValue(element);
-    node.nameSpace = RealNameSpace(element.NameSpace());
+    node.nameSpace = CanonicalNameSpace(element.NameSpace());
     node.name = element.Name();
     return node;
   }
 
-  // The value of a property element or item.
+  // Reads the value of a property element or item.
   XMPNode ReadValue(const XmlElement& element) {
-    if (depth_ > 0) referenced_ += WeightOf(element);
+    if (depth_ > 0) referenced_ += EstimatedSize(element);
     if (referenced_ > kMaxReferencedBytes) return XMPNode();
-    XMPNode node = ReadBareValue(element);
+    XMPNode node = ReadUnqualifiedValue(element);
     if (const XmlAttribute* language = element.FindAttribute(kNsXML, "lang")) {
       node.qualifiers.insert(node.qualifiers.begin(), SimpleNode(kNsXML, "lang", language->value));
     }
     return node;
   }
 
-  XMPNode ReadBareValue(const XmlElement& element) {
+  XMPNode ReadUnqualifiedValue(const XmlElement& element) {
     const XmlAttribute* parseType = element.FindAttribute(kNsRDF, "parseType");
     if (parseType != nullptr && parseType->value == "Resource") return ReadNode(element);
     const bool literal =
@@ -135,12 +134,12 @@ class Reader {
     if (literal) return SimpleNode({}, {}, element.RawText());
     if (element.Children().empty()) return ReadWithoutChildren(element);
     const XmlElement& first = *element.Children().front();
-    // Fields that stand in a property without the Description or parseType they ought to have.
-    const bool bareFields = element.Children().size() > 1 && first.NameSpace() != kNsRDF;
-    return ReadNode(bareFields ? element : first);
+    // Some writers put fields directly into a property, without rdf:Description or rdf:parseType.
+    const bool directFields = element.Children().size() > 1 && first.NameSpace() != kNsRDF;
+    return ReadNode(directFields ? element : first);
   }
 
-  // A text, or a property whose value stands in its attributes.
+  // Reads a text, or a property whose value is in its attributes.
   XMPNode ReadWithoutChildren(const XmlElement& element) {
     if (const XmlAttribute* id = element.FindAttribute(kNsRDF, "nodeID")) {
       const auto found = nodes_.find(id->value);
@@ -174,8 +173,8 @@ class Reader {
     return node;
   }
 
-  // An array, a structure, or a value with qualifiers. An element that is no rdf:Description is a
-  // typed node, which reads as a structure.
+  // Reads an array, a structure, or a value with qualifiers. An element other than rdf:Description
+  // is a typed node, which reads as a structure.
   XMPNode ReadNode(const XmlElement& element) {
     XMPNode node;
     if (ArrayFormOf(element, node.arrayForm)) {
@@ -208,12 +207,12 @@ class Reader {
   }
 
   std::unordered_map<std::string, const XmlElement*> nodes_;  // by rdf:nodeID
-  std::size_t depth_ = 0;                                     // of references that are being read
-  std::size_t referenced_ = 0;                                // bytes that references have brought
+  std::size_t depth_ = 0;                                     // of nested references
+  std::size_t referenced_ = 0;                                // bytes copied by references so far
 };
 
-// The first rdf:RDF in document order. XMP has it at the top or in x:xmpmeta; other XML that holds
-// XMP has it further inside.
+// The first rdf:RDF in document order. XMP has it at the top or in x:xmpmeta; other XML documents
+// have it deeper.
 const XmlElement* FindRDF(const XmlElement& root) {
   std::vector<const XmlElement*> open{&root};
   while (!open.empty()) {
@@ -235,7 +234,7 @@ std::vector<XMPNode> ReadRDF(const foundation::XmlDocument& document) {
   std::vector<XMPNode> properties;
   for (const XmlElement* node : rdf->Children()) {
     ArrayForm form;
-    if (ArrayFormOf(*node, form)) continue;  // stands for those that refer to it
+    if (ArrayFormOf(*node, form)) continue;  // only used through references
     Append(properties, reader.ReadProperties(*node));
   }
   SortProperties(properties);

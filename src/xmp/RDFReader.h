@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// RDF/XML as XMP uses it (ISO 16684-1, clause 7 and annex C), in every form that writers choose.
+// RDF/XML as used by XMP (ISO 16684-1, clause 7 and annex C), in all forms that writers produce.
 #pragma once
 
 #include <vector>
@@ -9,9 +9,9 @@
 
 namespace Sorvik::xmp {
 
-// The properties of the document's rdf:RDF, in order of their names. Where the rules are broken,
-// what can be understood is kept: of a property that stands twice, the first. Raises
-// kXMPErr_BadRDF if the document holds no RDF.
+// Returns the properties of the document's rdf:RDF, sorted by name. Invalid RDF is read as far as
+// possible: the first of duplicate properties is kept. Throws kXMPErr_BadRDF if the document has no
+// rdf:RDF element.
 std::vector<XMPNode> ReadRDF(const foundation::XmlDocument& document);
 
 }  // namespace Sorvik::xmp

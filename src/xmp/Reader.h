@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What the reader of a kind of file gets and gives. Readers are functions without state; they take
-// bytes only through FileBytes, map native facts to properties by a table that can be read beside
-// the format's documentation, and never raise: a damaged part costs its own facts.
+// The interface of metadata readers. Readers are stateless functions. They read bytes only through
+// FileBytes, map native facts to properties, and never throw: damage to one part of a file loses
+// only the facts of that part.
 #pragma once
 
 #include <cstddef>
@@ -17,18 +17,18 @@
 
 namespace Sorvik::xmp {
 
-// The bytes of one file under a reader: a source that can be asked at any offset. Made for memory
-// as well, so that tests and fuzzers need no file.
+// Random access to the bytes of one file. Has a memory implementation, so that tests and fuzzers
+// need no files on disk.
 class FileBytes {
  public:
   virtual ~FileBytes() = default;
   virtual std::uint64_t Size() const noexcept = 0;
-  // At most `count` bytes at `offset`, fewer at the end. `count` is capped by the caller; the
-  // vector never grows beyond what is there.
+  // Reads at most `count` bytes at `offset`, fewer at the end. The caller limits `count`; the
+  // vector never exceeds the available bytes.
   virtual std::vector<std::byte> Read(std::uint64_t offset, std::size_t count) const = 0;
 };
 
-// The file under a reader. The head is read once, when the file is opened.
+// The file to read. The head is read once, when the file is opened.
 struct ReaderInput {
   std::string path;  // full path in UTF-8; empty when the bytes are in memory
   const FileBytes& file;
@@ -36,9 +36,8 @@ struct ReaderInput {
 };
 inline constexpr std::size_t kHeadSize = 64 * 1024;
 
-// The properties that a caller will ask for. Readers make a further read (a file's tail, a second
-// file) only for a property that is wanted; whether a file has metadata at all doesn't depend on
-// it.
+// The properties that the caller wants. Readers perform a further read (the file's tail, a second
+// file) only for a wanted property; whether a file has metadata at all doesn't depend on it.
 class WantedProperties {
  public:
   static WantedProperties All() { return WantedProperties(); }
@@ -63,19 +62,19 @@ class WantedProperties {
   std::vector<std::pair<std::string, std::string>> names_;
 };
 
-// What a reader found.
+// The result of a reader.
 struct ReaderOutput {
-  TXMPMeta native;             // native facts as properties; they only fill what XMP lacks
+  TXMPMeta native;             // native facts as properties; they only fill in what XMP lacks
   bool hasNative = false;      // the file holds native metadata that the reader knows
   std::string packet;          // serialised XMP of the file, empty if there is none
   std::string extendedPacket;  // further XMP (JPEG extended XMP); fills the first
-  // Native facts that are stronger than a sidecar: identifier, relation and duration of P2 and
+  // Set if native facts take precedence over sidecars: identifier, relation and duration of P2 and
   // XDCAM EX camera XML.
-  bool nativeTiesWin = false;
+  bool nativeIdentityWins = false;
 };
 
-// One row of the table of readers: asked in order, the first that recognises the file reads it.
-// `recognises` looks at the path (place and name) and the head alone.
+// A row of the reader table. Rows are tried in order; the first that recognises the file reads it.
+// `recognises` looks only at the path and the head.
 struct Reader {
   const char* name;
   bool (*recognises)(const ReaderInput& input);

@@ -26,13 +26,13 @@ namespace Sorvik::xmp {
 namespace {
 
 constexpr const Reader* kReaders[] = {
-    // XML, which only place, name and root element tell apart.
+    // XML formats, detected by path, name and root element.
     &kP2ClipReader,
     &kNonRealTimeMetaReader,
     &kPlainXMPReader,
-    // Kinds that their place in a card tells: they have a second file beside them.
+    // Formats detected by their path on a card. They have a second file next to them.
     &kCanonXFReader,
-    // Kinds that their first bytes tell for certain.
+    // Formats with a signature.
     &kMXFReader,
     &kJpegReader,
     &kTiffReader,
@@ -43,12 +43,12 @@ constexpr const Reader* kReaders[] = {
     &kAriReader,
     &kR3dReader,
     &kRmfReader,
-    // A kind that its name tells.
+    // Detected by file name.
     &kRmdReader,
-    // Kinds that are told by patterns in their bytes: after all that have a signature.
+    // Formats detected by byte patterns: after all formats with a signature.
     &kTransportStreamReader,
     &kDVReader,
-    // Everything else.
+    // Fallback for all other files.
     &kScanReader,
 };
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The readers of all kinds of file, in the order in which they are asked.
+// The table of all readers, in the order in which they are tried.
 #pragma once
 
 #include "xmp/Reader.h"
 
 namespace Sorvik::xmp {
 
-// The reader for a file; there always is one.
+// Returns the reader for a file. The last row of the table accepts every file.
 const Reader& ReaderFor(const ReaderInput& input);
 
 }  // namespace Sorvik::xmp

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kSlash = platform::kSeparator;
 
-// All names that decide here are ASCII.
+// All names compared here are ASCII.
 bool SameName(std::string_view a, std::string_view b) {
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
@@ -24,19 +24,19 @@ bool EndsWith(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && SameName(text.substr(text.size() - end.size()), end);
 }
 
-// A path in its parts: "/x/CLIPR/A/B.C" has the folder "/x/CLIPR/A", the title "B" and the
+// The parts of a path: "/x/CLIPR/A/B.C" has the folder "/x/CLIPR/A", the title "B" and the
 // extension ".C".
 struct PathParts {
   std::string_view folder;      // without a trailing separator
   std::string_view folderName;  // "A"
   std::string_view parent;      // "/x/CLIPR"
   std::string_view parentName;  // "CLIPR"
-  std::string_view stem;        // the whole path without the extension
+  std::string_view stem;        // the complete path without the extension
   std::string_view title;
   std::string_view extension;
 };
 
-// The part of a path behind its last separator, and the part before it.
+// Splits a path at its last separator into (parent, last component).
 std::pair<std::string_view, std::string_view> SplitLast(std::string_view path) {
   const auto slash = path.rfind(kSlash);
   if (slash == path.npos) return {{}, path};
@@ -60,34 +60,35 @@ PathParts PartsOf(std::string_view path) {
 std::string Join(std::string_view a, std::string_view b) { return std::string(a).append(b); }
 
 // P2: one sidecar in CLIP for all files of a clip. Names of audio files have two digits more than
-// the clip's.
-std::vector<std::string> P2Places(const PathParts& parts) {
+// the clip name.
+std::vector<std::string> P2Candidates(const PathParts& parts) {
   if (!SameName(parts.parentName, "CONTENTS")) return {};
   constexpr std::size_t kClipName = 6;
-  std::string place(parts.parent);
-  place.append("/CLIP/").append(parts.title.substr(0, kClipName)).append(".XMP");
-  return {place};
+  std::string candidate(parts.parent);
+  candidate.append("/CLIP/").append(parts.title.substr(0, kClipName)).append(".XMP");
+  return {candidate};
 }
 
-// XDCAM and XDCAM EX: beside the clip's M01.XML and under its stem, else named for the essence.
-std::vector<std::string> SonyPlaces(const PathParts& parts) {
+// XDCAM and XDCAM EX: next to the clip's M01.XML with the same stem, otherwise named after the
+// essence.
+std::vector<std::string> SonyCandidates(const PathParts& parts) {
   constexpr std::string_view kXml = "M01.XML";
   const bool onDisc = SameName(parts.folderName, "Clip");
   if (!onDisc && !SameName(parts.parentName, "CLPR")) return {};
-  const std::string whole = Join(parts.stem, parts.extension);
-  if (EndsWith(whole, kXml)) {
-    const auto clip = std::string_view(whole).substr(0, whole.size() - kXml.size());
+  const std::string fullPath = Join(parts.stem, parts.extension);
+  if (EndsWith(fullPath, kXml)) {
+    const auto clip = std::string_view(fullPath).substr(0, fullPath.size() - kXml.size());
     if (onDisc) return {Join(clip, "M01.XMP"), Join(clip, ".MXF.XMP")};
     return {Join(clip, "M01.XMP"), Join(clip, "V01.MXF.XMP"), Join(clip, "A01.MXF.XMP")};
   }
   std::string_view clip = parts.stem;
   const bool component = EndsWith(clip, "V01") || EndsWith(clip, "A01");
   if (!onDisc && component && SameName(parts.extension, ".MXF")) clip.remove_suffix(3);
-  return {Join(clip, "M01.XMP"), whole + ".XMP"};
+  return {Join(clip, "M01.XMP"), fullPath + ".XMP"};
 }
 
-// Canon XF: named for the clip, whose name begins the names of its spans.
-std::vector<std::string> CanonXFPlaces(const PathParts& parts) {
+// Canon XF: named after the clip, whose name is a prefix of the names of its spans.
+std::vector<std::string> CanonXFCandidates(const PathParts& parts) {
   if (!SameName(parts.parentName, "CLIPS001")) return {};
   constexpr std::size_t kClipName = 6;
   const std::string wanted = Join(parts.title.substr(0, kClipName), ".XMP");
@@ -99,25 +100,27 @@ std::vector<std::string> CanonXFPlaces(const PathParts& parts) {
   return {};
 }
 
-// Adds a place without the spellings that a stronger place has already: beside a card's clip XML
-// both are often the same file, which isn't read twice.
-void AddPlace(std::vector<std::string> spellings, std::vector<std::vector<std::string>>& places) {
-  std::erase_if(spellings, [&places](const std::string& spelling) {
-    return std::any_of(places.begin(), places.end(), [&spelling](const auto& stronger) {
+// Adds a candidate without the spellings that a stronger candidate has already: next to a card's
+// clip XML both are often the same file, which must not be read twice.
+void AddCandidate(std::vector<std::string> spellings,
+                  std::vector<std::vector<std::string>>& candidates) {
+  std::erase_if(spellings, [&candidates](const std::string& spelling) {
+    return std::any_of(candidates.begin(), candidates.end(), [&spelling](const auto& stronger) {
       return std::find(stronger.begin(), stronger.end(), spelling) != stronger.end();
     });
   });
-  if (!spellings.empty()) places.push_back(std::move(spellings));
+  if (!spellings.empty()) candidates.push_back(std::move(spellings));
 }
 
 }  // namespace
 
-std::vector<std::vector<std::string>> SidecarPlaces(const std::string& path) {
+std::vector<std::vector<std::string>> SidecarCandidates(const std::string& path) {
   const PathParts parts = PartsOf(path);
-  std::vector<std::vector<std::string>> places{{path + ".xmp"}};
-  for (const auto card : {P2Places, SonyPlaces, CanonXFPlaces}) AddPlace(card(parts), places);
-  AddPlace({Join(parts.stem, ".xmp"), Join(parts.stem, ".XMP")}, places);
-  return places;
+  std::vector<std::vector<std::string>> candidates{{path + ".xmp"}};
+  for (const auto card : {P2Candidates, SonyCandidates, CanonXFCandidates})
+    AddCandidate(card(parts), candidates);
+  AddCandidate({Join(parts.stem, ".xmp"), Join(parts.stem, ".XMP")}, candidates);
+  return candidates;
 }
 
 }  // namespace Sorvik::xmp

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where the XMP that belongs to a media file stands beside it.
+// Locations of the XMP sidecars of a media file.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace Sorvik::xmp {
 
-// The paths at which sidecars of the file at `path` (UTF-8) may stand, strongest first. Each item
-// is a list of spellings of one place, of which the first that exists counts. Looks at the disk
-// only for Canon XF clips, whose sidecar may be spelt in any case.
-std::vector<std::vector<std::string>> SidecarPlaces(const std::string& path);
+// Returns the candidate sidecar paths of the file at `path` (UTF-8), strongest first. Each item
+// lists alternative spellings of one location; the first that exists is used. Accesses the disk
+// only for Canon XF clips, whose sidecar names are case-insensitive.
+std::vector<std::vector<std::string>> SidecarCandidates(const std::string& path);
 
 }  // namespace Sorvik::xmp

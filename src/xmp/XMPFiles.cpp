@@ -17,10 +17,10 @@
 namespace Sorvik::xmp {
 namespace {
 
-// What is known of a file, filled from the strongest source to the weakest.
-class MetadataSum {
+// The merged metadata of a file. Sources are added from strongest to weakest.
+class MergedMetadata {
  public:
-  // A packet that can't be parsed costs nothing but itself.
+  // A packet that can't be parsed is ignored.
   void AddPacket(std::string_view packet) {
     if (packet.empty()) return;
     TXMPMeta parsed;
@@ -30,38 +30,38 @@ class MetadataSum {
       anyBroken_ = true;
       return;
     }
-    anyKnown_ = true;
-    sum_.FillFrom(parsed);
+    anyFound_ = true;
+    merged_.FillFrom(parsed);
   }
   void AddNative(const TXMPMeta& native) {
-    anyKnown_ = true;
-    sum_.FillFrom(native);
+    anyFound_ = true;
+    merged_.FillFrom(native);
   }
-  // The properties by which clips are tied to shots and takes.
-  void AddNativeTies(const TXMPMeta& native) {
-    sum_.TakeFrom(native, kNsDC, "identifier");
-    sum_.TakeFrom(native, kNsDC, "relation");
-    sum_.TakeFrom(native, kNsDM, "duration");
+  // Properties by which clips are grouped into shots and takes.
+  void AddNativeIdentity(const TXMPMeta& native) {
+    merged_.TakeFrom(native, kNsDC, "identifier");
+    merged_.TakeFrom(native, kNsDC, "relation");
+    merged_.TakeFrom(native, kNsDM, "duration");
   }
 
-  bool AnyKnown() const { return anyKnown_; }
+  bool AnyFound() const { return anyFound_; }
   bool AnyBroken() const { return anyBroken_; }
-  TXMPMeta&& Sum() && { return std::move(sum_); }
+  TXMPMeta&& Take() && { return std::move(merged_); }
 
  private:
-  TXMPMeta sum_;
-  bool anyKnown_ = false;
+  TXMPMeta merged_;
+  bool anyFound_ = false;
   bool anyBroken_ = false;
 };
 
-void AddSidecars(const std::string& path, MetadataSum& sum) {
+void AddSidecars(const std::string& path, MergedMetadata& merged) {
   if (IsPlainXMP(path)) return;
-  for (const std::vector<std::string>& spellings : SidecarPlaces(path)) {
+  for (const std::vector<std::string>& spellings : SidecarCandidates(path)) {
     for (const std::string& sidecar : spellings) {
       if (!foundation::FolderNames::MayExist(sidecar)) continue;
       const auto bytes = platform::ReadHead(sidecar, foundation::XmlLimits().bytes + 1);
       if (!bytes) continue;
-      sum.AddPacket(foundation::ByteReader(*bytes).Text());
+      merged.AddPacket(foundation::ByteReader(*bytes).Text());
       break;
     }
   }
@@ -94,20 +94,20 @@ bool TXMPFiles::GetXMP(SXMPMeta* meta, std::string* packet, XMP_PacketInfo* info
   ReaderOutput output;
   ReaderFor(input).read(input, wanted_, output);
 
-  MetadataSum sum;
-  if (output.hasNative && output.nativeTiesWin) sum.AddNativeTies(output.native);
-  AddSidecars(input.path, sum);
-  sum.AddPacket(output.packet);
-  sum.AddPacket(output.extendedPacket);
-  if (output.hasNative) sum.AddNative(output.native);
+  MergedMetadata merged;
+  if (output.hasNative && output.nativeIdentityWins) merged.AddNativeIdentity(output.native);
+  AddSidecars(input.path, merged);
+  merged.AddPacket(output.packet);
+  merged.AddPacket(output.extendedPacket);
+  if (output.hasNative) merged.AddNative(output.native);
 
-  if (!sum.AnyKnown() && sum.AnyBroken()) {
+  if (!merged.AnyFound() && merged.AnyBroken()) {
     throw XMP_Error(kXMPErr_BadXML, "the file's XMP is not well-formed");
   }
-  if (!sum.AnyKnown()) return false;
+  if (!merged.AnyFound()) return false;
   if (info != nullptr) info->length = output.packet.size();
   if (packet != nullptr) *packet = std::move(output.packet);
-  if (meta != nullptr) *meta = std::move(sum).Sum();
+  if (meta != nullptr) *meta = std::move(merged).Take();
   return true;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The metadata of one media file, from its sidecars, its own XMP and what the camera noted in it.
+// The metadata of one media file, from its sidecars, its own XMP and its native metadata.
 #pragma once
 
 #include <cstdint>
@@ -19,14 +19,14 @@ inline constexpr XMP_OptionBits kXMPFiles_OpenForRead = 0x1;
 inline constexpr XMP_OptionBits kXMPFiles_OpenUseSmartHandler = 0x20;
 inline constexpr XMP_OptionBits kXMPFiles_OpenLimitedScanning = 0x80;
 
-// Where a packet stands in its file. Nothing here needs more than its length.
+// The location of a packet in its file. Only the length is used here.
 struct XMP_PacketInfo {
   std::uint64_t length = 0;
 };
 
-// One file at a time, for reading only; whatever the format code says, the reader is chosen by the
-// file's place, name and first bytes. One object belongs to one thread; any number of them work at
-// the same time.
+// Opens one file at a time, read-only. The format code is ignored: the reader is chosen by the
+// file's path, name and first bytes. One object belongs to one thread; several objects can work
+// concurrently.
 class TXMPFiles {
  public:
   TXMPFiles();
@@ -34,15 +34,15 @@ class TXMPFiles {
   TXMPFiles& operator=(const TXMPFiles&) = delete;
   ~TXMPFiles();
 
-  // Which properties will be asked for, for all files opened from now on. At first all of them.
+  // Sets which properties will be asked for, for all files opened from now on. Default: all.
   void SetWantedProperties(WantedProperties wanted) { wanted_ = std::move(wanted); }
 
-  // True if the file could be opened. Only a regular file ever is.
+  // Returns true if the file could be opened. Only regular files are opened.
   bool OpenFile(const std::string& path, XMP_FileFormat format, XMP_OptionBits flags);
-  // Fills `meta` with what is known of the file, property by property from the strongest source
-  // that has it: sidecars, the file's XMP, native metadata. False if there is neither XMP nor
-  // native metadata. Raises if all there is are packets that can't be parsed. `packet`, which may
-  // be null like `info`, gets the file's own serialised XMP.
+  // Fills `meta` property by property from the strongest source that has it: sidecars, the file's
+  // XMP, native metadata. Returns false if there is neither XMP nor native metadata. Throws if the
+  // only sources are packets that can't be parsed. `packet` receives the file's own serialised XMP;
+  // `packet` and `info` may be null.
   bool GetXMP(SXMPMeta* meta, std::string* packet = nullptr, XMP_PacketInfo* info = nullptr);
   void CloseFile(XMP_OptionBits options = 0) noexcept;
 
@@ -57,7 +57,7 @@ using SXMPFiles = TXMPFiles;
 
 class TXMPUtils {
  public:
-  // With no schema and no name, and with kXMPUtil_DoAllProperties, empties the object.
+  // Clears the object if called without schema and name and with kXMPUtil_DoAllProperties.
   static void RemoveProperties(SXMPMeta* meta, const char* schema, const char* name,
                                XMP_OptionBits options);
 };

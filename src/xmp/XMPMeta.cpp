@@ -21,10 +21,10 @@ auto NameOf(const XMPNode& node) {
 
 bool LessByName(const XMPNode& a, const XMPNode& b) { return NameOf(a) < NameOf(b); }
 
-// The properties at the top stand in order of their names, so that packets with very many of them
-// stay fast.
-std::vector<XMPNode>::const_iterator PlaceOf(const std::vector<XMPNode>& properties,
-                                             std::string_view nameSpace, std::string_view name) {
+// Top-level properties are sorted by name, which keeps packets with many properties fast.
+std::vector<XMPNode>::const_iterator FindPosition(const std::vector<XMPNode>& properties,
+                                                  std::string_view nameSpace,
+                                                  std::string_view name) {
   const std::tuple wanted(nameSpace, name);
   return std::lower_bound(properties.begin(), properties.end(), wanted,
                           [](const XMPNode& node, const auto& key) { return NameOf(node) < key; });
@@ -33,25 +33,25 @@ std::vector<XMPNode>::const_iterator PlaceOf(const std::vector<XMPNode>& propert
 const XMPNode* FindProperty(const XMPNode* root, std::string_view nameSpace,
                             std::string_view name) noexcept {
   if (root == nullptr) return nullptr;
-  const auto place = PlaceOf(root->children, nameSpace, name);
-  return place != root->children.end() && place->Is(nameSpace, name) ? &*place : nullptr;
+  const auto position = FindPosition(root->children, nameSpace, name);
+  return position != root->children.end() && position->Is(nameSpace, name) ? &*position : nullptr;
 }
 
-// The property of that name, made if there is none.
+// Returns the property of that name, and creates it if it is missing.
 XMPNode& PropertyFor(XMPNode& root, std::string_view nameSpace, std::string_view name) {
-  const auto place = PlaceOf(root.children, nameSpace, name);
-  const auto index = place - root.children.cbegin();
-  if (place == root.children.end() || !place->Is(nameSpace, name)) {
+  const auto position = FindPosition(root.children, nameSpace, name);
+  const auto index = position - root.children.cbegin();
+  if (position == root.children.end() || !position->Is(nameSpace, name)) {
     XMPNode node;
     node.nameSpace = nameSpace;
     node.name = name;
-    root.children.insert(place, std::move(node));
+    root.children.insert(position, std::move(node));
   }
   return root.children[static_cast<std::size_t>(index)];
 }
 
-// Empties the node unless it has that form already.
-void Shape(XMPNode& node, NodeForm form, ArrayForm arrayForm = ArrayForm::kBag) {
+// Sets the form of a node. Clears the node if it had another form.
+void SetForm(XMPNode& node, NodeForm form, ArrayForm arrayForm = ArrayForm::kBag) {
   if (node.form == form && node.arrayForm == arrayForm) return;
   node.form = form;
   node.arrayForm = arrayForm;
@@ -65,13 +65,13 @@ bool SameLanguage(std::string_view a, std::string_view b) noexcept {
                     [&](char x, char y) { return lower(x) == lower(y); });
 }
 
-// An item without a language stands for all of them.
+// An item without a language matches all languages.
 std::string_view LanguageOfItem(const XMPNode& item) noexcept {
   const std::string_view language = LanguageOf(item);
   return language.empty() ? kDefaultLanguage : language;
 }
 
-// Whether `language` is `range` or a narrower form of it ("de-AT" for "de").
+// Whether `language` equals `range` or is a subtag of it ("de-AT" for "de").
 bool InLanguageRange(std::string_view language, std::string_view range) noexcept {
   if (!SameLanguage(language.substr(0, range.size()), range)) return false;
   return language.size() == range.size() || language[range.size()] == '-';
@@ -111,26 +111,26 @@ XMP_OptionBits OptionsOf(const XMPNode& node) {
   return languages ? options | kXMP_PropArrayIsAltText : options;
 }
 
-bool Give(const XMPNode* node, std::string* value, XMP_OptionBits* options) {
+bool CopyOut(const XMPNode* node, std::string* value, XMP_OptionBits* options) {
   if (node == nullptr) return false;
   if (value != nullptr) *value = node->value;
   if (options != nullptr) *options = OptionsOf(*node);
   return true;
 }
 
-[[noreturn]] void RaiseBadPath(const char* expected) {
-  throw XMP_Error(kXMPErr_BadXPath, std::string("the property is no ").append(expected));
+[[noreturn]] void ThrowBadPath(const char* expected) {
+  throw XMP_Error(kXMPErr_BadXPath, std::string("the property is not ").append(expected));
 }
 
-// Packets end in padding, and some files put further bytes behind it. Of 8-bit packets both go,
-// and blanks in front too, which an XML declaration doesn't suffer.
+// Packets end in padding, and some files append further bytes. Both are removed from 8-bit packets,
+// and leading whitespace too, which is invalid in front of an XML declaration.
 std::string_view TrimPacket(std::string_view bytes) {
   constexpr std::string_view kTrailer = "<?xpacket end";
   std::string_view trimmed = bytes;
   if (const auto first = trimmed.find_first_not_of(" \t\r\n"); first != trimmed.npos) {
     trimmed.remove_prefix(first);
   }
-  // A NUL at the start means wider characters, whose first half was taken for a blank.
+  // A NUL at the start means UTF-16 or UTF-32, whose first byte was removed as whitespace.
   if (trimmed.starts_with('\0')) return bytes;
   const auto trailer = trimmed.rfind(kTrailer);
   const auto end = trailer == trimmed.npos ? trailer : trimmed.find("?>", trailer);
@@ -176,17 +176,17 @@ void TXMPMeta::ParseFromBuffer(const char* bytes, std::uint32_t length, XMP_Opti
 
 bool TXMPMeta::GetProperty(std::string_view schema, std::string_view name, std::string* value,
                            XMP_OptionBits* options) const {
-  return Give(FindProperty(root_.get(), schema, name), value, options);
+  return CopyOut(FindProperty(root_.get(), schema, name), value, options);
 }
 
 bool TXMPMeta::GetArrayItem(std::string_view schema, std::string_view arrayName, std::int32_t index,
                             std::string* value, XMP_OptionBits* options) const {
   const XMPNode* array = FindProperty(root_.get(), schema, arrayName);
   if (array == nullptr) return false;
-  if (array->form != NodeForm::kArray) RaiseBadPath("array");
+  if (array->form != NodeForm::kArray) ThrowBadPath("array");
   const auto& items = array->children;
   if (index < 1 || static_cast<std::size_t>(index) > items.size()) return false;
-  return Give(&items[static_cast<std::size_t>(index) - 1], value, options);
+  return CopyOut(&items[static_cast<std::size_t>(index) - 1], value, options);
 }
 
 bool TXMPMeta::GetStructField(std::string_view schema, std::string_view structName,
@@ -194,11 +194,11 @@ bool TXMPMeta::GetStructField(std::string_view schema, std::string_view structNa
                               std::string* value, XMP_OptionBits* options) const {
   const XMPNode* node = FindProperty(root_.get(), schema, structName);
   if (node == nullptr) return false;
-  if (node->form != NodeForm::kStruct) RaiseBadPath("structure");
+  if (node->form != NodeForm::kStruct) ThrowBadPath("structure");
   const auto field =
       std::find_if(node->children.begin(), node->children.end(),
                    [&](const XMPNode& child) { return child.Is(fieldSchema, fieldName); });
-  return Give(field == node->children.end() ? nullptr : &*field, value, options);
+  return CopyOut(field == node->children.end() ? nullptr : &*field, value, options);
 }
 
 bool TXMPMeta::GetLocalizedText(std::string_view schema, std::string_view altTextName,
@@ -207,10 +207,10 @@ bool TXMPMeta::GetLocalizedText(std::string_view schema, std::string_view altTex
                                 XMP_OptionBits* options) const {
   const XMPNode* array = FindProperty(root_.get(), schema, altTextName);
   if (array == nullptr) return false;
-  if (!array->IsArray(ArrayForm::kAlt)) RaiseBadPath("language alternative");
+  if (!array->IsArray(ArrayForm::kAlt)) ThrowBadPath("language alternative");
   const std::string_view generic = genericLang == nullptr ? "" : genericLang;
   const XMPNode* item = ChooseLanguage(array->children, generic, specificLang);
-  if (!Give(item, value, options)) return false;
+  if (!CopyOut(item, value, options)) return false;
   if (actualLang != nullptr) *actualLang = LanguageOfItem(*item);
   return true;
 }
@@ -224,7 +224,7 @@ bool TXMPMeta::HasProperty(std::string_view schema, std::string_view name) const
 void TXMPMeta::SetProperty(std::string_view schema, std::string_view name, std::string value) {
   if (value.empty()) return;
   XMPNode& node = PropertyFor(Root(), schema, name);
-  Shape(node, NodeForm::kSimple);
+  SetForm(node, NodeForm::kSimple);
   node.value = std::move(value);
 }
 
@@ -233,7 +233,7 @@ void TXMPMeta::SetStructField(std::string_view schema, std::string_view structNa
                               std::string value) {
   if (value.empty()) return;
   XMPNode& node = PropertyFor(Root(), schema, structName);
-  Shape(node, NodeForm::kStruct);
+  SetForm(node, NodeForm::kStruct);
   auto field = std::find_if(node.children.begin(), node.children.end(),
                             [&](const XMPNode& child) { return child.Is(fieldSchema, fieldName); });
   if (field == node.children.end()) field = node.children.emplace(field);
@@ -246,7 +246,7 @@ void TXMPMeta::AppendArrayItem(std::string_view schema, std::string_view arrayNa
                                std::string value) {
   if (value.empty()) return;
   XMPNode& node = PropertyFor(Root(), schema, arrayName);
-  Shape(node, NodeForm::kArray, form);
+  SetForm(node, NodeForm::kArray, form);
   node.children.emplace_back().value = std::move(value);
 }
 
@@ -254,7 +254,7 @@ void TXMPMeta::SetLocalizedText(std::string_view schema, std::string_view altTex
                                 std::string_view language, std::string value) {
   if (value.empty()) return;
   XMPNode& node = PropertyFor(Root(), schema, altTextName);
-  Shape(node, NodeForm::kArray, ArrayForm::kAlt);
+  SetForm(node, NodeForm::kArray, ArrayForm::kAlt);
   auto item = std::find_if(node.children.begin(), node.children.end(), [&](const XMPNode& i) {
     return SameLanguage(LanguageOfItem(i), language);
   });
@@ -281,7 +281,7 @@ void TXMPMeta::TakeFrom(const TXMPMeta& other, std::string_view schema, std::str
 
 void TXMPMeta::DeleteProperty(std::string_view schema, std::string_view name) noexcept {
   if (!HasProperty(schema, name)) return;
-  root_->children.erase(PlaceOf(root_->children, schema, name));
+  root_->children.erase(FindPosition(root_->children, schema, name));
 }
 
 void TXMPMeta::Clear() noexcept { root_.reset(); }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The XMP data model (ISO 16684-1, clause 6): properties by namespace and name, each a simple text,
-// a structure or an array. One object belongs to one thread at a time.
+// a structure or an array. An object must not be used by several threads at the same time.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace Sorvik::xmp {
 
-// What the layer raises. The id tells the kind of failure.
+// The exception of the XMP layer. The id is the kind of failure.
 class XMP_Error : public std::exception {
  public:
   XMP_Error(std::int32_t id, std::string message) : id_(id), message_(std::move(message)) {}
@@ -48,12 +48,13 @@ class TXMPMeta {
   TXMPMeta& operator=(TXMPMeta other) noexcept;
   ~TXMPMeta();
 
-  // Reads a serialised packet in UTF-8, UTF-16 or UTF-32, with or without its wrapper; replaces
-  // what the object held. Raises XMP_Error if it isn't well-formed.
+  // Parses a serialised packet in UTF-8, UTF-16 or UTF-32, with or without its wrapper, and
+  // replaces the object's content. Throws XMP_Error if it isn't well-formed.
   void ParseFromBuffer(const char* bytes, std::uint32_t length, XMP_OptionBits options = 0);
 
-  // Each gives true and the value if the item exists; otherwise false, and the value stays. Raises
-  // error 102 if a property on the way is of another form than asked. `options` may be null.
+  // Getters return true and set the value if the item exists; otherwise they return false and leave
+  // the value unchanged. They throw error 102 if a property on the path has another form than
+  // requested. `options` may be null.
   bool GetProperty(std::string_view schema, std::string_view name, std::string* value,
                    XMP_OptionBits* options = nullptr) const;
   bool GetArrayItem(std::string_view schema, std::string_view arrayName, std::int32_t index,
@@ -61,19 +62,19 @@ class TXMPMeta {
   bool GetStructField(std::string_view schema, std::string_view structName,
                       std::string_view fieldSchema, std::string_view fieldName, std::string* value,
                       XMP_OptionBits* options = nullptr) const;
-  // Chooses by RFC 3066 language tags: the specific language, the generic one, "x-default", the
-  // first. `genericLang` may be null.
+  // Selects by RFC 3066 language tags: the specific language, the generic one, "x-default", then
+  // the first item. `genericLang` may be null.
   bool GetLocalizedText(std::string_view schema, std::string_view altTextName,
                         const char* genericLang, std::string_view specificLang,
                         std::string* actualLang, std::string* value,
                         XMP_OptionBits* options = nullptr) const;
 
-  // Whether anything is held, or a property of that name.
+  // Whether the object has no properties; whether it has a property of that name.
   bool Empty() const noexcept;
   bool HasProperty(std::string_view schema, std::string_view name) const noexcept;
 
-  // For the readers of native metadata. Empty values are not stored. A second SetX of the same
-  // property replaces the first; AppendArrayItem makes the array if there is none.
+  // Setters for readers of native metadata. Empty values are not stored. Setting a property again
+  // replaces it; AppendArrayItem creates the array if it is missing.
   void SetProperty(std::string_view schema, std::string_view name, std::string value);
   void SetStructField(std::string_view schema, std::string_view structName,
                       std::string_view fieldSchema, std::string_view fieldName, std::string value);
@@ -82,9 +83,9 @@ class TXMPMeta {
   void SetLocalizedText(std::string_view schema, std::string_view altTextName,
                         std::string_view language, std::string value);
 
-  // Takes each property of `weaker` that this object doesn't have.
+  // Copies each property of `weaker` that this object doesn't have.
   void FillFrom(const TXMPMeta& weaker);
-  // Takes one property of `other` over what is here, if `other` has it.
+  // Copies one property of `other` over the one in this object, if `other` has it.
   void TakeFrom(const TXMPMeta& other, std::string_view schema, std::string_view name);
   void DeleteProperty(std::string_view schema, std::string_view name) noexcept;
   void Clear() noexcept;
@@ -92,7 +93,7 @@ class TXMPMeta {
  private:
   XMPNode& Root();
 
-  std::unique_ptr<XMPNode> root_;  // null while nothing is held
+  std::unique_ptr<XMPNode> root_;  // null while the object is empty
 };
 
 using SXMPMeta = TXMPMeta;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A node of the XMP data model: a property, a field, an item of an array or a qualifier. A tree of
-// nodes is a value; its depth is that of the XML it came from, which is capped.
+// A node of the XMP data model: a property, a field, an array item or a qualifier. A tree of nodes
+// is a value; its depth is that of the XML it was read from, which is capped.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ enum class NodeForm { kSimple, kStruct, kArray };
 struct XMPNode {
   std::string nameSpace;  // empty for an item
   std::string name;       // local name; empty for an item
-  std::string value;      // of a simple node, as it stands
+  std::string value;      // of a simple node, unmodified
   NodeForm form = NodeForm::kSimple;
   ArrayForm arrayForm = ArrayForm::kBag;
   std::vector<XMPNode> children;  // fields or items
@@ -30,10 +30,10 @@ struct XMPNode {
   }
 };
 
-// The xml:lang of a node; empty if it has none.
+// Returns the xml:lang of a node; empty if it has none.
 std::string_view LanguageOf(const XMPNode& node) noexcept;
 
-// Orders properties by name, and keeps the first of those that stand more than once.
+// Sorts properties by name and keeps the first of duplicates.
 void SortProperties(std::vector<XMPNode>& properties);
 
 }  // namespace Sorvik::xmp

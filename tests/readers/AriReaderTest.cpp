@@ -51,7 +51,7 @@ TEST(AriReader, ReadsAFrame) {
             "WhiteBalance=3200K\n"
             "videoFrameSize=2880x1600 pixel\n"
             "startTimecode=10:11:12:13 25Timecode\n")
-      << "and no duration: one frame is no clip";
+      << "no duration for a single frame";
   EXPECT_EQ(TextFacts(result),
             "camera=B\n"
             "tapeName=B001R23J\n"
@@ -62,8 +62,8 @@ TEST(AriReader, ReadsAFrame) {
             "directorPhotography=A Cameraman\n");
 }
 
-TEST(AriReader, LeavesOutWhatIsNotThere) {
-  // Blocks with a size of 0, digits above 9, times that can't be.
+TEST(AriReader, OmitsMissingAndInvalidFacts) {
+  // Blocks with a size of 0, digits above 9, impossible times.
   Bytes noClip = Frame();
   noClip.Set(0x4F0, 0, 4);
   EXPECT_EQ(TextFacts(ReadWith(kAriReader, noClip.str())), "camera=B\n");
@@ -76,17 +76,17 @@ TEST(AriReader, LeavesOutWhatIsNotThere) {
   older.Set(0x00C, 2, 1);
   EXPECT_EQ(Facts(ReadWith(kAriReader, older.str())),
             "videoCompressor=ARRIRAW\nMake=ARRI\nvideoFrameSize=2880x1600 pixel\n");
-  // The lens squeeze is no number.
+  // The lens squeeze is NaN.
   Bytes nan = Frame();
   nan.Set(0xC4, 0x0000C07F, 4);
   EXPECT_EQ(ReadWith(kAriReader, nan.str()).Get(kNsDM, "videoPixelAspectRatio"), "");
 }
 
-TEST(AriReader, SurvivesDamage) { ReadDamaged(kAriReader, Frame().str()); }
+TEST(AriReader, SurvivesTruncationAndCorruption) { ReadDamaged(kAriReader, Frame().str()); }
 
 TEST(AriReader, ReadsASample) {
   const auto bytes = ReadSample("ari/synthetic-rdd30-v3-2398.ari");
-  if (!bytes) GTEST_SKIP() << "no samples beside the source tree";
+  if (!bytes) GTEST_SKIP() << "samples not found";
   const auto result = ReadWith(kAriReader, *bytes);
   EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "23.976");
   EXPECT_EQ(result.Get(kNsDM, "shotName"), "A001C002_210304_R23J");

@@ -29,7 +29,7 @@ constexpr char kClipXml[] = R"(<?xml version="1.0" encoding="UTF-8"?>
   <GPS><Latitude>-33.8568</Latitude><Longitude>151.2153</Longitude><Altitude>12.5</Altitude></GPS>
 </Clip>)";
 
-// A card with one clip of three spans; the spans themselves are no MXF.
+// A card with one clip of three spans; the spans are not MXF files.
 class CanonXFReader : public testing::Test {
  protected:
   CanonXFReader() {
@@ -54,7 +54,7 @@ class CanonXFReader : public testing::Test {
   TempTree tree_;
 };
 
-TEST_F(CanonXFReader, TakesTheTextsOfTheClipXml) {
+TEST_F(CanonXFReader, ReadsTheClipXml) {
   File("AA0001.XML", kClipXml);
   const ReadResult result = ReadSpan();
   EXPECT_TRUE(result.recognised);
@@ -72,9 +72,9 @@ TEST_F(CanonXFReader, TakesTheTextsOfTheClipXml) {
   EXPECT_THAT(Relation(result), ElementsAre("AA000102", "AA000103"));
 }
 
-TEST_F(CanonXFReader, PutsTheClipXmlBeforeTheSpansOwnFacts) {
+TEST_F(CanonXFReader, PrefersTheClipXmlToTheSpan) {
   const auto span = sorvik_test::ReadSample("mxf/gen-rdd9_422_1080i2997_df.head128k.mxf");
-  if (!span) GTEST_SKIP() << "the samples aren't here";
+  if (!span) GTEST_SKIP() << "samples not found";
   File("AA0001.XML", kClipXml);
   const std::string path = File("AA000101.MXF", *span);
   const ReadResult result = ReadWith(kCanonXFReader, *span, path);
@@ -85,7 +85,7 @@ TEST_F(CanonXFReader, PutsTheClipXmlBeforeTheSpansOwnFacts) {
   EXPECT_THAT(Relation(result), ElementsAre("AA000102", "AA000103"));
 }
 
-TEST_F(CanonXFReader, ReadsAPacketWhereTheSpanIsNoMxf) {
+TEST_F(CanonXFReader, ReadsAPacketOfASpanThatIsNotMXF) {
   const std::string packet =
       "<?xpacket begin='' id='W5M0MpCehiHzreSzNTczkc9d'?><x:xmpmeta xmlns:x='adobe:ns:meta/'/>"
       "<?xpacket end='w'?>";
@@ -95,7 +95,7 @@ TEST_F(CanonXFReader, ReadsAPacketWhereTheSpanIsNoMxf) {
   EXPECT_NE(result.output.packet.find("x:xmpmeta"), std::string::npos);
 }
 
-TEST_F(CanonXFReader, KnowsASpanByItsPlace) {
+TEST_F(CanonXFReader, RecognisesSpansByPath) {
   const std::pair<const char*, bool> cases[] = {
       {"/card/CONTENTS/CLIPS001/AA0001/AA000101.MXF", true},
       {"/card/contents/clips001/aa0001/AA000102.mxf", true},
@@ -112,14 +112,14 @@ TEST_F(CanonXFReader, KnowsASpanByItsPlace) {
   }
 }
 
-TEST_F(CanonXFReader, FindsTheClipXmlInAnyCase) {
+TEST_F(CanonXFReader, FindsTheClipXmlCaseInsensitively) {
   File("aa0001.xml", "<x><CLIPTITLE>Found</CLIPTITLE></x>");
   EXPECT_EQ(Facts(ReadSpan()), "shotName=Found\n");
 }
 
-// Whether a file has metadata doesn't hang on what is asked for, and the other spans alone are
-// none.
-TEST_F(CanonXFReader, HasMetadataOnlyFromTheClipXmlOrTheSpan) {
+// Whether a file has metadata doesn't depend on the wanted properties, and other spans alone are no
+// metadata.
+TEST_F(CanonXFReader, HasMetadataOnlyFromClipXmlOrSpan) {
   EXPECT_FALSE(ReadSpan().output.hasNative);
   EXPECT_TRUE(ReadSpan().output.native.Empty());
   File("AA0001.XML", "<x><Unknown>text</Unknown><Title/></x>");
@@ -130,7 +130,7 @@ TEST_F(CanonXFReader, HasMetadataOnlyFromTheClipXmlOrTheSpan) {
   EXPECT_THAT(Relation(few), IsEmpty());
 }
 
-TEST_F(CanonXFReader, SurvivesAClipXmlThatIsNone) {
+TEST_F(CanonXFReader, SurvivesAnInvalidClipXml) {
   for (const char* xml : {"", "<Title>", "no xml", "<x><Title>A</Title></y>",
                           "<!DOCTYPE x [<!ENTITY t 'A'>]><x><Title>&t;</Title></x>"}) {
     File("AA0001.XML", xml);
@@ -142,7 +142,7 @@ TEST_F(CanonXFReader, SurvivesAClipXmlThatIsNone) {
   EXPECT_FALSE(ReadSpan().output.hasNative);
 }
 
-TEST(CanonXFClipXml, TakesTheFirstTextOfEachKind) {
+TEST(CanonXFClipXml, ReadsTheFirstTextOfEachFact) {
   TXMPMeta native;
   EXPECT_TRUE(ReadCanonXFClipXml(
       "<x><Title/><a><ClipTitle>First</ClipTitle></a><Title>Second</Title></x>", native));
@@ -151,7 +151,7 @@ TEST(CanonXFClipXml, TakesTheFirstTextOfEachKind) {
   EXPECT_EQ(name, "First");
 }
 
-TEST(CanonXFClipXml, DropsPositionsThatCannotBe) {
+TEST(CanonXFClipXml, DropsImpossiblePositions) {
   for (const char* text : {"90.001", "-91", "1e999", "nan", "12,5", "N12.5", "12.5N", "--1"}) {
     TXMPMeta native;
     EXPECT_FALSE(

@@ -60,7 +60,7 @@ TEST(DVReader, ReadsAFrameOf525Lines) {
   const auto result = ReadWith(kDVReader, file.str());
   EXPECT_TRUE(result.recognised);
   EXPECT_TRUE(result.output.hasNative);
-  EXPECT_EQ(result.reads, 0) << "the head tells all";
+  EXPECT_EQ(result.reads, 0) << "the head is sufficient";
   EXPECT_EQ(Facts(result),
             "CreateDate=2024-07-08T19:55:58\n"
             "videoFrameRate=29.97\n"
@@ -82,7 +82,7 @@ TEST(DVReader, ReadsAWideFrameOf625LinesAtFiftyMegabits) {
   Packs packs;
   packs.source = "60 FF FF 24 FF";
   packs.control = "61 03 82 FC FF";
-  packs.timecode = "13 64 84 80 C0";  // the drop bit means nothing here
+  packs.timecode = "13 64 84 80 C0";  // the drop bit has no meaning here
   packs.date = "62 FF D6 E2 95";      // 1995
   const Bytes file = MakeFrame(true, packs).Add(MakeFrame(true, packs));
   const auto result = ReadWith(kDVReader, file.str());
@@ -93,7 +93,7 @@ TEST(DVReader, ReadsAWideFrameOf625LinesAtFiftyMegabits) {
   EXPECT_EQ(result.Field("duration", kNsDM, "value"), "1") << "two channels of sequences a frame";
 }
 
-TEST(DVReader, TellsTwoChannelsOfTwelveBitsFromFour) {
+TEST(DVReader, DistinguishesTwoChannelsOfTwelveBitsFromFour) {
   Packs packs;
   packs.audio = "50 CF 30 C0 D1";
   packs.audio2 = "50 CF 3F C0 D1";
@@ -105,7 +105,7 @@ TEST(DVReader, TellsTwoChannelsOfTwelveBitsFromFour) {
   EXPECT_EQ(four.Get(kNsDM, "audioSampleType"), "Other");
 }
 
-TEST(DVReader, TakesWhatALostFirstFrameLacksFromTheNext) {
+TEST(DVReader, CompletesADamagedFirstFrameFromTheNext) {
   Packs none;
   none.timecode = none.date = none.time = none.control = none.source = none.audio = none.audio2 =
       "FF FF FF FF FF";
@@ -113,20 +113,21 @@ TEST(DVReader, TakesWhatALostFirstFrameLacksFromTheNext) {
   const auto result = ReadWith(kDVReader, file.str());
   EXPECT_EQ(result.reads, 1);
   EXPECT_EQ(result.Get(kNsDM, "shotDate"), "2024-07-08T19:55:58");
-  EXPECT_EQ(result.Field("startTimecode", kNsDM, "timeValue"), "") << "not the first frame's";
+  EXPECT_EQ(result.Field("startTimecode", kNsDM, "timeValue"), "")
+      << "must be that of the first frame";
   const auto named = ReadWith(kDVReader, MakeFrame(false, none).str(),
                               "/card/VIDEO/HVR/00_0001_2009-03-14_101530.DV");
   EXPECT_EQ(named.Get(kNsDM, "shotDate"), "2009-03-14T10:15:30");
 }
 
-TEST(DVReader, KnowsTheNamesOfRecorders) {
+TEST(DVReader, ParsesRecorderFileNames) {
   EXPECT_FALSE(DateFromRecorderName("/a/00_0001_0000-00-00_000000.M2T")) << "clock not set";
   EXPECT_FALSE(DateFromRecorderName("/a/00_0001_2009-13-14_101530.M2T"));
   EXPECT_FALSE(DateFromRecorderName("/00_0001_2009-03-14_101530/clip.M2T"));
   EXPECT_FALSE(DateFromRecorderName(""));
 }
 
-TEST(DVReader, StandsBadFiles) {
+TEST(DVReader, SurvivesTruncationAndCorruption) {
   EXPECT_FALSE(ReadWith(kDVReader, "").recognised);
   EXPECT_FALSE(ReadWith(kDVReader, std::string(200000, '\0')).recognised);
   Packs bad;
@@ -134,22 +135,22 @@ TEST(DVReader, StandsBadFiles) {
   bad.date = "62 FF 00 00 24";
   bad.time = "63 FF FA D5 D9";
   bad.audio = "50 00 00 1F 3F";
-  const Bytes whole = MakeFrame(false, bad);
-  const auto result = ReadWith(kDVReader, whole.str());
+  const Bytes full = MakeFrame(false, bad);
+  const auto result = ReadWith(kDVReader, full.str());
   EXPECT_EQ(result.Get(kNsDM, "shotDate"), "");
   EXPECT_EQ(result.Field("startTimecode", kNsDM, "timeValue"), "");
-  EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "29.97") << "the rest stands";
+  EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "29.97") << "other facts are kept";
   for (std::size_t size = 0; size < 1000; ++size) {
     const auto cut = ReadWith(kDVReader, MakeFrame(true).str().substr(0, size));
     EXPECT_EQ(cut.recognised, size >= 5);
-    EXPECT_EQ(cut.Field("duration", kNsDM, "value"), "") << "no whole frame";
+    EXPECT_EQ(cut.Field("duration", kNsDM, "value"), "") << "no complete frame";
   }
 }
 
-// Date, timecode, aspect and audio as independent readers show them. Explained differences: sample
-// ratios are those of BT.601 (others show 64:45 or 32:27); a second pair of channels marked as
-// holding no audio isn't counted; of a frame with damaged packs the majority counts, where others
-// show nothing.
+// Date, timecode, aspect and audio as printed by independent readers. Known differences: sample
+// aspect ratios are those of BT.601 (others print 64:45 or 32:27); a second pair of channels marked
+// as unused isn't counted; in a frame with damaged packs the majority counts, where others print
+// nothing.
 struct Sample {
   const char* file;
   const char* date;
@@ -161,10 +162,10 @@ struct Sample {
 
 class DVSamples : public testing::TestWithParam<Sample> {};
 
-TEST_P(DVSamples, GiveWhatIndependentReadersShow) {
+TEST_P(DVSamples, MatchIndependentReaders) {
   const Sample& sample = GetParam();
   const auto bytes = ReadSample(std::string("hdv/").append(sample.file));
-  if (!bytes) GTEST_SKIP() << "samples aren't there";
+  if (!bytes) GTEST_SKIP() << "samples not found";
   const auto result = ReadWith(kDVReader, *bytes);
   EXPECT_TRUE(result.recognised);
   EXPECT_EQ(result.Get(kNsDM, "shotDate"), sample.date);

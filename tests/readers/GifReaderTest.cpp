@@ -20,7 +20,7 @@ Bytes Extension(const std::string& packet) {
   return b.U8(0);
 }
 
-TEST(GifReader, TakesThePacketWhereverWritersPutIt) {
+TEST(GifReader, FindsThePacketAtStartAndEnd) {
   const Bytes picture = Bytes().Fill(200'000, 0x55);
   const std::string longPacket = "<p>" + std::string(90'000, ' ') + "</p>";
   const auto packet = [](const Bytes& file, int reads) {
@@ -36,17 +36,17 @@ TEST(GifReader, TakesThePacketWhereverWritersPutIt) {
   EXPECT_EQ(packet(Start(), 0), "");
 }
 
-TEST(GifReader, LeavesAPacketThatIsCutOff) {
-  const std::string whole = Start().Add(Extension("<p/>")).str();
-  for (std::size_t cut = 0; cut < whole.size(); ++cut) {
-    const auto packet = ReadWith(kGifReader, whole.substr(0, cut)).output.packet;
+TEST(GifReader, IgnoresATruncatedPacket) {
+  const std::string full = Start().Add(Extension("<p/>")).str();
+  for (std::size_t cut = 0; cut < full.size(); ++cut) {
+    const auto packet = ReadWith(kGifReader, full.substr(0, cut)).output.packet;
     EXPECT_TRUE(packet.empty() || packet == "<p/>") << cut;
   }
 }
 
 TEST(GifReader, ReadsASample) {
   const auto bytes = ReadSample("xmp/derived-exiftool-xmpDM.gif");
-  if (!bytes) GTEST_SKIP() << "no samples beside the source tree";
+  if (!bytes) GTEST_SKIP() << "samples not found";
   EXPECT_TRUE(ReadWith(kGifReader, *bytes).output.packet.ends_with("<?xpacket end='w'?>"));
 }
 

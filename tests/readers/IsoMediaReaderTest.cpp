@@ -123,7 +123,7 @@ TEST(IsoMediaReader, ReadsTheTracksOfAMovie) {
   EXPECT_EQ(TextFacts(result), "tapeName=A001C\n");
 }
 
-TEST(IsoMediaReader, JumpsOverMediaAndReadsTheTimecodeOnlyIfWanted) {
+TEST(IsoMediaReader, SkipsMediaAndReadsTheTimecodeOnlyIfWanted) {
   constexpr std::uint32_t kMedia = 5'000'000;
   Bytes file = FileType().U32(1).Text("mdat").U64(kMedia + 16);  // size of eight bytes
   const auto timecodeAt = static_cast<std::uint32_t>(file.size() + 200'000);
@@ -151,24 +151,24 @@ std::string FactsOfVideo(const Bytes& mediaHeader, const std::vector<Bytes>& tab
          " @ " + result.Field("duration", kNsDM, "scale");
 }
 
-TEST(IsoMediaReader, TellsRatesFromSampleDurations) {
+TEST(IsoMediaReader, DerivesRatesFromSampleDurations) {
   const Bytes entry = Descriptions(VideoEntry("hvc1", 1920, 1080));
   EXPECT_EQ(FactsOfVideo(MediaHeader(24, 48), {entry, Durations({{48, 1}})}), "24, 48 @ 1/24");
   EXPECT_EQ(FactsOfVideo(MediaHeader(2997, 9900), {entry, Durations({{99, 100}})}),
             "29.97, 99 @ 1001/30000");
   EXPECT_EQ(FactsOfVideo(MediaHeader(25000, 99500), {entry, Durations({{99, 1000}, {1, 500}})}),
             "25, 100 @ 1/25")
-      << "the last sample is cut";
+      << "the last sample is shorter";
   EXPECT_EQ(FactsOfVideo(MediaHeader(600, 1200),
                          {entry, Durations({{30, 20}, {10, 30}, {20, 15}}), Sizes(60)}),
             "30, 1200 @ 1/600")
-      << "a rate that varies: its mean, and the duration of the movie";
+      << "variable rate: its mean, and the duration of the movie";
   EXPECT_EQ(FactsOfVideo(MediaHeader(90000, 0), {entry, Durations({})}), ", 1200 @ 1/600")
-      << "written in fragments";
+      << "fragmented";
   EXPECT_EQ(FactsOfVideo(MediaHeader(0, 0), {entry, Durations({{5, 0}})}, 0), ",  @ ");
 }
 
-TEST(IsoMediaReader, TellsSoundApart) {
+TEST(IsoMediaReader, ReadsAudioDescriptions) {
   const auto sound = [](const std::vector<Bytes>& entries) {
     std::vector<Bytes> boxes = {MovieHeader(48000, 96000)};
     for (const Bytes& entry : entries) {
@@ -190,7 +190,8 @@ TEST(IsoMediaReader, TellsSoundApart) {
                 "audioCompressor=PCM\nduration=96000 @ 1/48000\n");
 }
 
-// The kind of sound of a movie whose one sound entry holds these boxes, and claims two channels.
+// The channel types of a movie whose only audio entry contains these boxes and declares two
+// channels.
 std::string ChannelsWith(const Bytes& boxes) {
   const Bytes entry = SoundEntry("mp4a", 2, 16, 48000, boxes);
   const Bytes movie = Box(
@@ -199,7 +200,7 @@ std::string ChannelsWith(const Bytes& boxes) {
   return ReadWith(kIsoMediaReader, FileType().Add(movie).str()).Get(kNsDM, "audioChannelType");
 }
 
-TEST(IsoMediaReader, CountsChannelsByTheDecoder) {
+TEST(IsoMediaReader, ReadsChannelsFromTheDecoderConfiguration) {
   const auto channels = [](const std::string& descriptor) {
     const Bytes esds = Box("esds", Bytes().Hex(descriptor));
     return ChannelsWith(esds) + " " + ChannelsWith(Box("wave", {Box("frma", Bytes("mp4a")), esds}));
@@ -218,7 +219,7 @@ TEST(IsoMediaReader, CountsChannelsByTheDecoder) {
   EXPECT_EQ(channels("00000000 03"), "Stereo Stereo");
   EXPECT_EQ(ChannelsWith(Box("dac3", Bytes().Hex("103DC0"))), "5.1");
   EXPECT_EQ(ChannelsWith(Box("dec3", Bytes().Hex("0C00 20 02 00"))), "Mono");
-  EXPECT_EQ(ChannelsWith(Box("dac3", Bytes().Hex("10"))), "Stereo") << "cut";
+  EXPECT_EQ(ChannelsWith(Box("dac3", Bytes().Hex("10"))), "Stereo") << "truncated";
 }
 
 Bytes UserText(const std::string& type, const std::string& text) {
@@ -279,7 +280,7 @@ TEST(IsoMediaReader, ReadsTexts) {
             "logComment=Take two\n");
 }
 
-TEST(IsoMediaReader, TakesThePacketOfTheUUIDBox) {
+TEST(IsoMediaReader, ReadsThePacketOfTheUUIDBox) {
   const Bytes uuid = Bytes().Hex("BE7ACFCB 97A942E8 9C719994 91E3AFAC");
   const Bytes other = Box("uuid", Bytes().Fill(16).Text("<no/>"));
   const std::string file = FileType()
@@ -291,7 +292,7 @@ TEST(IsoMediaReader, TakesThePacketOfTheUUIDBox) {
   EXPECT_EQ(result.output.packet, "<p/>");
   EXPECT_FALSE(result.output.hasNative) << "no movie";
   EXPECT_EQ(result.reads, 1);
-  // A box of size 0 runs to the end of the file.
+  // A box of size 0 extends to the end of the file.
   EXPECT_EQ(ReadWith(kIsoMediaReader, FileType().U32(0).Text("uuid").Add(uuid).Text("<q/>").str())
                 .output.packet,
             "<q/>");
@@ -302,7 +303,7 @@ Bytes ItemInfo(unsigned id, const std::string& type, const std::string& content 
   b.U32(0x02000000).U16(id).U16(0).Text(type).U8(0);  // version 2, number, protection, type, name
   return Box("infe", content.empty() ? b : b.Text(content).U8(0));
 }
-// A picture with three items behind each other in 'mdat'.
+// An image with three consecutive items in 'mdat'.
 std::string Picture(const std::vector<std::string>& items) {
   Bytes info = Bytes().U32(0).U16(3);
   info.Add(ItemInfo(1, "mime", "text/plain")).Add(ItemInfo(2, "mime", "application/rdf+xml"));
@@ -319,7 +320,7 @@ std::string Picture(const std::vector<std::string>& items) {
   return FileType().Add(meta(start)).Add(Box("mdat", Bytes(items[0] + items[1] + items[2]))).str();
 }
 
-TEST(IsoMediaReader, TakesXMPAndExifFromTheItemsOfPictures) {
+TEST(IsoMediaReader, ReadsXMPAndExifItemsOfImages) {
   TiffBytes t;
   const std::string exif =
       Bytes().U32(6).Text(std::string_view("Exif\0\0", 6)).str() + t.File({t.Ascii(271, "Maker")});
@@ -331,15 +332,15 @@ TEST(IsoMediaReader, TakesXMPAndExifFromTheItemsOfPictures) {
   ReadDamaged(kIsoMediaReader, file);
 
   const auto sample = ReadSample("xmp/bep-multi-xmp.heic");
-  if (!sample) GTEST_SKIP() << "no samples beside the source tree";
+  if (!sample) GTEST_SKIP() << "samples not found";
   EXPECT_NE(ReadWith(kIsoMediaReader, *sample).output.packet.find("GCamera:MotionPhoto"),
             std::string::npos);
 }
 
-TEST(IsoMediaReader, SurvivesDamage) {
+TEST(IsoMediaReader, SurvivesTruncationAndCorruption) {
   const Bytes media = Box("mdat", Bytes().U32(111582));
   ReadDamaged(kIsoMediaReader, FileType().Add(media).Add(Movie(32)).str());
-  // Sizes that lie: below the header's, past the end, past the box around, wrapping.
+  // Invalid sizes: smaller than the header, past the end, past the parent box, wrapping.
   const auto with = [](std::uint64_t size) {
     return ReadWith(kIsoMediaReader, FileType().U32(1).Text("free").U64(size).Add(Movie(32)).str())
         .output.hasNative;
@@ -349,7 +350,7 @@ TEST(IsoMediaReader, SurvivesDamage) {
   EXPECT_TRUE(with(16));
   EXPECT_FALSE(with(UINT64_MAX));
   EXPECT_FALSE(with(UINT64_MAX - 7));
-  // A thousand small boxes far from each other, and as many tracks, cost a bounded number of reads.
+  // A thousand small boxes far apart, and as many tracks, cost a bounded number of reads.
   Bytes scattered = FileType();
   for (int i = 0; i < 200; ++i) scattered.Add(Box("free", Bytes().Fill(70'000)));
   EXPECT_LE(ReadWith(kIsoMediaReader, scattered.str()).reads, 96);
@@ -357,10 +358,10 @@ TEST(IsoMediaReader, SurvivesDamage) {
   ReadWith(kIsoMediaReader, FileType().Add(Box("moov", tracks)).str());
 }
 
-TEST(IsoMediaReader, AgreesWithExiftoolOnSamples) {
+TEST(IsoMediaReader, MatchesExiftoolOnSamples) {
   const auto mov = ReadSample("xmp/exiftool-QuickTime.mov");
   const auto mp4 = ReadSample("xmp/derived-exiftool-xmpDM.mp4");
-  if (!mov || !mp4) GTEST_SKIP() << "no samples beside the source tree";
+  if (!mov || !mp4) GTEST_SKIP() << "samples not found";
   const auto result = ReadWith(kIsoMediaReader, *mov);
   EXPECT_EQ(Facts(result),
             "CreateDate=2005-08-11T14:03:54Z\n"
@@ -374,7 +375,7 @@ TEST(IsoMediaReader, AgreesWithExiftoolOnSamples) {
             "videoFrameSize=320x240 pixel\n"
             "duration=149 @ 1/30\n");
   EXPECT_FALSE(result.output.packet.empty()) << "in the user data";
-  EXPECT_FALSE(ReadWith(kIsoMediaReader, *mp4).output.packet.empty()) << "in a box of its own";
+  EXPECT_FALSE(ReadWith(kIsoMediaReader, *mp4).output.packet.empty()) << "in a separate box";
 }
 
 }  // namespace

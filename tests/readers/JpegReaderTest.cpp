@@ -42,7 +42,7 @@ std::string Main(const std::string& guid) {
          guid + "'/></rdf:RDF>";
 }
 
-TEST(JpegReader, TakesPacketAndExifFromBetweenOtherSegments) {
+TEST(JpegReader, ReadsPacketAndExifAmongOtherSegments) {
   TiffBytes t;
   const std::string file = Jpeg({Segment(0xE0, "JFIF"), Bytes().U8(0xFF), Bytes().U16(0xFF01),
                                  Exif(t.File({t.Ascii(271, "Maker")})), Packet("<first/>"),
@@ -61,41 +61,41 @@ TEST(JpegReader, StopsAtTheScan) {
   EXPECT_EQ(ReadWith(kJpegReader, file).output.packet, "");
 }
 
-TEST(JpegReader, PutsAnExtensionTogetherFromPartsInAnyOrder) {
-  const std::string whole = "<rdf:RDF>the whole of the extension</rdf:RDF>";
-  const std::string guid = Sorvik::foundation::MD5Hex(whole);
-  const std::size_t n = whole.size();
+TEST(JpegReader, JoinsExtendedXMPInAnyOrder) {
+  const std::string full = "<rdf:RDF>the complete extension</rdf:RDF>";
+  const std::string guid = Sorvik::foundation::MD5Hex(full);
+  const std::size_t n = full.size();
   const std::string other(32, 'A');
   const auto extension = [](const std::vector<Bytes>& segments) {
     return ReadWith(kJpegReader, Jpeg(segments)).output.extendedPacket;
   };
-  const Bytes first = Part(guid, n, 0, whole.substr(0, 10));
-  const Bytes second = Part(guid, n, 10, whole.substr(10));
+  const Bytes first = Part(guid, n, 0, full.substr(0, 10));
+  const Bytes second = Part(guid, n, 10, full.substr(10));
 
-  EXPECT_EQ(extension({second, Packet(Main(guid)), Part(other, n, 0, whole), first}), whole);
-  EXPECT_EQ(extension({Packet(Main(guid)), first, first, second}), whole) << "a part twice";
+  EXPECT_EQ(extension({second, Packet(Main(guid)), Part(other, n, 0, full), first}), full);
+  EXPECT_EQ(extension({Packet(Main(guid)), first, first, second}), full) << "duplicate part";
   EXPECT_EQ(extension({Packet(Main(guid)), first}), "") << "a part is missing";
-  EXPECT_EQ(extension({Packet(Main(other)), first, second}), "") << "of another picture";
-  EXPECT_EQ(extension({first, second}), "") << "nothing refers to it";
+  EXPECT_EQ(extension({Packet(Main(other)), first, second}), "") << "of another image";
+  EXPECT_EQ(extension({first, second}), "") << "unreferenced";
   EXPECT_EQ(extension({Packet("not XML"), first, second}), "");
-  EXPECT_EQ(extension({Packet(Main(other)), Part(other, n, 0, whole)}), "") << "wrong digest";
-  EXPECT_EQ(extension({Packet(Main(guid)), first, Part(guid, n, 12, whole.substr(12))}), "")
+  EXPECT_EQ(extension({Packet(Main(other)), Part(other, n, 0, full)}), "") << "wrong digest";
+  EXPECT_EQ(extension({Packet(Main(guid)), first, Part(guid, n, 12, full.substr(12))}), "")
       << "a gap";
 }
 
-TEST(JpegReader, FetchesSegmentsBehindTheHeadInOneRead) {
-  std::string whole(150'000, 'x');
-  const std::string guid = Sorvik::foundation::MD5Hex(whole);
+TEST(JpegReader, ReadsSegmentsAfterTheHeadInOneRead) {
+  std::string full(150'000, 'x');
+  const std::string guid = Sorvik::foundation::MD5Hex(full);
   std::vector<Bytes> segments = {Packet(Main(guid))};
-  for (std::size_t at = 0; at < whole.size(); at += 60'000) {
-    segments.push_back(Part(guid, whole.size(), at, whole.substr(at, 60'000)));
+  for (std::size_t at = 0; at < full.size(); at += 60'000) {
+    segments.push_back(Part(guid, full.size(), at, full.substr(at, 60'000)));
   }
   const auto result = ReadWith(kJpegReader, Jpeg(segments));
-  EXPECT_EQ(result.output.extendedPacket, whole);
+  EXPECT_EQ(result.output.extendedPacket, full);
   EXPECT_EQ(result.reads, 1);
 }
 
-TEST(JpegReader, SurvivesSegmentsThatLie) {
+TEST(JpegReader, SurvivesInvalidSegments) {
   TiffBytes t;
   const std::string good = Jpeg({Exif(t.File({t.Ascii(271, "Maker")})), Packet("<p/>"),
                                  Part(std::string(32, '0'), 4, 0, "part")});
@@ -111,7 +111,7 @@ TEST(JpegReader, SurvivesSegmentsThatLie) {
       Segment(0xE1, std::string("http://ns.adobe.com/xmp/extension/\0", 35) + "0123"));
   ReadWith(kJpegReader, shortPart.str());
   EXPECT_FALSE(ReadWith(kJpegReader, Bytes().U16(0xFFD8).str()).recognised);
-  // Fill bytes without end cost a bounded walk.
+  // Endless fill bytes are bounded.
   EXPECT_LE(ReadWith(kJpegReader, Bytes().U16(0xFFD8).Fill(500'000, 0xFF).str()).reads, 2);
 }
 
@@ -119,7 +119,7 @@ TEST(JpegReader, ReadsSamples) {
   const auto extended = ReadSample("xmp/derived-exiftool-extendedXMP.jpg");
   const auto outOfOrder = ReadSample("xmp/exiftool-ExtendedXMP.jpg");
   const auto camera = ReadSample("xmp/exiftool-ExifTool.jpg");
-  if (!extended || !outOfOrder || !camera) GTEST_SKIP() << "no samples beside the source tree";
+  if (!extended || !outOfOrder || !camera) GTEST_SKIP() << "samples not found";
 
   const auto result = ReadWith(kJpegReader, *extended);
   EXPECT_EQ(result.reads, 1) << "101 kB: the head and the rest";

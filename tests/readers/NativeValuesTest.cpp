@@ -7,7 +7,7 @@ namespace {
 
 using namespace Sorvik::xmp;
 
-TEST(NativeValues, KnowsTheUsualRatesInEveryDress) {
+TEST(NativeValues, NormalisesStandardRates) {
   const Rate ntsc{30000, 1001};
   for (const Rate& rate : {Rate{30000, 1001}, Rate{2997, 100}, Rate{90000, 3003}}) {
     EXPECT_EQ(Normalise(rate), ntsc);
@@ -32,10 +32,10 @@ TEST(NativeValues, CountsTimecode) {
   EXPECT_EQ(text(916813, 25, false), "10:11:12:13");
   EXPECT_EQ(text(2160000, 25, false), "00:00:00:00") << "24 hours";
   EXPECT_EQ(text(UINT64_MAX, 0, true), "00:00:00:00");
-  EXPECT_EQ(text(100, 25, true), "00:00:04:00") << "25 drops nothing";
+  EXPECT_EQ(text(100, 25, true), "00:00:04:00") << "no drop frame at 25";
 }
 
-TEST(NativeValues, RefusesWhatIsNoTime) {
+TEST(NativeValues, RejectsInvalidTimes) {
   using B = std::byte;
   EXPECT_EQ(TimecodeFromBCD({B{0x60}, B{0x82}, B{0x80}, B{0xC0}}), (Timecode{0, 0, 2, 20, true}));
   EXPECT_FALSE(TimecodeFromBCD({B{0xFF}, B{0xFF}, B{0xFF}, B{0xFF}}));

@@ -36,10 +36,10 @@ std::string Length(const ReadResult& result) {
 
 TEST(NonRealTimeMetaReader, ReadsACameraWithASeparateRecorder) {
   const auto xml = ReadSample("xdcam/venice-axs/D001C005_210716AGM01.xml");
-  if (!xml) GTEST_SKIP() << "the samples aren't here";
+  if (!xml) GTEST_SKIP() << "samples not found";
   const ReadResult result = Read(*xml);
   ASSERT_TRUE(result.recognised);
-  EXPECT_FALSE(result.output.nativeTiesWin);
+  EXPECT_FALSE(result.output.nativeIdentityWins);
   EXPECT_EQ(Facts(result),
             "identifier=060A2B340101010501010D4313000000373DE9D2119405DB080046021707296C\n"
             "CreateDate=2021-07-16T11:46:22-08:00\n"
@@ -65,10 +65,10 @@ TEST(NonRealTimeMetaReader, ReadsACameraWithASeparateRecorder) {
   EXPECT_EQ(result.Get(kNsDM, "good"), "");
 }
 
-TEST(NonRealTimeMetaReader, ReadsPlacesAndLeavesOutWhatIsNotSet) {
+TEST(NonRealTimeMetaReader, ReadsPositionsAndOmitsUnsetFacts) {
   const auto a7m4 = ReadSample("xdcam/a7m4/Sony-A7M4-video.XML");
   const auto fx3 = ReadSample("xdcam/fx3-2022-25p/FX3-25p-M01.XML");
-  if (!a7m4 || !fx3) GTEST_SKIP() << "the samples aren't here";
+  if (!a7m4 || !fx3) GTEST_SKIP() << "samples not found";
   const ReadResult first = Read(*a7m4);
   EXPECT_EQ(first.Get(kNsEXIF, "GPSLatitude"), "34,42.33052N");
   EXPECT_EQ(first.Get(kNsEXIF, "GPSLongitude"), "135,29.61012E");
@@ -97,13 +97,13 @@ struct CardClip {
 
 class AX100Clip : public testing::TestWithParam<CardClip> {};
 
-// A camera whose clip XML tells no format: the card's list does.
+// Clip XML without a format: the card's material list contains it.
 TEST_P(AX100Clip, IsCompletedFromTheListOfItsCard) {
   const std::string place = "xdcam/ax100-blog/M4ROOT/";
   const std::string file = "CLIP/" + std::string(GetParam().name) + "M01.XML";
   const auto xml = ReadSample(place + file);
   const auto list = ReadSample(place + "MEDIAPRO.XML");
-  if (!xml || !list) GTEST_SKIP() << "the samples aren't here";
+  if (!xml || !list) GTEST_SKIP() << "samples not found";
   const TempTree tree;
   const std::string path = tree.File(file, *xml);
   const ReadResult alone = Read(*xml, path);
@@ -119,7 +119,7 @@ TEST_P(AX100Clip, IsCompletedFromTheListOfItsCard) {
   EXPECT_EQ(onCard.Field("videoFrameSize", kNsDimensions, "w"), GetParam().size);
   EXPECT_EQ(onCard.Get(kNsDM, "audioSampleType"), "16Int");
   EXPECT_EQ(onCard.Get(kNsDM, "audioChannelType"), "Stereo");
-  EXPECT_EQ(onCard.Get(kNsDM, "good"), "");  // marked OK, which this camera does to every clip
+  EXPECT_EQ(onCard.Get(kNsDM, "good"), "");  // marked OK, which this camera does for every clip
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -175,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(
                     WordCase{"unknown base", "tcFps=\"120\" halfStep=\"false\"", "12030201", "25p",
                              " "}));
 
-TEST(NonRealTimeMetaReader, TakesShapeAndRateFromTexts) {
+TEST(NonRealTimeMetaReader, ReadsAspectAndRateFromTexts) {
   const auto shape = [](std::string_view video, std::string_view more) {
     const ReadResult result =
         Read(Document("<Duration value=\"5\"/><VideoFormat>" + std::string(video) +
@@ -197,7 +197,7 @@ TEST(NonRealTimeMetaReader, TakesShapeAndRateFromTexts) {
                   "<VideoLayout aspectRatio=\"16:9\"/>",
                   ""),
             "720x480 40/33  5 1001/30000");
-  // Slow motion goes by the rate of the format.
+  // Slow motion uses the rate of the format.
   EXPECT_EQ(shape("<VideoFrame captureFps=\"100p\" formatFps=\"25p\"/>", ""),
             "x  Progressive 5 1/25");
   EXPECT_EQ(shape("<VideoFrame formatFps=\"0p\"/>", ""), "x  Progressive  ");
@@ -223,10 +223,10 @@ TEST(NonRealTimeMetaReader, ReadsTitlesAndMarks) {
   const TempTree tree;
   const ReadResult card = Read(Document(texts), tree.Path("BPAV/CLPR/a/aM01.XML"));
   EXPECT_EQ(card.Get(kNsDM, "shotName"), "\xC3\x9C");
-  EXPECT_TRUE(card.output.nativeTiesWin);
+  EXPECT_TRUE(card.output.nativeIdentityWins);
 }
 
-TEST(NonRealTimeMetaReader, ReadsTheListOnlyForWhatIsWanted) {
+TEST(NonRealTimeMetaReader, ReadsTheListOnlyForWantedProperties) {
   const TempTree tree;
   sorvik_test::MakeXDCAMEXCard(tree, "card", {{.name = "T_01"}, {.name = "T_02"}},
                                {{.name = "T", .clips = {"T_01", "T_02"}}});
@@ -243,8 +243,8 @@ TEST(NonRealTimeMetaReader, ReadsTheListOnlyForWhatIsWanted) {
   EXPECT_EQ(relation(WantedProperties::None()), "");
 }
 
-// What a camera left out of its XML comes from the list, whatever else is asked for.
-TEST(NonRealTimeMetaReader, FillsSingleGapsFromTheList) {
+// Facts missing from a clip's XML come from the list, whatever else is wanted.
+TEST(NonRealTimeMetaReader, FillsSingleFactsFromTheList) {
   const TempTree tree;
   tree.File("MEDIAPRO.XML",
             "<MediaProfile><Contents><Material uri=\"./Clip/C1.MXF\" dur=\"75\" ch=\"2\" "
@@ -264,7 +264,7 @@ TEST(NonRealTimeMetaReader, FillsSingleGapsFromTheList) {
   EXPECT_EQ(Length(only("good")), " ");
 }
 
-TEST(NonRealTimeMetaReader, GivesNothingForOtherFiles) {
+TEST(NonRealTimeMetaReader, RejectsOtherFiles) {
   EXPECT_FALSE(Read("").recognised);
   EXPECT_FALSE(Read("<NonRealTimeMetaX/>").recognised);
   EXPECT_FALSE(Read("<!DOCTYPE a><other/>").recognised);

@@ -17,7 +17,7 @@ ReadResult Read(std::string_view xml) {
   return ReadWith(kP2ClipReader, xml, "/card/CONTENTS/CLIP/0001AA.XML");
 }
 
-// A clip with these elements in its ClipContent, with a namespace prefix, of all things.
+// A clip with these elements in its ClipContent, with a namespace prefix.
 std::string Clip(std::string_view content) {
   return "<p:P2Main xmlns:p=\"urn:x\"><ClipContent>" + std::string(content) +
          "</ClipContent></p:P2Main>";
@@ -36,7 +36,7 @@ std::string Item(const ReadResult& result, std::string_view array, int index) {
 
 TEST(P2ClipReader, ReadsAClipOfACamera) {
   const auto xml = ReadSample("p2/template-v3.2/CONTENTS/CLIP/TEMPLATE.XML");
-  if (!xml) GTEST_SKIP() << "the samples aren't here";
+  if (!xml) GTEST_SKIP() << "samples not found";
   std::string filled = *xml;
   for (const auto& [mark, value] : {std::pair("@Duration@", "250"),
                                     {"@StartTimecode@", "10:20:30:24"},
@@ -52,7 +52,7 @@ TEST(P2ClipReader, ReadsAClipOfACamera) {
   const ReadResult result = Read(filled);
   ASSERT_TRUE(result.recognised);
   EXPECT_TRUE(result.output.hasNative);
-  EXPECT_TRUE(result.output.nativeTiesWin);
+  EXPECT_TRUE(result.output.nativeIdentityWins);
   EXPECT_EQ(Facts(result),
             "identifier=@GlobalClipID@\n"
             "CreateDate=2022-03-30T08:57:56+09:00\n"
@@ -79,9 +79,9 @@ TEST(P2ClipReader, ReadsAClipOfACamera) {
 
 TEST(P2ClipReader, LinksTheClipsOfAShot) {
   const auto xml = ReadSample("p2/span-from-public-tests/CONTENTS/CLIP/003876.XML");
-  if (!xml) GTEST_SKIP() << "the samples aren't here";
+  if (!xml) GTEST_SKIP() << "samples not found";
   const ReadResult result = Read(*xml);
-  // The file has no id of the shot, and none is made up.
+  // The file has no id of the shot, and none is invented.
   EXPECT_EQ(Item(result, "relation", 1), "topGlobalClipID:060A2B340101010501010D4313000000AAAA");
   EXPECT_EQ(Item(result, "relation", 2),
             "previousGlobalClipID:060A2B340101010501010D4313000000AAAA");
@@ -97,11 +97,11 @@ TEST(P2ClipReader, LinksTheClipsOfAShot) {
   EXPECT_EQ(Item(shot, "relation", 3), "");
 }
 
-TEST(P2ClipReader, ReadsTheSiblingOfCamerasWithoutCards) {
+TEST(P2ClipReader, ReadsClipMainDocuments) {
   const auto xml = ReadSample("p2/semipro-sibling/GH6-ClipMain.xml");
-  if (!xml) GTEST_SKIP() << "the samples aren't here";
+  if (!xml) GTEST_SKIP() << "samples not found";
   const ReadResult result = Read(*xml);
-  EXPECT_FALSE(result.output.nativeTiesWin);
+  EXPECT_FALSE(result.output.nativeIdentityWins);
   EXPECT_EQ(result.Field("videoFrameSize", kNsDimensions, "w"), "3840");
   EXPECT_EQ(result.Field("duration", kNsDM, "scale"), "1001/120000");
   EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "119.88");
@@ -174,7 +174,7 @@ TEST(P2ClipReader, CountsTimecodeOnItsBase) {
   }
 }
 
-TEST(P2ClipReader, TakesPlacesTolerantly) {
+TEST(P2ClipReader, ParsesPositionsLeniently) {
   const auto place = [](std::string_view latitude, std::string_view longitude) {
     const ReadResult result =
         Read(Clip("<ClipMetadata><Shoot><Location><Altitude>-12.5</Altitude><Latitude>" +
@@ -192,17 +192,17 @@ TEST(P2ClipReader, TakesPlacesTolerantly) {
   EXPECT_EQ(place("34", "1 2 3 4E"), " ");
 }
 
-TEST(P2ClipReader, GivesNothingForOtherFiles) {
+TEST(P2ClipReader, RejectsOtherFiles) {
   for (const std::string& other :
        {std::string(), std::string("P2Main"), std::string("<x/>"), std::string(64, '\xFF'),
         std::string("<?xml version=\"1.0\"?><!-- <P2Main/> --><other/>")}) {
     EXPECT_FALSE(Read(other).recognised) << other;
   }
-  const std::string whole = Clip("<ClipName>x</ClipName>");
-  EXPECT_FALSE(Read(std::string_view(whole).substr(0, whole.size() - 3)).output.hasNative);
+  const std::string full = Clip("<ClipName>x</ClipName>");
+  EXPECT_FALSE(Read(std::string_view(full).substr(0, full.size() - 3)).output.hasNative);
   EXPECT_TRUE(Read("\xEF\xBB\xBF<?xml version=\"1.0\"?>\r\n<!-- a --><P2Main/>").output.hasNative);
   std::string utf16("\xFF\xFE", 2);
-  for (const char c : whole) utf16 += {c, '\0'};
+  for (const char c : full) utf16 += {c, '\0'};
   EXPECT_TRUE(Read(utf16).output.hasNative);
 }
 

@@ -19,7 +19,7 @@ using sorvik_test::TextFacts;
 using sorvik_test::TiffBytes;
 
 Bytes Chunk(const std::string& kind, const std::string& data) {
-  return Bytes().U32(data.size()).Text(kind).Text(data).U32(0);  // the checksum isn't looked at
+  return Bytes().U32(data.size()).Text(kind).Text(data).U32(0);  // the checksum isn't verified
 }
 std::string Png(const std::vector<Bytes>& chunks) {
   Bytes b;
@@ -46,7 +46,7 @@ Bytes Text(const std::string& keyword, const std::string& text) {
 }
 const char kXMP[] = "XML:com.adobe.xmp";
 
-TEST(PngReader, TakesThePacketPlainAndPacked) {
+TEST(PngReader, ReadsPlainAndCompressedPackets) {
   for (const bool packed : {false, true}) {
     const auto result =
         ReadWith(kPngReader, Png({IText(kXMP, "<p/>", packed), IText(kXMP, "2nd")}));
@@ -84,32 +84,37 @@ TEST(PngReader, ReadsTextsTimeAndExif) {
   EXPECT_FALSE(ReadWith(kPngReader, Png({Text("Source", "unknown")})).output.hasNative);
 }
 
-TEST(PngReader, FindsTextsBehindALargePictureInOneRead) {
+TEST(PngReader, FindsTextsAfterALargeImageInOneRead) {
   const Bytes picture = Chunk("IDAT", std::string(300'000, 'p'));
   const auto result = ReadWith(kPngReader, Png({Text("Title", "In front"), picture, picture,
                                                 Text("Author", "Behind"), IText(kXMP, "<p/>")}));
   EXPECT_EQ(result.output.packet, "<p/>");
   EXPECT_EQ(TextFacts(result), "title=In front\ncreator=Behind\n");
   EXPECT_EQ(result.reads, 1);
-  // What looks like a chunk in the picture doesn't lead to the end of the file.
+  // Data inside the image that looks like a chunk doesn't lead to the end of the file.
   const Bytes false1 = Chunk("IDAT", std::string(300'000, 'p') + IText(kXMP, "<no/>").str());
   EXPECT_EQ(ReadWith(kPngReader, Png({false1})).output.packet, "");
 }
 
-TEST(PngReader, SurvivesDamage) {
+TEST(PngReader, SurvivesTruncationAndCorruption) {
   ReadDamaged(kPngReader, Png({IText(kXMP, "<p/>", true), Text("Title", "T"), Chunk("tIME", "123"),
                                Chunk("eXIf", "MM")}));
-  // A packed text that would fill the memory is dropped.
+  // A compressed text that expands to 64 MiB is dropped.
   const auto bomb = Png({IText("Title", std::string(std::size_t{64} << 20, 'x'), true)});
   EXPECT_LT(bomb.size(), 100'000u);
   EXPECT_EQ(TextFacts(ReadWith(kPngReader, bomb)), "");
-  // Texts without a NUL, chunks of which the length runs past the end.
+  // Texts without a NUL, chunks whose length exceeds the file.
   EXPECT_EQ(TextFacts(ReadWith(kPngReader, Png({Chunk("tEXt", "Title"), Chunk("iTXt", "Title")}))),
             "");
-  Bytes lies;
-  lies.Hex("89 504E47 0D0A 1A 0A").U32(0xFFFFFFF0).Text("tEXtTitle").U8(0).Text("T").Fill(70'000);
-  EXPECT_EQ(TextFacts(ReadWith(kPngReader, lies.str())), "");
-  // A tail full of chunks that lead nowhere.
+  Bytes damaged;
+  damaged.Hex("89 504E47 0D0A 1A 0A")
+      .U32(0xFFFFFFF0)
+      .Text("tEXtTitle")
+      .U8(0)
+      .Text("T")
+      .Fill(70'000);
+  EXPECT_EQ(TextFacts(ReadWith(kPngReader, damaged.str())), "");
+  // A tail full of chunks that don't lead to the end.
   Bytes chain;
   chain.Add(Chunk("IDAT", std::string(70'000, 'p')));
   for (int i = 0; i < 6000; ++i) chain.Add(Chunk("tEXt", ""));
@@ -119,7 +124,7 @@ TEST(PngReader, SurvivesDamage) {
 TEST(PngReader, ReadsSamples) {
   for (const char* name : {"xmp/derived-exiftool-xmpDM.png", "xmp/exiftool-PNG.png"}) {
     const auto bytes = ReadSample(name);
-    if (!bytes) GTEST_SKIP() << "no samples beside the source tree";
+    if (!bytes) GTEST_SKIP() << "samples not found";
     const auto result = ReadWith(kPngReader, *bytes);
     EXPECT_NE(result.output.packet.find("<rdf:RDF"), std::string::npos) << name;
     EXPECT_EQ(result.reads, 0);

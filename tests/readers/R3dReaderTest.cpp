@@ -29,7 +29,7 @@ Bytes Directory() {
   b.Add(Entry(0x1019, Bytes("A"))).Add(Entry(0x101A, Bytes("001")));  // camera, reel
   b.Add(Entry(0x101B, Bytes("002")));                                 // take
   b.Add(Entry(0x1025, Bytes("30.7.0")));                              // firmware
-  b.Add(Entry(0x1036, Bytes("16:9")));                                // shape of the frame
+  b.Add(Entry(0x1036, Bytes("16:9")));                                // display aspect
   b.Add(Entry(0x1071, Bytes("RED ONE")));                             // model
   return b.Add(Entry(0x200D, Bytes().U32(0x45AF0000)));               // 5600.0 kelvin
 }
@@ -97,9 +97,9 @@ TEST(R3dReader, ReadsTheEndOfALargeSegmentOnlyForItsDuration) {
     return ReadWith(kR3dReader, FirstGeneration(end, count).str())
         .Field("duration", kNsDM, "value");
   };
-  EXPECT_EQ(frames("REDA", 48), "") << "a segment that was cut off";
+  EXPECT_EQ(frames("REDA", 48), "") << "a truncated segment";
   EXPECT_EQ(frames("REOS", 0), "");
-  EXPECT_EQ(frames("REOS", 0x10000000), "") << "more frames than the file can hold";
+  EXPECT_EQ(frames("REOS", 0x10000000), "") << "more frames than fit into the file";
 }
 
 TEST(R3dReader, ReadsTheSecondGeneration) {
@@ -110,18 +110,18 @@ TEST(R3dReader, ReadsTheSecondGeneration) {
   EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "23.976");
   EXPECT_EQ(result.Field("videoFrameSize", kNsDimensions, "w"), "5120");
   EXPECT_EQ(result.Get(kNsDM, "videoPixelAspectRatio"), "89/100")
-      << "the frame of 16:9 is far from the shape of its pixels";
+      << "the display aspect 16:9 differs from that of the stored size";
   EXPECT_EQ(result.Get(kNsAux, "SerialNumber"), "102-1AB-234");
   EXPECT_EQ(result.Field("duration", kNsDM, "value"), "");
 }
 
-TEST(R3dReader, FindsADirectoryThatStandsElsewhere) {
+TEST(R3dReader, FindsADirectoryAtAnotherOffset) {
   Bytes moved;
   moved.U32(1160).Text("RED2").PadTo(0x300).Add(Directory()).PadTo(1160);
   EXPECT_EQ(ReadWith(kR3dReader, moved.str()).Get(kNsTIFF, "Model"), "RED ONE");
 }
 
-TEST(R3dReader, TakesThePacketOfTheLooksBesideTheClip) {
+TEST(R3dReader, ReadsThePacketOfTheRmdFile) {
   TempTree tree;
   const std::string segment = tree.File("A001_C002_0304ZZ_002.R3D", FirstGeneration().str());
   EXPECT_EQ(ReadWith(kR3dReader, FirstGeneration().str(), segment).output.packet, "");
@@ -136,16 +136,16 @@ TEST(R3dReader, TakesThePacketOfTheLooksBesideTheClip) {
   EXPECT_EQ(ReadWith(kRmdReader, "<rdf:RDF>text", path).output.packet, "");
 }
 
-TEST(R3dReader, SurvivesDamage) {
+TEST(R3dReader, SurvivesTruncationAndCorruption) {
   ReadDamaged(kR3dReader, FirstGeneration().str());
   ReadDamaged(kR3dReader, SecondGeneration().str());
 }
 
-TEST(R3dReader, AgreesWithExiftoolOnSamples) {
+TEST(R3dReader, MatchesExiftoolOnSamples) {
   const auto camera = ReadSample("red/exiftool-Red.r3d");
   const auto first = ReadSample("red/synthetic-RED1-2frames.r3d");
-  if (!camera || !first) GTEST_SKIP() << "no samples beside the source tree";
-  // The identifier is ours: the bytes that all blocks of the recording have.
+  if (!camera || !first) GTEST_SKIP() << "samples not found";
+  // Our own identifier: the bytes that are equal in all blocks of the recording.
   EXPECT_EQ(Facts(ReadWith(kR3dReader, *camera)),
             "identifier=0acb842967bb46f68555cffce5f0777b02b094cb1c33433ca22a8d3adbd2cc93\n"
             "CreateDate=2016-01-18T21:35:55\n"

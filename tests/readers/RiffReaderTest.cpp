@@ -56,8 +56,8 @@ Bytes WaveFormat(unsigned tag, unsigned channels, std::uint32_t rate, unsigned b
   return b.U16LE(channels * bits / 8).U16LE(bits);
 }
 
-std::string Avi(const std::vector<Bytes>& behind = {}) {
-  // Properties of the picture: the shape of the frame is 16:9.
+std::string Avi(const std::vector<Bytes>& trailing = {}) {
+  // Video properties: the display aspect is 16:9.
   const Bytes properties = Chunk("vprp", Bytes().Fill(20).U32LE(16 << 16 | 9).Fill(12));
   std::vector<Bytes> chunks = {
       List("hdrl", {MainHeader(40000, 100),
@@ -67,7 +67,7 @@ std::string Avi(const std::vector<Bytes>& behind = {}) {
                     Chunk("IDIT", Bytes("Wed Mar  3 05:06:07 2021\n")),
                     List("odml", {Chunk("dmlh", Bytes().U32LE(250))})}),
       List("movi", {Chunk("00dc", Bytes().Fill(101))})};
-  chunks.insert(chunks.end(), behind.begin(), behind.end());
+  chunks.insert(chunks.end(), trailing.begin(), trailing.end());
   return Riff("AVI ", chunks);
 }
 
@@ -86,10 +86,10 @@ TEST(RiffReader, ReadsAnAviHeader) {
             "audioCompressor=PCM\n"
             "videoFrameSize=720x576 pixel\n"
             "duration=250 @ 1/25\n")
-      << "the frames of all parts; rows that run from the top have a negative height";
+      << "the frames of all RIFF chunks; top-down rows have a negative height";
 }
 
-TEST(RiffReader, ReadsTextsAndPacketBehindTheMedia) {
+TEST(RiffReader, ReadsTextsAndPacketAfterTheMedia) {
   const std::string file =
       Avi({Chunk("idx1", Bytes().Fill(120'000)), Chunk("_PMX", Bytes("<p/>")),
            List("INFO", {Chunk("INAM", Bytes("Title").U8(0)), Chunk("IART", Bytes("Artist")),
@@ -114,13 +114,13 @@ TEST(RiffReader, ReadsTextsAndPacketBehindTheMedia) {
   EXPECT_EQ(result.reads, 1);
 }
 
-TEST(RiffReader, GoesOnInFurtherParts) {
+TEST(RiffReader, ReadsFurtherRiffChunks) {
   const std::string file =
       Avi() + List("AVIX", {List("movi", {}), Chunk("_PMX", Bytes("<p/>"))}, "RIFF").str();
   EXPECT_EQ(ReadWith(kRiffReader, file).output.packet, "<p/>");
 }
 
-TEST(RiffReader, UnderstandsTheDatesOfCameras) {
+TEST(RiffReader, ParsesDatesOfCameras) {
   const auto date = [](const std::string& text) {
     return ReadWith(kRiffReader, Riff("AVI ", {List("hdrl", {Chunk("IDIT", Bytes(text))})}))
         .Get(kNsXMP, "CreateDate");
@@ -176,10 +176,10 @@ TEST(RiffReader, ReadsABroadcastWave) {
             "takeNumber=3\n"
             "good=True\n"
             "logComment=loud\n");
-  EXPECT_EQ(result.reads, 1) << "what stands behind the sound";
+  EXPECT_EQ(result.reads, 1) << "the chunks after the audio";
 }
 
-TEST(RiffReader, TakesTheTimeStampOfIXMLAndRefusesOthers) {
+TEST(RiffReader, ReadsTheTimeStampOfIXML) {
   const auto start = [](const std::string& speed) {
     return ReadWith(kRiffReader, Wave("<BWFXML><SPEED>" + speed + "</SPEED></BWFXML>"))
         .Field("startTimecode", kNsDM, "timeValue");
@@ -193,7 +193,7 @@ TEST(RiffReader, TakesTheTimeStampOfIXMLAndRefusesOthers) {
   EXPECT_EQ(ReadWith(kRiffReader, Wave("<BWFXML><TAPE>no end")).Get(kNsDM, "tapeName"), "");
 }
 
-TEST(RiffReader, FindsChunksBehindTheLongSoundOfRF64) {
+TEST(RiffReader, FindsChunksAfterTheAudioOfRF64) {
   Bytes b;
   b.Text("RF64").U32LE(0xFFFFFFFF).Text("WAVE");
   b.Add(Chunk("ds64", Bytes().U32LE(0).U32LE(0).U32LE(4000).U32LE(0).U32LE(0).U32LE(0)));
@@ -215,12 +215,12 @@ TEST(RiffReader, ReadsWebP) {
   EXPECT_EQ(Facts(result), "Make=Maker\n");
 }
 
-TEST(RiffReader, SurvivesDamage) {
+TEST(RiffReader, SurvivesTruncationAndCorruption) {
   ReadDamaged(kRiffReader, Avi({List("INFO", {Chunk("INAM", Bytes("T"))})}));
   ReadDamaged(kRiffReader,
               Riff("WAVE", {Chunk("fmt ", WaveFormat(0xFFFE, 2, 48000, 24)),
                             Chunk("bext", Bytes("short")), Chunk("data", Bytes("x"))}));
-  // Empty chunks without end, and lists in lists.
+  // Endless empty chunks, and nested lists.
   Bytes empty;
   for (int i = 0; i < 50'000; ++i) empty.Text("JUNK").U32LE(0);
   ReadWith(kRiffReader, Riff("AVI ", {empty}));
@@ -229,11 +229,11 @@ TEST(RiffReader, SurvivesDamage) {
   ReadWith(kRiffReader, Riff("AVI ", {nested}));
 }
 
-TEST(RiffReader, AgreesWithExiftoolOnSamples) {
+TEST(RiffReader, MatchesExiftoolOnSamples) {
   const auto camera = ReadSample("xmp/exiftool-RIFF.avi");
   const auto dv = ReadSample("hdv/SYNTHETIC/dv-type2-ntsc-synthetic.avi");
   const auto webp = ReadSample("xmp/exiftool-RIFF.webp");
-  if (!camera || !dv || !webp) GTEST_SKIP() << "no samples beside the source tree";
+  if (!camera || !dv || !webp) GTEST_SKIP() << "samples not found";
   const auto result = ReadWith(kRiffReader, *camera);
   EXPECT_EQ(Facts(result),
             "CreateDate=2003-03-10T15:04:43\n"
@@ -250,19 +250,19 @@ TEST(RiffReader, AgreesWithExiftoolOnSamples) {
   EXPECT_FALSE(result.output.packet.empty());
   EXPECT_FALSE(ReadWith(kRiffReader, *webp).output.packet.empty());
 
-  // The first frame tells the shape of pixels and the order of fields, but is read only if asked.
+  // The first frame contains pixel aspect and field order, but is read only if they are wanted.
   EXPECT_EQ(ReadWith(kRiffReader, *dv).Get(kNsDM, "videoPixelAspectRatio"), "10/11");
   WantedProperties wanted = WantedProperties::None();
   wanted.Add(kNsDM, "duration");
   const auto plain = ReadWith(kRiffReader, *dv, {}, wanted);
-  EXPECT_EQ(plain.Get(kNsDM, "videoPixelAspectRatio"), "8/9") << "as the header has it";
+  EXPECT_EQ(plain.Get(kNsDM, "videoPixelAspectRatio"), "8/9") << "from the header";
   EXPECT_EQ(plain.Field("duration", kNsDM, "value"), "3");
 }
 
-// The oldest form of DV in AVI has one stream, whose frames hold the sound.
-TEST(RiffReader, FindsSoundInFramesByWhicheverFactIsAsked) {
+// Type 1 DV in AVI has one stream, whose frames contain the audio.
+TEST(RiffReader, ReadsAudioOfFramesForAnyWantedFact) {
   const auto frames = ReadSample("hdv/SYNTHETIC/raw-pal-16x9-synthetic.dv");
-  if (!frames) GTEST_SKIP() << "no samples beside the source tree";
+  if (!frames) GTEST_SKIP() << "samples not found";
   const std::string file =
       Riff("AVI ", {List("hdrl", {MainHeader(40000, 1), Stream("iavs", "dvsd", 1, 25, 1, {}),
                                   Stream("vids", "dvsd", 1, 25, 1, {Bitmap(720, 576, "dvsd")})}),

@@ -36,14 +36,14 @@ TEST(RmfReader, ReadsAFrame) {
   EXPECT_EQ(ReadWith(kRmfReader, Frame("Canonet").str()).Get(kNsTIFF, "Model"), "Canonet");
 }
 
-TEST(RmfReader, SurvivesDamage) {
+TEST(RmfReader, SurvivesTruncationAndCorruption) {
   ReadDamaged(kRmfReader, Frame("EOS").str());
   EXPECT_FALSE(ReadWith(kRmfReader, "XPD").recognised);
 }
 
 TEST(RmfReader, ReadsASample) {
   const auto bytes = ReadSample("rmf/synthetic-XPDS.rmf");
-  if (!bytes) GTEST_SKIP() << "no samples beside the source tree";
+  if (!bytes) GTEST_SKIP() << "samples not found";
   const auto result = ReadWith(kRmfReader, *bytes);
   EXPECT_EQ(result.Field("videoFrameSize", kNsDimensions, "w"), "4096");
   EXPECT_EQ(result.Get(kNsTIFF, "Model"), "EOS C500");

@@ -78,12 +78,12 @@ TEST(TiffReader, ReadsTagsInBothByteOrders) {
   }
 }
 
-TEST(TiffReader, TakesThePacketOfTag700) {
+TEST(TiffReader, ReadsThePacketOfTag700) {
   TiffBytes t;
   for (const std::uint16_t type : {std::uint16_t{1}, std::uint16_t{7}}) {
     const auto result = ReadWith(kTiffReader, t.File({t.Raw(700, type, "<x:xmpmeta/>")}));
     EXPECT_EQ(result.output.packet, "<x:xmpmeta/>");
-    EXPECT_FALSE(result.output.hasNative) << "a packet is no native metadata";
+    EXPECT_FALSE(result.output.hasNative) << "a packet is not native metadata";
   }
 }
 
@@ -91,7 +91,7 @@ TEST(TiffReader, ReadsADirectoryAtTheEndOfALargeFileInOneRead) {
   TiffBytes t;
   Bytes file(t.File({t.Ascii(271, "Maker of cameras"), t.Raw(700, 1, std::string(500, 'x'))}));
   constexpr std::uint32_t kFar = 3'000'000;
-  // The same directory, moved with its values behind the pixels.
+  // The same directory, moved with its values after the pixels.
   Bytes far;
   far.Text("MM").U16(42).U32(kFar).PadTo(kFar);
   far.U16(2);
@@ -110,13 +110,13 @@ TEST(TiffReader, ReadsBigTiff) {
   b.Text("MM").U16(43).U16(8).U16(0).U64(16);      // version, size of offsets, first directory
   b.U64(2);                                        // entries
   b.U16(271).U16(2).U64(6).Text("Maker").Fill(3);  // in place
-  b.U16(305).U16(2).U64(10).U64(16 + 8 + 40 + 8);  // behind
+  b.U16(305).U16(2).U64(10).U64(16 + 8 + 40 + 8);  // elsewhere
   b.U64(0).Text("Long Tool").U8(0);
   EXPECT_EQ(Facts(ReadWith(kTiffReader, b.str())),
             "CreatorTool=Long Tool\nMake=Maker\nsoftware=Long Tool\n");
 }
 
-// A frame as a cinema camera writes it, its raw picture in the first directory.
+// A frame as written by a cinema camera, with the raw image in the first directory.
 std::vector<TiffEntry> CinemaTags(const TiffBytes& t) {
   return {
       t.Long(254, 0),                               // NewSubfileType: main picture
@@ -156,11 +156,11 @@ TEST(TiffReader, ReadsACinemaDNGFrame) {
             "WhiteBalance=As Shot\n"
             "videoFrameSize=1920x1080 pixel\n"
             "startTimecode=01;02;03;04 2997DropTimecode\n")
-      << "and no duration: one frame is no clip";
+      << "no duration for a single frame";
   EXPECT_EQ(TextFacts(result), "camera=A CAM\ntapeName=A001\n");
 }
 
-TEST(TiffReader, FindsTheRawPictureBehindAThumbnail) {
+TEST(TiffReader, FindsTheRawImageAfterAThumbnail) {
   TiffBytes t;
   const auto result = ReadWith(
       kTiffReader,
@@ -174,7 +174,7 @@ TEST(TiffReader, FindsTheRawPictureBehindAThumbnail) {
   EXPECT_EQ(result.Get(kNsTIFF, "Model"), "Model of body");
 }
 
-TEST(TiffReader, DropsValuesThatCannotBe) {
+TEST(TiffReader, DropsInvalidValues) {
   TiffBytes t;
   auto tags = CinemaTags(t);
   const auto with = [&](const TiffEntry& entry) {
@@ -194,12 +194,13 @@ TEST(TiffReader, DropsValuesThatCannotBe) {
   EXPECT_EQ(with(t.Ratios(50718, {{1, 1}, {0, 0}})).Get(kNsDM, "videoPixelAspectRatio"), "");
 }
 
-TEST(TiffReader, SurvivesHostileDirectories) {
+TEST(TiffReader, SurvivesInvalidDirectories) {
   const std::string good = ExifFile(true);
   for (std::size_t size = 0; size < good.size(); ++size) {
     ReadWith(kTiffReader, good.substr(0, size));
   }
-  // Entries that lie: type 0, count 0, count whose size wraps, value past the end, then a good one.
+  // Invalid entries: type 0, count 0, a count whose size wraps, a value past the end; then a valid
+  // one.
   Bytes b;
   b.Text("MM").U16(42).U32(8).U16(6);
   b.U16(270).U16(0).U32(1).U32(0);
@@ -211,7 +212,7 @@ TEST(TiffReader, SurvivesHostileDirectories) {
   EXPECT_EQ(Facts(ReadWith(kTiffReader, Bytes(b).U8(0).U32(0).str())), "Make=Mak\n");
   EXPECT_EQ(Facts(ReadWith(kTiffReader, b.str())), "") << "the last entry is one byte short";
 
-  // Sub-directories that point at themselves, sixteen times, and 65,535 entries.
+  // Sixteen sub-directories that point at themselves, and 65,535 entries.
   TiffBytes t;
   std::string offsets;
   for (int i = 0; i < 100; ++i) offsets += Bytes().U32(8).str();
@@ -226,9 +227,9 @@ struct SampleFrame {
   const char* facts;
 };
 
-TEST(TiffReader, AgreesWithExiftoolOnSamples) {
-  // Against what exiftool 12.57 says. Differences: the size is the crop that is to be shown, and a
-  // rate is rounded to 3 decimals.
+TEST(TiffReader, MatchesExiftoolOnSamples) {
+  // Compared with the output of exiftool 12.57. Known differences: the size is the crop to be
+  // shown, and a rate is rounded to 3 decimals.
   const SampleFrame kFrames[] = {
       {"dng/gen-mlvfs-header-23976.dng",
        "CreateDate=2021-03-04T05:06:07\n"
@@ -283,7 +284,7 @@ TEST(TiffReader, AgreesWithExiftoolOnSamples) {
   };
   for (const SampleFrame& frame : kFrames) {
     const auto bytes = ReadSample(frame.name);
-    if (!bytes) GTEST_SKIP() << "no samples beside the source tree";
+    if (!bytes) GTEST_SKIP() << "samples not found";
     EXPECT_EQ(Facts(ReadWith(kTiffReader, *bytes)), frame.facts) << frame.name;
   }
 }

@@ -16,7 +16,7 @@ using sorvik_test::Facts;
 using sorvik_test::ReadSample;
 using sorvik_test::ReadWith;
 
-// A sequence parameter set of a camera: 1920x1080, 25 frames, interlaced.
+// A camera's sequence parameter set: 1920x1080, 25 frames, interlaced.
 constexpr char kSPS[] =
     "27640028AD002DB01E0111F7808800000300080000030197260000A4CB800107AD078C19300005265C00083D683C60"
     "5000";
@@ -27,7 +27,7 @@ Bytes Hex(std::string_view digits) {
   return b.Hex(digits);
 }
 
-// Writes packets of one file, counting nothing: continuity counters aren't looked at.
+// Writes the packets of one file. Continuity counters stay 0, as the reader ignores them.
 class StreamMaker {
  public:
   explicit StreamMaker(bool prefixed = true) : prefixed_(prefixed) {}
@@ -37,7 +37,7 @@ class StreamMaker {
     std::size_t at = 0;
     do {
       const std::size_t part = std::min<std::size_t>(payload.size() - at, 184);
-      if (prefixed_) bytes_.U32(0x47474747);  // arrival time, with sync bytes to mislead
+      if (prefixed_) bytes_.U32(0x47474747);  // arrival time that consists of sync bytes
       bytes_.U8(0x47).U16((at == 0 ? 0x4000 : 0) | pid);
       if (part == 184) {
         bytes_.U8(0x10);
@@ -88,7 +88,7 @@ Bytes AvchdStreams() {
   return b;
 }
 
-// Puts a 3 wherever two zeros would make a start code of what follows.
+// Inserts emulation prevention bytes.
 Bytes Escaped(const Bytes& payload) {
   Bytes b;
   int zeros = 0;
@@ -136,7 +136,7 @@ std::string MakeAvchd(const std::vector<std::string>& tags, std::size_t padding 
   stream.Add(0x1011, picture(214772));
   stream.Add(0x1100, Pes(0xBD, 207572, ac3));
   if (padding != 0) stream.Add(0x1FFF, Bytes().Fill(padding));
-  stream.Add(0x1011, picture(207572));  // shown before the first
+  stream.Add(0x1011, picture(207572));  // displayed before the first one
   if (padding != 0) stream.Add(0x1FFF, Bytes().Fill(padding));
   stream.Add(0x1011, picture(207572 + 3600 * 35));
   return stream.str();
@@ -169,7 +169,7 @@ TEST(TransportStreamReader, ReadsAnAvchdStream) {
             "duration=36 @ 1/25\n");
 }
 
-TEST(TransportStreamReader, ReadsNoMoreThanWhatIsWanted) {
+TEST(TransportStreamReader, ReadsOnlyForWantedProperties) {
   const std::string file = MakeAvchd(kTags, 500'000);
   const auto all = ReadWith(kTransportStreamReader, file);
   EXPECT_EQ(all.reads, 2) << "further pictures for the earliest time stamp, and the tail";
@@ -181,7 +181,7 @@ TEST(TransportStreamReader, ReadsNoMoreThanWhatIsWanted) {
   EXPECT_EQ(ReadWith(kTransportStreamReader, file, {}, wanted).reads, 0);
 }
 
-TEST(TransportStreamReader, LooksFurtherForARecordingBlock) {
+TEST(TransportStreamReader, ReadsALongerHeadForTheRecordingBlock) {
   StreamMaker stream;
   stream.AddProgram(0x48444D56, AvchdStreams());
   stream.Add(0x1011, Pes(0xE0, 1000, Picture({})));
@@ -194,8 +194,8 @@ TEST(TransportStreamReader, LooksFurtherForARecordingBlock) {
   EXPECT_EQ(result.Get(kNsTIFF, "Make"), "Sony");
 }
 
-// All facts of a camera come late in this file: each is found by itself.
-TEST(TransportStreamReader, FindsEachFactByItself) {
+// All facts of this camera are late in the file; each is found independently.
+TEST(TransportStreamReader, FindsEachFactIndependently) {
   std::vector<std::string> tags = kTags;
   tags.insert(tags.begin() + 3, "A8 00000000");  // white balance automatic
   StreamMaker stream;
@@ -216,7 +216,7 @@ TEST(TransportStreamReader, FindsEachFactByItself) {
   }
 }
 
-TEST(TransportStreamReader, TakesAudioFromTheProgramWhereItLiesFurtherOn) {
+TEST(TransportStreamReader, ReadsAudioFromTheProgramDescriptors) {
   StreamMaker stream;
   Bytes streams;
   streams.U8(0x1B).U16(0xF011).U16(0xF00A).Hex("0508 48444D56 FF1B433F");
@@ -232,7 +232,7 @@ TEST(TransportStreamReader, TakesAudioFromTheProgramWhereItLiesFurtherOn) {
   EXPECT_EQ(result.Get(kNsDM, "audioChannelType"), "Stereo");
 }
 
-TEST(TransportStreamReader, KeepsNoPositionWithoutAFix) {
+TEST(TransportStreamReader, DropsPositionsWithoutAFix) {
   auto tags = kTags;
   for (auto& tag : tags) {
     if (tag.starts_with("BE")) tag = "BE 56000000";
@@ -242,7 +242,7 @@ TEST(TransportStreamReader, KeepsNoPositionWithoutAFix) {
   const auto result = ReadWith(kTransportStreamReader, MakeAvchd(tags));
   EXPECT_EQ(result.Get(kNsEXIF, "GPSLatitude"), "");
   EXPECT_EQ(result.Get(kNsDM, "shotDate"), "2021-01-17T17:33:17") << "zone not set";
-  EXPECT_EQ(result.Get(kNsTIFF, "Model"), "") << "other makers write other things there";
+  EXPECT_EQ(result.Get(kNsTIFF, "Model"), "") << "the tag has another meaning for other makers";
 }
 
 // HDV: bare packets, MPEG-2 video, layer II audio, auxiliary records.
@@ -291,7 +291,8 @@ TEST(TransportStreamReader, ReadsAnHdvStream) {
   const auto named = ReadWith(kTransportStreamReader, MakeHdv({"FF FF FF FF FF FF FF FF FF FF FF"}),
                               "/c/VIDEO/HVR/00_0001_2009-03-14_101530.M2T");
   EXPECT_EQ(named.Get(kNsDM, "shotDate"), "2009-03-14T10:15:30");
-  EXPECT_EQ(named.Field("startTimecode", kNsDM, "timeValue"), "01;02;03;04") << "of the group";
+  EXPECT_EQ(named.Field("startTimecode", kNsDM, "timeValue"), "01;02;03;04")
+      << "of the group of pictures";
   const auto yearless =
       ReadWith(kTransportStreamReader, MakeHdv({"60 07 06 C5 FF 30 01 FF FF 29 15 10"}));
   EXPECT_EQ(yearless.Get(kNsDM, "shotDate"), "");
@@ -305,7 +306,7 @@ Bytes MakeClipInfo(std::uint32_t start, std::uint32_t end) {
   return b.U16(0x1001).U32(0).U32(start).U32(end);  // PCR, start, presentation
 }
 
-TEST(ClipInfo, SumsItsSequencesAndRefusesLies) {
+TEST(ClipInfo, SumsSequencesAndRejectsInvalidFiles) {
   const Bytes info = MakeClipInfo(27'000'000, 28'355'103);
   EXPECT_EQ(ReadClipLength(info.Reader()), 1'355'103u);
   EXPECT_FALSE(ReadClipLength(MakeClipInfo(5, 5).Reader()));
@@ -314,17 +315,17 @@ TEST(ClipInfo, SumsItsSequencesAndRefusesLies) {
     const Bytes cut = info.Cut(size);
     EXPECT_FALSE(ReadClipLength(cut.Reader())) << size;
   }
-  Bytes lie = info;
-  lie.Set(8, 0xFFFFFFFF, 4);
-  EXPECT_FALSE(ReadClipLength(lie.Reader()));
+  Bytes invalid = info;
+  invalid.Set(8, 0xFFFFFFFF, 4);
+  EXPECT_FALSE(ReadClipLength(invalid.Reader()));
   const auto disc = ReadSample("avchd/agentjp-bdinfo-rs/BigBuckBunny/BDMV/CLIPINF/00000.clpi");
-  if (!disc) GTEST_SKIP() << "samples aren't there";
+  if (!disc) GTEST_SKIP() << "samples not found";
   EXPECT_EQ(ReadClipLength(Sorvik::foundation::ReaderOf(*disc)), 1'355'103u);
 }
 
-TEST(TransportStreamReader, TakesFromTheCardWhatTheStreamLacks) {
+TEST(TransportStreamReader, FillsMissingFactsFromTheCard) {
   const auto playlist = ReadSample("avchd/ElishaAz-AVCHD-Converter/files/00002.MPL");
-  if (!playlist) GTEST_SKIP() << "samples aren't there";
+  if (!playlist) GTEST_SKIP() << "samples not found";
   sorvik_test::TempTree tree;
   const Sorvik::foundation::CallScope scope;
   tree.File("BDMV/PLAYLIST/00002.MPL", *playlist);
@@ -338,64 +339,65 @@ TEST(TransportStreamReader, TakesFromTheCardWhatTheStreamLacks) {
   EXPECT_EQ(head.Field("startTimecode", kNsDM, "timeValue"), "17:43:33:00");
   EXPECT_EQ(head.Field("duration", kNsDM, "value"), "17718") << "708.708 s at 25";
   const auto later = read("00015.MTS");
-  EXPECT_EQ(later.Get(kNsDM, "shotDate"), "") << "told of the head alone";
+  EXPECT_EQ(later.Get(kNsDM, "shotDate"), "") << "known for the first file only";
   EXPECT_EQ(later.Get(kNsTIFF, "Make"), "Sony");
   tree.File("BDMV/CLIPINF/00015.CPI", MakeClipInfo(45000, 90000).str());
   EXPECT_EQ(read("00015.MTS").Field("duration", kNsDM, "value"), "25");
   tree.File("BDMV/CLIPINF/00016.CLP", MakeClipInfo(45000, 90000).str());
   EXPECT_EQ(read("00016.MTS").Field("duration", kNsDM, "value"), "25");
-  EXPECT_EQ(read("00099.MTS").Field("duration", kNsDM, "value"), "36") << "by its time stamps";
+  EXPECT_EQ(read("00099.MTS").Field("duration", kNsDM, "value"), "36") << "from the time stamps";
 }
 
-TEST(TransportStreamReader, StandsBadStreams) {
+TEST(TransportStreamReader, SurvivesInvalidStreams) {
   const auto read = [](const std::string& bytes) {
     return ReadWith(kTransportStreamReader, bytes, "/card/BDMV/STREAM/00001.MTS");
   };
   EXPECT_FALSE(read("").recognised);
   EXPECT_FALSE(read(std::string(300'000, '\0')).recognised);
-  EXPECT_FALSE(read("G" + std::string(250, 'x')).recognised) << "a text that begins with G";
+  EXPECT_FALSE(read("G" + std::string(250, 'x')).recognised) << "text that begins with G";
   std::string noise(300'000, '\0');
   std::uint32_t state = 1;
   for (char& c : noise) c = static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
   EXPECT_FALSE(read(noise).recognised);
-  // Packets without content, and one that is still being written.
+  // Packets without payload, and a file that is still being written.
   StreamMaker empty;
   for (int i = 0; i < 20; ++i) empty.Add(0x1FFF, Bytes().Fill(184));
   EXPECT_FALSE(read(empty.str()).output.hasNative);
   const std::string growing = MakeAvchd(kTags) + std::string(2'000'000, '\0');
-  EXPECT_EQ(read(growing).Field("duration", kNsDM, "value"), "") << "no last time stamp yet";
+  EXPECT_EQ(read(growing).Field("duration", kNsDM, "value"), "")
+      << "the last time stamp is missing";
   EXPECT_EQ(read(growing).Get(kNsDM, "videoFrameRate"), "25");
-  // Begins inside a packet.
+  // Starts in the middle of a packet.
   EXPECT_EQ(read(MakeAvchd(kTags).substr(101)).recognised, true);
 }
 
-TEST(TransportStreamReader, StandsCutsAndLies) {
-  for (const std::string& whole : {MakeAvchd(kTags), MakeHdv({"60 07 06 C5 FF 30 01 14 FF 29"})}) {
-    for (std::size_t size = 0; size < whole.size(); size += 7) {
-      EXPECT_EQ(ReadWith(kTransportStreamReader, whole.substr(0, size)).reads, 0);
+TEST(TransportStreamReader, SurvivesTruncationAndCorruption) {
+  for (const std::string& full : {MakeAvchd(kTags), MakeHdv({"60 07 06 C5 FF 30 01 14 FF 29"})}) {
+    for (std::size_t size = 0; size < full.size(); size += 7) {
+      EXPECT_EQ(ReadWith(kTransportStreamReader, full.substr(0, size)).reads, 0);
     }
-    for (std::size_t at = 0; at < whole.size(); ++at) {
-      for (const char lie : {'\xFF', '\0', '\x47'}) {
-        std::string bad = whole;
-        bad[at] = lie;
+    for (std::size_t at = 0; at < full.size(); ++at) {
+      for (const char value : {'\xFF', '\0', '\x47'}) {
+        std::string bad = full;
+        bad[at] = value;
         EXPECT_LE(ReadWith(kTransportStreamReader, bad).reads, 2);
       }
     }
   }
 }
 
-// Facts as independent readers show them.
+// Facts as printed by independent readers.
 TEST(TransportStreamReader, ReadsTheSamples) {
   const auto canon = ReadSample("avchd/M2TS.mts");
   const auto hdv = ReadSample("hdv/SYNTHETIC/hdv1080i60-aux-synthetic.m2t");
   const auto plain = ReadSample("hdv/SYNTHETIC/hdv1080i60-synthetic.m2t");
-  if (!canon || !hdv || !plain) GTEST_SKIP() << "samples aren't there";
+  if (!canon || !hdv || !plain) GTEST_SKIP() << "samples not found";
   const auto first = ReadWith(kTransportStreamReader, *canon);
   EXPECT_EQ(first.Get(kNsDM, "shotDate"), "2008-12-31T23:16:24+01:00");
   EXPECT_EQ(first.Get(kNsTIFF, "Make"), "Canon");
   EXPECT_EQ(first.Get(kNsDM, "audioChannelType"), "Stereo");
   EXPECT_EQ(first.Field("videoFrameSize", kNsDimensions, "h"), "1080");
-  EXPECT_EQ(first.Field("startTimecode", kNsDM, "timeValue"), "") << "this camera writes none";
+  EXPECT_EQ(first.Field("startTimecode", kNsDM, "timeValue"), "") << "not written by this camera";
   const auto second = ReadWith(kTransportStreamReader, *hdv);
   EXPECT_EQ(second.Get(kNsDM, "shotDate"), "2014-01-31T10:15:30");
   EXPECT_EQ(second.Field("startTimecode", kNsDM, "timeValue"), "01;02;03;04");

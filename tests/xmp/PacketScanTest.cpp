@@ -22,8 +22,8 @@ std::string Packet(const std::string& label, const std::string& mark = "\xEF\xBB
          label + "'/></r:RDF>  <?xpacket end='w'?>";
 }
 
-// ASCII in wider characters; U+FEFF stands for the byte 0xFE.
-std::string Widened(const std::string& text, std::size_t width, bool bigEndian) {
+// ASCII in UTF-16 or UTF-32; U+FEFF is written for the byte 0xFE.
+std::string Widen(const std::string& text, std::size_t width, bool bigEndian) {
   std::string wide;
   for (const char c : text) {
     std::string unit(width, '\0');
@@ -54,7 +54,7 @@ TEST(PacketScan, FindsTheLastCompletePacket) {
   const std::string noise("\0<?<?xpacket\0<\xFF<?xml <", 23);
   EXPECT_EQ(LabelOf(FindPacket(noise + Packet("a") + noise)), "a");
   EXPECT_EQ(LabelOf(FindPacket(Packet("a") + noise + Packet("b") + noise)), "b");
-  // Cut short in front of a whole one, and behind it.
+  // Truncated before a complete packet, and after it.
   EXPECT_EQ(LabelOf(FindPacket(Packet("a").substr(0, 60) + Packet("b"))), "b");
   EXPECT_EQ(LabelOf(FindPacket(Packet("a") + Packet("b").substr(0, 60))), "a");
   EXPECT_EQ(FindPacket(noise + "<?xpacket end='w'?>"), "");
@@ -62,10 +62,10 @@ TEST(PacketScan, FindsTheLastCompletePacket) {
   EXPECT_EQ(FindPacket(""), "");
 }
 
-TEST(PacketScan, FindsWiderCharacters) {
+TEST(PacketScan, FindsUTF16AndUTF32) {
   for (const std::size_t width : {2u, 4u}) {
     for (const bool bigEndian : {false, true}) {
-      const std::string packet = Widened(Packet("w\xE9", "\xFE"), width, bigEndian);
+      const std::string packet = Widen(Packet("w\xE9", "\xFE"), width, bigEndian);
       EXPECT_EQ(LabelOf(FindPacket("noise" + packet + "noise")), "w\xC3\xA9")
           << width << (bigEndian ? " big" : " little");
     }
@@ -80,10 +80,10 @@ TEST(PacketScan, ReadsHeadAndTailOfLargeFiles) {
   EXPECT_EQ(LabelOf(Scan(gap + Packet("middle") + gap)), "<none>");
 }
 
-TEST(PacketScan, FindsPacketsInForeignFiles) {
+TEST(PacketScan, FindsPacketsInFilesOfUnknownFormat) {
   for (const char* name : {"xmp/derived-exiftool-xmpDM.mov", "xmp/exiftool-RIFF.webp"}) {
     const auto bytes = ReadSample(name);
-    if (!bytes) GTEST_SKIP() << "no samples beside the source tree";
+    if (!bytes) GTEST_SKIP() << "samples not found";
     EXPECT_NO_THROW(LabelOf(Scan(*bytes))) << name;
     EXPECT_NE(Scan(*bytes), "") << name;
   }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Every form in which RDF writes properties, each read back by the operations of the conversion.
+// All forms of properties in RDF, read back through the operations that the conversion uses.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -12,7 +12,8 @@ namespace {
 
 using namespace Sorvik::xmp;
 
-// The packet around the inside of rdf:RDF; its prefixes are not the usual ones on purpose.
+// A packet with `inside` as the content of rdf:RDF; its prefixes deliberately aren't the usual
+// ones.
 std::string Packet(std::string_view inside) {
   return std::string(R"(<?xpacket begin="" id="W5M0MpCehiHzreSzNTczkc9d"?>
 <x:xmpmeta xmlns:x="adobe:ns:meta/"><R:RDF xmlns:R="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
@@ -29,7 +30,7 @@ TXMPMeta Parse(std::string_view text) {
   return meta;
 }
 TXMPMeta ParseInside(std::string_view inside) { return Parse(Packet(inside)); }
-// The properties of one Description.
+// Parses the properties of one rdf:Description.
 TXMPMeta ParseProperties(std::string_view properties) {
   return ParseInside(
       std::string("<R:Description R:about=''>").append(properties).append("</R:Description>"));
@@ -115,11 +116,11 @@ TEST(RDF, ReadsArrays) {
   EXPECT_EQ(Items(meta, kNsDC, "subject"), "[referred]");
   EXPECT_TRUE(meta.HasProperty(kNsDC, "publisher"));
   EXPECT_EQ(Items(meta, kNsDC, "publisher"), "");
-  // An array exists as a property, though it has no text of its own.
+  // An array exists as a property, although it has no text.
   EXPECT_EQ(Simple(meta, kNsDC, "creator"), "");
 }
 
-TEST(RDF, TellsValuesFromTheirQualifiers) {
+TEST(RDF, SeparatesValuesFromQualifiers) {
   for (
       const char* form : {
           R"(<d:identifier><R:Description><R:value>id</R:value><q:by>x</q:by></R:Description></d:identifier>)",
@@ -137,7 +138,7 @@ TEST(RDF, TellsValuesFromTheirQualifiers) {
   EXPECT_EQ(Items(list, kNsDC, "creator"), "[in a qualified list]");
 }
 
-TEST(RDF, TakesPacketsAsWritersLeaveThem) {
+TEST(RDF, AcceptsWrappersPaddingAndEncodings) {
   const std::string rdf =
       R"(<rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#"><rdf:Description
       xmlns:xmp="http://ns.adobe.com/xap/1.0/" xmp:Label="x"/></rdf:RDF>)";
@@ -149,7 +150,7 @@ TEST(RDF, TakesPacketsAsWritersLeaveThem) {
            "<?xpacket begin='\xEF\xBB\xBF'?>" + rdf + std::string(200, ' ') +
                "<?xpacket end=\"w\"?>",
            "<?xpacket begin='\xC3\xAF\xC2\xBB\xC2\xBF'?>" + rdf + "<?xpacket end='r'?>",
-           rdf + "<?xpacket end='w'?>" + std::string(4, '\0') + "<behind",
+           rdf + "<?xpacket end='w'?>" + std::string(4, '\0') + "<trailing",
            "<?other pi?><x:xapmeta xmlns:x='adobe:ns:meta/'>" + rdf + "</x:xapmeta>" +
                std::string(9, '\0'),
            "<svg><metadata>" + rdf + "</metadata></svg>",
@@ -162,7 +163,7 @@ TEST(RDF, TakesPacketsAsWritersLeaveThem) {
   EXPECT_EQ(Simple(old, kNsDC, "identifier"), "old");
 }
 
-TEST(RDF, RaisesWhereThereIsNone) {
+TEST(RDF, ThrowsWithoutRDF) {
   const auto idOf = [](std::string_view text) {
     try {
       Parse(text);
@@ -180,8 +181,8 @@ TEST(RDF, RaisesWhereThereIsNone) {
   EXPECT_EQ(idOf(Packet("")), 0);
 }
 
-TEST(RDF, BoundsWhatReferencesMultiply) {
-  // Each node refers to the next twice: written out, the last would stand 2^40 times.
+TEST(RDF, LimitsExpandedReferences) {
+  // Each node refers to the next twice: expanded, the last would occur 2^40 times.
   std::string nodes = "<R:Description><d:relation R:nodeID='n0'/></R:Description>";
   for (int i = 0; i < 40; ++i) {
     const std::string next = "R:nodeID='n" + std::to_string(i + 1) + "'/>";
@@ -191,7 +192,7 @@ TEST(RDF, BoundsWhatReferencesMultiply) {
   nodes +=
       "<R:Description R:nodeID='self'><m:x R:nodeID='self'/><m:y R:nodeID='self'/>"
       "</R:Description><R:Description><m:z R:nodeID='self'/></R:Description>";
-  // And many references to one large text.
+  // Many references to one large text.
   nodes += "<R:Description R:nodeID='big'><m:t>" + std::string(100'000, 'a') +
            "</m:t></R:Description><R:Description><m:list><R:Bag>";
   for (int i = 0; i < 20'000; ++i) nodes += "<R:li R:nodeID='big'/>";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// XMP files of many writers, against what an independent reader says of each.
+// XMP files of many writers, compared with the output of an independent reader.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,12 +19,12 @@ using namespace Sorvik::xmp;
 using sorvik_test::ReadSample;
 
 struct Compared {
-  const char* tag;  // "[group] name" in the other reader's words
+  const char* tag;  // "[group] name" in the other reader's output
   const char* schema;
   const char* name;
 };
 
-// Texts and lists, which the other reader shows as they stand, and dates.
+// Texts and lists, which the other reader prints unmodified, and dates.
 constexpr Compared kCompared[] = {
     {"[XMP-dc] Title", kNsDC, "title"},
     {"[XMP-dc] Description", kNsDC, "description"},
@@ -59,7 +59,7 @@ struct ComparedStruct {
   const char* tag;
   const char* name;
   const char* fieldSchema;
-  std::vector<std::pair<const char*, const char*>> fields;  // theirs, ours; in their order
+  std::vector<std::pair<const char*, const char*>> fields;  // (theirs, ours), in their order
 };
 const ComparedStruct kComparedStructs[] = {
     {"[XMP-xmpDM] VideoFrameSize",
@@ -76,8 +76,8 @@ const ComparedStruct kComparedStructs[] = {
      {{"TimeFormat", "timeFormat"}, {"TimeValue", "timeValue"}}},
 };
 
-// The lines of an oracle by "[group] name".
-std::map<std::string, std::string> ReadOracle(const std::string& text) {
+// Parses the lines of a reference file by "[group] name".
+std::map<std::string, std::string> ParseReference(const std::string& text) {
   std::map<std::string, std::string> values;
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
@@ -86,16 +86,16 @@ std::map<std::string, std::string> ReadOracle(const std::string& text) {
     std::istringstream head(line.substr(0, colon));
     std::string group, name;
     head >> group >> name;
-    // One item of a language alternative.
+    // An item of a language alternative.
     if (name == "Title-x-repair") name = "Title";
     values[group + " " + name] = line.substr(colon + 2);
   }
   return values;
 }
 
-// Both readers' values in one form: no blanks at the ends, line ends as dots, dates alike, an empty
-// list like an empty text.
-std::string Comparable(std::string text) {
+// Normalises the values of both readers: trimmed, line ends as dots, the same date format, an empty
+// list as an empty text.
+std::string Normalise(std::string text) {
   const auto first = text.find_first_not_of(" ");
   if (first == text.npos || text == "[]") return {};
   text = text.substr(first, text.find_last_not_of(" ") - first + 1);
@@ -110,8 +110,8 @@ std::string Comparable(std::string text) {
   return text;
 }
 
-// The property in the oracle's form.
-std::string Shown(const TXMPMeta& meta, const char* schema, const char* name) {
+// Formats the property like the reference.
+std::string Format(const TXMPMeta& meta, const char* schema, const char* name) {
   std::string value;
   XMP_OptionBits options = 0;
   if (!meta.GetProperty(schema, name, &value, &options)) return "<none>";
@@ -127,7 +127,7 @@ std::string Shown(const TXMPMeta& meta, const char* schema, const char* name) {
   return "[" + list + "]";
 }
 
-std::string Shown(const TXMPMeta& meta, const ComparedStruct& compared) {
+std::string Format(const TXMPMeta& meta, const ComparedStruct& compared) {
   std::string all;
   for (const auto& [theirs, ours] : compared.fields) {
     std::string value;
@@ -150,34 +150,35 @@ std::vector<std::string> SampleNames() {
   return names;
 }
 
-// Compares one sample and gives the number of values compared.
-int CompareSample(const TXMPMeta& meta, const std::map<std::string, std::string>& oracle) {
+// Compares one sample and returns the number of compared values.
+int CompareSample(const TXMPMeta& meta, const std::map<std::string, std::string>& reference) {
   int compared = 0;
   const auto compare = [&](const char* tag, const std::string& ours) {
-    const auto theirs = oracle.find(tag);
-    const std::string expected = theirs == oracle.end() ? "<none>" : theirs->second;
-    EXPECT_EQ(Comparable(ours), Comparable(expected)) << tag;
-    if (theirs != oracle.end()) ++compared;
+    const auto theirs = reference.find(tag);
+    const std::string expected = theirs == reference.end() ? "<none>" : theirs->second;
+    EXPECT_EQ(Normalise(ours), Normalise(expected)) << tag;
+    if (theirs != reference.end()) ++compared;
   };
-  for (const Compared& row : kCompared) compare(row.tag, Shown(meta, row.schema, row.name));
-  for (const ComparedStruct& row : kComparedStructs) compare(row.tag, Shown(meta, row));
+  for (const Compared& row : kCompared) compare(row.tag, Format(meta, row.schema, row.name));
+  for (const ComparedStruct& row : kComparedStructs) compare(row.tag, Format(meta, row));
   return compared;
 }
 
-// What the other reader found. It doesn't read all encodings, but has the same text in another.
-std::map<std::string, std::string> OracleOf(const std::string& name) {
+// Reads the reference of a sample. The other reader doesn't support all encodings, but the same
+// text exists in another one.
+std::map<std::string, std::string> ReferenceOf(const std::string& name) {
   const bool recoded = name.starts_with("derived-nle-export-");
   const std::string text = recoded ? "derived-nle-export-utf16le-bom.xmp" : name;
-  return ReadOracle(ReadSample("xmp/ORACLE-" + text + ".txt").value_or(""));
+  return ParseReference(ReadSample("xmp/ORACLE-" + text + ".txt").value_or(""));
 }
 
-TEST(XMPSamples, AgreeWithAnIndependentReader) {
+TEST(XMPSamples, MatchAnIndependentReader) {
   const auto names = SampleNames();
-  if (names.empty()) GTEST_SKIP() << "no samples beside the source tree";
+  if (names.empty()) GTEST_SKIP() << "samples not found";
   int compared = 0;
   for (const std::string& name : names) {
     SCOPED_TRACE(name);
-    const auto oracle = OracleOf(name);
+    const auto reference = ReferenceOf(name);
     const std::string bytes = *ReadSample("xmp/" + name);
     TXMPMeta meta;
     const auto parse = [&] {
@@ -188,8 +189,8 @@ TEST(XMPSamples, AgreeWithAnIndependentReader) {
       continue;
     }
     ASSERT_NO_THROW(parse());
-    // Some of these the other reader doesn't take at all.
-    if (!oracle.empty()) compared += CompareSample(meta, oracle);
+    // The other reader rejects some of these.
+    if (!reference.empty()) compared += CompareSample(meta, reference);
     EXPECT_FALSE(meta.Empty());
   }
   EXPECT_GT(compared, 340);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which sources make up the metadata of a file, and which of them wins.
+// The sources of a file's metadata and their precedence.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -28,7 +28,7 @@ std::string Packet(const std::string& attributes) {
          "/></r:RDF><?xpacket end='w'?>";
 }
 
-// What GetXMP gave of a file: the value of xmp:Label, or how it ended.
+// Returns xmp:Label as read by GetXMP, or how the call ended.
 std::string LabelOf(const std::string& path) {
   TXMPFiles files;
   if (!files.OpenFile(path, kXMP_UnknownFile, kFlags)) return "not opened";
@@ -67,7 +67,7 @@ TEST(XMPFiles, OpensRegularFilesOnly) {
   EXPECT_THROW(files.GetXMP(&meta), XMP_Error);
 }
 
-TEST(XMPFiles, MergesPropertyByPropertyFromTheStrongest) {
+TEST(XMPFiles, MergesPropertiesByPrecedence) {
   const TempTree tree;
   const std::string clip = tree.File("a.bin", "noise" + Packet("x:Label='file' m:scene='file'"));
   EXPECT_EQ(LabelOf(clip), "file");
@@ -75,21 +75,21 @@ TEST(XMPFiles, MergesPropertyByPropertyFromTheStrongest) {
   EXPECT_EQ(LabelOf(clip), "stem in capitals");
   tree.File("a.xmp", Packet("x:Label='stem' x:Nickname='stem'"));
   EXPECT_EQ(LabelOf(clip), "stem");
-  tree.File("a.bin.xmp", Packet("x:Label='whole name'"));
-  EXPECT_EQ(LabelOf(clip), "whole name");
+  tree.File("a.bin.xmp", Packet("x:Label='full name'"));
+  EXPECT_EQ(LabelOf(clip), "full name");
   EXPECT_EQ(PropertyOf(clip, kNsXMP, "Nickname"), "stem");
   EXPECT_EQ(PropertyOf(clip, kNsDM, "scene"), "file");
-  // A sidecar is a file like others, and has none of its own.
+  // A sidecar has no sidecar of its own.
   EXPECT_EQ(LabelOf(tree.Path("a.XMP")), "stem in capitals");
 }
 
-TEST(XMPFiles, RaisesOnlyIfNothingElseIsKnown) {
+TEST(XMPFiles, ThrowsOnlyWithoutOtherSources) {
   const TempTree tree;
   const std::string broken = "<?xpacket begin=''?><rdf:RDF><cut<?xpacket end='w'?>";
   EXPECT_EQ(LabelOf(tree.File("broken.bin", broken)), "raised");
   EXPECT_EQ(LabelOf(tree.File("broken.xmp", "no xml")), "raised");
   EXPECT_EQ(LabelOf(tree.File("empty.xmp")), "no metadata");
-  // A broken sidecar of a file that has XMP, and of one that has native facts.
+  // A broken sidecar of a file with XMP, and of one with native facts.
   tree.File("good.bin.xmp", broken);
   EXPECT_EQ(LabelOf(tree.File("good.bin", Packet("x:Label='file'"))), "file");
   sorvik_test::MakeP2Card(tree, "card");
@@ -98,7 +98,7 @@ TEST(XMPFiles, RaisesOnlyIfNothingElseIsKnown) {
   EXPECT_EQ(LabelOf(tree.Path("card/CONTENTS/CLIP/0001AB.XML")), "no label");
 }
 
-TEST(XMPFiles, LetsCameraXmlOfShotsWin) {
+TEST(XMPFiles, PrefersCameraXmlForShots) {
   const TempTree tree;
   sorvik_test::MakeP2Card(tree, "card");
   sorvik_test::AddP2Clip(tree, "card", {.id = "0001AB", .globalId = "camera", .frames = 75});
@@ -112,7 +112,7 @@ TEST(XMPFiles, LetsCameraXmlOfShotsWin) {
   EXPECT_NE(frames, "user");
 }
 
-TEST(XMPFiles, FindsSidecarsWhereCardsKeepThem) {
+TEST(XMPFiles, FindsSidecarsOfCards) {
   struct Case {
     const char* clip;
     const char* sidecar;
@@ -140,18 +140,18 @@ TEST(XMPFiles, FindsSidecarsWhereCardsKeepThem) {
   }
 }
 
-TEST(XMPFiles, LooksAtNoSidecarTwice) {
+TEST(XMPFiles, ReadsNoSidecarTwice) {
   for (const char* clip : {"/a/CONTENTS/CLIP/0001AB.XML", "/a/Clip/C0001M01.XML",
                            "/a/BPAV/CLPR/C0001/C0001M01.XML", "/a/b.MTS"}) {
     std::set<std::string> seen;
-    for (const auto& spellings : SidecarPlaces(clip)) {
+    for (const auto& spellings : SidecarCandidates(clip)) {
       for (const std::string& path : spellings) EXPECT_TRUE(seen.insert(path).second) << path;
     }
     EXPECT_GE(seen.size(), 3u);
   }
 }
 
-TEST(XMPFiles, KnowsXMPUnderOtherNames) {
+TEST(XMPFiles, ReadsPlainXMPWithOtherExtensions) {
   const TempTree tree;
   const std::string open = "<?xml version='1.0'?><!-- bare --><x:xmpmeta xmlns:x='adobe:ns:meta/'>";
   EXPECT_EQ(LabelOf(tree.File("bare.xml", open + "<r:RDF "

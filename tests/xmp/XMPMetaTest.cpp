@@ -20,7 +20,7 @@ TXMPMeta OneOfEachForm() {
   return meta;
 }
 
-// The id of what a read raises, or 0.
+// Returns the id of the error that `read` throws, or 0.
 template <class Read>
 int ErrorOf(Read read) {
   try {
@@ -31,7 +31,7 @@ int ErrorOf(Read read) {
   return 0;
 }
 
-TEST(XMPMeta, RaisesForPropertiesOfAnotherForm) {
+TEST(XMPMeta, ThrowsForPropertiesOfAnotherForm) {
   const TXMPMeta meta = OneOfEachForm();
   std::string value = "kept";
   const auto item = [&](const char* name) {
@@ -47,7 +47,7 @@ TEST(XMPMeta, RaisesForPropertiesOfAnotherForm) {
   for (const char* name : {"simple", "bag", "text"}) EXPECT_EQ(field(name), kXMPErr_BadXPath);
   for (const char* name : {"simple", "struct", "bag"}) EXPECT_EQ(text(name), kXMPErr_BadXPath);
   EXPECT_EQ(value, "kept");
-  // A property that isn't there is no failure.
+  // A missing property is not an error.
   EXPECT_FALSE(meta.GetArrayItem(kNsDM, "none", 1, &value));
   EXPECT_FALSE(meta.GetStructField(kNsDM, "none", kNsDM, "field", &value));
   EXPECT_FALSE(meta.GetLocalizedText(kNsDM, "none", "", "en", nullptr, &value));
@@ -58,7 +58,7 @@ TEST(XMPMeta, RaisesForPropertiesOfAnotherForm) {
   EXPECT_EQ(value, "second");
 }
 
-TEST(XMPMeta, TellsTheFormOfAProperty) {
+TEST(XMPMeta, ReportsTheFormOfAProperty) {
   const TXMPMeta meta = OneOfEachForm();
   const auto options = [&](const char* name) {
     XMP_OptionBits bits = 0xFFFF;
@@ -87,7 +87,7 @@ TEST(XMPMeta, ChoosesTheLanguage) {
   EXPECT_EQ(choose("", "EN-gb"), "en-GB");
   EXPECT_EQ(choose("de", "de-DE"), "de-AT");
   EXPECT_EQ(choose("fr", "fr-FR"), "fr");
-  EXPECT_EQ(choose("d", "d"), "X-Default");  // no part of a tag
+  EXPECT_EQ(choose("d", "d"), "X-Default");  // not a subtag
   EXPECT_EQ(choose("", "de-DE"), "X-Default");
   EXPECT_EQ(choose(nullptr, "ja"), "X-Default");
 
@@ -98,7 +98,7 @@ TEST(XMPMeta, ChoosesTheLanguage) {
   EXPECT_TRUE(withoutDefault.GetLocalizedText(kNsDC, "title", "", "en", nullptr, &value));
   EXPECT_EQ(value, "premier");
 
-  // An item without a language counts as the default, and no item at all is no text.
+  // An item without a language is the default; an empty array gives no text.
   const std::string head = R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
       xmlns:d="http://purl.org/dc/elements/1.1/"><r:Description><d:title><r:Alt>)";
   const std::string tail = "</r:Alt></d:title></r:Description></r:RDF>";
@@ -133,7 +133,7 @@ TEST(XMPMeta, SetsAndMerges) {
   EXPECT_TRUE(sum.GetProperty(kNsDM, "simple", &value));
   EXPECT_EQ(value, "text");
   EXPECT_TRUE(sum.GetProperty(kNsDC, "identifier", &value));
-  EXPECT_FALSE(strong.HasProperty(kNsDC, "identifier"));  // a copy shares nothing
+  EXPECT_FALSE(strong.HasProperty(kNsDC, "identifier"));  // copies are independent
 
   sum.TakeFrom(weak, kNsDM, "simple");
   sum.TakeFrom(weak, kNsDM, "struct");

@@ -14,9 +14,9 @@ using foundation::ByteReader;
 enum NalType : unsigned { kSEI = 6, kSPS = 7 };
 enum SEIType : unsigned { kPictureTiming = 1, kUserData = 5 };
 
-// Parameter sets and messages are some hundred bytes; slices, which nobody looks into, are large.
+// Parameter sets and messages take some hundred bytes; slices, which are not parsed, are large.
 constexpr std::uint64_t kMaxNalBytes = 64 * 1024;
-// The recording block stands in the first pictures or nowhere.
+// The recording block is in the first pictures, or missing.
 constexpr int kMaxNals = 20'000;
 
 // UUID 17EE8C60-F84D-11D9-8CD6-0800200C9A66, then the name of the block.
@@ -32,8 +32,8 @@ struct Sequence {
   bool pictureStructure = false;
 };
 
-// The payload of a NAL unit without the bytes that keep start codes out of it: 00 00 03 is 00 00.
-std::vector<std::byte> WithoutEmulation(ByteReader nal) {
+// Removes the emulation prevention bytes of a NAL unit: 00 00 03 becomes 00 00.
+std::vector<std::byte> RemoveEmulationPrevention(ByteReader nal) {
   std::vector<std::byte> out;
   out.reserve(static_cast<std::size_t>(nal.Size()));
   int zeros = 0;
@@ -109,7 +109,7 @@ void ReadAspect(BitReader& bits, VideoFacts& facts) {
   }
 }
 
-void ReadUsability(BitReader& bits, VideoFacts& facts, Sequence& sequence) {
+void ReadVUI(BitReader& bits, VideoFacts& facts, Sequence& sequence) {
   if (bits.Flag()) ReadAspect(bits, facts);
   if (bits.Flag()) bits.Skip(1);  // overscan
   if (bits.Flag()) {              // video signal
@@ -120,7 +120,7 @@ void ReadUsability(BitReader& bits, VideoFacts& facts, Sequence& sequence) {
     bits.Unsigned();
     bits.Unsigned();
   }
-  if (bits.Flag()) {  // timing: units of a field, units a second
+  if (bits.Flag()) {  // timing info: duration of a field, ticks per second
     const std::uint64_t unit = bits.Bits(32);
     const std::uint64_t scale = bits.Bits(32);
     bits.Skip(1);
@@ -191,12 +191,12 @@ Sequence ReadSPS(ByteReader payload, VideoFacts& facts) {
   facts.height = static_cast<std::uint32_t>(height - cropY * unitY);
   facts.depth = depth;
   sequence.good = true;
-  if (bits.Flag()) ReadUsability(bits, facts, sequence);
+  if (bits.Flag()) ReadVUI(bits, facts, sequence);
   return sequence;
 }
 
-// D.1.3: which field a picture shows first.
-const char* FirstField(ByteReader payload, const Sequence& sequence) {
+// D.1.3: the field that is displayed first.
+const char* FieldOrderOf(ByteReader payload, const Sequence& sequence) {
   if (!sequence.pictureStructure) return nullptr;
   BitReader bits(payload);
   if (sequence.delaysPresent) bits.Skip(sequence.removalBits + sequence.outputBits);
@@ -207,8 +207,8 @@ const char* FirstField(ByteReader payload, const Sequence& sequence) {
   return nullptr;
 }
 
-// 7.3.2.3.1: type and size each as a sum of bytes, then the payload.
-std::uint64_t ReadSum(ByteReader bytes, std::uint64_t& at) {
+// 7.3.2.3.1: type and size are each a sum of bytes, followed by the payload.
+std::uint64_t ReadSEIValue(ByteReader bytes, std::uint64_t& at) {
   std::uint64_t sum = 0;
   for (auto b = bytes.U8(at); b; b = bytes.U8(at)) {
     sum += *b;
@@ -221,11 +221,11 @@ std::uint64_t ReadSum(ByteReader bytes, std::uint64_t& at) {
 void ReadSEI(ByteReader bytes, const Sequence& sequence, VideoFacts& facts) {
   std::uint64_t at = 0;
   while (bytes.Holds(at, 3)) {
-    const std::uint64_t type = ReadSum(bytes, at);
-    const std::uint64_t size = ReadSum(bytes, at);
+    const std::uint64_t type = ReadSEIValue(bytes, at);
+    const std::uint64_t size = ReadSEIValue(bytes, at);
     const ByteReader payload = bytes.Clip(at, size);
     if (type == kPictureTiming && sequence.good && facts.fieldOrder == nullptr) {
-      facts.fieldOrder = FirstField(payload, sequence);
+      facts.fieldOrder = FieldOrderOf(payload, sequence);
     }
     if (type == kUserData && payload.Matches(0, kRecordingBlock)) {
       const auto block = payload.Clip(kRecordingBlock.size()).Bytes();
@@ -250,14 +250,14 @@ VideoFacts ReadAVC(ByteReader stream) {
     const unsigned type = stream.U8(begin).value_or(0) & 0x1Fu;
     if (type != kSPS && type != kSEI) continue;
     const auto payload =
-        WithoutEmulation(stream.Clip(begin + 1, std::min(end - begin - 1, kMaxNalBytes)));
+        RemoveEmulationPrevention(stream.Clip(begin + 1, std::min(end - begin - 1, kMaxNalBytes)));
     if (type == kSPS && !sequence.good) sequence = ReadSPS(ByteReader(payload), facts);
     if (type == kSEI) ReadSEI(ByteReader(payload), sequence, facts);
     const bool ordered = sequence.good && (sequence.progressive || facts.fieldOrder != nullptr);
     if (ordered && !facts.recordingBlock.empty()) break;
   }
   if (sequence.good && sequence.progressive) facts.fieldOrder = "Progressive";
-  // All cameras write interlaced high definition with the top field first.
+  // Default: cameras write interlaced high definition with the top field first.
   if (sequence.good && facts.fieldOrder == nullptr) facts.fieldOrder = "Upper";
   return facts;
 }

@@ -14,8 +14,8 @@ namespace {
 
 using foundation::ByteReader;
 
-// Facts: SMPTE RDD 30 and the field tables of public decoders. Little-endian; a block is there if
-// its size word isn't 0.
+// Facts: SMPTE RDD 30 and the field tables of public decoders. Little-endian; a block is present if
+// its size is not 0.
 constexpr std::string_view kMagic{"ARRI\x12\x34\x56\x78", 8};
 constexpr std::uint64_t kVersion = 0x00C;
 constexpr std::uint32_t kKnownVersion = 3;
@@ -35,7 +35,7 @@ constexpr std::uint64_t kSerialNumber = 0x170;
 constexpr std::uint64_t kCameraIndex = 0x178;     // letter
 constexpr std::uint64_t kCreationDate = 0x17C;    // BCD, YYYYMMDD
 constexpr std::uint64_t kCreationTime = 0x180;    // BCD, HHMMSSff
-constexpr std::uint64_t kProjectRate = 0x1A4;     // frames in 1000 seconds
+constexpr std::uint64_t kProjectRate = 0x1A4;     // frames per 1000 seconds
 constexpr std::uint64_t kMasterTimecode = 0x1A8;  // BCD, HHMMSSFF
 constexpr std::uint64_t kCameraFamily = 0x29C;    // 8
 constexpr std::uint64_t kUUID = 0x2D0;            // 16
@@ -54,7 +54,7 @@ std::uint32_t Word(ByteReader header, std::uint64_t offset) {
   return header.U32LE(offset).value_or(0);
 }
 
-// The four pairs of digits of a word in which each half byte is one; nothing if one is none.
+// Decodes a BCD word into four two-digit numbers. Returns nullopt if a digit is above 9.
 std::optional<std::array<unsigned, 4>> Pairs(ByteReader header, std::uint64_t offset) {
   const auto bytes = header.ViewAt<4>(offset);
   if (!bytes) return std::nullopt;
@@ -67,7 +67,7 @@ std::optional<std::array<unsigned, 4>> Pairs(ByteReader header, std::uint64_t of
   return pairs;
 }
 
-// 8-4-4-4-12 digits, the first three groups turned round.
+// 8-4-4-4-12 digits, the first three groups byte-swapped.
 std::string UUIDText(ByteReader header) {
   const auto bytes = header.ViewAt<16>(kUUID);
   if (!bytes) return {};
@@ -103,7 +103,7 @@ void SetContent(ByteReader header, TXMPMeta& meta) {
   }
 }
 
-// The letter of the camera, else the first of the reel's name.
+// The letter of the camera, or the first letter of the reel name.
 std::string CameraLetter(ByteReader header) {
   const std::uint32_t index = Word(header, kCameraIndex);
   if (index >= 'A' && index <= 'Z') return std::string(1, static_cast<char>(index));
@@ -154,7 +154,7 @@ void SetClip(ByteReader header, TXMPMeta& meta) {
 
 bool Recognises(const ReaderInput& input) { return input.head.Matches(0, kMagic); }
 
-// A frame has no duration: the length of a clip is the number of its files.
+// A single frame has no duration: the length of a clip is its number of files.
 void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
   if (!Recognises(input)) return;
   const ByteReader header = input.head;
@@ -163,7 +163,7 @@ void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& outpu
   meta.SetProperty(kNsTIFF, "Make", "ARRI");
   meta.SetProperty(kNsDM, "videoCompressor", "ARRIRAW");
   SetImage(header, meta);
-  // Headers of older cameras have another layout behind the picture's size.
+  // Headers of older cameras have another layout after the image size.
   if (header.U32LE(kVersion) != kKnownVersion) return;
   SetContent(header, meta);
   SetCamera(header, meta);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// ARRIRAW frames (.ARI): the header in front of the picture.
+// ARRIRAW frames (.ARI): the header in front of the image data.
 #pragma once
 
 #include "xmp/Reader.h"

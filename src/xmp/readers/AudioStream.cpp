@@ -41,7 +41,8 @@ void ReadAC3Descriptor(const std::array<std::uint8_t, 3>& bytes, AudioFacts& fac
   const unsigned mode = bytes[2] >> 1 & 0x0F;
   if (rate >= std::size(kAC3Rates) || mode >= std::size(kAC3Channels)) return;
   facts.rate = kAC3Rates[rate];
-  // The low-frequency channel isn't told; cameras have it with all five others.
+  // The descriptor doesn't include the low-frequency channel; cameras record it with all other
+  // five.
   facts.channels = mode == 7 ? 6 : kAC3Channels[mode];
 }
 
@@ -76,7 +77,7 @@ void ReadMPEG(ByteReader bytes, AudioFacts& facts) {
 }  // namespace
 
 bool IsAudioType(std::uint8_t type, std::uint32_t registration) {
-  // Outside of this registration 80 is private data.
+  // With other registrations, type 80 is private data.
   if (type == kLPCM) return registration == kHDMV;
   return type == kMPEG1 || type == kMPEG2 || type == kAAC || type == kAC3;
 }

@@ -28,23 +28,23 @@ constexpr std::uint64_t kHandler = 4;
 constexpr std::uint64_t kScale = 20;
 constexpr std::uint64_t kRate = 24;
 constexpr std::uint64_t kLength = 32;
-// strf of pictures.
+// strf of video.
 constexpr std::uint64_t kBitmapWidth = 4;
-constexpr std::uint64_t kBitmapHeight = 8;  // negative where rows run from the top
+constexpr std::uint64_t kBitmapHeight = 8;  // negative for top-down rows
 constexpr std::uint64_t kBitmapCompression = 16;
-// A side that is longer isn't one.
+// A larger width or height is invalid.
 constexpr std::uint32_t kMaxPixels = 100'000;
 // vprp.
 constexpr std::uint64_t kFrameAspect = 20;
 
 constexpr std::uint32_t kVideo = FourCC("vids");
 constexpr std::uint32_t kInterleaved = FourCC("iavs");
-constexpr std::uint32_t kSound = FourCC("auds");
+constexpr std::uint32_t kAudio = FourCC("auds");
 
 std::uint32_t SizeOf(std::uint32_t value) { return (value & 0x80000000) != 0 ? ~value + 1 : value; }
 
-// Rates from whole microseconds, such as 1000000/66666, are meant to be whole.
-Rate WholeIfNear(Rate rate) {
+// Rounds rates that are stored as whole microseconds, such as 1000000/66666, to an integer rate.
+Rate SnapToInteger(Rate rate) {
   if (!rate.Known()) return rate;
   const std::uint64_t whole = (rate.num + rate.den / 2) / rate.den;
   const double quotient =
@@ -52,7 +52,7 @@ Rate WholeIfNear(Rate rate) {
   return whole != 0 && quotient > 1 - 1e-4 && quotient < 1 + 1e-4 ? Rate{whole, 1} : rate;
 }
 
-// Sample chunks have the stream's number and a kind of two letters.
+// Chunk ids of samples are the stream number and a type of two letters.
 bool IsPicture(std::uint32_t id) {
   const std::uint32_t kind = id & 0xFFFF;
   return kind == FourCC("dc") || kind == FourCC("db") || kind == FourCC("__");
@@ -103,10 +103,10 @@ void AviHeader::ReadStream(FileWindow& file, const RiffChunk& strl) {
   }
   const bool picture = stream.kind == kVideo || stream.kind == kInterleaved;
   if (picture && !picture_) picture_ = std::move(stream);
-  if (stream.kind == kSound && !sound_) sound_ = std::move(stream);
+  if (stream.kind == kAudio && !sound_) sound_ = std::move(stream);
 }
 
-// Interleaved DV has another record in place of the bitmap's.
+// Interlaced DV streams ('iavs') have another record instead of the bitmap header.
 std::string AviHeader::Codec(const Stream& picture) {
   if (picture.kind == kInterleaved) return "DV";
   const ByteReader format = ReaderOf(picture.format);
@@ -127,7 +127,7 @@ void AviHeader::Store(std::uint64_t fileBytes, TXMPMeta& meta) const {
     if (picture_->rate.Known()) rate = picture_->rate;
     if (picture_->length != 0) frames = std::max(frames, picture_->length);
   }
-  rate = WholeIfNear(rate);
+  rate = SnapToInteger(rate);
   SetFrameRate(meta, rate);
   if (frames != 0) {
     SetDuration(meta, frames, rate);
@@ -149,7 +149,7 @@ void AviHeader::StorePicture(TXMPMeta& meta) const {
 }
 
 void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta) {
-  constexpr unsigned kMaxChunks = 16;  // an index and padding may stand in front
+  constexpr unsigned kMaxChunks = 16;  // index and padding chunks may precede it
   RiffChunks chunks(file, movi);
   for (unsigned i = 0; i < kMaxChunks; ++i) {
     const auto chunk = chunks.Next();
@@ -159,7 +159,8 @@ void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta) {
     if (!facts) return;
     TXMPMeta frame;
     SetDVFacts(*facts, frame);
-    // What the header tells for certain stays, whether or not the frame was looked at.
+    // Facts that the header is reliable for are kept, so they don't depend on whether the frame was
+    // read.
     for (const char* name : {"videoCompressor", "videoFrameRate", "audioCompressor"}) {
       frame.TakeFrom(meta, kNsDM, name);
     }

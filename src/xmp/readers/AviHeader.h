@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The header list of AVI files, and the first frame of those that hold DV.
+// The header list of AVI files, and the first frame of DV in AVI.
 // Facts: Microsoft's AVI RIFF reference; OpenDML AVI extensions 1.02.
 #pragma once
 
@@ -22,7 +22,7 @@ class AviHeader {
     Rate rate;
     std::uint64_t length = 0;
     std::string format;
-    std::uint32_t aspect = 0;  // of the frame: width in the upper half
+    std::uint32_t aspect = 0;  // of the frame: width in the upper 16 bits
   };
 
   static std::string Codec(const Stream& picture);
@@ -30,7 +30,7 @@ class AviHeader {
   void StorePicture(TXMPMeta& meta) const;
 
   std::uint32_t microsecondsPerFrame_ = 0;
-  std::uint64_t frames_ = 0;  // of the main header, of the extended one where there is one
+  std::uint64_t frames_ = 0;  // of the main header, or of the extended one if present
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;
   std::string date_;
@@ -38,8 +38,8 @@ class AviHeader {
   std::optional<Stream> sound_;
 };
 
-// Puts the facts of the first DV frame of a 'movi' list over what `meta` holds: they are the
-// camera's, the header is that of the program that wrote the file.
+// Stores the facts of the first DV frame of a 'movi' list in `meta`, replacing what it holds: the
+// frame was written by the camera, the header by the program that wrote the file.
 void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta);
 
 }  // namespace Sorvik::xmp

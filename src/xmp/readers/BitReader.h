@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Bits of borrowed bytes, most significant first, with the variable-length codes of H.264. Reading
-// past the end gives 0 and is remembered.
+// Reads bits of borrowed bytes, most significant first, including the variable-length codes of
+// H.264. Reading past the end returns 0 and sets an error flag.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ class BitReader {
  public:
   explicit BitReader(foundation::ByteReader bytes) noexcept : bytes_(bytes) {}
 
-  // False once more was asked for than was there.
+  // False after a read past the end.
   bool Good() const noexcept { return good_; }
 
   // At most 32 bits.

@@ -13,12 +13,13 @@ using foundation::XmlElement;
 
 namespace {
 
-// Declaration, comments and DOCTYPE in front of the root of a camera's file take some 100 bytes.
+// XML declaration, comments and DOCTYPE in front of the root element take some 100 bytes in camera
+// files.
 constexpr std::size_t kRootSearch = 4096;
 constexpr std::size_t kMarkSearch = 16;
 
-// Behind the first occurrence of `end`; empty if it isn't there.
-std::string_view Behind(std::string_view text, std::string_view end) {
+// Returns the text after the first occurrence of `end`; empty if there is none.
+std::string_view After(std::string_view text, std::string_view end) {
   const auto at = text.find(end);
   return at == text.npos ? std::string_view() : text.substr(at + end.size());
 }
@@ -26,7 +27,7 @@ std::string_view Behind(std::string_view text, std::string_view end) {
 }  // namespace
 
 std::string XmlRootName(foundation::ByteReader head) {
-  // Most files are no XML, which these bytes tell in every encoding.
+  // Fast rejection of files that aren't XML, which contain no '<' here in any encoding.
   if (head.Clip(0, kMarkSearch).Text().find('<') == std::string_view::npos) return {};
   const std::string text = foundation::ToUTF8(head.Clip(0, kRootSearch).Text());
   std::string_view rest = text;
@@ -35,11 +36,11 @@ std::string XmlRootName(foundation::ByteReader head) {
     if (begin == rest.npos || rest[begin] != '<') return {};
     rest.remove_prefix(begin + 1);
     if (rest.starts_with("?")) {
-      rest = Behind(rest, "?>");
+      rest = After(rest, "?>");
     } else if (rest.starts_with("!--")) {
-      rest = Behind(rest, "-->");
+      rest = After(rest, "-->");
     } else if (rest.starts_with("!")) {
-      rest = Behind(rest, ">");
+      rest = After(rest, ">");
     } else {
       break;
     }
@@ -57,21 +58,21 @@ std::optional<foundation::XmlDocument> ParseClipXml(const ReaderInput& input) {
   return foundation::ParseXml(foundation::ByteReader(bytes).Text());
 }
 
-const XmlElement* FindBelow(const XmlElement& element, std::string_view name) {
+const XmlElement* FindDescendant(const XmlElement& element, std::string_view name) {
   for (const XmlElement* child : element.Children()) {
     if (child->Name() == name) return child;
-    // As deep as the parser lets documents nest.
-    if (const XmlElement* found = FindBelow(*child, name)) return found;
+    // Recursion depth is limited by the XML parser.
+    if (const XmlElement* found = FindDescendant(*child, name)) return found;
   }
   return nullptr;
 }
 
-std::string_view TextBelow(const XmlElement& element, std::string_view name) {
-  const XmlElement* found = FindBelow(element, name);
+std::string_view DescendantText(const XmlElement& element, std::string_view name) {
+  const XmlElement* found = FindDescendant(element, name);
   return found == nullptr ? std::string_view() : found->Text();
 }
 
-std::optional<std::uint64_t> WholeNumber(std::string_view text) {
+std::optional<std::uint64_t> ParseUnsigned(std::string_view text) {
   if (text.empty() || text.size() > 18) return std::nullopt;
   std::uint64_t number = 0;
   for (const char c : text) {
@@ -81,27 +82,27 @@ std::optional<std::uint64_t> WholeNumber(std::string_view text) {
   return number;
 }
 
-std::optional<Rate> DecimalNumber(std::string_view text) {
+std::optional<Rate> ParseDecimal(std::string_view text) {
   const auto point = text.find('.');
   if (point == text.npos) {
-    const auto whole = WholeNumber(text);
+    const auto whole = ParseUnsigned(text);
     return whole ? std::optional(Rate{*whole, 1}) : std::nullopt;
   }
   std::string digits(text.substr(0, point));
   digits += text.substr(point + 1);
-  const auto number = WholeNumber(digits);
+  const auto number = ParseUnsigned(digits);
   if (!number) return std::nullopt;
   Rate value{*number, 1};
   for (std::size_t i = point + 1; i < text.size(); ++i) value.den *= 10;
   return value;
 }
 
-std::optional<std::pair<std::uint64_t, std::uint64_t>> NumberPair(std::string_view text,
-                                                                  char separator) {
+std::optional<std::pair<std::uint64_t, std::uint64_t>> ParseNumberPair(std::string_view text,
+                                                                       char separator) {
   const auto at = text.find(separator);
   if (at == text.npos) return std::nullopt;
-  const auto first = WholeNumber(text.substr(0, at));
-  const auto second = WholeNumber(text.substr(at + 1));
+  const auto first = ParseUnsigned(text.substr(0, at));
+  const auto second = ParseUnsigned(text.substr(at + 1));
   if (!first || !second || *first == 0 || *second == 0) return std::nullopt;
   return std::pair(*first, *second);
 }
@@ -115,7 +116,7 @@ std::optional<bool> IsInterlacedText(std::string_view text) {
 Rate FrameRateOfText(std::string_view text) {
   const auto interlaced = IsInterlacedText(text);
   if (!interlaced) return {};
-  const auto number = DecimalNumber(text.substr(0, text.size() - 1));
+  const auto number = ParseDecimal(text.substr(0, text.size() - 1));
   if (!number || number->num > 1'000'000) return {};
   const double rate =
       static_cast<double>(number->num) / static_cast<double>(number->den) / (*interlaced ? 2 : 1);
@@ -123,7 +124,7 @@ Rate FrameRateOfText(std::string_view text) {
   if (nearest == 0) return {};
   const double distance = static_cast<double>(nearest) - rate;
   if (std::max(distance, -distance) < 0.004) return {nearest, 1};
-  // Two digits are all that the text gives of 1000/1001.
+  // Texts contain only two decimals of 1000/1001.
   const double ntsc = static_cast<double>(nearest) * 1000 / 1001 - rate;
   if (std::max(ntsc, -ntsc) < 0.011) return {nearest * 1000, 1001};
   return {};
@@ -134,8 +135,8 @@ unsigned TimecodeBaseOf(Rate rate) {
   return static_cast<unsigned>((rate.num + rate.den / 2) / rate.den);
 }
 
-std::optional<std::pair<unsigned, unsigned>> PixelShapeOfStandardDefinition(
-    unsigned lines, std::string_view aspectRatio) {
+std::optional<std::pair<unsigned, unsigned>> SDPixelAspectRatio(unsigned lines,
+                                                                std::string_view aspectRatio) {
   const bool wide = aspectRatio == "16:9";
   if (!wide && aspectRatio != "4:3") return std::nullopt;
   if (lines == 480) return wide ? std::pair(40u, 33u) : std::pair(10u, 11u);
@@ -146,7 +147,7 @@ std::optional<std::pair<unsigned, unsigned>> PixelShapeOfStandardDefinition(
 void SetPixelAspectRatioOf(TXMPMeta& meta, std::uint64_t width, std::uint64_t height,
                            std::string_view aspectRatio) {
   constexpr std::uint64_t kMaxSide = 1'000'000;
-  const auto shape = NumberPair(aspectRatio, ':');
+  const auto shape = ParseNumberPair(aspectRatio, ':');
   if (!shape || width == 0 || height == 0 || width > kMaxSide || height > kMaxSide ||
       shape->first > kMaxSide || shape->second > kMaxSide) {
     return;
@@ -164,9 +165,9 @@ void SetGPSAltitude(TXMPMeta& meta, std::string_view metres) {
   const bool below = metres.starts_with('-');
   if (below) metres.remove_prefix(1);
   std::string fraction;
-  if (NumberPair(metres, '/')) {
+  if (ParseNumberPair(metres, '/')) {
     fraction = metres;
-  } else if (const auto number = DecimalNumber(metres)) {
+  } else if (const auto number = ParseDecimal(metres)) {
     fraction = std::to_string(number->num) + "/" + std::to_string(number->den);
   }
   if (fraction.empty()) return;

@@ -23,14 +23,14 @@ using platform::FileKind;
 
 constexpr std::size_t kClipIdLength = 6;
 constexpr std::size_t kSpanTitleLength = 8;
-// The clip XML holds a few texts of at most some hundred characters each.
+// The clip XML contains a few texts of at most some hundred characters each.
 constexpr foundation::XmlLimits kClipXmlLimits{.bytes = 1 << 20, .depth = 64, .nodes = 20'000};
 
 std::string Folded(std::string_view text) {
   return Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(text)));
 }
 
-// The last part of `path`, which is cut off with the separator in front of it.
+// Removes the last component of `path` with its separator, and returns it.
 std::string_view TakeLast(std::string_view& path) {
   const auto slash = path.rfind(platform::kSeparator);
   if (slash == path.npos) return {};
@@ -39,25 +39,25 @@ std::string_view TakeLast(std::string_view& path) {
   return last;
 }
 
-struct SpanPlace {
+struct SpanPath {
   std::string folder;  // of the clip
-  std::string clipId;  // folded, as is the title
-  std::string title;   // of the span, the clip's id and two digits
+  std::string clipId;  // case-folded, like the title
+  std::string title;   // of the span: the clip id and two digits
 };
 
-// Where a span lies, told by its path alone; nothing for any other file.
-std::optional<SpanPlace> PlaceOf(std::string_view path) {
+// Derives the location of a span from its path alone; nullopt for any other file.
+std::optional<SpanPath> ParseSpanPath(std::string_view path) {
   constexpr std::string_view kExtension = ".mxf";
   std::string name = Folded(TakeLast(path));
-  SpanPlace place{std::string(path), {}, {}};
-  place.clipId = Folded(TakeLast(path));
-  if (place.clipId.size() != kClipIdLength || Folded(TakeLast(path)) != "clips001") {
+  SpanPath spanPath{std::string(path), {}, {}};
+  spanPath.clipId = Folded(TakeLast(path));
+  if (spanPath.clipId.size() != kClipIdLength || Folded(TakeLast(path)) != "clips001") {
     return std::nullopt;
   }
-  if (!name.ends_with(kExtension) || !name.starts_with(place.clipId)) return std::nullopt;
-  place.title = name.substr(0, name.size() - kExtension.size());
-  if (place.title.size() != kSpanTitleLength) return std::nullopt;
-  return place;
+  if (!name.ends_with(kExtension) || !name.starts_with(spanPath.clipId)) return std::nullopt;
+  spanPath.title = name.substr(0, name.size() - kExtension.size());
+  if (spanPath.title.size() != kSpanTitleLength) return std::nullopt;
+  return spanPath;
 }
 
 std::optional<double> ToNumber(std::string_view text) {
@@ -68,7 +68,7 @@ std::optional<double> ToNumber(std::string_view text) {
   return whole && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
-// Decimal degrees, below 0 to the south and west.
+// Decimal degrees, negative for south and west.
 void SetCoordinate(std::string_view text, const char* name, char positive, char negative,
                    TXMPMeta& native) {
   constexpr std::uint64_t kParts = 10'000'000;
@@ -116,8 +116,8 @@ void SetLongitude(std::string_view text, TXMPMeta& native) {
 }
 
 struct ClipElement {
-  std::string_view name;  // folded
-  std::string_view fact;  // elements of the same fact stand in for each other
+  std::string_view name;  // case-folded
+  std::string_view fact;  // elements of the same fact are alternatives
   void (*set)(std::string_view text, TXMPMeta& native);
 };
 constexpr ClipElement kClipElements[] = {
@@ -131,7 +131,7 @@ constexpr ClipElement kClipElements[] = {
     {"altitude", "altitude", SetAltitude},
 };
 
-// The regular file of the clip's folder whose name is `folded` regardless of case.
+// Returns the path of the regular file in `folder` whose case-folded name is `folded`.
 std::optional<std::string> FindFile(const std::string& folder, const std::string& folded) {
   const auto items = Hestra::Directory::GetItems(folder);
   if (!items) return std::nullopt;
@@ -163,31 +163,31 @@ bool SetFacts(const XmlElement& root, TXMPMeta& native) {
   return !native.Empty();
 }
 
-// The other spans of the clip, which play on where this one ends.
-void SetRelation(const SpanPlace& place, TXMPMeta& native) {
-  const auto items = Hestra::Directory::GetItems(place.folder);
+// The other spans of the clip.
+void SetRelation(const SpanPath& spanPath, TXMPMeta& native) {
+  const auto items = Hestra::Directory::GetItems(spanPath.folder);
   if (!items) return;
   for (const platform::FolderItem& item : *items) {
     if (item.kind != FileKind::kRegular) continue;
-    const auto other = PlaceOf(place.folder + platform::kSeparator + item.name);
-    if (!other || other->title == place.title) continue;
+    const auto other = ParseSpanPath(spanPath.folder + platform::kSeparator + item.name);
+    if (!other || other->title == spanPath.title) continue;
     native.AppendArrayItem(kNsDC, "relation", ArrayForm::kBag,
                            item.name.substr(0, kSpanTitleLength));
   }
 }
 
-bool Recognises(const ReaderInput& input) { return PlaceOf(input.path).has_value(); }
+bool Recognises(const ReaderInput& input) { return ParseSpanPath(input.path).has_value(); }
 
 void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
   const Reader& ofSpan = kMXFReader.recognises(input) ? kMXFReader : kScanReader;
   ofSpan.read(input, wanted, output);
-  const auto place = PlaceOf(input.path);
-  if (!place) return;
+  const auto spanPath = ParseSpanPath(input.path);
+  if (!spanPath) return;
   TXMPMeta facts;
-  const auto file = FindFile(place->folder, place->clipId + ".xml");
+  const auto file = FindFile(spanPath->folder, spanPath->clipId + ".xml");
   const auto xml = file ? foundation::ReadXmlFile(*file, kClipXmlLimits) : std::nullopt;
   if (xml && SetFacts(xml->Root(), facts)) output.hasNative = true;
-  if (output.hasNative && wanted.Wants(kNsDC, "relation")) SetRelation(*place, facts);
+  if (output.hasNative && wanted.Wants(kNsDC, "relation")) SetRelation(*spanPath, facts);
   facts.FillFrom(output.native);
   output.native = std::move(facts);
 }

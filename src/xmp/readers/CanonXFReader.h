@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Clips of Canon XF cards, CONTENTS/CLIPS001/AA0001/AA000101.MXF: what the camera's clip XML beside
-// the spans says (AA0001.XML), and behind it what the span's own MXF says.
+// Clips of Canon XF cards, CONTENTS/CLIPS001/AA0001/AA000101.MXF: first the facts of the clip XML
+// next to the spans (AA0001.XML), then those of the span's own MXF.
 //
-// No schema of the clip XML is public. What cameras of this family let a user enter is known from
-// their menus: a title, the creator, a place, a description, and a position from an accessory. So
-// elements are found by these names, whatever the case, the namespace and the place in the tree;
-// the first with a text counts.
+// No schema of the clip XML is public. The metadata that users of these cameras can enter is known
+// from the camera menus: a title, the creator, a location, a description, and a position from a GPS
+// accessory. Elements are therefore found by these names, ignoring case, namespace and position in
+// the tree; the first non-empty one counts.
 #pragma once
 
 #include <string_view>
@@ -16,7 +16,7 @@ namespace Sorvik::xmp {
 
 extern const Reader kCanonXFReader;
 
-// Stores the facts of a clip XML; true if there were any. What isn't well-formed has none.
+// Stores the facts of a clip XML. Returns true if there were any; false if it isn't well-formed.
 bool ReadCanonXFClipXml(std::string_view xml, TXMPMeta& native);
 
 }  // namespace Sorvik::xmp

@@ -11,7 +11,7 @@ namespace {
 
 using foundation::ByteReader;
 
-// The sequences stand in front of the long index of entry points.
+// The sequences precede the long index of entry points.
 constexpr std::size_t kMaxClipInfoBytes = 16 * 1024;
 constexpr std::string_view kStreamFolder = "/STREAM/";
 
@@ -52,7 +52,7 @@ std::optional<std::uint64_t> ClipLengthOfStream(const std::string& streamFile) {
   if (dot == std::string::npos || dot < slash) return std::nullopt;
   std::string path = streamFile.substr(0, slash + 1 - kStreamFolder.size()) + "/CLIPINF" +
                      streamFile.substr(slash, dot - slash);
-  // Cameras write MTS and CPI, discs m2ts and clpi, some recorders CLP.
+  // Cameras write MTS with CPI, discs m2ts with clpi, some recorders use CLP.
   const bool camera = streamFile[dot + 1] == 'M';
   for (const char* extension : {camera ? ".CPI" : ".clpi", camera ? ".clpi" : ".CPI", ".CLP"}) {
     if (const auto bytes = platform::ReadHead(path + extension, kMaxClipInfoBytes)) {

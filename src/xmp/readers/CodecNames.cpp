@@ -8,7 +8,7 @@ namespace Sorvik::xmp {
 namespace {
 
 struct CodecName {
-  std::string_view code;  // a shorter one stands for all that begin with it
+  std::string_view code;  // a code shorter than four characters is a prefix
   std::string_view name;
 };
 constexpr CodecName kVideoCodecs[] = {
@@ -82,11 +82,11 @@ constexpr CodecName kVideoCodecs[] = {
     {"raw ", "Uncompressed"},
 };
 
-struct SoundName {
+struct AudioCodec {
   std::uint32_t type;
   std::string_view name;
 };
-constexpr SoundName kSoundCodecs[] = {
+constexpr AudioCodec kAudioCodecs[] = {
     {FourCC("mp4a"), "AAC"},  {FourCC("sowt"), "PCM"},    {FourCC("twos"), "PCM"},
     {FourCC("lpcm"), "PCM"},  {FourCC("ipcm"), "PCM"},    {FourCC("fpcm"), "PCM"},
     {FourCC("in24"), "PCM"},  {FourCC("in32"), "PCM"},    {FourCC("fl32"), "PCM"},
@@ -123,7 +123,7 @@ std::string VideoCodecName(std::string_view code) {
 }
 
 std::string AudioCodecName(std::uint32_t type) {
-  for (const SoundName& codec : kSoundCodecs) {
+  for (const AudioCodec& codec : kAudioCodecs) {
     if (codec.type == type) return std::string(codec.name);
   }
   std::string code;

@@ -21,7 +21,7 @@ constexpr std::uint64_t kBlockSize = 80;
 constexpr std::uint64_t kBlocksInSequence = 150;
 enum Section : unsigned { kSubcode = 1, kVaux = 2, kAudio = 3 };
 
-// Packs of 5 bytes: id, then four of data; all FF is no information.
+// Packs of 5 bytes: id and four bytes of data; all FF means no information.
 constexpr std::uint64_t kPackSize = 5;
 using Pack = std::array<std::byte, 4>;
 enum PackId : unsigned {
@@ -34,8 +34,8 @@ enum PackId : unsigned {
   kVideoRecDate = 0x62,
   kVideoRecTime = 0x63,
 };
-// Audio packs of the second half of a frame tell of the second pair of channels; they are counted
-// apart from the first.
+// Audio packs in the second half of a frame describe the second pair of channels and are counted
+// separately.
 constexpr unsigned kSecondHalf = 0x100;
 
 struct Kind {
@@ -60,13 +60,13 @@ constexpr Kind kKinds[] = {
 
 unsigned At(const Pack& pack, std::size_t i) { return std::to_integer<unsigned>(pack[i]); }
 
-// How often each value of each pack occurs.
+// Counts how often each value of each pack occurs.
 class Votes {
  public:
   void Add(unsigned id, const Pack& pack) { ++counts_[{id, pack}]; }
 
-  // The values of a pack, most frequent first; among equals the smaller first.
-  std::vector<Pack> Of(unsigned id) const {
+  // Returns the values of a pack, most frequent first; equally frequent values in ascending order.
+  std::vector<Pack> ByFrequency(unsigned id) const {
     std::vector<std::pair<int, Pack>> found;
     for (auto at = counts_.lower_bound({id, Pack{}}); at != counts_.end(); ++at) {
       if (at->first.first != id) break;
@@ -77,8 +77,8 @@ class Votes {
     for (const auto& entry : found) values.push_back(entry.second);
     return values;
   }
-  std::optional<Pack> Most(unsigned id) const {
-    const auto values = Of(id);
+  std::optional<Pack> MostFrequent(unsigned id) const {
+    const auto values = ByFrequency(id);
     if (values.empty()) return std::nullopt;
     return values.front();
   }
@@ -146,8 +146,8 @@ std::optional<DateTime> Recorded(const Votes& votes) {
       {kAudioRecDate, kAudioRecTime},
       {kAudioRecDate + kSecondHalf, kAudioRecTime + kSecondHalf}};
   for (const auto& [dateId, timeId] : kSources) {
-    const auto date = votes.Most(dateId);
-    const auto time = votes.Most(timeId);
+    const auto date = votes.MostFrequent(dateId);
+    const auto time = votes.MostFrequent(timeId);
     if (!date || !time) continue;
     if (const auto recorded = DateOf(*date, *time)) return recorded;
   }
@@ -155,10 +155,10 @@ std::optional<DateTime> Recorded(const Votes& votes) {
 }
 
 std::optional<Timecode> FrameTimecode(const Votes& votes, bool pal) {
-  for (const Pack& pack : votes.Of(kTimecode)) {
+  for (const Pack& pack : votes.ByFrequency(kTimecode)) {
     auto timecode = TimecodeFromBCD(pack);
     if (!timecode || timecode->frames >= (pal ? 25u : 30u)) continue;
-    // In 625/50 the bit that means dropping has another use.
+    // In 625/50 the drop-frame bit has another meaning.
     if (pal) timecode->drop = false;
     return timecode;
   }
@@ -168,8 +168,8 @@ std::optional<Timecode> FrameTimecode(const Votes& votes, bool pal) {
 void ReadAudio(const Votes& votes, DVFacts& facts) {
   constexpr std::uint32_t kRates[] = {48000, 44100, 32000};
   constexpr unsigned kBits[] = {16, 12, 20};
-  constexpr unsigned kNoAudio = 0x0F;  // audio mode of a pair of channels that holds nothing
-  const auto first = votes.Most(kAudioSource);
+  constexpr unsigned kNoAudio = 0x0F;  // audio mode of an unused pair of channels
+  const auto first = votes.MostFrequent(kAudioSource);
   if (!first) return;
   const unsigned rateCode = At(*first, 3) >> 3 & 7;
   const unsigned bitsCode = At(*first, 3) & 7;
@@ -178,21 +178,21 @@ void ReadAudio(const Votes& votes, DVFacts& facts) {
   const unsigned stype = At(*first, 2) & 0x1F;
   facts.audioChannels = stype == 3 ? 8 : stype == 2 ? 4 : 2;
   if (facts.audioBits != 12) return;
-  // With 12 bits there is room for four channels; the second pair is often empty.
-  const auto second = votes.Most(kAudioSource + kSecondHalf);
+  // 12-bit audio has room for four channels; the second pair is often unused.
+  const auto second = votes.MostFrequent(kAudioSource + kSecondHalf);
   const bool empty = second && (At(*second, 1) & 0x0F) == kNoAudio;
   facts.audioChannels = empty ? 2 : 4;
 }
 
 void ReadAspect(const Votes& votes, unsigned apt, DVFacts& facts) {
-  const auto control = votes.Most(kVideoControl);
+  const auto control = votes.MostFrequent(kVideoControl);
   if (!control) return;
   const unsigned display = At(*control, 1) & 0x07;
   facts.wide = display == 1 || display == 2 || (display == 7 && apt == 0);
 }
 
 const Kind& KindOf(bool pal, const Votes& votes) {
-  const auto source = votes.Most(kVideoSource);
+  const auto source = votes.MostFrequent(kVideoSource);
   const unsigned stype = source ? At(*source, 2) & 0x1F : 0;
   for (const Kind& kind : kKinds) {
     if (kind.pal == pal && kind.stype == stype) return kind;
@@ -238,7 +238,7 @@ void SetDVFacts(const DVFacts& facts, TXMPMeta& meta) {
   if (facts.height >= 720) {
     SetPixelAspectRatio(meta, 16 * std::uint64_t{facts.height}, 9 * std::uint64_t{facts.width});
   } else if (facts.wide) {
-    // The usual ratios of ITU-R BT.601 sampling.
+    // The sample aspect ratios of ITU-R BT.601.
     constexpr unsigned kRatios[2][2][2] = {{{10, 11}, {40, 33}}, {{12, 11}, {16, 11}}};
     const auto& ratio = kRatios[facts.pal ? 1 : 0][*facts.wide ? 1 : 0];
     SetPixelAspectRatio(meta, ratio[0], ratio[1]);

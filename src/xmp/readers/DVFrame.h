@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What a DV frame tells about itself, for raw DV files and for DV in other containers.
+// Facts of a DV frame, for raw DV files and for DV in other containers.
 //
-// Facts: the layout of DIF blocks and packs is that of IEC 61834 and SMPTE ST 314, checked on
-// frames of cameras. A frame can be damaged in any part, so each fact is the value that occurs most
-// in it.
+// Facts: DIF blocks and packs are laid out as in IEC 61834 and SMPTE ST 314, verified on frames of
+// cameras. Any part of a frame can be damaged, so each fact is the value that occurs most often.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +15,7 @@
 namespace Sorvik::xmp {
 
 struct DVFacts {
-  // From the kind of the frame, always there.
+  // From the frame format, always present.
   bool pal = false;              // 625/50 rather than 525/60
   std::uint32_t frameBytes = 0;  // size of one frame
   std::uint32_t width = 0;
@@ -35,11 +34,11 @@ struct DVFacts {
 // The largest frame of any kind; a caller needs no more than this for one frame.
 inline constexpr std::uint32_t kMaxDVFrameBytes = 576000;
 
-// The facts of the frame that begins at the first byte of `bytes`. The frame may be cut short: what
-// is there counts. Nothing if no DV frame begins there. Raises nothing.
+// Reads the facts of the frame at the start of `bytes`. A truncated frame gives the facts it
+// contains. Returns nullopt if there is no DV frame. Never throws.
 std::optional<DVFacts> ReadDVFrame(foundation::ByteReader bytes);
 
-// Stores the facts as properties. Duration isn't one of them: the container knows it.
+// Stores the facts as properties, except the duration, which only the container knows.
 void SetDVFacts(const DVFacts& facts, TXMPMeta& meta);
 
 }  // namespace Sorvik::xmp

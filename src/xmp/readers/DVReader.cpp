@@ -9,16 +9,17 @@ namespace {
 
 using foundation::ByteReader;
 
-// A lost frame at the head of a recording is followed by good ones soon.
+// A damaged frame at the start of a recording is soon followed by intact ones.
 constexpr std::uint32_t kFramesToTry = 3;
 
 bool Complete(const DVFacts& facts) {
-  // Four channels are told from two only by the second half of a frame.
+  // Only the second half of a frame distinguishes four channels from two.
   return facts.recorded && facts.timecode && facts.wide && facts.audioRate != 0 &&
          facts.audioBits != 12;
 }
 
-// Takes from a later frame what `facts` lacks. Not the timecode: the first frame's is wanted.
+// Fills facts missing from `facts` with those of a later frame, except the timecode, which must be
+// that of the first frame.
 void Fill(const DVFacts& frame, DVFacts& facts) {
   if (!facts.recorded) facts.recorded = frame.recorded;
   if (!facts.wide) facts.wide = frame.wide;
@@ -28,8 +29,8 @@ void Fill(const DVFacts& frame, DVFacts& facts) {
   facts.audioChannels = frame.audioChannels;
 }
 
-// The head holds about half of the first frame. Only if that lacks something, the whole frame and
-// some behind it are read.
+// The head contains about half of the first frame. Complete frames are read only if that lacks a
+// fact.
 DVFacts ReadFrames(const ReaderInput& input, const DVFacts& start) {
   if (Complete(start) || input.file.Size() <= input.head.Size()) return start;
   const auto bytes = input.file.Read(0, kFramesToTry * start.frameBytes);

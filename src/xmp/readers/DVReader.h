@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Raw DV files (.DV): frames of one size, one behind the other.
+// Raw DV files (.DV): consecutive frames of one size.
 #pragma once
 
 #include <optional>
@@ -12,8 +12,9 @@ namespace Sorvik::xmp {
 
 extern const Reader kDVReader;
 
-// The start of recording that an HDV or DV recording unit writes into a file's name, such as
-// "00_0001_2009-03-14_101530.M2T": camera, clip, date, time. Nothing where the clock wasn't set.
+// Parses the start of recording from the file names of HDV and DV recording units, such as
+// "00_0001_2009-03-14_101530.M2T": camera, clip, date, time. Returns nullopt if the clock wasn't
+// set.
 std::optional<DateTime> DateFromRecorderName(std::string_view path);
 
 }  // namespace Sorvik::xmp

@@ -30,10 +30,11 @@ constexpr std::uint16_t kDefaultScale = 50718;
 constexpr std::uint16_t kDefaultCropSize = 50720;
 constexpr std::uint16_t kActiveArea = 50829;
 
-// Converters write a preview or two beside the raw picture.
+// Converters write one or two previews next to the raw image.
 constexpr std::uint64_t kMaxSubIFDs = 16;
 
-// The directory of the raw picture: cameras write it first, converters put a thumbnail in front.
+// The directory of the raw image: cameras write it first, converters put a thumbnail in front of
+// it.
 TiffDirectory RawDirectory(TiffWalker& walker, const TiffDirectory& first) {
   constexpr std::uint64_t kMainPicture = 0;
   if (walker.Number(first, tiff::kSubfileType).value_or(kMainPicture) == kMainPicture) return first;
@@ -49,7 +50,7 @@ std::uint32_t Pixels(const std::optional<std::uint64_t>& value) {
   return value && *value <= 0xFFFF'FFFF ? static_cast<std::uint32_t>(*value) : 0;
 }
 
-// The picture to be shown, else the area of the sensor that holds picture, else what is stored.
+// The crop to be shown, otherwise the active area of the sensor, otherwise the stored size.
 void SetSize(TiffWalker& walker, const TiffDirectory& raw, TXMPMeta& meta) {
   SetFrameSize(meta, Pixels(walker.Number(raw, tiff::kImageWidth)),
                Pixels(walker.Number(raw, tiff::kImageLength)));
@@ -85,7 +86,7 @@ const char* CompressionName(std::uint64_t compression) {
   }
 }
 
-// The eight bytes of the first time code are those of SMPTE ST 12-1; the rest are user bits.
+// The first eight bytes of a time code are those of SMPTE ST 12-1; the others are user bits.
 void SetTimecode(TiffWalker& walker, const TiffDirectory& first, Rate rate, TXMPMeta& meta) {
   constexpr std::uint64_t kMaxBytes = 80;  // ten time codes
   const std::string bytes = walker.Bytes(first, kTimeCodes, kMaxBytes);
@@ -95,7 +96,7 @@ void SetTimecode(TiffWalker& walker, const TiffDirectory& first, Rate rate, TXMP
   if (timecode) SetStartTimecode(meta, *timecode, rate);
 }
 
-// "Canon EOS 5D" holds its maker's name already.
+// "Canon EOS 5D" already includes the maker's name.
 std::string FullModel(const std::string& make, const std::string& model) {
   if (make.empty() || model.empty() || model.starts_with(make)) return model;
   return make + " " + model;
@@ -127,7 +128,7 @@ void SetDngTags(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta) 
   SetFrameRate(meta, rate);
   SetTimecode(walker, first, rate, meta);
   if (!meta.HasProperty(kNsXMP, "CreateDate")) {
-    // Cameras that write no Exif directory have the moment of recording here.
+    // Cameras that write no Exif directory store the time of recording here.
     meta.SetProperty(kNsXMP, "CreateDate", ExifDate(walker.Text(first, tiff::kDateTime)));
   }
   const TiffDirectory raw = RawDirectory(walker, first);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The tags that DNG adds to TIFF, those of CinemaDNG among them, as properties.
+// The tags that DNG, including CinemaDNG, adds to TIFF, as properties.
 // Facts: DNG 1.4, chapter 4; CinemaDNG 1.1.
 #pragma once
 
@@ -7,11 +7,11 @@
 
 namespace Sorvik::xmp {
 
-// True if the first directory is that of a DNG file.
+// True if `first` is the first directory of a DNG file.
 bool IsDng(const TiffDirectory& first) noexcept;
 
-// Stores what a DNG file tells beyond the tags of TIFF and Exif, and over them: one frame has no
-// duration.
+// Stores the DNG facts, replacing those of TIFF and Exif tags. Stores no duration: the file is a
+// single frame.
 void SetDngTags(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta);
 
 }  // namespace Sorvik::xmp

@@ -28,7 +28,7 @@ constexpr std::uint16_t kProcessingMethod = 27;
 
 constexpr std::uint64_t kMaxProcessingMethodBytes = 4096;
 
-// ".123" from the digits of a SubSecTime tag; empty for zeros and for what is no number.
+// ".123" from the digits of a SubSecTime tag; empty for zeros and for invalid text.
 std::string SubSeconds(const std::string& digits) {
   if (digits.empty() || digits.size() > 9) return {};
   if (digits.find_first_not_of("0123456789") != std::string::npos) return {};
@@ -86,7 +86,7 @@ class ExifStore {
     StoreCopyright();
   }
 
-  // The photographer's and the editor's notice stand in one tag, a NUL between (Exif, 4.6.4).
+  // The photographer's and the editor's copyright are in one tag, separated by a NUL (Exif, 4.6.4).
   void StoreCopyright() {
     std::string bytes = walker_.Bytes(first_, tiff::kCopyright, 65536);
     const std::size_t second = bytes.find('\0');
@@ -101,7 +101,8 @@ class ExifStore {
     any_ = true;
   }
 
-  // `kind` 0 is DateTime, 1 Original, 2 Digitized: the order of the tags that go with them.
+  // `kind` 0 is DateTime, 1 Original, 2 Digitized: the order of their SubSecTime and OffsetTime
+  // tags.
   std::string Date(const TiffDirectory& exif, const std::string& raw, std::uint16_t kind) {
     std::string date = ExifDate(raw);
     if (date.empty()) return date;
@@ -125,7 +126,7 @@ class ExifStore {
     for (std::uint64_t i = 0; i < parts.size(); ++i) {
       const auto part = walker_.Ratio(gps, tag, i);
       if (!part || part->negative || (i == 0 && part->den == 0)) return;
-      // Some devices write 0/0 for minutes or seconds that they don't tell.
+      // Some devices write 0/0 for unknown minutes or seconds.
       parts[i] = part->den == 0 ? Rate{0, 1} : Rate{part->num, part->den};
     }
     if (reference.size() != 1) return;
@@ -147,7 +148,7 @@ class ExifStore {
     StoreProcessingMethod(walker_.Bytes(gps, kProcessingMethod, kMaxProcessingMethodBytes));
   }
 
-  // Eight bytes name the character set (Exif, 4.6.6).
+  // The first eight bytes name the character set (Exif, 4.6.6).
   void StoreProcessingMethod(const std::string& bytes) {
     if (bytes.size() <= 8) return;
     const std::string_view text = std::string_view(bytes).substr(8);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The tags of TIFF and Exif as properties, the same for TIFF files and for the Exif blocks of other
-// files. Facts: TIFF 6.0; Exif 2.32, tables 4 to 15.
+// The tags of TIFF and Exif as properties, shared by TIFF files and the Exif blocks of other
+// formats.
+// Facts: TIFF 6.0; Exif 2.32, tables 4 to 15.
 #pragma once
 
 #include "xmp/readers/TiffWalker.h"
@@ -28,11 +29,11 @@ enum Tag : std::uint16_t {
 };
 }  // namespace tiff
 
-// Stores what the first directory of `walker` and its Exif and GPS directories tell. True if any
-// property was stored.
+// Stores the facts of the first directory of `walker` and of its Exif and GPS directories. Returns
+// true if any property was stored.
 bool SetExifTags(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta);
 
-// The same for an Exif block that begins with a TIFF header.
+// Same for an Exif block that begins with a TIFF header.
 bool SetExifBlock(foundation::ByteReader block, TXMPMeta& meta);
 
 }  // namespace Sorvik::xmp

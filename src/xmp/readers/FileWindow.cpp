@@ -20,7 +20,7 @@ ByteReader FileWindow::At(std::uint64_t offset, std::uint64_t count) {
     return ByteReader();
   }
   ++reads_;
-  const std::uint64_t wanted = std::min(std::max(count, leastRead_), size_ - offset);
+  const std::uint64_t wanted = std::min(std::max(count, minRead_), size_ - offset);
   window_ = file_->Read(offset, static_cast<std::size_t>(wanted));
   windowStart_ = offset;
   bytesRead_ += window_.size();

@@ -9,15 +9,15 @@ namespace {
 
 using foundation::ByteReader;
 
-// Facts: GIF89a, sections 18 to 26; ISO 16684-3, 1.1.2. The packet stands there as it is, not cut
-// into sub-blocks. A decoder that takes it for some is led out by the 258 bytes behind: 1, then 255
-// down to 0, then 0.
+// Facts: GIF89a, sections 18 to 26; ISO 16684-3, 1.1.2. The packet is stored unmodified, not split
+// into sub-blocks. It is followed by 258 bytes (1, then 255 down to 0, then 0) that bring decoders
+// which interpret it as sub-blocks to the end of the extension.
 constexpr std::string_view kExtension{"\x21\xFF\x0BXMP DataXMP", 14};
 constexpr std::string_view kTrailerStart{"\x01\xFF\xFE\xFD\xFC", 5};
-// Writers put it in front of the pictures or right at the end.
+// Writers put it in front of the images or at the end of the file.
 constexpr std::uint64_t kTailLength = 64 * 1024;
 
-// The packet of the extension in `bytes`; empty if there is none that is complete.
+// Returns the packet of the extension in `bytes`; empty if there is no complete one.
 std::string_view FindPacket(std::string_view bytes) {
   const std::size_t at = bytes.find(kExtension);
   if (at == std::string_view::npos) return {};
@@ -30,8 +30,8 @@ bool Recognises(const ReaderInput& input) {
   return input.head.Matches(0, "GIF89a") || input.head.Matches(0, "GIF87a");
 }
 
-// The signature of fourteen bytes doesn't come about in packed pixels by chance: it is searched
-// for, since the way to it over sub-blocks leads through the whole of the file.
+// Searches for the 14-byte signature, which doesn't occur in compressed pixels by chance. Following
+// the sub-blocks would mean reading the complete file.
 void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
   if (!Recognises(input)) return;
   FileWindow file(input);

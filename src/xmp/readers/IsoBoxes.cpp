@@ -18,7 +18,7 @@ std::optional<IsoBox> IsoBoxes::Next() {
     headerSize = 16;
     size = header.U64BE(8).value_or(0);
   } else if (size == 0) {
-    size = end_ - next_;  // to the end of what is around it
+    size = end_ - next_;  // extends to the end of the parent
   }
   if (size < headerSize) return std::nullopt;
   size = std::min(size, end_ - next_);
@@ -29,9 +29,9 @@ std::optional<IsoBox> IsoBoxes::Next() {
   return box;
 }
 
-std::optional<IsoBox> FindBox(FileWindow& file, const IsoBox& around, std::uint32_t type,
+std::optional<IsoBox> FindBox(FileWindow& file, const IsoBox& parent, std::uint32_t type,
                               std::uint64_t skip) {
-  IsoBoxes boxes(file, around, skip);
+  IsoBoxes boxes(file, parent, skip);
   while (const auto box = boxes.Next()) {
     if (box->type == type) return box;
   }

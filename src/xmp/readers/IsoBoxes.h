@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The boxes of which ISO base media files are made (atoms in QuickTime's words).
+// The boxes of ISO base media files (QuickTime: atoms).
 // Facts: ISO/IEC 14496-12, 4.2.
 #pragma once
 
@@ -11,7 +11,7 @@
 
 namespace Sorvik::xmp {
 
-// Four characters as a number; upper bytes are the first ones.
+// Four characters as a big-endian number.
 constexpr std::uint32_t FourCC(std::string_view code) noexcept {
   std::uint32_t value = 0;
   for (const char c : code) value = value << 8 | static_cast<unsigned char>(c);
@@ -20,22 +20,23 @@ constexpr std::uint32_t FourCC(std::string_view code) noexcept {
 
 struct IsoBox {
   std::uint32_t type = 0;
-  std::uint64_t body = 0;  // where it begins in the file, behind size and type
-  std::uint64_t end = 0;   // never past the end of the box around it
+  std::uint64_t body = 0;  // offset in the file, after size and type
+  std::uint64_t end = 0;   // never past the end of the parent box
 
   std::uint64_t Size() const noexcept { return end - body; }
 };
 
-// Goes over the boxes that stand between two places of a file.
+// Iterates over the boxes in a range of a file.
 class IsoBoxes {
  public:
   IsoBoxes(FileWindow& file, std::uint64_t begin, std::uint64_t end)
       : file_(file), next_(begin), end_(end) {}
-  // Those inside of a box, `skip` bytes behind its start.
-  IsoBoxes(FileWindow& file, const IsoBox& around, std::uint64_t skip = 0)
-      : IsoBoxes(file, around.body + skip, around.end) {}
+  // The children of a box, starting `skip` bytes after the start of its body.
+  IsoBoxes(FileWindow& file, const IsoBox& parent, std::uint64_t skip = 0)
+      : IsoBoxes(file, parent.body + skip, parent.end) {}
 
-  // The next box; nothing at the end, at damage, and after a number no real file reaches.
+  // Returns the next box; nullopt at the end, at invalid sizes, and after the maximum number of
+  // boxes.
   std::optional<IsoBox> Next();
 
  private:
@@ -47,8 +48,8 @@ class IsoBoxes {
   unsigned boxes_ = 0;
 };
 
-// The first box of that type inside; nothing if there is none.
-std::optional<IsoBox> FindBox(FileWindow& file, const IsoBox& around, std::uint32_t type,
+// Returns the first child box of that type; nullopt if there is none.
+std::optional<IsoBox> FindBox(FileWindow& file, const IsoBox& parent, std::uint32_t type,
                               std::uint64_t skip = 0);
 
 }  // namespace Sorvik::xmp

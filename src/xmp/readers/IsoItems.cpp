@@ -20,8 +20,7 @@ struct Items {
   std::optional<std::uint32_t> exif;
 };
 
-// infe: version and flags, number, protection, type, name, content type. Older versions describe no
-// types.
+// infe: version and flags, id, protection, type, name, content type. Older versions have no type.
 void ReadEntry(ByteReader entry, Items& items) {
   const unsigned version = entry.U8(0).value_or(0);
   if (version != 2 && version != 3) return;
@@ -48,7 +47,7 @@ Items ReadItems(FileWindow& file, const IsoBox& iinf) {
   return items;
 }
 
-// Numbers of iloc have 0, 4 or 8 bytes, as its head tells.
+// Fields of iloc have 0, 4 or 8 bytes, as given in its header.
 class Locations {
  public:
   explicit Locations(ByteReader iloc) : iloc_(iloc) {}
@@ -57,7 +56,8 @@ class Locations {
     std::uint64_t offset = 0;
     std::uint64_t length = 0;
   };
-  // Where the item is in the file; nothing if it's in several parts or elsewhere.
+  // Returns the position of the item in the file; nullopt if it has several extents or is stored
+  // elsewhere.
   std::optional<Place> Find(std::uint32_t wanted) {
     version_ = iloc_.U8(0).value_or(0);
     if (version_ > 2) return std::nullopt;
@@ -111,14 +111,15 @@ std::string ItemBytes(FileWindow& file, const IsoBox& iloc, std::optional<std::u
 
 }  // namespace
 
-bool TakeItems(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta, std::string& packet) {
+bool ReadItemMetadata(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta,
+                      std::string& packet) {
   if (metaBox.Size() < kVersionAndFlags) return false;
   const auto iinf = FindBox(file, metaBox, FourCC("iinf"), kVersionAndFlags);
   const auto iloc = FindBox(file, metaBox, FourCC("iloc"), kVersionAndFlags);
   if (!iinf || !iloc) return false;
   const Items items = ReadItems(file, *iinf);
   if (packet.empty()) packet = ItemBytes(file, *iloc, items.xmp);
-  // The offset of the TIFF header behind this number, then the block.
+  // The offset of the TIFF header after this field, then the block.
   const std::string exif = ItemBytes(file, *iloc, items.exif);
   const ByteReader bytes = foundation::ReaderOf(exif);
   const auto skip = bytes.U32BE(0);

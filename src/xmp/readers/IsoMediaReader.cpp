@@ -18,7 +18,7 @@ using foundation::ByteReader;
 constexpr std::string_view kXMPUUID{
     "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC", 16};
 
-// With what such files begin; JPEG 2000 has a signature of its own.
+// The first boxes of such files; JPEG 2000 has its own signature.
 constexpr std::uint32_t kFirstBoxes[] = {
     FourCC("ftyp"), FourCC("moov"), FourCC("mdat"), FourCC("wide"),
     FourCC("free"), FourCC("skip"), FourCC("pnot"), FourCC("jP  "),
@@ -42,11 +42,11 @@ void ReadMoov(FileWindow& file, const IsoBox& moov, const WantedProperties& want
       SetMetaItems(file, box, output.native);
     }
   }
-  if (wanted.Wants(kNsDM, "startTimecode")) SetStartOfMovie(file, movie, output.native);
+  if (wanted.Wants(kNsDM, "startTimecode")) SetMovieTimecode(file, movie, output.native);
   output.hasNative = true;
 }
 
-// The media themselves are jumped over, wherever they stand.
+// Media data is skipped, wherever it is.
 void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
   if (!Recognises(input)) return;
   FileWindow file(input);
@@ -61,10 +61,10 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
                box->Size() > kXMPUUID.size()) {
       output.packet = file.Copy(box->body + kXMPUUID.size(), box->Size() - kXMPUUID.size());
     } else if (box->type == FourCC("meta")) {
-      const bool exif = TakeItems(file, *box, output.native, output.packet);
+      const bool exif = ReadItemMetadata(file, *box, output.native, output.packet);
       output.hasNative = output.hasNative || exif;
     } else if (box->type == FourCC("moof")) {
-      return;  // a stream in fragments goes on like this to its end
+      return;  // the rest of a fragmented stream is the same
     }
   }
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// ISO base media files: MP4, MOV and what is built like them, pictures (HEIC, AVIF) among them.
+// ISO base media files: MP4, MOV and derived formats, including images (HEIC, AVIF).
 // XMP, tracks, texts and items.
 #pragma once
 

@@ -14,15 +14,15 @@ namespace {
 
 using foundation::ByteReader;
 
-// Offsets in a sample description, which begins with its size, type, 6 bytes reserved and the index
+// Offsets in a sample description, which begins with its size, type, 6 reserved bytes and the index
 // of its data reference.
 constexpr std::uint64_t kType = 4;
 constexpr std::uint64_t kVersion = 16;
-// Picture.
+// Video.
 constexpr std::uint64_t kWidth = 32;
 constexpr std::uint64_t kHeight = 34;
 constexpr std::uint64_t kVideoBoxes = 86;
-// Sound.
+// Audio.
 constexpr std::uint64_t kChannels = 24;
 constexpr std::uint64_t kSampleBits = 26;
 constexpr std::uint64_t kSampleRate = 32;  // 16.16
@@ -38,7 +38,7 @@ constexpr std::uint64_t kFrameDuration = 28;
 constexpr std::uint64_t kFramesPerSecond = 32;
 constexpr std::uint64_t kTimecodeBoxes = 34;
 
-// fiel: number of fields, order. Top first where the top field is stored (1) or shown (9) first.
+// fiel: number of fields, order. Upper first if the top field is stored (1) or displayed (9) first.
 const char* FieldOrder(ByteReader fiel) {
   if (fiel.U8(0) == 1) return "Progressive";
   if (fiel.U8(0) != 2) return "";
@@ -54,7 +54,7 @@ const char* FieldOrder(ByteReader fiel) {
   }
 }
 
-// colr: kind, primaries (ITU-T H.273).
+// colr: type, primaries (ITU-T H.273).
 const char* ColorSpace(ByteReader colr) {
   if (!colr.Matches(0, "nclc") && !colr.Matches(0, "nclx")) return "";
   switch (colr.U16BE(4).value_or(0)) {
@@ -75,34 +75,35 @@ struct Sound {
   unsigned channels = 0;
 };
 
-// Behind a descriptor's length: seven bits a byte, the eighth where another follows.
-std::uint64_t BehindLength(ByteReader bytes, std::uint64_t at) {
+// Returns the offset after a descriptor length: seven bits per byte, the eighth set if another byte
+// follows.
+std::uint64_t OffsetAfterLength(ByteReader bytes, std::uint64_t at) {
   constexpr unsigned kMaxBytes = 4;
   for (unsigned i = 1; i < kMaxBytes && (bytes.U8(at).value_or(0) & 0x80) != 0; ++i) ++at;
   return at + 1;
 }
 
-// The channels by the decoder's configuration in an elementary stream descriptor (ISO/IEC 14496-1,
-// 7.2.6, and 14496-3, 1.6.2); 0 if it doesn't tell.
+// The channels from the decoder configuration in an elementary stream descriptor (ISO/IEC 14496-1,
+// 7.2.6, and 14496-3, 1.6.2); 0 if unknown.
 unsigned ChannelsOfDecoder(ByteReader esds) {
   constexpr std::uint64_t kFlags = 4;  // of the box
   const auto at = [&esds](std::uint64_t place) { return esds.U8(place).value_or(0); };
   if (at(kFlags) != 3) return 0;  // ES_Descriptor
-  std::uint64_t place = BehindLength(esds, kFlags + 1);
+  std::uint64_t place = OffsetAfterLength(esds, kFlags + 1);
   const unsigned parts = at(place + 2);
   place += 3;
   if ((parts & 0x80) != 0) place += 2;
   if ((parts & 0x40) != 0) place += std::uint64_t{1} + at(place);
   if ((parts & 0x20) != 0) place += 2;
   if (at(place) != 4) return 0;  // DecoderConfigDescriptor
-  place = BehindLength(esds, place + 1);
+  place = OffsetAfterLength(esds, place + 1);
   constexpr unsigned kMPEG4Audio = 0x40;
   if (at(place) != kMPEG4Audio) return 0;
   place += 13;
   if (at(place) != 5) return 0;  // DecoderSpecificInfo
-  BitReader bits(esds.Clip(BehindLength(esds, place + 1)));
+  BitReader bits(esds.Clip(OffsetAfterLength(esds, place + 1)));
   const unsigned type = bits.Bits(5);
-  constexpr unsigned kParametricStereo = 29;  // one channel that becomes two
+  constexpr unsigned kParametricStereo = 29;  // one channel decoded to two
   if (type == kParametricStereo) return 0;
   if (type == 31) bits.Skip(6);
   if (bits.Bits(4) == 15) bits.Skip(24);
@@ -111,8 +112,8 @@ unsigned ChannelsOfDecoder(ByteReader esds) {
   return configuration == 7 ? 8 : configuration;
 }
 
-// The channels of AC-3 and of the first stream of Enhanced AC-3 (ETSI TS 102 366, annex F), which
-// stand `before` bits behind the start of the box.
+// The channels of AC-3 and of the first stream of Enhanced AC-3 (ETSI TS 102 366, annex F),
+// `before` bits after the start of the box.
 unsigned ChannelsOfAC3(ByteReader box, unsigned before) {
   constexpr unsigned kMain[] = {2, 1, 2, 3, 3, 4, 4, 5};
   BitReader bits(box);
@@ -122,7 +123,7 @@ unsigned ChannelsOfAC3(ByteReader box, unsigned before) {
   return bits.Good() ? main + effects : 0;
 }
 
-// QuickTime has the descriptor a level deeper.
+// In QuickTime files the descriptor is one level deeper.
 unsigned ChannelsOfDecoder(ByteReader entry, std::uint64_t boxes) {
   FileWindow memory(entry);
   const IsoBox all{0, boxes, entry.Size()};
@@ -147,7 +148,7 @@ Sound ReadSound(ByteReader entry) {
   sound.rate = entry.U32BE(kSampleRate).value_or(0) >> 16;
   const unsigned version = entry.U16BE(kVersion).value_or(0);
   if (version != 2) {
-    // Writers of MP4 give two channels in the entry whatever there are.
+    // MP4 writers store two channels in the entry for any number of channels.
     const unsigned channels =
         entry.Size() > kSoundBoxes
             ? ChannelsOfDecoder(entry, version == 1 ? kSoundBoxesV1 : kSoundBoxes)
@@ -199,7 +200,7 @@ void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta) {
   const std::string name = AudioCodecName(first.type);
   meta.SetProperty(kNsDM, "audioCompressor", name);
   SetAudioSampleRate(meta, first.rate);
-  // Several tracks of more than one channel are languages or mixes, of which the first counts.
+  // Several tracks with more than one channel are languages or mixes; only the first is used.
   SetAudioChannels(meta, eachMono ? channels : first.channels);
   if (name != "PCM") {
     meta.SetProperty(kNsDM, "audioSampleType", "Compressed");

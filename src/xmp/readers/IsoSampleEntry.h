@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Sample descriptions of ISO base media files: what a track's samples are made of.
+// Sample descriptions of ISO base media files: the format of a track's samples.
 // Facts: ISO/IEC 14496-12, 12.1 and 12.2, 14496-1 and -3; ETSI TS 102 366, annex F; QuickTime File
 // Format, "Media Data Atom Types".
 #pragma once
@@ -12,14 +12,14 @@
 
 namespace Sorvik::xmp {
 
-// Size in pixels, codec, pixel aspect, order of fields and colour space.
+// Size in pixels, codec, pixel aspect ratio, field order and colour space.
 void SetVideoEntry(foundation::ByteReader entry, TXMPMeta& meta);
 
-// The first sound track; where each channel has a track of its own, their number.
+// The first audio track; if each channel has a track of its own, the number of these tracks.
 void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta);
 
 struct TimecodeEntry {
-  unsigned base = 0;  // frames to the second of the text; 0 unknown
+  unsigned base = 0;  // frames per second of the timecode text; 0 unknown
   bool drop = false;
   Rate rate;
   std::string reel;

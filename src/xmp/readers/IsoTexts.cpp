@@ -34,10 +34,10 @@ enum class Fact {
 };
 struct Name {
   std::string_view code;  // type of a box or item
-  std::string_view key;   // the part of a key behind its reverse-domain prefix
+  std::string_view key;   // the part of a key after its reverse-domain prefix
   Fact fact;
 };
-// The copyright sign of QuickTime's types is one byte.
+// The copyright sign in QuickTime types is one byte.
 constexpr Name kNames[] = {
     {"\xA9nam", "title", Fact::kTitle},
     {"titl", "displayname", Fact::kTitle},
@@ -100,8 +100,8 @@ const Name* FindKey(std::string_view key) {
   return found == std::end(kNames) || key.empty() ? nullptr : found;
 }
 
-// A moment is the recording's, and tells its zone, which the movie header doesn't; a day or a year
-// is that of the publication.
+// A full date and time is the time of recording with its zone, which the movie header lacks; a date
+// or year alone is the release date.
 void SetDate(TXMPMeta& meta, const std::string& text) {
   const std::string date = ExifDate(text);
   if (date.empty()) {
@@ -151,8 +151,8 @@ void Store(TXMPMeta& meta, Fact fact, const std::string& text) {
   }
 }
 
-// User data of QuickTime: length, language, text. That of 3GPP: version and flags, language, text
-// that ends with a NUL.
+// QuickTime user data: length, language, text. 3GPP: version and flags, language, NUL-terminated
+// text.
 std::string UserText(std::uint32_t type, ByteReader body) {
   if (type >> 24 == 0xA9) return NativeText(body.Clip(4, body.U16BE(0).value_or(0)).Text());
   const std::string_view text = body.Clip(6).Text();
@@ -160,7 +160,7 @@ std::string UserText(std::uint32_t type, ByteReader body) {
   return wide ? UTF16Text(text, true) : NativeText(text);
 }
 
-// data: kind of the value, country and language, value.
+// data: type of the value, country and language, value.
 std::string ItemText(FileWindow& file, const IsoBox& item) {
   const auto data = FindBox(file, item, FourCC("data"));
   if (!data) return {};
@@ -175,7 +175,7 @@ std::string ItemText(FileWindow& file, const IsoBox& item) {
   }
 }
 
-// keys: version and flags, number, then for each its size, namespace and name.
+// keys: version and flags, count, then size, namespace and name for each.
 std::vector<const Name*> ReadKeys(FileWindow& file, const IsoBox& keys) {
   std::vector<const Name*> names;
   const ByteReader body = file.At(keys.body, std::min(kMaxTextBytes, keys.Size()));
@@ -193,7 +193,7 @@ std::vector<const Name*> ReadKeys(FileWindow& file, const IsoBox& keys) {
 }  // namespace
 
 void SetMetaItems(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta) {
-  // QuickTime writes it without the version and flags that it has elsewhere.
+  // QuickTime writes this box without the version and flags that it has elsewhere.
   const std::uint64_t skip = file.At(metaBox.body, 8).Matches(4, "hdlr") ? 0 : 4;
   if (metaBox.Size() < skip) return;
   std::vector<const Name*> keys;
@@ -204,7 +204,7 @@ void SetMetaItems(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta) {
   IsoBoxes items(file, *list);
   while (const auto item = items.Next()) {
     const Name* name = FindCode(item->type);
-    // Items with keys have the number of their key as type, from 1.
+    // The type of an item with a key is the index of its key, from 1.
     if (item->type >= 1 && item->type <= keys.size()) name = keys[item->type - 1];
     if (name != nullptr) Store(meta, name->fact, ItemText(file, *item));
   }

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
-// The texts that ISO base media files hold about themselves: user data of QuickTime and 3GPP, item
-// lists, and items with keys. Facts: QuickTime File Format, "User Data Atoms" and "Metadata";
-// 3GPP TS 26.244, clause 8.
+// Text metadata of ISO base media files: QuickTime and 3GPP user data, item lists, and items with
+// keys.
+// Facts: QuickTime File Format, "User Data Atoms" and "Metadata"; 3GPP TS 26.244, clause 8.
 #pragma once
 
 #include "xmp/readers/IsoBoxes.h"
 
 namespace Sorvik::xmp {
 
-// Stores what a 'udta' box tells, its item lists included. `packet` takes the XMP in it, unless it
-// holds some already.
+// Stores the facts of a 'udta' box, including its item lists. `packet` receives its XMP if it is
+// empty.
 void SetUserData(FileWindow& file, const IsoBox& udta, TXMPMeta& meta, std::string& packet);
 
-// Stores what the item list of a 'meta' box tells.
+// Stores the facts of the item list of a 'meta' box.
 void SetMetaItems(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta);
 
 }  // namespace Sorvik::xmp

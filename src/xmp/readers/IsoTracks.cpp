@@ -15,10 +15,10 @@ namespace {
 using foundation::ByteReader;
 
 constexpr std::size_t kMaxTracks = 64;
-// A description with all that is used of it; the largest hold a few pictures' parameters.
+// A description with all parts that are used; the largest contain the parameter sets of the video.
 constexpr std::uint64_t kMaxEntryBytes = 4096;
 
-// Two layouts of the same record: times and durations of four bytes, or of eight.
+// The two layouts of the same record: times and durations of four or of eight bytes.
 struct Times {
   std::uint64_t created = 0;
   std::uint64_t modified = 0;
@@ -58,11 +58,11 @@ class TrackParser {
   }
 
  private:
-  ByteReader Body(const IsoBox& box, std::uint64_t most) {
-    return file_.At(box.body, std::min(most, box.Size()));
+  ByteReader Body(const IsoBox& box, std::uint64_t maxBytes) {
+    return file_.At(box.body, std::min(maxBytes, box.Size()));
   }
 
-  // Width and height end the record, as 16.16 fixed numbers.
+  // Width and height are at the end of the record, as 16.16 fixed-point numbers.
   void ReadHeader(ByteReader tkhd) {
     const std::uint64_t size = tkhd.U8(0) == 1 ? 88 : 76;
     track_.width = tkhd.U32BE(size).value_or(0) >> 16;
@@ -84,7 +84,7 @@ class TrackParser {
     }
   }
 
-  // The tables of large files lie far from each other: it goes no further than it must.
+  // The tables of large files are far apart, so stop as early as possible.
   void ReadTables(const IsoBox& stbl) {
     IsoBoxes boxes(file_, stbl);
     while (!Complete()) {
@@ -130,8 +130,8 @@ class TrackParser {
         file_.Copy(stsd.body + 8, std::min<std::uint64_t>({size, stsd.Size() - 8, kMaxEntryBytes}));
   }
 
-  // Version and flags, number of entries, each a count and a duration. All samples of a constant
-  // rate are alike, but that the last may be cut.
+  // Version and flags, number of entries, each a count and a duration. With a constant rate all
+  // samples but the last have the same duration.
   void ReadDurations(ByteReader stts) {
     const std::uint32_t entries = stts.U32BE(4).value_or(0);
     const std::uint64_t count = stts.U32BE(8).value_or(0);
@@ -147,7 +147,7 @@ class TrackParser {
   bool sized_ = false;
 };
 
-// Files written in fragments tell durations apart from the tables.
+// Fragmented files store durations outside the tables.
 void ReadFragmentDefaults(FileWindow& file, const IsoBox& mvex, IsoMovie& movie) {
   const auto mehd = FindBox(file, mvex, FourCC("mehd"));
   if (!mehd || movie.duration != 0) return;
@@ -165,14 +165,14 @@ const IsoTrack* FirstTrack(const IsoMovie& movie, std::uint32_t handler) {
 Rate RateOf(const IsoTrack& track) {
   if (track.sampleUnits != 0) return Rate{track.timescale, track.sampleUnits};
   if (track.duration == 0 || track.samples < 2) return Rate();
-  // The mean of a rate that varies.
+  // The mean of a variable rate.
   const double rate =
       static_cast<double>(track.samples) * track.timescale / static_cast<double>(track.duration);
   if (!(rate > 0.001 && rate < 100'000)) return Rate();
   return Normalise(Rate{static_cast<std::uint64_t>(rate * 1000 + 0.5), 1000});
 }
 
-// In frames where all last equally long, else in units of the movie.
+// In frames if all have the same duration, otherwise in units of the movie.
 void SetMovieDuration(const IsoMovie& movie, const IsoTrack* video, TXMPMeta& meta) {
   if (video != nullptr && video->sampleUnits != 0 && video->samples > 1) {
     SetDuration(meta, video->samples, RateOf(*video));
@@ -182,13 +182,13 @@ void SetMovieDuration(const IsoMovie& movie, const IsoTrack* video, TXMPMeta& me
 }
 
 std::string DateOf1904(std::uint64_t seconds) {
-  // From 1904 to 1970; dates before that are clocks that were never set.
+  // From 1904 to 1970; earlier dates come from clocks that were never set.
   constexpr std::uint64_t kTo1970 = 2'082'844'800;
   if (seconds <= kTo1970) return {};
   std::uint64_t days = (seconds - kTo1970) / 86400;
   const std::uint64_t rest = (seconds - kTo1970) % 86400;
   if (days > 3'000'000) return {};
-  // Civil date of a day count, in years that begin in March.
+  // Converts a day count to a civil date, in years that begin in March.
   days += 719'468;
   const std::uint64_t era = days / 146'097;
   const std::uint64_t dayOfEra = days % 146'097;
@@ -250,11 +250,11 @@ void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
                    ReadTimecodeEntry(foundation::ReaderOf(timecode->entry)).reel);
 }
 
-void SetStartOfMovie(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
+void SetMovieTimecode(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
   const IsoTrack* track = FirstTrack(movie, FourCC("tmcd"));
   if (track == nullptr || track->firstChunk == 0) return;
   const TimecodeEntry entry = ReadTimecodeEntry(foundation::ReaderOf(track->entry));
-  // It counts frames from 00:00:00:00.
+  // The sample is a frame count from 00:00:00:00.
   const auto counter = file.At(track->firstChunk, 4).U32BE(0);
   if (!counter || entry.base == 0) return;
   SetStartTimecode(meta, TimecodeOfFrames(*counter, entry.base, entry.drop), entry.rate);

@@ -22,13 +22,13 @@ constexpr std::uint8_t kEOI = 0xD9;
 constexpr std::uint8_t kSOS = 0xDA;
 constexpr std::uint8_t kAPP1 = 0xE1;
 
-// What the body of an APP1 segment begins with (Exif 4.7.2; ISO 16684-3, 1.1.3).
+// Signatures of APP1 segments (Exif 4.7.2; ISO 16684-3, 1.1.3).
 constexpr std::string_view kExif{"Exif\0\0", 6};
 constexpr std::string_view kXMP{"http://ns.adobe.com/xap/1.0/\0", 29};
 constexpr std::string_view kExtension{"http://ns.adobe.com/xmp/extension/\0", 35};
 constexpr char kNsXMPNote[] = "http://ns.adobe.com/xmp/note/";
 
-// Part of an extension: signature, 32 hex digits, length of the whole, offset of this part, data.
+// An extension part: signature, 32 hex digits, total length, offset of this part, data.
 constexpr std::uint64_t kGUIDLength = 32;
 constexpr std::uint64_t kPartHeader = kExtension.size() + kGUIDLength + 4 + 4;
 struct ExtensionPart {
@@ -38,9 +38,9 @@ struct ExtensionPart {
   std::string data;
 };
 
-// Segments of up to 64 KiB behind the head are fetched several at once.
+// Segments of up to 64 KiB after the head are fetched several at a time.
 constexpr std::uint64_t kSegmentsAtOnce = 256 * 1024;
-// Cameras write a few dozen at most, unless an extension is long.
+// Cameras write a few dozen segments at most, unless an extension is long.
 constexpr unsigned kMaxSegments = 1024;
 
 class Segments {
@@ -78,7 +78,7 @@ class Segments {
  private:
   void Take(ByteReader body) {
     if (body.Matches(0, kExif)) {
-      // Borrowed from the window, which isn't moved meanwhile.
+      // Borrowed from the window, which isn't moved before the end of the call.
       output_.hasNative |= SetExifBlock(body.Clip(kExif.size()), output_.native);
     } else if (body.Matches(0, kXMP)) {
       if (output_.packet.empty()) output_.packet = body.Clip(kXMP.size()).Text();
@@ -98,7 +98,8 @@ class Segments {
     if (partBytes_ <= FileWindow::kMaxBytes) parts_.push_back(std::move(part));
   }
 
-  // The extension that belongs to the main packet; there may be left-overs of others.
+  // Returns the GUID of the extension that belongs to the main packet; left-over parts of other
+  // extensions may exist.
   std::string ExtensionName() const {
     std::string name;
     try {
@@ -107,13 +108,13 @@ class Segments {
                            static_cast<std::uint32_t>(output_.packet.size()));
       main.GetProperty(kNsXMPNote, "HasExtendedXMP", &name);
     } catch (const XMP_Error&) {
-      // A main packet that can't be read names no extension.
+      // A main packet that can't be parsed names no extension.
     }
     return name;
   }
 
-  // The parts put together, in any order in the file; empty unless all are there and the digest,
-  // which is the name, is right.
+  // Joins the parts, which may be in any order in the file. Returns empty text unless all parts
+  // exist and the MD5 digest equals the GUID.
   std::string Extension(const std::string& guid) {
     std::sort(parts_.begin(), parts_.end(),
               [](const auto& a, const auto& b) { return a.offset < b.offset; });

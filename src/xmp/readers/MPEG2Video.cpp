@@ -25,7 +25,7 @@ void ReadSequenceHeader(ByteReader bytes, VideoFacts& facts) {
   facts.height = *sizes & 0x0FFF;
   const unsigned rate = *codes & 0x0Fu;
   if (rate < std::size(kRates)) facts.rate = kRates[rate];
-  // The aspect is that of the picture but for 1, square samples.
+  // Display aspect ratios, except code 1: square samples.
   const unsigned aspect = *codes >> 4;
   constexpr std::uint32_t kPicture[5][2] = {{0, 0}, {0, 0}, {4, 3}, {16, 9}, {221, 100}};
   if (aspect == 1) {
@@ -79,7 +79,7 @@ void ReadGroup(ByteReader bytes, VideoFacts& facts) {
 
 std::uint64_t FindStartCode(ByteReader stream, std::uint64_t from) noexcept {
   const auto bytes = stream.Bytes();
-  // The third byte tells how far the next one can be.
+  // The third byte determines how far the next start code can be.
   for (std::size_t at = from; at + 2 < bytes.size();) {
     const std::byte third = bytes[at + 2];
     if (third > std::byte{1}) {
@@ -111,7 +111,7 @@ VideoFacts ReadMPEG2(ByteReader stream) {
     }
     if (id == kPictureExtension) {
       ReadPictureExtension(data, facts);
-      break;  // what is wanted stands in front of the first picture
+      break;  // everything needed precedes the first picture
     }
   }
   if (progressive) facts.fieldOrder = "Progressive";

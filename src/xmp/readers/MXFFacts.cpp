@@ -71,7 +71,7 @@ enum Tag : std::uint16_t {
 constexpr Key kBitRateItem{{0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x05, 0x04, 0x01, 0x06, 0x02,
                             0x01, 0x0B, 0x00, 0x00}};
 
-// A 16-channel recorder's package has 19 tracks, a header of an editor some 70 descriptors.
+// A package of a 16-channel recorder has 19 tracks, a header of an editor some 70 descriptors.
 constexpr std::size_t kMaxTracks = 256;
 constexpr std::size_t kMaxDescriptors = 256;
 constexpr std::size_t kMaxComments = 64;
@@ -81,7 +81,7 @@ constexpr int kMaxPackageSteps = 4;
 Rate RateAt(ByteReader item) {
   const auto num = item.U32BE(0).value_or(0);
   const auto den = item.U32BE(4).value_or(0);
-  // Signed in the file: a negative part is as unknown as 0.
+  // Signed in the file: negative values are treated as unknown.
   if (num > INT32_MAX || den > INT32_MAX) return Rate();
   return Rate{num, den};
 }
@@ -118,7 +118,7 @@ std::string TextOf(ByteReader item, bool bigEndian = true) {
   return Hestra::MakeStdString(text);
 }
 
-// The value of a tagged value: byte order and type first, then UTF-16.
+// The value of a tagged value: byte order and type, then UTF-16.
 std::string IndirectText(ByteReader item) {
   constexpr std::uint64_t kPrefix = 17;
   if (item.Matches(0, "B")) return TextOf(item.Clip(kPrefix));
@@ -136,7 +136,8 @@ std::string HexText(ByteReader item) {
   return text;
 }
 
-// A count of units of one rate in units of another. Counts and parts of rates are below 2^31.
+// Converts a count of units of rate `from` to units of rate `to`. Counts and parts of rates are
+// below 2^31.
 std::uint64_t Rescale(std::uint64_t units, const Rate& from, const Rate& to) {
   if (!from.Known() || !to.Known() || from == to) return units;
   return static_cast<std::uint64_t>(static_cast<double>(units) * static_cast<double>(from.den) /
@@ -158,7 +159,8 @@ bool IsPicture(SetKind kind) {
          kind == SetKind::kRGBAPicture || kind == SetKind::kMPEGPicture;
 }
 
-// Display, else sampled, else stored size; the stored one may hold padding.
+// The display size, otherwise the sampled size, otherwise the stored size, which may include
+// padding.
 std::uint32_t Side(const LocalSet& picture, std::initializer_list<std::uint16_t> tags) {
   constexpr std::uint32_t kMaxSide = 0xFFFF;
   for (const std::uint16_t tag : tags) {
@@ -177,15 +179,15 @@ const char* FieldOrder(const LocalSet& picture, unsigned layout, std::uint32_t h
   const ByteReader map = picture.Item(kVideoLineMap);
   const std::uint32_t first = map.U32BE(8).value_or(0);
   const std::uint32_t second = map.U32BE(12).value_or(0);
-  // The lines of both fields differ by an odd number of lines of the frame if the first is on top.
+  // The first lines of the two fields have different parity if the upper field is first.
   if (first != 0 && second != 0) upper = (first & 1) != (second & 1);
   if (picture.Item(kFieldDominance).U8(0) == 2) upper = !upper;
-  // Some writers give DV of standard definition a line map that is wrong.
+  // Some writers store a wrong line map for standard-definition DV.
   if (IsDV(picture.Reference(kPictureCoding)) && height <= 576) upper = false;
   return upper ? "Upper" : "Lower";
 }
 
-// Companies that write MXF in cameras, as they spell themselves there.
+// Companies that write MXF in cameras, as spelled in the files.
 const char* MakerOf(std::string_view company) {
   constexpr const char* kMakers[] = {"Sony", "Panasonic",    "Canon",   "JVC", "Ikegami",
                                      "ARRI", "Grass Valley", "Hitachi", "RED"};
@@ -238,7 +240,7 @@ std::optional<Facts::Track> Facts::MainTrack() const {
   return FindTrack(*material, Essence::kSound);
 }
 
-// A track may hold its only component with no sequence around it.
+// A track may have a single component without a sequence.
 const LocalSet* Facts::FirstComponent(const Track& track) const {
   if (track.sequence->Kind() != SetKind::kSequence) return track.sequence;
   for (const Key& id : track.sequence->References(kComponents, 1)) return header_.Find(id);
@@ -273,7 +275,7 @@ std::optional<std::uint64_t> Facts::LengthOf(const Track& track) const {
   auto length = I64At(track.sequence->Item(kComponentDuration));
   if (!length || *length < 0) return std::nullopt;
   const std::int64_t origin = I64At(track.set->Item(kOrigin)).value_or(0);
-  if (origin > 0 && origin < *length) *length -= origin;  // frames before the marked start
+  if (origin > 0 && origin < *length) *length -= origin;  // frames before the start of the clip
   return static_cast<std::uint64_t>(*length);
 }
 
@@ -305,7 +307,7 @@ std::optional<Facts::Duration> Facts::GetDuration() const {
 
 std::vector<const LocalSet*> Facts::Descriptors() const {
   std::vector<const LocalSet*> all;
-  // False for what is there already, so that many packages with one descriptor cost no more.
+  // Returns false for duplicates, so that many packages with one descriptor cost no more.
   const auto add = [&all](const LocalSet* set) {
     if (set == nullptr || std::ranges::find(all, set) != all.end()) return false;
     all.push_back(set);
@@ -337,8 +339,8 @@ std::optional<Facts::Start> Facts::PackageTimecode(const LocalSet& package) cons
   return Start{static_cast<std::uint64_t>(*frames), base, drop, track->rate};
 }
 
-// The material package's own timecode; without one, the first on the way from material to file to
-// tape package, moved by where in the source the clip begins. Editors keep it only there.
+// The material package's own timecode. Without one, the first timecode on the path from material to
+// file to tape package, offset by the start of the clip in its source. Editors store only that one.
 std::optional<Facts::Start> Facts::StartTimecode() const {
   const LocalSet* package = header_.First(SetKind::kMaterialPackage);
   if (auto start = PackageTimecode(*package)) return start;
@@ -348,7 +350,7 @@ std::optional<Facts::Start> Facts::StartTimecode() const {
     const auto clip = SourceClipOf(*track);
     package = clip ? PackageOf(*clip) : nullptr;
     if (package == nullptr) break;
-    // Positions count in units of the referring track.
+    // Positions are in units of the referring track.
     const auto start = PackageTimecode(*package);
     if (clip->start > 0 && clip->start < INT32_MAX) {
       offset += start ? Rescale(static_cast<std::uint64_t>(clip->start), track->rate, start->rate)
@@ -373,13 +375,13 @@ void Facts::StoreDates(TXMPMeta& meta) const {
   if (!created) created = date(writer, kWriterModified);
   auto modified = date(preface, kLastModified);
   if (!modified) modified = date(material, kPackageModified);
-  // The standard says UTC, cameras write local time: no zone is claimed.
+  // The standard requires UTC, but cameras write local time: no time zone is stored.
   if (created) meta.SetProperty(kNsXMP, "CreateDate", DateText(*created));
   if (modified) meta.SetProperty(kNsXMP, "ModifyDate", DateText(*modified));
 }
 
 void Facts::StoreWriter(TXMPMeta& meta) const {
-  // The last identification is the latest writer; the first is who made the file.
+  // The last identification is the latest writer; the first is the creator of the file.
   const LocalSet* first = header_.First(SetKind::kIdentification);
   if (first == nullptr) return;
   const LocalSet* last = first;
@@ -409,7 +411,7 @@ void Facts::StorePicture(const LocalSet& picture, const std::optional<Key>& cont
   const unsigned layout = picture.Item(kFrameLayout).U8(0).value_or(0xFF);
   const std::uint32_t width = Side(picture, {kDisplayWidth, kSampledWidth, kStoredWidth});
   std::uint32_t height = Side(picture, {kDisplayHeight, kSampledHeight, kStoredHeight});
-  // Fields stored apart: the sizes are those of one field.
+  // Fields are stored separately: the sizes are those of one field.
   if (layout == kSeparate || layout == kSingleField || layout == kSegmented) height *= 2;
   SetFrameSize(meta, width, height);
   const Rate aspect = RateAt(picture.Item(kAspectRatio));
@@ -440,7 +442,7 @@ void Facts::StorePicture(const LocalSet& picture, const std::optional<Key>& cont
 void Facts::StoreSound(const std::vector<const LocalSet*>& descriptors, TXMPMeta& meta) const {
   const LocalSet* first = nullptr;
   std::uint64_t channels = 0;
-  // Cameras describe each channel apart.
+  // Cameras describe each channel separately.
   for (const LocalSet* descriptor : descriptors) {
     if (!IsSound(descriptor->Kind())) continue;
     if (first == nullptr) first = descriptor;
@@ -483,7 +485,7 @@ void Facts::Store(const std::optional<Key>& container, TXMPMeta& meta) const {
   StoreWriter(meta);
   StoreComment(meta);
   Rate rate;
-  // In an audio file, too, the material package knows the rate of the pictures.
+  // In an audio file, too, the material package contains the frame rate.
   if (const auto track = FindTrack(*material, Essence::kPicture)) {
     rate = track->rate;
     SetFrameRate(meta, rate);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the sets of one header say about a clip. Facts: SMPTE ST 377-1 and the operational patterns
-// ST 378 (OP1a) and ST 390 (OP-Atom); dialects as seen in files of cameras and editors.
+// Facts about a clip from the sets of one header. Facts: SMPTE ST 377-1 and the operational
+// patterns ST 378 (OP1a) and ST 390 (OP-Atom); dialects as found in files of cameras and editors.
 #pragma once
 
 #include <cstdint>
@@ -17,17 +17,19 @@ class Facts {
  public:
   explicit Facts(const HeaderMetadata& header) : header_(header) {}
 
-  // False if there is no material package: then the header says nothing about a clip.
-  bool Exist() const noexcept { return header_.First(SetKind::kMaterialPackage) != nullptr; }
+  // False if there is no material package: such a header contains no facts about a clip.
+  bool HasMaterialPackage() const noexcept {
+    return header_.First(SetKind::kMaterialPackage) != nullptr;
+  }
 
   struct Duration {
     std::uint64_t frames;
     Rate rate;
   };
-  // Of the picture, else of the sound. Nothing if it isn't written yet.
+  // The duration of the video, otherwise of the audio. Returns nullopt if it isn't written yet.
   std::optional<Duration> GetDuration() const;
 
-  // Stores all but the duration.
+  // Stores all facts except the duration.
   void Store(const std::optional<Key>& container, TXMPMeta& meta) const;
 
  private:
@@ -37,7 +39,7 @@ class Facts {
     Rate rate;
   };
   struct Clip {
-    Key package;  // the first half of the UMID is the same in all of a writer's
+    Key package;  // the first half of a UMID is the same for all files of a writer
     Key packageEnd;
     std::uint32_t track = 0;
     std::int64_t start = 0;
@@ -51,7 +53,7 @@ class Facts {
   std::optional<Clip> SourceClipOf(const Track& track) const;
   const LocalSet* PackageOf(const Clip& clip) const;
   std::optional<std::uint64_t> LengthOf(const Track& track) const;
-  // File descriptors of all source packages, with those inside multiple descriptors.
+  // File descriptors of all source packages, including those inside multiple descriptors.
   std::vector<const LocalSet*> Descriptors() const;
 
   struct Start {

@@ -11,7 +11,7 @@ struct Row {
   const char* name;
 };
 
-// The first row that fits wins; longer ones stand first.
+// The first matching row is used, so longer labels precede shorter ones.
 constexpr Row kPictureCodings[] = {
     {7, {0x04, 0x01, 0x02, 0x02, 0x01, 0x02, 0x01}, "IMX"},
     {7, {0x04, 0x01, 0x02, 0x02, 0x01, 0x32, 0x21}, "AVC-Intra 50"},
@@ -50,12 +50,12 @@ constexpr std::uint8_t kDVCoding[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01,
                                       0x01, 0x04, 0x01, 0x02, 0x02, 0x02};
 constexpr std::uint8_t kGenericContainer[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01,
                                               0x01, 0x0D, 0x01, 0x03, 0x01, 0x02};
-// A maker's own label for HEVC in a camera's files.
+// A vendor label for HEVC in camera files.
 constexpr std::uint8_t kHEVCContainer[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x01,
                                            0x0E, 0x15, 0x00, 0x04, 0x02, 0x10, 0x00, 0x01};
 
 template <std::size_t N>
-const char* Look(const Row (&rows)[N], const std::optional<Key>& label) {
+const char* FindLabel(const Row (&rows)[N], const std::optional<Key>& label) {
   if (!label || !label->Begins(kLabel)) return nullptr;
   for (const Row& row : rows) {
     bool fits = true;
@@ -68,7 +68,7 @@ const char* Look(const Row (&rows)[N], const std::optional<Key>& label) {
 }  // namespace
 
 const char* PictureCodingName(const std::optional<Key>& coding) {
-  return Look(kPictureCodings, coding);
+  return FindLabel(kPictureCodings, coding);
 }
 
 const char* ContainerName(const std::optional<Key>& container) {
@@ -98,12 +98,14 @@ const char* ContainerName(const std::optional<Key>& container) {
 }
 
 const char* SoundCodingName(const std::optional<Key>& coding) {
-  const char* name = Look(kSoundCodings, coding);
+  const char* name = FindLabel(kSoundCodings, coding);
   return name == nullptr ? "PCM" : name;
 }
 
 bool IsDV(const std::optional<Key>& coding) { return coding && coding->Begins(kDVCoding); }
 
-const char* ColorSpaceName(const std::optional<Key>& label) { return Look(kColorSpaces, label); }
+const char* ColorSpaceName(const std::optional<Key>& label) {
+  return FindLabel(kColorSpaces, label);
+}
 
 }  // namespace Sorvik::xmp::mxf

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Names for the labels of essence in MXF files. Facts: the SMPTE label registry, RDD 9, RDD 44.
+// Names for the essence labels of MXF files. Facts: the SMPTE label registry, RDD 9, RDD 44.
 #pragma once
 
 #include <optional>
@@ -8,15 +8,18 @@
 
 namespace Sorvik::xmp::mxf {
 
-// The name of a picture coding (PictureEssenceCoding), or null.
+// Returns the name of a picture coding (PictureEssenceCoding), or null.
 const char* PictureCodingName(const std::optional<Key>& coding);
-// The name of what an essence container holds, where the coding is missing; null for sound.
+// Returns the name of the codec of an essence container, for files without a coding label; null for
+// audio.
 const char* ContainerName(const std::optional<Key>& container);
-// The name of a sound compression; "PCM" if there is no label or that of uncompressed sound.
+// Returns the name of an audio compression; "PCM" without a label or with that of uncompressed
+// audio.
 const char* SoundCodingName(const std::optional<Key>& coding);
-// True for codings of the DV family, whose fields come bottom first in 525 and 625 lines.
+// True for codings of the DV family, which are lower field first in 525 and 625 lines.
 bool IsDV(const std::optional<Key>& coding);
-// "CCIR-709", "CCIR-601" or null, from coding equations, primaries or transfer characteristic.
+// Returns "CCIR-709", "CCIR-601" or null, from coding equations, primaries or transfer
+// characteristic.
 const char* ColorSpaceName(const std::optional<Key>& label);
 
 }  // namespace Sorvik::xmp::mxf

@@ -13,13 +13,14 @@ namespace {
 
 using foundation::ByteReader;
 
-// Header metadata of editors, with their own dictionaries, takes 256 KiB; of cameras under 64.
+// Header metadata of editors, with private dictionaries, takes 256 KiB; that of cameras less than
+// 64.
 constexpr std::size_t kMaxHeaderBytes = 4 * 1024 * 1024;
-// Holds the random index pack of 10 hours in partitions of 10 s, and most footers.
+// Holds the random index pack of a 10-hour file with partitions of 10 s, and most footers.
 constexpr std::size_t kTail = 64 * 1024;
 
-// A key at the very start is proof enough; behind a run-in, where anything may stand before it, the
-// name must agree.
+// A key at offset 0 is sufficient; after a run-in, which may contain any bytes, the extension must
+// match too.
 bool Recognises(const ReaderInput& input) {
   if (mxf::ReadPartition(input.head, 0)) return true;
   constexpr std::string_view kExtension = ".mxf";
@@ -36,13 +37,13 @@ struct Span {
   ByteReader bytes;
 };
 
-// The bytes from a partition pack at `offset` of the file to the end of its header metadata. `have`
-// holds what of them was read already; the rest is read if need be.
+// Returns the bytes from the partition pack at `offset` of the file to the end of its header
+// metadata. `have` is the part that was read already; the rest is read if necessary.
 Span WithHeader(const FileBytes& file, std::uint64_t offset, ByteReader have,
                 const mxf::Partition& partition) {
   Span span;
   span.bytes = have;
-  // The count begins at the primer, which may stand behind an item of fill.
+  // The byte count starts at the primer, which may follow a fill item.
   const auto first = mxf::ReadKLV(have, partition.end);
   const std::uint64_t primer = first && mxf::IsFill(first->key) ? first->next : partition.end;
   if (partition.headerBytes == 0 || primer > kMaxHeaderBytes) return span;
@@ -57,7 +58,7 @@ Span WithHeader(const FileBytes& file, std::uint64_t offset, ByteReader have,
   return span;
 }
 
-// The duration in the footer partition of a file whose header was left open. At most two reads.
+// Returns the duration in the footer partition of a file with an open header. At most two reads.
 std::optional<mxf::Facts::Duration> FooterDuration(const FileBytes& file, std::uint64_t runIn,
                                                    const mxf::Partition& header) {
   const std::uint64_t tailStart = file.Size() > kTail ? file.Size() - kTail : 0;
@@ -90,7 +91,7 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   const Span span = WithHeader(input.file, *runIn, head, *partition);
   const mxf::HeaderMetadata metadata(span.bytes, partition->end);
   const mxf::Facts facts(metadata);
-  if (!facts.Exist()) return;
+  if (!facts.HasMaterialPackage()) return;
   output.hasNative = true;
   facts.Store(partition->essenceContainer, output.native);
   if (!wanted.Wants(kNsDM, "duration")) return;

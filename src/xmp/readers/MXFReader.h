@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // MXF files of cameras, recorders and editors (SMPTE ST 377-1): P2, XDCAM, Canon XF and others.
 //
-// Reads the header partition; beyond the head of the file at most three further parts, each
-// bounded: the rest of long header metadata, the tail, and the footer partition, the latter two
-// only if the header was left open by its writer and the duration is wanted.
+// Reads the header partition. Outside the head of the file, at most three further bounded reads:
+// the rest of long header metadata, and, only if the header is open and the duration is wanted, the
+// tail and the footer partition.
 #pragma once
 
 #include "xmp/Reader.h"

@@ -26,7 +26,7 @@ constexpr std::size_t kKindAt = 14;         // of the key of a header set
 constexpr std::size_t kPartitionKind = 13;  // 02 header, 03 body, 04 footer
 constexpr std::size_t kPartitionStatus = 14;
 
-// Header metadata of an editor's file holds some 2,000 sets; more than this is malice.
+// Header metadata of an editor's file contains some 2,000 sets.
 constexpr std::size_t kMaxSets = 100'000;
 
 constexpr std::uint16_t kInstanceUID = 0x3C0A;
@@ -36,7 +36,7 @@ struct Length {
   std::uint64_t width;
 };
 
-// BER: below 80 the length itself, else the number of bytes that hold it.
+// BER: values below 80 are the length itself, others the number of bytes that contain it.
 std::optional<Length> ReadLength(ByteReader bytes, std::uint64_t offset) {
   const auto first = bytes.U8(offset);
   if (!first) return std::nullopt;
@@ -77,7 +77,7 @@ std::optional<KLV> ReadKLV(ByteReader bytes, std::uint64_t offset) {
   klv.key = *key;
   const std::uint64_t start = offset + 16 + length->width;
   klv.value = bytes.Clip(start, length->value);
-  // A length past the end of any file ends the walk.
+  // A length that overflows ends the iteration.
   klv.next = length->value > UINT64_MAX - start ? UINT64_MAX : start + length->value;
   return klv;
 }
@@ -115,7 +115,8 @@ std::optional<std::uint64_t> FindFirstPartition(ByteReader head) {
 }
 
 std::optional<std::uint64_t> LastPartitionOffset(ByteReader tail) {
-  // Items of BodySID 4 and offset 8, then the length of the whole pack in 4 bytes.
+  // Entries of BodySID (4 bytes) and offset (8 bytes), then the length of the complete pack in 4
+  // bytes.
   if (tail.Size() < 4) return std::nullopt;
   const std::uint64_t length = tail.U32BE(tail.Size() - 4).value_or(0);
   if (length > tail.Size()) return std::nullopt;
@@ -136,11 +137,11 @@ ByteReader LocalSet::Item(std::uint16_t tag) const noexcept {
   }
 }
 
-std::vector<Key> LocalSet::References(std::uint16_t tag, std::size_t most) const {
-  // Count 4, size of an item 4, items.
+std::vector<Key> LocalSet::References(std::uint16_t tag, std::size_t maxCount) const {
+  // Count 4, item size 4, items.
   std::vector<Key> keys;
   const ByteReader data = Item(tag);
-  const std::uint64_t count = std::min<std::uint64_t>(data.U32BE(0).value_or(0), most);
+  const std::uint64_t count = std::min<std::uint64_t>(data.U32BE(0).value_or(0), maxCount);
   if (data.U32BE(4) != 16) return keys;
   for (std::uint64_t i = 0; i < count; ++i) {
     const auto key = KeyAt(data, 8 + i * 16);
@@ -159,7 +160,7 @@ HeaderMetadata::HeaderMetadata(ByteReader bytes, std::uint64_t offset) {
       if (primer_.Empty()) primer_ = klv->value;
       continue;
     }
-    // Fill, and keys of other registries, are passed over.
+    // Fill items and keys of other registries are skipped.
     if (!klv->key.Begins(kHeaderSet)) continue;
     const LocalSet set(static_cast<SetKind>(klv->key.bytes[kKindAt]), klv->value);
     if (const auto id = set.Reference(kInstanceUID)) byId_.emplace_back(*id, sets_.size());

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The structure of an MXF file below the meaning of its items: partitions, and the sets of header
-// metadata. Facts: SMPTE ST 377-1 (file format), ST 336 (KLV). Views borrow from the bytes given.
+// The structure of MXF files, without the meaning of items: partitions, and the sets of header
+// metadata. Facts: SMPTE ST 377-1 (file format), ST 336 (KLV). Views borrow from the given bytes.
 //
-// Keys compare without byte 8, the version of the registry. Sets refer to each other by 16-byte
-// ids; nothing here follows references, so there are no loops to fall into.
+// Keys compare without byte 8, the registry version. Sets refer to each other by 16-byte ids. This
+// module doesn't follow references, so cycles are harmless.
 #pragma once
 
 #include <array>
@@ -23,7 +23,7 @@ using foundation::ByteReader;
 struct Key {
   std::array<std::uint8_t, 16> bytes{};
 
-  // True if the first bytes are those of `prefix`, byte 8 aside.
+  // True if the key starts with `prefix`, ignoring byte 8.
   template <std::size_t N>
   bool Begins(const std::uint8_t (&prefix)[N]) const noexcept {
     static_assert(N <= 16);
@@ -38,33 +38,33 @@ std::optional<Key> KeyAt(ByteReader bytes, std::uint64_t offset);
 
 struct KLV {
   Key key;
-  ByteReader value;        // what is there of it
-  std::uint64_t next = 0;  // offset behind it by its declared length; never before the value
+  ByteReader value;        // the available part of the value
+  std::uint64_t next = 0;  // offset of the next item by the declared length; never before the value
 };
-// The key, length and value at `offset`; nothing if key or length aren't whole or the length's form
-// is none.
+// Returns the key, length and value at `offset`; nullopt if the key or length is truncated or the
+// length is invalid.
 std::optional<KLV> ReadKLV(ByteReader bytes, std::uint64_t offset);
 
-// True for the keys of fill, which stands for alignment.
+// True for the keys of fill items, which are used for alignment.
 bool IsFill(const Key& key) noexcept;
 
 struct Partition {
-  std::uint64_t end = 0;  // offset behind the pack, in the bytes given
+  std::uint64_t end = 0;  // offset after the pack, in the given bytes
   bool header = false;
   bool open = false;
   bool complete = false;
   std::uint64_t footerOffset = 0;       // from the first partition; 0 unknown
-  std::uint64_t headerBytes = 0;        // of header metadata, counted from the primer; 0 none
-  std::optional<Key> essenceContainer;  // the first
+  std::uint64_t headerBytes = 0;        // bytes of header metadata, counted from the primer; 0 none
+  std::optional<Key> essenceContainer;  // the first one
 };
-// The partition pack at `offset`; nothing if there is none.
+// Returns the partition pack at `offset`; nullopt if there is none.
 std::optional<Partition> ReadPartition(ByteReader bytes, std::uint64_t offset);
 
-// Where the first partition pack begins: at 0 in nearly all files, else behind a run-in of less
-// than 64 KiB.
+// Returns the offset of the first partition pack: 0 in nearly all files, otherwise after a run-in
+// of less than 64 KiB.
 std::optional<std::uint64_t> FindFirstPartition(ByteReader head);
 
-// Offset of the last partition by the random index pack that ends in the last byte of `tail`.
+// Returns the offset of the last partition, from the random index pack at the end of `tail`.
 std::optional<std::uint64_t> LastPartitionOffset(ByteReader tail);
 
 enum class SetKind : std::uint8_t {
@@ -89,17 +89,18 @@ enum class SetKind : std::uint8_t {
   kMPEGPicture = 0x51,
 };
 
-// A local set: items of tag (2), length (2), data.
+// A local set: items of tag (2 bytes), length (2 bytes), data.
 class LocalSet {
  public:
   LocalSet() = default;
   LocalSet(SetKind kind, ByteReader value) : kind_(kind), value_(value) {}
 
   SetKind Kind() const noexcept { return kind_; }
-  // The data of the first item with that tag; empty if there is none or it is cut. 0 is no tag.
+  // Returns the data of the first item with that tag; empty if it is missing or truncated. 0 is not
+  // a valid tag.
   ByteReader Item(std::uint16_t tag) const noexcept;
-  // The references of an array item, at most `most`.
-  std::vector<Key> References(std::uint16_t tag, std::size_t most) const;
+  // Returns the references of an array item, at most `maxCount`.
+  std::vector<Key> References(std::uint16_t tag, std::size_t maxCount) const;
   std::optional<Key> Reference(std::uint16_t tag) const { return KeyAt(Item(tag), 0); }
 
  private:
@@ -110,21 +111,21 @@ class LocalSet {
 // The header metadata of one partition.
 class HeaderMetadata {
  public:
-  // Reads the sets from `offset` on, to the first thing that isn't header metadata, or to the end.
+  // Reads the sets from `offset` up to the first item that isn't header metadata, or to the end.
   HeaderMetadata(ByteReader bytes, std::uint64_t offset);
 
-  // Sets in file order.
+  // In file order.
   const std::vector<LocalSet>& Sets() const noexcept { return sets_; }
   const LocalSet* First(SetKind kind) const noexcept;
-  // The set with that instance id; null if there is none. The first of equals.
+  // Returns the set with that instance id, the first of duplicates; null if there is none.
   const LocalSet* Find(const std::optional<Key>& id) const noexcept;
-  // The local tag that the primer gives an item of the registry; 0 if none.
+  // Returns the local tag that the primer assigns to a registry item; 0 if none.
   std::uint16_t TagOf(const Key& item) const noexcept;
 
  private:
   std::vector<LocalSet> sets_;
   std::vector<std::pair<Key, std::size_t>>
-      byId_;  // in order, so that no choice of ids makes it slow
+      byId_;  // ordered, so that crafted ids can't degrade look-ups
   ByteReader primer_;
 };
 

@@ -13,17 +13,17 @@ namespace Sorvik::xmp {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view kWhiteSpace = " \t\r\n";
 
 std::string_view Trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(kBlanks);
+  const auto first = text.find_first_not_of(kWhiteSpace);
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
 }
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-// The sign and the digits of the next number of an ISO 6709 text, taken off its front.
+// Removes the next number of an ISO 6709 text, sign and digits, and returns it.
 std::string_view TakeNumber(std::string_view& text) {
   if (text.empty() || (text[0] != '+' && text[0] != '-')) return {};
   std::size_t end = 1;
@@ -33,8 +33,8 @@ std::string_view TakeNumber(std::string_view& text) {
   return number;
 }
 
-// Degrees are written with `degreeDigits` digits, alone or with two digits of minutes and of
-// seconds behind; only the last part may have decimals.
+// Degrees have `degreeDigits` digits, optionally followed by two digits each of minutes and
+// seconds; only the last part may have decimals.
 void SetCoordinate(TXMPMeta& meta, std::string_view name, std::string_view number,
                    std::size_t degreeDigits, std::string_view references) {
   if (number.size() < 2) return;
@@ -95,23 +95,23 @@ std::string ExifDate(std::string_view text) {
 
 Rate DecimalFraction(std::string_view text) {
   Rate value{0, 1};
-  bool behindPoint = false;
+  bool inFraction = false;
   bool any = false;
   for (const char c : Trimmed(text)) {
-    if (c == '.' && !behindPoint) {
-      behindPoint = true;
+    if (c == '.' && !inFraction) {
+      inFraction = true;
       continue;
     }
     if (!IsDigit(c)) return Rate();
     any = true;
-    // Further digits are below what a fraction of 32-bit parts tells.
+    // Further digits exceed the precision of a fraction of 32-bit parts.
     if (value.num > 400'000'000) {
-      if (!behindPoint) return Rate();
+      if (!inFraction) return Rate();
       continue;
     }
-    if (behindPoint && value.den >= 100'000'000) continue;
+    if (inFraction && value.den >= 100'000'000) continue;
     value.num = value.num * 10 + static_cast<std::uint64_t>(c - '0');
-    if (behindPoint) value.den *= 10;
+    if (inFraction) value.den *= 10;
   }
   return any ? value : Rate();
 }
@@ -144,7 +144,7 @@ void SetFileDataRate(TXMPMeta& meta, std::uint64_t bytes, std::uint64_t duration
   if (duration == 0 || perSecond == 0) return;
   const double seconds = static_cast<double>(duration) / static_cast<double>(perSecond);
   const double kilobytes = static_cast<double>(bytes) / 1000 / seconds;
-  // Above 1 GB a second the duration is wrong.
+  // A rate above 1 GB/s means that the duration is wrong.
   if (kilobytes < 1 || kilobytes > 1e6) return;
   meta.SetProperty(kNsDM, "fileDataRate",
                    std::to_string(static_cast<unsigned>(kilobytes + 0.5)) + "/1000");

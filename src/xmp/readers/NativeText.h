@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Text of native metadata as readers store it.
+// Converts text of native metadata to the form in which readers store it.
 #pragma once
 
 #include <string>
@@ -10,32 +10,33 @@
 
 namespace Sorvik::xmp {
 
-// The text of a fixed or NUL-ended field in UTF-8: up to the first NUL, without blanks at its ends.
-// What isn't UTF-8 counts as Latin-1.
+// Converts a fixed-length or NUL-terminated field to UTF-8: up to the first NUL, without leading
+// and trailing whitespace. Text that isn't valid UTF-8 is read as Latin-1.
 std::string NativeText(std::string_view bytes);
-// Text in Latin-1, as some formats demand it.
+// Converts Latin-1 text, for formats that require it.
 std::string Latin1Text(std::string_view bytes);
-// The same of big- or little-endian UTF-16, with or without a byte order mark.
+// Same for big- or little-endian UTF-16, with or without a byte order mark.
 std::string UTF16Text(std::string_view bytes, bool bigEndian);
 
-// "YYYY:MM:DD HH:MM:SS" of Exif, or with other separators, as XMP date text with what stands behind
-// it left out; empty if it's none.
+// Converts "YYYY:MM:DD HH:MM:SS" of Exif, with any separators, to an XMP date. Text after the
+// seconds is dropped. Empty if invalid.
 std::string ExifDate(std::string_view text);
 
-// "xx.yyy" digits as a fraction of whole numbers: "35.50" is 3550/100. Unknown if it's no number.
+// Parses a decimal number as a fraction of integers: "35.50" is 3550/100. Unknown if it isn't a
+// number.
 Rate DecimalFraction(std::string_view text);
 
-// dc:creator from a text in which semicolons separate names.
+// dc:creator from a semicolon-separated list of names.
 void SetCreators(TXMPMeta& meta, std::string_view names);
-// dc:rights in the default language, and xmpDM:copyright, the form in which media files have it.
+// dc:rights in the default language, and xmpDM:copyright, which is the property of media files.
 void SetCopyright(TXMPMeta& meta, const std::string& text);
 // xmp:CreatorTool and tiff:software.
 void SetSoftware(TXMPMeta& meta, const std::string& text);
-// xmpDM:fileDataRate in megabytes a second, from the file's size and a duration in units of
+// xmpDM:fileDataRate in megabytes per second, from the file size and a duration in units of
 // 1/`perSecond` second.
 void SetFileDataRate(TXMPMeta& meta, std::uint64_t bytes, std::uint64_t duration,
                      std::uint64_t perSecond);
-// GPS facts of a text as ISO 6709 has them: "+48.2082+016.3738+180/".
+// GPS properties from ISO 6709 text: "+48.2082+016.3738+180/".
 void SetISO6709(TXMPMeta& meta, std::string_view text);
 
 }  // namespace Sorvik::xmp

@@ -23,11 +23,11 @@ namespace {
 using formats::sony::Material;
 using foundation::XmlElement;
 
-const XmlElement kNothing;
+const XmlElement kMissingElement;
 
 const XmlElement& ChildOf(const XmlElement& element, std::string_view name) {
   const XmlElement* child = element.Child(name);
-  return child == nullptr ? kNothing : *child;
+  return child == nullptr ? kMissingElement : *child;
 }
 
 std::string_view Trimmed(std::string_view text) {
@@ -40,13 +40,13 @@ std::string_view AttributeOf(const XmlElement& element, std::string_view name) {
   return Trimmed(element.Attribute(name));
 }
 
-// An element's own attribute, or what the material list says in its place.
+// Returns the element's own attribute, otherwise the field of the material list.
 std::string TextOr(std::string_view own, const Material* material, UTF16String Material::*field) {
   if (!own.empty() || material == nullptr) return std::string(own);
   return Hestra::MakeStdString(material->*field);
 }
 
-// A text that writers give as an element's text, in a child "Alias" or as an attribute in ASCII.
+// A text that writers store as the element's text, in a child "Alias" or as an attribute in ASCII.
 std::string_view LocalText(const XmlElement& element) {
   for (const std::string_view text :
        {element.TextOf("Alias"), element.Text(), AttributeOf(element, "usAscii"),
@@ -56,31 +56,31 @@ std::string_view LocalText(const XmlElement& element) {
   return {};
 }
 
-// "MPEG2HD35_1440_1080_MP@HL": codec, width, height, profile. Not all tokens hold a size.
+// "MPEG2HD35_1440_1080_MP@HL": codec, width, height, profile. Not all tokens contain a size.
 std::optional<std::pair<std::uint64_t, std::uint64_t>> SizeInToken(std::string_view token) {
   const auto first = token.find('_');
   if (first == token.npos) return std::nullopt;
   const auto second = token.find('_', first + 1);
   if (second == token.npos) return std::nullopt;
   const auto third = std::min(token.find('_', second + 1), token.size());
-  const auto width = WholeNumber(token.substr(first + 1, second - first - 1));
-  const auto height = WholeNumber(token.substr(second + 1, third - second - 1));
+  const auto width = ParseUnsigned(token.substr(first + 1, second - first - 1));
+  const auto height = ParseUnsigned(token.substr(second + 1, third - second - 1));
   if (!width || !height || *width == 0 || *height == 0) return std::nullopt;
   return std::pair(*width, *height);
 }
 
-// The facts that others are derived from, each from the clip's own XML where it has it.
+// Facts from which others are derived. Each is taken from the clip's own XML if it is there.
 struct ClipFormat {
-  std::string rateText;  // "59.94i"; slow and quick motion goes by the rate of the format
+  std::string rateText;  // "59.94i"; for slow and quick motion, the rate of the format
   std::string codec;
   std::string aspectRatio;
   unsigned timecodeBase = 0;  // attribute "tcFps": 24, 25 or 30
-  bool halfStep = false;      // two frames share a number of the timecode
+  bool halfStep = false;      // two frames share a timecode number
   Rate rate;
 };
 
-// Without a rate in the text: bases of 24 and 30 stand for the NTSC rates, for the cameras that
-// leave the text out hardly ever record true 24 or 30.
+// Without a rate text, timecode bases of 24 and 30 mean the NTSC rates: the cameras that omit it
+// hardly ever record true 24 or 30.
 Rate RateOfTimecode(const ClipFormat& format) {
   const std::uint64_t frames = std::uint64_t{format.timecodeBase} * (format.halfStep ? 2 : 1);
   if (frames == 0) return {};
@@ -96,7 +96,7 @@ ClipFormat FormatOf(const XmlElement& root, const Material* material) {
   format.aspectRatio = TextOr(AttributeOf(ChildOf(video, "VideoLayout"), "aspectRatio"), material,
                               &Material::aspectRatio);
   const XmlElement& table = ChildOf(root, "LtcChangeTable");
-  const auto base = WholeNumber(AttributeOf(table, "tcFps"));
+  const auto base = ParseUnsigned(AttributeOf(table, "tcFps"));
   if (base && (*base == 24 || *base == 25 || *base == 30)) {
     format.timecodeBase = static_cast<unsigned>(*base);
   }
@@ -111,8 +111,8 @@ bool IsStandardDefinition(std::string_view codec) {
 }
 
 void SetSize(const ClipFormat& format, const XmlElement& layout, TXMPMeta& native) {
-  auto width = WholeNumber(AttributeOf(layout, "pixel"));
-  auto height = WholeNumber(AttributeOf(layout, "numOfVerticalLine"));
+  auto width = ParseUnsigned(AttributeOf(layout, "pixel"));
+  auto height = ParseUnsigned(AttributeOf(layout, "numOfVerticalLine"));
   if (!width || !height) {
     const auto size = SizeInToken(format.codec);
     width = size ? std::optional(size->first) : std::nullopt;
@@ -127,10 +127,9 @@ void SetSize(const ClipFormat& format, const XmlElement& layout, TXMPMeta& nativ
   if (!width || !height || *width > UINT32_MAX || *height > UINT32_MAX) return;
   SetFrameSize(native, static_cast<std::uint32_t>(*width), static_cast<std::uint32_t>(*height));
 
-  if (const auto shape = NumberPair(AttributeOf(layout, "pixelAspect"), ':')) {
+  if (const auto shape = ParseNumberPair(AttributeOf(layout, "pixelAspect"), ':')) {
     SetPixelAspectRatio(native, shape->first, shape->second);
-  } else if (const auto pixel = PixelShapeOfStandardDefinition(lines, format.aspectRatio);
-             standard && pixel) {
+  } else if (const auto pixel = SDPixelAspectRatio(lines, format.aspectRatio); standard && pixel) {
     SetPixelAspectRatio(native, pixel->first, pixel->second);
   } else if (!standard) {
     SetPixelAspectRatioOf(native, *width, *height, format.aspectRatio);
@@ -144,7 +143,7 @@ void SetVideo(const ClipFormat& format, const XmlElement& video, TXMPMeta& nativ
   const auto interlaced = IsInterlacedText(format.rateText);
   if (!interlaced) return;
   const char* fields = IsStandardDefinition(format.codec) ? "Lower" : "Upper";
-  // The order of IMX fields isn't that of DV, and isn't told.
+  // The field order of IMX differs from that of DV, and isn't stored.
   if (*interlaced && format.codec.starts_with("IMX")) return;
   native.SetProperty(kNsDM, "videoFieldOrder", *interlaced ? fields : "Progressive");
 }
@@ -154,20 +153,20 @@ void SetAudio(const XmlElement& audio, const Material* material, TXMPMeta& nativ
   const std::string codec = TextOr(AttributeOf(port, "audioCodec"), material, &Material::audioType);
   native.SetProperty(kNsDM, "audioCompressor", codec);
   if (codec.starts_with("LPCM")) {
-    const auto bits = WholeNumber(std::string_view(codec).substr(4));
+    const auto bits = ParseUnsigned(std::string_view(codec).substr(4));
     if (bits && *bits <= 64) SetAudioSampleBits(native, static_cast<unsigned>(*bits));
   } else if (codec.starts_with("AAC")) {
     native.SetProperty(kNsDM, "audioSampleType", "Compressed");
   }
-  if (const auto rate = WholeNumber(AttributeOf(port, "samplingRate"))) {
+  if (const auto rate = ParseUnsigned(AttributeOf(port, "samplingRate"))) {
     SetAudioSampleRate(native, *rate);
   }
   const auto channels =
-      WholeNumber(TextOr(AttributeOf(audio, "numOfChannel"), material, &Material::channels));
+      ParseUnsigned(TextOr(AttributeOf(audio, "numOfChannel"), material, &Material::channels));
   SetCameraChannels(native, channels.value_or(0));
 }
 
-// Four bytes in hexadecimal, as they stand in the longitudinal timecode word.
+// Four bytes in hexadecimal, as in the longitudinal timecode word.
 std::optional<std::array<std::byte, 4>> BytesOfWord(std::string_view text) {
   if (text.size() != 8) return std::nullopt;
   std::array<std::byte, 4> bytes{};
@@ -182,8 +181,8 @@ std::optional<std::array<std::byte, 4>> BytesOfWord(std::string_view text) {
   return bytes;
 }
 
-// The word is frames, seconds, minutes, hours in BCD, with flags in the bits that no digit needs
-// (SMPTE 12M): drop frame, and with half steps which frame of the pair it is.
+// The word is frames, seconds, minutes, hours in BCD. Bits not needed for digits are flags (SMPTE
+// 12M): drop frame, and with half steps the frame of the pair.
 std::optional<Timecode> TimecodeOfWord(std::string_view text, const ClipFormat& format) {
   const auto bytes = BytesOfWord(text);
   if (!bytes) return std::nullopt;
@@ -205,7 +204,7 @@ std::optional<Timecode> TimecodeOfWord(std::string_view text, const ClipFormat& 
 }
 
 void SetTimecode(const ClipFormat& format, const XmlElement& table, TXMPMeta& native) {
-  // Pairs of frames on the base of 24 have no form.
+  // Frame pairs on a base of 24 have no timecode format.
   if (format.timecodeBase == 0 || (format.halfStep && format.timecodeBase == 24)) return;
   const XmlElement* start = nullptr;
   for (const XmlElement* change : table.ChildrenNamed("LtcChange")) {
@@ -217,8 +216,7 @@ void SetTimecode(const ClipFormat& format, const XmlElement& table, TXMPMeta& na
   if (start == nullptr) return;
   const auto timecode = TimecodeOfWord(AttributeOf(*start, "value"), format);
   if (!timecode) return;
-  // Clips of 50 and more frames a second count on the base of 25 or 30 unless they go by half
-  // steps.
+  // Clips of 50 and more frames per second count on the base of 25 or 30, except with half steps.
   const std::uint64_t base = std::uint64_t{format.timecodeBase} * (format.halfStep ? 2 : 1);
   const bool ntsc = base % 25 != 0 && format.rate.den == 1001;
   SetStartTimecode(native, *timecode, ntsc ? Rate{base * 1000, 1001} : Rate{base, 1});
@@ -241,7 +239,7 @@ void SetCoordinate(const XmlElement& group, const std::string& name, unsigned la
   for (std::size_t i = 0; i < parts.size(); ++i) {
     const auto end = i + 1 < parts.size() ? text.find(';') : text.size();
     if (end == text.npos) return;
-    const auto number = DecimalNumber(text.substr(0, end));
+    const auto number = ParseDecimal(text.substr(0, end));
     if (!number) return;
     parts[i] = *number;
     text.remove_prefix(std::min(end + 1, text.size()));
@@ -253,7 +251,7 @@ void SetCoordinate(const XmlElement& group, const std::string& name, unsigned la
 void SetLocation(const XmlElement& record, TXMPMeta& native) {
   for (const XmlElement* group : record.ChildrenNamed("Group")) {
     if (AttributeOf(*group, "name") != "ExifGPS") continue;
-    // "V" says that the receiver had no fix.
+    // "V" means that the receiver had no fix.
     if (ItemOf(*group, "Status") == "V") return;
     SetCoordinate(*group, "Latitude", 90, native);
     SetCoordinate(*group, "Longitude", 180, native);
@@ -267,9 +265,9 @@ void SetLocation(const XmlElement& record, TXMPMeta& native) {
 }
 
 void SetDevice(const XmlElement& root, TXMPMeta& native) {
-  // With a separate recorder, "Device" is that one.
+  // "Device" is a separate recorder if there is one.
   const XmlElement& camera = ChildOf(root, "Camera");
-  const XmlElement& device = &camera == &kNothing ? ChildOf(root, "Device") : camera;
+  const XmlElement& device = &camera == &kMissingElement ? ChildOf(root, "Device") : camera;
   const std::string model(AttributeOf(device, "modelName"));
   native.SetProperty(kNsDM, "cameraModel", model);
   native.SetProperty(kNsTIFF, "Model", model);
@@ -277,7 +275,7 @@ void SetDevice(const XmlElement& root, TXMPMeta& native) {
   native.SetProperty(kNsTIFF, "software",
                      std::string(AttributeOf(ChildOf(device, "Element"), "software")));
   const std::string_view serial = AttributeOf(device, "serialNo");
-  // All bits set, or none: not set at the works.
+  // All bits set or zero: not initialised in the factory.
   if (serial == "4294967295" || serial == "0") return;
   native.SetProperty(kNsAux, "SerialNumber", std::string(serial));
 }
@@ -339,7 +337,7 @@ void ReadRoot(const XmlElement& root, const Material* material, bool onXDCAMEX, 
   SetVideo(format, ChildOf(root, "VideoFormat"), native);
   SetAudio(ChildOf(root, "AudioFormat"), material, native);
   SetTimecode(format, ChildOf(root, "LtcChangeTable"), native);
-  const auto frames = WholeNumber(
+  const auto frames = ParseUnsigned(
       TextOr(AttributeOf(ChildOf(root, "Duration"), "value"), material, &Material::duration));
   if (frames && format.rate.Known()) SetDuration(native, *frames, format.rate);
   SetDevice(root, native);
@@ -352,7 +350,7 @@ bool WantsAny(const WantedProperties& wanted, std::initializer_list<const char*>
                      [&wanted](const char* name) { return wanted.Wants(kNsDM, name); });
 }
 
-// Whether the material list has to stand in for something that is wanted.
+// Whether a wanted property depends on the material list.
 bool WantsMaterial(const XmlElement& root, const WantedProperties& wanted) {
   const auto lacks = [](const XmlElement& element, std::string_view attribute) {
     return AttributeOf(element, attribute).empty();
@@ -389,7 +387,7 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   if (!input.path.empty() && WantsMaterial(root, wanted)) material = MaterialOfClip(input.path);
   ReadRoot(root, material.get(), onXDCAMEX, output.native);
   output.hasNative = true;
-  output.nativeTiesWin = onXDCAMEX;
+  output.nativeIdentityWins = onXDCAMEX;
   if (!onXDCAMEX || !wanted.Wants(kNsDC, "relation")) return;
   const std::string take = TakeOfClip(input.path);
   if (take.empty()) return;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// NonRealTimeMeta XML of Sony media (XDCAM discs, SxS, XQD and consumer cards, XDCAM EX), of all
-// versions. What a clip's own XML lacks comes from the material list of its card, which a call
-// reads once. Facts: files of cameras, and public readers where those show nothing.
+// NonRealTimeMeta XML of Sony media (XDCAM discs, SxS, XQD and consumer cards, XDCAM EX), all
+// versions. Facts missing from a clip's XML come from the material list of its card, which is read
+// once per call. Facts: camera files, and public readers for what those don't show.
 #pragma once
 
 #include <string_view>
@@ -12,8 +12,7 @@ namespace Sorvik::xmp {
 
 extern const Reader kNonRealTimeMetaReader;
 
-// The reading behind it, for bytes in memory and so without a card; false if they are no such
-// document.
+// Reads a document in memory, so without a card. Returns false if it isn't NonRealTimeMeta XML.
 bool ReadNonRealTimeMeta(std::string_view bytes, TXMPMeta& native);
 
 }  // namespace Sorvik::xmp

@@ -18,23 +18,23 @@ namespace {
 
 using foundation::XmlElement;
 
-// An element that isn't there, so that the mapping needs no tests for absence.
-const XmlElement kNothing;
+// Represents missing elements, so that the mapping needs no null checks.
+const XmlElement kMissingElement;
 
 const XmlElement& ChildOf(const XmlElement& element, std::string_view name) {
   const XmlElement* child = element.Child(name);
-  return child == nullptr ? kNothing : *child;
+  return child == nullptr ? kMissingElement : *child;
 }
 
-// Names with a dot at their end occur without it as well.
-std::string_view TextWithDotOrWithout(const XmlElement& element, const std::string& name) {
-  const std::string_view dotted = TextBelow(element, name + ".");
-  return dotted.empty() ? TextBelow(element, name) : dotted;
+// Names with a trailing dot occur without it as well.
+std::string_view TextIgnoringDot(const XmlElement& element, const std::string& name) {
+  const std::string_view dotted = DescendantText(element, name + ".");
+  return dotted.empty() ? DescendantText(element, name) : dotted;
 }
 
-// What several facts are derived from.
+// Facts from which others are derived.
 struct ClipFormat {
-  Rate rate;  // frames a second, from the edit unit
+  Rate rate;  // frames per second, from the edit unit
   std::string_view codec;
   std::string_view codecClass;
   std::string_view rateText;  // "50i"
@@ -47,8 +47,8 @@ struct ClipFormat {
 
 constexpr unsigned kLineCounts[] = {1080, 720, 480, 576};
 
-// "AVC-I_1080/50i": the line count stands behind the family. Standard definition may lack it
-// ("DV25_411"); its lines follow from the rate.
+// "AVC-I_1080/50i": the line count follows the family. Standard definition may omit it
+// ("DV25_411"); it is then derived from the rate.
 unsigned LinesOf(const ClipFormat& format) {
   const auto bar = format.codec.find('_');
   if (bar == format.codec.npos) return 0;
@@ -60,7 +60,7 @@ unsigned LinesOf(const ClipFormat& format) {
   return TimecodeBaseOf(format.rate) % 25 == 0 ? 576 : 480;
 }
 
-// DV100 and the half-rate class of AVC-Intra store fewer columns than they show (SMPTE 370M for
+// DV100 and the half-rate class of AVC-Intra store fewer columns than they display (SMPTE 370M for
 // DV100). 0 if the codec isn't known.
 unsigned WidthOf(const ClipFormat& format) {
   const bool full = format.Is("AVC-G") || format.Is("AVC-LongG") ||
@@ -69,7 +69,7 @@ unsigned WidthOf(const ClipFormat& format) {
   switch (format.lines) {
     case 1080:
       if (full) return 1920;
-      // The rate of the recording, not that of pictures carried in it.
+      // The rate of the recording, not that of the frames carried in it.
       if (format.Is("DV100_"))
         return format.codec.find("/59.94") == format.codec.npos ? 1440 : 1280;
       return half ? 1440 : 0;
@@ -86,7 +86,7 @@ unsigned WidthOf(const ClipFormat& format) {
 
 ClipFormat FormatOf(const XmlElement& content, const XmlElement& video) {
   ClipFormat format;
-  if (const auto unit = NumberPair(content.TextOf("EditUnit"), '/')) {
+  if (const auto unit = ParseNumberPair(content.TextOf("EditUnit"), '/')) {
     format.rate = {unit->second, unit->first};
   }
   const XmlElement& codec = ChildOf(video, "Codec");
@@ -100,8 +100,8 @@ ClipFormat FormatOf(const XmlElement& content, const XmlElement& video) {
 }
 
 void SetPicture(const ClipFormat& format, const XmlElement& video, TXMPMeta& native) {
-  const auto width = WholeNumber(video.TextOf("ActivePixel"));
-  const auto height = WholeNumber(video.TextOf("ActiveLine"));
+  const auto width = ParseUnsigned(video.TextOf("ActivePixel"));
+  const auto height = ParseUnsigned(video.TextOf("ActiveLine"));
   if (width && height && *width <= UINT32_MAX && *height <= UINT32_MAX) {
     SetFrameSize(native, static_cast<std::uint32_t>(*width), static_cast<std::uint32_t>(*height));
     return;
@@ -110,12 +110,12 @@ void SetPicture(const ClipFormat& format, const XmlElement& video, TXMPMeta& nat
   if (columns == 0) return;
   SetFrameSize(native, columns, format.lines);
   if (format.IsDV()) {
-    if (const auto shape = PixelShapeOfStandardDefinition(format.lines, format.aspectRatio)) {
+    if (const auto shape = SDPixelAspectRatio(format.lines, format.aspectRatio)) {
       SetPixelAspectRatio(native, shape->first, shape->second);
     }
     return;
   }
-  // High definition is 16:9 where nothing is said.
+  // High definition is 16:9 by default.
   SetPixelAspectRatioOf(native, columns, format.lines,
                         format.aspectRatio.empty() ? "16:9" : format.aspectRatio);
 }
@@ -135,14 +135,13 @@ void SetVideo(const ClipFormat& format, const XmlElement& video, TXMPMeta& nativ
   }
 }
 
-// "hh:mm:ss:ff". Rates above 30 count frames on the half of their base unless a number goes beyond
-// it.
+// "hh:mm:ss:ff". Rates above 30 count frames on half their base unless a frame number exceeds it.
 void SetTimecode(const ClipFormat& format, const XmlElement& video, TXMPMeta& native) {
   const std::string_view text = video.TextOf("StartTimecode");
   if (text.size() != 11) return;
   std::array<unsigned, 4> parts{};
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    const auto number = WholeNumber(text.substr(3 * i, 2));
+    const auto number = ParseUnsigned(text.substr(3 * i, 2));
     if (!number || (i > 0 && text[3 * i - 1] != ':' && text[3 * i - 1] != ';')) return;
     parts[i] = static_cast<unsigned>(*number);
   }
@@ -156,7 +155,7 @@ void SetTimecode(const ClipFormat& format, const XmlElement& video, TXMPMeta& na
   const XmlElement& rateElement = ChildOf(video, "FrameRate");
   const bool flag =
       rateElement.Attribute("DropFrameFlag") == "true" || video.TextOf("TimecodeType") == "Drop";
-  // Only the bases of 30 and 60 have numbers to drop.
+  // Drop frame exists only for the bases of 30 and 60.
   const bool drop = flag && base % 30 == 0 && base != 0;
   SetStartTimecode(native, {parts[0], parts[1], parts[2], parts[3], drop}, rate);
 }
@@ -165,19 +164,19 @@ void SetAudio(const XmlElement& essence, TXMPMeta& native) {
   const auto channels = essence.ChildrenNamed("Audio");
   if (channels.empty()) return;
   const XmlElement& first = *channels.front();
-  if (const auto perSecond = WholeNumber(first.TextOf("SamplingRate"))) {
+  if (const auto perSecond = ParseUnsigned(first.TextOf("SamplingRate"))) {
     SetAudioSampleRate(native, *perSecond);
   }
-  if (const auto bits = WholeNumber(first.TextOf("BitsPerSample")); bits && *bits <= 64) {
+  if (const auto bits = ParseUnsigned(first.TextOf("BitsPerSample")); bits && *bits <= 64) {
     SetAudioSampleBits(native, static_cast<unsigned>(*bits));
   }
-  // Each channel is a file of its own on a card; the sibling document counts them in one element.
-  const auto counted = WholeNumber(first.TextOf("Channel"));
+  // Each channel is a separate file on a card; the sibling document counts them in one element.
+  const auto counted = ParseUnsigned(first.TextOf("Channel"));
   SetCameraChannels(native, counted.value_or(channels.size()));
   if (!counted) native.SetProperty(kNsDM, "audioCompressor", "PCM");
 }
 
-// Shot completion splits at these, so an id that holds one can't be told apart there.
+// Shot completion splits at these characters, so an id that contains one is unusable there.
 bool IsUsableId(std::string_view id) {
   return !id.empty() && id.find_first_of(":; \t\r\n") == id.npos;
 }
@@ -196,8 +195,8 @@ void SetRelation(const XmlElement& content, TXMPMeta& native) {
   add("nextGlobalClipID:", ChildOf(connection, "Next").TextOf("GlobalClipID"));
 }
 
-// From "N 34 42 19.8", "34.5S", "-135.49": an optional letter or sign, then degrees and perhaps
-// minutes and seconds, divided by anything that is no digit and no point.
+// Parses "N 34 42 19.8", "34.5S", "-135.49": an optional letter or sign, then degrees and
+// optionally minutes and seconds, separated by any characters other than digits and points.
 void SetCoordinate(std::string_view text, std::string_view name, char positive, char negative,
                    unsigned largest, TXMPMeta& native) {
   char reference = '\0';
@@ -218,7 +217,7 @@ void SetCoordinate(std::string_view text, std::string_view name, char positive, 
     text.remove_prefix(begin);
     const auto end = std::min(text.find_first_not_of("0123456789."), text.size());
     if (end == 0) break;
-    const auto number = DecimalNumber(text.substr(0, end));
+    const auto number = ParseDecimal(text.substr(0, end));
     if (!number || numbers.size() == 3) return;
     numbers.push_back(*number);
     text.remove_prefix(end);
@@ -230,7 +229,7 @@ void SetCoordinate(std::string_view text, std::string_view name, char positive, 
 }
 
 void SetLocation(const XmlElement& metadata, TXMPMeta& native) {
-  const XmlElement* location = FindBelow(metadata, "Location");
+  const XmlElement* location = FindDescendant(metadata, "Location");
   if (location == nullptr) return;
   native.SetProperty(kNsDM, "shotLocation", std::string(location->TextOf("PlaceName")));
   native.SetProperty(kNsEXIF, "GPSProcessingMethod", std::string(location->TextOf("Source")));
@@ -239,14 +238,14 @@ void SetLocation(const XmlElement& metadata, TXMPMeta& native) {
   SetCoordinate(location->TextOf("Longitude"), "GPSLongitude", 'E', 'W', 180, native);
 }
 
-// The memo with the lowest number, the first of equal ones.
+// Returns the memo with the lowest number, the first of duplicates.
 std::string_view FirstMemo(const XmlElement& metadata) {
-  const XmlElement* list = FindBelow(metadata, "MemoList");
+  const XmlElement* list = FindDescendant(metadata, "MemoList");
   if (list == nullptr) return {};
   std::string_view text;
   std::optional<std::uint64_t> lowest;
   for (const XmlElement* memo : list->ChildrenNamed("Memo")) {
-    const std::uint64_t number = WholeNumber(memo->Attribute("MemoID")).value_or(UINT64_MAX);
+    const std::uint64_t number = ParseUnsigned(memo->Attribute("MemoID")).value_or(UINT64_MAX);
     if (lowest && number >= *lowest) continue;
     lowest = number;
     text = memo->TextOf("Text");
@@ -255,9 +254,9 @@ std::string_view FirstMemo(const XmlElement& metadata) {
 }
 
 void SetDates(const XmlElement& metadata, TXMPMeta& native) {
-  const std::string started(TextBelow(metadata, "StartDate"));
-  const std::string created(TextBelow(metadata, "CreationDate"));
-  const std::string updated(TextBelow(metadata, "LastUpdateDate"));
+  const std::string started(DescendantText(metadata, "StartDate"));
+  const std::string created(DescendantText(metadata, "CreationDate"));
+  const std::string updated(DescendantText(metadata, "LastUpdateDate"));
   native.SetProperty(kNsXMP, "CreateDate", created.empty() ? started : created);
   native.SetProperty(kNsXMP, "ModifyDate", updated);
   native.SetProperty(kNsXMP, "MetadataDate", updated);
@@ -270,22 +269,22 @@ void SetDescription(const XmlElement& content, TXMPMeta& native) {
     native.SetProperty(schema, name, std::string(text));
   };
   set(kNsDM, "shotName", metadata.TextOf("UserClipName"));
-  set(kNsDM, "scene", TextWithDotOrWithout(metadata, "SceneNo"));
-  set(kNsDM, "takeNumber", TextWithDotOrWithout(metadata, "TakeNo"));
-  set(kNsDM, "artist", TextBelow(metadata, "Shooter"));
+  set(kNsDM, "scene", TextIgnoringDot(metadata, "SceneNo"));
+  set(kNsDM, "takeNumber", TextIgnoringDot(metadata, "TakeNo"));
+  set(kNsDM, "artist", DescendantText(metadata, "Shooter"));
   set(kNsDM, "comment", FirstMemo(metadata));
-  if (const std::string creator(TextBelow(metadata, "Creator")); !creator.empty()) {
+  if (const std::string creator(DescendantText(metadata, "Creator")); !creator.empty()) {
     native.AppendArrayItem(kNsDC, "creator", ArrayForm::kSeq, creator);
   }
   const XmlElement& device = ChildOf(metadata, "Device");
   set(kNsTIFF, "Make", device.TextOf("Manufacturer"));
   set(kNsTIFF, "Model", device.TextOf("ModelName"));
   set(kNsDM, "cameraModel", device.TextOf("ModelName"));
-  set(kNsAux, "SerialNumber", TextWithDotOrWithout(device, "SerialNo"));
-  const std::string_view mark = TextBelow(content, "ShotMark");
+  set(kNsAux, "SerialNumber", TextIgnoringDot(device, "SerialNo"));
+  const std::string_view mark = DescendantText(content, "ShotMark");
   if (mark == "true") set(kNsDM, "good", "True");
   if (mark == "false") set(kNsDM, "good", "False");
-  const auto rating = WholeNumber(TextBelow(content, "Rating"));
+  const auto rating = ParseUnsigned(DescendantText(content, "Rating"));
   if (rating && *rating >= 1 && *rating <= 5) set(kNsXMP, "Rating", std::to_string(*rating));
 }
 
@@ -296,7 +295,7 @@ void SetIdentity(const XmlElement& content, TXMPMeta& native) {
   SetRelation(content, native);
   const std::string_view frames = content.TextOf("Duration");
   const std::string unit(content.TextOf("EditUnit"));
-  if (!WholeNumber(frames) || unit.empty()) return;
+  if (!ParseUnsigned(frames) || unit.empty()) return;
   native.SetStructField(kNsDM, "duration", kNsDM, "value", std::string(frames));
   native.SetStructField(kNsDM, "duration", kNsDM, "scale", unit);
 }
@@ -307,7 +306,7 @@ void ReadRoot(const XmlElement& root, TXMPMeta& native) {
   const XmlElement& video = ChildOf(essence, "Video");
   const ClipFormat format = FormatOf(content, video);
   SetIdentity(content, native);
-  if (&video != &kNothing) SetVideo(format, video, native);
+  if (&video != &kMissingElement) SetVideo(format, video, native);
   SetTimecode(format, video, native);
   SetAudio(essence, native);
   const XmlElement& metadata = ChildOf(content, "ClipMetadata");
@@ -325,7 +324,7 @@ void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& outpu
   if (!document || !IsRoot(document->Root().Name())) return;
   ReadRoot(document->Root(), output.native);
   output.hasNative = true;
-  output.nativeTiesWin = document->Root().Name() == "P2Main";
+  output.nativeIdentityWins = document->Root().Name() == "P2Main";
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Clip XML of Panasonic P2 cards, CONTENTS/CLIP/<id>.XML (P2Main, with any namespace or none), and
-// its sibling that the maker's cameras without P2 cards write (ClipMain). Facts: labels of the
-// maker's manuals, values as public readers of these files take them.
+// Clip XML of Panasonic P2 cards, CONTENTS/CLIP/<id>.XML (P2Main, with or without a namespace), and
+// its sibling written by cameras without P2 cards (ClipMain). Facts: labels of the camera manuals,
+// values as read by public readers of these files.
 #pragma once
 
 #include <string_view>
@@ -12,7 +12,7 @@ namespace Sorvik::xmp {
 
 extern const Reader kP2ClipReader;
 
-// The reading behind it, for bytes in memory; false if they are no such document.
+// Reads a document in memory. Returns false if it isn't P2 clip XML.
 bool ReadP2Clip(std::string_view bytes, TXMPMeta& native);
 
 }  // namespace Sorvik::xmp

@@ -12,8 +12,8 @@
 namespace Sorvik::xmp {
 namespace {
 
-// The document element that writers put around XMP, and its name in the oldest files. Such a file
-// may have any name, and needs no packet around it by which a scan would find it.
+// The document element of serialised XMP, and its name in the oldest files. Such a file may have
+// any name, and needs no packet wrapper for a scan to find.
 bool Recognises(const ReaderInput& input) {
   if (IsPlainXMP(input.path)) return true;
   const std::string root = XmlRootName(input.head);
@@ -21,7 +21,7 @@ bool Recognises(const ReaderInput& input) {
 }
 
 void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
-  // One byte above the limit, so that a larger file is refused and not cut.
+  // One byte above the limit, so that a larger file is rejected instead of truncated.
   const auto bytes = input.file.Read(0, foundation::XmlLimits().bytes + 1);
   output.packet = foundation::ByteReader(bytes).Text();
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Files that are nothing but serialised XMP, told by their extension or document element.
+// Files that consist of serialised XMP, detected by their extension or document element.
 #pragma once
 
 #include "xmp/Reader.h"
@@ -8,7 +8,7 @@ namespace Sorvik::xmp {
 
 extern const Reader kPlainXMPReader;
 
-// Whether `path` has the extension of such a file, in any case.
+// Whether `path` has the extension of such a file, case-insensitive.
 bool IsPlainXMP(std::string_view path) noexcept;
 
 }  // namespace Sorvik::xmp

@@ -16,10 +16,10 @@ using foundation::ByteReader;
 // Facts: PNG (ISO/IEC 15948), clauses 5 and 11.3; eXIf of the PNG extensions.
 constexpr std::string_view kSignature{"\x89PNG\r\n\x1A\n", 8};
 constexpr std::string_view kXMPKeyword = "XML:com.adobe.xmp";
-// A chunk: length of its data, kind, data, checksum.
+// A chunk: length of its data, type, data, checksum.
 constexpr std::uint64_t kHeaderLength = 8;
 constexpr std::uint64_t kFrameLength = 12;
-// Writers put texts in front of the picture or right at the end.
+// Writers put text chunks in front of the image data or at the end of the file.
 constexpr std::uint64_t kTailLength = 64 * 1024;
 constexpr unsigned kMaxChunks = 4096;
 constexpr std::size_t kMaxTextBytes = 64 * 1024;
@@ -33,7 +33,7 @@ bool IsKnown(std::string_view kind) {
   return kind == "iTXt" || kind == "tEXt" || kind == "zTXt" || kind == "eXIf" || kind == "tIME";
 }
 
-// Takes a NUL-ended text off the front; false if there is no NUL.
+// Removes a NUL-terminated text from the front; false if there is no NUL.
 bool TakeCString(std::string_view& data, std::string_view& text) {
   const std::size_t end = data.find('\0');
   if (end == std::string_view::npos) return false;
@@ -42,7 +42,7 @@ bool TakeCString(std::string_view& data, std::string_view& text) {
   return true;
 }
 
-// tEXt: keyword, NUL, Latin-1. zTXt: keyword, NUL, method 0, deflated Latin-1.
+// tEXt: keyword, NUL, Latin-1. zTXt: keyword, NUL, method 0, compressed Latin-1.
 std::optional<TextChunk> LatinText(std::string_view data, bool packed) {
   TextChunk chunk;
   if (!TakeCString(data, chunk.keyword)) return std::nullopt;
@@ -64,8 +64,8 @@ std::optional<TextChunk> InternationalText(std::string_view data) {
   data.remove_prefix(2);
   if (!TakeCString(data, language) || !TakeCString(data, translated)) return std::nullopt;
   const bool xmp = chunk.keyword == kXMPKeyword;
-  const std::size_t most = xmp ? FileWindow::kMaxBytes : kMaxTextBytes;
-  chunk.text = packed ? foundation::Inflate(data, most) : std::string(data.substr(0, most));
+  const std::size_t maxBytes = xmp ? FileWindow::kMaxBytes : kMaxTextBytes;
+  chunk.text = packed ? foundation::Inflate(data, maxBytes) : std::string(data.substr(0, maxBytes));
   if (!xmp) chunk.text = NativeText(chunk.text);
   return chunk;
 }
@@ -85,19 +85,19 @@ class Chunks {
       if (IsKnown(kind)) Take(kind, file_.Copy(at + kHeaderLength, *length));
       if (kind == "IEND") return;
       at += kFrameLength + *length;
-      // The picture itself is passed over: what stands behind it is at the end of the file.
+      // Skip the image data: chunks after it are read from the tail.
       if (kind == "IDAT" && at >= headSize_) break;
     }
     if (at < file_.Size()) ReadTail(at);
   }
 
  private:
-  // Finds the chunks in the last bytes of the file. They count only if each leads to the next and
-  // the last ends the file, so that nothing in the picture passes for one.
-  void ReadTail(std::uint64_t behind) {
-    const std::uint64_t most = std::min(kTailLength, file_.Size() - behind);
+  // Finds the chunks in the last bytes of the file. They are accepted only if each leads to the
+  // next and the last one ends the file, so that image data is never taken for a chunk.
+  void ReadTail(std::uint64_t from) {
+    const std::uint64_t maxBytes = std::min(kTailLength, file_.Size() - from);
     std::uint64_t start = 0;
-    const std::string tail(file_.Tail(most, start).Text());
+    const std::string tail(file_.Tail(maxBytes, start).Text());
     const ByteReader bytes = foundation::ReaderOf(tail);
     const std::uint64_t end = bytes.Size() < kFrameLength ? 0 : bytes.Size() - kFrameLength;
     for (std::uint64_t at = 0; at < end; ++at) {
@@ -143,7 +143,7 @@ class Chunks {
     }
   }
 
-  // Moment of the last change, in UTC.
+  // Time of the last modification, in UTC.
   void TakeTime(ByteReader data) {
     if (!data.Holds(0, 7)) return;
     DateTime date;
@@ -158,7 +158,8 @@ class Chunks {
     output_.hasNative = true;
   }
 
-  // Texts with registered keywords; an Exif block or a text that came before stands.
+  // Stores texts with registered keywords. Earlier values, from an Exif block or another text, are
+  // kept.
   bool StoreText(const TextChunk& chunk) {
     TXMPMeta text;
     if (chunk.keyword == "Title") {

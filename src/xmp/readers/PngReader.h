@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// PNG files: XMP, Exif and the texts with registered keywords.
+// PNG files: XMP, Exif and the text chunks with registered keywords.
 #pragma once
 
 #include "xmp/Reader.h"

@@ -11,7 +11,8 @@ namespace {
 
 using foundation::ByteReader;
 
-// An entry: length with these four bytes, tag, data. The upper half byte of the tag tells the kind.
+// An entry: length including these four bytes, tag, data. The upper four bits of the tag are the
+// type.
 constexpr std::uint64_t kEntryHeader = 4;
 constexpr unsigned kText = 1;
 constexpr unsigned kFloat = 2;

@@ -12,11 +12,11 @@ namespace Sorvik::xmp {
 
 class R3dDirectory {
  public:
-  // Reads the directory whose length word stands at `offset`; where none is there, the one that
-  // begins further on with one of the tags that always come first.
+  // Reads the directory whose length is at `offset`. If there is none, searches for one that starts
+  // with a known first entry.
   R3dDirectory(foundation::ByteReader head, std::uint64_t offset);
 
-  // The text of a tag, as readers store it; empty if there is none.
+  // Returns the text of a tag, as readers store it; empty if it is missing.
   std::string Text(std::uint16_t tag) const;
   std::optional<float> Float(std::uint16_t tag) const;
 

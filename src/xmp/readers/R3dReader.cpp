@@ -20,7 +20,7 @@ namespace {
 using foundation::ByteReader;
 using foundation::ReaderOf;
 
-// Facts: the tables of public readers. Big-endian; blocks of size, kind, data.
+// Facts: the tables of public readers. Big-endian; blocks of size, type, data.
 constexpr std::string_view kFirstGeneration = "RED1";
 constexpr std::string_view kSecondGeneration = "RED2";
 constexpr std::uint64_t kKind = 4;
@@ -33,7 +33,7 @@ constexpr std::uint64_t kChannels1 = 0x42;
 constexpr std::uint64_t kFileName1 = 0x43;
 constexpr std::uint64_t kFileNameLength = 257;
 constexpr std::uint64_t kDirectory1 = 0x22;  // in the second block
-// The block that ends a segment: offsets of four tables, then the number of frames.
+// The block at the end of a segment: offsets of four tables, then the number of frames.
 constexpr std::uint64_t kEndLength = 56;
 constexpr std::uint64_t kEndFrames = 24;
 
@@ -65,7 +65,7 @@ enum Tag : std::uint16_t {
   kColorTemperature = 0x200D,
 };
 
-// "HH:MM:SS:FF"; a semicolon before the frames tells a count with drops.
+// "HH:MM:SS:FF"; a semicolon in front of the frames means drop frame.
 std::optional<Timecode> ParseTimecode(std::string_view text) {
   if (text.size() != 11) return std::nullopt;
   std::array<unsigned, 4> parts = {};
@@ -80,7 +80,7 @@ std::optional<Timecode> ParseTimecode(std::string_view text) {
 }
 
 // "YYYYMMDD" and "HHMMSS".
-std::optional<DateTime> ParseDigits(const std::string& date, const std::string& time) {
+std::optional<DateTime> ParseCompactDate(const std::string& date, const std::string& time) {
   if (date.size() != 8 || time.size() != 6) return std::nullopt;
   std::string text = date;
   text.insert(6, "-").insert(4, "-").append("T");
@@ -126,12 +126,13 @@ Head ReadHead(ByteReader bytes) {
   return head;
 }
 
-// The frame's shape as text, "16:9": square pixels unless it is far from that of the pixels.
-void SetAspect(const Head& head, const std::string& shape, TXMPMeta& meta) {
-  const std::size_t colon = shape.find(':');
+// Sets the pixel aspect from the display aspect, "16:9": square pixels if it is close to that of
+// the stored size.
+void SetAspect(const Head& head, const std::string& displayAspect, TXMPMeta& meta) {
+  const std::size_t colon = displayAspect.find(':');
   if (colon != std::string::npos) {
-    const Rate x = DecimalFraction(std::string_view(shape).substr(0, colon));
-    const Rate y = DecimalFraction(std::string_view(shape).substr(colon + 1));
+    const Rate x = DecimalFraction(std::string_view(displayAspect).substr(0, colon));
+    const Rate y = DecimalFraction(std::string_view(displayAspect).substr(colon + 1));
     if (x.Known() && y.Known() && head.width != 0) {
       const double pixel = static_cast<double>(x.num) * static_cast<double>(y.den) * head.height /
                            (static_cast<double>(x.den) * static_cast<double>(y.num) * head.width);
@@ -151,9 +152,9 @@ void SetTags(const Head& head, const R3dDirectory& directory, TXMPMeta& meta) {
   if (const auto code = ParseTimecode(directory.Text(kEdgeTimecode))) {
     meta.SetStructField(kNsDM, "altTimecode", kNsDM, "timeValue", TimecodeText(*code));
   }
-  auto date = ParseDigits(directory.Text(kDate), directory.Text(kTime));
+  auto date = ParseCompactDate(directory.Text(kDate), directory.Text(kTime));
   if (const std::string both = directory.Text(kDateTime); !date && both.size() == 14) {
-    date = ParseDigits(both.substr(0, 8), both.substr(8));
+    date = ParseCompactDate(both.substr(0, 8), both.substr(8));
   }
   if (date) SetRecordingDate(meta, *date);
   if (const std::string firmware = directory.Text(kFirmware); !firmware.empty()) {
@@ -188,7 +189,7 @@ void SetIdentifier(ByteReader head, TXMPMeta& meta) {
   if (any && hex.size() == 2 * kIdentifierLength) meta.SetProperty(kNsDC, "identifier", hex);
 }
 
-// The sound blocks lie among the pictures; the head only tells how many channels there are.
+// The audio blocks are interleaved with the video; the head contains only the number of channels.
 void SetSound(ByteReader head, TXMPMeta& meta) {
   const unsigned channels = head.U8(kChannels1).value_or(0);
   if (channels == 0 || channels > 16) return;
@@ -197,8 +198,8 @@ void SetSound(ByteReader head, TXMPMeta& meta) {
   meta.SetProperty(kNsDM, "audioCompressor", "PCM");
 }
 
-// The end block of the first generation tells the frames of the segment. No such block of the
-// second is known.
+// In the first generation the end block contains the number of frames of the segment. The second
+// has no known counterpart.
 void SetFrames(const ReaderInput& input, Rate rate, TXMPMeta& meta) {
   FileWindow file(input, kEndLength);
   std::uint64_t start = 0;
@@ -210,7 +211,7 @@ void SetFrames(const ReaderInput& input, Rate rate, TXMPMeta& meta) {
   if (frames != 0 && frames <= input.file.Size() / 8) SetDuration(meta, frames, rate);
 }
 
-// The XMP in a file of looks; the rest of it has no public description.
+// Returns the XMP in an RMD file; the format of the rest is not public.
 std::string PacketOf(std::string_view text) {
   constexpr std::pair<std::string_view, std::string_view> kRoots[] = {
       {"<x:xmpmeta", "</x:xmpmeta>"}, {"<rdf:RDF", "</rdf:RDF>"}};
@@ -224,7 +225,7 @@ std::string PacketOf(std::string_view text) {
 }
 
 // Desktop programs write one such file for all segments of a clip.
-std::string PacketBeside(const std::string& path) {
+std::string PacketOfRmdFile(const std::string& path) {
   constexpr std::size_t kMaxBytes = std::size_t{1} << 20;
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return {};
@@ -246,7 +247,7 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   const Head head = ReadHead(input.head);
   TXMPMeta& meta = output.native;
   output.hasNative = true;
-  output.packet = PacketBeside(input.path);
+  output.packet = PacketOfRmdFile(input.path);
   meta.SetProperty(kNsTIFF, "Make", "RED");
   meta.SetProperty(kNsDM, "videoCompressor", "REDCODE");
   SetFrameSize(meta, head.width, head.height);
@@ -260,12 +261,12 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   }
 }
 
-bool RecognisesLooks(const ReaderInput& input) {
+bool RecognisesRmd(const ReaderInput& input) {
   const std::string_view path = input.path;
   return path.ends_with(".RMD") || path.ends_with(".rmd");
 }
 
-void ReadLooks(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
+void ReadRmd(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
   FileWindow file(input);
   output.packet = PacketOf(file.At(0, std::uint64_t{1} << 20).Text());
 }
@@ -273,6 +274,6 @@ void ReadLooks(const ReaderInput& input, const WantedProperties&, ReaderOutput& 
 }  // namespace
 
 const Reader kR3dReader = {"RED", Recognises, Read};
-const Reader kRmdReader = {"RED looks", RecognisesLooks, ReadLooks};
+const Reader kRmdReader = {"RED looks", RecognisesRmd, ReadRmd};
 
 }  // namespace Sorvik::xmp

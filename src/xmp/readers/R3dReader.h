@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// RED clips: segments of a recording (.R3D) and the file of looks beside them (.RMD).
+// RED clips: segments of a recording (.R3D) and the RMD file next to them (.RMD).
 #pragma once
 
 #include "xmp/Reader.h"

@@ -25,7 +25,7 @@ enum Tag : std::uint8_t {
   kAltitude = 0xBA,
   kGPSStatus = 0xBE,
   kMaker = 0xE0,
-  kModel = 0xE4,  // text in three tags; other makers use them otherwise
+  kModel = 0xE4,  // text in three tags; other makers use them differently
 };
 constexpr std::uint16_t kSony = 0x0108;
 
@@ -51,7 +51,7 @@ class Block {
     const auto data = Find(tag);
     return data ? std::to_integer<char>((*data)[0]) : '\0';
   }
-  // Two numbers of 16 bits.
+  // Two 16-bit numbers.
   std::optional<Rate> Fraction(unsigned tag) const {
     const auto data = Find(tag);
     if (!data) return std::nullopt;
@@ -121,7 +121,8 @@ void ReadRecordingDate(const std::array<std::byte, 8>& bytes, RecordingFacts& fa
   date.second = *second;
   if (!date.Valid()) return;
   facts.recorded = date;
-  // Bit 7 not used, 6 summer time (already in the hours), 5 west, 4 to 1 hours, 0 half an hour.
+  // Bit 7 unused, 6 daylight saving time (included in the hours), 5 west, 4 to 1 hours, 0 half an
+  // hour.
   const unsigned zone = std::to_integer<unsigned>(bytes[0]);
   const unsigned hours = zone >> 1 & 0x0F;
   facts.zone.clear();

@@ -14,7 +14,7 @@ std::optional<RiffChunk> RiffChunks::Next() {
 
   RiffChunk chunk{*id, next_ + 8, *size};
   next_ += 8 + chunk.size + chunk.size % 2;
-  // A chunk that was cut off, or whose size was never written, ends where its surroundings do.
+  // A truncated chunk, or one whose size was never written, ends with its parent.
   chunk.size = std::min(chunk.size, end_ - chunk.body);
   return chunk;
 }
@@ -23,8 +23,9 @@ std::uint32_t FormOf(FileWindow& file, const RiffChunk& list) {
   return ChunkBytes(file, list, 4).U32BE(0).value_or(0);
 }
 
-foundation::ByteReader ChunkBytes(FileWindow& file, const RiffChunk& chunk, std::uint64_t most) {
-  return file.At(chunk.body, std::min(chunk.size, most));
+foundation::ByteReader ChunkBytes(FileWindow& file, const RiffChunk& chunk,
+                                  std::uint64_t maxBytes) {
+  return file.At(chunk.body, std::min(chunk.size, maxBytes));
 }
 
 }  // namespace Sorvik::xmp

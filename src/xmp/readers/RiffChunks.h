@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The chunks of which RIFF files are made. Facts: Multimedia Programming Interface and Data
-// Specifications 1.0, chapter 2.
+// The chunks of RIFF files. Facts: Multimedia Programming Interface and Data Specifications 1.0,
+// chapter 2.
 #pragma once
 
 #include <optional>
@@ -11,22 +11,22 @@ namespace Sorvik::xmp {
 
 struct RiffChunk {
   std::uint32_t id = 0;    // see FourCC
-  std::uint64_t body = 0;  // where its data begin in the file
-  std::uint64_t size = 0;  // of the data that are there
+  std::uint64_t body = 0;  // offset of its data in the file
+  std::uint64_t size = 0;  // size of the available data
 };
 
-// Goes over the chunks that stand between two places of a file.
+// Iterates over the chunks in a range of a file.
 class RiffChunks {
  public:
   RiffChunks(FileWindow& file, std::uint64_t begin, std::uint64_t end)
       : file_(file), next_(begin), end_(end) {}
-  // Those inside of a RIFF or LIST chunk, behind its form.
+  // The chunks inside a RIFF or LIST chunk, after its form type.
   RiffChunks(FileWindow& file, const RiffChunk& list)
       : RiffChunks(file, list.body + 4, list.body + list.size) {}
 
-  // The next chunk; nothing at the end and after a number no real file reaches.
+  // Returns the next chunk; nullopt at the end and after the maximum number of chunks.
   std::optional<RiffChunk> Next();
-  // Goes on at `at` with the next chunk: for sizes that a file tells elsewhere.
+  // Continues at offset `at`, for sizes that are stored elsewhere in the file.
   void Continue(std::uint64_t at) noexcept { next_ = at; }
 
  private:
@@ -38,10 +38,10 @@ class RiffChunks {
   unsigned chunks_ = 0;
 };
 
-// The form of a RIFF or LIST chunk, such as 'AVI ' or 'hdrl'; 0 if it has none.
+// Returns the form type of a RIFF or LIST chunk, such as 'AVI ' or 'hdrl'; 0 if it has none.
 std::uint32_t FormOf(FileWindow& file, const RiffChunk& list);
 
-// What a chunk holds, at most `most` bytes. Borrowed until the window moves.
-foundation::ByteReader ChunkBytes(FileWindow& file, const RiffChunk& chunk, std::uint64_t most);
+// Returns the data of a chunk, at most `maxBytes` bytes. Valid until the window moves.
+foundation::ByteReader ChunkBytes(FileWindow& file, const RiffChunk& chunk, std::uint64_t maxBytes);
 
 }  // namespace Sorvik::xmp

@@ -20,7 +20,7 @@ constexpr std::uint32_t kList = FourCC("LIST");
 
 constexpr std::uint64_t kMaxExifBytes = std::uint64_t{1} << 20;
 
-// Properties for which the first frame of a DV file is looked at: all that it tells.
+// Properties for which the first frame of a DV file is read: all that it contains.
 constexpr std::pair<const char*, const char*> kFrameFacts[] = {
     {kNsDM, "startTimecode"},         {kNsXMP, "CreateDate"},      {kNsDM, "shotDate"},
     {kNsDM, "videoPixelAspectRatio"}, {kNsDM, "videoFieldOrder"},  {kNsDM, "audioSampleRate"},
@@ -41,7 +41,7 @@ class RiffFile {
   RiffFile(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output)
       : file_(input), form_(input.head.U32BE(8).value_or(0)), wanted_(wanted), output_(output) {}
 
-  // Long AVI files go on in further RIFF chunks.
+  // Long AVI files continue in further RIFF chunks.
   void Read() {
     RiffChunks top(file_, 0, file_.Size());
     bool first = true;
@@ -49,7 +49,7 @@ class RiffFile {
       const std::uint32_t id = riff->id;
       const bool wide = id == FourCC("RF64") || id == FourCC("BW64");
       if (id != FourCC("RIFF") && !wide) break;
-      // Sizes of RF64 stand elsewhere; a size of 0 was never written.
+      // RF64 stores its size elsewhere; a size of 0 was never written.
       if (first && (wide || riff->size == 0)) riff->size = file_.Size() - riff->body;
       first = false;
       ReadForm(*riff);
@@ -97,7 +97,7 @@ class RiffFile {
     }
   }
 
-  // Some writers put the signature in front that only JPEG has.
+  // Some writers add the signature that belongs only into JPEG.
   void TakeExif(const RiffChunk& chunk) {
     const std::string bytes(ChunkBytes(file_, chunk, kMaxExifBytes).Text());
     const ByteReader block = foundation::ReaderOf(bytes);
@@ -115,7 +115,7 @@ class RiffFile {
     }
     if (form_ == kWAVE) output_.hasNative |= wave_.Store(facts);
     output_.hasNative |= header_.has_value();
-    // The texts of an INFO list are what a user wrote.
+    // The texts of an INFO list were written by a user, so they win.
     output_.native.FillFrom(facts);
   }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// RIFF files: AVI, WAV (RF64 and BW64 among them) and WebP.
+// RIFF files: AVI, WAV (including RF64 and BW64) and WebP.
 #pragma once
 
 #include "xmp/Reader.h"

@@ -17,7 +17,7 @@ struct InfoName {
   const char* schema;
   const char* property;
 };
-// Those that become a property of one text; the others are in SetInfoText.
+// Chunks stored as one text property; SetInfoText handles the others.
 constexpr InfoName kInfoNames[] = {
     {FourCC("IART"), kNsDM, "artist"},      {FourCC("ICMT"), kNsDM, "logComment"},
     {FourCC("IENG"), kNsDM, "engineer"},    {FourCC("IGNR"), kNsDM, "genre"},
@@ -48,7 +48,7 @@ void SetInfoText(std::uint32_t id, const std::string& text, TXMPMeta& meta) {
   }
 }
 
-// The month of "Mon Mar 10 ..."; 0 for none.
+// The month of "Mon Mar 10 ..."; 0 if invalid.
 unsigned MonthOf(std::string_view name) {
   constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
   const std::size_t at = name.size() == 3 ? kMonths.find(name) : std::string_view::npos;
@@ -59,7 +59,7 @@ std::string TwoDigits(unsigned value) {
   return std::string(value < 10 ? "0" : "") + std::to_string(value);
 }
 
-// "Mon Mar 10 15:04:43 2003", with the day in two places, the first maybe blank.
+// "Mon Mar 10 15:04:43 2003"; the first digit of the day may be a space.
 std::string FromCalendarText(std::string_view text) {
   if (text.size() < 24) return {};
   const unsigned month = MonthOf(text.substr(4, 3));
@@ -85,7 +85,7 @@ void SetRiffDate(std::string_view text, TXMPMeta& meta) {
   std::string date = FromCalendarText(text);
   if (date.empty()) date = ExifDate(text);
   if (date.empty()) date = FromSlashes(text);
-  // A day alone is date text already.
+  // A date without time is a valid XMP date already.
   if (date.empty() && text.size() == 10 && ParseDate(std::string(text) + "T00:00:00")) date = text;
   meta.SetProperty(kNsXMP, "CreateDate", date);
 }

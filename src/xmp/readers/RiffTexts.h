@@ -11,8 +11,8 @@ void SetInfoTexts(FileWindow& file, const RiffChunk& list, TXMPMeta& meta);
 // Timecodes and tape names.
 void SetTapeTexts(FileWindow& file, const RiffChunk& list, TXMPMeta& meta);
 
-// xmp:CreateDate from any of the forms that writers use: "Mon Mar 10 15:04:43 2003",
-// "2003:03:10 15:04:43", "2003/03/10/ 15:04", "2003-03-10".
+// xmp:CreateDate from any of the forms in use: "Mon Mar 10 15:04:43 2003", "2003:03:10 15:04:43",
+// "2003/03/10/ 15:04", "2003-03-10".
 void SetRiffDate(std::string_view text, TXMPMeta& meta);
 
 }  // namespace Sorvik::xmp

@@ -11,7 +11,7 @@ namespace {
 
 using foundation::ByteReader;
 
-// Facts: public decoders of the format. Little-endian; nothing else of the head is documented.
+// Facts: public decoders of the format. Little-endian; the rest of the header is undocumented.
 constexpr std::string_view kMagic = "XPDS";
 constexpr std::uint64_t kMake = 0x800;
 constexpr std::uint64_t kMakeLength = 41;
@@ -23,7 +23,7 @@ constexpr unsigned kBitsOfSample = 10;
 
 bool Recognises(const ReaderInput& input) { return input.head.Matches(0, kMagic); }
 
-// A frame has no duration: the length of a clip is the number of its files.
+// A single frame has no duration: the length of a clip is its number of files.
 void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
   if (!Recognises(input)) return;
   const ByteReader head = input.head;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Canon RAW frames (.RMF): the head in front of the picture.
+// Canon RAW frames (.RMF): the header in front of the image data.
 #pragma once
 
 #include "xmp/Reader.h"

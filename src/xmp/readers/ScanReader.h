@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Any file at all: whatever holds a wrapped XMP packet has metadata.
+// Fallback for files of unknown format: finds a wrapped XMP packet anywhere in the file.
 #pragma once
 
 #include "xmp/Reader.h"

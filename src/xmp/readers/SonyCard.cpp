@@ -20,14 +20,14 @@ using tarnwick::utility::FoldCase;
 
 constexpr std::string_view kCardFolder = "/BPAV/";
 
-// ".../BPAV" of a path on an XDCAM EX card, else empty.
+// Returns ".../BPAV" of a path on an XDCAM EX card, otherwise empty.
 std::string CardFolderOf(const std::string& xmlPath) {
   const auto at = xmlPath.rfind(kCardFolder);
   return at == xmlPath.npos ? std::string() : xmlPath.substr(0, at + kCardFolder.size() - 1);
 }
 
-// The material list in `folder` under its name in any case; empty if there is none.
-UTF16String ListIn(const std::string& folder) {
+// Returns the material list in `folder`, case-insensitive; empty if there is none.
+UTF16String FindList(const std::string& folder) {
   const auto items = Hestra::Directory::GetItems(folder);
   if (!items) return {};
   for (const platform::FolderItem& item : *items) {
@@ -46,22 +46,23 @@ struct ListRecord {
 std::shared_ptr<const MediaProfile> ReadList(const std::string& folder) {
   return CallScope::Remember<ListRecord>(folder,
                                          [&folder] {
-                                           const UTF16String path = ListIn(folder);
+                                           const UTF16String path = FindList(folder);
                                            if (path.empty()) return ListRecord{};
                                            return ListRecord{MediaProfile::Of(path)};
                                          })
       ->list;
 }
 
-std::string FolderAbove(const std::string& path) {
+std::string ParentFolder(const std::string& path) {
   const auto slash = path.rfind(platform::kSeparator);
   return slash == path.npos ? std::string() : path.substr(0, slash);
 }
 
-// The list that knows the clip lies at the top of a card, and otherwise above the clips' folder.
+// The list that contains the clip is at the root of the card, otherwise in the parent of the clips'
+// folder.
 std::shared_ptr<const MediaProfile> ListOfClip(const std::string& xmlPath) {
   const std::string card = CardFolderOf(xmlPath);
-  const std::string folder = card.empty() ? FolderAbove(FolderAbove(xmlPath)) : card;
+  const std::string folder = card.empty() ? ParentFolder(ParentFolder(xmlPath)) : card;
   return folder.empty() ? nullptr : ReadList(folder);
 }
 
@@ -82,7 +83,7 @@ std::string TakeOfClip(const std::string& xmlPath) {
   const UTF16String name = PathUtils::GetFullFilePart(MakeString(xmlPath));
   const Material* clip = list->OfFile(name);
   if (clip == nullptr) {
-    // Lists may name the essence alone.
+    // Lists may contain only the name of the essence.
     const auto end = FoldCase(name).rfind(u"m01.xml");
     if (end != name.npos) clip = list->OfFile(name.substr(0, end) + u".MP4");
   }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the card around a clip's XML tells of the clip: its row in the material list, and the take
-// that it belongs to. What is read here is kept in the call scope.
+// Facts about a clip from the card that contains its XML: its entry in the material list, and the
+// take that it belongs to. Lists are kept in the call scope.
 #pragma once
 
 #include <memory>
@@ -10,16 +10,17 @@
 
 namespace Sorvik::xmp {
 
-// The clip's material, with the list that owns it; null where the card has none for it.
+// Returns the clip's material, which shares ownership of its list; null if the card's list doesn't
+// contain it.
 std::shared_ptr<const formats::sony::Material> MaterialOfClip(const std::string& xmlPath);
 
-// True for the XML of a clip of an XDCAM EX card, by its path.
+// True if the path is that of a clip's XML on an XDCAM EX card.
 bool IsOnXDCAMEX(const std::string& xmlPath);
 
-// The umid of the take that the clip of an XDCAM EX card belongs to by the material list; empty for
-// a single clip. Nothing in the clip's own XML is known to tell. A clip that the list doesn't have
-// is no part of any take, even if the take or its playlist names it: a listing folds the clips of a
-// take, and finds the files of each by the list alone.
+// Returns the UMID of the take that a clip of an XDCAM EX card belongs to by the material list;
+// empty for a single clip. The clip's own XML doesn't contain it. A clip missing from the list
+// belongs to no take, even if the take or its playlist names it: a listing groups the clips of a
+// take, and finds the files of each, by the list alone.
 std::string TakeOfClip(const std::string& xmlPath);
 
 }  // namespace Sorvik::xmp

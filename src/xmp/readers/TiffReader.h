@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// TIFF files and those that are built like them: DNG with its CinemaDNG tags, raw files of cameras.
+// TIFF files and derived formats: DNG with its CinemaDNG tags, raw files of cameras.
 #pragma once
 
 #include "xmp/Reader.h"

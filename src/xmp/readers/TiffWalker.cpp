@@ -23,10 +23,10 @@ enum Type : std::uint16_t {
   kLong8 = 16,
   kIFD8 = 18,
 };
-// Bytes of one value by type; 0 for types that don't exist.
+// Bytes per value by type; 0 for invalid types.
 constexpr std::uint8_t kTypeSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
 
-// Cameras write below 200 tags in one directory.
+// Cameras write fewer than 200 tags per directory.
 constexpr std::uint64_t kMaxTags = 1024;
 constexpr std::uint64_t kMaxTextBytes = 64 * 1024;
 
@@ -72,7 +72,7 @@ TiffDirectory TiffWalker::Read(std::uint64_t offset) {
       big_ ? start.U64(0, bigEndian_).value_or(0) : start.U16(0, bigEndian_).value_or(0);
   if (count == 0 || count > kMaxTags) return directory;
 
-  // A directory that is cut off gives the entries that are there.
+  // A truncated directory gives its available entries.
   const std::uint64_t entries = offset + countBytes;
   ReadEntries(file_->At(entries, count * entryBytes), entries, directory);
   return directory;
@@ -151,7 +151,7 @@ std::optional<TiffRatio> TiffWalker::Ratio(const TiffDirectory& directory, std::
   if (!num || !den) return std::nullopt;
   TiffRatio ratio{*num, *den, false};
   if (tag->type == kSRational) {
-    // Two's complement parts, turned into sign and size.
+    // Converts two's complement parts to sign and magnitude.
     const auto flip = [&ratio](std::uint32_t& part) {
       if ((part & 0x80000000) == 0) return;
       part = ~part + 1;
@@ -170,9 +170,9 @@ std::string TiffWalker::Text(const TiffDirectory& directory, std::uint16_t id) {
 }
 
 std::string TiffWalker::Bytes(const TiffDirectory& directory, std::uint16_t id,
-                              std::uint64_t most) {
+                              std::uint64_t maxBytes) {
   const TiffTag* tag = directory.Find(id);
-  if (tag == nullptr || SizeOf(tag->type) != 1 || tag->count > most) return {};
+  if (tag == nullptr || SizeOf(tag->type) != 1 || tag->count > maxBytes) return {};
   return file_->Copy(tag->offset, tag->count);
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Directories of tags as TIFF files have them, and the Exif blocks of JPEG, PNG and WebP files.
+// Tag directories of TIFF files and of the Exif blocks of JPEG, PNG and WebP files.
 //
 // Facts: TIFF 6.0, section 2; BigTIFF; Exif 2.32, 4.6. Offsets count from the start of the TIFF.
-// Directories are read when asked for, one level at a time, and the chain of further ones isn't
-// followed: no loop of directories can make work.
+// Directories are read on request, one level at a time, and the chain of further directories isn't
+// followed, so cycles are harmless.
 #pragma once
 
 #include <cstdint>
@@ -19,11 +19,11 @@ namespace Sorvik::xmp {
 struct TiffTag {
   std::uint16_t id = 0;
   std::uint16_t type = 0;
-  std::uint64_t count = 0;   // of values, not bytes
-  std::uint64_t offset = 0;  // of the first value, also where it stands in the entry itself
+  std::uint64_t count = 0;   // number of values, not bytes
+  std::uint64_t offset = 0;  // of the first value, which may be inside the entry itself
 };
 
-// RATIONAL, or SRATIONAL where the file says so: the sign is apart.
+// RATIONAL, or SRATIONAL with the sign stored separately.
 struct TiffRatio {
   std::uint32_t num = 0;
   std::uint32_t den = 0;
@@ -33,7 +33,7 @@ struct TiffRatio {
 // The tags of one directory, in file order.
 class TiffDirectory {
  public:
-  // The first tag of that number; null if there is none.
+  // Returns the first tag of that number; null if there is none.
   const TiffTag* Find(std::uint16_t id) const noexcept;
   bool Empty() const noexcept { return tags_.empty(); }
 
@@ -44,28 +44,28 @@ class TiffDirectory {
 
 class TiffWalker {
  public:
-  // Nothing if no TIFF header stands at the start of `file`, which must outlive the walker.
+  // Returns nullopt if `file`, which must outlive the walker, doesn't start with a TIFF header.
   static std::optional<TiffWalker> Open(FileWindow& file);
   static bool IsTiff(foundation::ByteReader head) noexcept;
   bool BigEndian() const noexcept { return bigEndian_; }
 
-  // The first directory, and the one at `offset`. Tags that run past the end of the file are left
-  // out; a directory that isn't there is empty.
+  // The first directory, and the one at `offset`. Tags that extend past the end of the file are
+  // dropped; a missing directory is empty.
   TiffDirectory First() { return Read(first_); }
   TiffDirectory Read(std::uint64_t offset);
-  // The directory that the tag's value points to; empty if there is none.
+  // Returns the directory that the tag's value points to; empty if there is none.
   TiffDirectory Sub(const TiffDirectory& directory, std::uint16_t id, std::uint64_t index = 0);
 
-  // Values. Each gives nothing if the tag isn't there, is of another kind or too short.
-  // BYTE, SHORT, LONG, IFD and their BigTIFF forms; a RATIONAL that is a whole number.
+  // Values. Each returns nullopt if the tag is missing, has another type or is too short.
+  // BYTE, SHORT, LONG, IFD and their BigTIFF forms; a RATIONAL with an integer value.
   std::optional<std::uint64_t> Number(const TiffDirectory& directory, std::uint16_t id,
                                       std::uint64_t index = 0);
   std::optional<TiffRatio> Ratio(const TiffDirectory& directory, std::uint16_t id,
                                  std::uint64_t index = 0);
-  // ASCII or BYTE text as readers store it (see NativeText.h); empty if there is none.
+  // Returns ASCII or BYTE text as readers store it (see NativeText.h); empty if there is none.
   std::string Text(const TiffDirectory& directory, std::uint16_t id);
-  // The value's bytes as they stand, at most `most`; empty if it is longer.
-  std::string Bytes(const TiffDirectory& directory, std::uint16_t id, std::uint64_t most);
+  // Returns the value's unmodified bytes; empty if it is longer than `maxBytes`.
+  std::string Bytes(const TiffDirectory& directory, std::uint16_t id, std::uint64_t maxBytes);
 
  private:
   explicit TiffWalker(FileWindow& file) : file_(&file) {}

@@ -11,27 +11,27 @@ namespace {
 constexpr std::uint64_t kPacketSize = 188;
 constexpr std::uint8_t kSync = 0x47;
 constexpr std::uint16_t kNullPID = 0x1FFF;
-// Layers of the standard stop at 1021 bytes for these tables; private ones at 4093.
+// The standard limits these tables to 1021 bytes, private sections to 4093.
 constexpr std::size_t kMaxSectionBytes = 4096;
 constexpr std::size_t kMaxPrograms = 16;
 constexpr std::size_t kMaxStreams = 64;
 constexpr std::uint32_t kHDMV = 0x48444D56;
 
-// Packets from `start` on that begin as such, of those that the head holds whole.
-std::uint64_t RunLength(ByteReader head, std::uint64_t start, std::uint64_t stride) {
+// Counts the consecutive complete packets from `start` on that have a sync byte.
+std::uint64_t CountPackets(ByteReader head, std::uint64_t start, std::uint64_t stride) {
   std::uint64_t run = 0;
-  constexpr std::uint64_t kEnough = 64;
-  for (std::uint64_t at = start; run < kEnough && head.U8(at) == kSync; at += stride) {
+  constexpr std::uint64_t kMaxCount = 64;
+  for (std::uint64_t at = start; run < kMaxCount && head.U8(at) == kSync; at += stride) {
     if (!head.Holds(at, kPacketSize)) break;
     ++run;
   }
   return run;
 }
 
-// Collects the sections of one table from the packets of its PID.
+// Assembles the sections of one table from the packets of its PID.
 class Section {
  public:
-  // The section, once it is whole.
+  // Returns the section when it is complete.
   std::optional<ByteReader> Add(const Packets::Packet& packet) {
     ByteReader payload = packet.payload;
     if (packet.unitStart) {
@@ -65,7 +65,7 @@ std::vector<std::uint16_t> ProgramPIDs(ByteReader section) {
   return pids;
 }
 
-// Descriptors of tag 1, length 1, data: calls `visit` with each one's tag and data.
+// Descriptors of tag 1, length 1, data: calls `visit` with tag and data of each.
 template <class Visit>
 void ForEachDescriptor(ByteReader list, Visit visit) {
   for (std::uint64_t at = 0;;) {
@@ -81,7 +81,7 @@ constexpr std::uint8_t kRegistration = 0x05;
 
 constexpr std::uint8_t kAC3Audio = 0x81;
 
-void Note(std::uint8_t tag, ByteReader data, Stream& stream) {
+void StoreDescriptor(std::uint8_t tag, ByteReader data, Stream& stream) {
   if (tag == kAC3Audio && data.Size() >= 3) {
     stream.ac3 = {data.U8(0).value_or(0), data.U8(1).value_or(0), data.U8(2).value_or(0)};
   }
@@ -105,8 +105,9 @@ Program ReadProgram(ByteReader section) {
     stream.type = section.U8(at).value_or(0);
     stream.pid = section.U16BE(at + 1).value_or(0) & 0x1FFF;
     const std::uint64_t length = section.U16BE(at + 3).value_or(0) & 0x0FFF;
-    ForEachDescriptor(section.Clip(at + 5, length),
-                      [&stream](std::uint8_t tag, ByteReader data) { Note(tag, data, stream); });
+    ForEachDescriptor(section.Clip(at + 5, length), [&stream](std::uint8_t tag, ByteReader data) {
+      StoreDescriptor(tag, data, stream);
+    });
     program.streams.push_back(stream);
     at += 5 + length;
   }
@@ -143,19 +144,19 @@ PESHeader ReadPESHeader(ByteReader payload) {
 }  // namespace
 
 std::optional<Layout> FindLayout(ByteReader head) {
-  // A prefix or a payload may hold the sync byte too: a run of packets is proof, the longer the
-  // better. Two are enough if they are all there is.
-  constexpr std::uint64_t kProof = 4;
-  struct Trial {
+  // A prefix or a payload may contain the sync byte too, so several consecutive packets are
+  // required. Two are enough if the file has no more.
+  constexpr std::uint64_t kMinPackets = 4;
+  struct Candidate {
     std::uint64_t start;
     std::uint64_t stride;
   };
   std::uint64_t best = 0;
   Layout layout;
-  for (const Trial& trial : {Trial{4, 192}, Trial{0, 188}}) {
-    const std::uint64_t run = RunLength(head, trial.start, trial.stride);
+  for (const Candidate& trial : {Candidate{4, 192}, Candidate{0, 188}}) {
+    const std::uint64_t run = CountPackets(head, trial.start, trial.stride);
     const bool all = run > 1 && trial.start + (run + 1) * trial.stride > head.Size();
-    if ((run >= kProof || all) && run > best) {
+    if ((run >= kMinPackets || all) && run > best) {
       best = run;
       layout = Layout{trial.start, trial.stride};
     }
@@ -163,8 +164,8 @@ std::optional<Layout> FindLayout(ByteReader head) {
   if (best > 0) return layout;
   for (std::uint64_t start = 1; start < 192; ++start) {
     for (const std::uint64_t stride : {192u, 188u}) {
-      const std::uint64_t run = RunLength(head, start, stride);
-      if (run > kProof && run > best) {
+      const std::uint64_t run = CountPackets(head, start, stride);
+      if (run > kMinPackets && run > best) {
         best = run;
         layout = Layout{start, stride};
       }
@@ -221,10 +222,10 @@ Program FindProgram(ByteReader piece, const Layout& layout) {
 }
 
 Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset, std::uint16_t pid,
-                   std::size_t most, bool timesOnly) {
+                   std::size_t maxBytes, bool timesOnly) {
   Elementary stream;
   bool started = false;
-  if (!timesOnly) stream.bytes.reserve(std::min<std::size_t>(most, piece.Bytes().size()));
+  if (!timesOnly) stream.bytes.reserve(std::min<std::size_t>(maxBytes, piece.Bytes().size()));
   Packets packets(piece, layout, offset);
   while (const auto packet = packets.Next()) {
     if (packet->pid != pid) continue;
@@ -237,10 +238,10 @@ Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset,
       if (started && !timesOnly) stream.starts.push_back(stream.bytes.size());
     }
     if (!started || timesOnly) continue;
-    const std::size_t room = most - stream.bytes.size();
+    const std::size_t room = maxBytes - stream.bytes.size();
     const auto bytes = payload.Clip(0, room).Bytes();
     stream.bytes.insert(stream.bytes.end(), bytes.begin(), bytes.end());
-    if (stream.bytes.size() == most) break;
+    if (stream.bytes.size() == maxBytes) break;
   }
   return stream;
 }

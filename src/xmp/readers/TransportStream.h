@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // MPEG-2 transport streams (ISO/IEC 13818-1): packets of 188 bytes, or of 192 with an arrival time
-// in front as AVCHD and Blu-ray write them; programs, and the parts of elementary streams.
+// in front as in AVCHD and Blu-ray; programs, and parts of elementary streams.
 //
-// Works on a piece of a file at a time. A packet that doesn't begin as one is passed over.
+// Works on one piece of a file at a time. Packets without a sync byte are skipped.
 #pragma once
 
 #include <array>
@@ -18,11 +18,11 @@ namespace Sorvik::xmp::ts {
 using foundation::ByteReader;
 
 struct Layout {
-  std::uint64_t start = 0;   // offset of the first whole packet's sync byte in the file
+  std::uint64_t start = 0;   // offset of the first complete packet's sync byte in the file
   std::uint64_t stride = 0;  // 188 or 192
 };
-// How the packets lie; nothing if the head isn't a transport stream. A file that begins inside a
-// packet is understood.
+// Detects the packet layout. Returns nullopt if the head isn't a transport stream. A file may start
+// in the middle of a packet.
 std::optional<Layout> FindLayout(ByteReader head);
 
 inline constexpr std::uint16_t kNoPID = 0xFFFF;
@@ -30,7 +30,8 @@ inline constexpr std::uint16_t kNoPID = 0xFFFF;
 struct Stream {
   std::uint8_t type = 0;
   std::uint16_t pid = kNoPID;
-  // Of the HDMV registration descriptor, 0 if there is none: coding type, format and rate nibbles.
+  // From the HDMV registration descriptor: coding type, format and rate (4 bits each). 0 if there
+  // is none.
   std::uint8_t coding = 0;
   std::uint8_t formatAndRate = 0;
   // The first bytes of the AC-3 audio descriptor (ATSC A/52, annex A): rate 3 bits, version 5, bit
@@ -43,14 +44,15 @@ struct Program {
   std::vector<Stream> streams;
 };
 
-// A part of an elementary stream, put together from the packets of its PID.
+// A part of an elementary stream, assembled from the packets of its PID.
 struct Elementary {
   std::vector<std::byte> bytes;             // without the PES headers
   std::vector<std::uint64_t> starts;        // offsets in `bytes` at which PES packets begin
-  std::vector<std::uint64_t> presentation;  // time stamps in order of the file, 90 kHz, 33 bits
+  std::vector<std::uint64_t> presentation;  // time stamps in file order, 90 kHz, 33 bits
 };
 
-// Hands out each packet of a piece of the file. `offset` is where the piece begins in the file.
+// Iterates over the packets of a piece of the file. `offset` is the position of the piece in the
+// file.
 class Packets {
  public:
   Packets(ByteReader piece, const Layout& layout, std::uint64_t offset);
@@ -60,7 +62,7 @@ class Packets {
     bool unitStart = false;
     ByteReader payload;
   };
-  // The next packet with a payload; nothing at the end.
+  // Returns the next packet with a payload; nullopt at the end.
   std::optional<Packet> Next();
 
  private:
@@ -69,11 +71,13 @@ class Packets {
   std::uint64_t stride_;
 };
 
-// The first program that has a video or audio stream of a known type; empty if there is none.
+// Returns the first program that has a video or audio stream of a known type; empty if there is
+// none.
 Program FindProgram(ByteReader piece, const Layout& layout);
 
-// The parts of a stream in a piece, at most `most` bytes. With `timesOnly` just the time stamps.
+// Collects the parts of a stream in a piece, at most `maxBytes` bytes. With `timesOnly` only the
+// time stamps.
 Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset, std::uint16_t pid,
-                   std::size_t most, bool timesOnly = false);
+                   std::size_t maxBytes, bool timesOnly = false);
 
 }  // namespace Sorvik::xmp::ts

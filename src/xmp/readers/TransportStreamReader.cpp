@@ -24,9 +24,10 @@ enum Type : std::uint8_t { kMPEG1 = 0x01, kMPEG2 = 0x02, kAVC = 0x1B, kHEVC = 0x
 constexpr std::uint8_t kHDVAuxiliary = 0xA1;
 constexpr std::uint32_t kHDMV = 0x48444D56;
 
-// A first picture of AVCHD takes up to 400 kB; some more access units of any camera fit in this.
+// The first picture of AVCHD takes up to 400 kB; some more access units of any camera fit in this
+// size.
 constexpr std::size_t kLongHead = 640 * 1024;
-// The last video packet of a camera's file was within 200 kB of the end.
+// In camera files the last video packet is within 200 kB of the end.
 constexpr std::size_t kTail = 512 * 1024;
 constexpr std::size_t kMaxAudioBytes = 8 * 1024;
 constexpr std::size_t kMaxAuxiliary = 64 * 1024;
@@ -48,15 +49,15 @@ const char* CompressorName(std::uint8_t type) {
   }
 }
 
-// The rate nibble of the HDMV registration.
+// The rate code of the HDMV registration.
 Rate RateOfNibble(unsigned code) {
   constexpr Rate kRates[] = {{},     {24000, 1001}, {24, 1},      {25, 1}, {30000, 1001},
                              {0, 0}, {50, 1},       {60000, 1001}};
   return code < std::size(kRates) ? kRates[code] : Rate();
 }
 
-// One record of HDV's auxiliary stream, the body of a packet (IEC 61834-11): timecode at 31, date
-// at 36, time at 40, the forms as in DV.
+// A record of HDV's auxiliary stream, the body of a packet (IEC 61834-11): timecode at 31, date at
+// 36, time at 40, encoded as in DV.
 struct HDVRecord {
   std::optional<Timecode> timecode;
   std::optional<DateTime> recorded;
@@ -85,8 +86,8 @@ HDVRecord ReadHDVRecord(ByteReader body) {
   return record;
 }
 
-// All that one piece of the file shows.
-struct Findings {
+// The facts of one piece of the file.
+struct PieceFacts {
   VideoFacts video;
   AudioFacts audio;
   std::vector<std::uint64_t> times;  // of the video
@@ -105,12 +106,12 @@ class StreamFile {
     FindStreams();
     if (video_.pid == ts::kNoPID && audio_.pid == ts::kNoPID) return;
     output_.hasNative = true;
-    Gather(input_.head);
+    ReadPiece(input_.head);
     const auto ticks = ClipTicks();
     if (NeedsLongHead(ticks.has_value())) {
-      // From the start again: cheaper than putting two parts together.
+      // From the start again: cheaper than joining two parts.
       longHead_ = input_.file.Read(0, kLongHead);
-      Gather(ByteReader(longHead_));
+      ReadPiece(ByteReader(longHead_));
     }
     StoreVideo();
     StoreAudio();
@@ -126,12 +127,12 @@ class StreamFile {
       if (video_.pid == ts::kNoPID && CompressorName(stream.type) != nullptr) video_ = stream;
       const bool audio = IsAudioType(stream.type, registration_);
       if (audio_.pid == ts::kNoPID && audio) audio_ = stream;
-      // The same type is secondary audio on Blu-ray discs.
+      // On Blu-ray discs this type is secondary audio.
       if (stream.type == kHDVAuxiliary && registration_ != kHDMV) auxiliary_ = stream;
     }
   }
 
-  void Gather(ByteReader piece) {
+  void ReadPiece(ByteReader piece) {
     if (video_.pid != ts::kNoPID) {
       const auto part = ts::Collect(piece, layout_, 0, video_.pid, kLongHead);
       const ByteReader bytes(part.bytes);
@@ -142,10 +143,10 @@ class StreamFile {
     if (audio_.pid != ts::kNoPID) {
       found_.audio = ReadAudio(audio_, ts::Collect(piece, layout_, 0, audio_.pid, kMaxAudioBytes));
     }
-    if (auxiliary_.pid != ts::kNoPID) GatherRecords(piece);
+    if (auxiliary_.pid != ts::kNoPID) ReadRecords(piece);
   }
 
-  void GatherRecords(ByteReader piece) {
+  void ReadRecords(ByteReader piece) {
     const auto part = ts::Collect(piece, layout_, 0, auxiliary_.pid, kMaxAuxiliary);
     found_.records.clear();
     const ByteReader bytes(part.bytes);
@@ -156,7 +157,7 @@ class StreamFile {
   }
 
   bool WantsDM(std::string_view name) const { return wanted_.Wants(kNsDM, name); }
-  // What the playlist can tell as well.
+  // Properties that the playlist may contain as well.
   bool WantsShot() const {
     return WantsDM("shotDate") || WantsDM("startTimecode") || wanted_.Wants(kNsXMP, "CreateDate") ||
            wanted_.Wants(kNsTIFF, "Make");
@@ -167,7 +168,7 @@ class StreamFile {
            wanted_.Wants(kNsEXIF, "GPSAltitude") || wanted_.Wants(kNsEXIF, "GPSAltitudeRef") ||
            wanted_.Wants(kNsCRS, "WhiteBalance");
   }
-  // The rate decides whether a timecode drops numbers.
+  // The rate determines whether a timecode is drop-frame.
   bool WantsVideo() const {
     return WantsDM("videoFrameRate") || WantsDM("videoFrameSize") || WantsDM("videoFieldOrder") ||
            WantsDM("videoPixelAspectRatio") || WantsDM("videoPixelDepth") || WantsDM("duration") ||
@@ -181,11 +182,11 @@ class StreamFile {
     if (input_.file.Size() <= input_.head.Size()) return false;
     const bool coded = video_.type == kAVC || video_.type == kMPEG2 || video_.type == kMPEG1;
     if (coded && found_.video.width == 0 && WantsVideo()) return true;
-    // The first picture shown may come behind the first in the file.
+    // The first displayed picture may follow the first one in the file.
     if (WantsDM("duration") && !lengthKnown && video_.pid != ts::kNoPID) return true;
     if (audio_.pid != ts::kNoPID && found_.audio.rate == 0 && WantsAudio()) return true;
     if (!WantsRecording()) return false;
-    // The first record of a file may still be that of the scene before.
+    // The first record of a file may still belong to the previous scene.
     if (auxiliary_.pid != ts::kNoPID) return found_.records.size() < 2;
     const bool camera = video_.type == kAVC && registration_ == kHDMV;
     return camera && found_.video.recordingBlock.empty();
@@ -219,7 +220,7 @@ class StreamFile {
     SetAudioSampleBits(meta, audio.bits);
   }
 
-  // The playlist's shot of this clip, looked for once.
+  // The playlist's shot of this clip, searched once.
   const std::optional<formats::avchd::ShotOfClip>& Shot() {
     if (!lookedForShot_ && IsCardStream(input_.path)) {
       shot_ = formats::avchd::FindShotOfStream(input_.path);
@@ -233,7 +234,7 @@ class StreamFile {
       if (!facts.timecode) facts.timecode = record.timecode;
     }
     const auto& records = found_.records;
-    // The second record decides; the first may still tell of the scene before.
+    // The second record counts; the first may still belong to the previous scene.
     for (std::size_t i = 1; i < records.size() && !facts.recorded; ++i) {
       facts.recorded = records[i].recorded;
     }
@@ -241,7 +242,7 @@ class StreamFile {
     if (!facts.timecode) facts.timecode = found_.video.gopTimecode;
   }
 
-  // What cameras write about a shot, not about the later files of one that goes on.
+  // Facts that cameras store per shot, not for the later files of a spanned shot.
   void FillFromPlaylist(RecordingFacts& facts) {
     const auto& shot = Shot();
     if (!shot) return;
@@ -268,12 +269,12 @@ class StreamFile {
     meta.SetProperty(kNsTIFF, "Model", facts.model);
     if (!facts.timecode) return;
     const Rate rate = Normalise(FrameRate());
-    // Only rates of 1001 drop frame numbers; elsewhere the bit means something else.
+    // Only rates of 1001 drop frame numbers; otherwise the bit has another meaning.
     if (rate.den != 1001 || rate.num == 24000) facts.timecode->drop = false;
     SetStartTimecode(meta, *facts.timecode, rate);
   }
 
-  // The clip's length in ticks of 1/45000 s by what stands beside the stream.
+  // The clip's length in ticks of 1/45000 s from the clip information.
   std::optional<std::uint64_t> ClipTicks() {
     if (!WantsDM("duration")) return std::nullopt;
     if (const auto ticks = ClipLengthOfStream(input_.path)) return ticks;
@@ -296,7 +297,7 @@ class StreamFile {
     }
   }
 
-  // Last minus first time of presentation. Time stamps have 33 bits and wrap.
+  // Last minus first presentation time. Time stamps have 33 bits and wrap.
   std::optional<std::uint64_t> FramesByTime(const Rate& rate) {
     if (found_.times.empty()) return std::nullopt;
     const std::uint64_t base = found_.times.front();
@@ -310,7 +311,7 @@ class StreamFile {
     std::int64_t last = std::numeric_limits<std::int64_t>::min();
     for (const std::uint64_t time : LastTimes()) last = std::max(last, since(time));
     if (last < first) return std::nullopt;
-    // Fields may have packets of their own: half a frame more is no further frame.
+    // Fields may have separate packets: half a frame more is not a further frame.
     const double frames = static_cast<double>(last - first) / 90000 *
                           static_cast<double>(rate.num) / static_cast<double>(rate.den);
     return static_cast<std::uint64_t>(frames + 0.25) + 1;
@@ -323,7 +324,7 @@ class StreamFile {
     const std::uint64_t start = std::max(size - std::min<std::uint64_t>(size, kTail), have);
     const auto tail = input_.file.Read(start, kTail);
     auto part = ts::Collect(ByteReader(tail), layout_, start, video_.pid, 0, true);
-    // A short tail may hold none; then the last is in what was read before.
+    // A short tail may contain none; then the last one is in the part read before.
     if (start == have) {
       part.presentation.insert(part.presentation.end(), found_.times.begin(), found_.times.end());
     }
@@ -338,7 +339,7 @@ class StreamFile {
   ts::Stream video_;
   ts::Stream audio_;
   ts::Stream auxiliary_;
-  Findings found_;
+  PieceFacts found_;
   std::vector<std::byte> longHead_;
   std::optional<formats::avchd::ShotOfClip> shot_;
   bool lookedForShot_ = false;

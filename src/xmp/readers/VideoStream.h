@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the head of an elementary video stream tells: H.264 (ITU-T H.264) with the recording block
+// Facts from the head of an elementary video stream: H.264 (ITU-T H.264) with the recording block
 // of AVCHD cameras, and MPEG-2 (ISO/IEC 13818-2).
 #pragma once
 
@@ -22,13 +22,13 @@ struct VideoFacts {
   unsigned depth = 8;
   const char* fieldOrder = nullptr;     // "Upper", "Lower", "Progressive"
   std::optional<Timecode> gopTimecode;  // of the first group of pictures
-  // The recording block of the first picture that has one, behind its name; removed emulation
-  // bytes. Empty if there is none.
+  // The recording block of the first picture that has one, without its name and emulation
+  // prevention bytes. Empty if there is none.
   std::vector<std::byte> recordingBlock;
 };
 
-// Where the next 00 00 01 begins at or behind `from`; the size of the stream if there is none.
-// Fast: most bytes are never looked at.
+// Returns the offset of the next 00 00 01 at or after `from`; the size of the stream if there is
+// none. Fast: most bytes are skipped.
 std::uint64_t FindStartCode(foundation::ByteReader stream, std::uint64_t from) noexcept;
 
 VideoFacts ReadAVC(foundation::ByteReader stream);

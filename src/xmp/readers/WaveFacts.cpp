@@ -19,11 +19,11 @@ using foundation::XmlElement;
 constexpr std::uint16_t kPCM = 1;
 constexpr std::uint16_t kFloat = 3;
 constexpr std::uint16_t kExtensible = 0xFFFE;
-// 'fmt ': tag, channels, samples a second, bytes a second, bytes of a block, bits of a sample;
-// extensible formats then have sizes, speakers and a sub-format that begins with the tag proper.
+// 'fmt ': tag, channels, samples per second, bytes per second, bytes per block, bits per sample;
+// extensible formats add sizes, speaker positions and a sub-format that begins with the actual tag.
 constexpr std::uint64_t kSubFormat = 24;
 
-// 'bext': texts of fixed length, then numbers.
+// 'bext': fixed-length texts, then numbers.
 constexpr std::uint64_t kDescription = 0;
 constexpr std::uint64_t kDescriptionLength = 256;
 constexpr std::uint64_t kOriginationDate = 320;
@@ -50,7 +50,7 @@ Rate RateOf(std::string_view text) {
 void SetTimecode(std::uint64_t samples, std::uint64_t samplesPerSecond, Rate rate, bool drop,
                  TXMPMeta& meta) {
   rate = Normalise(rate);
-  // Bounds of a day of real sound, within which the product fits.
+  // Limits of a day of audio, within which the product fits.
   if (!rate.Known() || rate.num > 1'000'000 || samplesPerSecond == 0 ||
       samplesPerSecond > 1'000'000 || samples / samplesPerSecond >= kSecondsOfDay) {
     return;
@@ -92,7 +92,7 @@ void WaveFacts::Take(FileWindow& file, const RiffChunk& chunk) {
       format_ = ReadWaveFormat(ChunkBytes(file, chunk, 40));
       break;
     case FourCC("data"):
-      // RF64 files have the size in 'ds64', which comes first.
+      // In RF64 files the size is in 'ds64', which comes first.
       if (dataBytes_ == 0) dataBytes_ = chunk.size;
       break;
     case FourCC("fact"):
