@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view xml(reinterpret_cast<const char*>(data), size);
   const bool found = ReadCanonXFClipXml(xml, native);
   if (found == native.Empty()) std::abort();
-  // A position that is stored has the form of one.
+  // Stored positions are well-formed.
   std::string latitude;
   if (native.GetProperty(kNsEXIF, "GPSLatitude", &latitude)) {
     const bool north = latitude.ends_with('N') || latitude.ends_with('S');

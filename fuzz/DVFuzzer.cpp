@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Raw DV: the packs of a frame. The name of a recorder brings its date into play.
+// Raw DV: the packs of a frame, and the date in the file names of recorders.
 #include "FuzzReader.h"
 #include "xmp/readers/DVReader.h"
 

@@ -4,6 +4,6 @@
 #include "xmp/readers/GifReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  sorvik_fuzz::FuzzJumps(Sorvik::xmp::kGifReader, {data, size}, "a.gif");
+  sorvik_fuzz::FuzzSeeking(Sorvik::xmp::kGifReader, {data, size}, "a.gif");
   return 0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Decodes and draws an image from memory. Whatever the bytes: what is drawn stays within its cell,
-// and no pixel's colours exceed its alpha.
+// Decodes and draws an image from memory. Drawing never writes outside the cell, and no pixel's
+// colours exceed its alpha.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Sorvik::imaging::ImageSource source(std::as_bytes(std::span(data, size)));
   auto picture = Sorvik::Picture::Open(source);
   if (!picture) return 0;
-  // Pictures of many pixels only cost time here; the cap on them has tests of its own.
+  // Large pictures only cost time here; the size limit has separate tests.
   constexpr std::int64_t kMaxPixels = 1 << 22;
   if (std::int64_t{picture->Width()} * picture->Height() > kMaxPixels) return 0;
   DrawAndCheck(*picture, size % 2 == 0);

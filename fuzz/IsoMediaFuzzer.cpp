@@ -4,6 +4,6 @@
 #include "xmp/readers/IsoMediaReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  sorvik_fuzz::FuzzJumps(Sorvik::xmp::kIsoMediaReader, {data, size}, "a.mp4");
+  sorvik_fuzz::FuzzSeeking(Sorvik::xmp::kIsoMediaReader, {data, size}, "a.mp4");
   return 0;
 }

@@ -4,6 +4,6 @@
 #include "xmp/readers/JpegReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  sorvik_fuzz::FuzzJumps(Sorvik::xmp::kJpegReader, {data, size}, "a.jpg");
+  sorvik_fuzz::FuzzSeeking(Sorvik::xmp::kJpegReader, {data, size}, "a.jpg");
   return 0;
 }

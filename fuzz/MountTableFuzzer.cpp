@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Mount tables, and the names of shares as a desktop session writes them.
+// Mount tables, and GVFS share names.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

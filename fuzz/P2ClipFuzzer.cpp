@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   sorvik_fuzz::Fuzz(kP2ClipReader, {data, size}, "0001AA.XML");
   TXMPMeta native;
   ReadP2Clip({reinterpret_cast<const char*>(data), size}, native);
-  // Shots are told apart by splitting at these.
+  // Shot completion splits links at these characters.
   std::string link;
   for (std::int32_t i = 1; native.GetArrayItem(kNsDC, "relation", i, &link); ++i) {
     sorvik_fuzz::Check(i <= 4 && link.find(':') == link.rfind(':') &&

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Playlists of AVCHD cards: the walk over play items, the grouping into shots, and marks.
+// Playlists of AVCHD cards: play items, their grouping into shots, and marks.
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -16,7 +16,7 @@ void Check(bool holds) {
   if (!holds) std::abort();
 }
 
-// A shot is a run of items that holds the clip, and can be made no longer.
+// A shot is a maximal run of items that contains the clip.
 void CheckShot(const avchd::ShotOfClip& shot, std::string_view clip) {
   const auto& items = shot.playlist->items;
   Check(shot.first <= shot.clip && shot.clip < shot.end && shot.end <= items.size());
@@ -31,7 +31,7 @@ void CheckShot(const avchd::ShotOfClip& shot, std::string_view clip) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const ByteReader file(std::as_bytes(std::span(data, size)));
   const auto playlist = std::make_shared<const avchd::Playlist>(avchd::ParsePlaylist(file));
-  // Items take two bytes each at least, and two bytes follow the last.
+  // Items take at least two bytes each, and two bytes follow the last one.
   Check(playlist->items.empty() || (playlist->items.size() + 1) * 2 <= size);
   const std::size_t tried = playlist->items.size() < 64 ? playlist->items.size() : 64;
   for (std::size_t i = 0; i < tried; ++i) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// XMP packets: found in bytes, read, and shown as display texts.
+// XMP packets: scanning, parsing, and conversion to display texts.
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -30,9 +30,9 @@ void CheckFields(const std::string& packet) {
   XMPSupport::XMPFieldBits all;
   all.set();
   const FieldValueMap fields = XMPSupport::MakeValue(all, packet);
-  // Only the title and the scale can be missing of a packet that parses, and three rows always are.
+  // Only the title and the scale can be missing if the packet parses; three rows always are.
   Check(parsed ? fields.size() + 5 >= XMPSupport::kFieldCount : fields.empty());
-  // What is merged with itself stays.
+  // Merging an object with itself changes nothing.
   xmp::TXMPMeta twice = meta;
   twice.FillFrom(meta);
   Check(twice.Empty() == meta.Empty());

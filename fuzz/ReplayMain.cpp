@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Feeds every file of the folders named on the command line to the fuzz target, under any compiler.
+// Runs the fuzz target on every file of the given folders. Works with any compiler.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
   int replayed = 0;
   for (int i = 1; i < argc; ++i) {
     if (!std::filesystem::is_directory(argv[i])) {
-      std::fprintf(stderr, "no corpus at %s\n", argv[i]);
+      std::fprintf(stderr, "replay: %s: corpus folder missing\n", argv[i]);
       return 1;
     }
     for (const auto& file : std::filesystem::directory_iterator(argv[i])) {

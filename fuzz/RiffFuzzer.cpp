@@ -4,6 +4,6 @@
 #include "xmp/readers/RiffReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  sorvik_fuzz::FuzzJumps(Sorvik::xmp::kRiffReader, {data, size}, "a.avi");
+  sorvik_fuzz::FuzzSeeking(Sorvik::xmp::kRiffReader, {data, size}, "a.avi");
   return 0;
 }

@@ -4,6 +4,6 @@
 #include "xmp/readers/TiffReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  sorvik_fuzz::FuzzJumps(Sorvik::xmp::kTiffReader, {data, size}, "a.dng");
+  sorvik_fuzz::FuzzSeeking(Sorvik::xmp::kTiffReader, {data, size}, "a.dng");
   return 0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Transport streams of AVCHD and HDV with their video, audio and recording blocks; the same bytes
-// as clip information.
+// are also read as clip information.
 #include "FuzzReader.h"
 #include "xmp/readers/ClipInfo.h"
 #include "xmp/readers/RecordingBlock.h"
@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   sorvik_fuzz::Fuzz(xmp::kTransportStreamReader, {data, size}, "clip.mts");
   const foundation::ByteReader bytes(std::as_bytes(std::span(data, size)));
   xmp::ReadClipLength(bytes);
-  // Straight to the parts that a stream's packets make hard to reach.
+  // Call parsers directly that are hard to reach through packets.
   xmp::ReadAVC(bytes);
   xmp::ReadMPEG2(bytes);
   xmp::TXMPMeta meta;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// XML of cameras as an element tree, within its limits and whatever the encoding.
+// Camera XML as an element tree, within its limits and in all encodings.
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
@@ -17,7 +17,7 @@ void Check(bool holds) {
 
 constexpr XmlLimits kLimits = {.bytes = 64 * 1024, .depth = 40, .nodes = 1000};
 
-// Counts elements and attributes, and looks for each child by its name.
+// Counts elements and attributes, and finds each child by name.
 std::size_t Walk(const XmlElement& root) {
   struct Place {
     const XmlElement* element;
