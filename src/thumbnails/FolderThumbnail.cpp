@@ -68,7 +68,7 @@ Bitplate** RenderBuiltInPicture(int number, int width, int height) {
   if (!copy) return nullptr;
   bitplateLockPixels(source.get());
   bitplateLockPixels(copy.get());
-  // From the last row upwards: the copy is upside down in memory, and marked as such.
+  // Copy from the last row upwards: the rows of the copy are bottom-up.
   const int sourceRowBytes = bitplateGetRowbytes(source.get());
   const int lastRow = bitplateGetHeight(source.get()) - 1;
   IR_Convert(bitplateGetPixels(source.get()) + std::ptrdiff_t{lastRow} * sourceRowBytes,

@@ -30,8 +30,9 @@ bool HasAlpha(const Canvas& canvas) {
   return false;
 }
 
-// Gives an old icon the alpha that its mask stands for. The mask isn't scaled: its rows and columns
-// are those of the drawing. Of a masked pixel only the blue is cleared, as it has always been.
+// Applies the mask of an icon without an alpha channel. The mask isn't scaled: its rows and columns
+// are those of the canvas. Masked pixels have only their blue cleared, for compatibility. Returns
+// false if the mask has fewer rows than the canvas.
 bool ApplyMask(const Icon& icon, const Canvas& canvas) {
   const int rows = std::min(icon.maskHeight, canvas.height);
   if (rows != canvas.height) return false;
@@ -52,7 +53,7 @@ bool ApplyMask(const Icon& icon, const Canvas& canvas) {
   return true;
 }
 
-Bitplate** DrawIfAny(const std::optional<Icon>& icon, int width, int height) {
+Bitplate** DrawIfPresent(const std::optional<Icon>& icon, int width, int height) {
   return icon ? DrawIcon(*icon, width, height) : nullptr;
 }
 
@@ -65,7 +66,7 @@ int IconSideFor(int width, int height) {
     return std::abs(width - side) + std::abs(height - side);
   };
   if (distance(kSmall) < distance(kShell)) return kSmall;
-  // Themes draw 48 pixels by hand as well; beyond, one large drawing is reduced.
+  // Themes have a separate 48-pixel drawing; larger icons are scaled down from one large drawing.
   constexpr int kLarge = 48;
   constexpr int kMaxIconSize = 512;
   const int longer = std::max(width, height);
@@ -90,15 +91,15 @@ Bitplate** DrawIcon(const Icon& icon, int width, int height) {
 }
 
 Bitplate** DrawFolderIcon(const IconSource& source, int width, int height) {
-  return DrawIfAny(source.OfFolder(IconSideFor(width, height)), width, height);
+  return DrawIfPresent(source.OfFolder(IconSideFor(width, height)), width, height);
 }
 
 Bitplate** DrawIconOfPath(const IconSource& source, const Hestra::UTF16String& path, int width,
                           int height) {
-  // Icons go by name and kind alone, so what isn't there gets the same as a file that is.
+  // Icons depend on name and kind alone, so a missing file gets the icon of an existing one.
   if (Hestra::PathUtils::IsDirectory(path)) return DrawFolderIcon(source, width, height);
   const std::string name = Hestra::MakeStdString(Hestra::PathUtils::GetFullFilePart(path));
-  return DrawIfAny(source.OfFile(name, IconSideFor(width, height)), width, height);
+  return DrawIfPresent(source.OfFile(name, IconSideFor(width, height)), width, height);
 }
 
 }  // namespace Sorvik

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Icons as pixel buffers, whatever source they come from. Any thread.
+// Draws icons of any source into pixel buffers. May be called on any thread.
 #pragma once
 
 #include "SorvikProvider/foundation/Bitplate.h"
@@ -8,17 +8,17 @@
 
 namespace Sorvik {
 
-// The side of the icon for a cell: 16 for the small one, if that is strictly nearer to the cell
-// than 32 in the sum of both sides, and otherwise the shell's size. That is 32, and more for cells
-// in which such an icon would be blown up.
+// Returns the icon size for a cell: 16 if that is strictly nearer to the cell than 32 in the sum of
+// both sides, otherwise the shell's size. That is 32, or more for cells in which such an icon would
+// be enlarged.
 int IconSideFor(int width, int height);
 
-// The icon over the whole of a new buffer, rows top-down; null for a side that a buffer can't have,
-// or for an icon without alpha whose mask is missing or too low.
+// Scales the icon to a new buffer with top-down rows. Returns null if the size is invalid, or if
+// the icon has no alpha and its mask is missing or has too few rows.
 Bitplate** DrawIcon(const imaging::Icon& icon, int width, int height);
 
 Bitplate** DrawFolderIcon(const imaging::IconSource& source, int width, int height);
-// The icon of the file or folder at `path`; of what isn't there, the icon that its name tells.
+// Returns the icon of the file or folder at `path`. The icon of a missing file depends on its name.
 Bitplate** DrawIconOfPath(const imaging::IconSource& source, const Hestra::UTF16String& path,
                           int width, int height);
 

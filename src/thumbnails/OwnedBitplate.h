@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Owns a pixel buffer inside the library until it is handed to the receiver.
+// Owns a pixel buffer inside the library until it is released to the caller.
 #pragma once
 
 #include <memory>
@@ -19,7 +19,7 @@ inline OwnedBitplate NewBitplate(int width, int height) {
   return OwnedBitplate(bitplateNew({0, 0, width, height}));
 }
 
-// The buffer as something to draw on, in its own order of rows. Borrowed.
+// Returns a view of the buffer to draw on, in its own row order.
 inline imaging::Canvas CanvasOf(Bitplate** plate) {
   return {bitplateGetPixels(plate), static_cast<std::size_t>(bitplateGetRowbytes(plate)),
           bitplateGetWidth(plate), bitplateGetHeight(plate),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A picture that is about to be drawn: its size is known, and its pixels come when they are needed.
+// A picture to be drawn. Opening reads its size; JPEG pixels are decoded while drawing.
 #pragma once
 
 #include <optional>
@@ -14,17 +14,17 @@ namespace Sorvik {
 
 class Picture {
  public:
-  // Nothing if the source can't be read as an image. `source` must outlive the picture.
+  // Returns nullopt if the source can't be read as an image. `source` must outlive the picture.
   static std::optional<Picture> Open(const imaging::ImageSource& source);
 
   int Width() const noexcept;
   int Height() const noexcept;
-  // Without transparency in any pixel: such pictures are reduced by the box filter, others are
-  // stretched.
+  // True if no pixel is transparent. Opaque pictures are drawn by the box filter, others by the
+  // smooth stretch.
   bool IsOpaque() const noexcept;
 
-  // Draws the picture, once, into `place`. The canvas is clear before. False if the data turns out
-  // to be damaged beyond use.
+  // Draws the picture into `place` of a cleared canvas. May be called once. Returns false if the
+  // data is too damaged to draw.
   bool Draw(const imaging::Canvas& canvas, const imaging::Placement& place);
 
  private:

@@ -17,7 +17,7 @@ using imaging::Canvas;
 using imaging::ImageSource;
 using imaging::Placement;
 
-// What lies between the rows belongs to the caller.
+// Clears the pixels. Padding between rows belongs to the caller and is not written.
 void Clear(const Canvas& canvas) {
   for (int y = 0; y < canvas.height; ++y) std::ranges::fill(canvas.Row(y), std::uint8_t{0});
 }
@@ -46,7 +46,7 @@ Bitplate** RenderThumbnail(const UTF16String& path, int width, int height) {
   OwnedBitplate plate =
       NewBitplate(width == 0 ? picture->Width() : width, height == 0 ? picture->Height() : height);
   if (!plate) return nullptr;
-  // A stretched picture comes from a bottom-up section, a reduced one is written from the top.
+  // The smooth stretch writes bottom-up rows, the box filter top-down rows.
   const bool bottomUp = !picture->IsOpaque();
   bitplateSetRowOrder(plate.get(),
                       bottomUp ? BitplateRowOrder::kBottomUp : BitplateRowOrder::kTopDown);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Pictures for providers: image files, icons of files and folders, named icons and the fixed
-// pictures of the camera structures. Every failure is a null result or false, without a message.
-// New buffers belong to the caller. Any thread; nothing is kept between calls.
+// Pictures for providers: image files, icons of files and folders, named icons and the static
+// pictures of the camera structures. Failures return null or false. The caller owns new buffers.
+// Stateless; may be called on any thread.
 #pragma once
 
 #include <string>
@@ -13,36 +13,36 @@
 
 namespace Sorvik {
 
-// Draws the image file at `path`, fitted with its aspect kept, centred across and at the bottom,
-// into a cell of `width` by `height` pixels of a buffer that the caller made, locked and cleared.
-// Rows go top-down, `rowBytes` apart. False if the file can't be read as an image, or if nothing of
-// an image with transparency could be drawn.
+// Draws the image file at `path` into the caller's buffer of `width` by `height` pixels, scaled to
+// fit with its aspect ratio, centred horizontally and aligned to the bottom. Rows are top-down,
+// `rowBytes` apart. Returns false if the file can't be read as an image, or if an image with
+// transparency is scaled to a size of 0.
 bool RenderThumbnail(const UTF16String& path, int width, int height, int rowBytes,
                      unsigned char* pixels);
 
-// The two steps of a caller that has no buffer yet: a new one of `width` by `height`, cleared,
-// drawn by the form above with rows top-down, and unlocked. Null if it can't be made or drawn.
+// Same, into a new, unlocked buffer of `width` by `height` pixels with top-down rows. Returns null
+// if it can't be created or drawn.
 Bitplate** RenderThumbnailIntoNew(const UTF16String& path, int width, int height);
 
-// The system's icon of `file` in `directory`, drawn over the whole of a new buffer, rows top-down.
-// A `directory` that is no long-form folder path counts as the empty path. The file needn't exist:
-// the icon then goes by its name.
+// Returns the system's icon of `file` in `directory`, scaled to a new buffer with top-down rows. A
+// `directory` that isn't a long-form folder path is treated as an empty path. The icon of a missing
+// file depends on its name.
 Bitplate** GetFolderThumbnail(const std::string& directory, const std::string& file, int width,
                               int height);
 
-// The icon of the file or folder at `path` as a square of `side` pixels.
+// Returns the icon of the file or folder at `path` as a square of `side` pixels.
 Bitplate** GetIconThumbnail(const UTF16String& path, int side);
 
-// The icon `name` of the application's resources in the size that goes with `height`, rendered by
-// the exported RenderThumbnail (so the buffer is still locked). Null if there is no such icon.
+// Returns the icon `name` of the application's resources in the size for `height`, rendered by the
+// exported RenderThumbnail (so the buffer is still locked). Returns null if there is no such icon.
 Bitplate** RenderNamedIcon(const UTF16String& name, int width, int height);
 
-// The picture `fileName` in the folder registered as "document.templates", as
-// RenderThumbnailIntoNew gives it. Null if it isn't there.
+// Renders the picture `fileName` of the folder registered as "document.templates" with
+// RenderThumbnailIntoNew. Returns null if it is missing.
 Bitplate** RenderTemplatePicture(std::string_view fileName, int width, int height);
 
-// The built-in picture `number` in a new buffer of `width` by `height`. Its rows stand bottom-up,
-// and the buffer's order of rows says so. Null if there is no such picture.
+// Returns the built-in picture `number` in a new buffer of `width` by `height`, with the row order
+// bottom-up. Returns null if there is no such picture.
 Bitplate** RenderBuiltInPicture(int number, int width, int height);
 
 // The number of the built-in picture of an AVCHD clip.

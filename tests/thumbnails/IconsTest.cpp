@@ -36,29 +36,29 @@ constexpr const char* kIndex =
     "[32/places]\nContext=Places\nSize=32\n"
     "[32/actions]\nContext=Actions\nSize=32\n";
 
-// A picture that is transparent somewhere, as icons are.
+// A picture with a transparent pixel, like an icon.
 std::string IconPng(const Pixel& pixel, int side) {
   Drawing drawing = Plain(side, side, pixel);
   drawing.pixels.back() = kClear;
   return Saved(drawing, "png", true);
 }
 
-// Points the library at a folder of its own for the time of a test.
-class ResourcesAt {
+// Sets the library's resources folder for the duration of a test.
+class ScopedResources {
  public:
-  explicit ResourcesAt(const std::string& folder)
+  explicit ScopedResources(const std::string& folder)
       : before_(tarnwick::filesupport::commondirs::ResourcesDir()) {
     tarnwick::filesupport::commondirs::SetResourcesDir(Hestra::MakeString(folder));
   }
-  ~ResourcesAt() { tarnwick::filesupport::commondirs::SetResourcesDir(before_); }
-  ResourcesAt(const ResourcesAt&) = delete;
-  ResourcesAt& operator=(const ResourcesAt&) = delete;
+  ~ScopedResources() { tarnwick::filesupport::commondirs::SetResourcesDir(before_); }
+  ScopedResources(const ScopedResources&) = delete;
+  ScopedResources& operator=(const ScopedResources&) = delete;
 
  private:
   Hestra::UTF16String before_;
 };
 
-TEST(IconThemes, TakesTheExactSizeThenTheNextLargerThenTheLargest) {
+TEST(IconThemes, ChoosesExactThenNextLargerThenLargestSize) {
   const TempTree tree;
   tree.File("data/icons/Adwaita/index.theme", kIndex);
   const IconTheme theme({tree.Path("none"), tree.Path("data")});
@@ -70,7 +70,7 @@ TEST(IconThemes, TakesTheExactSizeThenTheNextLargerThenTheLargest) {
   EXPECT_EQ(find({"video-x-generic"}, 16), "nothing");
   tree.File("data/icons/Adwaita/32@2/mimetypes/video-x-generic.png");
   tree.File("data/icons/Adwaita/32/actions/video-x-generic.png");
-  EXPECT_EQ(find({"video-x-generic"}, 32), "nothing") << "other scales and contexts don't count";
+  EXPECT_EQ(find({"video-x-generic"}, 32), "nothing") << "other scales and contexts are ignored";
   tree.File("data/icons/Adwaita/16/mimetypes/video-x-generic.png");
   tree.File("data/icons/Adwaita/512/mimetypes/video-x-generic.png");
   EXPECT_EQ(find({"video-x-generic"}, 16), "Adwaita/16/mimetypes/video-x-generic.png");
@@ -84,7 +84,7 @@ TEST(IconThemes, TakesTheExactSizeThenTheNextLargerThenTheLargest) {
   EXPECT_EQ(find({"../mimetypes/video-x-generic", "video-x-generic-symbolic", ""}, 32), "nothing");
 }
 
-TEST(IconThemes, LooksInHicolorAfterAdwaitaAndStandsBadIndexes) {
+TEST(IconThemes, FallsBackToHicolorAndSurvivesInvalidIndexes) {
   const TempTree tree;
   tree.File("icons/Adwaita/index.theme", "\xFF\xFE no key file");
   tree.File("icons/hicolor/index.theme", kIndex);
@@ -94,9 +94,9 @@ TEST(IconThemes, LooksInHicolorAfterAdwaitaAndStandsBadIndexes) {
   EXPECT_FALSE(IconTheme({tree.Path("icons")}).Find({"folder"}, IconContext::kPlaces, 16));
 }
 
-TEST(IconSources, UsesTheThemeAndOwnDrawingsWhereItHasNone) {
+TEST(IconSources, FallsBackToBuiltInDrawings) {
   const TempTree tree;
-  const ResourcesAt resources(tree.Path("own"));
+  const ScopedResources resources(tree.Path("own"));
   tree.File("icons/Adwaita/index.theme", kIndex);
   tree.File("icons/Adwaita/32/mimetypes/video-x-generic.png", IconPng(kRed, 32));
   tree.File("own/icons/16/application-x-generic.png", IconPng(kGreen, 16));
@@ -109,12 +109,12 @@ TEST(IconSources, UsesTheThemeAndOwnDrawingsWhereItHasNone) {
     return Pixel{icon->pixels[2], icon->pixels[1], icon->pixels[0], icon->pixels[3]};
   };
   EXPECT_EQ(colour(source.OfFile("A001.MXF", 32)), kRed);
-  EXPECT_EQ(colour(source.OfFile("clip.mp4", 16)), kRed) << "the larger one, to be reduced";
+  EXPECT_EQ(colour(source.OfFile("clip.mp4", 16)), kRed) << "the larger one, scaled down";
   EXPECT_EQ(colour(source.OfFile("unknown.\xE9xt", 16)), kGreen);
   EXPECT_EQ(colour(source.OfFile("", 32)), kBlue);
   EXPECT_EQ(colour(source.OfFolder(200)), kYellow);
   EXPECT_FALSE(source.OfFolder(16));
-  // A damaged icon of the theme is none.
+  // A damaged theme icon is ignored.
   tree.File("icons/Adwaita/32/mimetypes/video-x-generic.png", "no picture");
   EXPECT_EQ(colour(source.OfFile("A001.MXF", 32)), kBlue);
 }
@@ -131,7 +131,7 @@ bool HasSvgDecoder() {
   return found;
 }
 
-TEST(IconSources, DrawsSvgIconsWhereADecoderIsInstalled) {
+TEST(IconSources, DrawsSvgIconsIfADecoderIsInstalled) {
   const TempTree tree;
   tree.File("icons/Adwaita/index.theme", kIndex);
   tree.File("icons/Adwaita/32/places/folder.svg",
@@ -139,7 +139,7 @@ TEST(IconSources, DrawsSvgIconsWhereADecoderIsInstalled) {
             "<circle cx='4' cy='4' r='4' fill='#00f'/></svg>");
   const IconTheme theme({tree.Root()});
   const auto icon = ThemeIconSource(theme).OfFolder(32);
-  if (!HasSvgDecoder()) GTEST_SKIP() << "no SVG decoder here";
+  if (!HasSvgDecoder()) GTEST_SKIP() << "no SVG decoder installed";
   ASSERT_TRUE(icon);
   EXPECT_EQ(icon->width, 32);
   EXPECT_EQ(icon->pixels[(16 * 32 + 16) * 4], 255);
@@ -149,7 +149,7 @@ TEST(IconSources, DrawsSvgIconsWhereADecoderIsInstalled) {
       32));
 }
 
-// Answers with one icon, and remembers what was asked.
+// Returns one icon and records the requests.
 class FakeSource final : public Sorvik::imaging::IconSource {
  public:
   std::optional<Icon> OfFile(std::string_view fileName, int side) const override {
@@ -164,18 +164,18 @@ class FakeSource final : public Sorvik::imaging::IconSource {
   mutable std::string asked;
 };
 
-TEST(Icons, SmallIsTakenOnlyIfStrictlyNearer) {
+TEST(Icons, SmallSizeOnlyIfStrictlyNearer) {
   EXPECT_EQ(Sorvik::IconSideFor(16, 16), 16);
   EXPECT_EQ(Sorvik::IconSideFor(23, 23), 16);
   EXPECT_EQ(Sorvik::IconSideFor(24, 24), 32);
   EXPECT_EQ(Sorvik::IconSideFor(16, 32), 32);
   EXPECT_EQ(Sorvik::IconSideFor(0, -5), 16);
-  EXPECT_EQ(Sorvik::IconSideFor(INT32_MIN, INT32_MAX), 512) << "nothing overflows";
+  EXPECT_EQ(Sorvik::IconSideFor(INT32_MIN, INT32_MAX), 512) << "no overflow";
   EXPECT_EQ(Sorvik::IconSideFor(60, 45), 48);
   EXPECT_EQ(Sorvik::IconSideFor(200, 100), 200);
 }
 
-TEST(Icons, GoByKindAndNameWhetherThereOrNot) {
+TEST(Icons, DependOnKindAndNameEvenOfMissingFiles) {
   const TempTree tree;
   const FakeSource source;
   tree.Folder("clip.mxf");
@@ -184,12 +184,12 @@ TEST(Icons, GoByKindAndNameWhetherThereOrNot) {
     return plate ? source.asked : "nothing";
   };
   EXPECT_EQ(draw(tree.Path("clip.mxf")), "folder 16");
-  EXPECT_EQ(draw(tree.File("there.mov")), "file there.mov 16");
-  EXPECT_EQ(draw(tree.Path("gone.mov")), "file gone.mov 16");
+  EXPECT_EQ(draw(tree.File("existing.mov")), "file existing.mov 16");
+  EXPECT_EQ(draw(tree.Path("missing.mov")), "file missing.mov 16");
   EXPECT_EQ(draw(""), "file  16");
 }
 
-TEST(Icons, WithAlphaAreStretchedOverTheWholeCell) {
+TEST(Icons, WithAlphaFillTheCell) {
   const FakeSource source;
   const OwnedBitplate plate(Sorvik::DrawFolderIcon(source, 40, 17));
   ASSERT_TRUE(plate);
@@ -200,15 +200,15 @@ TEST(Icons, WithAlphaAreStretchedOverTheWholeCell) {
   EXPECT_EQ(Sorvik::DrawFolderIcon(source, 20000, 17), nullptr);
 }
 
-TEST(Icons, WithoutAlphaGoByTheirMask) {
+TEST(Icons, WithoutAlphaUseTheirMask) {
   FakeSource source;
-  // Two pixels without alpha; the second is masked. Only its blue goes.
+  // Two pixels without alpha, the second one masked. Only its blue is cleared.
   source.icon = Icon{2, 1, {10, 20, 30, 0, 40, 50, 60, 0}, 2, 2, {0, 0x000000FF, 0, 0}};
   const OwnedBitplate plate(Sorvik::DrawFolderIcon(source, 2, 1));
   ASSERT_TRUE(plate);
   EXPECT_EQ(PixelOf(plate.get(), 0, 0), (Pixel{30, 20, 10, 255}));
   EXPECT_EQ(PixelOf(plate.get(), 1, 0), (Pixel{60, 50, 0, 0}));
-  // Only the first byte of a word of the mask counts.
+  // Only the first byte of a mask word counts.
   source.icon->mask = {0xFFFFFF00, 0, 0, 0};
   const OwnedBitplate second(Sorvik::DrawFolderIcon(source, 2, 1));
   ASSERT_TRUE(second);
@@ -218,7 +218,7 @@ TEST(Icons, WithoutAlphaGoByTheirMask) {
   EXPECT_EQ(Sorvik::DrawFolderIcon(source, 2, 1), nullptr);
 }
 
-TEST(Icons, EveryMachineHasOneForFoldersAndFiles) {
+TEST(Icons, SystemProvidesFolderAndFileIcons) {
   const TempTree tree;
   for (const int side : {1, 16, 24, 32, 60, 300}) {
     const OwnedBitplate folder(Sorvik::GetFolderThumbnail(side, side));
@@ -233,9 +233,9 @@ TEST(Icons, EveryMachineHasOneForFoldersAndFiles) {
   }
 }
 
-TEST(FixedPictures, NamedIconsGoByTheHeight) {
+TEST(FixedPictures, NamedIconsDependOnTheHeight) {
   const TempTree tree;
-  const ResourcesAt resources(tree.Root());
+  const ScopedResources resources(tree.Root());
   tree.File("PNG/Clip_Sm_N_D.png", Saved(Plain(4, 4, kRed), "png"));
   tree.File("PNG/Clip_Xl_N_D.png", Saved(Plain(4, 4, kGreen), "png"));
   tree.File("PNG/Clip_48x48_N_D.png", Saved(Plain(4, 4, kBlue), "png"));
@@ -248,9 +248,9 @@ TEST(FixedPictures, NamedIconsGoByTheHeight) {
   EXPECT_EQ(Sorvik::RenderNamedIcon(u"Other", 16, 16), nullptr);
 }
 
-TEST(FixedPictures, TemplatesAndBuiltInPicturesStandUpright) {
+TEST(FixedPictures, TemplatesAndBuiltInPicturesAreUpright) {
   const TempTree tree;
-  const ResourcesAt resources(tree.Root());
+  const ScopedResources resources(tree.Root());
   EXPECT_EQ(Sorvik::RenderTemplatePicture("Clip.png", 2, 3), nullptr);
   EXPECT_EQ(Sorvik::RenderBuiltInPicture(Sorvik::kAVCHDPictureNumber, 4, 4), nullptr);
   tree.File("templates/Clip.png", Saved(SixColours(), "png"));
@@ -264,7 +264,7 @@ TEST(FixedPictures, TemplatesAndBuiltInPicturesStandUpright) {
   const OwnedBitplate builtIn(Sorvik::RenderBuiltInPicture(Sorvik::kAVCHDPictureNumber, 4, 6));
   ASSERT_TRUE(builtIn);
   EXPECT_EQ(bitplateGetRowOrder(builtIn.get()), BitplateRowOrder::kBottomUp);
-  EXPECT_EQ(PixelOf(builtIn.get(), 0, 0), kClear) << "centred in a cell that isn't square";
+  EXPECT_EQ(PixelOf(builtIn.get(), 0, 0), kClear) << "centred in a cell that is not square";
   EXPECT_EQ(PixelOf(builtIn.get(), 0, 1), kBlue);
   EXPECT_EQ(PixelOf(builtIn.get(), 3, 4), kRed);
   EXPECT_EQ(Sorvik::RenderBuiltInPicture(Sorvik::kAVCHDPictureNumber, 0, 6), nullptr);

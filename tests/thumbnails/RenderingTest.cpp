@@ -23,7 +23,7 @@ struct FitCase {
   int x, y, width, height;
 };
 class PictureFitting : public testing::TestWithParam<FitCase> {};
-TEST_P(PictureFitting, KeepsTheAspectAndStandsAtTheBottom) {
+TEST_P(PictureFitting, KeepsTheAspectAndAlignsToTheBottom) {
   const FitCase& c = GetParam();
   const auto place = Sorvik::FitPicture(c.pictureWidth, c.pictureHeight, c.cellWidth, c.cellHeight);
   EXPECT_EQ(place.x, c.x);
@@ -35,16 +35,16 @@ INSTANTIATE_TEST_SUITE_P(Cells, PictureFitting,
                          testing::Values(FitCase{1000, 500, 100, 100, 0, 50, 100, 50},
                                          FitCase{500, 1000, 100, 100, 25, 0, 50, 100},
                                          FitCase{1000, 1000, 80, 60, 10, 0, 60, 60},
-                                         // 170.67 goes up, 1.5 goes down.
+                                         // 170.67 rounds up, 1.5 rounds down.
                                          FitCase{6000, 4000, 256, 256, 0, 85, 256, 171},
                                          FitCase{4, 2, 3, 3, 0, 2, 3, 1},
                                          FitCase{2, 1, 1, 1, 0, 0, 1, 1},
                                          FitCase{1000, 1, 10, 10, 0, 10, 10, 0},
                                          FitCase{0, 5, 7, 9, 0, 0, 7, 9},
-                                         // Products beyond 32 bits.
+                                         // Products that exceed 32 bits.
                                          FitCase{200000, 1000, 16384, 16384, 0, 16302, 16384, 82}));
 
-TEST(Premultiplying, FollowsTheFormulaAtItsEdges) {
+TEST(Premultiplying, MatchesTheFormulaAtItsLimits) {
   using Sorvik::imaging::Premultiplied;
   EXPECT_EQ(Premultiplied(255, 255), 255);
   EXPECT_EQ(Premultiplied(200, 0), 0);
@@ -65,7 +65,7 @@ class Rendering : public testing::Test {
   TempTree tree_;
 };
 
-TEST_F(Rendering, OwnSizeGivesTheOpaquePictureUnchangedAndTopDown) {
+TEST_F(Rendering, OwnSizeDrawsOpaquePicturesUnchangedAndTopDown) {
   const auto plate = Render(Saved(SixColours(), "png"), 0, 0);
   ASSERT_TRUE(plate);
   EXPECT_EQ(Upright(plate.get()).pixels, SixColours().pixels);
@@ -84,12 +84,12 @@ TEST_F(Rendering, TransparentPicturesArePremultipliedAndBottomUp) {
   EXPECT_EQ(PixelOf(plate.get(), 0, 0), (Pixel{78, 39, 3, 100}));
   EXPECT_EQ(PixelOf(plate.get(), 1, 0), kClear);
   EXPECT_EQ(PixelOf(plate.get(), 1, 2), kYellow);
-  // In memory the lowest row comes first: black, yellow.
+  // In memory the lowest row is first: black, yellow.
   const unsigned char* first = bitplateGetPixels(plate.get());
   EXPECT_EQ(std::vector<int>(first, first + 8), (std::vector<int>{0, 0, 0, 255, 0, 255, 255, 255}));
 }
 
-TEST_F(Rendering, InternalFormIsTopDownForBothKindsAndKeepsToItsRows) {
+TEST_F(Rendering, InternalFormIsTopDownAndKeepsRowPadding) {
   Drawing seeThrough = SixColours();
   seeThrough.pixels[4] = kClear;
   for (const auto& bytes : {Saved(SixColours(), "png"), Saved(seeThrough, "png", true)}) {
@@ -97,14 +97,14 @@ TEST_F(Rendering, InternalFormIsTopDownForBothKindsAndKeepsToItsRows) {
     std::vector<unsigned char> buffer(kRowBytes * 3 + 4, 0xAA);
     ASSERT_TRUE(Sorvik::RenderThumbnail(File(bytes), 2, 3, kRowBytes, buffer.data()));
     EXPECT_EQ(buffer[2], 255);                // red at the top left
-    EXPECT_EQ(buffer[4 + 1], 255);            // green beside it
+    EXPECT_EQ(buffer[4 + 1], 255);            // green next to it
     EXPECT_EQ(buffer[2 * kRowBytes + 4], 0);  // yellow has no blue
     EXPECT_EQ(buffer[2 * kRowBytes + 6], 255);
-    EXPECT_EQ(buffer[kRowBytes - 1], 0xAA);  // nothing between the rows
+    EXPECT_EQ(buffer[kRowBytes - 1], 0xAA);  // padding is untouched
   }
 }
 
-TEST_F(Rendering, BoxFilterTakesTheMeanOfWholeBlocksCutDown) {
+TEST_F(Rendering, BoxFilterRoundsTheMeanOfBlocksDown) {
   const Drawing drawing{4,
                         2,
                         {{10, 0, 0},
@@ -117,7 +117,7 @@ TEST_F(Rendering, BoxFilterTakesTheMeanOfWholeBlocksCutDown) {
                          {0, 0, 53}}};
   const auto plate = Render(Saved(drawing, "png"), 2, 2);
   ASSERT_TRUE(plate);
-  EXPECT_EQ(PixelOf(plate.get(), 0, 0), kClear);  // the picture stands at the bottom
+  EXPECT_EQ(PixelOf(plate.get(), 0, 0), kClear);  // the picture is at the bottom
   EXPECT_EQ(PixelOf(plate.get(), 0, 1), (Pixel{10, 0, 0}));
   EXPECT_EQ(PixelOf(plate.get(), 1, 1), (Pixel{0, 50, 25}));
 }
@@ -152,7 +152,7 @@ TEST_F(Rendering, EnlargedOpaquePicturesHaveClearGaps) {
   }
 }
 
-TEST_F(Rendering, SmoothStretchKeepsPlainAreasAndItsPlace) {
+TEST_F(Rendering, SmoothStretchKeepsFlatAreasAndPosition) {
   const Pixel half{255, 0, 0, 128};
   for (const int side : {3, 40}) {
     const auto plate = Render(Saved(Plain(20, 10, half), "png", true), side, side);
@@ -181,16 +181,16 @@ TEST_F(Rendering, SmoothStretchBlendsAndNeverExceedsAlpha) {
 }
 
 TEST_F(Rendering, StreamedJpegEqualsFullDecodeInEveryKind) {
-  // The streamed rows against gdk-pixbuf's decode of the same file, through a PNG of it.
+  // Compares the streamed rows with gdk-pixbuf's decode of the same file, through a PNG of it.
   for (const auto kind : {JpegKind::kColour, JpegKind::kGrey, JpegKind::kProgressive,
                           JpegKind::kCmyk, JpegKind::kFullChroma}) {
     const std::string jpeg = Jpeg(Ramps(251, 167), kind);
     const auto full = DecodeByPixbuf(jpeg);
     for (const auto& [width, height] : {std::pair{0, 0}, std::pair{64, 64}, std::pair{300, 200}}) {
       const auto streamed = Render(jpeg, width, height);
-      const auto whole = Render(Saved(full, "png"), width, height);
-      ASSERT_TRUE(streamed && whole);
-      EXPECT_EQ(Upright(streamed.get()).pixels, Upright(whole.get()).pixels)
+      const auto decoded = Render(Saved(full, "png"), width, height);
+      ASSERT_TRUE(streamed && decoded);
+      EXPECT_EQ(Upright(streamed.get()).pixels, Upright(decoded.get()).pixels)
           << static_cast<int>(kind) << " at " << width;
     }
     for (int i : {0, 40, 166}) {
@@ -199,7 +199,7 @@ TEST_F(Rendering, StreamedJpegEqualsFullDecodeInEveryKind) {
   }
 }
 
-TEST_F(Rendering, SidesThatNoBufferHasAndBytesInMemoryAreRefused) {
+TEST_F(Rendering, InvalidSidesAndBytesInMemoryAreRejected) {
   const std::string png = Saved(SixColours(), "png");
   EXPECT_FALSE(Render(png, -1, 10));
   EXPECT_FALSE(Render(png, 10, 16385));
@@ -214,7 +214,7 @@ TEST_F(Rendering, SidesThatNoBufferHasAndBytesInMemoryAreRefused) {
 }
 
 TEST_F(Rendering, PicturesTooFlatForTheCellDrawNothing) {
-  // Fitted to a height of 0: an opaque picture counts as drawn, another doesn't.
+  // Fitted to a height of 0: an opaque picture counts as drawn, another one doesn't.
   std::vector<unsigned char> buffer(10 * 10 * 4, 7);
   EXPECT_TRUE(
       Sorvik::RenderThumbnail(File(Saved(Plain(1000, 1, kRed), "png")), 10, 10, 40, buffer.data()));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Pictures of files as pixel buffers.
+// Thumbnails of files and folders as pixel buffers. All functions may be called on any thread.
 #pragma once
 
 #include <vector>
@@ -10,16 +10,18 @@
 
 namespace Sorvik {
 
-// The image file at `path`, fitted into a cell of `width` by `height` pixels with its aspect kept,
-// centred across and at the bottom of the cell. A side of 0 stands for the image's own. Owned by
-// the caller and still locked; null if the file is no image that can be read. Any thread.
+// Renders the image file at `path` into a new buffer of `width` by `height` pixels, scaled to fit
+// with its aspect ratio, centred horizontally and aligned to the bottom. A side of 0 means the
+// image's own size. The caller owns the buffer, which is still locked, and disposes it with
+// bitplateDispose. Returns null if the file can't be read as an image or the size is invalid.
 SORVIK_EXPORT Bitplate** RenderThumbnail(const UTF16String& path, int width, int height);
 
-// Always null: images in memory are not rendered.
+// Always returns null: rendering images in memory is not supported.
 SORVIK_EXPORT Bitplate** RenderThumbnail(const std::vector<unsigned char>& bytes, int width,
                                          int height);
 
-// The system's icon of a folder at `width` by `height`, owned by the caller, or null.
+// Renders the system's folder icon into a new buffer of `width` by `height` pixels. The caller owns
+// the buffer. Returns null if there is no icon or the size is invalid.
 SORVIK_EXPORT Bitplate** GetFolderThumbnail(int width, int height);
 
 }  // namespace Sorvik
