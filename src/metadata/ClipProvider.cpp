@@ -38,7 +38,7 @@ std::string ClipProvider::GetUIString() const {
 }
 
 int ClipProvider::GetMaximumThumbnailHeight(int height) const {
-  return std::min(height, facts_.tallestThumbnail);
+  return std::min(height, facts_.maxThumbnailHeight);
 }
 
 bool ClipProvider::ShouldCheckFilter() const { return false; }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the providers of clips have in common: any row of the field table can be asked for, entries
-// are files, and no filter of file types applies to them.
+// Base class of the clip providers: all fields of the field table are available, entries are files,
+// and file type filters don't apply.
 #pragma once
 
 #include <string>
@@ -21,15 +21,15 @@ class ClipProvider : public Provider {
   bool IsFileBased() const final;
 
  protected:
-  // The height of the fixed pictures and icons of most structures.
+  // The height of the static pictures and icons of most structures.
   static constexpr int kIconHeight = 16;
 
   struct Facts {
     const char* identification;
-    const char* uiString;  // localised when it is asked for
+    const char* uiString;  // localised in GetUIString()
     FieldNameList defaultFields;
-    FieldNameSet labelFields;  // those that have a label
-    int tallestThumbnail = kIconHeight;
+    FieldNameSet labelFields;  // fields with a label
+    int maxThumbnailHeight = kIconHeight;
   };
   explicit ClipProvider(Facts facts);
 

@@ -52,7 +52,7 @@ std::int64_t ParseCount(std::string_view text) noexcept {
 std::string GetTimecodeFromDuration(const std::int64_t& frames, const std::string& rate) {
   for (const KnownRate& known : kKnownRates) {
     if (known.text != rate) continue;
-    // Counts come from files and may be anything; the product wraps instead of overflowing.
+    // Counts are read from files and may have any value: let the product wrap instead of overflow.
     const auto ticks = static_cast<std::int64_t>(static_cast<std::uint64_t>(frames) *
                                                  static_cast<std::uint64_t>(known.rate.ticks));
     return Hestra::MakeStdString(

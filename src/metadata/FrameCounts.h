@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Parsing of frame counts.
 #pragma once
 
 #include <cstdint>
@@ -6,12 +7,11 @@
 
 namespace Sorvik::XMPSupport {
 
-// Between the count and the rate in the text of a frame count.
+// Separates count and rate in a frame count text.
 inline constexpr std::string_view kFrameCountSeparator = " @ ";
 
-// The number at the start of `text` as the C library reads one in base 10: leading white space and
-// a sign are taken, reading stops at the first character that is no digit, text without digits
-// gives 0, and a number beyond 64 bits gives the nearest one that fits.
+// Parses the number at the start of `text` like strtoll in base 10: skips leading white space,
+// accepts a sign, stops at the first non-digit, returns 0 without digits, and clamps to 64 bits.
 std::int64_t ParseCount(std::string_view text) noexcept;
 
 }  // namespace Sorvik::XMPSupport

@@ -29,7 +29,7 @@ struct Owner {
   FieldValueMap fields;
 };
 
-// The folder above, or the empty string at the top.
+// Returns the parent folder; empty for a root.
 UTF16String GetParentFolder(const UTF16String& path) {
   UTF16String drive;
   UTF16String folder;
@@ -40,8 +40,8 @@ UTF16String GetParentFolder(const UTF16String& path) {
   return PathUtils::ToNormalizedPath(PathUtils::RemoveTrailingSlash(drive + folder));
 }
 
-// Whether the entry's file is the wanted one, whose folded path is `target`. The path of an entry
-// is brought into normal form first; extra paths are compared as they stand.
+// Whether the entry contains the file whose case-folded path is `target`. The entry's path is
+// normalised first; extra paths are compared unmodified.
 bool Matches(const FieldValueMap& fields, const UTF16String& target, bool withExtraFiles) {
   if (const auto path = fields.find(kPathField); path != fields.end()) {
     const auto* text = path->second.get_if<std::string>();
@@ -75,8 +75,8 @@ std::optional<Owner> ScanFolder(const std::vector<ProviderWrapper*>& providers,
   return std::nullopt;
 }
 
-// Asks the structures of the folders above the file. Plain folders are passed without a listing.
-std::optional<Owner> Climb(const UTF16String& path, const FieldNameSet& fieldSet) {
+// Searches the structures of the parent folders. Plain folders are skipped without a listing.
+std::optional<Owner> SearchParents(const UTF16String& path, const FieldNameSet& fieldSet) {
   UTF16String current = PathUtils::ToNormalizedPath(path);
   const UTF16String target = FoldCase(current);
   for (int level = 0; level < kMaxFolders; ++level) {
@@ -91,8 +91,8 @@ std::optional<Owner> Climb(const UTF16String& path, const FieldNameSet& fieldSet
   return std::nullopt;
 }
 
-// What the directory provider says of the file's side file; nothing if it doesn't know the file.
-std::optional<any_regular_t> SideFileOf(const UTF16String& path) {
+// Returns the directory provider's ExtraPath of the file; nullopt if it doesn't list the file.
+std::optional<any_regular_t> SidecarOf(const UTF16String& path) {
   const auto& all = ProviderHost::GetAllProviders();
   const auto directory = std::find_if(all.begin(), all.end(), [](const ProviderWrapper* provider) {
     return provider->GetIdentification() == kDirectoryProvider;
@@ -109,8 +109,9 @@ std::optional<any_regular_t> SideFileOf(const UTF16String& path) {
   return extra == fields.end() ? any_regular_t() : extra->second;
 }
 
-// The answer for a file that no structure claims, from the path as the caller gave it.
-FieldValueMap PlainAnswer(const UTF16String& path, UTF16String& entryKey, UTF16String& folderPath) {
+// The result for a file that no structure claims, with the path as passed by the caller.
+FieldValueMap PlainFileResult(const UTF16String& path, UTF16String& entryKey,
+                              UTF16String& folderPath) {
   FieldValueMap fields;
   fields[kNameField] = any_regular_t(Hestra::MakeStdString(PathUtils::GetFullFilePart(path)));
   fields[kPathField] = any_regular_t(Hestra::MakeStdString(path));
@@ -119,7 +120,7 @@ FieldValueMap PlainAnswer(const UTF16String& path, UTF16String& entryKey, UTF16S
   return fields;
 }
 
-FieldValueMap OwnerAnswer(Owner owner, UTF16String& entryKey, UTF16String& folderPath,
+FieldValueMap OwnerResult(Owner owner, UTF16String& entryKey, UTF16String& folderPath,
                           UTF16String& providerId) {
   entryKey = Hestra::MakeString(owner.entryKey);
   folderPath = Hestra::MakeString(owner.folder);
@@ -132,11 +133,11 @@ FieldValueMap OwnerAnswer(Owner owner, UTF16String& entryKey, UTF16String& folde
 FieldValueMap GetRelatedFiles(const UTF16String& path, UTF16String& entryKey,
                               UTF16String& folderPath, UTF16String& providerId) {
   const foundation::CallScope scope;
-  if (auto owner = Climb(path, {kNameField, kPathField, kExtraPathField})) {
-    return OwnerAnswer(std::move(*owner), entryKey, folderPath, providerId);
+  if (auto owner = SearchParents(path, {kNameField, kPathField, kExtraPathField})) {
+    return OwnerResult(std::move(*owner), entryKey, folderPath, providerId);
   }
-  FieldValueMap fields = PlainAnswer(path, entryKey, folderPath);
-  if (auto sideFile = SideFileOf(path)) fields[kExtraPathField] = std::move(*sideFile);
+  FieldValueMap fields = PlainFileResult(path, entryKey, folderPath);
+  if (auto sidecar = SidecarOf(path)) fields[kExtraPathField] = std::move(*sidecar);
   providerId = AsciiToUTF16(kDirectoryProvider);
   return fields;
 }
@@ -144,10 +145,10 @@ FieldValueMap GetRelatedFiles(const UTF16String& path, UTF16String& entryKey,
 FieldValueMap GetRelatedFilesWithoutExtraFiles(const UTF16String& path, UTF16String& entryKey,
                                                UTF16String& folderPath, UTF16String& providerId) {
   const foundation::CallScope scope;
-  if (auto owner = Climb(path, {kNameField, kPathField})) {
-    return OwnerAnswer(std::move(*owner), entryKey, folderPath, providerId);
+  if (auto owner = SearchParents(path, {kNameField, kPathField})) {
+    return OwnerResult(std::move(*owner), entryKey, folderPath, providerId);
   }
-  return PlainAnswer(path, entryKey, folderPath);
+  return PlainFileResult(path, entryKey, folderPath);
 }
 
 }  // namespace Sorvik

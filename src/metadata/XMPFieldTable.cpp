@@ -1,5 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "SorvikProvider/metadata/XMPSupport.h"
+#include "metadata/XMPFieldTable.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "metadata/FieldRules.h"
 #include "xmp/Namespaces.h"
 
 namespace Sorvik::XMPSupport {
@@ -11,9 +18,9 @@ constexpr char kNone[] = "";
 
 }  // namespace
 
-// The order is the numbering of fields: rows are never moved or taken away.
+// The index of a row is the number of its field: rows are never moved or removed.
 // clang-format off
-const XMPCrossReference kXMPCrossReference[kFieldCount] = {
+constexpr XMPCrossReference kXMPCrossReference[kFieldCount] = {
     {"Name", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/Name=Name", kNone},
     {"Path", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/FilePath=File Path", kNone},
     {"ExtraPath", "$$$/Ortlane/Provider/XMPFilesMetadata/Column/ExtraPath=Additional File Path", kNone},
@@ -94,12 +101,84 @@ const XMPCrossReference kXMPCrossReference[kFieldCount] = {
 };
 // clang-format on
 
+namespace {
+
+// Returns the row of the field `name`. A name that isn't in the table doesn't compile.
+consteval std::size_t RowOf(std::string_view name) {
+  std::size_t row = 0;
+  while (name != kXMPCrossReference[row].propertyName) ++row;  // past the end: not a constant
+  return row;
+}
+
+struct FieldRule {
+  Text (*convert)(const SXMPMeta& meta, const XMPCrossReference& row) = FieldRules::Unmodified;
+  // The property that `convert` reads instead of the row's own; null if it reads the row's own.
+  const char* schemaNS = nullptr;
+  const char* propertyName = nullptr;
+};
+
+// Rows without an entry here are shown unmodified.
+constexpr std::array<FieldRule, kFieldCount> MakeRules() {
+  using namespace FieldRules;  // NOLINT(google-build-using-namespace): the column of rules
+  std::array<FieldRule, kFieldCount> rules{};
+  rules[RowOf("Name")] = {Title, kNsDC, "title"};
+  rules[RowOf("Path")] = {SetByProviders};
+  rules[RowOf("ExtraPath")] = {SetByProviders};
+  rules[RowOf("ProxyPath")] = {SetByProviders};
+  rules[RowOf("creator")] = {FirstItem};
+  rules[RowOf("description")] = {AlternativeText};
+  rules[RowOf("relation")] = {JoinedList};
+  rules[RowOf("projectRef")] = {Project};
+  rules[RowOf("videoFrameSize")] = {FrameSize};
+  rules[RowOf("videoPixelAspectRatio")] = {AspectRatio};
+  rules[RowOf("videoAlphaUnityIsTransparent")] = {Boolean};
+  rules[RowOf("good")] = {Boolean};
+  rules[RowOf("loop")] = {Boolean};
+  rules[RowOf("fileDataRate")] = {DataRate};
+  rules[RowOf("GPSAltitude")] = {Ratio};
+  rules[RowOf("startTimecode")] = {StartTimecode};
+  rules[RowOf("duration")] = {Duration};
+  rules[RowOf("scale")] = {Scale, kNsDM, "duration"};
+  rules[RowOf("frameCount")] = {FrameCount, kNsDM, "duration"};
+  return rules;
+}
+
+constexpr std::array<FieldRule, kFieldCount> kRules = MakeRules();
+
+}  // namespace
+
 XMPFieldBits ParseFields(const FieldNameSet& fields) {
   XMPFieldBits bits;
   for (std::size_t row = 0; row < kFieldCount; ++row) {
     if (fields.contains(kXMPCrossReference[row].propertyName)) bits.set(row);
   }
   return bits;
+}
+
+FieldValueMap ConvertFields(const SXMPMeta& meta, const XMPFieldBits& fields) {
+  FieldValueMap values;
+  for (std::size_t row = 0; row < kFieldCount; ++row) {
+    if (!fields.test(row)) continue;
+    const XMPCrossReference& reference = kXMPCrossReference[row];
+    if (auto text = kRules[row].convert(meta, reference)) {
+      values[reference.propertyName] = any_regular_t(std::move(*text));
+    }
+  }
+  return values;
+}
+
+WantedProperties PropertiesOf(const XMPFieldBits& fields) {
+  auto wanted = WantedProperties::None();
+  for (std::size_t row = 0; row < kFieldCount; ++row) {
+    if (!fields.test(row)) continue;
+    const XMPCrossReference& own = kXMPCrossReference[row];
+    if (kRules[row].propertyName != nullptr) {
+      wanted.Add(kRules[row].schemaNS, kRules[row].propertyName);
+    } else if (own.schemaNS[0] != '\0') {
+      wanted.Add(own.schemaNS, own.propertyName);
+    }
+  }
+  return wanted;
 }
 
 }  // namespace Sorvik::XMPSupport

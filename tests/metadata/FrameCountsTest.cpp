@@ -49,11 +49,11 @@ TEST(FrameCounts, WrapInsteadOfOverflowing) {
         std::int64_t{1} << 62}) {
     EXPECT_NE(GetTimecodeFromDuration(frames, "1001/24000"), "");
   }
-  // One frame more than 2^63 ticks hold: the product turns negative.
+  // One frame more than fits into 2^63 ticks: the product becomes negative.
   EXPECT_EQ(GetTimecodeFromDuration(313720137308, "1/24")[0], '-');
 }
 
-TEST(FrameCounts, AreTakenApart) {
+TEST(FrameCounts, AreParsed) {
   struct Case {
     const char* text;
     bool taken;

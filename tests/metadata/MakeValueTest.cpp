@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The display texts of the metadata fields, rule by rule on packets, and how failures look.
+// The display texts of the metadata fields, by conversion rule, and how failures are reported.
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -31,7 +31,7 @@ std::string Packet(const std::string& properties) {
          properties + "</r:Description></r:RDF><?xpacket end='w'?>";
 }
 
-// One field of a packet; "<none>" where its key is left out.
+// Returns one field of a packet; "<none>" if its key is missing.
 std::string FieldOf(const std::string& properties, const char* field) {
   return TextOf(MakeValue(ParseFields({field}), Packet(properties)), field);
 }
@@ -60,7 +60,7 @@ TEST_F(MakeValueRules, SelectRowsByName) {
   }
   EXPECT_EQ(names.size(), kFieldCount);
   EXPECT_TRUE(ParseFields(FieldNameSet(names.begin(), names.end())).all());
-  // The rows whose label or schema isn't what their name suggests.
+  // Rows whose label or schema differs from what their name suggests.
   const std::string column = "$$$/Ortlane/Provider/XMPFilesMetadata/Column/";
   EXPECT_EQ(kXMPCrossReference[1].labelKey, column + "FilePath=File Path");
   EXPECT_EQ(kXMPCrossReference[31].labelKey, column + "startTimeCode=Start Timecode");
@@ -71,7 +71,7 @@ TEST_F(MakeValueRules, SelectRowsByName) {
   EXPECT_STREQ(kXMPCrossReference[65].schemaNS, "");
 }
 
-TEST_F(MakeValueRules, GiveKeysForAbsentPropertiesToo) {
+TEST_F(MakeValueRules, ReturnKeysOfMissingProperties) {
   FieldNameSet all;
   for (const XMPCrossReference& row : kXMPCrossReference) all.insert(row.propertyName);
   const FieldValueMap values = MakeValue(ParseFields(all), Packet(""));
@@ -84,7 +84,7 @@ TEST_F(MakeValueRules, GiveKeysForAbsentPropertiesToo) {
   EXPECT_EQ(MakeValue(ParseFields({"Label"}), Packet("<dm:scene>x</dm:scene>")).size(), 1u);
 }
 
-TEST_F(MakeValueRules, ReadTitlesInTheUsersLanguage) {
+TEST_F(MakeValueRules, ReadTitlesInTheUserLanguage) {
   const std::string title =
       "<dc:title><r:Alt><r:li xml:lang='x-default'>Plain</r:li><r:li xml:lang='de-DE'>Deutsch"
       "</r:li></r:Alt></dc:title>";
@@ -94,7 +94,7 @@ TEST_F(MakeValueRules, ReadTitlesInTheUsersLanguage) {
   EXPECT_EQ(FieldOf("<dc:title>simple</dc:title>", "Name"), "simple");
   EXPECT_EQ(FieldOf("<dc:title><r:Bag><r:li>a</r:li></r:Bag></dc:title>", "Name"), "");
   EXPECT_EQ(FieldOf("", "Name"), "");
-  // A description has no such way out.
+  // A description has no such fallback.
   EXPECT_EQ(FieldOf("<dc:description><r:Alt><r:li xml:lang='de-DE'>lang</r:li></r:Alt>"
                     "</dc:description>",
                     "description"),
@@ -155,7 +155,7 @@ TEST_F(MakeValueRules, ShowAspectRatios) {
   }
 }
 
-TEST_F(MakeValueRules, ShowBooleansAsWords) {
+TEST_F(MakeValueRules, ShowBooleansAsYesAndNo) {
   for (const char* field : {"videoAlphaUnityIsTransparent", "good", "loop"}) {
     EXPECT_EQ(DMField(field, "True"), "Yes") << field;
     EXPECT_EQ(DMField(field, "False"), "No") << field;
@@ -208,12 +208,12 @@ TEST_F(MakeValueRules, ShowDurations) {
   EXPECT_EQ(fields("<dm:duration dm:scale='1/25'/>"), "00:00:00:00|1/25| @ 1/25");
   EXPECT_EQ(fields("<dm:duration dm:value='x' dm:scale='1/25'/>"), "00:00:00:00|1/25|x @ 1/25");
   EXPECT_EQ(fields(""), "|| @ ");
-  // One that is no structure can't be read: the scale's key is left out.
+  // A duration that isn't a structure can't be read: the scale's key is missing.
   EXPECT_EQ(fields("<dm:duration>48</dm:duration>"), "|<none>|");
   EXPECT_EQ(fields("<dm:duration><r:Seq/></dm:duration>"), "|<none>|");
 }
 
-TEST_F(MakeValueRules, ShowTheRestAsItStands) {
+TEST_F(MakeValueRules, ShowOtherPropertiesUnmodified) {
   EXPECT_EQ(DMField("videoFrameRate", "1001/24000"), "1001/24000");
   EXPECT_EQ(FieldOf("<xmp:CreateDate>2011-02-15T10:15:14+1:00</xmp:CreateDate>", "CreateDate"),
             "2011-02-15T10:15:14+1:00");
@@ -234,16 +234,17 @@ struct Commas : std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-TEST(MakeValue, HeedsNoLocaleOfStreams) {
+TEST(MakeValue, IgnoresTheStreamLocale) {
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Commas));
   ExpectPoints();
   std::locale::global(before);
 }
 
-TEST(MakeValue, HeedsNoLocaleOfTheCLibrary) {
+TEST(MakeValue, IgnoresTheCLocale) {
   const TempTree tree;
   const std::string compile = "localedef -i de_DE -f UTF-8 " + tree.Path("de_DE.UTF-8");
-  if (std::system(compile.c_str()) != 0) GTEST_SKIP() << "no locale with commas can be made here";
+  if (std::system(compile.c_str()) != 0)
+    GTEST_SKIP() << "can't compile a locale with decimal commas";
   setenv("LOCPATH", tree.Root().c_str(), 1);
   ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
   EXPECT_STREQ(std::localeconv()->decimal_point, ",");
@@ -252,13 +253,13 @@ TEST(MakeValue, HeedsNoLocaleOfTheCLibrary) {
   unsetenv("LOCPATH");
 }
 
-TEST(MakeValue, TellsFailuresApart) {
+TEST(MakeValue, DistinguishesFailures) {
   const XMPFieldBits bits = ParseFields({"Label", "frameCount"});
   const TempTree tree;
   EXPECT_TRUE(MakeValue(tree.Path("missing.xmp"), bits).empty());
   EXPECT_TRUE(MakeValue(tree.Folder("folder.xmp"), bits).empty());
   EXPECT_TRUE(MakeValue(tree.File("without.bin", "no metadata"), bits).empty());
-  // XMP that can't be read: every key, and no value.
+  // Malformed XMP: every key, and no value.
   const FieldValueMap broken = MakeValue(tree.File("broken.xmp", "<rdf:RDF>"), bits);
   EXPECT_EQ(broken.size(), 2u);
   EXPECT_EQ(TextOf(broken, "Label"), "");
@@ -267,7 +268,7 @@ TEST(MakeValue, TellsFailuresApart) {
   const std::string good = tree.File("good.xmp", Packet("<xmp:Label>x</xmp:Label>"));
   EXPECT_EQ(TextOf(MakeValue(good, bits), "Label"), "x");
   EXPECT_TRUE(MakeValue(good, XMPFieldBits()).empty());
-  EXPECT_TRUE(MakeValue(good + std::string("\0x", 2), bits).empty()) << "the name of no file";
+  EXPECT_TRUE(MakeValue(good + std::string("\0x", 2), bits).empty()) << "a path with a NUL";
   EXPECT_TRUE(MakeValue(bits, "<rdf:RDF>").empty());
   EXPECT_TRUE(MakeValue(bits, "").empty());
 }
@@ -280,8 +281,8 @@ std::size_t BytesRead() {
   return counters >> name >> count && name == "rchar:" ? count : 0;
 }
 
-TEST(MakeValue, ReadsTheListOfACardOnce) {
-  if (BytesRead() == 0) GTEST_SKIP() << "the system counts no bytes";
+TEST(MakeValue, ReadsTheMaterialListOnce) {
+  if (BytesRead() == 0) GTEST_SKIP() << "no I/O statistics on this system";
   constexpr std::size_t kPadding = 1'000'000;
   const TempTree tree;
   tree.File("BPAV/MEDIAPRO.XML",

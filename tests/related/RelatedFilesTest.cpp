@@ -36,7 +36,7 @@ Owner OwnerOf(const std::string& path, bool withExtraFiles = true) {
   return owner;
 }
 
-// The files that an entry's fields name.
+// The files named in an entry's fields.
 std::vector<std::string> FilesOf(const FieldValueMap& fields) {
   std::vector<std::string> files = sorvik_test::ExtraPathsOf(fields, "\n");
   files.push_back(TextOf(fields, kPathField));
@@ -64,7 +64,8 @@ TEST_F(RelatedFiles, FindTheEntryOfEveryFileOfEveryCard) {
     for (const auto& [key, fields] : content) {
       for (const std::string& file : FilesOf(fields)) {
         const auto relative = std::filesystem::relative(file, card.root);
-        if (std::distance(relative.begin(), relative.end()) > 4) continue;  // beyond the climb
+        if (std::distance(relative.begin(), relative.end()) > 4)
+          continue;  // more than four levels up
         const Owner owner = OwnerOf(file);
         EXPECT_EQ(owner.provider, card.providerId) << file;
         EXPECT_EQ(owner.folder, card.root) << file;
@@ -80,14 +81,14 @@ TEST_F(RelatedFiles, FindTheEntryOfEveryFileOfEveryCard) {
   }
 }
 
-TEST_F(RelatedFiles, MatchRegardlessOfCaseAndSpelling) {
+TEST_F(RelatedFiles, MatchCaseInsensitiveAndNormalised) {
   tree.File("VIDEO/HVR/00_0012_2014-01-31_101530.M2T");
   const Owner owner = OwnerOf(tree.Path("VIDEO/./HVR//x/../00_0012_2014-01-31_101530.m2t"));
   EXPECT_EQ(owner.key, "00_0012_2014-01-31_101530.M2T");
   EXPECT_EQ(owner.folder, tree.Root());
 }
 
-TEST_F(RelatedFiles, TellSideFilesFromClips) {
+TEST_F(RelatedFiles, DistinguishSidecarsFromClips) {
   tree.File("VIDEO/HVR/00_0012_2014-01-31_101530.M2T");
   const std::string side = tree.File("VIDEO/HVR/00_0012_2014-01-31_101530.IDX");
   EXPECT_EQ(OwnerOf(side).key, "00_0012_2014-01-31_101530.M2T");
@@ -99,7 +100,7 @@ TEST_F(RelatedFiles, TellSideFilesFromClips) {
   EXPECT_FALSE(plain.fields.contains(kExtraPathField));
 }
 
-TEST_F(RelatedFiles, AnswerPlainFilesAsADirectoryDoes) {
+TEST_F(RelatedFiles, AnswerPlainFilesLikeADirectory) {
   const std::string movie = tree.File("clip.mxf");
   Owner owner = OwnerOf(movie);
   EXPECT_EQ(owner.provider, kDirectory);
@@ -109,17 +110,17 @@ TEST_F(RelatedFiles, AnswerPlainFilesAsADirectoryDoes) {
   const std::string side = tree.File("clip.mxf.xmp");
   owner = OwnerOf(movie);
   EXPECT_EQ(TextOf(owner.fields, kExtraPathField), side);
-  // A file that isn't there has no entry to take a side file from.
+  // A missing file has no entry with a sidecar.
   owner = OwnerOf(tree.Path("missing.mxf"));
   EXPECT_FALSE(owner.fields.contains(kExtraPathField));
   EXPECT_EQ(TextOf(owner.fields, kPathField), tree.Path("missing.mxf"));
-  // At the top of the tree, and as the caller spelled it.
+  // In the root directory, and with the spelling of the caller.
   owner = OwnerOf("/no-such-file");
   EXPECT_EQ(owner.key, "/no-such-file");
   EXPECT_EQ(owner.folder, "/");
 }
 
-TEST_F(RelatedFiles, ClimbFourFoldersAndListNoPlainOne) {
+TEST_F(RelatedFiles, SearchFourParentsWithoutListingPlainFolders) {
   const auto answers = std::make_shared<sorvik_test::FakeAnswers>();
   const std::string root = tree.Path("top");
   const std::string near = tree.File("top/a/b/c/near.bin");
@@ -139,7 +140,7 @@ TEST_F(RelatedFiles, ClimbFourFoldersAndListNoPlainOne) {
   EXPECT_EQ(listings, 1);
 }
 
-TEST_F(RelatedFiles, LetFailuresOut) {
+TEST_F(RelatedFiles, PropagateExceptions) {
   const auto answers = std::make_shared<sorvik_test::FakeAnswers>();
   const std::string file = tree.File("f");
   answers->score = [&](const std::string& path) { return path == tree.Root() ? 100 : 0; };

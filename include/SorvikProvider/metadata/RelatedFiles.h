@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// From a file to the entry that owns it.
+// Finds the entry that a file belongs to.
 #pragma once
 
 #include "SorvikProvider/foundation/Export.h"
@@ -8,16 +8,17 @@
 
 namespace Sorvik {
 
-// Finds the entry whose Path or ExtraPath holds the file at `path`, asking the structures of up to
-// four folders above it, best provider first. Gives the entry's key, its folder and its provider's
-// identification, and returns the entry's Name, Path and ExtraPath. A file that no structure claims
-// is answered as a directory would. Blocks while providers list; between ProviderHost::Initialize
-// and the last Shutdown only. What a provider throws goes to the caller.
+// Finds the entry whose Path or ExtraPath contains the file at `path`. Searches up to four parent
+// folders, each with its best provider first. Sets `entryKey`, `folderPath` and `providerId` to
+// those of the entry, and returns the entry's Name, Path and ExtraPath. For a file that no
+// structure claims, the result is that of the directory provider. Blocks while providers list. Call
+// it only between ProviderHost::Initialize and the last Shutdown, on any thread. Exceptions of
+// providers propagate to the caller.
 SORVIK_EXPORT FieldValueMap GetRelatedFiles(const UTF16String& path, UTF16String& entryKey,
                                             UTF16String& folderPath, UTF16String& providerId);
 
-// The same by Path alone, without ExtraPath. `providerId` is left as it was when no structure
-// claims the file.
+// Same, but searches and returns only Path, without ExtraPath. `providerId` is unchanged if no
+// structure claims the file.
 SORVIK_EXPORT FieldValueMap GetRelatedFilesWithoutExtraFiles(const UTF16String& path,
                                                              UTF16String& entryKey,
                                                              UTF16String& folderPath,

@@ -232,7 +232,7 @@ ProviderP2::ProviderP2()
                                     "artist",
                                     "scene",
                                     "takeNumber"},
-                    .tallestThumbnail = std::numeric_limits<int>::max()}) {}
+                    .maxThumbnailHeight = std::numeric_limits<int>::max()}) {}
 
 ContentMap ProviderP2::GetContent(const std::string& path, const std::string& key,
                                   const FieldNameSet& fields) const {
