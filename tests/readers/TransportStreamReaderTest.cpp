@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <utility>
+
+#include "foundation/ByteReader.h"
 #include "foundation/CallScope.h"
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
 #include "support/TempTree.h"
 #include "xmp/readers/ClipInfo.h"
+#include "xmp/readers/TransportStream.h"
 #include "xmp/readers/TransportStreamReader.h"
+#include "xmp/readers/VideoStream.h"
 
 namespace {
 
@@ -105,14 +110,15 @@ Bytes Escaped(const Bytes& payload) {
 
 // An access unit with the parameter set, picture timing and, if there are `tags`, a recording
 // block.
-Bytes Picture(const std::vector<std::string>& tags) {
+Bytes Picture(const std::vector<std::string>& tags, unsigned structure = 1) {
   Bytes b;
   b.Hex("00000001 0910").Hex("00000001").Hex(kSPS);
   Bytes block;
   block.Text("MDPM").U8(tags.size());
   for (const std::string& tag : tags) block.Hex(tag);
   Bytes message;
-  message.Hex("0104 00006140");  // picture timing: a top field
+  // Picture timing: two delays of 10 bits, picture structure 4.
+  message.Hex("0104 0000").U8(0x60 | structure).U8(0x40);
   if (!tags.empty()) message.U8(5).U8(16 + block.size()).Hex(kUUID).Add(block);
   b.Hex("00000001 06").Add(Escaped(message)).U8(0x80);
   b.Hex("00000001 65").Fill(300, 0x55);
@@ -167,6 +173,18 @@ TEST(TransportStreamReader, ReadsAnAvchdStream) {
             "videoFrameSize=1920x1080 pixel\n"
             "startTimecode=20:34:31:12 25Timecode\n"
             "duration=36 @ 1/25\n");
+}
+
+// ITU-T H.264, table D-1.
+TEST(AVCVideo, ReadsTheFieldOrderOfPictureTiming) {
+  const std::pair<unsigned, const char*> kStructures[] = {{1, "Upper"}, {2, "Lower"}, {3, "Upper"},
+                                                          {4, "Lower"}, {5, "Upper"}, {6, "Lower"},
+                                                          {0, "Upper"},  // a frame: the default
+                                                          {7, "Upper"}};
+  for (const auto& [structure, order] : kStructures) {
+    const std::string stream = Picture({}, structure).str();
+    EXPECT_STREQ(ReadAVC(Sorvik::foundation::ReaderOf(stream)).fieldOrder, order) << structure;
+  }
 }
 
 TEST(TransportStreamReader, ReadsOnlyForWantedProperties) {
@@ -346,6 +364,31 @@ TEST(TransportStreamReader, FillsMissingFactsFromTheCard) {
   tree.File("BDMV/CLIPINF/00016.CLP", MakeClipInfo(45000, 90000).str());
   EXPECT_EQ(read("00016.MTS").Field("duration", kNsDM, "value"), "25");
   EXPECT_EQ(read("00099.MTS").Field("duration", kNsDM, "value"), "36") << "from the time stamps";
+}
+
+// `count` packets at a distance of `stride`, the first one at `start`, followed by other bytes.
+std::string PacketRun(std::size_t count, std::size_t stride, std::size_t start, std::size_t rest) {
+  Bytes b;
+  b.Fill(start);
+  for (std::size_t i = 0; i < count; ++i) b.U8(0x47).Fill(i + 1 < count ? stride - 1 : 187);
+  return b.Fill(rest).str();
+}
+
+TEST(TransportStream, NeedsSeveralPacketsForALayout) {
+  using Found = std::pair<std::uint64_t, std::uint64_t>;
+  const auto find = [](std::size_t count, std::size_t stride, std::size_t start, std::size_t rest) {
+    const std::string head = PacketRun(count, stride, start, rest);
+    const auto layout = ts::FindLayout(Sorvik::foundation::ReaderOf(head));
+    return layout ? Found(layout->start, layout->stride) : Found();
+  };
+  for (const auto& [stride, start] : {Found{188, 0}, Found{192, 4}}) {
+    EXPECT_EQ(find(4, stride, start, 1000), Found(start, stride));
+    EXPECT_EQ(find(3, stride, start, 1000), Found());
+    EXPECT_EQ(find(2, stride, start, 0), Found(start, stride)) << "the file has no more";
+    EXPECT_EQ(find(1, stride, start, 0), Found());
+    EXPECT_EQ(find(5, stride, 101, 1000), Found(101, stride)) << "starts inside a packet";
+    EXPECT_EQ(find(4, stride, 101, 1000), Found());
+  }
 }
 
 TEST(TransportStreamReader, SurvivesInvalidStreams) {

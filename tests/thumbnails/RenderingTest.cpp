@@ -120,6 +120,11 @@ TEST_F(Rendering, BoxFilterRoundsTheMeanOfBlocksDown) {
   EXPECT_EQ(PixelOf(plate.get(), 0, 0), kClear);  // the picture is at the bottom
   EXPECT_EQ(PixelOf(plate.get(), 0, 1), (Pixel{10, 0, 0}));
   EXPECT_EQ(PixelOf(plate.get(), 1, 1), (Pixel{0, 50, 25}));
+  // A block of more bright rows than a 16-bit sum can hold.
+  const Drawing white{300, 300, std::vector<Pixel>(300 * 300, Pixel{255, 255, 255})};
+  const auto one = Render(Saved(white, "png"), 1, 1);
+  ASSERT_TRUE(one);
+  EXPECT_EQ(PixelOf(one.get(), 0, 0), (Pixel{255, 255, 255}));
 }
 
 TEST_F(Rendering, UnevenBlocksAreCountedFromTheLeftAndTheBottom) {
