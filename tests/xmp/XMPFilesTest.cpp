@@ -79,7 +79,7 @@ TEST(XMPFiles, MergesPropertiesByPrecedence) {
   EXPECT_EQ(LabelOf(clip), "full name");
   EXPECT_EQ(PropertyOf(clip, kNsXMP, "Nickname"), "stem");
   EXPECT_EQ(PropertyOf(clip, kNsDM, "scene"), "file");
-  // A sidecar has no sidecar of its own.
+  // Sidecars have no sidecars.
   EXPECT_EQ(LabelOf(tree.Path("a.XMP")), "stem in capitals");
 }
 

@@ -46,10 +46,10 @@ std::uint32_t SizeOf(std::uint32_t value) { return (value & 0x80000000) != 0 ? ~
 // Rounds rates that are stored as whole microseconds, such as 1000000/66666, to an integer rate.
 Rate SnapToInteger(Rate rate) {
   if (!rate.Known()) return rate;
-  const std::uint64_t whole = (rate.num + rate.den / 2) / rate.den;
+  const std::uint64_t integer = (rate.num + rate.den / 2) / rate.den;
   const double quotient =
-      static_cast<double>(rate.num) / static_cast<double>(rate.den) / static_cast<double>(whole);
-  return whole != 0 && quotient > 1 - 1e-4 && quotient < 1 + 1e-4 ? Rate{whole, 1} : rate;
+      static_cast<double>(rate.num) / static_cast<double>(rate.den) / static_cast<double>(integer);
+  return integer != 0 && quotient > 1 - 1e-4 && quotient < 1 + 1e-4 ? Rate{integer, 1} : rate;
 }
 
 // Chunk ids of samples are the stream number and a type of two letters.

@@ -85,8 +85,8 @@ std::optional<std::uint64_t> ParseUnsigned(std::string_view text) {
 std::optional<Rate> ParseDecimal(std::string_view text) {
   const auto point = text.find('.');
   if (point == text.npos) {
-    const auto whole = ParseUnsigned(text);
-    return whole ? std::optional(Rate{*whole, 1}) : std::nullopt;
+    const auto integer = ParseUnsigned(text);
+    return integer ? std::optional(Rate{*integer, 1}) : std::nullopt;
   }
   std::string digits(text.substr(0, point));
   digits += text.substr(point + 1);

@@ -64,8 +64,8 @@ std::optional<double> ToNumber(std::string_view text) {
   if (text.starts_with('+')) text.remove_prefix(1);
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  const bool whole = error == std::errc() && end == text.data() + text.size();
-  return whole && std::isfinite(number) ? std::optional(number) : std::nullopt;
+  const bool complete = error == std::errc() && end == text.data() + text.size();
+  return complete && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
 // Decimal degrees, negative for south and west.

@@ -15,7 +15,7 @@ namespace Sorvik::xmp {
 // Size in pixels, codec, pixel aspect ratio, field order and colour space.
 void SetVideoEntry(foundation::ByteReader entry, TXMPMeta& meta);
 
-// The first audio track; if each channel has a track of its own, the number of these tracks.
+// The first audio track; if each channel has a separate track, the number of these tracks.
 void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta);
 
 struct TimecodeEntry {

@@ -40,10 +40,10 @@ void SetCoordinate(TXMPMeta& meta, std::string_view name, std::string_view numbe
   if (number.size() < 2) return;
   const char reference = references[number[0] == '+' ? 0 : 1];
   std::string_view digits = number.substr(1);
-  const std::size_t whole = std::min(digits.find('.'), digits.size());
+  const std::size_t integerDigits = std::min(digits.find('.'), digits.size());
   std::array<Rate, 3> parts = {Rate{0, 1}, Rate{0, 1}, Rate{0, 1}};
   std::size_t lengths[] = {degreeDigits, 2, 2};
-  std::size_t rest = whole;
+  std::size_t rest = integerDigits;
   for (std::size_t i = 0; i < parts.size() && rest > 0; ++i) {
     const bool last = rest <= lengths[i] || i + 1 == parts.size();
     const std::size_t take = last ? digits.size() : lengths[i];

@@ -69,7 +69,7 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> SizeInToken(std::string_v
   return std::pair(*width, *height);
 }
 
-// Facts from which others are derived. Each is taken from the clip's own XML if it is there.
+// Facts from which others are derived. Each is taken from the clip's own XML if present.
 struct ClipFormat {
   std::string rateText;  // "59.94i"; for slow and quick motion, the rate of the format
   std::string codec;

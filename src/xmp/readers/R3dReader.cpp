@@ -229,10 +229,10 @@ std::string PacketOfRmdFile(const std::string& path) {
   constexpr std::size_t kMaxBytes = std::size_t{1} << 20;
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return {};
-  const std::string beside =
+  const std::string rmdPath =
       path.substr(0, slash + 1) + ClipName(std::string_view(path).substr(slash + 1)) + ".RMD";
-  if (!foundation::FolderNames::MayExist(beside)) return {};
-  const auto bytes = platform::ReadHead(beside, kMaxBytes);
+  if (!foundation::FolderNames::MayExist(rmdPath)) return {};
+  const auto bytes = platform::ReadHead(rmdPath, kMaxBytes);
   return bytes ? PacketOf(ByteReader{*bytes}.Text()) : std::string();
 }
 

@@ -141,9 +141,9 @@ std::optional<TiffRatio> TiffWalker::Ratio(const TiffDirectory& directory, std::
   const TiffTag* tag = directory.Find(id);
   if (tag == nullptr || index >= tag->count) return std::nullopt;
   if (tag->type != kRational && tag->type != kSRational) {
-    const auto whole = Number(directory, id, index);
-    if (!whole || *whole > 0xFFFFFFFF) return std::nullopt;
-    return TiffRatio{static_cast<std::uint32_t>(*whole), 1, false};
+    const auto integer = Number(directory, id, index);
+    if (!integer || *integer > 0xFFFFFFFF) return std::nullopt;
+    return TiffRatio{static_cast<std::uint32_t>(*integer), 1, false};
   }
   const ByteReader value = file_->At(tag->offset + index * 8, 8);
   const auto num = value.U32(0, bigEndian_);

@@ -261,8 +261,8 @@ class StreamFile {
       facts = ReadRecordingBlock(ByteReader(found_.video.recordingBlock), meta);
     }
     FillFromHDV(facts);
-    const bool whole = facts.recorded && facts.timecode && !facts.maker.empty();
-    if (!whole && WantsShot()) FillFromPlaylist(facts);
+    const bool complete = facts.recorded && facts.timecode && !facts.maker.empty();
+    if (!complete && WantsShot()) FillFromPlaylist(facts);
     if (!facts.recorded) facts.recorded = DateFromRecorderName(input_.path);
     if (facts.recorded) SetRecordingDate(meta, *facts.recorded, facts.zone);
     meta.SetProperty(kNsTIFF, "Make", facts.maker);
