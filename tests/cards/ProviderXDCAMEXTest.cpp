@@ -215,8 +215,10 @@ TEST(ProviderXDCAMEX, FindsTheRestOfATakeByItsComponents) {
 TEST(ProviderXDCAMEX, KeepsAllClipsOfTheCardInTheirTake) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card", {{.name = "T_01"}, {.name = "T_02"}, {.name = "T_03"}},
-                  {{.name = "T", .clips = {"T_01", "T_02", "T_03"}, .sources = {"T_02"}}});
+                  {{.name = "T", .clips = {"T_01", "T_02", "T_03"}, .sources = {"T_02"}},
+                   {.name = "U", .clips = {"T_02", "T_03"}}});
   ASSERT_THAT(ClipsIn(List(tree, "card", {})), ElementsAre("T_01"));
+  EXPECT_THAT(PathsOf(tree, "card", "T_01"), Contains("card/BPAV/TAKR/U/U.SMI"));
   EXPECT_THAT(PathsOf(tree, "card", "T_01"),
               testing::IsSupersetOf(
                   Join({FilesOfClip("card", "T_01", false), FilesOfClip("card", "T_02", true),

@@ -5,6 +5,8 @@
 
 #include <filesystem>
 #include <map>
+#include <sstream>
+#include <string>
 
 #include "foundation/CallScope.h"
 #include "foundation/platform/GvfsShares.h"
@@ -267,6 +269,17 @@ TEST(VolumeListing, SurvivesTablesThatAreNone) {
     ListVolumes(sources);
     MountTable::Parse(text);
   }
+}
+
+TEST(MountTable, KnowsNetworkFileSystems) {
+  std::istringstream types(
+      "9p afp afs beegfs ceph cifs coda davfs davfs2 glusterfs lustre ncpfs nfs nfs4 orangefs smb3 "
+      "smbfs virtiofs fuse.afp fuse.ceph fuse.cephfs fuse.curlftpfs fuse.dav fuse.davfs "
+      "fuse.davfs2 fuse.gcsfuse fuse.gvfsd-fuse fuse.glusterfs fuse.goofys fuse.httpfs "
+      "fuse.juicefs fuse.mfs fuse.rclone fuse.s3fs fuse.seaweedfs fuse.smbnetfs fuse.sshfs "
+      "fuse.wdfs");
+  for (std::string type; types >> type;) EXPECT_TRUE(IsNetworkType(type)) << type;
+  for (const char* type : {"", "ext4", "fuse.portal", "fuseblk"}) EXPECT_FALSE(IsNetworkType(type));
 }
 
 TEST(MountTable, HasARootEvenIfTheRootWasChanged) {

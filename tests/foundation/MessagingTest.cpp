@@ -109,6 +109,12 @@ TEST(Executors, RunWhatTheyAcceptAndRefuseTheRest) {
   EXPECT_FALSE(executor->Post([&] { ++runs; }));
   executor->WaitForAccepted();
   EXPECT_EQ(runs, 200);
+
+  const auto base = CreateIOBoundExecutor();
+  const auto stopped = CreateSubExecutor(base, -1);
+  base->StopAccepting();
+  EXPECT_FALSE(stopped->Post([&] { ++runs; }));
+  stopped->WaitForAccepted();  // returns: refused work is not waited for
 }
 
 TEST(Executors, KeepToTheirWidth) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "metadata/FrameCounts.h"
@@ -50,7 +51,14 @@ TEST(FrameCounts, WrapInsteadOfOverflowing) {
     EXPECT_NE(GetTimecodeFromDuration(frames, "1001/24000"), "");
   }
   // One frame more than fits into 2^63 ticks: the product becomes negative.
-  EXPECT_EQ(GetTimecodeFromDuration(313720137308, "1/24")[0], '-');
+  for (const auto& [rate, count] :
+       {std::pair("1/24", 313720137308), std::pair("1001/24000", 313406730578),
+        std::pair("1/25", 326791809696), std::pair("1001/30000", 391758413222),
+        std::pair("1/30", 392150171635), std::pair("1/50", 653583619392),
+        std::pair("1001/60000", 783516826444), std::pair("1/60", 784300343270)}) {
+    EXPECT_NE(GetTimecodeFromDuration(count - 1, rate)[0], '-') << rate;
+    EXPECT_EQ(GetTimecodeFromDuration(count, rate)[0], '-') << rate;
+  }
 }
 
 TEST(FrameCounts, AreParsed) {

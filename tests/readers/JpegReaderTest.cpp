@@ -4,7 +4,9 @@
 #include "foundation/Digest.h"
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
+#include "support/TempTree.h"
 #include "support/TiffBytes.h"
+#include "xmp/XMPFiles.h"
 #include "xmp/readers/JpegReader.h"
 
 namespace {
@@ -36,11 +38,13 @@ std::string Jpeg(const std::vector<Bytes>& segments) {
   for (const Bytes& segment : segments) b.Add(segment);
   return b.Add(Segment(0xDA, "scan")).Fill(100, 0x55).U16(0xFFD9).str();
 }
-std::string Main(const std::string& guid) {
+constexpr const char* kNsNote = "http://ns.adobe.com/xmp/note/";
+std::string Note(const std::string& name, const std::string& value) {
   return "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
-         "xmlns:n='http://ns.adobe.com/xmp/note/' n:HasExtendedXMP='" +
-         guid + "'/></rdf:RDF>";
+         "xmlns:n='" +
+         std::string(kNsNote) + "' n:" + name + "='" + value + "'/></rdf:RDF>";
 }
+std::string Main(const std::string& guid) { return Note("HasExtendedXMP", guid); }
 
 TEST(JpegReader, ReadsPacketAndExifAmongOtherSegments) {
   TiffBytes t;
@@ -62,7 +66,7 @@ TEST(JpegReader, StopsAtTheScan) {
 }
 
 TEST(JpegReader, JoinsExtendedXMPInAnyOrder) {
-  const std::string full = "<rdf:RDF>the complete extension</rdf:RDF>";
+  const std::string full = Note("Extended", "value");
   const std::string guid = Sorvik::foundation::MD5Hex(full);
   const std::size_t n = full.size();
   const std::string other(32, 'A');
@@ -81,6 +85,15 @@ TEST(JpegReader, JoinsExtendedXMPInAnyOrder) {
   EXPECT_EQ(extension({Packet(Main(other)), Part(other, n, 0, full)}), "") << "wrong digest";
   EXPECT_EQ(extension({Packet(Main(guid)), first, Part(guid, n, 12, full.substr(12))}), "")
       << "a gap";
+
+  const sorvik_test::TempTree tree;
+  TXMPFiles files;
+  TXMPMeta meta;
+  std::string value;
+  const std::string file = tree.File("a.jpg", Jpeg({Packet(Main(guid)), first, second}));
+  ASSERT_TRUE(files.OpenFile(file, kXMP_UnknownFile, 0));
+  ASSERT_TRUE(files.GetXMP(&meta));
+  EXPECT_TRUE(meta.GetProperty(kNsNote, "Extended", &value));
 }
 
 TEST(JpegReader, ReadsSegmentsAfterTheHeadInOneRead) {

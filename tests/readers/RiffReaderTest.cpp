@@ -215,6 +215,19 @@ TEST(RiffReader, ReadsWebP) {
   EXPECT_EQ(Facts(result), "Make=Maker\n");
 }
 
+// Format tags as registered in RFC 2361 and later by their owners.
+TEST(RiffReader, NamesWaveFormats) {
+  for (const auto& [tag, name] :
+       {std::pair(0x0002u, "ADPCM"), std::pair(0x0003u, "PCM"), std::pair(0x0006u, "A-law"),
+        std::pair(0x0007u, "mu-law"), std::pair(0x0011u, "ADPCM"), std::pair(0x0050u, "MPEG"),
+        std::pair(0x0055u, "MPEG"), std::pair(0x00FFu, "AAC"), std::pair(0x1600u, "AAC"),
+        std::pair(0x1610u, "AAC"), std::pair(0x2000u, "AC3"), std::pair(0x2001u, "DTS"),
+        std::pair(0x0012u, "")}) {
+    const std::string file = Riff("WAVE", {Chunk("fmt ", WaveFormat(tag, 2, 48000, 16))});
+    EXPECT_EQ(ReadWith(kRiffReader, file).Get(kNsDM, "audioCompressor"), name) << tag;
+  }
+}
+
 TEST(RiffReader, SurvivesTruncationAndCorruption) {
   ReadDamaged(kRiffReader, Avi({List("INFO", {Chunk("INAM", Bytes("T"))})}));
   ReadDamaged(kRiffReader,

@@ -131,10 +131,12 @@ TEST_F(Formats, IcoUsesTheLargestPicture) {
 }
 
 TEST_F(Formats, TruncatedJpegAndBmpAreDrawnPartially) {
-  const std::string jpeg = Jpeg(Plain(64, 64, kGreen), JpegKind::kColour);
-  const auto plate = Render(jpeg.substr(0, jpeg.size() - 12));
-  ASSERT_TRUE(plate);
-  EXPECT_GT(PixelOf(plate.get(), 2, 2).green, 200);
+  for (const JpegKind kind : {JpegKind::kColour, JpegKind::kProgressive}) {
+    const std::string jpeg = Jpeg(Plain(64, 64, kGreen), kind);
+    const auto plate = Render(jpeg.substr(0, jpeg.size() - 12));
+    ASSERT_TRUE(plate);
+    EXPECT_GT(PixelOf(plate.get(), 2, 2).green, 200);
+  }
   const std::string bmp = Saved(Plain(64, 64, kGreen), "bmp");
   const auto upper = Render(bmp.substr(0, bmp.size() / 2));
   ASSERT_TRUE(upper);
@@ -201,7 +203,7 @@ TEST_F(Formats, InvalidFilesAreRejectedCheaply) {
       {"JPEG with 2000 scans", EndlessScans()},
   };
   for (const auto& [what, bytes] : files) {
-      EXPECT_FALSE(Render(bytes)) << what;
+    EXPECT_FALSE(Render(bytes)) << what;
     std::vector<unsigned char> cell(80 * 60 * 4);
     const auto path = Hestra::MakeString(tree_.Path("picture.bin"));
     EXPECT_FALSE(Sorvik::RenderThumbnail(path, 80, 60, 80 * 4, cell.data())) << what;
