@@ -164,7 +164,7 @@ BENCHMARK(BM_CardIcons)->Unit(benchmark::kMillisecond);
 
 // The child of BM_OwnProcess: one thumbnail, written as the program writes it.
 int WriteThumbnail(const char* path, const char* out) {
-  const host::Picture picture = host::TakePicture(
+  const host::Picture picture = host::PictureFromBitplate(
       Sorvik::RenderThumbnailIntoNew(Hestra::MakeString(std::string(path)), kSide, kSide));
   if (picture.Empty()) return 1;
   std::ofstream file(out, std::ios::binary);

@@ -10,34 +10,35 @@
 namespace host {
 namespace {
 
-// What a command takes. `options` are separated by blanks.
+// A command with its operands and options. `options` are separated by blanks.
 struct CommandRow {
   std::string_view name;
   std::string_view operands;
-  std::size_t fewest;
-  std::size_t most;
+  std::size_t minOperands;
+  std::size_t maxOperands;
   std::string_view options;
   std::string_view summary;
 };
 
 constexpr CommandRow kCommands[] = {
     {"ls", "[PATH]", 0, 1, "--json --provider --fields --all --thumbs --size",
-     "the entries of a place; PATH is \"volumes:\" where it is left out"},
-    {"who", "PATH", 1, 1, "--json", "the providers that understand PATH, best first"},
-    {"entry", "PATH KEY", 2, 2, "--json --provider --fields --all", "one entry with its fields"},
+     "list the entries of a path as a table; without PATH the volumes"},
+    {"who", "PATH", 1, 1, "--json", "list the providers that support PATH, best first"},
+    {"entry", "PATH KEY", 2, 2, "--json --provider --fields --all",
+     "show one entry with its fields"},
     {"files", "PATH [KEY]", 1, 2, "--json --provider -0",
-     "the files that belong to the clips, one path a line"},
-    {"places", "PATH", 1, 1, "--json --provider", "the entries that can be browsed further"},
-    {"owner", "FILE", 1, 1, "--json --clips-only", "the entry that owns a file"},
+     "list the files that belong to the clips, one path per line"},
+    {"places", "PATH", 1, 1, "--json --provider", "list the entries that can be browsed further"},
+    {"owner", "FILE", 1, 1, "--json --clips-only", "show the entry that a file belongs to"},
     {"thumb", "PATH KEY | --folder", 0, 2, "--json --provider --size --folder -o",
-     "the thumbnail of an entry, or of folders, as a PNG file"},
+     "write the thumbnail of an entry, or the folder picture, as PNG"},
     {"sheet", "PATH", 1, 1, "--json --provider --fields --all --size -o",
-     "a contact sheet in one HTML file"},
+     "write a contact sheet as one HTML file"},
     {"check", "PATH", 1, 1, "--json --provider",
-     "is a card whole: whose is each file, what is gone"},
-    {"providers", "", 0, 0, "--json", "the registered providers with their fields"},
+     "check whether a card is complete; list missing and orphaned files"},
+    {"providers", "", 0, 0, "--json", "list the registered providers with their fields"},
     {"meta", "FILE | --packet", 0, 1, "--json --fields --all --packet",
-     "the metadata of one file, or of an XMP packet on the standard input"},
+     "show the metadata of a file, or of an XMP packet on standard input"},
 };
 
 struct OptionRow {
@@ -47,17 +48,17 @@ struct OptionRow {
 };
 
 constexpr OptionRow kOptions[] = {
-    {"--json", "", "one JSON document instead of a table"},
-    {"--provider", "ID", "ask this provider and not the best one"},
-    {"--fields", "A,B,C", "these fields; '' for none"},
-    {"--all", "", "all fields that the provider can fill"},
-    {"--thumbs", "", "with pictures, where the terminal can show them"},
-    {"--size", "WxH", "the cell of a picture in pixels; 80x60 where it is left out"},
-    {"--clips-only", "", "look at the clips' own paths alone, not at their further files"},
-    {"--folder", "", "the picture of a folder"},
-    {"--packet", "", "read an XMP packet from the standard input"},
-    {"-o", "FILE", "where to write; - for the standard output"},
-    {"-0", "", "end each path with a zero byte, for xargs -0"},
+    {"--json", "", "print one JSON document instead of a table"},
+    {"--provider", "ID", "use this provider instead of the best one"},
+    {"--fields", "A,B,C", "these fields, comma-separated; '' for none"},
+    {"--all", "", "all fields that the provider supports"},
+    {"--thumbs", "", "show pictures if the terminal supports them"},
+    {"--size", "WxH", "maximum picture size in pixels (default: 80x60)"},
+    {"--clips-only", "", "search the main file of each clip only, not its extra files"},
+    {"--folder", "", "the picture for a folder"},
+    {"--packet", "", "read an XMP packet from standard input"},
+    {"-o", "FILE", "output file; - for standard output"},
+    {"-0", "", "end each path with a NUL byte, for xargs -0"},
 };
 
 const CommandRow* FindCommand(std::string_view name) {
@@ -66,13 +67,13 @@ const CommandRow* FindCommand(std::string_view name) {
   return found == std::end(kCommands) ? nullptr : found;
 }
 
-bool Takes(const CommandRow& command, std::string_view option) {
+bool Accepts(const CommandRow& command, std::string_view option) {
   return (" " + std::string(command.options) + " ").find(" " + std::string(option) + " ") !=
          std::string::npos;
 }
 
-[[noreturn]] void Refuse(const std::string& why) {
-  throw Failure(kWrongUse, why + " (sorvik --help tells more)");
+[[noreturn]] void FailUsage(const std::string& why) {
+  throw Failure(kUsageError, why + " (try 'sorvik --help')");
 }
 
 std::vector<std::string> SplitFields(std::string_view text) {
@@ -85,7 +86,9 @@ std::vector<std::string> SplitFields(std::string_view text) {
   return fields;
 }
 
-// A side of 0 stands for the picture's own; the largest pixel buffer has 16384.
+constexpr int kMaxPictureSide = 16384;  // the limit of a pixel buffer
+
+// Parses WIDTHxHEIGHT. A side of 0 means the picture's own size.
 void ParseSize(const std::string& text, Options& options) {
   const char* const end = text.data() + text.size();
   const auto width = std::from_chars(text.data(), end, options.width);
@@ -94,9 +97,9 @@ void ParseSize(const std::string& text, Options& options) {
     const auto height = std::from_chars(width.ptr + 1, end, options.height);
     good = height.ec == std::errc() && height.ptr == end;
   }
-  const auto fits = [](int side) { return side >= 0 && side <= 16384; };
+  const auto fits = [](int side) { return side >= 0 && side <= kMaxPictureSide; };
   if (!good || !fits(options.width) || !fits(options.height)) {
-    Refuse("--size wants WIDTHxHEIGHT, not \"" + text + "\"");
+    FailUsage("--size: expected WIDTHxHEIGHT, got '" + text + "'");
   }
 }
 
@@ -105,7 +108,7 @@ PictureProtocol ParseProtocol(const std::string& text) {
   if (text == "kitty") return PictureProtocol::kKitty;
   if (text == "sixel") return PictureProtocol::kSixel;
   if (text == "none") return PictureProtocol::kNone;
-  Refuse("--thumbs knows auto, kitty, sixel and none, not \"" + text + "\"");
+  FailUsage("--thumbs: expected auto, kitty, sixel or none, got '" + text + "'");
 }
 
 void Apply(Options& options, std::string_view name, const std::string& value) {
@@ -122,7 +125,7 @@ void Apply(Options& options, std::string_view name, const std::string& value) {
   if (name == "-o") options.output = value;
 }
 
-// The words of a command line, with options taken apart from operands.
+// Separates the options of a command line from its operands.
 class Parser {
  public:
   explicit Parser(const std::vector<std::string>& words) : words_(words) {}
@@ -140,12 +143,12 @@ class Parser {
     }
     if (!options_.command.empty() && FindCommand(options_.command) == nullptr) return options_;
     if (options_.command.empty()) options_.command = "ls";
-    CheckUse(*FindCommand(options_.command));
+    CheckUsage(*FindCommand(options_.command));
     return options_;
   }
 
  private:
-  // The first word names the command; where it doesn't, it is a path to list.
+  // The first operand is the command name, or the path to list if it isn't one.
   void TakeOperand(const std::string& word) {
     if (options_.command.empty() && !onlyOperands_ && FindCommand(word) != nullptr) {
       options_.command = word;
@@ -165,44 +168,48 @@ class Parser {
     const auto* const row =
         std::find_if(std::begin(kOptions), std::end(kOptions),
                      [&](const OptionRow& known) { return known.name == name; });
-    if (row == std::end(kOptions)) Refuse("unknown option " + name);
+    if (row == std::end(kOptions)) FailUsage("unknown option '" + name + "'");
     seen_.push_back(name);
     if (equals != std::string::npos) {
-      if (row->value.empty() && name != "--thumbs") Refuse(name + " takes no value");
+      if (row->value.empty() && name != "--thumbs") FailUsage(name + ": option takes no value");
       Apply(options_, name, word.substr(equals + 1));
     } else if (row->value.empty()) {
       Apply(options_, name, {});
     } else {
-      if (next_ + 1 >= words_.size()) Refuse(name + " wants a value");
+      if (next_ + 1 >= words_.size()) FailUsage(name + ": missing value");
       Apply(options_, name, words_[++next_]);
     }
   }
 
-  // A first word that can't be a path, and has others behind it, was meant for a command.
-  void CheckFirstWord(const CommandRow& command) const {
-    if (commandNamed_ || onlyOperands_ || options_.operands.size() <= command.most) return;
+  // With too many operands, a first one without '/' and ':' is a mistyped command rather than a
+  // path.
+  void CheckFirstOperand(const CommandRow& command) const {
+    if (commandNamed_ || onlyOperands_ || options_.operands.size() <= command.maxOperands) return;
     const std::string& word = options_.operands.front();
-    if (word.find_first_of("/:") == word.npos) Refuse("there is no command " + word);
+    if (word.find_first_of("/:") == word.npos) FailUsage("unknown command '" + word + "'");
   }
 
-  void CheckUse(const CommandRow& command) const {
+  void CheckUsage(const CommandRow& command) const {
     const std::string name(command.name);
-    CheckFirstWord(command);
+    CheckFirstOperand(command);
     for (const std::string& option : seen_) {
-      if (!Takes(command, option)) Refuse(name + " takes no " + option);
+      if (!Accepts(command, option)) FailUsage(name + ": option " + option + " is not supported");
     }
     const std::size_t count = options_.operands.size();
-    if (count > command.most) Refuse(name + " was given too many words");
-    if (count < command.fewest) Refuse(name + " wants " + std::string(command.operands));
+    if (count > command.maxOperands) FailUsage(name + ": too many arguments");
+    if (count < command.minOperands)
+      FailUsage(name + ": too few arguments, expected " + std::string(command.operands));
     if (name == "thumb" && count != (options_.folder ? 0U : 2U)) {
-      Refuse("thumb wants PATH and KEY, or --folder");
+      FailUsage("thumb: expected PATH KEY, or --folder");
     }
     if (name == "meta" && count != (options_.packet ? 0U : 1U)) {
-      Refuse("meta wants FILE, or --packet");
+      FailUsage("meta: expected FILE, or --packet");
     }
-    if (Takes(command, "-o") && options_.output.empty()) Refuse(name + " wants -o FILE");
-    if (options_.output == "-" && options_.json) Refuse("-o - and --json are one output too many");
-    if (options_.all && options_.fields) Refuse("--fields and --all contradict each other");
+    if (Accepts(command, "-o") && options_.output.empty())
+      FailUsage(name + ": missing option -o FILE");
+    if (options_.output == "-" && options_.json)
+      FailUsage("-o - and --json both write to standard output");
+    if (options_.all && options_.fields) FailUsage("--fields and --all are mutually exclusive");
   }
 
   const std::vector<std::string>& words_;
@@ -228,7 +235,7 @@ std::string HelpText() {
   constexpr std::size_t kColumn = 30;
   std::string text =
       "sorvik shows camera cards and folders as places with clips.\n\n"
-      "usage: sorvik [COMMAND] [OPTIONS] [PATH]\n\ncommands (ls where none is named):\n";
+      "usage: sorvik [COMMAND] [OPTIONS] [PATH]\n\ncommands (default: ls):\n";
   for (const CommandRow& row : kCommands) {
     text += Padded("  " + std::string(row.name) + " " + std::string(row.operands), kColumn);
     text += std::string(row.summary) + "\n";
@@ -240,11 +247,10 @@ std::string HelpText() {
     text += std::string(row.summary) + "\n";
   }
   text +=
-      "\n--thumbs finds out what the terminal can show; --thumbs=kitty, --thumbs=sixel and\n"
-      "--thumbs=none say it. A path that begins with \"volumes:\" goes to the library as it "
-      "stands,\n"
-      "as does every KEY; any other path is made absolute. -- ends the options.\n\n"
-      "exit code: 0 done, 1 nothing found or understood, 2 wrong use, 130 ended by Ctrl-C\n";
+      "\n--thumbs detects what the terminal supports; --thumbs=kitty, --thumbs=sixel and\n"
+      "--thumbs=none select it. A path that begins with \"volumes:\" and every KEY are passed to\n"
+      "the library unchanged; any other path is made absolute. -- ends the options.\n\n"
+      "exit status: 0 success, 1 error or incomplete card, 2 usage error, 130 interrupted\n";
   return text;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The command line.
+// Parsing of the command line.
 #pragma once
 
 #include <optional>
@@ -20,14 +20,15 @@ struct Options {
   bool folder = false;
   bool packet = false;
   PictureProtocol thumbs = PictureProtocol::kNone;
-  std::optional<std::vector<std::string>> fields;  // in the order that was given
+  std::optional<std::vector<std::string>> fields;  // in the order of the command line
   std::string provider;
   std::string output;
   int width = 80;
   int height = 60;
 };
 
-// Throws Failure for wrong use. The commands "help" and "version" stand for their switches.
+// Throws Failure with kUsageError for invalid arguments. --help and --version become the commands
+// "help" and "version".
 Options ParseArguments(const std::vector<std::string>& arguments);
 
 // The text of --help.

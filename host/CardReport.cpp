@@ -17,21 +17,21 @@ using Sorvik::StructureFindings;
 using Sorvik::StructurePart;
 using Sorvik::UTF16String;
 
-// Path to the keys of the clips that list it. A folder that clips list is often common to them all,
-// and makes no clip the owner of what lies in it.
+// Maps a path to the keys of the clips that list it. Listing a folder doesn't make a clip the owner
+// of the files in it: such folders are often shared by all clips.
 using Owners = std::map<std::string, std::vector<std::string>>;
 
 UTF16String Folded(const std::string& path) {
   return tarnwick::utility::FoldCase(tarnwick::utility::UTF8to16(path));
 }
 
-// What is known of paths by the library's spelling. Cards are often of file systems that heed no
-// case: a file then lies there under another spelling than that by which a provider found it.
+// Paths as the library spells them. Cards often use case-insensitive file systems, on which the
+// spelling on disk can differ from the one that a provider used.
 class KnownPaths {
  public:
   void Add(const std::string& path) { spellings_.emplace(Folded(path), path); }
 
-  // The known spelling of the file at `path`; `path` itself if it has no other.
+  // Returns the known spelling of the file at `path`, or `path` itself if there is none.
   std::string SpellingOf(const std::string& path) const {
     const auto [begin, end] = spellings_.equal_range(Folded(path));
     std::string other = path;
@@ -65,7 +65,7 @@ std::set<std::string> PathsOf(const std::vector<StructurePart>& parts) {
   return paths;
 }
 
-// What the library misses, and what clips list that isn't there.
+// The parts that the library reports as missing, and paths that clips list but that don't exist.
 std::vector<StructurePart> MissingParts(const Owners& listed, const StructureFindings& findings) {
   std::vector<StructurePart> missing = findings.missing;
   std::set<std::string> known = PathsOf(missing);
@@ -79,31 +79,31 @@ std::vector<StructurePart> MissingParts(const Owners& listed, const StructureFin
 
 }  // namespace
 
-bool CardReport::IsWhole() const {
+bool CardReport::IsComplete() const {
   return missing.empty() && std::none_of(files.begin(), files.end(), [](const CardFile& file) {
-           return file.role == FileRole::kUnreached;
+           return file.role == FileRole::kOrphaned;
          });
 }
 
 CardReport MakeCardReport(const std::string& root, const ContentMap& entries,
                           const StructureFindings& findings, const std::atomic<bool>& stop) {
   const Owners listed = ListedPaths(entries);
-  const std::set<std::string> unreached = PathsOf(findings.unreached);
+  const std::set<std::string> orphaned = PathsOf(findings.unreached);
   const std::set<std::string> structure(findings.structureFiles.begin(),
                                         findings.structureFiles.end());
   KnownPaths known;
   for (const auto& [path, keys] : listed) known.Add(path);
-  for (const std::string& path : unreached) known.Add(path);
+  for (const std::string& path : orphaned) known.Add(path);
   for (const std::string& path : structure) known.Add(path);
   CardReport report;
   report.missing = MissingParts(listed, findings);
   WalkFiles(root, stop, [&](const std::string& path) {
     const std::string spelling = known.SpellingOf(path);
-    CardFile file{path, FileRole::kForeign, OwnersOf(spelling, listed)};
+    CardFile file{path, FileRole::kUnrelated, OwnersOf(spelling, listed)};
     if (!file.owners.empty()) {
       file.role = FileRole::kClip;
-    } else if (unreached.contains(spelling)) {
-      file.role = FileRole::kUnreached;
+    } else if (orphaned.contains(spelling)) {
+      file.role = FileRole::kOrphaned;
     } else if (structure.contains(spelling)) {
       file.role = FileRole::kStructure;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Whether a card is whole: whose is each file on it, and what is missing.
+// Whether a card is complete: the owner or role of each file on it, and the missing files.
 #pragma once
 
 #include <atomic>
@@ -11,30 +11,31 @@
 
 namespace host {
 
-// What a file on the card is.
+// The role of a file on the card.
 enum class FileRole {
-  kClip,       // clips list it
-  kStructure,  // it belongs to the card and to no clip
-  kUnreached,  // media that no clip reaches: a copy made by clips would lose it
-  kForeign,    // the card's structure doesn't know it
+  kClip,       // listed by at least one clip
+  kStructure,  // belongs to the card itself, such as an index
+  kOrphaned,   // media that no clip lists: a copy made clip by clip would omit it
+  kUnrelated,  // not part of the card's structure
 };
 
 struct CardFile {
   std::string path;
-  FileRole role = FileRole::kForeign;
+  FileRole role = FileRole::kUnrelated;
   std::vector<std::string> owners;  // keys of the clips that list it
 };
 
 struct CardReport {
-  std::vector<CardFile> files;                 // all below the root, in order of their paths
-  std::vector<Sorvik::StructurePart> missing;  // those without a key belong to the card
+  std::vector<CardFile> files;                 // all files below the root, sorted by path
+  std::vector<Sorvik::StructurePart> missing;  // parts with an empty key belong to the card
 
-  // Nothing is missing, and every piece of media belongs to a clip.
-  bool IsWhole() const;
+  // True if nothing is missing and every media file belongs to a clip.
+  bool IsComplete() const;
 };
 
-// Puts together what the entries list, what the library finds and what lies on the disk. Opens
-// nothing; walks through all folders of the card. For a worker.
+// Compares the files that the entries list and the library's findings with the files on disk. Opens
+// no file; walks all folders of the card. Call it on a worker. Returns a partial report once `stop`
+// is set.
 CardReport MakeCardReport(const std::string& root, const Sorvik::ContentMap& entries,
                           const Sorvik::StructureFindings& findings, const std::atomic<bool>& stop);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the program can do, one file each in commands/.
+// The commands of the program, each in its own file in commands/.
 #pragma once
 
 #include "Arguments.h"
@@ -16,7 +16,7 @@ struct Context {
   Output& output;
 };
 
-// Each ends with the program's exit code, or throws Failure or Interrupted.
+// Each returns the program's exit code, or throws Failure or Interrupted.
 int RunLs(Context& context);
 int RunWho(Context& context);
 int RunEntry(Context& context);
@@ -29,42 +29,43 @@ int RunCheck(Context& context);
 int RunProviders(Context& context);
 int RunMeta(Context& context);
 
-// Throws Failure for a path that no provider claims, with the reason where the disk tells one.
-[[noreturn]] void RefusePlace(Context& context, const std::string& path);
+// Throws Failure for a path that no provider claims, with the system's reason if there is one.
+[[noreturn]] void FailUnclaimedPath(Context& context, const std::string& path);
 
-// Throws Failure for a folder that can't be read. The library doesn't tell it from an empty one, so
-// ask where it gave nothing.
+// Throws Failure for a folder that can't be read. The library returns an empty result for both an
+// empty and an unreadable folder, so call this after an empty result.
 void RequireReadable(Context& context, const std::string& path);
 
-// The provider that was named, or else the best one; throws Failure if it doesn't claim `path`. A
-// provider may be named by its identification or by the last part of that.
+// Returns the provider given by --provider, or the best one. Throws Failure if it doesn't claim
+// `path`. --provider accepts an identification or its last component.
 const Sorvik::ProviderWrapper& ChooseProvider(Context& context, const std::string& path);
 bool IsNamed(const std::string& identification, const std::string& name);
 
-// The fields to ask for, in the order to show them: those that were named, all, or the usual ones.
+// Returns the fields to request, in display order: those of --fields, all, or `usual`.
 Sorvik::FieldNameList ChosenFields(const Options& options, const Sorvik::ProviderWrapper& provider,
                                    const Sorvik::FieldNameList& usual);
-// All fields of a provider, those of its column view first.
+// Returns all fields of a provider, its default fields first.
 Sorvik::FieldNameList AllFields(const Sorvik::ProviderWrapper& provider);
 
-// The provider's listing of `path`; throws Failure for a folder that can't be read.
-Sorvik::ContentMap AllEntries(Context& context, const Sorvik::ProviderWrapper& provider,
-                              const std::string& path, const Sorvik::FieldNameList& fields);
+// Lists `path`. Throws Failure for a folder that can't be read.
+Sorvik::ContentMap ListEntries(Context& context, const Sorvik::ProviderWrapper& provider,
+                               const std::string& path, const Sorvik::FieldNameList& fields);
 
-// The one entry, asked for on a worker; throws Failure if there is no such entry.
-Sorvik::FieldValueMap OneEntry(Context& context, const Sorvik::ProviderWrapper& provider,
-                               const std::string& path, const std::string& key,
-                               const Sorvik::FieldNameList& fields);
+// Reads one entry on a worker. Throws Failure if there is no such entry.
+Sorvik::FieldValueMap ReadEntry(Context& context, const Sorvik::ProviderWrapper& provider,
+                                const std::string& path, const std::string& key,
+                                const Sorvik::FieldNameList& fields);
 
-// {"path","provider","entries"}.
+// Writes {"path","provider","entries"}.
 void WriteEntriesJson(Output& output, const std::string& path, const std::string& provider,
                       const Sorvik::ContentMap& content);
-// Those of `fields` that have a value in some entry.
-Sorvik::FieldNameList FilledFields(Sorvik::FieldNameList fields, const Sorvik::ContentMap& content);
-// The entries as a table with `fields` as columns.
+// Returns those of `fields` that have a value in at least one entry.
+Sorvik::FieldNameList NonEmptyFields(Sorvik::FieldNameList fields,
+                                     const Sorvik::ContentMap& content);
+// Writes the entries as a table with `fields` as columns.
 void WriteEntriesTable(Output& output, const Sorvik::ProviderWrapper& provider,
                        const Sorvik::FieldNameList& fields, const Sorvik::ContentMap& content);
-// The fields as lines of label and value; empty values are left out.
+// Writes each field as a line of label and value; empty values are omitted.
 void WriteFieldLines(Output& output, const Sorvik::FieldLabelMap& labels,
                      const Sorvik::FieldNameList& order, const Sorvik::FieldValueMap& fields);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A contact sheet: one HTML file that needs nothing else, neither a network nor other files.
+// A contact sheet: one self-contained HTML file that works offline.
 #pragma once
 
 #include <string>
@@ -11,14 +11,14 @@ namespace host {
 
 struct SheetClip {
   std::string name;
-  std::string png;                                         // a whole PNG file; empty for no picture
+  std::string png;  // a PNG file; empty if there is no picture
   std::vector<std::pair<std::string, std::string>> facts;  // label and text
 };
 
 std::string SheetHtml(const std::string& path, const std::string& provider,
                       const std::vector<SheetClip>& clips);
 
-// Text for HTML: markup escaped, and everything that can't stand in a document as U+FFFD.
+// Escapes markup, and replaces characters that HTML doesn't allow by U+FFFD.
 std::string HtmlText(std::string_view text);
 
 }  // namespace host

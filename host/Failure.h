@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How a command ends before its time.
+// Exit codes, and the exceptions that end a command early.
 #pragma once
 
 #include <stdexcept>
@@ -7,9 +7,9 @@
 
 namespace host {
 
-enum ExitCode : int { kDone = 0, kNothing = 1, kWrongUse = 2, kInterrupted = 130 };
+enum ExitCode : int { kDone = 0, kFailed = 1, kUsageError = 2, kInterrupted = 130 };
 
-// Ends the program with one line on stderr.
+// Ends the program with one line on stderr: "sorvik: <message>".
 class Failure : public std::runtime_error {
  public:
   Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
@@ -19,7 +19,7 @@ class Failure : public std::runtime_error {
   ExitCode code_;
 };
 
-// Ctrl-C was pressed.
+// Thrown after Ctrl-C.
 struct Interrupted {};
 
 }  // namespace host

@@ -15,12 +15,12 @@
 namespace host {
 namespace {
 
-// What running requests get to end in good order. With it the program is gone within two seconds.
+// Time for running requests to end after Ctrl-C; the program exits within two seconds.
 constexpr int kGraceMilliseconds = 1500;
 
-void Set(int event) {
+void Notify(int event) {
   const std::uint64_t one = 1;
-  // An eventfd takes eight bytes at once, and nobody writes often enough to fill it.
+  // Writing eight bytes to an eventfd is atomic, and its counter can't overflow here.
   [[maybe_unused]] const ssize_t written = write(event, &one, sizeof one);
 }
 
@@ -34,8 +34,7 @@ sigset_t InterruptSignal() {
 }  // namespace
 
 Interrupts::Interrupts() {
-  // A shell starts background jobs with SIGINT ignored, and an ignored signal reaches no
-  // descriptor.
+  // Shells start background jobs with SIGINT ignored, and signalfd doesn't report ignored signals.
   signal(SIGINT, SIG_DFL);
   const sigset_t set = InterruptSignal();
   pthread_sigmask(SIG_BLOCK, &set, nullptr);
@@ -43,13 +42,13 @@ Interrupts::Interrupts() {
   raisedEvent_ = eventfd(0, EFD_CLOEXEC);
   stopEvent_ = eventfd(0, EFD_CLOEXEC);
   if (signals_ < 0 || raisedEvent_ < 0 || stopEvent_ < 0) {
-    throw Failure(kNothing, "no file descriptor is left");
+    throw Failure(kFailed, "too many open files");
   }
   watcher_ = std::thread([this] { Watch(); });
 }
 
 Interrupts::~Interrupts() {
-  Set(stopEvent_);
+  Notify(stopEvent_);
   watcher_.join();
   close(signals_);
   close(raisedEvent_);
@@ -64,7 +63,7 @@ void Interrupts::Watch() {
   signalfd_siginfo info;
   [[maybe_unused]] const ssize_t taken = read(signals_, &info, sizeof info);
   raised_ = true;
-  Set(raisedEvent_);
+  Notify(raisedEvent_);
   if (poll(waiting, 2, kGraceMilliseconds) > 0 && (waiting[1].revents & POLLIN) != 0) return;
   std::_Exit(kInterrupted);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Ctrl-C. A thread of its own waits for it, so that the program ends in time whatever the UI thread
-// and the workers are stuck in.
+// Handling of Ctrl-C. A dedicated thread waits for SIGINT, so that the program ends in time even if
+// the UI thread or a worker is blocked.
 #pragma once
 
 #include <atomic>
@@ -8,7 +8,7 @@
 
 namespace host {
 
-// Make it before any other thread, since it blocks SIGINT for all threads to come.
+// Construct it before any other thread: it blocks SIGINT, and threads inherit the signal mask.
 class Interrupts {
  public:
   Interrupts();
@@ -16,9 +16,10 @@ class Interrupts {
   Interrupts(const Interrupts&) = delete;
   Interrupts& operator=(const Interrupts&) = delete;
 
-  // Set by the first Ctrl-C. The process ends with 130 soon after it, at once on a second one.
+  // Set by the first Ctrl-C. The process exits with 130 after a grace period, or immediately on a
+  // second Ctrl-C.
   const std::atomic<bool>& Raised() const noexcept { return raised_; }
-  // Readable once Ctrl-C has come.
+  // A descriptor that becomes readable after Ctrl-C.
   int Descriptor() const noexcept { return raisedEvent_; }
 
  private:

@@ -128,7 +128,7 @@ void JsonWriter::Close(char bracket) {
   output_.Write(std::string_view(&bracket, 1));
 }
 
-// A comma and a new line where a value or key follows another; nothing between a key and its value.
+// Writes a comma and newline between values, and nothing between a key and its value.
 void JsonWriter::BeforeValue() {
   if (afterKey_ || filled_.empty()) {
     afterKey_ = false;

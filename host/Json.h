@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One JSON document, written as it goes.
+// Streaming writer for one JSON document.
 #pragma once
 
 #include <string>
@@ -11,12 +11,12 @@
 
 namespace host {
 
-// Always valid JSON: a byte that is no part of UTF-8 becomes the escape \udcXX, control characters
-// are escaped. Indented on a terminal, on one line elsewhere.
+// The output is always valid JSON: a byte that isn't valid UTF-8 becomes the escape \udcXX, and
+// control characters are escaped. Indented on a terminal, one line otherwise.
 class JsonWriter {
  public:
   explicit JsonWriter(Output& output) : output_(output) {}
-  // Ends the line of a finished document.
+  // Writes the newline after the document.
   ~JsonWriter() { output_.Write("\n"); }
   JsonWriter(const JsonWriter&) = delete;
   JsonWriter& operator=(const JsonWriter&) = delete;
@@ -26,7 +26,7 @@ class JsonWriter {
   void BeginArray() { Open('['); }
   void EndArray() { Close(']'); }
 
-  // Inside an object, before each value.
+  // Inside an object, call it before each value.
   void Key(std::string_view key);
 
   void String(std::string_view text);
@@ -37,7 +37,8 @@ class JsonWriter {
   void Null();
 
   void Strings(const std::vector<std::string>& texts);
-  // A field's value: text, an array of texts, null for the empty value, {"bytes":N} for a size.
+  // Writes a field value: a string, an array of strings, null for the empty value, or {"bytes":N}
+  // for a size.
   void Value(const Sorvik::any_regular_t& value);
   void Fields(const Sorvik::FieldValueMap& fields);
   void Entries(const Sorvik::ContentMap& content);
@@ -50,7 +51,7 @@ class JsonWriter {
   void Quoted(std::u16string_view text);
 
   Output& output_;
-  std::vector<bool> filled_;  // for each open bracket: something stands in it
+  std::vector<bool> filled_;  // for each open bracket: whether it has content
   bool afterKey_ = false;
 };
 

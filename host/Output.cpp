@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t kBufferSize = 1 << 16;
 
-// A line break in a name must not make two lines of an error.
+// Escapes line breaks, so that a name with one doesn't split the error message.
 std::string OnOneLine(std::string_view text) {
   std::string line;
   for (const char c : text) {
@@ -33,8 +33,8 @@ std::string OnOneLine(std::string_view text) {
   return line;
 }
 
-// Devices and links are not ours to remove.
-bool IsPlainFile(const std::string& path) {
+// Devices and links are never removed.
+bool IsRegularFileNotLink(const std::string& path) {
   struct stat facts {};
   return lstat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
 }
@@ -44,7 +44,7 @@ bool IsPlainFile(const std::string& path) {
 Output::Output() : isTerminal_(isatty(STDOUT_FILENO) == 1) {}
 
 Output::~Output() {
-  // What is left belongs to a command that failed; a failed write of it has no one to tell.
+  // Remaining bytes are those of a failed command; another write error isn't reported.
   std::fwrite(waiting_.data(), 1, waiting_.size(), stdout);
   std::fflush(stdout);
 }
@@ -63,7 +63,8 @@ void Output::Flush() {
   waiting_.clear();
   const bool written = std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
   if (!written || std::fflush(stdout) != 0) {
-    throw Failure(kNothing, std::string("cannot write the output: ") + std::strerror(errno));
+    throw Failure(kFailed,
+                  std::string("standard output: cannot write (") + std::strerror(errno) + ")");
   }
 }
 
@@ -78,14 +79,14 @@ int TerminalColumns() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-void WriteWhole(Output& output, const std::string& path, std::string_view bytes) {
+void WriteFile(Output& output, const std::string& path, std::string_view bytes) {
   if (path == "-") {
     output.Write(bytes);
     return;
   }
   const auto fail = [&] {
     const std::string reason = std::strerror(errno);
-    throw Failure(kNothing, "cannot write " + path + ": " + reason);
+    throw Failure(kFailed, path + ": cannot write (" + reason + ")");
   };
   std::FILE* file = std::fopen(path.c_str(), "wbe");
   if (file == nullptr) fail();
@@ -94,7 +95,7 @@ void WriteWhole(Output& output, const std::string& path, std::string_view bytes)
   if (std::fclose(file) == 0 && written) return;
   if (!written) errno = reason;
   const int kept = errno;
-  if (IsPlainFile(path)) std::remove(path.c_str());
+  if (IsRegularFileNotLink(path)) std::remove(path.c_str());
   errno = kept;
   fail();
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The standard output: raw for pipes and tools, with names made harmless for terminals.
+// Standard output: unchanged bytes for pipes, escaped names on terminals.
 #pragma once
 
 #include <string>
@@ -15,12 +15,12 @@ class Output {
   Output& operator=(const Output&) = delete;
 
   bool IsTerminal() const noexcept { return isTerminal_; }
-  // `text` as it may be shown: escaped on a terminal, as it stands elsewhere.
+  // Returns `text` escaped for a terminal, or unchanged if the output isn't a terminal.
   std::string Shown(std::string_view text) const;
 
-  // Bytes as they stand, buffered.
+  // Writes bytes unchanged. Buffered.
   void Write(std::string_view bytes);
-  // Throws Failure if not all could be written.
+  // Throws Failure if the buffer can't be written completely.
   void Flush();
 
  private:
@@ -31,11 +31,11 @@ class Output {
 // One line on stderr: "sorvik: <message>".
 void WriteError(std::string_view message);
 
-// The width of the terminal in cells, 0 if it isn't known.
+// Returns the width of the terminal in cells, or 0 if unknown.
 int TerminalColumns();
 
-// Writes a whole file; "-" is the standard output. Throws Failure, and leaves no half file behind;
-// a device or link stays.
-void WriteWhole(Output& output, const std::string& path, std::string_view bytes);
+// Writes `bytes` to a file; "-" is standard output. On a write error it removes an incomplete
+// regular file (never a device or link) and throws Failure.
+void WriteFile(Output& output, const std::string& path, std::string_view bytes);
 
 }  // namespace host

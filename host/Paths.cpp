@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr int kMaxDepth = 64;
 
-bool IsRoot(std::string_view argument) {
+bool IsBrowseRoot(std::string_view argument) {
   return argument.starts_with(Sorvik::kVolumeListPath) ||
          argument.starts_with(Sorvik::kSDKNetworkVolumeListPath) ||
          argument.starts_with(Sorvik::kSDKEAServerListPath);
@@ -28,7 +28,8 @@ bool IsRoot(std::string_view argument) {
 std::string CurrentFolder() {
   std::error_code error;
   const fs::path folder = fs::current_path(error);
-  if (error) throw Failure(kNothing, "the current folder is gone: " + error.message());
+  if (error)
+    throw Failure(kFailed, "cannot determine the current directory (" + error.message() + ")");
   return folder.string();
 }
 
@@ -72,9 +73,9 @@ void WalkFolder(const fs::path& folder, int depth, const std::atomic<bool>& stop
 
 }  // namespace
 
-std::string PlacePath(std::string_view argument) {
-  if (argument.empty()) throw Failure(kWrongUse, "the path is empty");
-  if (IsRoot(argument)) return std::string(argument);
+std::string ResolvePath(std::string_view argument) {
+  if (argument.empty()) throw Failure(kUsageError, "PATH must not be empty (try 'sorvik --help')");
+  if (IsBrowseRoot(argument)) return std::string(argument);
   if (argument.front() == '/') return Normalised(argument);
   return Normalised(CurrentFolder() + "/" + std::string(argument));
 }
@@ -105,30 +106,30 @@ bool IsSameFile(const std::string& one, const std::string& other) {
   return fs::equivalent(one, other, ignored);
 }
 
-std::string WhyNothing(const std::string& path, const std::string& otherwise) {
-  if (IsRoot(path)) return otherwise + " " + path;
+std::string DescribePathError(const std::string& path, const std::string& fallback) {
+  if (IsBrowseRoot(path)) return path + ": " + fallback;
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (status.type() == fs::file_type::not_found) {
     std::error_code ignored;
     const bool link = fs::is_symlink(fs::symlink_status(path, ignored));
-    return (link ? "the link leads nowhere: " : "there is no ") + path;
+    return path + (link ? ": dangling symbolic link" : ": No such file or directory");
   }
-  if (error) return "cannot look at " + path + ": " + error.message();
+  if (error) return path + ": cannot access (" + error.message() + ")";
   const bool opens = fs::is_regular_file(status) || fs::is_directory(status);
   if (opens && access(path.c_str(), R_OK) != 0) {
-    return "cannot read " + path + ": " + std::generic_category().message(errno);
+    return path + ": cannot read (" + std::generic_category().message(errno) + ")";
   }
-  return otherwise + " " + path;
+  return path + ": " + fallback;
 }
 
-std::string WhyNoPlace(const std::string& path) {
-  if (!IsRoot(path) && Exists(path) && !IsFolder(path)) return "not a folder: " + path;
-  return WhyNothing(path, "nothing understands");
+std::string DescribeUnclaimedPath(const std::string& path) {
+  if (!IsBrowseRoot(path) && Exists(path) && !IsFolder(path)) return path + ": Not a directory";
+  return DescribePathError(path, "no provider for this path");
 }
 
-std::string WhyUnreadable(const std::string& path) {
-  if (IsRoot(path) || !IsFolder(path)) return {};
+std::string ListingError(const std::string& path) {
+  if (IsBrowseRoot(path) || !IsFolder(path)) return {};
   std::error_code error;
   const fs::directory_iterator listing(path, error);
   return error ? error.message() : std::string();

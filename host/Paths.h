@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Paths from the command line, and looks at the disk that a host makes on its own.
+// Paths from the command line, and the program's own file system queries.
 #pragma once
 
 #include <atomic>
@@ -9,32 +9,35 @@
 
 namespace host {
 
-// The path that the library is given for an argument: the roots of the browse tree as they stand,
-// anything else absolute, normalised by its text and without a trailing slash.
-std::string PlacePath(std::string_view argument);
+// Converts a PATH argument for the library: "volumes:" and the other roots of the browse tree stay
+// unchanged; any other path becomes absolute, lexically normalised and without a trailing slash.
+// Throws Failure for an empty argument.
+std::string ResolvePath(std::string_view argument);
 
-// What stands behind the last slash; the whole text where there is none, or nothing behind it.
+// Returns the text after the last slash, or all of `path` if that is empty or there is no slash.
 std::string FileName(std::string_view path);
 
-// What `path` is, links followed.
+// These follow links.
 bool IsRegularFile(const std::string& path);
 bool IsFolder(const std::string& path);
 bool Exists(const std::string& path);
-// Two paths to one file.
+// True if both paths refer to one file.
 bool IsSameFile(const std::string& one, const std::string& other);
 
-// Why nothing can be had from `path`, as far as a look at the disk tells; `otherwise` and the path
-// if that doesn't.
-std::string WhyNothing(const std::string& path, const std::string& otherwise);
+// Returns the error message for a path that gave no result: "PATH: No such file or directory",
+// "PATH: dangling symbolic link", "PATH: cannot read (reason)", or "PATH: <fallback>". Accesses the
+// disk.
+std::string DescribePathError(const std::string& path, const std::string& fallback);
 
 // The same for a path that no provider claims.
-std::string WhyNoPlace(const std::string& path);
+std::string DescribeUnclaimedPath(const std::string& path);
 
-// What the system says where the folder `path` can't be listed; empty if it can, or isn't one.
-std::string WhyUnreadable(const std::string& path);
+// Returns the system's error message if the folder `path` can't be listed; empty if it can, or if
+// `path` isn't a folder.
+std::string ListingError(const std::string& path);
 
-// Calls `visit` with every regular file below `folder`, names in byte order. Links to folders are
-// not followed and nothing deeper than 64 folders is visited. Ends early once `stop` is set.
+// Calls `visit` with every regular file below `folder`, sorted by name. Does not follow links to
+// folders or descend more than 64 levels. Returns early once `stop` is set.
 void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,
                const std::function<void(const std::string&)>& visit);
 

@@ -15,16 +15,16 @@ namespace {
 
 constexpr std::size_t kPixelBytes = 4;
 
-std::uint8_t Straight(std::uint8_t colour, unsigned alpha) {
+std::uint8_t Unpremultiply(std::uint8_t colour, unsigned alpha) {
   return static_cast<std::uint8_t>(std::min(255U, (colour * 255U + alpha / 2) / alpha));
 }
 
-// Undoes the multiplication of the colours by alpha.
+// Divides the colours by alpha.
 void CopyRow(std::span<const unsigned char> from, std::span<std::uint8_t> to) {
   for (std::size_t i = 0; i + 3 < from.size(); i += kPixelBytes) {
     const unsigned alpha = from[i + 3];
     for (std::size_t c = 0; c < 3; ++c) {
-      to[i + c] = alpha == 0 ? std::uint8_t{0} : Straight(from[i + c], alpha);
+      to[i + c] = alpha == 0 ? std::uint8_t{0} : Unpremultiply(from[i + c], alpha);
     }
     to[i + 3] = from[i + 3];
   }
@@ -32,7 +32,7 @@ void CopyRow(std::span<const unsigned char> from, std::span<std::uint8_t> to) {
 
 }  // namespace
 
-Picture TakePicture(Bitplate** plate) {
+Picture PictureFromBitplate(Bitplate** plate) {
   const std::unique_ptr<Bitplate*, void (*)(Bitplate**) noexcept> owned(plate, bitplateDispose);
   Picture picture{bitplateGetWidth(plate), bitplateGetHeight(plate), {}};
   const unsigned char* pixels = bitplateGetPixels(plate);
@@ -56,14 +56,14 @@ std::string EncodePng(const Picture& picture) {
   image.version = PNG_IMAGE_VERSION;
   image.width = static_cast<png_uint_32>(picture.width);
   image.height = static_cast<png_uint_32>(picture.height);
-  // Thumbnails are small; packing one tightly would take longer than drawing it.
+  // Thumbnails are small; better compression would take longer than drawing them.
   image.flags = PNG_IMAGE_FLAG_FAST;
   image.format = PNG_FORMAT_BGRA;
   const auto write = [&](void* memory, png_alloc_size_t& size) {
     if (png_image_write_to_memory(&image, memory, &size, 0, picture.pixels.data(), 0, nullptr) == 0)
-      throw Failure(kNothing, std::string("cannot make a PNG picture: ") + image.message);
+      throw Failure(kFailed, std::string("cannot encode the PNG picture (") + image.message + ")");
   };
-  // Never larger than this, so one pass does.
+  // This is an upper bound, so one pass is enough.
   png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
   std::string bytes(size, '\0');
   write(bytes.data(), size);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A picture with straight alpha, upright.
+// A top-down picture with straight (not premultiplied) alpha.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 
 namespace host {
 
-// Rows from the top, four bytes a pixel: blue, green, red, alpha. Colours aren't multiplied by
-// alpha. No pixels stand for no picture.
+// Top-down rows of four bytes per pixel: blue, green, red, alpha. Empty pixels mean that there is
+// no picture.
 struct Picture {
   int width = 0;
   int height = 0;
@@ -20,10 +20,10 @@ struct Picture {
   bool Empty() const noexcept { return pixels.empty(); }
 };
 
-// Takes a thumbnail over and disposes of it; a null one gives no picture.
-Picture TakePicture(Bitplate** plate);
+// Converts a thumbnail and disposes of it. Returns an empty picture for a null one.
+Picture PictureFromBitplate(Bitplate** plate);
 
-// The picture as a PNG file; throws Failure if it can't be made.
+// Returns the picture as a PNG file. Throws Failure if encoding fails.
 std::string EncodePng(const Picture& picture);
 
 std::string Base64(const std::string& bytes);

@@ -13,10 +13,10 @@ namespace {
 using Sorvik::FieldNameList;
 using Sorvik::FieldValueMap;
 
-std::map<std::string, Picture> AskForPictures(Context& context,
-                                              const Sorvik::ProviderWrapper& provider,
-                                              const std::string& path,
-                                              const Sorvik::ContentMap& content) {
+std::map<std::string, Picture> RequestPictures(Context& context,
+                                               const Sorvik::ProviderWrapper& provider,
+                                               const std::string& path,
+                                               const Sorvik::ContentMap& content) {
   const Options& options = context.options;
   const int height = provider.GetMaximumThumbnailHeight(options.height);
   std::map<std::string, Picture> pictures;
@@ -32,7 +32,7 @@ std::map<std::string, Picture> AskForPictures(Context& context,
   return pictures;
 }
 
-// The entry's name, then its other fields with their labels.
+// Returns the entry's name, then its other fields with their labels.
 std::vector<std::string> EntryLines(const std::string& key, const FieldValueMap& values,
                                     const FieldNameList& fields,
                                     const Sorvik::FieldLabelMap& labels) {
@@ -46,8 +46,9 @@ std::vector<std::string> EntryLines(const std::string& key, const FieldValueMap&
   return lines;
 }
 
-// Makes room first, so that nothing scrolls between the picture and its text: the cursor goes down
-// and up again, is kept (ESC 7) while the picture is drawn, and comes back (ESC 8).
+// Writes blank lines first and moves the cursor up again, so that the terminal doesn't scroll
+// between the picture and its text. ESC 7 saves the cursor before the picture is drawn, ESC 8
+// restores it.
 void WriteEntry(Output& output, const std::string& picture, CellExtent extent,
                 const std::vector<std::string>& lines) {
   const std::size_t rows = std::max(lines.size(), static_cast<std::size_t>(extent.rows));
@@ -69,7 +70,7 @@ void WriteEntry(Output& output, const std::string& picture, CellExtent extent,
 void WritePictureList(Context& context, const Sorvik::ProviderWrapper& provider,
                       const std::string& path, const FieldNameList& fields,
                       const Sorvik::ContentMap& content, PictureProtocol protocol) {
-  const auto pictures = AskForPictures(context, provider, path, content);
+  const auto pictures = RequestPictures(context, provider, path, content);
   const Sorvik::FieldLabelMap labels = provider.GetFieldLabelList();
   CellExtent extent;
   for (const auto& [key, picture] : pictures) {

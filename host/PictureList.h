@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A listing on the terminal in which each entry stands beside its picture.
+// A listing on the terminal with a picture next to each entry.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace host {
 
-// `protocol` is kKitty or kSixel. Asks for all pictures at once and writes the entries in order.
+// `protocol` is kKitty or kSixel. Requests all pictures at once and writes the entries in order.
 void WritePictureList(Context& context, const Sorvik::ProviderWrapper& provider,
                       const std::string& path, const Sorvik::FieldNameList& fields,
                       const Sorvik::ContentMap& content, PictureProtocol protocol);

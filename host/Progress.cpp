@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-constexpr auto kQuietTime = std::chrono::milliseconds(500);
+constexpr auto kDelay = std::chrono::milliseconds(500);
 
 }  // namespace
 
@@ -26,7 +26,7 @@ void Progress::Begin(std::string what, std::size_t total) {
 
 void Progress::Tick() {
   const auto passed = std::chrono::steady_clock::now() - begun_;
-  if (!shown_ || passed < kQuietTime) return;
+  if (!shown_ || passed < kDelay) return;
   if (total_ != 0) {
     std::fprintf(stderr, "\r%s %zu of %zu\x1b[K", what_.c_str(), done_, total_);
   } else {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A line that shows that long work goes on. Only on a terminal, and only once it takes time.
+// A progress line for long operations. Shown on terminals only, after a short delay.
 #pragma once
 
 #include <chrono>
@@ -15,15 +15,15 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  // What is being done from now on; `total` 0 stands for an unknown amount.
+  // Starts an operation; a `total` of 0 means unknown.
   void Begin(std::string what, std::size_t total = 0);
   void Advance() { ++done_; }
-  // Draws the line if it is due.
+  // Draws the line if the delay has passed.
   void Tick();
-  // Takes the line away, before other output.
+  // Removes the line. Call it before other output.
   void Clear();
 
-  // How long to wait until the next tick, in milliseconds; -1 where nothing is ever drawn.
+  // Milliseconds until the next tick; -1 if nothing is ever drawn.
   int TickMilliseconds() const noexcept { return shown_ ? 250 : -1; }
 
  private:

@@ -24,10 +24,10 @@ using tarnwick::utility::ImmutableString;
 constexpr char kFailureStation[] = "sorvik/failure";
 constexpr auto kDrainTime = std::chrono::milliseconds(1200);
 
-// A worker has done what RunOnWorker gave it.
+// Posted when a function of RunOnWorker has returned.
 struct WorkDone final : Hestra::MessageImpl<WorkDone>, Hestra::Allocated<WorkDone> {};
 
-// A function on a worker threw, so that its request will never be answered.
+// Posted when a function on a worker threw: its request posts no message.
 struct WorkFailed final : Hestra::MessageImpl<WorkFailed>, Hestra::Allocated<WorkFailed> {
   std::string what;
 };
@@ -52,14 +52,14 @@ void ReportFailure(const std::exception_ptr& failure) {
 
 Session::Session() {
   if (StationUtils::GetEventDescriptor() < 0) {
-    throw Failure(kNothing, "no file descriptor is left");
+    throw Failure(kFailed, "too many open files");
   }
   tarnwick::threads::SetFailureHook(ReportFailure);
   ProviderHost::Initialize();
   StationUtils::RegisterStation(kFailureStation, [this](const Hestra::Message& message) {
     ++failures_;
     const auto* failed = dynamic_cast<const WorkFailed*>(&message);
-    throw Failure(kNothing, "a request failed: " + (failed != nullptr ? failed->what : ""));
+    throw Failure(kFailed, "request failed (" + (failed != nullptr ? failed->what : "") + ")");
   });
 }
 
@@ -67,7 +67,7 @@ Session::~Session() {
   progress_.Clear();
   if (!Drain()) {
     std::fflush(nullptr);
-    std::_Exit(interrupts_.Raised() ? kInterrupted : kNothing);
+    std::_Exit(interrupts_.Raised() ? kInterrupted : kFailed);
   }
   StationUtils::UnregisterStation(kFailureStation);
   ProviderHost::Shutdown();
@@ -103,15 +103,15 @@ Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,
 void Session::RequestPicture(const ProviderWrapper& provider, const std::string& path,
                              const std::string& key, int width, int height,
                              PictureReceiver receive) {
-  CheckInterrupt();  // asking for the pictures of a large folder takes a while by itself
+  CheckInterrupt();  // queueing the requests of a large folder takes time
   const ImmutableString station = OpenStation([this, receive](const Hestra::Message& message) {
     const auto* answer = dynamic_cast<const Sorvik::GetThumbnailMessage*>(&message);
-    Picture picture = answer != nullptr ? TakePicture(answer->thumbnail) : Picture();
-    // At the end nobody waits any more, and what the receiver wrote to may be gone.
+    Picture picture = answer != nullptr ? PictureFromBitplate(answer->thumbnail) : Picture();
+    // At the end of a session the objects that the receiver refers to may have been destroyed.
     if (!ending_) receive(std::move(picture));
   });
   const auto request = provider.RequestThumbnail(path, key, width, height, station);
-  Expect(station, [request] { request->Abort(); });
+  TrackRequest(station, [request] { request->Abort(); });
 }
 
 void Session::WaitForPictures() {
@@ -122,8 +122,8 @@ void Session::CheckInterrupt() const {
   if (interrupts_.Raised()) throw Interrupted();
 }
 
-// Each question has a station of its own, so that its answer can't be mistaken for another's. The
-// station closes with its one message.
+// Each request has a station of its own, which identifies its result. The station is unregistered
+// with its one message.
 ImmutableString Session::OpenStation(StationUtils::Receiver receiver) {
   const ImmutableString station("sorvik/" + std::to_string(++stations_));
   StationUtils::RegisterStation(
@@ -135,19 +135,19 @@ ImmutableString Session::OpenStation(StationUtils::Receiver receiver) {
   return station;
 }
 
-void Session::Expect(const ImmutableString& station, Abort abort) {
+void Session::TrackRequest(const ImmutableString& station, Abort abort) {
   running_.emplace(station, std::move(abort));
 }
 
-template <class MessageT, class Ask>
-MessageT Session::Await(const Ask& ask) {
+template <class MessageT, class Send>
+MessageT Session::Await(const Send& send) {
   // Shared with the receiver, which may outlive an interrupted wait.
   const auto answer = std::make_shared<std::optional<MessageT>>();
   const ImmutableString station = OpenStation([answer](const Hestra::Message& message) {
     if (const auto* typed = dynamic_cast<const MessageT*>(&message)) answer->emplace(*typed);
   });
-  const auto request = ask(station);
-  Expect(station, [request] { request->Abort(); });
+  const auto request = send(station);
+  TrackRequest(station, [request] { request->Abort(); });
   WaitUntil([&] { return answer->has_value(); });
   return std::move(**answer);
 }
@@ -155,7 +155,7 @@ MessageT Session::Await(const Ask& ask) {
 void Session::RunOnWorker(std::function<void()> work) {
   const auto done = std::make_shared<bool>(false);
   const ImmutableString station = OpenStation([done](const Hestra::Message&) { *done = true; });
-  Expect(station, [] {});
+  TrackRequest(station, [] {});
   ProviderHost::GetProviderExecutor()->Post([station, work = std::move(work)] {
     work();
     StationUtils::PostMessageToUIThread(station, WorkDone(), false);
@@ -180,7 +180,8 @@ void Session::DispatchOnce(int milliseconds) {
   }
 }
 
-// Aborts what runs and takes the answers that still come. False if some worker doesn't end.
+// Aborts the running requests and receives their messages. Returns false if a request doesn't end
+// in time.
 bool Session::Drain() {
   ending_ = true;
   for (const auto& [station, abort] : running_) abort();
@@ -190,7 +191,7 @@ bool Session::Drain() {
       // Not DispatchOnce: after Ctrl-C its second descriptor stays readable.
       StationUtils::WaitAndDispatch(50);
     } catch (const Failure&) {
-      // The first failure has been told; this one is counted.
+      // Only the first failure is reported; later ones are counted.
     }
   }
   return running_.size() <= failures_;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The UI thread of this program: asks by queued requests, waits in a poll loop and takes the
-// answers as messages. A command reads as a sequence of questions; Ctrl-C or a failed worker ends
-// it by an exception out of the question that is waiting.
+// The UI thread of this program: queues requests, waits in a poll loop and receives the results as
+// messages, so that a command can be written as a sequence of calls. A call that is waiting throws
+// Interrupted after Ctrl-C, and Failure after an exception on a worker.
 #pragma once
 
 #include <atomic>
@@ -26,28 +26,31 @@ namespace host {
 
 class Session {
  public:
-  // Starts the library, and shuts it down. A worker that is stuck at the end ends the process.
+  // Initializes the library; the destructor shuts it down. If a worker is still blocked then, the
+  // process exits.
   Session();
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  // The providers that understand `path`, best first.
+  // Returns the providers that claim `path`, best first.
   std::vector<Sorvik::ProviderWrapper*> Providers(const std::string& path);
-  // The entries of `path`.
+  // Returns the entries of `path`.
   Sorvik::ContentMap Content(const Sorvik::ProviderWrapper& provider, const std::string& path,
                              const Sorvik::FieldNameSet& fields);
-  // The entries that can be browsed further. The provider is null if nothing understands `path`.
+  // Returns the entries that can be browsed further. The message's provider is null if none claims
+  // `path`.
   Sorvik::GetDefaultContentMessage Places(const std::string& path, const std::string& provider);
 
-  // Queues a thumbnail; `receive` gets it while this thread waits, and never after an interrupted
-  // wait has ended the session. WaitForPictures takes all. Both throw Interrupted after Ctrl-C.
+  // Queues a thumbnail request. `receive` is called while this thread waits, and never after the
+  // session has begun to end. WaitForPictures waits for all. Both throw Interrupted after Ctrl-C.
   using PictureReceiver = std::function<void(Picture)>;
   void RequestPicture(const Sorvik::ProviderWrapper& provider, const std::string& path,
                       const std::string& key, int width, int height, PictureReceiver receive);
   void WaitForPictures();
 
-  // Runs on a worker what the library has no request for. What `work` throws ends the program.
+  // Runs `work` on a worker, for operations that the library has no request for. Throws Failure if
+  // `work` throws.
   template <class T>
   T OnWorker(std::function<T()> work) {
     const auto answer = std::make_shared<std::optional<T>>();
@@ -56,7 +59,7 @@ class Session {
   }
 
   Progress& GetProgress() noexcept { return progress_; }
-  // For loops of work on a worker: set once they should end.
+  // Set after Ctrl-C; loops on a worker poll it.
   const std::atomic<bool>& Stopped() const noexcept { return interrupts_.Raised(); }
   // Throws Interrupted after Ctrl-C.
   void CheckInterrupt() const;
@@ -65,9 +68,9 @@ class Session {
   using Abort = std::function<void()>;
 
   tarnwick::utility::ImmutableString OpenStation(Hestra::StationUtils::Receiver receiver);
-  void Expect(const tarnwick::utility::ImmutableString& station, Abort abort);
-  template <class MessageT, class Ask>
-  MessageT Await(const Ask& ask);
+  void TrackRequest(const tarnwick::utility::ImmutableString& station, Abort abort);
+  template <class MessageT, class Send>
+  MessageT Await(const Send& send);
   void RunOnWorker(std::function<void()> work);
   void WaitUntil(const std::function<bool()>& done);
   void DispatchOnce(int milliseconds);
@@ -77,7 +80,7 @@ class Session {
   Progress progress_;
   bool ending_ = false;
   unsigned stations_ = 0;
-  std::size_t failures_ = 0;  // requests that will never be answered
+  std::size_t failures_ = 0;  // requests that will never post a message
   std::map<tarnwick::utility::ImmutableString, Abort> running_;
 };
 

@@ -14,12 +14,12 @@ class Table {
  public:
   enum class Align { kLeft, kRight };
 
-  // A heading for each column; an all-empty list of headings is not drawn.
+  // One heading per column. If all are empty, no heading line is written.
   explicit Table(std::vector<std::string> headings)
       : headings_(std::move(headings)), alignment_(headings_.size(), Align::kLeft) {}
 
   void SetAlign(std::size_t column, Align align) { alignment_[column] = align; }
-  // One cell for each column.
+  // One cell per column.
   void Add(std::vector<std::string> row) { rows_.push_back(std::move(row)); }
 
   void Write(Output& output) const;

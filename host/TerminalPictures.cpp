@@ -13,10 +13,10 @@
 namespace host {
 namespace {
 
-constexpr int kUsualCellWidth = 10;
-constexpr int kUsualCellHeight = 20;
+constexpr int kDefaultCellWidth = 10;
+constexpr int kDefaultCellHeight = 20;
 
-std::string_view Variable(const char* name) {
+std::string_view EnvironmentVariable(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? std::string_view() : value;
 }
@@ -25,28 +25,27 @@ bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
-// Kitty's protocol: https://sw.kovidgoyal.net/kitty/graphics-protocol/. A PNG file in pieces of at
-// most 4096 digits; C=1 leaves the cursor, q=2 asks for no answer.
+// Kitty's protocol: https://sw.kovidgoyal.net/kitty/graphics-protocol/. A PNG file in chunks of at
+// most 4096 base64 digits; C=1 keeps the cursor position, q=2 suppresses replies.
 std::string KittyBytes(const Picture& picture) {
-  constexpr std::size_t kPiece = 4096;
+  constexpr std::size_t kChunk = 4096;
   const std::string data = Base64(EncodePng(picture));
   std::string bytes;
-  for (std::size_t at = 0; at < data.size(); at += kPiece) {
+  for (std::size_t at = 0; at < data.size(); at += kChunk) {
     bytes += at == 0 ? "\x1b_Ga=T,f=100,C=1,q=2,m=" : "\x1b_Gm=";
-    bytes += at + kPiece < data.size() ? "1;" : "0;";
-    bytes += data.substr(at, kPiece) + "\x1b\\";
+    bytes += at + kChunk < data.size() ? "1;" : "0;";
+    bytes += data.substr(at, kChunk) + "\x1b\\";
   }
   return bytes;
 }
 
-// Six levels for each colour: 216 registers, as many as every terminal has.
+// Six levels per colour: 216 registers, within the 256 that terminals support.
 constexpr int kLevels = 6;
 
-// Ordered dithering: where a pixel stands decides how it is rounded, so that areas keep their
-// shade.
+// Bayer matrix for ordered dithering.
 constexpr int kBayer[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
-// The register of a pixel, -1 for one that lets the background through.
+// Returns the colour register of a pixel, or -1 for a transparent one.
 int Register(const std::uint8_t* pixel, std::size_t x, std::size_t y) {
   if (pixel[3] < 128) return -1;
   const int threshold = kBayer[y % 4][x % 4] * 16 + 8;
@@ -65,7 +64,7 @@ std::string Palette() {
   return text;
 }
 
-// One colour's dots in a band: runs of a repeated sixel as "!count".
+// Appends one colour's sixels of a band; repeated sixels are written as "!count".
 void AppendRuns(std::string& text, const std::string& sixels) {
   for (std::size_t at = 0; at < sixels.size();) {
     std::size_t end = at;
@@ -79,7 +78,7 @@ void AppendRuns(std::string& text, const std::string& sixels) {
   }
 }
 
-// A band of up to six rows, drawn once for each colour in it.
+// Encodes a band of up to six rows, one pass for each colour in it.
 std::string Band(const Picture& picture, int top) {
   const auto width = static_cast<std::size_t>(picture.width);
   std::array<std::string, kLevels * kLevels * kLevels> dots;
@@ -103,7 +102,7 @@ std::string Band(const Picture& picture, int top) {
   return text + "-";
 }
 
-// DEC STD 070 chapter 9: P2 = 1 keeps what no dot covers.
+// DEC STD 070 chapter 9: P2 = 1 keeps pixels at the background colour.
 std::string SixelBytes(const Picture& picture) {
   std::string text = "\x1bP0;1q\"1;1;" + std::to_string(picture.width) + ";" +
                      std::to_string(picture.height) + Palette();
@@ -113,13 +112,13 @@ std::string SixelBytes(const Picture& picture) {
 
 }  // namespace
 
-PictureProtocol ChooseProtocol(PictureProtocol asked, bool isTerminal) {
-  if (asked != PictureProtocol::kAutomatic) return asked;
+PictureProtocol ChooseProtocol(PictureProtocol requested, bool isTerminal) {
+  if (requested != PictureProtocol::kAutomatic) return requested;
   if (!isTerminal) return PictureProtocol::kNone;
-  const std::string_view term = Variable("TERM");
-  const std::string_view program = Variable("TERM_PROGRAM");
-  if (!Variable("KITTY_WINDOW_ID").empty() || Contains(term, "kitty") || program == "ghostty" ||
-      Contains(term, "ghostty")) {
+  const std::string_view term = EnvironmentVariable("TERM");
+  const std::string_view program = EnvironmentVariable("TERM_PROGRAM");
+  if (!EnvironmentVariable("KITTY_WINDOW_ID").empty() || Contains(term, "kitty") ||
+      program == "ghostty" || Contains(term, "ghostty")) {
     return PictureProtocol::kKitty;
   }
   const bool sixel = program == "WezTerm" || program == "iTerm.app" || program == "mintty" ||
@@ -133,9 +132,9 @@ CellExtent ExtentOf(int width, int height) {
   winsize size{};
   ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
   const bool known = size.ws_xpixel != 0 && size.ws_ypixel != 0 && size.ws_col != 0;
-  const int cellWidth = known ? std::max(1, size.ws_xpixel / size.ws_col) : kUsualCellWidth;
+  const int cellWidth = known ? std::max(1, size.ws_xpixel / size.ws_col) : kDefaultCellWidth;
   const int cellHeight =
-      known && size.ws_row != 0 ? std::max(1, size.ws_ypixel / size.ws_row) : kUsualCellHeight;
+      known && size.ws_row != 0 ? std::max(1, size.ws_ypixel / size.ws_row) : kDefaultCellHeight;
   return {(width + cellWidth - 1) / cellWidth, (height + cellHeight - 1) / cellHeight};
 }
 

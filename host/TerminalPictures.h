@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Pictures inside the text of a terminal, by the kitty graphics protocol or as sixels.
+// Inline pictures for terminals: kitty graphics protocol and sixels.
 #pragma once
 
 #include <string>
@@ -9,18 +9,18 @@
 
 namespace host {
 
-// What to use where `asked` leaves it open: told from KITTY_WINDOW_ID, TERM_PROGRAM and TERM, and
-// none if the output is no terminal.
-PictureProtocol ChooseProtocol(PictureProtocol asked, bool isTerminal);
+// Resolves kAutomatic by KITTY_WINDOW_ID, TERM_PROGRAM and TERM; kNone if the output isn't a
+// terminal. Returns any other value of `requested` unchanged.
+PictureProtocol ChooseProtocol(PictureProtocol requested, bool isTerminal);
 
-// How many cells a picture takes on the terminal.
+// The size of a picture in terminal cells.
 struct CellExtent {
   int columns = 0;
   int rows = 0;
 };
 CellExtent ExtentOf(int width, int height);
 
-// The picture at the cursor, as bytes for the terminal; `protocol` is kKitty or kSixel.
+// Returns the escape sequence that draws the picture at the cursor. `protocol` is kKitty or kSixel.
 std::string PictureBytes(const Picture& picture, PictureProtocol protocol);
 
 }  // namespace host

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Text for people.
+// Text formatting for people.
 #pragma once
 
 #include <cstddef>
@@ -8,20 +8,21 @@
 
 namespace host {
 
-// Control characters, and bytes that are no UTF-8, as \xNN: no name on a card may drive a terminal.
+// Escapes control characters and invalid UTF-8 as \xNN, so that file names can't send escape
+// sequences to a terminal.
 std::string EscapedForTerminal(std::string_view text);
 
-// The number of terminal cells that UTF-8 text takes.
+// Returns the width of UTF-8 text in terminal cells.
 std::size_t CellWidth(std::string_view text);
 
-// The length in bytes of the UTF-8 sequence at the beginning of `text`, 0 if there is none that is
-// well-formed; `character` receives its code point.
+// Returns the length in bytes of the UTF-8 sequence at the beginning of `text` and stores its code
+// point in `character`; returns 0 if it is malformed.
 std::size_t DecodeUTF8(std::string_view text, char32_t& character);
 
-// "1.4 MB": powers of 1000, as on the labels of cards.
+// Formats a size in powers of 1000: "1.4 MB".
 std::string SizeText(unsigned long long bytes);
 
-// A date text with the fraction of its seconds cut off; any other text as it stands.
+// Removes the fractional seconds of a date text; returns any other text unchanged.
 std::string WithoutFraction(std::string_view text);
 
 }  // namespace host

@@ -81,7 +81,7 @@ std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& fiel
   const auto& localizer = tarnwick::config::Localizer::Get();
   const auto label = labels.find(field);
   if (label != labels.end()) return localizer.GetUTF8String(label->second);
-  // Structures give labels for a selection of the fields that they can fill.
+  // Providers supply labels only for some of the fields that they support.
   for (const Sorvik::XMPSupport::XMPCrossReference& row : Sorvik::XMPSupport::kXMPCrossReference) {
     if (field == row.propertyName) return localizer.GetUTF8String(row.labelKey);
   }

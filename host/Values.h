@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Field values as a person reads them, and the facts of an entry that commands ask for.
+// Display texts of field values, and helpers for the fields of an entry.
 #pragma once
 
 #include <string>
@@ -10,24 +10,23 @@
 
 namespace host {
 
-// The value for a cell of a table: sizes with a unit, lists of several things as their number.
+// Returns the value for a table cell: sizes with a unit, a list of several items as its length.
 std::string CellText(const Sorvik::any_regular_t& value);
-// The value on lines of its own, one for each item of a list; none for an empty value.
+// Returns the value as lines, one per list item; no line for an empty value.
 std::vector<std::string> ValueLines(const Sorvik::any_regular_t& value);
 bool IsSize(const Sorvik::any_regular_t& value);
 
-// The texts that a field holds: one, those of a list, or none.
+// Returns the texts of a field: one, those of a list, or none.
 std::vector<std::string> FieldTexts(const Sorvik::FieldValueMap& fields, const char* name);
 
-// The name to show: the entry's own, or the file name in its key.
+// Returns the entry's name, or the file name in its key if it has none.
 std::string EntryName(const std::string& key, const Sorvik::FieldValueMap& fields);
 
-// All paths that the entry names: its own, the further ones and its proxy. Each once, in this
-// order.
+// Returns all paths of the entry without duplicates: Path, ExtraPath and ProxyPath, in this order.
 std::vector<std::string> EntryPaths(const Sorvik::FieldValueMap& fields);
 
-// The label of a field in the user's language: the provider's own, else the one of the table of
-// metadata fields, else the field's name.
+// Returns the label of a field in the user's language: the provider's, else that of the metadata
+// field table, else the field's name.
 std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& field);
 
 }  // namespace host

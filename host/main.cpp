@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sorvik: what lies at this path, seen as a place with clips?
+// sorvik: lists camera cards and folders as clips.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -17,25 +17,26 @@
 namespace host {
 namespace {
 
-struct CommandRun {
+struct CommandRow {
   const char* name;
   int (*run)(Context&);
 };
 
-constexpr CommandRun kRuns[] = {
+constexpr CommandRow kCommands[] = {
     {"ls", RunLs},         {"who", RunWho},     {"entry", RunEntry}, {"files", RunFiles},
     {"places", RunPlaces}, {"owner", RunOwner}, {"thumb", RunThumb}, {"providers", RunProviders},
     {"meta", RunMeta},     {"sheet", RunSheet}, {"check", RunCheck},
 };
 
 int RunCommand(Context& context) {
-  for (const CommandRun& row : kRuns) {
+  for (const CommandRow& row : kCommands) {
     if (context.options.command == row.name) return row.run(context);
   }
-  throw Failure(kWrongUse, "there is no command " + context.options.command);
+  throw Failure(kUsageError,
+                "unknown command '" + context.options.command + "' (try 'sorvik --help')");
 }
 
-// What failed is told before the session ends, which may have to wait for workers or end the
+// Reports a failure before the session ends, because ending it may wait for workers or exit the
 // process.
 int RunSession(const Options& options, Output& output) {
   Session session;
@@ -56,8 +57,8 @@ int RunSession(const Options& options, Output& output) {
   return code;
 }
 
-// Where a standard stream was closed, the next file or event to be opened would take its number and
-// get what is meant for that stream. These stand-ins refuse every use.
+// If a standard stream is closed, the next opened file would get its descriptor and receive that
+// stream's data. Opens /dev/null in the wrong direction instead, so that every use fails.
 void FillStandardStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(stream, F_GETFD) >= 0 || errno != EBADF) continue;
@@ -91,6 +92,6 @@ int main(int argc, char** argv) {
     return failure.Code();
   } catch (const std::exception& exception) {
     host::WriteError(exception.what());
-    return host::kNothing;
+    return host::kFailed;
   }
 }

@@ -24,9 +24,9 @@ const char* RoleName(FileRole role) {
       return "clip";
     case FileRole::kStructure:
       return "structure";
-    case FileRole::kUnreached:
+    case FileRole::kOrphaned:
       return "unreached";
-    case FileRole::kForeign:
+    case FileRole::kUnrelated:
       break;
   }
   return "foreign";
@@ -41,7 +41,7 @@ void WriteJson(Output& output, const std::string& path, const ProviderWrapper& p
   json.Key("provider");
   json.String(provider.GetIdentification());
   json.Key("whole");
-  json.Boolean(report.IsWhole());
+  json.Boolean(report.IsComplete());
   json.Key("missing");
   json.BeginArray();
   for (const StructurePart& part : report.missing) {
@@ -75,7 +75,7 @@ std::string Counted(std::size_t count, const char* one, const char* many) {
   return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-// The report for people, clip by clip.
+// The report as text, clip by clip.
 class TextReport {
  public:
   TextReport(Output& output, std::string root, const CardReport& report)
@@ -93,10 +93,10 @@ class TextReport {
       for (const std::string& path : filesOf_[key]) Line(Relative(path));
       WriteMissing(key);
     }
-    WriteFurtherMissing(entries);
-    WriteRole(FileRole::kStructure, "of the card itself");
-    WriteRole(FileRole::kForeign, "foreign");
-    WriteRole(FileRole::kUnreached, "reached by no clip");
+    WriteOtherMissing(entries);
+    WriteRole(FileRole::kStructure, "card structure");
+    WriteRole(FileRole::kUnrelated, "unrelated");
+    WriteRole(FileRole::kOrphaned, "orphaned");
     WriteVerdict(entries.size());
   }
 
@@ -115,11 +115,11 @@ class TextReport {
     }
   }
 
-  // Of the card as a whole, and of clips that no longer list.
-  void WriteFurtherMissing(const ContentMap& entries) {
+  // Missing parts of the card itself, and of clips that aren't listed.
+  void WriteOtherMissing(const ContentMap& entries) {
     for (const auto& [key, parts] : missingOf_) {
       if (parts.empty() || entries.contains(key)) continue;
-      Heading(key.empty() ? "the card" : FileName(key));
+      Heading(key.empty() ? "card" : FileName(key));
       WriteMissing(key);
     }
   }
@@ -134,16 +134,16 @@ class TextReport {
   }
 
   void WriteVerdict(std::size_t clips) {
-    std::size_t unreached = 0;
-    for (const CardFile& file : report_.files) unreached += file.role == FileRole::kUnreached;
+    std::size_t orphaned = 0;
+    for (const CardFile& file : report_.files) orphaned += file.role == FileRole::kOrphaned;
     const std::string extent =
         Counted(clips, "clip", "clips") + ", " + Counted(report_.files.size(), "file", "files");
-    if (report_.IsWhole()) {
-      Heading("whole: " + extent);
+    if (report_.IsComplete()) {
+      Heading("complete: " + extent);
     } else {
-      Heading("NOT WHOLE: " + extent + ", " +
+      Heading("INCOMPLETE: " + extent + ", " +
               Counted(report_.missing.size(), "part missing", "parts missing") + ", " +
-              Counted(unreached, "file reached by no clip", "files reached by no clip"));
+              Counted(orphaned, "orphaned file", "orphaned files"));
     }
   }
 
@@ -158,11 +158,11 @@ class TextReport {
 
 int RunCheck(Context& context) {
   Session& session = context.session;
-  const std::string path = PlacePath(context.options.operands.front());
+  const std::string path = ResolvePath(context.options.operands.front());
   const ProviderWrapper& provider = ChooseProvider(context, path);
   if (provider.ShouldCheckFilter() || !provider.IsFileBased()) {
     RequireReadable(context, path);
-    throw Failure(kNothing, "no structure of clips in " + path);
+    throw Failure(kFailed, path + ": not a camera card or clip folder");
   }
   const ContentMap entries = session.Content(provider, path, kCheckFields);
   session.GetProgress().Begin("checking");
@@ -177,7 +177,7 @@ int RunCheck(Context& context) {
   } else {
     TextReport(context.output, path, report).Write(entries);
   }
-  return report.IsWhole() ? kDone : kNothing;
+  return report.IsComplete() ? kDone : kFailed;
 }
 
 }  // namespace host

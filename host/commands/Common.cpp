@@ -21,26 +21,26 @@ bool IsNamed(const std::string& identification, const std::string& name) {
   return identification == name || identification.ends_with("." + name);
 }
 
-// The look at the disk is a worker's, for a dead share may hold it.
-void RefusePlace(Context& context, const std::string& path) {
-  throw Failure(kNothing,
-                context.session.OnWorker<std::string>([path] { return WhyNoPlace(path); }));
+// Accesses the disk on a worker, because a dead share can block the call.
+void FailUnclaimedPath(Context& context, const std::string& path) {
+  throw Failure(kFailed, context.session.OnWorker<std::string>(
+                             [path] { return DescribeUnclaimedPath(path); }));
 }
 
 void RequireReadable(Context& context, const std::string& path) {
-  const auto reason = context.session.OnWorker<std::string>([path] { return WhyUnreadable(path); });
-  if (!reason.empty()) throw Failure(kNothing, "cannot read " + path + ": " + reason);
+  const auto reason = context.session.OnWorker<std::string>([path] { return ListingError(path); });
+  if (!reason.empty()) throw Failure(kFailed, path + ": cannot read (" + reason + ")");
 }
 
 const ProviderWrapper& ChooseProvider(Context& context, const std::string& path) {
   const std::vector<ProviderWrapper*> providers = context.session.Providers(path);
-  if (providers.empty()) RefusePlace(context, path);
+  if (providers.empty()) FailUnclaimedPath(context, path);
   const std::string& name = context.options.provider;
   if (name.empty()) return *providers.front();
   for (const ProviderWrapper* provider : providers) {
     if (IsNamed(provider->GetIdentification(), name)) return *provider;
   }
-  throw Failure(kNothing, name + " doesn't understand " + path);
+  throw Failure(kFailed, path + ": not supported by provider '" + name + "'");
 }
 
 FieldNameList AllFields(const ProviderWrapper& provider) {
@@ -57,16 +57,16 @@ FieldNameList ChosenFields(const Options& options, const ProviderWrapper& provid
   return options.all ? AllFields(provider) : usual;
 }
 
-ContentMap AllEntries(Context& context, const ProviderWrapper& provider, const std::string& path,
-                      const FieldNameList& fields) {
+ContentMap ListEntries(Context& context, const ProviderWrapper& provider, const std::string& path,
+                       const FieldNameList& fields) {
   ContentMap content =
       context.session.Content(provider, path, FieldNameSet(fields.begin(), fields.end()));
   if (content.empty()) RequireReadable(context, path);
   return content;
 }
 
-FieldValueMap OneEntry(Context& context, const ProviderWrapper& provider, const std::string& path,
-                       const std::string& key, const FieldNameList& fields) {
+FieldValueMap ReadEntry(Context& context, const ProviderWrapper& provider, const std::string& path,
+                        const std::string& key, const FieldNameList& fields) {
   context.session.GetProgress().Begin("reading");
   const ContentMap content = context.session.OnWorker<ContentMap>([&provider, path, key, fields] {
     return provider.GetContent(path, key, FieldNameSet(fields.begin(), fields.end()));
@@ -74,7 +74,7 @@ FieldValueMap OneEntry(Context& context, const ProviderWrapper& provider, const 
   const auto entry = content.find(key);
   if (entry != content.end()) return entry->second;
   RequireReadable(context, path);
-  throw Failure(kNothing, "no entry " + key + " in " + path);
+  throw Failure(kFailed, path + ": no entry '" + key + "'");
 }
 
 void WriteEntriesJson(Output& output, const std::string& path, const std::string& provider,
@@ -98,7 +98,7 @@ std::string CellOf(const std::string& field, const std::string& key, const Field
   return value == fields.end() ? std::string() : CellText(value->second);
 }
 
-bool HoldsSizes(const ContentMap& content, const std::string& field) {
+bool HasSizes(const ContentMap& content, const std::string& field) {
   return std::any_of(content.begin(), content.end(), [&](const auto& entry) {
     const auto value = entry.second.find(field);
     return value != entry.second.end() && IsSize(value->second);
@@ -107,7 +107,7 @@ bool HoldsSizes(const ContentMap& content, const std::string& field) {
 
 }  // namespace
 
-FieldNameList FilledFields(FieldNameList fields, const ContentMap& content) {
+FieldNameList NonEmptyFields(FieldNameList fields, const ContentMap& content) {
   const auto empty = [&](const std::string& field) {
     return std::all_of(content.begin(), content.end(), [&](const auto& entry) {
       return CellOf(field, entry.first, entry.second).empty();
@@ -125,7 +125,7 @@ void WriteEntriesTable(Output& output, const ProviderWrapper& provider, const Fi
   for (const std::string& field : fields) headings.push_back(LabelOf(labels, field));
   Table table(headings);
   for (std::size_t i = 0; i < fields.size(); ++i) {
-    if (HoldsSizes(content, fields[i])) table.SetAlign(i, Table::Align::kRight);
+    if (HasSizes(content, fields[i])) table.SetAlign(i, Table::Align::kRight);
   }
   for (const auto& [key, values] : content) {
     std::vector<std::string> row;

@@ -16,7 +16,7 @@ using Sorvik::ContentMap;
 const Sorvik::FieldNameList kPathFields = {Sorvik::kPathField, Sorvik::kExtraPathField,
                                            Sorvik::kProxyPathField};
 
-// The files to copy, each once, in the order in which the entries name them.
+// The files to copy without duplicates, in the order of the entries.
 class FileList {
  public:
   void Add(const std::string& path) {
@@ -24,8 +24,8 @@ class FileList {
   }
   void AddEntry(const Sorvik::FieldValueMap& entry) {
     for (const std::string& path : EntryPaths(entry)) {
-      // Clips of a card have most paths in common; each is looked at once.
-      if (looked_.insert(path).second && IsRegularFile(path)) Add(path);
+      // Clips of a card share most of their paths; each is examined once.
+      if (examined_.insert(path).second && IsRegularFile(path)) Add(path);
     }
   }
   void AddFolders(const Sorvik::FieldValueMap& entry, const std::atomic<bool>& stop) {
@@ -37,13 +37,14 @@ class FileList {
   std::vector<std::string> Take() { return std::move(files_); }
 
  private:
-  std::set<std::string> looked_;
+  std::set<std::string> examined_;
   std::set<std::string> seen_;
   std::set<std::string> folders_;
   std::vector<std::string> files_;
 };
 
-std::vector<std::string> FilesOfAll(const ContentMap& content, const std::atomic<bool>& stop) {
+std::vector<std::string> FilesOfAllEntries(const ContentMap& content,
+                                           const std::atomic<bool>& stop) {
   FileList list;
   for (const auto& [key, entry] : content) list.AddEntry(entry);
   for (const auto& [key, entry] : content) list.AddFolders(entry, stop);
@@ -67,21 +68,21 @@ void WriteFiles(Context& context, const std::vector<std::string>& files) {
 
 int RunFiles(Context& context) {
   const std::vector<std::string>& operands = context.options.operands;
-  const std::string path = PlacePath(operands[0]);
+  const std::string path = ResolvePath(operands[0]);
   const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
   ContentMap content;
   if (operands.size() > 1) {
-    content.emplace(operands[1], OneEntry(context, provider, path, operands[1], kPathFields));
+    content.emplace(operands[1], ReadEntry(context, provider, path, operands[1], kPathFields));
   } else {
-    content = AllEntries(context, provider, path, kPathFields);
+    content = ListEntries(context, provider, path, kPathFields);
   }
-  // Looking at files can take as long as listing them.
+  // Examining the files can take as long as the listing.
   context.session.GetProgress().Begin("looking for files");
   const bool single = operands.size() > 1;
   const auto& stop = context.session.Stopped();
   WriteFiles(context, context.session.OnWorker<std::vector<std::string>>(
                           [content = std::move(content), single, &stop] {
-                            if (!single) return FilesOfAll(content, stop);
+                            if (!single) return FilesOfAllEntries(content, stop);
                             FileList list;
                             list.AddEntry(content.begin()->second);
                             return list.Take();

@@ -10,11 +10,11 @@ namespace host {
 int RunLs(Context& context) {
   const Options& options = context.options;
   const std::string path =
-      PlacePath(options.operands.empty() ? Sorvik::kVolumeListPath : options.operands.front());
+      ResolvePath(options.operands.empty() ? Sorvik::kVolumeListPath : options.operands.front());
   const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
   const Sorvik::FieldNameList fields =
       ChosenFields(options, provider, provider.GetDefaultFieldList());
-  const Sorvik::ContentMap content = AllEntries(context, provider, path, fields);
+  const Sorvik::ContentMap content = ListEntries(context, provider, path, fields);
   if (options.json) {
     WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
     return kDone;
@@ -23,9 +23,9 @@ int RunLs(Context& context) {
   if (protocol != PictureProtocol::kNone) {
     WritePictureList(context, provider, path, fields, content, protocol);
   } else {
-    // Of all that a provider could fill, a table shows what it did fill.
+    // With --all, columns without any value are omitted.
     WriteEntriesTable(context.output, provider,
-                      options.all ? FilledFields(fields, content) : fields, content);
+                      options.all ? NonEmptyFields(fields, content) : fields, content);
   }
   return kDone;
 }

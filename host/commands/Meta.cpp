@@ -22,16 +22,18 @@ constexpr std::size_t kMaxPacketBytes = 64U << 20;
 
 std::string ReadStandardInput(const std::atomic<bool>& stop) {
   std::string packet;
-  std::string piece(1 << 16, '\0');
+  std::string chunk(1 << 16, '\0');
   while (!stop) {
-    const ssize_t got = read(STDIN_FILENO, piece.data(), piece.size());
+    const ssize_t got = read(STDIN_FILENO, chunk.data(), chunk.size());
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) {
-      throw Failure(kNothing, std::string("cannot read the packet: ") + std::strerror(errno));
+      throw Failure(kFailed,
+                    std::string("standard input: cannot read (") + std::strerror(errno) + ")");
     }
     if (got == 0) break;
-    packet.append(piece, 0, static_cast<std::size_t>(got));
-    if (packet.size() > kMaxPacketBytes) throw Failure(kNothing, "the packet is too large");
+    packet.append(chunk, 0, static_cast<std::size_t>(got));
+    if (packet.size() > kMaxPacketBytes)
+      throw Failure(kFailed, "standard input: XMP packet too large");
   }
   return packet;
 }
@@ -58,7 +60,7 @@ void WriteJson(Output& output, const std::string& path, const FieldValueMap& fie
 
 int RunMeta(Context& context) {
   const Options& options = context.options;
-  const std::string path = options.packet ? "-" : PlacePath(options.operands.front());
+  const std::string path = options.packet ? "-" : ResolvePath(options.operands.front());
   const FieldNameList wanted = options.fields.value_or(TableFields());
   const auto bits = XMPSupport::ParseFields(FieldNameSet(wanted.begin(), wanted.end()));
   const auto& stop = context.session.Stopped();
@@ -74,9 +76,9 @@ int RunMeta(Context& context) {
     WriteFieldLines(context.output, {}, wanted, fields);
   }
   if (fields.empty()) {
-    if (options.packet) throw Failure(kNothing, "no metadata in the packet");
-    throw Failure(kNothing, context.session.OnWorker<std::string>(
-                                [path] { return WhyNothing(path, "no metadata in"); }));
+    if (options.packet) throw Failure(kFailed, "standard input: no metadata");
+    throw Failure(kFailed, context.session.OnWorker<std::string>(
+                               [path] { return DescribePathError(path, "no metadata"); }));
   }
   return kDone;
 }

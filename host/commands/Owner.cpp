@@ -15,9 +15,9 @@ using Hestra::UTF16String;
 struct Owner {
   UTF16String entryKey;
   UTF16String folderPath;
-  UTF16String providerId;  // stays empty where nothing but the file itself was found
+  UTF16String providerId;  // empty if no entry owns the file
   Sorvik::FieldValueMap fields;
-  std::string refusal;  // why nothing owns the file; empty if something does
+  std::string error;  // why there is no result; empty on success
 };
 
 Owner FindOwner(const std::string& path, bool clipsOnly) {
@@ -25,8 +25,9 @@ Owner FindOwner(const std::string& path, bool clipsOnly) {
   const UTF16String file = Hestra::MakeString(path);
   const auto find = clipsOnly ? Sorvik::GetRelatedFilesWithoutExtraFiles : Sorvik::GetRelatedFiles;
   owner.fields = find(file, owner.entryKey, owner.folderPath, owner.providerId);
-  // A clip's file may be gone and still be the clip's; of a file alone only the disk knows.
-  if (owner.entryKey == file && !Exists(path)) owner.refusal = WhyNothing(path, "there is no");
+  // A missing file can still belong to a clip. Without an owning clip the file must exist.
+  if (owner.entryKey == file && !Exists(path))
+    owner.error = DescribePathError(path, "cannot access");
   return owner;
 }
 
@@ -65,12 +66,12 @@ void WriteText(Output& output, const Owner& owner) {
 }  // namespace
 
 int RunOwner(Context& context) {
-  const std::string path = PlacePath(context.options.operands.front());
+  const std::string path = ResolvePath(context.options.operands.front());
   context.session.GetProgress().Begin("looking");
   const bool clipsOnly = context.options.clipsOnly;
   const auto owner =
       context.session.OnWorker<Owner>([path, clipsOnly] { return FindOwner(path, clipsOnly); });
-  if (!owner.refusal.empty()) throw Failure(kNothing, owner.refusal);
+  if (!owner.error.empty()) throw Failure(kFailed, owner.error);
   if (context.options.json) {
     WriteJson(context.output, owner);
   } else {

@@ -7,7 +7,7 @@
 namespace host {
 namespace {
 
-// The full identification of a provider that was named by its last part.
+// Resolves the last component of an identification to the full identification.
 std::string FullIdentification(const std::string& name) {
   if (name.empty()) return Sorvik::ProviderHost::sBestProvider;
   for (const Sorvik::ProviderWrapper* provider : Sorvik::ProviderHost::GetAllProviders()) {
@@ -19,14 +19,14 @@ std::string FullIdentification(const std::string& name) {
 }  // namespace
 
 int RunPlaces(Context& context) {
-  const std::string path = PlacePath(context.options.operands.front());
+  const std::string path = ResolvePath(context.options.operands.front());
   const std::string wanted = FullIdentification(context.options.provider);
   const Sorvik::GetDefaultContentMessage answer = context.session.Places(path, wanted);
-  if (answer.provider == nullptr) RefusePlace(context, path);
+  if (answer.provider == nullptr) FailUnclaimedPath(context, path);
   const std::string identification = answer.provider->GetIdentification();
-  // A wish that can't be met is answered by the best provider instead.
+  // The library falls back to the best provider if the wanted one doesn't claim the path.
   if (!wanted.empty() && identification != wanted) {
-    throw Failure(kNothing, context.options.provider + " doesn't understand " + path);
+    throw Failure(kFailed, path + ": not supported by provider '" + context.options.provider + "'");
   }
   if (answer.content.empty()) RequireReadable(context, path);
   if (context.options.json) {

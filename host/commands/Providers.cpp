@@ -31,7 +31,7 @@ void WriteJson(JsonWriter& json, const ProviderWrapper& provider) {
     json.String(LabelOf(labels, field));
   }
   json.EndObject();
-  // The same in every language, for scripts.
+  // Independent of the language, for scripts.
   json.Key("labelKeys");
   json.BeginObject();
   for (const auto& [field, label] : labels) {
@@ -42,8 +42,8 @@ void WriteJson(JsonWriter& json, const ProviderWrapper& provider) {
   json.EndObject();
 }
 
-// "Name, Path, 26 (Size)": a label that says more than its field's name stands behind it.
-std::string Listed(const FieldNameList& fields, const FieldLabelMap& labels) {
+// Formats fields as "Name, Path, 26 (Size)": the label is added where it differs from the name.
+std::string JoinWithLabels(const FieldNameList& fields, const FieldLabelMap& labels) {
   std::string list;
   for (const std::string& field : fields) {
     const std::string label = LabelOf(labels, field);
@@ -59,8 +59,8 @@ void WriteText(Output& output, const ProviderWrapper& provider) {
   const FieldNameList usual = provider.GetDefaultFieldList();
   others.erase(others.begin(), others.begin() + static_cast<std::ptrdiff_t>(usual.size()));
   output.Write(output.Shown(provider.GetUIString() + "  " + provider.GetIdentification()) + "\n");
-  output.Write(output.Shown("  columns: " + Listed(usual, labels)) + "\n");
-  output.Write(output.Shown("  further: " + Listed(others, labels)) + "\n");
+  output.Write(output.Shown("  columns: " + JoinWithLabels(usual, labels)) + "\n");
+  output.Write(output.Shown("  further: " + JoinWithLabels(others, labels)) + "\n");
 }
 
 }  // namespace

@@ -15,14 +15,14 @@ using Sorvik::ContentMap;
 using Sorvik::FieldNameList;
 using Sorvik::ProviderWrapper;
 
-// The fields by which people find a shot again, as far as a provider knows them.
+// Fields that help to find a shot, shown if the provider has them.
 constexpr const char* kTimeFields[] = {"shotDate", "CreateDate", "startTimecode", "duration", "21"};
 
 void AddOnce(FieldNameList& list, const std::string& field) {
   if (std::find(list.begin(), list.end(), field) == list.end()) list.push_back(field);
 }
 
-// Name and times, then the fields that were chosen. The path needs no line of its own.
+// Name and times, then the selected fields. Path is omitted unless selected.
 FieldNameList SheetFields(const Options& options, const ProviderWrapper& provider) {
   const Sorvik::FieldNameSet known = provider.GetFieldList();
   FieldNameList fields = {Sorvik::kNameField};
@@ -51,7 +51,7 @@ SheetClip MakeClip(const std::string& key, const Sorvik::FieldValueMap& values,
 std::vector<SheetClip> MakeClips(Context& context, const ProviderWrapper& provider,
                                  const std::string& path) {
   const FieldNameList fields = SheetFields(context.options, provider);
-  const ContentMap content = AllEntries(context, provider, path, fields);
+  const ContentMap content = ListEntries(context, provider, path, fields);
   const Sorvik::FieldLabelMap labels = provider.GetFieldLabelList();
   std::vector<SheetClip> clips;
   for (const auto& [key, values] : content) clips.push_back(MakeClip(key, values, fields, labels));
@@ -74,16 +74,16 @@ std::vector<SheetClip> MakeClips(Context& context, const ProviderWrapper& provid
 
 int RunSheet(Context& context) {
   const Options& options = context.options;
-  const std::string path = PlacePath(options.operands.front());
+  const std::string path = ResolvePath(options.operands.front());
   const ProviderWrapper& provider = ChooseProvider(context, path);
   const std::vector<SheetClip> clips = MakeClips(context, provider, path);
-  if (clips.empty()) throw Failure(kNothing, "there is nothing in " + path);
-  WriteWhole(context.output, options.output, SheetHtml(path, provider.GetUIString(), clips));
+  if (clips.empty()) throw Failure(kFailed, path + ": no entries");
+  WriteFile(context.output, options.output, SheetHtml(path, provider.GetUIString(), clips));
   if (options.json) {
     JsonWriter json(context.output);
     json.BeginObject();
     json.Key("file");
-    json.String(PlacePath(options.output));
+    json.String(ResolvePath(options.output));
     json.Key("entries");
     json.Number(static_cast<unsigned long long>(clips.size()));
     json.EndObject();

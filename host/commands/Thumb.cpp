@@ -24,14 +24,14 @@ Picture FolderPicture(Context& context) {
   const int width = context.options.width;
   const int height = context.options.height;
   return context.session.OnWorker<Picture>(
-      [width, height] { return TakePicture(Sorvik::GetFolderThumbnail(width, height)); });
+      [width, height] { return PictureFromBitplate(Sorvik::GetFolderThumbnail(width, height)); });
 }
 
 void WriteJson(Output& output, const Options& options, const Picture& picture) {
   JsonWriter json(output);
   json.BeginObject();
   json.Key("file");
-  json.String(options.output == "-" ? options.output : PlacePath(options.output));
+  json.String(options.output == "-" ? options.output : ResolvePath(options.output));
   json.Key("width");
   json.Number(picture.width);
   json.Key("height");
@@ -46,15 +46,15 @@ int RunThumb(Context& context) {
   Picture picture;
   if (options.folder) {
     picture = FolderPicture(context);
-    if (picture.Empty()) throw Failure(kNothing, "there is no picture of a folder");
+    if (picture.Empty()) throw Failure(kFailed, "no folder picture available");
   } else {
-    const std::string path = PlacePath(options.operands[0]);
+    const std::string path = ResolvePath(options.operands[0]);
     picture = EntryPicture(context, path, options.operands[1]);
     if (picture.Empty()) {
-      throw Failure(kNothing, "no picture of " + options.operands[1] + " in " + path);
+      throw Failure(kFailed, path + ": no thumbnail for entry '" + options.operands[1] + "'");
     }
   }
-  WriteWhole(context.output, options.output, EncodePng(picture));
+  WriteFile(context.output, options.output, EncodePng(picture));
   if (options.json) WriteJson(context.output, options, picture);
   return kDone;
 }

@@ -43,21 +43,21 @@ void WriteTable(Output& output, const std::vector<ProviderWrapper*>& providers,
 }  // namespace
 
 int RunWho(Context& context) {
-  const std::string path = PlacePath(context.options.operands.front());
+  const std::string path = ResolvePath(context.options.operands.front());
   const std::vector<ProviderWrapper*> providers = context.session.Providers(path);
-  // The list comes without the scores that it is sorted by.
+  // The sorted list doesn't include the scores.
   const auto scores = context.session.OnWorker<std::vector<int>>([providers, path] {
-    std::vector<int> asked;
+    std::vector<int> result;
     for (const ProviderWrapper* provider : providers)
-      asked.push_back(provider->CanProvideFor(path));
-    return asked;
+      result.push_back(provider->CanProvideFor(path));
+    return result;
   });
   if (context.options.json) {
     WriteJson(context.output, providers, scores);
   } else if (!providers.empty()) {
     WriteTable(context.output, providers, scores);
   }
-  if (providers.empty()) RefusePlace(context, path);
+  if (providers.empty()) FailUnclaimedPath(context, path);
   return kDone;
 }
 

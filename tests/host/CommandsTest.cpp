@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The commands of sorvik on a made P2 card and on plain folders.
+// The commands of sorvik on a generated P2 card and on plain folders.
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
-using Words = std::vector<std::string>;
+using Arguments = std::vector<std::string>;
 
 constexpr char kP2[] = "com.halvane.Merisk.ProviderP2";
 constexpr char kDirectory[] = "com.halvane.Merisk.WinProviderDirectory";
@@ -29,10 +29,10 @@ std::size_t LineCount(const std::string& text) {
   return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
-Json RunJson(Words words, int exitCode = 0) {
-  words.push_back("--json");
-  const ProgramResult result = RunSorvik(words);
-  EXPECT_EQ(result.exitCode, exitCode) << words.front() << ": " << result.errors;
+Json RunJson(Arguments arguments, int exitCode = 0) {
+  arguments.push_back("--json");
+  const ProgramResult result = RunSorvik(arguments);
+  EXPECT_EQ(result.exitCode, exitCode) << arguments.front() << ": " << result.errors;
   EXPECT_EQ(LineCount(result.output), 1U) << "one document on one line";
   return Json::parse(result.output, nullptr, false);
 }
@@ -60,7 +60,7 @@ class OnCard : public testing::Test {
   std::string card_;
 };
 
-TEST_F(OnCard, WhoNamesProvidersBestFirst) {
+TEST_F(OnCard, WhoListsProvidersBestFirst) {
   const Json who = RunJson({"who", card_});
   ASSERT_EQ(who.size(), 2U);
   EXPECT_EQ(who[0], Json({{"identification", kP2}, {"name", "Panasonic P2"}, {"score", 100}}));
@@ -68,7 +68,7 @@ TEST_F(OnCard, WhoNamesProvidersBestFirst) {
   EXPECT_EQ(who[1]["score"], 30);
 }
 
-TEST_F(OnCard, LsGivesTheProvidersMapAsItIs) {
+TEST_F(OnCard, LsPrintsTheProviderMapUnchanged) {
   const Json all = RunJson({"ls", card_});
   EXPECT_EQ(Keys(all), (std::set<std::string>{"entries", "path", "provider"}));
   EXPECT_EQ(all["path"], card_);
@@ -80,7 +80,7 @@ TEST_F(OnCard, LsGivesTheProvidersMapAsItIs) {
   EXPECT_EQ(gull["Name"], "Gull on the pier");
   EXPECT_TRUE(gull["ExtraPath"].is_array());
 
-  // Another provider that claims the path, and the kinds of values that only it has.
+  // The directory provider also claims the path; only it has values of these types.
   const Json folder =
       RunJson({"ls", card_, "--provider", "WinProviderDirectory", "--fields=Name,ExtraPath,26"});
   const Json& file = folder["entries"]["LASTCLIP.TXT"];
@@ -106,31 +106,31 @@ TEST_F(OnCard, EntryAndOwnerFindTheClip) {
   EXPECT_EQ(RunJson({"owner", sound, "--clips-only"})["entryKey"], sound);
 }
 
-TEST_F(OnCard, PlacesAreWhatCanBeBrowsedFurther) {
+TEST_F(OnCard, PlacesListsBrowsableEntries) {
   const Json places = RunJson({"places", card_, "--provider", kDirectory});
   EXPECT_EQ(places["provider"], kDirectory);
   EXPECT_EQ(Keys(places["entries"]), std::set<std::string>{"CONTENTS"});
   EXPECT_EQ(Keys(places["entries"]["CONTENTS"]), (std::set<std::string>{"Name", "Path"}));
 }
 
-TEST_F(OnCard, FilesNamesEachFileThatIsThereOnce) {
+TEST_F(OnCard, FilesListsEachExistingFileOnce) {
   const Json clip = RunJson({"files", card_, "0002CC"});
   EXPECT_EQ(clip.size(), 5U) << "essence, two channels, record and icon; no folder";
   tree_.File("CARD/CONTENTS/VOICE/NOTE.WAV");
   fs::remove(card_ + "/CONTENTS/ICON/0001AB.BMP");
   const std::vector<std::string> all = RunJson({"files", card_});
-  const std::set<std::string> once(all.begin(), all.end());
-  EXPECT_EQ(all.size(), once.size());
-  EXPECT_EQ(once.size(), 20U) << "all below CONTENTS";
-  EXPECT_TRUE(once.contains(card_ + "/CONTENTS/VOICE/NOTE.WAV"));
+  const std::set<std::string> unique(all.begin(), all.end());
+  EXPECT_EQ(all.size(), unique.size());
+  EXPECT_EQ(unique.size(), 20U) << "all below CONTENTS";
+  EXPECT_TRUE(unique.contains(card_ + "/CONTENTS/VOICE/NOTE.WAV"));
   for (const std::string& file : all) EXPECT_TRUE(fs::is_regular_file(file)) << file;
 
-  const ProgramResult zero = RunSorvik({"files", card_, "-0"});
-  EXPECT_EQ(std::count(zero.output.begin(), zero.output.end(), '\0'), 20);
-  EXPECT_EQ(LineCount(zero.output), 0U);
+  const ProgramResult terminated = RunSorvik({"files", card_, "-0"});
+  EXPECT_EQ(std::count(terminated.output.begin(), terminated.output.end(), '\0'), 20);
+  EXPECT_EQ(LineCount(terminated.output), 0U);
 }
 
-TEST_F(OnCard, ThumbIsUprightWithStraightAlpha) {
+TEST_F(OnCard, ThumbIsTopDownWithStraightAlpha) {
   const std::string out = tree_.Path("out.png");
   EXPECT_EQ(RunSorvik({"thumb", card_, "0001AB", "-o", out}).exitCode, 0);
   GdkPixbuf* picture = gdk_pixbuf_new_from_file(out.c_str(), nullptr);
@@ -147,7 +147,7 @@ TEST_F(OnCard, ThumbIsUprightWithStraightAlpha) {
             "\x89PNG");
 }
 
-TEST_F(OnCard, SheetStandsAlone) {
+TEST_F(OnCard, SheetIsSelfContained) {
   tree_.File("PLAIN/<b>&.mov");
   const std::string out = tree_.Path("sheet.html");
   EXPECT_EQ(RunSorvik({"sheet", card_, "-o", out, "--fields", "videoFrameRate"}).exitCode, 0);
@@ -163,12 +163,12 @@ TEST_F(OnCard, SheetStandsAlone) {
   EXPECT_EQ(plain.find("<b>"), std::string::npos);
 }
 
-TEST_F(OnCard, CheckNamesOwnersRolesAndGaps) {
+TEST_F(OnCard, CheckReportsOwnersRolesAndMissingFiles) {
   tree_.File("CARD/CONTENTS/VIDEO/holiday.jpg");
-  const Json whole = RunJson({"check", card_});
-  EXPECT_EQ(whole["whole"], true);
+  const Json complete = RunJson({"check", card_});
+  EXPECT_EQ(complete["whole"], true);
   std::map<std::string, Json> files;
-  for (const Json& file : whole["files"]) files[file["path"]] = file;
+  for (const Json& file : complete["files"]) files[file["path"]] = file;
   EXPECT_EQ(files.size(), 22U);
   EXPECT_EQ(files[card_ + "/CONTENTS/VIDEO/0004FA.MXF"]["owners"], Json({"0003ED"}));
   EXPECT_EQ(files[card_ + "/CONTENTS/AUDIO/0001AB00.MXF"]["role"], "clip");
@@ -177,52 +177,54 @@ TEST_F(OnCard, CheckNamesOwnersRolesAndGaps) {
   EXPECT_EQ(files[card_ + "/LASTCLIP.TXT"]["role"], "structure");
 
   fs::remove(card_ + "/CONTENTS/AUDIO/0001AB01.MXF");
-  const Json gap = RunJson({"check", card_}, 1);
-  EXPECT_EQ(gap["whole"], false);
-  EXPECT_EQ(gap["missing"], Json::array({{{"key", "0001AB"},
-                                          {"kind", "sound channel"},
-                                          {"path", card_ + "/CONTENTS/AUDIO/0001AB01.MXF"}}}));
+  const Json incomplete = RunJson({"check", card_}, 1);
+  EXPECT_EQ(incomplete["whole"], false);
+  EXPECT_EQ(incomplete["missing"],
+            Json::array({{{"key", "0001AB"},
+                          {"kind", "sound channel"},
+                          {"path", card_ + "/CONTENTS/AUDIO/0001AB01.MXF"}}}));
 
   const ProgramResult plain = RunSorvik({"check", tree_.Root()});
-  EXPECT_EQ(plain.exitCode, 1) << "a plain folder is no card";
+  EXPECT_EQ(plain.exitCode, 1) << "a plain folder is not a card";
 }
 
-TEST(Commands, CheckTellsTheOwnFilesOfCardsFromMediaOfNoClip) {
+TEST(Commands, CheckDistinguishesCardFilesFromOrphanedMedia) {
   const sorvik_test::TempTree tree;
   const auto cards = sorvik_test::MakeAllCards(tree);
-  // Beside what the made cards hold anyway: the cards' own files, and media that no clip hands out.
-  for (const char* own :
+  // Add files of the cards' structure, and media that no clip lists.
+  for (const char* structureFile :
        {"p2/LASTCLIP.TXT", "disc/SYSPRO.XML", "disc/Edit/E0001E01.SMI", "disc/General/Sony/a.xml",
         "proav/PROAV/INDEX.BUP", "proav/PROAV/EDTR/E0001/E0001E01.SMI", "ex/BPAV/CUEUP.XML",
         "ex/BPAV/MEDIAPRO.BUP", "ex/BPAV/TAKR/C/C.SMI", "xf/CONTENTS/CLIPS001/JOURNAL/1.JNL",
         "hdv/VIDEO/HVR/Tracks.dat"}) {
-    tree.File(own);
+    tree.File(structureFile);
   }
-  const std::set<std::string> stray{"p2/CONTENTS/VIDEO/0009ZZ.MXF",
-                                    "disc/Clip/C0009.MXF",
-                                    "proav/PROAV/CLPR/C0009/C0009V01.MXF",
-                                    "ex/BPAV/CLPR/Z_01/Z_01.MP4",
-                                    "xf/CONTENTS/CLIPS001/AB0002/ZZ000901.MXF",
-                                    "hdv/VIDEO/HVR/00_0014_2014-01-31_104500.m2t",
-                                    "red/A1.RDC/B2_001.R3D",
-                                    "dng/c.wav"};
-  for (const std::string& file : stray) tree.File(file);
-  // As on file systems without heed to case: a file of the clip under a second spelling.
+  const std::set<std::string> expected{"p2/CONTENTS/VIDEO/0009ZZ.MXF",
+                                       "disc/Clip/C0009.MXF",
+                                       "proav/PROAV/CLPR/C0009/C0009V01.MXF",
+                                       "ex/BPAV/CLPR/Z_01/Z_01.MP4",
+                                       "xf/CONTENTS/CLIPS001/AB0002/ZZ000901.MXF",
+                                       "hdv/VIDEO/HVR/00_0014_2014-01-31_104500.m2t",
+                                       "red/A1.RDC/B2_001.R3D",
+                                       "dng/c.wav"};
+  for (const std::string& file : expected) tree.File(file);
+  // As on case-insensitive file systems: a file of the clip exists under a second spelling.
   fs::create_hard_link(tree.Path("canonraw/CLIPINFO.XML"), tree.Path("canonraw/ClipInfo.xml"));
-  std::set<std::string> unreached;
+  std::set<std::string> orphaned;
   for (const sorvik_test::MadeCard& card : cards) {
     const Json report = Json::parse(RunSorvik({"check", card.root, "--json"}).output);
     for (const Json& file : report["files"]) {
       EXPECT_NE(file["role"], "foreign") << file["path"];
       if (file["role"] != "unreached") continue;
-      unreached.insert(file["path"].get<std::string>().substr(tree.Root().size() + 1));
+      orphaned.insert(file["path"].get<std::string>().substr(tree.Root().size() + 1));
     }
   }
-  EXPECT_EQ(unreached, stray);
+  EXPECT_EQ(orphaned, expected);
 }
 
-// What desktops and file servers leave in every folder of a card, and at its top.
-void LeaveTraces(const std::string& card) {
+// Adds the hidden files that desktops and file servers create in each folder of a card and in its
+// root.
+void AddDesktopFiles(const std::string& card) {
   std::vector<fs::path> folders{card};
   for (const auto& entry : fs::recursive_directory_iterator(card)) {
     if (entry.is_directory()) folders.push_back(entry.path());
@@ -243,10 +245,10 @@ void LeaveTraces(const std::string& card) {
   std::ofstream(card + "/System Volume Information/IndexerVolumeGuid") << "x";
 }
 
-TEST(Commands, CheckCallsGoodCardsWholeWhateverADesktopLeft) {
+TEST(Commands, CheckIgnoresFilesOfDesktops) {
   const sorvik_test::TempTree tree;
   const auto cards = sorvik_test::MakeAllCards(tree);
-  // The parts that some of the made cards do without.
+  // Parts that some of the generated cards lack.
   for (const char* clip : {"0001AA", "0002AA", "0003AA", "0004BB"}) {
     for (const char* channel : {"00", "01"}) {
       tree.File("p2/CONTENTS/AUDIO/" + std::string(clip) + channel + ".MXF");
@@ -257,20 +259,20 @@ TEST(Commands, CheckCallsGoodCardsWholeWhateverADesktopLeft) {
   for (const sorvik_test::MadeCard& card : cards) {
     EXPECT_TRUE(Json::parse(RunSorvik({"check", card.root, "--json"}).output)["whole"])
         << card.root;
-    LeaveTraces(card.root);
+    AddDesktopFiles(card.root);
     const auto result = RunSorvik({"check", card.root});
     EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
   }
 }
 
-TEST_F(OnCard, TerminalShowsPicturesOnlyWhereAsked) {
+TEST_F(OnCard, PicturesOnlyOnRequest) {
   const std::string kitty = RunSorvik({"ls", card_, "--thumbs=kitty"}).output;
   EXPECT_NE(kitty.find("\x1b_Ga=T,f=100"), std::string::npos);
   EXPECT_NE(RunSorvik({"ls", card_, "--thumbs=sixel"}).output.find("\x1bP0;1q"), std::string::npos);
   EXPECT_EQ(RunSorvik({"ls", card_, "--thumbs"}).output.find('\x1b'), std::string::npos);
 }
 
-TEST(Commands, ProvidersTellTheirFields) {
+TEST(Commands, ProvidersListTheirFields) {
   const Json providers = RunJson({"providers"});
   ASSERT_FALSE(providers.empty());
   for (const Json& provider : providers) {

@@ -9,7 +9,7 @@
 namespace sorvik_test {
 namespace {
 
-TEST(HostText, EscapesWhatCouldDriveATerminal) {
+TEST(HostText, EscapesControlCharactersAndInvalidUtf8) {
   const std::pair<const char*, const char*> cases[] = {
       {"plain \xc3\xa9 \xe6\xbc\xa2", "plain \xc3\xa9 \xe6\xbc\xa2"},
       {"\x1b]0;title\x07", "\\x1b]0;title\\x07"},
@@ -24,7 +24,7 @@ TEST(HostText, EscapesWhatCouldDriveATerminal) {
   for (const auto& [text, shown] : cases) EXPECT_EQ(host::EscapedForTerminal(text), shown);
 }
 
-TEST(HostText, WidthCountsCellsAndNotBytes) {
+TEST(HostText, WidthCountsCells) {
   EXPECT_EQ(host::CellWidth("abc"), 3U);
   EXPECT_EQ(host::CellWidth("\xc3\xa4"), 1U);
   EXPECT_EQ(host::CellWidth("\xe6\xbc\xa2\xe5\xad\x97"), 4U) << "wide characters";
@@ -40,7 +40,7 @@ TEST(HostText, SizesRoundIntoTheNextUnit) {
   for (const auto& [bytes, text] : cases) EXPECT_EQ(host::SizeText(bytes), text);
 }
 
-TEST(HostText, OnlyTimesLoseTheirFraction) {
+TEST(HostText, RemovesFractionOfTimesOnly) {
   EXPECT_EQ(host::WithoutFraction("2026-05-14 11:20:05.123"), "2026-05-14 11:20:05");
   EXPECT_EQ(host::WithoutFraction("2026-05-14T11:20:05.123"), "2026-05-14T11:20:05.123");
   EXPECT_EQ(host::WithoutFraction("clip 1.5"), "clip 1.5");
