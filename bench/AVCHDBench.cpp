@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What it costs to list an AVCHD card beside the bare work with its files: cost per clip must not
-// grow with the number of clips or playlists. The stream files are empty, so that the structure
-// alone is measured, save where fields are read: there each is the head of a camera's.
+// Listing an AVCHD card, compared with plain reading of its files: the cost per clip must not grow
+// with the number of clips or playlists. The stream files are empty, except for the benchmark of
+// the default fields, where each is the beginning of a camera file.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -68,13 +68,13 @@ void ListPaths(benchmark::State& state) { List(state, {"Name", "Path"}); }
 void ListExtraPaths(benchmark::State& state) { List(state, {"Name", "Path", "ExtraPath"}); }
 void ListDefaultFields(benchmark::State& state) {
   const auto stream = sorvik_test::ReadSample("avchd/M2TS.mts");
-  if (!stream) return state.SkipWithError("the samples aren't here");
+  if (!stream) return state.SkipWithError("samples not found");
   const auto list = Sorvik::ProviderAVCHD().GetDefaultFieldList();
   List(state, {list.begin(), list.end()}, *stream);
 }
 
-// The floor: the card's three folders listed and each playlist read once.
-void BareReads(benchmark::State& state) {
+// Lower bound: lists the card's three folders and reads each playlist once.
+void PlainReads(benchmark::State& state) {
   const AvchdCard& card = Card::Of(state);
   for (auto _ : state) {
     for (const char* folder : {"STREAM", "CLIPINF"}) {
@@ -89,18 +89,18 @@ void BareReads(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-void Recognise(benchmark::State& state) {
+void Detect(benchmark::State& state) {
   const AvchdCard& card = Card::Of(state);
   const Sorvik::ProviderAVCHD provider;
   for (auto _ : state) benchmark::DoNotOptimize(provider.CanProvideFor(card.Root()));
 }
 
 #define CARDS Args({100, 30})->Args({999, 30})->Args({999, 300})->Unit(benchmark::kMicrosecond)
-BENCHMARK(BareReads)->CARDS;
+BENCHMARK(PlainReads)->CARDS;
 BENCHMARK(ListPaths)->CARDS->Args({9999, 10'000});
 BENCHMARK(ListExtraPaths)->CARDS;
 BENCHMARK(ListDefaultFields)->CARDS;
-BENCHMARK(Recognise)->CARDS;
+BENCHMARK(Detect)->CARDS;
 
 }  // namespace
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What it costs to list cards whose clips are described by XML: the cost per clip must not grow
-// with the number of clips. Essence files are a few bytes, so that the structure and the XML alone
-// are measured.
+// Listing cards whose clips are described by XML: the cost per clip must not grow with the number
+// of clips. Essence files have a few bytes, so that only structure and XML are measured.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -51,17 +50,17 @@ std::vector<SonyClip> SonyClips(long count) {
 void MakeDisc(const TempTree& tree, long count) { MakeXDCAMDisc(tree, "card", SonyClips(count)); }
 void MakeProav(const TempTree& tree, long count) { MakeXDCAMProav(tree, "card", SonyClips(count)); }
 
-// Half of the clips are first parts of takes that go on on a card that isn't there; five other
-// cards lie beside.
+// Half of the clips are first parts of takes that continue on a missing card; there are five
+// sibling cards.
 void MakeEX(const TempTree& tree, long count) {
   std::vector<EXTake> takes;
   for (long i = 0; i < count; i += 2) {
     takes.push_back({.name = Numbered("T%04ld", i),
-                     .clips = {Numbered("C%04ld", i), Numbered("GONE%04ld", i)}});
+                     .clips = {Numbered("C%04ld", i), Numbered("MISSING%04ld", i)}});
   }
   MakeXDCAMEXCard(tree, "card", SonyClips(count), takes);
-  for (const char* beside : {"a", "b", "c", "d", "e"}) {
-    MakeXDCAMEXCard(tree, beside, {{.name = std::string("N") + beside}});
+  for (const char* sibling : {"a", "b", "c", "d", "e"}) {
+    MakeXDCAMEXCard(tree, sibling, {{.name = std::string("N") + sibling}});
   }
 }
 
@@ -113,8 +112,8 @@ void EXExtraPaths(benchmark::State& state) {
   List(state, Sorvik::ProviderXDCAMEX(), MakeEX, kExtra);
 }
 
-// The floor of the P2 listings: the folder of clips listed and each clip XML read.
-void BareReads(benchmark::State& state) {
+// Lower bound of the P2 listings: lists the clip folder and reads each clip XML.
+void PlainReads(benchmark::State& state) {
   const std::string clips = CardOf(MakeP2, state.range(0)).Path("card/CONTENTS/CLIP");
   for (auto _ : state) {
     const auto items = Sorvik::platform::ListFolder(clips);
@@ -129,7 +128,7 @@ void BareReads(benchmark::State& state) {
 void Sizes(benchmark::internal::Benchmark* bench) {
   bench->Arg(100)->Arg(1'000)->Unit(benchmark::kMillisecond);
 }
-BENCHMARK(BareReads)->Apply(Sizes);
+BENCHMARK(PlainReads)->Apply(Sizes);
 BENCHMARK(P2DefaultFields)->Apply(Sizes)->Arg(5'000);
 BENCHMARK(P2ExtraPaths)->Apply(Sizes)->Arg(5'000);
 BENCHMARK(DiscDefaultFields)->Apply(Sizes);

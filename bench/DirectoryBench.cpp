@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What a listing of the directory provider costs beside the bare system calls and `ls -l` of the
-// same folder. The ways are timed in turns within one run, each by its best round, so that their
-// ratios hold on any machine. A listing includes giving its map back. Arguments: the count of files
+// Listing a folder with the directory provider, compared with plain system calls and `ls -l`. The
+// methods alternate within one run and the best round of each counts, so that the ratios are
+// comparable between machines. A listing includes destroying its map. Arguments: number of files
 // (100000) and of rounds (9).
 #include <benchmark/benchmark.h>
 #include <dirent.h>
@@ -28,7 +28,7 @@ namespace {
 using Sorvik::ContentMap;
 using Sorvik::FieldNameSet;
 
-// Names in an order of their own, as a file system gives them; times over about a year.
+// Names in unsorted order, as in a real file system; times spread over about a year.
 void MakeFiles(const sorvik_test::TempTree& tree, long count) {
   for (long i = 0; i < count; ++i) {
     char name[64];
@@ -40,8 +40,8 @@ void MakeFiles(const sorvik_test::TempTree& tree, long count) {
   }
 }
 
-// Every name and every file's facts, kept nowhere.
-void BareWalk(const std::string& path, bool withFacts) {
+// Reads every name, and every file's attributes if `withStat`.
+void PlainWalk(const std::string& path, bool withStat) {
   const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY);
   static char block[256 << 10];
   std::uint64_t sum = 0;
@@ -52,8 +52,8 @@ void BareWalk(const std::string& path, bool withFacts) {
       const auto* entry = reinterpret_cast<const dirent64*>(block + at);
       at += entry->d_reclen;
       struct statx facts;
-      if (withFacts && statx(folder, entry->d_name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
-                             STATX_BASIC_STATS | STATX_BTIME, &facts) == 0) {
+      if (withStat && statx(folder, entry->d_name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
+                            STATX_BASIC_STATS | STATX_BTIME, &facts) == 0) {
         sum += facts.stx_size;
       }
     }
@@ -75,17 +75,17 @@ void RunLs(const std::string& path, const char* options) {
   posix_spawn_file_actions_destroy(&actions);
 }
 
-struct Way {
+struct Method {
   const char* name;
   std::function<void()> run;
   double best = 1e9;
 };
 
-void Time(Way& way) {
+void Time(Method& method) {
   const auto start = std::chrono::steady_clock::now();
-  way.run();
+  method.run();
   const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
-  way.best = std::min(way.best, time.count());
+  method.best = std::min(method.best, time.count());
 }
 
 }  // namespace
@@ -102,30 +102,31 @@ int main(int argc, char** argv) {
     return [&provider, &path, fields] { provider.GetContent(path, fields, nullptr); };
   };
   Sorvik::ProviderHost::Initialize();
-  std::vector<Way> ways;
-  ways.push_back({"bare getdents64", [&] { BareWalk(path, false); }});
-  ways.push_back({"bare getdents64 + statx", [&] { BareWalk(path, true); }});
-  ways.push_back({"ls -l", [&] { RunLs(path, "-l"); }});
-  ways.push_back({"listing, Name and Path", list({"Name", "Path"})});
-  ways.push_back({"listing, and size", list({"Name", "Path", "26"})});
-  ways.push_back({"listing, and three times", list({"Name", "Path", "26", "19", "20", "21"})});
-  ways.push_back({"list of providers", [&] { Sorvik::ProviderHost::GetProviderList(path); }});
+  std::vector<Method> methods;
+  methods.push_back({"plain getdents64", [&] { PlainWalk(path, false); }});
+  methods.push_back({"plain getdents64 + statx", [&] { PlainWalk(path, true); }});
+  methods.push_back({"ls -l", [&] { RunLs(path, "-l"); }});
+  methods.push_back({"listing, Name and Path", list({"Name", "Path"})});
+  methods.push_back({"listing, plus size", list({"Name", "Path", "26"})});
+  methods.push_back({"listing, plus three times", list({"Name", "Path", "26", "19", "20", "21"})});
+  methods.push_back({"list of providers", [&] { Sorvik::ProviderHost::GetProviderList(path); }});
 
-  // The largest listing leaves the heap in pieces, which would fall to the others.
-  Way whole{"listing, all 23 fields", list(provider.GetFieldList())};
-  for (Way& way : ways) way.run();
+  // Run last: the largest listing fragments the heap, which would slow down the others.
+  Method all{"listing, all 23 fields", list(provider.GetFieldList())};
+  for (Method& method : methods) method.run();
   for (long round = 0; round < rounds; ++round) {
-    for (Way& way : ways) Time(way);
+    for (Method& method : methods) Time(method);
   }
-  for (long round = 0; round < rounds; ++round) Time(whole);
-  ways.push_back(whole);
+  for (long round = 0; round < rounds; ++round) Time(all);
+  methods.push_back(all);
   Sorvik::ProviderHost::Shutdown();
 
-  const double bare = ways[1].best;
-  const double ls = ways[2].best;
+  const double plain = methods[1].best;
+  const double ls = methods[2].best;
   std::printf("%ld files, best of %ld rounds\n", count, rounds);
-  std::printf("%-26s %10s %14s %10s\n", "", "ms", "to bare statx", "to ls -l");
-  for (const Way& way : ways) {
-    std::printf("%-26s %10.1f %14.2f %10.2f\n", way.name, way.best, way.best / bare, way.best / ls);
+  std::printf("%-26s %10s %16s %10s\n", "", "ms", "vs. plain statx", "vs. ls -l");
+  for (const Method& method : methods) {
+    std::printf("%-26s %10.1f %16.2f %10.2f\n", method.name, method.best, method.best / plain,
+                method.best / ls);
   }
 }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The fields of media files of cameras, per file: MXF and AVCHD streams.
+// Reading the fields of camera files, per file: MXF and AVCHD streams.
 //
 //   cmake --preset release -DSORVIK_BUILD_BENCH=ON && ninja -C build/release EssenceBench
 //   bench/EssenceCompare.sh build/release/EssenceBench
 //
-// The script makes the clips with ffmpeg, runs this over them, and other readers beside it. Alone,
-// this program takes the folder of clips from SORVIK_BENCH_CLIPS.
+// The script creates the clips with ffmpeg and compares this program with other readers. When run
+// directly, this program reads the clips of the folder SORVIK_BENCH_CLIPS.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -41,7 +41,7 @@ void ReadAll(benchmark::State& state, std::string_view extension, const XMPField
     return;
   }
   if (MakeValue(clips.front(), fields).empty()) {
-    state.SkipWithError("a clip gives no fields");
+    state.SkipWithError("a clip has no fields");
     return;
   }
   for (auto _ : state) {
@@ -58,7 +58,7 @@ XMPFieldBits NoDuration() { return AllFields().reset(32).reset(33).reset(65); }
 
 void MXF(benchmark::State& state) { ReadAll(state, ".mxf", AllFields()); }
 void Streams(benchmark::State& state) { ReadAll(state, ".MTS", AllFields()); }
-// Without a duration no time stamps are looked for at the end of a stream.
+// Without the duration, the end of a stream isn't searched for time stamps.
 void StreamsWithoutDuration(benchmark::State& state) { ReadAll(state, ".MTS", NoDuration()); }
 BENCHMARK(MXF)->Unit(benchmark::kMillisecond);
 BENCHMARK(Streams)->Unit(benchmark::kMillisecond);

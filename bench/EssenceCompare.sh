@@ -1,13 +1,13 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Times this library and the usual tools over the same clips: 500 MXF and 50 AVCHD streams.
+# Compares this library with common tools on the same clips: 500 MXF files and 50 AVCHD streams.
 #   bench/EssenceCompare.sh build/release/EssenceBench [FOLDER]
-# A FOLDER keeps the clips for the next run. Tools that aren't installed are left out.
+# FOLDER keeps the clips for the next run. Tools that aren't installed are skipped.
 set -e
 bench=$1
 folder=${2:-$(mktemp -d)}
 [ -n "$2" ] || trap 'rm -rf "$folder"' EXIT
-make_clips() {  # one of a kind, then copies
+make_clips() {  # one of each kind, then copies
   local source="-f lavfi -i testsrc2=s=1920x1080:r=25 -f lavfi -i sine=r=48000 -t 1"
   ffmpeg -v error $source -c:v mpeg2video -b:v 20M -g 12 -c:a pcm_s16le -timecode 01:02:03:04 \
       -y "$folder/mxf/000.mxf"
@@ -21,7 +21,7 @@ if [ ! -e "$folder/mts/000.MTS" ]; then
   make_clips
 fi
 SORVIK_BENCH_CLIPS=$folder "$bench" --benchmark_counters_tabular=true
-# Milliseconds a file, all files in one run where the tool can do that.
+# Milliseconds per file; all files in one run if the tool supports that.
 time_tool() {  # label, number of files, command...
   local label=$1 count=$2 begin end
   shift 2
@@ -29,7 +29,7 @@ time_tool() {  # label, number of files, command...
   begin=$(date +%s%N)
   "$@" > /dev/null 2>&1
   end=$(date +%s%N)
-  awk -v l="$label" -v n=$((end - begin)) -v c="$count" 'BEGIN { printf "%-28s %8.3f ms a file\n", l, n / c / 1e6 }'
+  awk -v l="$label" -v n=$((end - begin)) -v c="$count" 'BEGIN { printf "%-28s %8.3f ms per file\n", l, n / c / 1e6 }'
 }
 time_tool "MXF mediainfo" 500 mediainfo "$folder"/mxf/*.mxf
 time_tool "MXF exiftool -fast2" 500 exiftool -fast2 "$folder/mxf"

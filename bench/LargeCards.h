@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Cards of any number of clips, one for each structure, for measuring.
+// Generated cards with any number of clips, one for each structure.
 #pragma once
 
 #include <cstdio>

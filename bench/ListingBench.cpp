@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The listing of each structure at 10, 100 and 1,000 clips, with the default fields and with all
-// files of each clip. `ListingBench make FOLDER CLIPS` makes the cards and leaves them there, for
-// counting system calls (bench/systemcalls.sh).
+// Listing each structure with 10, 100 and 1,000 clips, with the default fields and with all files
+// of each clip. `ListingBench make FOLDER CLIPS` only creates the cards, for counting system calls
+// (bench/systemcalls.sh).
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -22,7 +22,7 @@ const std::string& CardOf(const CardMaker& maker, long clips) {
   static std::map<std::pair<std::string, long>, std::string> made;
   std::string& path = made[{maker.name, clips}];
   if (path.empty()) {
-    // Each in a folder of its own, since some providers look at the neighbours.
+    // Each in a separate folder, because some providers search sibling folders.
     const std::string card = std::string(maker.name) + std::to_string(clips) + "/card";
     maker.make(tree, card, clips);
     path = tree.Path(card);
@@ -39,7 +39,7 @@ void List(benchmark::State& state, const CardMaker& maker, bool extraPaths) {
   for (auto _ : state) {
     const ContentMap content = provider->GetContent(card, fields, nullptr);
     if (content.size() != static_cast<std::size_t>(state.range(0))) {
-      state.SkipWithError("the listing is not whole");
+      state.SkipWithError("the listing is incomplete");
     }
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What the metadata of one clip costs: parsing a packet, all fields of it, and whole files with and
-// without sidecars, and a thousand files of one folder.
+// Reading metadata: parsing a packet, all fields of a packet, complete files with and without
+// sidecars, and 1,000 files of one folder.
 //
 //   bench/MetadataCompare.sh build/release/MetadataBench
 //
-// runs the last of these beside another reader and counts system calls.
+// compares the last of these with another reader and counts system calls.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -26,7 +26,7 @@ namespace {
 
 using namespace Sorvik;
 
-// A packet as editing software writes it: the usual properties and `events` entries of history.
+// A packet as written by editing software: common properties and `events` history entries.
 std::string Packet(long events) {
   std::string text = R"(<?xpacket begin="" id="W5M0MpCehiHzreSzNTczkc9d"?>
 <x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">
@@ -67,7 +67,7 @@ void AllFieldsOfPacket(benchmark::State& state) {
 }
 BENCHMARK(AllFieldsOfPacket)->Unit(benchmark::kMicrosecond);
 
-// One clip XML of P2; with 1, a sidecar beside it.
+// One P2 clip XML; with argument 1 also a sidecar.
 void FieldsOfClip(benchmark::State& state) {
   const sorvik_test::TempTree tree;
   sorvik_test::MakeP2Card(tree, "card");
@@ -81,7 +81,7 @@ void FieldsOfClip(benchmark::State& state) {
 }
 BENCHMARK(FieldsOfClip)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
-// A file of a kind that no reader knows, searched for a packet.
+// A packet scan of a file of unknown format.
 void ScanForPacket(benchmark::State& state) {
   const sorvik_test::TempTree tree;
   const std::string file = tree.File("clip.bin", std::string(std::size_t{4} << 20, '<'));
@@ -91,7 +91,7 @@ void ScanForPacket(benchmark::State& state) {
 }
 BENCHMARK(ScanForPacket)->Unit(benchmark::kMicrosecond);
 
-// A photograph as cameras and editors leave it: Exif, a packet, pixels of 100 kB.
+// A photograph as written by cameras and editors: Exif, a packet, 100 kB of pixels.
 std::string Photograph() {
   sorvik_test::TiffBytes t;
   const std::string exif =
@@ -107,7 +107,7 @@ std::string Photograph() {
   return file.U16(0xFFDA).U16(2).Fill(100'000, 0x55).U16(0xFFD9).str();
 }
 
-// A thousand files, in SORVIK_BENCH_FILES where that is set, so that others can read them as well.
+// 1,000 files, in the folder SORVIK_BENCH_FILES if set, so that other programs can read them.
 std::vector<std::string> ThousandPaths(const sorvik_test::TempTree& tree, bool pictures) {
   const char* kept = std::getenv("SORVIK_BENCH_FILES");
   const std::filesystem::path folder =
@@ -117,19 +117,19 @@ std::vector<std::string> ThousandPaths(const sorvik_test::TempTree& tree, bool p
   std::vector<std::string> paths;
   for (int i = 0; i < 1000; ++i) {
     paths.push_back(folder / (std::to_string(1000 + i) + (pictures ? ".jpg" : ".xmp")));
-    if (std::filesystem::exists(paths.back())) continue;  // made for an earlier run
+    if (std::filesystem::exists(paths.back())) continue;  // from an earlier run
     std::ofstream(paths.back(), std::ios::binary) << content;
   }
   return paths;
 }
 
-// All fields of a thousand XMP files; with 1, of a thousand photographs.
+// All fields of 1,000 XMP files; with argument 1 of 1,000 photographs.
 void ThousandFiles(benchmark::State& state) {
   const sorvik_test::TempTree tree;
   const auto paths = ThousandPaths(tree, state.range(0) != 0);
   for (auto _ : state) {
     const foundation::CallScope scope;
-    // As in a listing, which knows the folder's names.
+    // As in a listing, where the folder's names are cached.
     foundation::FolderNames::Of(std::filesystem::path(paths.front()).parent_path());
     for (const std::string& path : paths) {
       benchmark::DoNotOptimize(XMPSupport::MakeValue(path, AllFields()));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The way of a request from the call to the message on the UI thread, with a provider that costs
+// Round trip of a request, from the call to its message on the UI thread, with a provider that does
 // nothing.
 #include <benchmark/benchmark.h>
 
@@ -28,7 +28,7 @@ class Host {
     }
     Hestra::StationUtils::UnregisterStation("bench");
   }
-  auto Ask() { return wrapper_->RequestContent("bench:", {}, "bench"); }
+  auto Request() { return wrapper_->RequestContent("bench:", {}, "bench"); }
   void WaitFor(long count) {
     while (received_ < count) Hestra::StationUtils::WaitAndDispatch(-1);
   }
@@ -40,26 +40,26 @@ class Host {
 
 void RoundTrip(benchmark::State& state) {
   Host host;
-  long asked = 0;
+  long requested = 0;
   for (auto _ : state) {
-    host.Ask();
-    host.WaitFor(++asked);
+    host.Request();
+    host.WaitFor(++requested);
   }
 }
 BENCHMARK(RoundTrip)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
-// A thousand requests in flight, every second one aborted: exactly a thousand messages.
+// 1,000 requests, every second one aborted: exactly 1,000 messages.
 void ThousandHalfAborted(benchmark::State& state) {
   Host host;
-  long asked = 0;
+  long requested = 0;
   for (auto _ : state) {
     for (int i = 0; i < 1000; ++i) {
-      const auto request = host.Ask();
+      const auto request = host.Request();
       if (i % 2 == 0) request->Abort();
     }
-    host.WaitFor(asked += 1000);
+    host.WaitFor(requested += 1000);
   }
-  state.SetItemsProcessed(asked);
+  state.SetItemsProcessed(requested);
 }
 BENCHMARK(ThousandHalfAborted)->UseRealTime()->Unit(benchmark::kMillisecond);
 

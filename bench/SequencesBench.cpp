@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A folder of 100,000 frames: who understands it, its listing, and the list of all its frames
-// beside a bare walk of the folder that builds the same list.
+// A folder of 100,000 frames: detection, listing, and the list of all frames compared with a plain
+// readdir loop that builds the same list.
 #include <benchmark/benchmark.h>
 #include <dirent.h>
 
@@ -26,7 +26,7 @@ const std::string& Frames() {
   static const bool made = [] {
     for (long i = 0; i < kFrames; ++i) {
       char name[64];
-      // Not in order of their names, as a file system gives them.
+      // In unsorted order, as in a real file system.
       std::snprintf(name, sizeof(name), "A001C001_150824_R1AB.%07ld.ari", i * 7919 % kFrames);
       tree.File(name);
     }
@@ -36,7 +36,7 @@ const std::string& Frames() {
   return tree.Root();
 }
 
-void BareWalkAndList(benchmark::State& state) {
+void PlainWalkAndList(benchmark::State& state) {
   const std::string& root = Frames();
   for (auto _ : state) {
     std::vector<any_regular_t> list;
@@ -46,20 +46,20 @@ void BareWalkAndList(benchmark::State& state) {
     benchmark::DoNotOptimize(list);
   }
 }
-BENCHMARK(BareWalkAndList)->Unit(benchmark::kMillisecond);
+BENCHMARK(PlainWalkAndList)->Unit(benchmark::kMillisecond);
 
-void Recognition(benchmark::State& state) {
+void Detection(benchmark::State& state) {
   const std::string& root = Frames();
   const ProviderARRIRAW arri;
   const ProviderCinemaDNG dng;
   const ProviderCanonRAW canon;
   for (auto _ : state) {
-    const foundation::CallScope scope;  // as one look for providers makes it
+    const foundation::CallScope scope;  // as in GetProviderList
     benchmark::DoNotOptimize(arri.CanProvideFor(root) + dng.CanProvideFor(root) +
                              canon.CanProvideFor(root));
   }
 }
-BENCHMARK(Recognition)->Unit(benchmark::kMillisecond);
+BENCHMARK(Detection)->Unit(benchmark::kMillisecond);
 
 void Listing(benchmark::State& state, const FieldNameSet& fields) {
   const std::string& root = Frames();

@@ -4,11 +4,11 @@
 //   cmake --preset release -DSORVIK_BUILD_BENCH=ON && ninja -C build/release ThumbnailBench
 //   build/release/ThumbnailBench --benchmark_repetitions=5
 //
-// The photograph is made here: noise over gradients, so that it takes as many bytes as a camera's.
-// BM_Photograph checks once that its pixels are those of a full decode and the box filter. The
-// lines to compare it with are the image library's own ways: a full decode, and one that shrinks
-// within the JPEG decoder and is not exact; BM_Thumbnailer runs that library's program as a whole,
-// and BM_OwnProcess the same with this library.
+// The photograph is generated: noise over gradients, so that its size matches that of a camera
+// file. BM_Photograph checks once that its pixels equal those of a full decode and the box filter.
+// It is compared with the image library: a full decode, and an inexact one that scales in the JPEG
+// decoder. BM_Thumbnailer runs that library's thumbnailer as a process, and BM_OwnProcess does the
+// same with this library.
 #include <benchmark/benchmark.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <sys/wait.h>
@@ -61,7 +61,7 @@ const std::string& Photograph() {
   return path;
 }
 
-// The cell by a decode of the whole picture.
+// Renders the cell by a full decode.
 std::vector<unsigned char> FullDecode(const std::string& path) {
   using namespace Sorvik;
   const auto source = imaging::ImageSource::OpenFile(path);
@@ -99,7 +99,7 @@ void BM_PhotographShrinkOnLoad(benchmark::State& state) {
 }
 BENCHMARK(BM_PhotographShrinkOnLoad)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// Runs `arguments` as a program; false if it failed.
+// Runs `arguments` as a program; returns false if it fails.
 bool Run(std::vector<std::string> arguments) {
   std::vector<char*> list;
   for (std::string& argument : arguments) list.push_back(argument.data());
@@ -154,7 +154,7 @@ void BM_CardIcons(benchmark::State& state) {
   for (auto _ : state) {
     for (const auto& path : paths) {
       if (!Sorvik::RenderThumbnail(path, 80, 60, 80 * 4, cell.data())) {
-        state.SkipWithError("an icon wasn't drawn");
+        state.SkipWithError("an icon can't be drawn");
       }
     }
   }
@@ -162,7 +162,7 @@ void BM_CardIcons(benchmark::State& state) {
 }
 BENCHMARK(BM_CardIcons)->Unit(benchmark::kMillisecond);
 
-// The child of BM_OwnProcess: one thumbnail, written as the program writes it.
+// The child process of BM_OwnProcess: writes one thumbnail like `sorvik thumb`.
 int WriteThumbnail(const char* path, const char* out) {
   const host::Picture picture = host::PictureFromBitplate(
       Sorvik::RenderThumbnailIntoNew(Hestra::MakeString(std::string(path)), kSide, kSide));

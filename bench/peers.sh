@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Times the listing of made cards of 1,000 clips, with all files of each clip, against general tools
-# over the same cards, starting them included. Tools that aren't installed are left out.
+# Compares the listing of generated cards of 1,000 clips, with all files of each clip, with general tools
+# on the same cards, including program start. Tools that aren't installed are skipped.
 #   bench/peers.sh BUILD_FOLDER [CLIPS]
 set -euo pipefail
 build=$1
@@ -10,7 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 "$build/ListingBench" make "$work/cards" "$clips"
 
-# seconds COMMAND...: user and system time, which other work on the machine disturbs least
+# seconds COMMAND...: user plus system time, which depends least on the load of the machine
 seconds() {
   local TIMEFORMAT='%U %S'
   { time "$@" > /dev/null 2>&1 || true; } 2>&1 | awk '{printf "%.2f", $1 + $2}'

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# System calls that a listing costs for each clip: those for 200 clips less those for 100, over 100,
-# so that starting the program doesn't count. Needs strace.
+# System calls of a listing per clip: the difference between 200 and 100 clips, divided by 100, so that the
+# program start doesn't count. Needs strace.
 #   bench/systemcalls.sh BUILD_FOLDER
 set -euo pipefail
 build=$1
@@ -9,7 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 for clips in 100 200; do "$build/ListingBench" make "$work/$clips" $clips; done
 
-# calls CARD FIELDS...: file system calls of one listing
+# calls CARD FIELDS...: the number of file system calls of one listing
 calls() {
   strace -f -qq -o "$work/trace" \
       -e trace=open,openat,read,pread64,stat,newfstatat,fstat,statx,lstat,access,readlink,getdents64 \

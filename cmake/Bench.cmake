@@ -1,4 +1,4 @@
-# bench/*Bench.cpp: each its own program, so that one can be run alone.
+# bench/*Bench.cpp: one program each.
 find_package(benchmark REQUIRED)
 file(GLOB SORVIK_BENCHES CONFIGURE_DEPENDS bench/*Bench.cpp)
 file(GLOB SORVIK_BENCH_SUPPORT CONFIGURE_DEPENDS tests/support/*.cpp)

@@ -1,10 +1,10 @@
-# Settings of every target of this project.
+# Compiler settings for all targets of this project.
 if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
 endif()
 find_program(SORVIK_CCACHE ccache)
 if(SORVIK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  # Checkouts of the same sources share their compilations.
+  # Share cached objects between checkouts of the same sources.
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
       CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${SORVIK_CCACHE})
 endif()
@@ -20,12 +20,12 @@ target_compile_options(sorvik_build_settings INTERFACE
     -Woverloaded-virtual -Werror
     $<$<CONFIG:Debug>:-Og>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  # GCC 12 sees overlapping copies in string concatenation where there are none (its bug 105651).
+  # GCC 12 wrongly warns about overlapping copies in string concatenation (GCC bug 105651).
   target_compile_options(sorvik_build_settings INTERFACE -Wno-restrict)
 endif()
 target_compile_definitions(sorvik_build_settings INTERFACE _GLIBCXX_ASSERTIONS)
 if(SORVIK_SANITIZE)
-  # Instrumented code draws warnings of its own, such as for fences inside Boost.
+  # Instrumented code causes additional warnings, such as for fences in Boost.
   target_compile_options(sorvik_build_settings INTERFACE -Wno-error)
   target_compile_options(sorvik_build_settings INTERFACE
       -fsanitize=${SORVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)

@@ -1,5 +1,5 @@
-# fuzz/<Unit>Fuzzer.cpp is a libFuzzer target. Under any other compiler the same file is linked with
-# a small main that replays fuzz/corpus/<Unit>/, so that every test run tries the kept inputs.
+# fuzz/<Unit>Fuzzer.cpp is a libFuzzer target. Without SORVIK_FUZZ the same file is linked with a main
+# that replays fuzz/corpus/<Unit>/ as a test.
 file(GLOB SORVIK_FUZZERS CONFIGURE_DEPENDS fuzz/*Fuzzer.cpp)
 foreach(source ${SORVIK_FUZZERS})
   get_filename_component(name ${source} NAME_WE)

@@ -1,5 +1,5 @@
-# What an installation holds: library, headers, CMake package, pkg-config file, program, man page and
-# completions. The pictures and catalogues are installed by Resources.cmake.
+# Installs library, headers, CMake package, pkg-config file, program, man page and completions.
+# Resources.cmake installs the pictures and translations.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS SorvikProvider EXPORT SorvikProviderTargets
@@ -16,11 +16,11 @@ configure_package_config_file(
     INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/SorvikProvider)
 write_basic_package_version_file(SorvikProviderConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
-# The prefix may be another at install or packaging time, so the file tells places from its own.
-foreach(place PREFIX FULL_LIBDIR FULL_INCLUDEDIR)
-  cmake_path(RELATIVE_PATH CMAKE_INSTALL_${place}
+# The prefix can differ at install or packaging time, so the file uses paths relative to itself.
+foreach(folder PREFIX FULL_LIBDIR FULL_INCLUDEDIR)
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_${folder}
       BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE from_pc)
-  string(REPLACE FULL_ "" name ${place})
+  string(REPLACE FULL_ "" name ${folder})
   set(SORVIK_PC_${name} "\${pcfiledir}/${from_pc}")
 endforeach()
 configure_file(cmake/package/SorvikProvider.pc.in SorvikProvider.pc @ONLY)
@@ -48,7 +48,7 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME sorvikprovider)
 set(CPACK_PACKAGE_VENDOR "the SorvikProvider authors")
 set(CPACK_PACKAGE_CONTACT "the SorvikProvider authors <authors@sorvikprovider.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Camera cards and folders as places with clips")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Lists camera cards and folders as clips")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_STRIP_FILES ON)

@@ -1,4 +1,4 @@
-# The libraries that the product stands on, each a Debian package of cmake/packages.txt.
+# The required libraries; cmake/packages.txt lists their Debian packages.
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 find_package(Boost REQUIRED)
@@ -14,7 +14,7 @@ pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
 pkg_check_modules(MOUNT REQUIRED IMPORTED_TARGET mount)
 pkg_check_modules(UDEV REQUIRED IMPORTED_TARGET libudev)
 
-# boost::shared_ptr stands in a public signature.
+# Public signatures use boost::shared_ptr.
 set(SORVIK_PUBLIC_LIBRARIES Boost::boost)
 set(SORVIK_LIBRARIES
     Boost::boost Threads::Threads ICU::uc EXPAT::EXPAT JPEG::JPEG ZLIB::ZLIB

@@ -1,5 +1,5 @@
-# The folder resources/ beside the library: pictures as they are, catalogues compiled. The library
-# finds it there in a build tree, and below the data folder once installed.
+# Builds the folder resources/ next to the library: copied pictures and compiled translations. The
+# library finds it there in a build tree, and in the data folder when installed.
 find_program(SORVIK_MSGFMT msgfmt REQUIRED)
 set(SORVIK_RESOURCES ${PROJECT_BINARY_DIR}/resources)
 set(SORVIK_PICTURE_FOLDERS PNG icons pictures templates)
@@ -9,7 +9,7 @@ set(pictures)
 foreach(folder ${SORVIK_PICTURE_FOLDERS})
   file(GLOB_RECURSE found CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/resources/${folder}/*.png)
   list(APPEND pictures ${found})
-  # Removed first, so that a picture that is gone from the sources goes here too.
+  # Removed first, so that deleted pictures disappear here, too.
   list(APPEND copy_folders
       COMMAND ${CMAKE_COMMAND} -E rm -rf ${SORVIK_RESOURCES}/${folder}
       COMMAND ${CMAKE_COMMAND} -E copy_directory
@@ -38,7 +38,7 @@ endforeach()
 
 add_custom_target(sorvik_resources ALL
     DEPENDS ${PROJECT_BINARY_DIR}/pictures.stamp ${catalogues})
-# Tests and fuzzers link the objects and look for the folder as the library does.
+# Tests and fuzzers link the objects and search the folder like the library.
 add_dependencies(sorvik_objects sorvik_resources)
 
 install(DIRECTORY ${SORVIK_RESOURCES}/

@@ -1,5 +1,5 @@
-# One test program for each folder below tests/. Its name is the folder's; the folders in
-# SORVIK_THREAD_TESTS carry the label that the thread sanitizer's run takes.
+# One test program FOLDER_tests for each folder in tests/. The tests of the folders in
+# SORVIK_THREAD_TESTS get the label "threads", which the preset tsan selects.
 find_package(GTest REQUIRED)
 find_package(nlohmann_json REQUIRED)
 include(GoogleTest)
@@ -40,7 +40,7 @@ foreach(folder ${SORVIK_TEST_FOLDERS})
       TEST_PREFIX ${area}. DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES TEST_LIST ${area}_TEST_NAMES
       PROPERTIES LABELS ${area} TIMEOUT 120)
   if(area IN_LIST SORVIK_THREAD_TESTS)
-    # Discovery can't carry a list of labels, so the second one is set when the tests are known.
+    # gtest_discover_tests can't set a list of labels, so the second one is set after discovery.
     file(WRITE ${PROJECT_BINARY_DIR}/${area}_labels.cmake
         "foreach(test IN LISTS ${area}_TEST_NAMES)
   set_tests_properties(\${test} PROPERTIES LABELS \"${area};threads\")

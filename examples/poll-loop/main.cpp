@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A host with an event loop of its own: poll on the library's event descriptor, dispatch when it is
-// readable. Lists a folder through its best provider and prints the names of its entries.
+// A host with its own event loop: polls the library's event descriptor and dispatches when it is
+// readable. Lists a folder with its best provider and prints the names of its entries.
 #include <poll.h>
 
 #include <cstdio>
@@ -20,15 +20,15 @@ struct Browser {
 
   void Receive(const Hestra::Message& message) {
     if (const auto* list = dynamic_cast<const Sorvik::GetProviderListMessage*>(&message)) {
-      AskForContent(*list);
+      RequestContent(*list);
     } else if (const auto* content = dynamic_cast<const Sorvik::GetContentMessage*>(&message)) {
       Print(*content);
     }
   }
 
-  void AskForContent(const Sorvik::GetProviderListMessage& list) {
+  void RequestContent(const Sorvik::GetProviderListMessage& list) {
     if (list.result != Sorvik::kResultDone) {
-      std::fprintf(stderr, "nothing understands %s\n", path.c_str());
+      std::fprintf(stderr, "poll-loop: %s: no provider for this path\n", path.c_str());
       exitCode = 1;
       return;
     }

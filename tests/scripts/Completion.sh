@@ -1,20 +1,20 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# The completions know the commands and options that the program's own help names.
+# The completions contain all commands and options of --help.
 set -euo pipefail
 source_dir=$1
 sorvik=$2/sorvik
 help=$("$sorvik" --help)
 commands=$(printf '%s\n' "$help" | sed -n '/^commands/,/^options/s/^  \([a-z]\{2,\}\) .*/\1/p')
 options=$(printf '%s\n' "$help" | sed -n '/^options/,/^$/s/^  \(-[-a-zA-Z0-9]*\).*/\1/p')
-[ "$(printf '%s\n' "$commands" | wc -l)" -ge 11 ] || { echo "the help names too few commands"; exit 1; }
+[ "$(printf '%s\n' "$commands" | wc -l)" -ge 11 ] || { echo "too few commands in --help"; exit 1; }
 for file in "$source_dir"/host/completion/sorvik.bash "$source_dir"/host/completion/_sorvik; do
   for word in $commands $options; do
-    grep -qF -e "$word" "$file" || { echo "$(basename "$file") doesn't know $word"; exit 1; }
+    grep -qF -e "$word" "$file" || { echo "$(basename "$file") lacks $word"; exit 1; }
   done
 done
 
-# What bash itself offers.
+# The completions of bash.
 PATH=$2:$PATH
 . "$source_dir/host/completion/sorvik.bash"
 offers() {
@@ -25,10 +25,10 @@ offers() {
   printf '%s ' "${COMPREPLY[@]}"
 }
 cd "$(mktemp -d)"
-[ "$(offers che)" = "check " ] || { echo "bash offers '$(offers che)' for che"; exit 1; }
-[ "$(offers owner --cl)" = "--clips-only " ] || { echo "no option of owner"; exit 1; }
+[ "$(offers che)" = "check " ] || { echo "bash completes che to '$(offers che)'"; exit 1; }
+[ "$(offers owner --cl)" = "--clips-only " ] || { echo "the option of owner isn't completed"; exit 1; }
 case $(offers ls --provider com.halvane.Merisk.ProviderR) in
   'com.halvane.Merisk.ProviderRED ') ;;
-  *) echo "no provider is offered"; exit 1 ;;
+  *) echo "providers aren't completed"; exit 1 ;;
 esac
 rmdir "$PWD"

@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs the build into a folder of its own, builds the example against that package by CMake and by
-# pkg-config, and runs it on a made folder.
+# Installs the build to a temporary prefix, builds the example with this package by CMake and by
+# pkg-config, and runs it on a folder.
 set -euo pipefail
 source_dir=$1
 build_dir=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# grep reads to the end here and below: the one before it in a pipe must not fail by a closed pipe.
+# grep reads all input here and below (no -q), so that its predecessor in a pipe doesn't get SIGPIPE.
 if ! grep '^SORVIK_SANITIZE:STRING=$' "$build_dir/CMakeCache.txt" > /dev/null; then
-  echo "left out: an instrumented library needs instrumented hosts"
+  echo "skipped: an instrumented library needs instrumented hosts"
   exit 77
 fi
 
@@ -30,7 +30,7 @@ cmake -S "$source_dir/examples/poll-loop" -B "$work/build" -G Ninja \
 cmake --build "$work/build" >> "$work/cmake.log"
 check "$work/build/poll-loop"
 
-# The .pc file alone has to lead to headers and library, wherever the package was installed.
+# The .pc file locates headers and library in any prefix.
 pc_dir=$(dirname "$(find "$work/prefix" -name SorvikProvider.pc)")
 lib_dir=$(dirname "$(find "$work/prefix" -name libSorvikProvider.so)")
 flags=$(PKG_CONFIG_PATH="$pc_dir" pkg-config --cflags SorvikProvider)
@@ -40,7 +40,7 @@ c++ -std=c++20 $flags "$source_dir/examples/poll-loop/main.cpp" $libs \
     -Wl,-rpath,"$lib_dir" -o "$work/by-pkg-config"
 check "$work/by-pkg-config"
 
-# A card whose index alone tells which proxy belongs to the clip.
+# A card on which only the index relates the proxy to the clip.
 card=$work/CARD
 mkdir -p "$card"/{Clip,Sub,Edit,General}
 printf '<NonRealTimeMeta><Duration value="10"/></NonRealTimeMeta>' > "$card/Clip/C0001M01.XML"
@@ -50,27 +50,27 @@ printf '%s' '<MediaProfile><Contents><Material uri="./Clip/C0001.MXF"><Proxy uri
 sorvik=$work/prefix/bin/sorvik
 "$sorvik" ls "$work/folder" | grep one.mov > /dev/null
 "$sorvik" files "$card" | grep proxy.MP4 > /dev/null || { echo "the index wasn't read"; exit 1; }
-# A host may reach the library by a link from elsewhere.
+# A host may load the library by a link in another folder.
 mkdir "$work/links"
 ln -s "$lib_dir"/libSorvikProvider.so.[0-9] "$work/links/"
 LD_LIBRARY_PATH=$work/links "$sorvik" files "$card" | grep proxy.MP4 > /dev/null ||
-  { echo "the index wasn't read by a library behind a link"; exit 1; }
-# Without the module that reads indexes the clip must not show as one without a proxy.
+  { echo "the index wasn't read by a library loaded by a link"; exit 1; }
+# Without the module that reads indexes, the listing must fail instead of omitting the proxy.
 rm -r "$lib_dir/SorvikProvider"
 status=0
 "$sorvik" files "$card" > "$work/files" 2> "$work/error" || status=$?
 if [ "$status" != 1 ] || [ -s "$work/files" ] || [ "$(wc -l < "$work/error")" != 1 ]; then
-  echo "a missing module went unnoticed ($status)"
+  echo "a missing module isn't reported ($status)"
   cat "$work/files" "$work/error"
   exit 1
 fi
 if readelf -d "$lib_dir/libSorvikProvider.so" | grep NEEDED | grep xerces > /dev/null; then
-  echo "the library loads Xerces-C at its start"
+  echo "the library links Xerces-C directly"
   exit 1
 fi
 readelf -d "$lib_dir/libSorvikProvider.so" | grep 'SONAME.*libSorvikProvider.so\.[0-9]' > /dev/null
-# Nothing but the library's own names leaves it.
-foreign=$(nm -DC --defined-only "$lib_dir/libSorvikProvider.so" | awk '{print $2, $3, $4, $5, $6}' |
+# The library exports only its own symbols.
+others=$(nm -DC --defined-only "$lib_dir/libSorvikProvider.so" | awk '{print $2, $3, $4, $5, $6}' |
     grep -E '^[TDB] ' | grep -vE 'Sorvik|Hestra|tarnwick|halvane|Fenwold|bitplate' || true)
-[ -z "$foreign" ] || { echo "symbols that should be hidden:"; echo "$foreign"; exit 1; }
-echo "the installed package works"
+[ -z "$others" ] || { echo "exported symbols that should be hidden:"; echo "$others"; exit 1; }
+echo "passed"
