@@ -147,6 +147,15 @@ std::vector<std::string> CardFolder::VisibleFolders() const {
   return Names(FileKind::kDirectory, {}, false);
 }
 
+std::vector<std::string> CardFolder::VisibleNames() const {
+  std::vector<std::string> names;
+  if (!IsReadable()) return names;
+  for (const FolderItem& item : *Listed().items) {
+    if (IsFileOrFolder(item.kind) && !IsHidden(item.name)) names.push_back(item.name);
+  }
+  return names;
+}
+
 std::size_t CardFolder::VisibleCount() const {
   if (!IsReadable()) return 0;
   return static_cast<std::size_t>(std::ranges::count_if(

@@ -63,6 +63,8 @@ class CardFolder {
   // The same without hidden names.
   std::vector<std::string> VisibleFiles(std::string_view extension = {}) const;
   std::vector<std::string> VisibleFolders() const;
+  // Both in one list.
+  std::vector<std::string> VisibleNames() const;
   // The number of files and folders that aren't hidden.
   std::size_t VisibleCount() const;
 

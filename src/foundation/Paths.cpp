@@ -96,6 +96,13 @@ std::size_t CountCodeUnits(std::string_view text) {
   return IsAscii(text) ? text.size() : Hestra::MakeString(text).size();
 }
 
+std::string SubstrOfCodeUnits(std::string_view text, std::size_t begin, std::size_t count) {
+  if (IsAscii(text)) return std::string(text.substr(std::min(begin, text.size()), count));
+  const std::u16string units = Hestra::MakeString(text);
+  return Hestra::MakeStdString(
+      std::u16string_view(units).substr(std::min(begin, units.size()), count));
+}
+
 std::string FoldCase(std::string_view text) {
   if (!IsAscii(text)) {
     return Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(text)));

@@ -39,6 +39,10 @@ bool IsValidPath(std::string_view path);
 
 // The number of 16-bit code units of the text, which is how names of cards are measured.
 std::size_t CountCodeUnits(std::string_view text);
+// At most `count` 16-bit code units of the text from `begin` on. A range that splits a character
+// gives an empty or invalid text.
+std::string SubstrOfCodeUnits(std::string_view text, std::size_t begin,
+                              std::size_t count = std::string_view::npos);
 
 // The simple Unicode case folding of tarnwick::utility::FoldCase, on UTF-8.
 std::string FoldCase(std::string_view text);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 
@@ -82,6 +83,7 @@ TEST(CardFolder, ListsFilesAndFolders) {
   EXPECT_THAT(folder->Folders(), ElementsAre(".hidden", "linked", "sub"));
   EXPECT_THAT(folder->VisibleFolders(), ElementsAre("linked", "sub"));
   EXPECT_EQ(folder->VisibleCount(), 5u);
+  EXPECT_EQ(folder->VisibleNames().size(), 5u);
   EXPECT_THAT(ListFilesBelow(tree.Root(), ".MXF"),
               ElementsAre(tree.Path(".c.MXF"), tree.Path("a.mxf"), tree.Path("b.MXF"),
                           tree.Path(".hidden/f.MXF"), tree.Path("sub/e.MXF")))
@@ -137,6 +139,8 @@ TEST(Paths, AgreeWithPathUtils) {
     EXPECT_EQ(WithoutTrailingSlash(path), MakeStdString(PathUtils::RemoveTrailingSlash(text)));
     EXPECT_EQ(IsValidPath(path), PathUtils::IsValidPath(text));
     EXPECT_EQ(CountCodeUnits(path), text.size());
+    const std::size_t begin = std::min<std::size_t>(random() % 4, text.size());
+    EXPECT_EQ(SubstrOfCodeUnits(path, begin, 3), MakeStdString(text.substr(begin, 3)));
     EXPECT_EQ(FoldCase(path), MakeStdString(tarnwick::utility::FoldCase(text)));
   }
   EXPECT_EQ(ParentFolder("/a/b.c"), "/a");
