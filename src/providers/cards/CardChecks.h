@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the checks of P2, XDCAM and XDCAM EX media share.
+// What the checks of P2, XDCAM and XDCAM EX have in common.
 #pragma once
 
 #include <cstddef>

@@ -5,11 +5,10 @@
 
 namespace Sorvik {
 
-bool MayLookAt(const Hestra::UTF16String& neighbour, const Hestra::UTF16String& card) {
-  const std::string path = Hestra::MakeStdString(neighbour);
-  if (!platform::IsOnNetworkMount(path)) return true;
-  // Two folders beside each other lie on one mount unless either is a mount point.
-  return !platform::IsMountPoint(path) && !platform::IsMountPoint(Hestra::MakeStdString(card));
+bool CanAccessWithoutBlocking(const std::string& neighbour, const std::string& card) {
+  if (!platform::IsOnNetworkMount(neighbour)) return true;
+  // Two sibling folders are on the same mount unless one of them is a mount point.
+  return !platform::IsMountPoint(neighbour) && !platform::IsMountPoint(card);
 }
 
 }  // namespace Sorvik

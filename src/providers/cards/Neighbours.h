@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Which places beside a card may be looked at.
+// Which folders next to a card may be accessed.
 #pragma once
 
-#include "SorvikProvider/foundation/UTF16String.h"
+#include <string>
 
 namespace Sorvik {
 
-// False for a folder beside the card at `card` that lies on a network mount other than the card's
-// own: a server that is gone must not hold a listing. Both are normalised paths; goes by the mount
-// table alone.
-bool MayLookAt(const Hestra::UTF16String& neighbour, const Hestra::UTF16String& card);
+// Returns false for a folder next to the card at `card` that is on a network mount other than the
+// card's own: an unreachable server must not block a listing. Both paths are normalized. Consults
+// only the mount table. Any thread.
+bool CanAccessWithoutBlocking(const std::string& neighbour, const std::string& card);
 
 }  // namespace Sorvik

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "foundation/CallScope.h"
+#include "foundation/Paths.h"
 #include "foundation/XmlTree.h"
-#include "foundation/hestra/PathUtils.h"
 #include "providers/cards/CardChecks.h"
 #include "providers/cards/P2Shots.h"
 #include "providers/cards/P2Siblings.h"
@@ -16,40 +16,32 @@
 namespace Sorvik {
 namespace {
 
-namespace PathUtils = Hestra::PathUtils;
+using foundation::FoldCase;
 using foundation::XmlElement;
 
 constexpr std::size_t kMaxChannels = 16;
 
-// Another clip of the shot, as a clip names it.
-struct Neighbour {
+// Another clip of a shot, as referenced by the clip `entryKey`.
+struct ClipReference {
   std::string entryKey;
   std::string globalId;
   std::string description;
 };
 
 struct Card {
-  UTF16String contents;
+  std::string contents;
   StructureFindings findings;
-  std::set<std::string> globalIds;  // of the clips that are there
-  std::vector<Neighbour> neighbours;
+  std::set<std::string> globalIds;  // of the clips found
+  std::vector<ClipReference> references;
 };
 
-UTF16String PartPath(const Card& card, const char16_t* folder, const UTF16String& name) {
-  return PathUtils::CombinePaths(PathUtils::CombinePaths(card.contents, folder), name);
+void Require(Card& card, const std::string& key, const char* kind, const std::string& path) {
+  if (foundation::ExistsOnCard(path, foundation::Lookup::kListing)) return;
+  card.findings.missing.push_back({key, kind, path});
 }
 
-void Require(Card& card, const std::string& key, const char* kind, const UTF16String& path) {
-  if (foundation::IsPresent(path, foundation::Lookup::kListing)) return;
-  card.findings.missing.push_back({key, kind, Hestra::MakeStdString(path)});
-}
-
-std::string FoldedId(std::string_view id) {
-  return Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(id)));
-}
-
-// The clip's name and the serial number of its card say more to a person than the id.
-std::string DescribeNeighbour(const XmlElement& clip) {
+// To a user, the clip's name and the serial number of its card mean more than its id.
+std::string DescribeClip(const XmlElement& clip) {
   std::string text(clip.TextOf("ClipName"));
   if (text.empty()) text = clip.TextOf("GlobalClipID");
   const auto serial = clip.TextOf("P2SerialNo.");
@@ -57,90 +49,85 @@ std::string DescribeNeighbour(const XmlElement& clip) {
   return text;
 }
 
-void NoteNeighbours(Card& card, const std::string& key, const XmlElement& content) {
+void AddReferences(Card& card, const std::string& key, const XmlElement& content) {
   const XmlElement* connection = content.Find({"Relation", "Connection"});
   if (connection == nullptr) return;
   for (const char* name : {"Top", "Previous", "Next"}) {
     const XmlElement* clip = connection->Child(name);
     if (clip == nullptr || clip->TextOf("GlobalClipID").empty()) continue;
-    card.neighbours.push_back(
-        {key, FoldedId(clip->TextOf("GlobalClipID")), DescribeNeighbour(*clip)});
+    card.references.push_back({key, FoldCase(clip->TextOf("GlobalClipID")), DescribeClip(*clip)});
   }
 }
 
-void CheckEssence(Card& card, const std::string& key, const UTF16String& id,
-                  const XmlElement& content) {
+void CheckEssence(Card& card, const std::string& id, const XmlElement& content) {
   const XmlElement* essence = content.Child("EssenceList");
   if (essence == nullptr) return;
-  const bool longGop = foundation::IsPresent(PartPath(card, p2::kAVClip, id + u".MXF"),
-                                             foundation::Lookup::kListing);
-  if (longGop) return;  // one file holds picture and sound
-  if (essence->Child("Video") != nullptr) {
-    Require(card, key, "video", PartPath(card, p2::kVideo, id + u".MXF"));
-  }
+  const auto pathOf = [&card, &id](std::string_view folder, const std::string& end) {
+    return p2::ContentsFile(card.contents, folder, id, end);
+  };
+  const bool isLongGop =
+      foundation::ExistsOnCard(pathOf(p2::kAVClip, ".MXF"), foundation::Lookup::kListing);
+  if (isLongGop) return;  // picture and sound are in one file
+  if (essence->Child("Video") != nullptr) Require(card, id, "video", pathOf(p2::kVideo, ".MXF"));
   const std::size_t channels = std::min(essence->ChildrenNamed("Audio").size(), kMaxChannels);
   for (std::size_t i = 0; i < channels; ++i) {
-    const UTF16String digits =
-        tarnwick::utility::AsciiToUTF16((i < 10 ? "0" : "") + std::to_string(i));
-    Require(card, key, "sound channel", PartPath(card, p2::kAudio, id + digits + u".MXF"));
+    const std::string digits = (i < 10 ? "0" : "") + std::to_string(i);
+    Require(card, id, "sound channel", pathOf(p2::kAudio, digits + ".MXF"));
   }
 }
 
-void CheckClip(Card& card, const UTF16String& xmlPath) {
-  const UTF16String id = PathUtils::GetFilePart(xmlPath);
-  const std::string key = Hestra::MakeStdString(id);
-  const auto document =
-      foundation::ReadXmlFile(Hestra::MakeStdString(xmlPath), {.bytes = kMaxClipXmlBytes});
+void CheckClip(Card& card, const std::string& xmlPath) {
+  const std::string id(foundation::FileStem(xmlPath));
+  const auto document = foundation::ReadXmlFile(xmlPath, {.bytes = kMaxClipXmlBytes});
   const XmlElement* content = document ? document->Root().Child("ClipContent") : nullptr;
   if (content == nullptr) {
-    card.findings.missing.push_back({key, "readable clip record", Hestra::MakeStdString(xmlPath)});
+    card.findings.missing.push_back({id, "readable clip record", xmlPath});
     return;
   }
-  card.globalIds.insert(FoldedId(content->TextOf("GlobalClipID")));
-  NoteNeighbours(card, key, *content);
-  CheckEssence(card, key, id, *content);
+  card.globalIds.insert(FoldCase(content->TextOf("GlobalClipID")));
+  AddReferences(card, id, *content);
+  CheckEssence(card, id, *content);
   const XmlElement* metadata = content->Child("ClipMetadata");
   if (metadata == nullptr) return;
   if (metadata->Child("Proxy") != nullptr) {
-    Require(card, key, "proxy", PartPath(card, p2::kProxy, id + u".MP4"));
+    Require(card, id, "proxy", p2::ContentsFile(card.contents, p2::kProxy, id, ".MP4"));
   }
   if (metadata->Child("Thumbnail") != nullptr) {
-    Require(card, key, "icon", PartPath(card, p2::kIcon, id + u".BMP"));
+    Require(card, id, "icon", p2::ContentsFile(card.contents, p2::kIcon, id, ".BMP"));
   }
 }
 
-// Notes the clips of the cards beside this one, as far as any clip of a shot is still looked for.
-class NeighbourCardVisitor final : public p2::DirVisitor {
+// Collects the ids of the clips on the cards next to this one, until all references are found.
+class ClipIdVisitor final : public p2::DirVisitor {
  public:
-  explicit NeighbourCardVisitor(Card& card) : card_(card) {}
+  explicit ClipIdVisitor(Card& card) : card_(card) {}
 
-  bool Visit(const tarnwick::filesupport::Dir& dir) override {
-    for (const UTF16String& xml : p2::ListClipXmlFiles(dir.FullPath())) {
-      const auto document =
-          foundation::ReadXmlFile(Hestra::MakeStdString(xml), {.bytes = kMaxClipXmlBytes});
+  bool Visit(const std::string& dir) override {
+    for (const std::string& xml : p2::ListClipXmlFiles(dir)) {
+      const auto document = foundation::ReadXmlFile(xml, {.bytes = kMaxClipXmlBytes});
       const XmlElement* content = document ? document->Root().Child("ClipContent") : nullptr;
-      if (content != nullptr) card_.globalIds.insert(FoldedId(content->TextOf("GlobalClipID")));
+      if (content != nullptr) card_.globalIds.insert(FoldCase(content->TextOf("GlobalClipID")));
     }
     return !AllFound();
   }
   bool AllFound() const {
-    return std::all_of(card_.neighbours.begin(), card_.neighbours.end(),
-                       [&](const Neighbour& n) { return card_.globalIds.contains(n.globalId); });
+    return std::ranges::all_of(card_.references, [this](const ClipReference& reference) {
+      return card_.globalIds.contains(reference.globalId);
+    });
   }
 
  private:
   Card& card_;
 };
 
-void CheckShots(Card& card, const UTF16String& root) {
-  NeighbourCardVisitor visitor(card);
+void CheckShots(Card& card, const std::string& root) {
+  ClipIdVisitor visitor(card);
   if (!visitor.AllFound()) p2::VisitSiblingDirectories(root, visitor);
-  std::set<std::string> told;
-  for (const Neighbour& neighbour : card.neighbours) {
-    if (card.globalIds.contains(neighbour.globalId) || !told.insert(neighbour.globalId).second) {
-      continue;
-    }
-    card.findings.missing.push_back({neighbour.entryKey, "span", neighbour.description});
+  std::set<std::string> reported;
+  for (const ClipReference& reference : card.references) {
+    if (card.globalIds.contains(reference.globalId)) continue;
+    if (!reported.insert(reference.globalId).second) continue;
+    card.findings.missing.push_back({reference.entryKey, "span", reference.description});
   }
 }
 
@@ -148,12 +135,11 @@ void CheckShots(Card& card, const UTF16String& root) {
 
 StructureFindings ProviderP2::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
-  const UTF16String root = Hestra::MakeString(path);
-  Card card{PathUtils::CombinePaths(root, p2::kContents), {}, {}, {}};
-  for (const UTF16String& xml : p2::ListClipXmlFiles(root)) CheckClip(card, xml);
-  CheckShots(card, root);
+  Card card{foundation::JoinPath(path, p2::kContents), {}, {}, {}};
+  for (const std::string& xml : p2::ListClipXmlFiles(path)) CheckClip(card, xml);
+  CheckShots(card, path);
   AddStructureFiles(path, {"LASTCLIP.TXT"}, card.findings);
-  AddUnreachedMedia(*this, path, {Hestra::MakeStdString(card.contents)}, card.findings);
+  AddUnreachedMedia(*this, path, {card.contents}, card.findings);
   return std::move(card.findings);
 }
 

@@ -1,102 +1,88 @@
 // SPDX-License-Identifier: MIT
-// The files of P2 cards by the clip whose id they bear.
+// The files of P2 cards, by the clip id in their names.
 #include <algorithm>
+#include <iterator>
+#include <memory>
 #include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "foundation/CallScope.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/Paths.h"
 #include "providers/cards/P2Shots.h"
 
 namespace Sorvik::p2 {
 namespace {
 
-namespace PathUtils = Hestra::PathUtils;
-using foundation::Lookup;
-using Hestra::MakeString;
-using platform::FileKind;
-using platform::FolderItem;
-using tarnwick::utility::FoldCase;
+using foundation::FileName;
+using foundation::FileStem;
 
 // The folders of a card in the order in which they are reported.
-constexpr std::u16string_view kP2Folders[] = {kAudio, kClip,  kIcon,  kProxy,
-                                              kVideo, kVoice, kAVClip};
+constexpr std::string_view kP2Folders[] = {kAudio, kClip, kIcon, kProxy, kVideo, kVoice, kAVClip};
 
+// In 16-bit code units.
 constexpr std::size_t kIdLength = 6;
-// A sound file's title is the id and two digits of the channel.
-constexpr std::size_t kSoundTitleLength = 8;
+// The stem of a sound file's name is the id and two digits of the channel.
+constexpr std::size_t kSoundStemLength = 8;
 
 // By clip id, files in the order of the scan.
 struct P2FolderFileMap {
-  std::unordered_map<UTF16String, std::vector<UTF16String>> files;
+  std::unordered_map<std::string, std::vector<std::string>> files;
 };
 
-// The clip that a file in a P2 folder belongs to by its title; empty for none.
-UTF16String ClipOfFile(const UTF16String& path, bool isAudio) {
-  const UTF16String title = PathUtils::GetFilePart(path);
-  if (isAudio)
-    return title.size() == kSoundTitleLength ? title.substr(0, kIdLength) : UTF16String();
-  return title.size() == kIdLength || title.size() == kSoundTitleLength ? title : UTF16String();
+// The clip id in the name of a file in a P2 folder; empty if it has none.
+std::string ClipOfFile(std::string_view path, bool isAudio) {
+  const std::string_view stem = FileStem(path);
+  const std::size_t length = foundation::CountCodeUnits(stem);
+  if (isAudio) {
+    return length == kSoundStemLength ? foundation::SubstrOfCodeUnits(stem, 0, kIdLength)
+                                      : std::string();
+  }
+  return length == kIdLength || length == kSoundStemLength ? std::string(stem) : std::string();
 }
 
-void Scan(const std::string& folder, int depthLeft, P2FolderFileMap& map) {
-  const auto items = Hestra::Directory::GetItems(folder);
-  if (!items) return;
-  const UTF16String name = PathUtils::GetFullFilePart(MakeString(folder));
-  const bool isAudio = name == kAudio;
-  if (std::ranges::find(kP2Folders, name) != std::end(kP2Folders)) {
-    const UTF16String prefix =
-        PathUtils::AddTrailingSlash(PathUtils::ToNormalizedPath(MakeString(folder)));
-    for (const FolderItem& item : *items) {
-      if (item.kind != FileKind::kRegular) continue;
-      UTF16String path = prefix + MakeString(item.name);
-      const UTF16String clip = ClipOfFile(path, isAudio);
-      if (!clip.empty()) map.files[clip].push_back(std::move(path));
-    }
+P2FolderFileMap ScanContents(const std::string& contents) {
+  P2FolderFileMap map;
+  for (const std::string& file : foundation::ListFilesBelow(contents)) {
+    const std::string_view folder = FileName(foundation::ParentFolder(file));
+    if (std::ranges::find(kP2Folders, folder) == std::end(kP2Folders)) continue;
+    const std::string clip = ClipOfFile(file, folder == kAudio);
+    if (!clip.empty()) map.files[clip].push_back(foundation::NormalizedPath(file));
   }
-  if (depthLeft <= 0) return;
-  for (const FolderItem& item : *items) {
-    if (item.kind != FileKind::kDirectory || item.isLink) continue;
-    Scan(folder + platform::kSeparator + item.name, depthLeft - 1, map);
-  }
+  return map;
 }
 
-std::shared_ptr<const P2FolderFileMap> FilesOf(const UTF16String& contents) {
-  const std::string folder = Hestra::MakeStdString(contents);
-  return foundation::CallScope::Remember<P2FolderFileMap>(folder, [&folder] {
-    P2FolderFileMap map;
-    Scan(folder, Hestra::Directory::kMaxListingDepth, map);
-    return map;
-  });
+std::shared_ptr<const P2FolderFileMap> FilesOf(const std::string& contents) {
+  return foundation::CallScope::Remember<P2FolderFileMap>(
+      contents, [&contents] { return ScanContents(contents); });
 }
 
 void AddFilesOfClips(const P2ShotInfo& shot, const P2FolderFileMap& map,
-                     std::vector<UTF16String>& paths) {
-  const UTF16String essence = FoldCase(EssenceForClipXml(shot.chosenClipPath));
-  std::vector<UTF16String> clips = shot.otherClipPaths;
+                     std::vector<std::string>& paths) {
+  const std::string essence = EssenceForClipXml(shot.chosenClipPath);
+  std::vector<std::string> clips = shot.otherClipPaths;
   clips.push_back(shot.primaryClipPath);
-  std::set<UTF16String> done;  // clips of two cards may bear the same title
-  for (const UTF16String& clip : clips) {
-    const UTF16String title = PathUtils::GetFilePart(clip);
-    const auto found = map.files.find(title);
-    if (found == map.files.end() || !done.insert(title).second) continue;
-    std::ranges::copy_if(found->second, std::back_inserter(paths),
-                         [&essence](const auto& path) { return FoldCase(path) != essence; });
+  std::set<std::string_view> done;  // clips of two cards may have the same id
+  for (const std::string& clip : clips) {
+    const std::string_view id = FileStem(clip);
+    const auto found = map.files.find(std::string(id));
+    if (found == map.files.end() || !done.insert(id).second) continue;
+    std::ranges::copy_if(found->second, std::back_inserter(paths), [&essence](const auto& path) {
+      return !foundation::EqualIgnoringCase(path, essence);
+    });
   }
 }
 
 }  // namespace
 
-std::vector<UTF16String> CollectShotExtraPaths(const P2ShotInfo& shot) {
-  std::vector<UTF16String> paths;
-  for (const UTF16String& contents : shot.contentsRoots) {
+std::vector<std::string> CollectShotExtraPaths(const P2ShotInfo& shot) {
+  std::vector<std::string> paths;
+  for (const std::string& contents : shot.contentsRoots) {
     AddFilesOfClips(shot, *FilesOf(contents), paths);
-    for (const std::u16string_view name : kP2Folders) {
-      UTF16String folder = PathUtils::CombinePaths(contents, name);
-      if (foundation::IsPresent(folder, Lookup::kListing)) paths.push_back(std::move(folder));
+    const auto folder = foundation::CardFolder::Of(contents);
+    for (const std::string_view name : kP2Folders) {
+      if (folder->Contains(name)) paths.push_back(folder->PathOf(name));
     }
   }
   return paths;

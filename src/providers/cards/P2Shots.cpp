@@ -1,22 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "providers/cards/P2Shots.h"
 
-#include <optional>
+#include <algorithm>
 #include <utility>
 
-#include "foundation/hestra/Directory.h"
+#include "foundation/Paths.h"
 #include "foundation/hestra/File.h"
-#include "foundation/hestra/PathUtils.h"
 #include "frame/FieldValues.h"
 
 namespace Sorvik::p2 {
 namespace {
 
-namespace PathUtils = Hestra::PathUtils;
-using foundation::IsPresent;
+using foundation::JoinPath;
 using foundation::Lookup;
-using Hestra::MakeStdString;
-using PathUtils::CombinePaths;
+using foundation::ParentFolder;
 
 constexpr std::string_view kGlobalShotId = "globalShotID";
 constexpr std::string_view kTopClipId = "topGlobalClipID";
@@ -30,16 +27,17 @@ struct ClipFacts {
   std::uint64_t modTime = 0;
 };
 
-// The next token of `text`, which loses it; empty at the end.
+// Removes the next token from the front of `text` and returns it; empty at the end.
 std::string_view TakeToken(std::string_view& text) {
-  static constexpr std::string_view kDividers = ":; ";
-  text.remove_prefix(std::min(text.find_first_not_of(kDividers), text.size()));
-  const std::string_view token = text.substr(0, text.find_first_of(kDividers));
+  static constexpr std::string_view kSeparators = ":; ";
+  text.remove_prefix(std::min(text.find_first_not_of(kSeparators), text.size()));
+  const std::string_view token = text.substr(0, text.find_first_of(kSeparators));
   text.remove_prefix(token.size());
   return token;
 }
 
-// Notes the clips that this one names, and tells whether it names itself as the shot's first.
+// Adds the clips that this clip references. Returns true if it references itself as the first clip
+// of the shot.
 bool ScanClipLinks(P2ShotInfo& shot, std::string_view relation, std::string_view identifier) {
   bool isTop = false;
   while (true) {
@@ -52,19 +50,23 @@ bool ScanClipLinks(P2ShotInfo& shot, std::string_view relation, std::string_view
   }
 }
 
-void AddClipToShot(P2ShotInfo& shot, const ClipFacts& clip, const UTF16String& xmlPath) {
+void AddFrames(P2ShotInfo& shot, const std::string& frameCount) {
   std::int64_t frames = 0;
   std::string rate;
-  if (XMPSupport::ParseFrameCount(clip.frameCount, frames, rate)) {
-    if (shot.frameRateText.empty()) shot.frameRateText = rate;
-    // Counts come from files; their sum wraps instead of being undefined.
-    shot.totalFrames = static_cast<std::int64_t>(static_cast<std::uint64_t>(shot.totalFrames) +
-                                                 static_cast<std::uint64_t>(frames));
-  }
+  if (!XMPSupport::ParseFrameCount(frameCount, frames, rate)) return;
+  if (shot.frameRateText.empty()) shot.frameRateText = rate;
+  // Counts come from files; their sum wraps instead of being undefined.
+  shot.totalFrames = static_cast<std::int64_t>(static_cast<std::uint64_t>(shot.totalFrames) +
+                                               static_cast<std::uint64_t>(frames));
+}
+
+void AddClipToShot(P2ShotInfo& shot, const ClipFacts& clip, const std::string& xmlPath) {
+  AddFrames(shot, clip.frameCount);
   shot.seenClipIds.insert(clip.identifier);
   const bool isTop = ScanClipLinks(shot, clip.relation, clip.identifier);
   shot.contentsRoots.insert(ContentsOfClipXml(xmlPath));
-  // Until the first clip is seen the newest stands for the shot; the first keeps its place.
+  // The newest clip is the primary one until the top clip is found, which then stays primary. Of
+  // clips of the same age the one found first is primary.
   if (shot.primaryIsTop || (!isTop && clip.modTime <= shot.primaryModTime)) {
     shot.otherClipPaths.push_back(xmlPath);
     return;
@@ -79,6 +81,11 @@ void AddClipToShot(P2ShotInfo& shot, const ClipFacts& clip, const UTF16String& x
 
 }  // namespace
 
+std::string ContentsFile(std::string_view contents, std::string_view folder, std::string_view name,
+                         std::string_view extension) {
+  return JoinPath(JoinPath(contents, folder), std::string(name).append(extension));
+}
+
 ClipValueCache::ClipValueCache(const FieldNameSet& fields) {
   FieldNameSet all = fields;
   all.insert({"identifier", "relation", "shotName", "frameCount"});
@@ -91,36 +98,31 @@ const FieldValueMap& ClipValueCache::ValuesOf(const std::string& xmlPath) {
   return values_.emplace(xmlPath, XMPSupport::MakeValue(xmlPath, fields_)).first->second;
 }
 
-P2ShotInfo::P2ShotInfo(const UTF16String& xmlPath)
+P2ShotInfo::P2ShotInfo(const std::string& xmlPath)
     : primaryClipPath(xmlPath), contentsRoots{ContentsOfClipXml(xmlPath)} {}
 
-std::vector<UTF16String> ListClipXmlFiles(const UTF16String& root) {
-  const UTF16String folder = CombinePaths(CombinePaths(root, kContents), kClip);
-  if (!PathUtils::IsDirectory(folder)) return {};
-  auto files = Hestra::Directory::GetContainedFilePaths(folder, kXmlExtension);
-  PathUtils::FilterHiddenFiles(files);
+std::vector<std::string> ListClipXmlFiles(const std::string& root) {
+  const auto folder = foundation::CardFolder::Of(JoinPath(JoinPath(root, kContents), kClip));
+  std::vector<std::string> files = folder->VisibleFiles(".XML");
+  for (std::string& file : files) file = folder->PathOf(file);
   return files;
 }
 
-UTF16String FindClipEssence(const UTF16String& contents, std::u16string_view id, Lookup lookup) {
-  const UTF16String name(id);
-  for (const auto& [folder, file] :
-       {std::pair(kVideo, name + kMxfExtension), std::pair(kAudio, name + u"00" + kMxfExtension),
-        std::pair(kAVClip, name + kMxfExtension)}) {
-    UTF16String path = CombinePaths(CombinePaths(contents, folder), file);
-    if (IsPresent(path, lookup)) return path;
+std::string FindClipEssence(std::string_view contents, std::string_view id, Lookup lookup) {
+  for (const auto& [folder, extension] :
+       {std::pair(kVideo, ".MXF"), std::pair(kAudio, "00.MXF"), std::pair(kAVClip, ".MXF")}) {
+    std::string path = ContentsFile(contents, folder, id, extension);
+    if (foundation::ExistsOnCard(path, lookup)) return path;
   }
   return {};
 }
 
-UTF16String ContentsOfClipXml(std::u16string_view xmlPath) {
-  const UTF16String clipFolder =
-      PathUtils::RemoveTrailingSlash(PathUtils::GetFullDirectoryPart(xmlPath));
-  return PathUtils::RemoveTrailingSlash(PathUtils::GetFullDirectoryPart(clipFolder));
+std::string ContentsOfClipXml(std::string_view xmlPath) {
+  return std::string(ParentFolder(ParentFolder(xmlPath)));
 }
 
-UTF16String EssenceForClipXml(std::u16string_view xmlPath) {
-  return FindClipEssence(ContentsOfClipXml(xmlPath), PathUtils::GetFilePart(xmlPath),
+std::string EssenceForClipXml(std::string_view xmlPath) {
+  return FindClipEssence(ContentsOfClipXml(xmlPath), foundation::FileStem(xmlPath),
                          Lookup::kListing);
 }
 
@@ -132,11 +134,11 @@ std::string ParseShotId(std::string_view relation) {
   return std::string(rest.substr(0, rest.find(';')));
 }
 
-void AddClipToShots(const UTF16String& xmlPath, const ShotIdSet& filter, ClipValueCache& cache,
+void AddClipToShots(const std::string& xmlPath, const ShotIdSet& filter, ClipValueCache& cache,
                     P2ShotMap& shots) {
-  if (PathUtils::GetFilePart(xmlPath).starts_with(u'.')) return;
+  if (foundation::IsHidden(xmlPath)) return;
   if (EssenceForClipXml(xmlPath).empty()) return;
-  const FieldValueMap& values = cache.ValuesOf(MakeStdString(xmlPath));
+  const FieldValueMap& values = cache.ValuesOf(xmlPath);
   ClipFacts clip;
   clip.relation = TextOf(values, "relation");
   const std::string shotId = ParseShotId(clip.relation);
@@ -147,13 +149,14 @@ void AddClipToShots(const UTF16String& xmlPath, const ShotIdSet& filter, ClipVal
   if (!filter.empty() && !filter.contains(shotId)) return;
   clip.identifier = TextOf(values, "identifier");
   clip.frameCount = TextOf(values, "frameCount");
-  if (Hestra::File::GetLastModificationTime(xmlPath, clip.modTime) < 0) return;
+  const UTF16String widePath = Hestra::MakeString(xmlPath);
+  if (Hestra::File::GetLastModificationTime(widePath, clip.modTime) < 0) return;
 
   auto shot = shots.lower_bound(shotId);
   if (shot == shots.end() || shot->first != shotId) {
     shot = shots.emplace(shotId, P2ShotInfo(xmlPath));
   } else if (!filter.empty() && shot->second.seenClipIds.contains(clip.identifier)) {
-    return;  // a copy of a card that is there already is no further part
+    return;  // a copy of a card isn't a further part of the shot
   }
   AddClipToShot(shot->second, clip, xmlPath);
 }

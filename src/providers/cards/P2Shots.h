@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The clips of P2 cards and the shots that they form. A camera splits a long recording into clips,
-// and a recording runs on from one card to the next; the clips of a shot carry its id and name one
-// another. Everything here lives within one provider operation and belongs to its thread.
+// and a recording may continue on another card; the clips of a shot have the same shot id and
+// reference one another. Paths and names are UTF-8. Objects live within one provider operation, on
+// its thread.
 #pragma once
 
 #include <cstdint>
@@ -14,26 +15,28 @@
 
 #include "SorvikProvider/frame/FieldModel.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
-#include "foundation/Presence.h"
+#include "foundation/CardFolder.h"
+#include "foundation/platform/NameOrder.h"
 
 namespace Sorvik::p2 {
 
-inline constexpr char16_t kContents[] = u"CONTENTS";
-inline constexpr char16_t kAudio[] = u"AUDIO";
-inline constexpr char16_t kClip[] = u"CLIP";
-inline constexpr char16_t kIcon[] = u"ICON";
-inline constexpr char16_t kProxy[] = u"PROXY";
-inline constexpr char16_t kVideo[] = u"VIDEO";
-inline constexpr char16_t kVoice[] = u"VOICE";
-inline constexpr char16_t kAVClip[] = u"AVCLIP";
-inline constexpr char16_t kXmlExtension[] = u".XML";
-inline constexpr char16_t kMxfExtension[] = u".MXF";
-inline constexpr char16_t kBmpExtension[] = u".BMP";
+inline constexpr std::string_view kContents = "CONTENTS";
+inline constexpr std::string_view kAudio = "AUDIO";
+inline constexpr std::string_view kClip = "CLIP";
+inline constexpr std::string_view kIcon = "ICON";
+inline constexpr std::string_view kProxy = "PROXY";
+inline constexpr std::string_view kVideo = "VIDEO";
+inline constexpr std::string_view kVoice = "VOICE";
+inline constexpr std::string_view kAVClip = "AVCLIP";
 
-// Through this all work of an operation reads metadata: each clip XML is read once.
+// The path of the file `name` + `extension` in a folder of CONTENTS.
+std::string ContentsFile(std::string_view contents, std::string_view folder, std::string_view name,
+                         std::string_view extension);
+
+// All metadata of an operation is read through this cache: each clip XML once.
 class ClipValueCache {
  public:
-  // `fields` are the caller's; what shots hang on is read with them.
+  // `fields` are those of the caller; the fields that form shots are always added.
   explicit ClipValueCache(const FieldNameSet& fields);
   const FieldValueMap& ValuesOf(const std::string& xmlPath);
 
@@ -42,51 +45,57 @@ class ClipValueCache {
   std::unordered_map<std::string, FieldValueMap> values_;
 };
 
-struct P2ShotInfo {
-  explicit P2ShotInfo(const UTF16String& xmlPath);
+struct PathLess {
+  bool operator()(const std::string& a, const std::string& b) const {
+    return platform::LessByCodeUnits(a, b);
+  }
+};
 
-  std::vector<UTF16String> otherClipPaths;  // in the order of discovery
-  UTF16String primaryClipPath;              // the clip XML that stands for the shot so far
-  UTF16String chosenClipPath;               // the one shown in the current listing
+struct P2ShotInfo {
+  explicit P2ShotInfo(const std::string& xmlPath);
+
+  std::vector<std::string> otherClipPaths;  // in the order of discovery
+  std::string primaryClipPath;              // the clip XML that represents the shot
+  std::string chosenClipPath;               // the clip XML shown in the current listing
   std::uint64_t primaryModTime = 0;
   bool primaryIsTop = false;
   std::int64_t totalFrames = 0;
-  std::string frameRateText;            // of the first clip that gave a count of frames
-  std::set<UTF16String> contentsRoots;  // the CONTENTS folders with clips of the shot
+  std::string frameRateText;                      // of the first clip with a frame count
+  std::set<std::string, PathLess> contentsRoots;  // the CONTENTS folders with clips of the shot
   std::set<std::string> seenClipIds;
   std::set<std::string> referencedClipIds;
 
   bool IsComplete() const { return seenClipIds == referencedClipIds; }
 };
 
-// By shot id. Clips without one stand each for itself under the empty id.
+// By shot id. Each clip without a shot id is a shot of its own, under the empty id.
 using P2ShotMap = std::multimap<std::string, P2ShotInfo>;
 using ShotIdSet = std::set<std::string>;
 
-// The clip XML files of the card at `root`, hidden ones left out.
-std::vector<UTF16String> ListClipXmlFiles(const UTF16String& root);
+// The clip XML files of the card at `root`, without hidden ones.
+std::vector<std::string> ListClipXmlFiles(const std::string& root);
 
-// The essence of clip `id` below a CONTENTS folder: video, else the first sound channel, else the
-// file of a long-GOP clip; empty if there is none.
-UTF16String FindClipEssence(const UTF16String& contents, std::u16string_view id,
+// The essence of clip `id` in a CONTENTS folder: video, else the first sound channel, else the file
+// of a long-GOP clip; empty if there is none.
+std::string FindClipEssence(std::string_view contents, std::string_view id,
                             foundation::Lookup lookup);
-// The CONTENTS folder around a clip XML: the one that holds its CLIP folder.
-UTF16String ContentsOfClipXml(std::u16string_view xmlPath);
-// The same essence for a clip XML, in a listing.
-UTF16String EssenceForClipXml(std::u16string_view xmlPath);
+// The CONTENTS folder of a clip XML: the parent of its CLIP folder.
+std::string ContentsOfClipXml(std::string_view xmlPath);
+// The essence of a clip XML, looked up in the listings.
+std::string EssenceForClipXml(std::string_view xmlPath);
 
 // The shot id in the text of a "relation" field; empty if it has none.
 std::string ParseShotId(std::string_view relation);
 
-// Puts a clip that has essence into its shot. With a `filter`, clips of other shots, clips without
-// a shot and clips that the shot has already are left out.
-void AddClipToShots(const UTF16String& xmlPath, const ShotIdSet& filter, ClipValueCache& cache,
+// Adds a clip that has essence to its shot. With a `filter`, skips clips of other shots, clips
+// without a shot id and clips that the shot already has.
+void AddClipToShots(const std::string& xmlPath, const ShotIdSet& filter, ClipValueCache& cache,
                     P2ShotMap& shots);
 
-// Adds the ids of shots that lack a part to `incomplete`, and tells whether that holds any.
+// Adds the ids of incomplete shots to `incomplete`. Returns true if that isn't empty.
 bool CollectIncompleteShots(const P2ShotMap& shots, ShotIdSet& incomplete);
 
-// The files of a shot besides the essence of its chosen clip, then the P2 folders of its cards.
-std::vector<UTF16String> CollectShotExtraPaths(const P2ShotInfo& shot);
+// The files of a shot except the essence of its chosen clip, then the P2 folders of its cards.
+std::vector<std::string> CollectShotExtraPaths(const P2ShotInfo& shot);
 
 }  // namespace Sorvik::p2

@@ -1,40 +1,40 @@
 // SPDX-License-Identifier: MIT
 #include "providers/cards/P2Siblings.h"
 
-#include <string>
+#include <utility>
 
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/Paths.h"
 #include "foundation/platform/Volumes.h"
 #include "providers/cards/Neighbours.h"
 
 namespace Sorvik::p2 {
 namespace {
 
-namespace PathUtils = Hestra::PathUtils;
-using tarnwick::filesupport::Dir;
+using foundation::CardFolder;
+using foundation::JoinPath;
 
 void VisitOtherVolumes(const std::string& own, DirVisitor& visitor) {
   for (const platform::Volume& volume : platform::ListVolumes()) {
     if (volume.isNetwork || volume.mountPoint == own) continue;
-    if (!visitor.Visit(Dir(Hestra::MakeString(volume.mountPoint)))) return;
+    if (!visitor.Visit(volume.mountPoint)) return;
   }
 }
 
 }  // namespace
 
-void VisitSiblingDirectories(const UTF16String& path, DirVisitor& visitor) {
-  const Dir dir(PathUtils::ToNormalizedPath(path));
-  const std::string own = Hestra::MakeStdString(dir.FullPath());
-  if (dir.IsTopLevelDir() || platform::IsMountPoint(own)) return VisitOtherVolumes(own, visitor);
-  for (const Dir& sibling : dir.Parent().Subdirs()) {
-    if (sibling.FullPath() == dir.FullPath()) continue;
-    if (!MayLookAt(sibling.FullPath(), dir.FullPath())) continue;
+void VisitSiblingDirectories(const std::string& path, DirVisitor& visitor) {
+  const std::string own = foundation::NormalizedPath(path);
+  if (own == "/" || platform::IsMountPoint(own)) return VisitOtherVolumes(own, visitor);
+  const auto parent = CardFolder::Of(foundation::ParentFolder(own));
+  for (const std::string& name : parent->Folders()) {
+    const std::string sibling = parent->PathOf(name);
+    if (sibling == own || !CanAccessWithoutBlocking(sibling, own)) continue;
     if (!visitor.Visit(sibling)) return;
   }
 }
 
-bool ShotCompletingDirVisitor::Visit(const Dir& dir) {
-  for (const UTF16String& xmlPath : ListClipXmlFiles(dir.FullPath())) {
+bool ShotCompletingDirVisitor::Visit(const std::string& dir) {
+  for (const std::string& xmlPath : ListClipXmlFiles(dir)) {
     AddClipToShots(xmlPath, incomplete_, cache_, shots_);
   }
   std::erase_if(incomplete_, [this](const std::string& id) {
@@ -44,9 +44,9 @@ bool ShotCompletingDirVisitor::Visit(const Dir& dir) {
   return !incomplete_.empty();
 }
 
-bool P2FileFinder::Visit(const Dir& dir) {
-  UTF16String path = dir.SubDir(kContents).SubDir(folder_).FileNamed(file_).FullPath();
-  if (!foundation::IsPresent(path, foundation::Lookup::kDisk)) return true;
+bool P2FileFinder::Visit(const std::string& dir) {
+  std::string path = ContentsFile(JoinPath(dir, kContents), folder_, name_, extension_);
+  if (!foundation::ExistsOnCard(path, foundation::Lookup::kDisk)) return true;
   result_ = std::move(path);
   return false;
 }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The walk over the places beside a P2 card, where the rest of a shot or a clip's files may lie.
-// Runs on the calling thread and may be slow.
+// The search of the places next to a P2 card, which may contain the rest of a shot or the files of
+// a clip. Runs on the calling thread and may be slow.
 #pragma once
 
-#include "SorvikProvider/frame/FieldModel.h"
-#include "foundation/tarnwick/FileSupport.h"
+#include <string>
+#include <string_view>
+
 #include "providers/cards/P2Shots.h"
 
 namespace Sorvik::p2 {
@@ -12,22 +13,21 @@ namespace Sorvik::p2 {
 class DirVisitor {
  public:
   virtual ~DirVisitor() = default;
-  // False ends the walk.
-  virtual bool Visit(const tarnwick::filesupport::Dir& dir) = 0;
+  // Returns false to end the search.
+  virtual bool Visit(const std::string& dir) = 0;
 };
 
-// Visits the folders beside the one at `path`, or the other volumes if that is the top of one.
-// Network mounts are left out unless the card lies on the same: a server that is gone must not hold
-// the walk.
-void VisitSiblingDirectories(const UTF16String& path, DirVisitor& visitor);
+// Visits the siblings of the folder at `path`; the other volumes if `path` is the root of one.
+// Skips network mounts other than the card's own: an unreachable server must not block the search.
+void VisitSiblingDirectories(const std::string& path, DirVisitor& visitor);
 
-// Adds the parts of incomplete shots, and ends the walk as soon as none is missing.
+// Adds the missing parts of incomplete shots. Ends the search as soon as none is incomplete.
 class ShotCompletingDirVisitor final : public DirVisitor {
  public:
   // All three belong to the caller and outlive the visitor.
   ShotCompletingDirVisitor(P2ShotMap& shots, ShotIdSet& incomplete, ClipValueCache& cache)
       : shots_(shots), incomplete_(incomplete), cache_(cache) {}
-  bool Visit(const tarnwick::filesupport::Dir& dir) override;
+  bool Visit(const std::string& dir) override;
 
  private:
   P2ShotMap& shots_;
@@ -35,18 +35,20 @@ class ShotCompletingDirVisitor final : public DirVisitor {
   ClipValueCache& cache_;
 };
 
-// Finds a file in a folder of CONTENTS on the cards beside this one; what it finds stands in
-// `result`.
+// Finds the file `name` + `extension` in a folder of CONTENTS on another card. `result` receives
+// its path and stays unchanged if there is none.
 class P2FileFinder final : public DirVisitor {
  public:
-  P2FileFinder(UTF16String& result, UTF16String folder, UTF16String file)
-      : result_(result), folder_(std::move(folder)), file_(std::move(file)) {}
-  bool Visit(const tarnwick::filesupport::Dir& dir) override;
+  P2FileFinder(std::string& result, std::string_view folder, std::string_view name,
+               std::string_view extension)
+      : result_(result), folder_(folder), name_(name), extension_(extension) {}
+  bool Visit(const std::string& dir) override;
 
  private:
-  UTF16String& result_;
-  const UTF16String folder_;
-  const UTF16String file_;
+  std::string& result_;
+  const std::string folder_;
+  const std::string name_;
+  const std::string extension_;
 };
 
 }  // namespace Sorvik::p2

@@ -3,14 +3,16 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
 #include "frame/FieldValues.h"
+#include "frame/Recognition.h"
 #include "providers/cards/P2Shots.h"
 #include "providers/cards/P2Siblings.h"
 #include "thumbnails/Rendering.h"
@@ -21,81 +23,57 @@ using namespace p2;
 
 namespace {
 
-namespace Directory = Hestra::Directory;
-namespace PathUtils = Hestra::PathUtils;
-using foundation::IsPresent;
+using foundation::CardFolder;
+using foundation::ExistsOnCard;
+using foundation::FileStem;
+using foundation::JoinPath;
 using foundation::Lookup;
-using Hestra::MakeStdString;
-using Hestra::MakeString;
-using PathUtils::CombinePaths;
 
-constexpr int kScoreCard = 100;
-constexpr int kScoreWithReservation = 40;
+constexpr LayoutName kContentsLayout[] = {
+    {kAudio, true}, {kClip, true}, {kIcon, true}, {kProxy, true}, {kVideo, true}};
 
-struct RequiredFolder {
-  std::u16string_view name;
-  unsigned bit;
-};
-constexpr RequiredFolder kRequiredFolders[] = {
-    {kAudio, 1}, {kClip, 2}, {kIcon, 4}, {kProxy, 8}, {kVideo, 16}};
-constexpr unsigned kAllFolders = 31;
-
-// Nothing if this is no CONTENTS folder of a card; else whether something foreign lies in it.
-std::optional<bool> IsP2ContentsDir(const UTF16String& contents) {
-  std::vector<UTF16String> files;
-  std::vector<UTF16String> folders;
-  Directory::GetContainedFileAndDirectoryPaths(contents, files, folders);
-  PathUtils::FilterHiddenFiles(files);
-  if (folders.size() < std::size(kRequiredFolders)) return std::nullopt;
-  unsigned mask = 0;
-  bool extra = false;
-  // What is listed behind the last of the five isn't looked at.
-  for (auto folder = folders.begin(); folder != folders.end() && mask != kAllFolders; ++folder) {
-    const UTF16String name = PathUtils::GetFullFilePart(*folder);
-    const auto* required = std::ranges::find(kRequiredFolders, name, &RequiredFolder::name);
-    if (required == std::end(kRequiredFolders)) {
-      extra = true;
-    } else {
-      mask |= required->bit;
-    }
+Recognition RecognizeContents(const std::string& path) {
+  const auto contents = CardFolder::Of(path);
+  const std::vector<std::string> folders = contents->Folders();
+  if (folders.size() < std::size(kContentsLayout)) return Recognition::kNone;
+  LayoutMatch layout(kContentsLayout);
+  bool clean = true;
+  // What is listed after the last of the five isn't looked at.
+  for (auto name = folders.begin(); name != folders.end() && !layout.IsComplete(); ++name) {
+    if (!layout.Add(*name)) clean = false;
   }
-  if (mask != kAllFolders) return std::nullopt;
-  const bool clean =
-      files.empty() || (files.size() == 1 && files.front() == CombinePaths(contents, u".DS_Store"));
-  return extra || !clean;
+  if (!layout.IsComplete()) return Recognition::kNone;
+  return Recognized(clean && contents->VisibleFiles().empty());
 }
 
-// The same for a card's root.
-std::optional<bool> IsP2CardRoot(const UTF16String& root) {
-  std::vector<UTF16String> files;
-  std::vector<UTF16String> folders;
-  Directory::GetContainedFileAndDirectoryPaths(root, files, folders);
-  PathUtils::FilterHiddenFiles(files);
-  bool impure = false;
-  bool contents = false;
-  bool desktop = false;
-  for (auto folder = folders.begin(); folder != folders.end() && !(contents && desktop); ++folder) {
-    const UTF16String name = PathUtils::GetFullFilePart(*folder);
-    if (name == kContents) {
-      contents = true;
-    } else if (name == u"Desktop") {
-      desktop = true;
-    } else if (!name.starts_with(u'.')) {
-      impure = true;
+Recognition RecognizeCard(const std::string& path) {
+  const auto root = CardFolder::Of(path);
+  bool clean = true;
+  bool hasContents = false;
+  bool hasDesktop = false;
+  const std::vector<std::string> folders = root->Folders();
+  // What is listed after the two isn't looked at.
+  for (auto name = folders.begin(); name != folders.end() && !(hasContents && hasDesktop); ++name) {
+    if (*name == kContents) {
+      hasContents = true;
+    } else if (*name == "Desktop") {
+      hasDesktop = true;
+    } else if (!foundation::IsHidden(*name)) {
+      clean = false;
     }
   }
-  if (!contents) return std::nullopt;
+  if (!hasContents) return Recognition::kNone;
+  const std::vector<std::string> files = root->VisibleFiles();
   if (!files.empty()) {
-    // A lone LASTCLIP.TXT makes up for foreign folders.
-    const bool lastClip =
-        std::ranges::find(files, CombinePaths(root, u"LASTCLIP.TXT")) != files.end();
-    impure = lastClip ? files.size() > 1 : true;
+    // With LASTCLIP.TXT as the only file, unrelated folders don't count.
+    clean = files.size() == 1 && files.front() == "LASTCLIP.TXT";
   }
-  const auto extra = IsP2ContentsDir(CombinePaths(root, kContents));
-  return extra ? std::optional(impure || *extra) : std::nullopt;
+  const Recognition contents = RecognizeContents(root->PathOf(kContents));
+  if (contents == Recognition::kNone) return Recognition::kNone;
+  return Recognized(clean && contents == Recognition::kClean);
 }
 
-// A name given by the camera wins, but not one that repeats the clip's identifier.
+// The camera's shot name has priority, unless it repeats the clip's identifier.
 void ApplyP2ClipName(FieldValueMap& values, const std::string& defaultName) {
   const auto shotName = values.find("shotName");
   std::string name;
@@ -109,10 +87,10 @@ void ApplyP2ClipName(FieldValueMap& values, const std::string& defaultName) {
   values.insert_or_assign(kNameField, any_regular_t(name.empty() ? defaultName : name));
 }
 
-// The shots of the card at `path`, with the parts that lie beside it.
-P2ShotMap ShotsOfCard(const UTF16String& path, ClipValueCache& cache) {
+// The shots of the card at `path`, with their parts on cards next to it.
+P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache) {
   P2ShotMap shots;
-  for (const UTF16String& xmlPath : ListClipXmlFiles(path)) {
+  for (const std::string& xmlPath : ListClipXmlFiles(path)) {
     AddClipToShots(xmlPath, {}, cache, shots);
   }
   ShotIdSet incomplete;
@@ -123,24 +101,23 @@ P2ShotMap ShotsOfCard(const UTF16String& path, ClipValueCache& cache) {
   return shots;
 }
 
-// A shot that spans cards shows, on each card, a clip that lies there.
-UTF16String ChooseClip(const P2ShotInfo& shot, const UTF16String& path) {
-  const UTF16String card = PathUtils::AddTrailingSlash(PathUtils::ToNormalizedPath(path));
-  UTF16String primary = PathUtils::ToNormalizedPath(shot.primaryClipPath);
+// On each of its cards, a shot that spans cards is represented by a clip of that card.
+std::string ChooseClip(const P2ShotInfo& shot, const std::string& path) {
+  const std::string card = JoinPath(foundation::NormalizedPath(path), {});
+  std::string primary = foundation::NormalizedPath(shot.primaryClipPath);
   if (primary.starts_with(card)) return primary;
   const auto other = std::ranges::find_if(
-      shot.otherClipPaths, [&card](const UTF16String& clip) { return clip.starts_with(card); });
+      shot.otherClipPaths, [&card](const std::string& clip) { return clip.starts_with(card); });
   return other == shot.otherClipPaths.end() ? primary : *other;
 }
 
-void AddShot(P2ShotInfo& shot, const UTF16String& path, const FieldNameSet& fields,
+void AddShot(P2ShotInfo& shot, const std::string& path, const FieldNameSet& fields,
              ClipValueCache& cache, ContentMap& content) {
   shot.chosenClipPath = ChooseClip(shot, path);
-  const std::string key = MakeStdString(PathUtils::GetFilePart(shot.chosenClipPath));
-  FieldValueMap values = cache.ValuesOf(MakeStdString(shot.chosenClipPath));
+  const std::string key(FileStem(shot.chosenClipPath));
+  FieldValueMap values = cache.ValuesOf(shot.chosenClipPath);
   ApplyP2ClipName(values, key);
-  values.insert_or_assign(kPathField,
-                          any_regular_t(MakeStdString(EssenceForClipXml(shot.chosenClipPath))));
+  values.insert_or_assign(kPathField, any_regular_t(EssenceForClipXml(shot.chosenClipPath)));
   if (fields.contains("duration") && shot.totalFrames >= 1) {
     const std::string length =
         XMPSupport::GetTimecodeFromDuration(shot.totalFrames, shot.frameRateText);
@@ -152,29 +129,29 @@ void AddShot(P2ShotInfo& shot, const UTF16String& path, const FieldNameSet& fiel
   content.insert_or_assign(key, std::move(values));
 }
 
-// A clip id is the title of a file, and so no way out of the card.
-bool IsClipId(const UTF16String& id) {
-  return !id.empty() && id.find(PathUtils::kSeparator) == id.npos && id.find(u'\0') == id.npos;
+// A clip id is part of a file name. A key with a separator could lead off the card.
+bool IsClipId(std::string_view id) {
+  return !id.empty() && id.find_first_of(std::string_view("/\0", 2)) == id.npos;
 }
 
-// Where the XML of a clip is or should be on this card. Listings take the extension in any case,
-// and what they list must be found again.
-UTF16String ClipXmlPath(const UTF16String& path, const UTF16String& id) {
-  UTF16String xml =
-      CombinePaths(CombinePaths(CombinePaths(path, kContents), kClip), id + kXmlExtension);
-  if (IsPresent(xml, Lookup::kDisk)) return xml;
+// The path of a clip's XML on this card, whether it exists or not. A listing accepts the extension
+// in any case, and the clips that it lists must be found again.
+std::string ClipXmlPath(const std::string& path, const std::string& id) {
+  std::string xml = ContentsFile(JoinPath(path, kContents), kClip, id, ".XML");
+  if (ExistsOnCard(xml, Lookup::kDisk)) return xml;
   const auto listed = ListClipXmlFiles(path);
-  const auto found = std::ranges::find(listed, id, PathUtils::GetFilePart);
+  const auto found = std::ranges::find(listed, id, FileStem);
   return found == listed.end() ? xml : *found;
 }
 
-// The XML and the essence of a clip, on this card or beside it. False without essence.
-bool FindClipFiles(const UTF16String& path, const UTF16String& id, UTF16String& xml,
-                   UTF16String& essence) {
+// Finds the XML and the essence of a clip, on this card or next to it. Returns false if the clip
+// has no essence.
+bool FindClipFiles(const std::string& path, const std::string& id, std::string& xml,
+                   std::string& essence) {
   xml = ClipXmlPath(path, id);
-  if (!IsPresent(xml, Lookup::kDisk)) {
+  if (!ExistsOnCard(xml, Lookup::kDisk)) {
     xml.clear();
-    P2FileFinder finder(xml, kClip, id + kXmlExtension);
+    P2FileFinder finder(xml, kClip, id, ".XML");
     VisitSiblingDirectories(path, finder);
   }
   if (xml.empty()) return false;
@@ -182,9 +159,9 @@ bool FindClipFiles(const UTF16String& path, const UTF16String& id, UTF16String& 
   return !essence.empty();
 }
 
-void AddExtraPathsOfClip(const UTF16String& path, const UTF16String& id, ClipValueCache& cache,
+void AddExtraPathsOfClip(const std::string& path, const std::string& id, ClipValueCache& cache,
                          FieldValueMap& values) {
-  const UTF16String xml = ClipXmlPath(path, id);
+  const std::string xml = ClipXmlPath(path, id);
   P2ShotMap shots = ShotsOfCard(path, cache);
   const auto found = std::ranges::find_if(shots, [&xml](const auto& entry) {
     const P2ShotInfo& shot = entry.second;
@@ -237,16 +214,14 @@ ProviderP2::ProviderP2()
 ContentMap ProviderP2::GetContent(const std::string& path, const std::string& key,
                                   const FieldNameSet& fields) const {
   const foundation::CallScope scope;
-  const UTF16String root = MakeString(path);
-  const UTF16String id = MakeString(key);
-  UTF16String xml;
-  UTF16String essence;
-  if (!IsClipId(id) || !FindClipFiles(root, id, xml, essence)) return {};
+  std::string xml;
+  std::string essence;
+  if (!IsClipId(key) || !FindClipFiles(path, key, xml, essence)) return {};
   ClipValueCache cache(fields);
-  FieldValueMap values = cache.ValuesOf(MakeStdString(xml));
+  FieldValueMap values = cache.ValuesOf(xml);
   ApplyP2ClipName(values, key);
-  values.insert_or_assign(kPathField, any_regular_t(MakeStdString(essence)));
-  if (fields.contains(kExtraPathField)) AddExtraPathsOfClip(root, id, cache, values);
+  values.insert_or_assign(kPathField, any_regular_t(essence));
+  if (fields.contains(kExtraPathField)) AddExtraPathsOfClip(path, key, cache, values);
   ContentMap content;
   content.emplace(key, std::move(values));
   return content;
@@ -255,38 +230,30 @@ ContentMap ProviderP2::GetContent(const std::string& path, const std::string& ke
 ContentMap ProviderP2::GetContent(const std::string& path, const FieldNameSet& fields,
                                   ProviderRequest*) const {
   const foundation::CallScope scope;
-  const UTF16String root = MakeString(path);
   ClipValueCache cache(fields);
-  P2ShotMap shots = ShotsOfCard(root, cache);
+  P2ShotMap shots = ShotsOfCard(path, cache);
   ContentMap content;
-  for (auto& [id, shot] : shots) AddShot(shot, root, fields, cache, content);
+  for (auto& [id, shot] : shots) AddShot(shot, path, fields, cache, content);
   return content;
 }
 
 int ProviderP2::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
-  const UTF16String root = MakeString(path);
-  // The one folder that no card is without, asked for before anything is listed.
-  if (!PathUtils::IsValidPath(root) || !PathUtils::IsDirectory(CombinePaths(root, kContents))) {
-    return 0;
-  }
-  const auto impure = IsP2CardRoot(root);
-  if (!impure) return 0;
-  return *impure ? kScoreWithReservation : kScoreCard;
+  // One question to the disk excludes most other folders before anything is listed.
+  const bool mayBeCard = foundation::IsValidPath(path) &&
+                         CardFolder::Of(path)->ContainsFolder(kContents, Lookup::kDisk);
+  return ScoreOf(mayBeCard ? RecognizeCard(path) : Recognition::kNone);
 }
 
 Bitplate** ProviderP2::GetThumbnail(const std::string& path, const std::string& key, int width,
                                     int height, ProviderRequest*) const {
-  const UTF16String root = MakeString(path);
-  const UTF16String id = MakeString(key);
-  if (!PathUtils::IsValidPath(root) || !IsClipId(id)) return nullptr;
-  const UTF16String file = id + kBmpExtension;
-  UTF16String icon = CombinePaths(CombinePaths(CombinePaths(root, kContents), kIcon), file);
-  if (!IsPresent(icon, Lookup::kDisk)) {
-    P2FileFinder finder(icon, kIcon, file);
-    VisitSiblingDirectories(root, finder);
+  if (!foundation::IsValidPath(path) || !IsClipId(key)) return nullptr;
+  std::string icon = ContentsFile(JoinPath(path, kContents), kIcon, key, ".BMP");
+  if (!ExistsOnCard(icon, Lookup::kDisk)) {
+    P2FileFinder finder(icon, kIcon, key, ".BMP");
+    VisitSiblingDirectories(path, finder);
   }
-  return RenderThumbnailIntoNew(icon, width, GetMaximumThumbnailHeight(height));
+  return RenderThumbnailIntoNew(Hestra::MakeString(icon), width, GetMaximumThumbnailHeight(height));
 }
 
 }  // namespace Sorvik

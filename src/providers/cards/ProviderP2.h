@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Panasonic P2 cards: one entry for each shot, keyed by the id of the clip that is shown for it. A
-// shot that runs over several clips, on this card or on cards beside it, is one entry. Pictures are
-// the card's own icons.
+// Panasonic P2 cards: one entry for each shot, keyed by the id of the clip that represents it. A
+// shot of several clips, on this card or on cards next to it, is one entry. Thumbnails are the
+// card's own icons.
 #pragma once
 
 #include <string>
@@ -14,13 +14,13 @@ namespace Sorvik {
 class ProviderP2 final : public ClipProvider, public CardChecker {
  public:
   ProviderP2();
-  // Also for a clip that lies on a card beside this one. The duration is that of the clip alone.
+  // Also finds a clip on a card next to this one. The duration is that of the clip alone.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
-  // Can't be aborted. The identifier, relation, shot name and count of frames are always there.
+  // Can't be aborted. Entries always contain the identifier, relation, shot name and frame count.
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
-  // 40 where something lies on the card that belongs elsewhere.
+  // With reservation if the card contains unrelated files or folders.
   int CanProvideFor(const std::string& path) const override;
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;

@@ -35,7 +35,9 @@ std::shared_ptr<const NeighbourLists> ListsBeside(const UTF16String& mediaPro) {
     Hestra::Directory::GetContainedFileAndDirectoryPaths(root.substr(0, separator), files, folders);
     for (const UTF16String& folder : folders) {
       UTF16String list = folder + UTF16String(kCardFolder) + u"/MEDIAPRO.XML";
-      if (list != mediaPro && MayLookAt(folder, root)) lists.paths.push_back(std::move(list));
+      if (list != mediaPro &&
+          CanAccessWithoutBlocking(Hestra::MakeStdString(folder), Hestra::MakeStdString(root)))
+        lists.paths.push_back(std::move(list));
     }
     return lists;
   });
