@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const Material& material : list.Materials()) {
     for (const MaterialPart& part : material.parts) {
       if (part.kind != MaterialPart::Kind::kComponent || part.umid.empty()) continue;
-      const Material* take = list.TakeWith(part.umid);
+      const Material* take = list.FindTake(part.umid);
       sorvik_fuzz::Check(!material.IsTake() || take != nullptr);
       sorvik_fuzz::Check(take == nullptr || take->IsTake());
     }

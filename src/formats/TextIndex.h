@@ -1,45 +1,45 @@
 // SPDX-License-Identifier: MIT
-// Finds which of many texts holds a given one, or is held by it, without walking all of them each
-// time: a card's index is asked once for every clip.
+// A substring search over many texts that doesn't scan all of them for each query: the index of a
+// card is asked once for every clip. Texts are UTF-8. They are compared by 16-bit code units, so
+// that a stray byte in a file name never matches a part of a character.
 #pragma once
 
 #include <cstddef>
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-#include "SorvikProvider/foundation/UTF16String.h"
-
 namespace Sorvik::formats {
 
-// The texts never change. One object belongs to one thread at a time: look-ups build on what
-// earlier ones have found out.
+// The texts never change. Queries extend a cache: one object belongs to one thread at a time.
 class TextIndex {
  public:
-  explicit TextIndex(std::vector<UTF16String> texts);
+  explicit TextIndex(const std::vector<std::string>& texts);
   TextIndex(const TextIndex&) = delete;
   TextIndex& operator=(const TextIndex&) = delete;
 
-  // The place of the first text in which `part` occurs. An empty part occurs nowhere.
-  std::optional<std::size_t> FirstHolding(std::u16string_view part) const;
-  // The place of the first text that occurs in `whole`. An empty text occurs nowhere.
-  std::optional<std::size_t> FirstHeldBy(std::u16string_view whole) const;
+  // The index of the first text that contains `part`. An empty part is contained in no text.
+  std::optional<std::size_t> FirstContaining(std::string_view part) const;
+  // The index of the first text that is contained in `text`. An empty text is contained in none.
+  std::optional<std::size_t> FirstContainedIn(std::string_view text) const;
 
  private:
-  // Every stretch of one length that occurs in the texts, with the place of the first.
-  using Stretches = std::unordered_map<std::u16string_view, std::size_t>;
+  // Every substring of one length that occurs in the texts, with the index of the first such text.
+  using Substrings = std::unordered_map<std::u16string_view, std::size_t>;
 
-  // Null if the texts are so long, or of so many lengths asked, that a walk is the lesser cost.
-  const Stretches* StretchesOf(std::size_t length) const;
+  // Returns null if a linear search is cheaper: the texts are long, or were queried with parts of
+  // many lengths.
+  const Substrings* SubstringsOf(std::size_t length) const;
 
-  std::vector<UTF16String> texts_;
+  std::vector<std::u16string> texts_;
   std::size_t totalLength_ = 0;
-  std::unordered_map<std::u16string_view, std::size_t> places_;
+  std::unordered_map<std::u16string_view, std::size_t> firstIndex_;  // of each text
   std::set<std::size_t> lengths_;
-  mutable std::map<std::size_t, Stretches> stretches_;
+  mutable std::map<std::size_t, Substrings> substrings_;
 };
 
 }  // namespace Sorvik::formats

@@ -1,25 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include "formats/XercesDocument.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
+#include "SorvikProvider/foundation/UTF16String.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/OwnModule.h"
 
 namespace Sorvik::formats {
 namespace {
 
-// Loaded with the first document, for good.
+// Loaded with the first document and never unloaded.
 const XercesModule& Module() {
   static const XercesModule& module = *reinterpret_cast<XercesModuleFunction*>(
       platform::FunctionOfOwnModule(SORVIK_XERCES_MODULE, kXercesModuleFunction))();
   return module;
 }
 
-// `element` or the first of its siblings of that name.
-const void* FirstNamed(const void* element, std::u16string_view name) {
-  while (element != nullptr && Module().Name(element) != name) {
+bool EqualsAscii(std::u16string_view text, std::string_view ascii) {
+  return std::ranges::equal(text, ascii, {}, {}, [](char c) {
+    return static_cast<char16_t>(static_cast<unsigned char>(c));
+  });
+}
+
+// `element` or the first of its following siblings with that name.
+const void* FirstNamed(const void* element, std::string_view name) {
+  while (element != nullptr && !EqualsAscii(Module().Name(element), name)) {
     element = Module().NextSibling(element);
   }
   return element;
@@ -27,20 +35,20 @@ const void* FirstNamed(const void* element, std::u16string_view name) {
 
 }  // namespace
 
-UTF16String XercesElement::Name() const {
-  return node_ == nullptr ? UTF16String() : UTF16String(Module().Name(node_));
+std::string XercesElement::Name() const {
+  return node_ == nullptr ? std::string() : Hestra::MakeStdString(Module().Name(node_));
 }
 
 bool XercesElement::HasChildren() const noexcept {
   return node_ != nullptr && Module().HasChildren(node_);
 }
 
-XercesElement FindChildElement(XercesElement parent, std::u16string_view name) {
+XercesElement FindChildElement(XercesElement parent, std::string_view name) {
   if (!parent) return {};
   return XercesElement(FirstNamed(Module().FirstChild(parent.node_), name));
 }
 
-XercesElement FindNextSiblingElement(XercesElement node, std::u16string_view name) {
+XercesElement FindNextSiblingElement(XercesElement node, std::string_view name) {
   if (!node) return {};
   return XercesElement(FirstNamed(Module().NextSibling(node.node_), name));
 }
@@ -53,10 +61,12 @@ XercesElement NextSiblingElement(XercesElement node) {
   return node ? XercesElement(Module().NextSibling(node.node_)) : XercesElement();
 }
 
-void GetElementAttribute(XercesElement element, const UTF16String& name, UTF16String& out) {
+void GetElementAttribute(XercesElement element, std::string_view name, std::string& out) {
   out.clear();
   if (!element) return;
-  if (const char16_t* text = Module().Attribute(element.node_, name.c_str())) out.append(text);
+  const UTF16String wideName = tarnwick::utility::AsciiToUTF16(name);
+  const char16_t* text = Module().Attribute(element.node_, wideName.c_str());
+  if (text != nullptr) out = Hestra::MakeStdString(text);
 }
 
 std::optional<XercesDocument> XercesDocument::Parse(std::string_view bytes,
@@ -66,9 +76,9 @@ std::optional<XercesDocument> XercesDocument::Parse(std::string_view bytes,
   return XercesDocument(std::move(tree));
 }
 
-std::optional<XercesDocument> XercesDocument::ReadFile(const UTF16String& path,
+std::optional<XercesDocument> XercesDocument::ReadFile(const std::string& path,
                                                        const XercesLimits& limits) {
-  const auto file = platform::RegularFile::Open(Hestra::MakeStdString(path));
+  const auto file = platform::RegularFile::Open(path);
   if (!file || file->Size() > limits.bytes) return std::nullopt;
   std::vector<std::byte> bytes(static_cast<std::size_t>(file->Size()));
   bytes.resize(file->ReadAt(0, bytes));

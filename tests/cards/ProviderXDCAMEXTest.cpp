@@ -270,13 +270,13 @@ TEST(ProviderXDCAMEX, BoundsTakesThatAllHoldAllClips) {
   std::size_t recordsLeft = 3;
   const auto clipsOf = [&](const std::string& clip) {
     const std::string path = tree.Path("card/BPAV/CLPR/" + clip + "/" + clip + ".MP4");
-    return xdcamex::GatherTake(Hestra::MakeString(path), recordsLeft).clips;
+    return xdcamex::GatherTake(path, recordsLeft).clips;
   };
   EXPECT_EQ(clipsOf("A_01").size(), 2u);
   EXPECT_EQ(recordsLeft, 0u);
   const auto last = clipsOf("A_02");
   ASSERT_EQ(last.size(), 1u);
-  EXPECT_EQ(Hestra::MakeStdString(last[0].umid), UmidOf("A_02"));
+  EXPECT_EQ(last[0].umid, UmidOf("A_02"));
 }
 
 TEST(ProviderXDCAMEX, EndsWhereTakesHoldThemselvesOrOneAnother) {

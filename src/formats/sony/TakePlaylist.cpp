@@ -1,29 +1,27 @@
 // SPDX-License-Identifier: MIT
 #include "formats/sony/TakePlaylist.h"
 
-#include <string>
-
 #include "formats/XercesDocument.h"
 
 namespace Sorvik::formats::sony {
 namespace {
 
-// What stands behind the last colon of "urn:smpte:umid:<umid>"; all of it where there is none.
-UTF16String UmidOfSource(const UTF16String& source) {
-  const auto colon = source.rfind(u':');
+// The text after the last colon of "urn:smpte:umid:<umid>"; all of it if there is no colon.
+std::string UmidOfSource(const std::string& source) {
+  const auto colon = source.rfind(':');
   return colon == source.npos ? source : source.substr(colon + 1);
 }
 
 std::optional<TakePlaylist> FromDocument(const std::optional<XercesDocument>& document) {
-  if (!document || document->Root().Name() != u"smil") return std::nullopt;
+  if (!document || document->Root().Name() != "smil") return std::nullopt;
   TakePlaylist playlist;
-  const XercesElement body = FindChildElement(document->Root(), u"body");
-  UTF16String text;
-  for (XercesElement part = FindChildElement(FindChildElement(body, u"par"), u"ref"); part;
-       part = FindNextSiblingElement(part, u"ref")) {
-    GetElementAttribute(part, u"src", text);
+  const XercesElement body = FindChildElement(document->Root(), "body");
+  std::string text;
+  for (XercesElement part = FindChildElement(FindChildElement(body, "par"), "ref"); part;
+       part = FindNextSiblingElement(part, "ref")) {
+    GetElementAttribute(part, "src", text);
     playlist.sources.push_back(UmidOfSource(text));
-    GetElementAttribute(part, u"clipEnd", text);
+    GetElementAttribute(part, "clipEnd", text);
     if (text.empty()) playlist.complete = false;
   }
   return playlist;
@@ -31,7 +29,7 @@ std::optional<TakePlaylist> FromDocument(const std::optional<XercesDocument>& do
 
 }  // namespace
 
-std::optional<TakePlaylist> TakePlaylist::Read(const UTF16String& path) {
+std::optional<TakePlaylist> TakePlaylist::Read(const std::string& path) {
   return FromDocument(XercesDocument::ReadFile(path));
 }
 

@@ -1,25 +1,22 @@
 // SPDX-License-Identifier: MIT
-// The playlist of a take on an XDCAM EX card, TAKR/<take>/<take>.SMI: which clips it joins. Facts
-// of the format: as public writers and readers of it agree. Any thread.
+// The playlist of a take on an XDCAM EX card, TAKR/<take>/<take>.SMI: the clips that it joins.
+// Source of the format's facts: public writers and readers. Any thread.
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
-#include "SorvikProvider/foundation/UTF16String.h"
-
 namespace Sorvik::formats::sony {
 
-using Hestra::UTF16String;
-
 struct TakePlaylist {
-  std::vector<UTF16String> sources;  // umids in playing order
-  // False if the last part has no end: the take goes on in a part that isn't on this card.
+  std::vector<std::string> sources;  // UMIDs in playing order
+  // False if a part has no end: the take continues in a part on another card.
   bool complete = true;
 
-  // Nothing if it can't be read as a playlist at all.
-  static std::optional<TakePlaylist> Read(const UTF16String& path);
+  // Return nullopt if the document isn't a playlist or can't be parsed.
+  static std::optional<TakePlaylist> Read(const std::string& path);
   static std::optional<TakePlaylist> FromBytes(std::string_view bytes);
 };
 

@@ -15,17 +15,17 @@
 namespace Sorvik::formats {
 namespace {
 
-// Thrown to leave the parser from within its callbacks; never leaves this file.
-struct Refused {};
+// Thrown by callbacks of the parser to stop it; caught in Module::Parse.
+struct ParseStopped {};
 
-// The library counts its initialisations but doesn't guard them. This one is never taken back: a
-// host may use the library as well, and documents may live until the end.
-bool InitialiseOnce() noexcept {
+// Xerces-C counts its initializations without a lock. This one has no matching Terminate: the host
+// may use Xerces-C, too, and documents may exist until the process exits.
+bool InitializeOnce() noexcept {
   static const bool done = [] {
     try {
       xercesc::XMLPlatformUtils::Initialize();
       return true;
-    } catch (...) {  // whatever the library throws there, it can't be used then
+    } catch (...) {  // no common base class; Xerces-C can't be used in any of these cases
       return false;
     }
   }();
@@ -36,7 +36,7 @@ class StopAtErrors : public xercesc::ErrorHandler {
  public:
   void warning(const xercesc::SAXParseException&) override {}
   void error(const xercesc::SAXParseException&) override {}
-  void fatalError(const xercesc::SAXParseException&) override { throw Refused(); }
+  void fatalError(const xercesc::SAXParseException&) override { throw ParseStopped(); }
   void resetErrors() override {}
 };
 
@@ -44,7 +44,7 @@ const xercesc::DOMNode* NodeOf(const void* node) {
   return static_cast<const xercesc::DOMNode*>(node);
 }
 
-// `node` or the first sibling behind it that is an element.
+// `node` or the first of its following siblings that is an element.
 const xercesc::DOMNode* FirstElement(const xercesc::DOMNode* node) {
   while (node != nullptr && node->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
     node = node->getNextSibling();
@@ -69,7 +69,7 @@ class Parser : public xercesc::XercesDOMParser {
 
   void doctypeDecl(const xercesc::DTDElementDecl&, const XMLCh*, const XMLCh*, bool,
                    bool) override {
-    throw Refused();
+    throw ParseStopped();
   }
 
   void startElement(const xercesc::XMLElementDecl& element, const unsigned int urlId,
@@ -77,8 +77,8 @@ class Parser : public xercesc::XercesDOMParser {
                     const XMLSize_t attributeCount, const bool isEmpty,
                     const bool isRoot) override {
     nodes_ += 1 + attributeCount;
-    // An empty element ends within the call below, which counts its depth down again.
-    if (++depth_ > limits_.depth || nodes_ > limits_.nodes) throw Refused();
+    // For an empty element the call below also calls endElement.
+    if (++depth_ > limits_.depth || nodes_ > limits_.nodes) throw ParseStopped();
     XercesDOMParser::startElement(element, urlId, prefix, attributes, attributeCount, isEmpty,
                                   isRoot);
   }
@@ -101,7 +101,7 @@ class Tree : public XercesTree {
  public:
   explicit Tree(const XercesLimits& limits) : parser_(limits) {}
 
-  // False if there is no document then.
+  // Returns false if the parser made no document.
   bool Parse(std::string_view bytes) {
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
                                             bytes.size(), u"card index");
@@ -115,21 +115,21 @@ class Tree : public XercesTree {
   }
 
  private:
-  mutable Parser parser_;  // the library's look at a document isn't const
+  mutable Parser parser_;  // getDocument isn't const
 };
 
 class Module final : public XercesModule {
  public:
   std::unique_ptr<XercesTree> Parse(std::string_view bytes,
                                     const XercesLimits& limits) const noexcept override {
-    if (bytes.empty() || bytes.size() > limits.bytes || !InitialiseOnce()) return nullptr;
+    if (bytes.empty() || bytes.size() > limits.bytes || !InitializeOnce()) return nullptr;
     try {
       auto tree = std::make_unique<Tree>(limits);
       if (!tree->Parse(bytes)) return nullptr;
       return tree;
     } catch (...) {
-      // What the library raises has no common base (XMLException, SAXException, DOMException,
-      // OutOfMemoryException); whichever it is, the document counts as not there.
+      // Exceptions of Xerces-C have no common base class (XMLException, SAXException, DOMException,
+      // OutOfMemoryException).
       return nullptr;
     }
   }

@@ -2,65 +2,65 @@
 #include "providers/cards/MediaPro.h"
 
 #include <charconv>
-#include <string>
 #include <utility>
 
 #include "foundation/CallScope.h"
-#include "foundation/Presence.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/Paths.h"
+#include "foundation/platform/FileSystem.h"
 
 namespace Sorvik::xdcamex {
 namespace {
 
-namespace PathUtils = Hestra::PathUtils;
 using formats::sony::Material;
 using formats::sony::MaterialPart;
 using formats::sony::MediaProfile;
-using tarnwick::utility::FoldCase;
+using foundation::FoldCase;
 
-// The folder that uris of a list are relative to: the card's, whatever the list's own is.
-UTF16String BaseOf(const UTF16String& xmlPath) {
-  static constexpr std::u16string_view kCard = u"/BPAV";
+// The folder that the uris of a list are relative to, with a trailing separator: the card's BPAV
+// folder, even for a list in a folder below it.
+std::string BaseOf(const std::string& xmlPath) {
+  static constexpr std::string_view kCard = "/BPAV";
   const auto card = xmlPath.rfind(kCard);
-  if (card == xmlPath.npos) return PathUtils::GetFullDirectoryPart(xmlPath);
-  const auto end = xmlPath.find(PathUtils::kSeparator, card + kCard.size());
+  if (card == xmlPath.npos) return xmlPath.substr(0, xmlPath.rfind(platform::kSeparator) + 1);
+  const auto end = xmlPath.find(platform::kSeparator, card + kCard.size());
   return end == xmlPath.npos ? xmlPath : xmlPath.substr(0, end + 1);
 }
 
 // Resolves the uris of one list.
 class CardPaths {
  public:
-  explicit CardPaths(const UTF16String& xmlPath)
+  explicit CardPaths(const std::string& xmlPath)
       : base_(BaseOf(xmlPath)),
-        root_(PathUtils::GetFullDirectoryPart(PathUtils::RemoveTrailingSlash(base_))) {}
+        root_(foundation::ParentFolder(foundation::WithoutTrailingSlash(base_))) {}
 
-  // Uris begin with "./".
-  UTF16String Resolve(const UTF16String& uri) const {
-    if (uri.size() <= 2) return {};
-    UTF16String path = base_ + uri.substr(2);
-    return foundation::IsWithin(path, root_) ? path : UTF16String();
+  std::string Resolve(std::string_view uri) const {
+    // The "./" at the start of uris, whatever a list has in its place.
+    constexpr std::size_t kPrefixLength = 2;
+    if (foundation::CountCodeUnits(uri) <= kPrefixLength) return {};
+    const std::string relative = foundation::SubstrOfCodeUnits(uri, kPrefixLength);
+    std::string path = base_ + relative;
+    return !relative.empty() && foundation::IsInside(path, root_) ? path : std::string();
   }
-  // What stands behind the card's folder: the names of those above it say nothing of a clip.
-  UTF16String OnCard(const UTF16String& resolved) const {
+  // Returns the part of the path after the card's folder.
+  std::string RelativeToBase(const std::string& resolved) const {
     return resolved.empty() ? resolved : resolved.substr(base_.size());
   }
 
  private:
-  UTF16String base_;
-  UTF16String root_;  // the card may name what lies beside its folder, but nothing above
+  std::string base_;
+  std::string root_;  // uris may lead to siblings of the BPAV folder, but not out of its parent
 };
 
-std::uint32_t NumberOf(const UTF16String& text) {
-  const std::string digits = Hestra::MakeStdString(text);
+std::uint32_t ParseFrames(const std::string& digits) {
   std::uint32_t number = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
   return error == std::errc() && end == digits.data() + digits.size() ? number : 0;
 }
 
-UTF16String SidecarOf(const UTF16String& essencePath) {
-  static constexpr std::u16string_view kEnd = u".MP4";
+std::string SidecarOf(const std::string& essencePath) {
+  static constexpr std::string_view kEnd = ".MP4";
   if (essencePath.find(kEnd) + kEnd.size() != essencePath.size()) return {};
-  return essencePath.substr(0, essencePath.size() - kEnd.size()) + u"M01.XMP";
+  return essencePath.substr(0, essencePath.size() - kEnd.size()) + "M01.XMP";
 }
 
 void FillTake(const Material& material, const CardPaths& paths, MediaProEntry& entry) {
@@ -77,78 +77,79 @@ void FillClip(const Material& material, const CardPaths& paths, MediaProEntry& e
   entry.kind = MediaProEntry::kClip;
   if (const MaterialPart* essence = material.First(MaterialPart::Kind::kComponent)) {
     entry.essencePath = paths.Resolve(essence->uri);
-    entry.durationFrames = NumberOf(essence->duration);
+    entry.durationFrames = ParseFrames(essence->duration);
     entry.xmpPath = SidecarOf(entry.essencePath);
   }
   for (const MaterialPart& part : material.parts) {
     if (part.kind != MaterialPart::Kind::kRelevantInfo) continue;
-    if (part.type == u"BiM") entry.bimPath = paths.Resolve(part.uri);
-    if (part.type == u"PPN") entry.ppnPath = paths.Resolve(part.uri);
-    if (part.type == u"XML") entry.xmlPath = paths.Resolve(part.uri);
+    if (part.type == "BiM") entry.bimPath = paths.Resolve(part.uri);
+    if (part.type == "PPN") entry.ppnPath = paths.Resolve(part.uri);
+    if (part.type == "XML") entry.xmlPath = paths.Resolve(part.uri);
   }
 }
 
 const std::vector<std::size_t>* Find(
-    const std::unordered_map<UTF16String, std::vector<std::size_t>>& places,
-    std::u16string_view umid) {
-  const auto found = places.find(FoldCase(umid));
-  return found == places.end() ? nullptr : &found->second;
+    const std::unordered_map<std::string, std::vector<std::size_t>>& byUmid,
+    std::string_view umid) {
+  const auto found = byUmid.find(FoldCase(umid));
+  return found == byUmid.end() ? nullptr : &found->second;
 }
 
 }  // namespace
 
 void MediaProCard::Add(MediaProEntry entry) {
-  const std::size_t place = entries_.size();
-  if (!entry.umid.empty()) umids_[FoldCase(entry.umid)].push_back(place);
-  for (const UTF16String& umid : entry.componentUmids) {
+  const std::size_t index = entries_.size();
+  if (!entry.umid.empty()) byUmid_[FoldCase(entry.umid)].push_back(index);
+  for (const std::string& umid : entry.componentUmids) {
     if (umid.empty()) continue;
-    std::vector<std::size_t>& takes = components_[FoldCase(umid)];
-    // A take may name a clip twice.
-    if (takes.empty() || takes.back() != place) takes.push_back(place);
+    std::vector<std::size_t>& takes = byComponentUmid_[FoldCase(umid)];
+    // A take may contain a clip twice.
+    if (takes.empty() || takes.back() != index) takes.push_back(index);
   }
   entries_.push_back(std::move(entry));
 }
 
-MediaProCard MediaProCard::Read(const UTF16String& xmlPath) {
+MediaProCard MediaProCard::Read(const std::string& xmlPath) {
   MediaProCard card;
   const CardPaths paths(xmlPath);
-  std::vector<UTF16String> essences;
+  std::vector<std::string> essences;
   const auto list = MediaProfile::Of(xmlPath);
   for (const Material& material : list->Materials()) {
     MediaProEntry entry;
     entry.mediaProPath = xmlPath;
     entry.materialPath = paths.Resolve(material.uri);
     entry.umid = material.umid;
-    // By the uri, lest a folder above the card decides.
+    // Use the uri, not the path: a parent directory may be called CLPR or TAKR, too.
     if (entry.materialPath.empty()) {
       entry.kind = MediaProEntry::kNeither;
     } else if (material.IsTake()) {
       FillTake(material, paths, entry);
-    } else if (material.uri.find(u"/CLPR/") != UTF16String::npos) {
+    } else if (material.uri.find("/CLPR/") != std::string::npos) {
       FillClip(material, paths, entry);
     }
-    essences.push_back(FoldCase(paths.OnCard(entry.essencePath)));
+    // Use the relative path: a parent directory may have the name of an essence.
+    essences.push_back(FoldCase(paths.RelativeToBase(entry.essencePath)));
     card.Add(std::move(entry));
   }
-  card.essences_ = std::make_shared<const formats::TextIndex>(std::move(essences));
+  card.essences_ = std::make_shared<const formats::TextIndex>(essences);
   return card;
 }
 
-std::shared_ptr<const MediaProCard> MediaProCard::Of(const UTF16String& xmlPath) {
-  return foundation::CallScope::Remember<MediaProCard>(Hestra::MakeStdString(xmlPath),
+std::shared_ptr<const MediaProCard> MediaProCard::Of(const std::string& xmlPath) {
+  return foundation::CallScope::Remember<MediaProCard>(xmlPath,
                                                        [&xmlPath] { return Read(xmlPath); });
 }
 
-const std::vector<std::size_t>* MediaProCard::WithUmid(std::u16string_view umid) const {
-  return Find(umids_, umid);
+const std::vector<std::size_t>* MediaProCard::WithUmid(std::string_view umid) const {
+  return Find(byUmid_, umid);
 }
 
-const std::vector<std::size_t>* MediaProCard::TakesWith(std::u16string_view componentUmid) const {
-  return Find(components_, componentUmid);
+const std::vector<std::size_t>* MediaProCard::TakesWith(std::string_view componentUmid) const {
+  return Find(byComponentUmid_, componentUmid);
 }
 
-std::optional<std::size_t> MediaProCard::OfEssence(std::u16string_view fileName) const {
-  return essences_->FirstHolding(FoldCase(fileName));
+std::optional<std::size_t> MediaProCard::WithEssence(std::string_view fileName) const {
+  return essences_->FirstContaining(FoldCase(fileName));
 }
 
 }  // namespace Sorvik::xdcamex

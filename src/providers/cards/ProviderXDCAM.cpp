@@ -2,7 +2,8 @@
 #include "providers/cards/ProviderXDCAM.h"
 
 #include <algorithm>
-#include <optional>
+#include <cstddef>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -10,9 +11,11 @@
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
+#include "foundation/platform/FileSystem.h"
 #include "frame/FieldValues.h"
+#include "frame/Recognition.h"
 #include "providers/cards/XDCAMFiles.h"
 #include "thumbnails/Rendering.h"
 
@@ -22,119 +25,96 @@ using namespace xdcam;
 
 namespace {
 
-namespace Directory = Hestra::Directory;
-namespace PathUtils = Hestra::PathUtils;
-using foundation::IsPresent;
+using foundation::CardFolder;
+using foundation::CountCodeUnits;
+using foundation::ExistsOnCard;
+using foundation::JoinPath;
 using foundation::Lookup;
-using Hestra::MakeStdString;
-using Hestra::MakeString;
-using PathUtils::CombinePaths;
 
-constexpr int kScoreCard = 100;
-constexpr int kScoreWithReservation = 40;
+constexpr std::size_t kMinProavNames = 4;
+constexpr LayoutName kProavLayout[] = {{kClpr, true},           {"INDEX.XML", true},
+                                       {"DISCMETA.XML", true},  {"DISCINFO.XML", true},
+                                       {"DISCINFO.BUP", false}, {"INDEX.BUP", false}};
 
-struct KnownName {
-  std::u16string_view name;
-  unsigned bit;  // 0 for what may be there and needn't
-};
+constexpr std::size_t kMinDiscNames = 6;
+constexpr LayoutName kDiscLayout[] = {{kClipFolder, true},    {"Sub", true},
+                                      {"MEDIAPRO.XML", true}, {"DISCMETA.XML", true},
+                                      {"General", false},     {"ALIAS.XML", false}};
 
-struct Layout {
-  std::size_t minEntries;
-  unsigned complete;  // all bits of what must be there
-  std::vector<KnownName> names;
-};
-
-const Layout& ProavLayout() {
-  static const Layout layout{4,
-                             17056,
-                             {{kClpr, 0x200},
-                              {u"INDEX.XML", 0x20},
-                              {u"DISCMETA.XML", 0x80},
-                              {u"DISCINFO.XML", 0x4000},
-                              {u"DISCINFO.BUP", 0},
-                              {u"INDEX.BUP", 0}}};
-  return layout;
-}
-
-const Layout& DiscLayout() {
-  static const Layout layout{6,
-                             197,
-                             {{kClipFolder, 1},
-                              {u"Sub", 4},
-                              {u"MEDIAPRO.XML", 64},
-                              {u"DISCMETA.XML", 128},
-                              {u"General", 0},
-                              {u"ALIAS.XML", 0}}};
-  return layout;
-}
-
-// Nothing if `folder` doesn't have the layout; else whether something else was seen in it.
-std::optional<bool> FitsLayout(const UTF16String& folder, const Layout& layout) {
-  auto entries = Directory::GetContainedPaths(folder);
-  PathUtils::FilterHiddenFiles(entries);
-  if (entries.size() < layout.minEntries) return std::nullopt;
-  unsigned mask = 0;
-  bool impure = false;
-  for (const UTF16String& entry : entries) {
-    const UTF16String name = PathUtils::GetFullFilePart(entry);
-    const auto known = std::ranges::find(layout.names, name, &KnownName::name);
-    if (known != layout.names.end()) {
-      mask |= known->bit;
-      continue;
-    }
-    impure = true;
-    if (mask == layout.complete) break;
+Recognition MatchFolder(const CardFolder& folder, std::span<const LayoutName> names,
+                        std::size_t minNames) {
+  const std::vector<std::string> listed = folder.VisibleNames();
+  if (listed.size() < minNames) return Recognition::kNone;
+  LayoutMatch layout(names);
+  bool clean = true;
+  for (const std::string& name : listed) {
+    if (layout.Add(name)) continue;
+    clean = false;
+    if (layout.IsComplete()) break;
   }
-  return mask == layout.complete ? std::optional(impure) : std::nullopt;
+  return layout.IsComplete() ? Recognized(clean) : Recognition::kNone;
 }
 
-std::optional<bool> IsProavStructure(const UTF16String& proav) {
-  // One stat tells most other folders of that name apart.
-  if (!PathUtils::ExistsOnDisk(CombinePaths(proav, kClpr))) return std::nullopt;
-  return FitsLayout(proav, ProavLayout());
+// One question to the disk excludes most other folders before anything is listed.
+Recognition RecognizeProav(const std::string& path) {
+  const auto proav = CardFolder::Of(path);
+  if (!proav->KindOf(kClpr, Lookup::kDisk)) return Recognition::kNone;
+  return MatchFolder(*proav, kProavLayout, kMinProavNames);
 }
 
-std::optional<bool> IsDiscStructure(const UTF16String& root) {
-  if (!PathUtils::ExistsOnDisk(CombinePaths(root, kClipFolder))) return std::nullopt;
-  return FitsLayout(root, DiscLayout());
+Recognition RecognizeDisc(const std::string& root) {
+  if (!HasClipFolder(root)) return Recognition::kNone;
+  return MatchFolder(*CardFolder::Of(root), kDiscLayout, kMinDiscNames);
 }
 
-// Sets path and name of the clip's essence. False, and nothing set, if it isn't there.
-bool FillClipEntry(const UTF16String& xmlPath, Lookup lookup, FieldValueMap& values) {
-  const UTF16String essence = EssenceForClipXml(xmlPath, lookup);
-  if (essence.empty() || !IsPresent(essence, lookup)) return false;
-  values.insert_or_assign(kPathField, any_regular_t(MakeStdString(essence)));
-  values.insert_or_assign(kNameField,
-                          any_regular_t(MakeStdString(PathUtils::GetFilePart(essence))));
+// Sets path and name of the clip's essence. Returns false and sets nothing if it is missing.
+bool FillClipEntry(const std::string& xmlPath, Lookup lookup, FieldValueMap& values) {
+  const std::string essence = EssenceForClipXml(xmlPath, lookup);
+  if (essence.empty() || !ExistsOnCard(essence, lookup)) return false;
+  values.insert_or_assign(kPathField, any_regular_t(essence));
+  values.insert_or_assign(kNameField, any_regular_t(std::string(foundation::FileStem(essence))));
   return true;
 }
 
-void AddExtraPaths(const UTF16String& root, const UTF16String& xmlPath, bool onDisc,
+void AddExtraPaths(const std::string& root, const std::string& xmlPath, bool onDisc,
                    FieldValueMap& values) {
   if (!onDisc) {
     values.insert_or_assign(kExtraPathField, PathList(ProavExtraPaths(root, xmlPath)));
     return;
   }
-  const auto files = DiscExtraPaths(root, xmlPath);
+  auto files = DiscExtraPaths(root, xmlPath);
   if (!files) return;
-  // The list's name for the clip comes with the paths alone: nothing else reads the list.
-  if (!files->title.empty()) {
-    values.insert_or_assign(kNameField, any_regular_t(MakeStdString(files->title)));
-  }
-  values.insert_or_assign(kExtraPathField, PathList(files->extraPaths));
+  // The title in the list is used only with the extra paths: nothing else reads the list.
+  if (!files->title.empty()) values.insert_or_assign(kNameField, any_regular_t(files->title));
+  values.insert_or_assign(kExtraPathField, PathList(std::move(files->extraPaths)));
 }
 
-// The essence by the text of the key alone, as the thumbnail needs it; empty if it is no key.
-UTF16String EssenceForThumbnail(const UTF16String& path, const UTF16String& key) {
+// The essence for a thumbnail, by the text of the key alone; empty if it isn't a key.
+std::string EssenceForThumbnail(std::string_view path, std::string_view key) {
   constexpr std::size_t kMinKeyLength = 8;
   const auto end = key.rfind(kClipXmlEnd);
   if (key.size() < kMinKeyLength || end == key.npos) return {};
-  const UTF16String stem = key.substr(0, end);
-  // A folder of that name above the medium doesn't count.
+  const std::string stem(key.substr(0, end));
+  // Only a folder on the medium counts: a parent directory may be called CLPR, too.
   const auto clipFolder = key.rfind(kClpr);
-  if (clipFolder == key.npos || clipFolder <= path.size()) return stem + u".MXF";
-  UTF16String video = stem + u"V01.MXF";
-  return IsPresent(video, Lookup::kDisk) ? video : stem + u"A01.MXF";
+  if (clipFolder == key.npos || CountCodeUnits(key.substr(0, clipFolder)) <= CountCodeUnits(path)) {
+    return stem + ".MXF";
+  }
+  std::string video = stem + "V01.MXF";
+  return ExistsOnCard(video, Lookup::kDisk) ? video : stem + "A01.MXF";
+}
+
+// The clip XML files of the medium.
+std::vector<std::string> ListClipXmlFiles(const std::string& root, bool onDisc) {
+  if (!onDisc) {
+    auto files = foundation::ListFilesBelow(JoinPath(JoinPath(root, kProav), kClpr), ".XML");
+    std::erase_if(files, foundation::IsHidden);
+    return files;
+  }
+  const auto folder = CardFolder::Of(JoinPath(root, kClipFolder));
+  std::vector<std::string> files = folder->VisibleFiles(".XML");
+  for (std::string& file : files) file = folder->PathOf(file);
+  return files;
 }
 
 }  // namespace
@@ -151,11 +131,10 @@ ProviderXDCAM::ProviderXDCAM()
 ContentMap ProviderXDCAM::GetContent(const std::string& path, const std::string& key,
                                      const FieldNameSet& fields) const {
   const foundation::CallScope scope;
-  const UTF16String root = PathUtils::RemoveTrailingSlash(MakeString(path));
-  const UTF16String xmlPath = MakeString(key);
+  const std::string root(foundation::WithoutTrailingSlash(path));
   FieldValueMap values = XMPSupport::MakeValue(key, XMPSupport::ParseFields(fields));
-  if (FillClipEntry(xmlPath, Lookup::kDisk, values) && fields.contains(kExtraPathField)) {
-    AddExtraPaths(root, xmlPath, IsInDiscLayout(xmlPath), values);
+  if (FillClipEntry(key, Lookup::kDisk, values) && fields.contains(kExtraPathField)) {
+    AddExtraPaths(root, key, IsInDiscLayout(key), values);
   }
   ContentMap content;
   content.emplace(key, std::move(values));
@@ -165,52 +144,44 @@ ContentMap ProviderXDCAM::GetContent(const std::string& path, const std::string&
 ContentMap ProviderXDCAM::GetContent(const std::string& path, const FieldNameSet& fields,
                                      ProviderRequest* request) const {
   const foundation::CallScope scope;
-  const UTF16String root = PathUtils::RemoveTrailingSlash(MakeString(path));
-  UTF16String clipFolder = CombinePaths(root, kClipFolder);
-  const bool onDisc = PathUtils::ExistsOnDisk(clipFolder);
-  if (!onDisc) clipFolder = CombinePaths(CombinePaths(root, kProav), kClpr);
-  auto clips = Directory::GetContainedFilePaths(clipFolder, u".XML", !onDisc);
-  PathUtils::FilterHiddenFiles(clips);
+  const std::string root(foundation::WithoutTrailingSlash(path));
+  const bool onDisc = HasClipFolder(root);
   const XMPSupport::XMPFieldBits bits = XMPSupport::ParseFields(fields);
   ContentMap content;
-  for (const UTF16String& xmlPath : clips) {
+  for (const std::string& xmlPath : ListClipXmlFiles(root, onDisc)) {
     if (ProviderRequest::TestAborted(request)) return {};
-    const std::string key = MakeStdString(xmlPath);
-    FieldValueMap values = XMPSupport::MakeValue(key, bits);
+    FieldValueMap values = XMPSupport::MakeValue(xmlPath, bits);
     if (FillClipEntry(xmlPath, Lookup::kListing, values)) {
       if (fields.contains(kProxyPathField)) {
         if (const auto proxy = ProxyPathOf(root, xmlPath)) {
-          values.insert_or_assign(kProxyPathField, any_regular_t(MakeStdString(*proxy)));
+          values.insert_or_assign(kProxyPathField, any_regular_t(*proxy));
         }
       }
       if (fields.contains(kExtraPathField)) AddExtraPaths(root, xmlPath, onDisc, values);
     }
-    if (!values.empty()) content.insert_or_assign(key, std::move(values));
+    if (!values.empty()) content.insert_or_assign(xmlPath, std::move(values));
   }
   return content;
 }
 
 int ProviderXDCAM::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
-  const UTF16String root = MakeString(path);
-  if (!PathUtils::IsValidPath(root) || !PathUtils::IsDirectory(root)) return 0;
-  const UTF16String proav = CombinePaths(root, kProav);
-  const auto impure =
-      PathUtils::ExistsOnDisk(proav) ? IsProavStructure(proav) : IsDiscStructure(root);
-  if (!impure) return 0;
-  return *impure ? kScoreWithReservation : kScoreCard;
+  if (!foundation::IsValidPath(path) || platform::KindOf(path) != platform::FileKind::kDirectory) {
+    return ScoreOf(Recognition::kNone);
+  }
+  // With a folder PROAV the disc layout isn't considered, even if PROAV is incomplete.
+  const std::string proav = JoinPath(path, kProav);
+  return ScoreOf(platform::KindOf(proav) ? RecognizeProav(proav) : RecognizeDisc(path));
 }
 
 Bitplate** ProviderXDCAM::GetThumbnail(const std::string& path, const std::string& key, int width,
                                        int height, ProviderRequest*) const {
   const int h = GetMaximumThumbnailHeight(height);
   const int w = std::min(width, h);
-  const UTF16String essence = EssenceForThumbnail(MakeString(path), MakeString(key));
+  const std::string essence = EssenceForThumbnail(path, key);
   if (essence.empty()) return nullptr;
-  const UTF16String folder =
-      PathUtils::RemoveTrailingSlash(PathUtils::GetFullDirectoryPart(essence));
-  return GetFolderThumbnail(MakeStdString(folder),
-                            MakeStdString(PathUtils::GetFullFilePart(essence)), w, h);
+  return GetFolderThumbnail(std::string(foundation::ParentFolder(essence)),
+                            std::string(foundation::FileName(essence)), w, h);
 }
 
 }  // namespace Sorvik

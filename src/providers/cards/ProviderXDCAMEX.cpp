@@ -2,6 +2,7 @@
 #include "providers/cards/ProviderXDCAMEX.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -11,96 +12,95 @@
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
-#include "foundation/FoldedNames.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
+#include "foundation/platform/NameOrder.h"
 #include "frame/FieldValues.h"
+#include "frame/Recognition.h"
 #include "providers/cards/TakeFiles.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
 namespace {
 
-namespace Directory = Hestra::Directory;
-namespace PathUtils = Hestra::PathUtils;
-using foundation::FoldedNames;
-using Hestra::MakeStdString;
-using Hestra::MakeString;
-using PathUtils::CombinePaths;
-using tarnwick::utility::FoldCase;
+using foundation::CardFolder;
+using foundation::FileName;
+using foundation::JoinPath;
+using foundation::Lookup;
+using foundation::ParentFolder;
 
-constexpr int kScoreWithTakes = 100;
-constexpr int kScoreWithoutTakes = 40;
+constexpr std::string_view kCardFolder = "BPAV";
+constexpr std::string_view kClpr = "CLPR";
+constexpr std::string_view kTakr = "TAKR";
+constexpr std::string_view kClipXmlEnd = "M01.XML";
+constexpr std::string_view kEssenceEnd = ".MP4";
 
-constexpr char16_t kCardFolder[] = u"BPAV";
-constexpr std::u16string_view kClipXmlEnd = u"M01.XML";
-constexpr std::u16string_view kEssenceEnd = u".MP4";
-constexpr std::size_t kMinEntries = 3;
-constexpr std::size_t kMaxEntries = 6;
+constexpr LayoutName kCardLayout[] = {{"MEDIAPRO.XML", true}, {kClpr, true}, {kTakr, false}};
+constexpr std::size_t kMinNames = 3;
+constexpr std::size_t kMaxNames = 6;
 
 constexpr char kRelation[] = "relation";
 constexpr char kShotName[] = "shotName";
 
-// Nothing if this is no card; else whether it has the folder of takes.
-std::optional<bool> IsBpavCard(const UTF16String& root) {
-  const UTF16String bpav = CombinePaths(root, kCardFolder);
-  // Asked for before the root is listed: no card is without it.
-  if (!PathUtils::ExistsOnDisk(bpav)) return std::nullopt;
-  auto entries = Directory::GetContainedPaths(root);
-  if (std::ranges::find(entries, bpav) == entries.end()) return std::nullopt;
-  entries = Directory::GetContainedPaths(bpav);
-  PathUtils::FilterHiddenFiles(entries);
-  if (entries.size() < kMinEntries || entries.size() > kMaxEntries) return std::nullopt;
-  const auto holds = [&](const char16_t* name) {
-    return std::ranges::find(entries, CombinePaths(bpav, name)) != entries.end();
-  };
-  if (!holds(u"MEDIAPRO.XML") || !holds(u"CLPR")) return std::nullopt;
-  return holds(u"TAKR");
+bool ContainsName(const std::vector<std::string>& names, std::string_view name) {
+  return std::ranges::find(names, name) != names.end();
 }
 
-bool IsClipXmlName(const UTF16String& path) {
+// A card without a folder for takes is recognized with reservation.
+Recognition RecognizeCard(const std::string& path) {
+  const auto root = CardFolder::Of(path);
+  // One question to the disk excludes most other folders before anything is listed.
+  if (!root->KindOf(kCardFolder, Lookup::kDisk)) return Recognition::kNone;
+  if (!ContainsName(root->VisibleNames(), kCardFolder)) return Recognition::kNone;
+  const std::vector<std::string> names = CardFolder::Of(root->PathOf(kCardFolder))->VisibleNames();
+  if (names.size() < kMinNames || names.size() > kMaxNames) return Recognition::kNone;
+  LayoutMatch layout(kCardLayout);
+  for (const std::string& name : names) layout.Add(name);
+  return layout.IsComplete() ? Recognized(ContainsName(names, kTakr)) : Recognition::kNone;
+}
+
+bool IsClipXmlName(std::string_view path) {
   return path.size() > kClipXmlEnd.size() &&
-         FoldCase(path.substr(path.size() - kClipXmlEnd.size())) == FoldCase(kClipXmlEnd);
+         foundation::EqualIgnoringCase(path.substr(path.size() - kClipXmlEnd.size()), kClipXmlEnd);
 }
 
-UTF16String FolderOf(const UTF16String& path) {
-  return PathUtils::RemoveTrailingSlash(PathUtils::GetFullDirectoryPart(path));
+// `xmlPath` has the name of a clip XML.
+std::string EssencePathOf(std::string_view xmlPath) {
+  return std::string(xmlPath.substr(0, xmlPath.size() - kClipXmlEnd.size())).append(kEssenceEnd);
 }
 
-// A clip is an XML with the essence of the same stem beside it, in whatever case.
-bool IsClipXml(const UTF16String& xmlPath) {
-  const auto names = FoldedNames::Of(MakeStdString(FolderOf(xmlPath)));
-  if (names->VisibleCount() < 2) return false;
-  const UTF16String title = PathUtils::GetFilePart(xmlPath);
-  const auto mark = FoldCase(title).rfind(FoldCase(u"M01"));
-  if (mark == UTF16String::npos) return false;
-  const UTF16String stem = title.substr(0, mark);
-  return names->Find(stem + UTF16String(kClipXmlEnd)) != nullptr &&
-         names->Find(stem + UTF16String(kEssenceEnd)) != nullptr;
-}
-
-// The essence beside a clip XML, as it is named on disk; nothing if there is none.
-std::optional<UTF16String> EssenceOf(const UTF16String& xmlPath) {
+// The essence next to a clip XML, case-insensitive, as it is spelled on disk. Returns nullopt if
+// there is none.
+std::optional<std::string> EssenceOf(std::string_view xmlPath) {
   if (!IsClipXmlName(xmlPath)) return std::nullopt;
-  return foundation::FoundOnDisk(xmlPath.substr(0, xmlPath.size() - kClipXmlEnd.size()) +
-                                 UTF16String(kEssenceEnd));
+  return foundation::FindOnCard(EssencePathOf(xmlPath));
 }
 
-// Completes what the metadata gave. False if the clip has no essence. `values` holds the relation
-// and the shot name, asked for or not. `recordsLeft` is that of GatherTake.
-bool FillClipEntry(const UTF16String& xmlPath, const FieldNameSet& fields, FieldValueMap& values,
+// True for the XML of a clip with essence, by the names in its folder.
+bool IsClipXml(const std::string& xmlPath) {
+  const auto essence = EssenceOf(xmlPath);
+  if (!essence) return false;
+  // A clip has two visible files. The essence of a clip without a name is hidden.
+  constexpr std::size_t kMinClipFiles = 2;
+  return !foundation::IsHidden(*essence) ||
+         CardFolder::Of(ParentFolder(xmlPath))->VisibleCount() >= kMinClipFiles;
+}
+
+// Completes the values from the metadata, which include the relation and the shot name, requested
+// or not. Returns false if the clip has no essence. `recordsLeft` is that of GatherTake.
+bool FillClipEntry(const std::string& xmlPath, const FieldNameSet& fields, FieldValueMap& values,
                    std::size_t& recordsLeft) {
   const auto essence = EssenceOf(xmlPath);
   if (!essence) return false;
   std::string name;
-  // A caller that shows the shot name as a field gets the file's title as the name.
+  // If the shot name is requested as a field, the name is that of the file.
   if (!fields.contains(kShotName)) {
     name = TextOf(values, kShotName);
     values.erase(kShotName);
   }
   if (!fields.contains(kRelation)) values.erase(kRelation);
-  if (name.empty()) name = MakeStdString(PathUtils::GetFilePart(*essence));
-  values.insert_or_assign(kPathField, any_regular_t(MakeStdString(*essence)));
+  if (name.empty()) name = foundation::FileStem(*essence);
+  values.insert_or_assign(kPathField, any_regular_t(*essence));
   values.insert_or_assign(kNameField, any_regular_t(name));
   if (fields.contains(kExtraPathField)) {
     const auto files = xdcamex::GatherTake(*essence, recordsLeft);
@@ -109,7 +109,15 @@ bool FillClipEntry(const UTF16String& xmlPath, const FieldNameSet& fields, Field
   return true;
 }
 
-// The rows to read for `fields`, so that one reading of a clip serves all steps.
+// The clip XML files of the card, in order of 16-bit code units.
+std::vector<std::string> ListClipXmlFiles(const std::string& path) {
+  auto files = foundation::ListFilesBelow(JoinPath(JoinPath(path, kCardFolder), kClpr), ".XML");
+  std::erase_if(files, foundation::IsHidden);
+  std::ranges::sort(files, platform::LessByCodeUnits);
+  return files;
+}
+
+// The rows to read for `fields` and `more`, so that each clip is read once.
 XMPSupport::XMPFieldBits RowsFor(FieldNameSet fields, std::initializer_list<const char*> more) {
   fields.insert(more.begin(), more.end());
   return XMPSupport::ParseFields(fields);
@@ -132,7 +140,7 @@ ContentMap ProviderXDCAMEX::GetContent(const std::string&, const std::string& ke
   const foundation::CallScope scope;
   FieldValueMap values = XMPSupport::MakeValue(key, RowsFor(fields, {kShotName}));
   std::size_t recordsLeft = xdcamex::kMaxTakeRecords;
-  if (!FillClipEntry(MakeString(key), fields, values, recordsLeft)) return {};
+  if (!FillClipEntry(key, fields, values, recordsLeft)) return {};
   ContentMap content;
   content.emplace(key, std::move(values));
   return content;
@@ -141,48 +149,37 @@ ContentMap ProviderXDCAMEX::GetContent(const std::string&, const std::string& ke
 ContentMap ProviderXDCAMEX::GetContent(const std::string& path, const FieldNameSet& fields,
                                        ProviderRequest* request) const {
   const foundation::CallScope scope;
-  const UTF16String folder = CombinePaths(CombinePaths(MakeString(path), kCardFolder), u"CLPR");
-  auto clips = Directory::GetContainedFilePaths(folder, u".XML", true);
-  PathUtils::FilterHiddenFiles(clips);
-  std::ranges::sort(clips);
   const XMPSupport::XMPFieldBits rows = RowsFor(fields, {kShotName, kRelation});
   std::set<std::string> takes;
   std::size_t recordsLeft = xdcamex::kMaxTakeRecords;
   ContentMap content;
-  for (const UTF16String& xmlPath : clips) {
+  for (const std::string& xmlPath : ListClipXmlFiles(path)) {
     if (ProviderRequest::TestAborted(request)) return {};
-    // A copy of a clip XML under another name must not take the place of its take.
-    if (!IsClipXmlName(xmlPath) || !IsClipXml(xmlPath)) continue;
-    const std::string key = MakeStdString(xmlPath);
-    FieldValueMap values = XMPSupport::MakeValue(key, rows);
-    // Further clips of a take that has its entry already.
+    // A copy of a clip XML under another name must not replace the entry of its take.
+    if (!IsClipXml(xmlPath)) continue;
+    FieldValueMap values = XMPSupport::MakeValue(xmlPath, rows);
+    // The first clip of a take represents it.
     const std::string take = TextOf(values, kRelation);
     if (!take.empty() && !takes.insert(take).second) continue;
     if (!FillClipEntry(xmlPath, fields, values, recordsLeft)) continue;
-    content.insert_or_assign(key, std::move(values));
+    content.insert_or_assign(xmlPath, std::move(values));
   }
   return content;
 }
 
 int ProviderXDCAMEX::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
-  const UTF16String root = MakeString(path);
-  if (!PathUtils::IsValidPath(root)) return 0;
-  const auto hasTakes = IsBpavCard(root);
-  if (!hasTakes) return 0;
-  return *hasTakes ? kScoreWithTakes : kScoreWithoutTakes;
+  return ScoreOf(foundation::IsValidPath(path) ? RecognizeCard(path) : Recognition::kNone);
 }
 
 Bitplate** ProviderXDCAMEX::GetThumbnail(const std::string&, const std::string& key, int width,
                                          int height, ProviderRequest*) const {
   const int h = GetMaximumThumbnailHeight(height);
   const int w = std::min(width, h);
-  const UTF16String xmlPath = MakeString(key);
-  if (!IsClipXmlName(xmlPath)) return nullptr;
-  const UTF16String essence =
-      xmlPath.substr(0, xmlPath.size() - kClipXmlEnd.size()) + UTF16String(kEssenceEnd);
-  return GetFolderThumbnail(MakeStdString(FolderOf(essence)),
-                            MakeStdString(PathUtils::GetFullFilePart(essence)), w, h);
+  if (!IsClipXmlName(key)) return nullptr;
+  const std::string essence = EssencePathOf(key);
+  return GetFolderThumbnail(std::string(ParentFolder(essence)), std::string(FileName(essence)), w,
+                            h);
 }
 
 }  // namespace Sorvik

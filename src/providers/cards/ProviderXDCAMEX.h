@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Sony XDCAM EX cards, where everything lies below a folder BPAV. One entry for each clip XML whose
-// essence is there, keyed by its path; the clips of a take are one entry, also when the take runs
-// over several cards.
+// Sony XDCAM EX cards, which have everything in a folder BPAV. One entry for each clip XML whose
+// essence exists, keyed by its path; the clips of a take are one entry, even if the take spans
+// several cards.
 #pragma once
 
 #include <string>
@@ -14,15 +14,15 @@ namespace Sorvik {
 class ProviderXDCAMEX final : public ClipProvider, public CardChecker {
  public:
   ProviderXDCAMEX();
-  // Any clip of the card, also one that the listing folds into its take.
+  // Any clip of the card, including one that the listing merges into its take.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
-  // The name is the shot's, unless that is asked for as a field of its own. Empty once aborted.
+  // The name is the shot's, unless "shotName" is one of the fields. Empty if aborted.
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
-  // 40 for a card without the folder of takes.
+  // With reservation if the card has no folder for takes.
   int CanProvideFor(const std::string& path) const override;
-  // The system's icon of the essence file.
+  // The desktop's icon for the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
   StructureFindings CheckStructure(const std::string& path) const override;

@@ -2,42 +2,40 @@
 #include "providers/cards/TakeCards.h"
 
 #include "foundation/CallScope.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/CardFolder.h"
+#include "foundation/platform/FileSystem.h"
 #include "providers/cards/Neighbours.h"
 
 namespace Sorvik::xdcamex {
 
-namespace PathUtils = Hestra::PathUtils;
 using formats::sony::MediaProfile;
 using foundation::CallScope;
+using foundation::CardFolder;
 
 struct NeighbourLists {
-  std::vector<UTF16String> paths;
+  std::vector<std::string> paths;
 };
 
 namespace {
 
-constexpr std::u16string_view kCardFolder = u"/BPAV";
+constexpr std::string_view kCardFolder = "/BPAV";
 
-// The lists of hundreds of full cards. They are kept for the call, so hostile ones must end.
+// The lists of hundreds of full cards. All lists are kept for the call, so their total is limited.
 constexpr std::size_t kMaxSiblingRecords = 500'000;
 
-// Where the lists of the cards beside this one would lie.
-std::shared_ptr<const NeighbourLists> ListsBeside(const UTF16String& mediaPro) {
-  const UTF16String root = mediaPro.substr(0, mediaPro.rfind(kCardFolder));
-  const auto separator = root.rfind(PathUtils::kSeparator);
+// The paths of the lists of the cards next to this one, whether they exist or not.
+std::shared_ptr<const NeighbourLists> NeighbourListsOf(const std::string& mediaPro) {
+  const std::string root = mediaPro.substr(0, mediaPro.rfind(kCardFolder));
+  const auto separator = root.rfind(platform::kSeparator);
   if (separator == root.npos || separator == 0) return std::make_shared<NeighbourLists>();
-  return CallScope::Remember<NeighbourLists>(Hestra::MakeStdString(root), [&] {
+  return CallScope::Remember<NeighbourLists>(root, [&] {
     NeighbourLists lists;
-    std::vector<UTF16String> files;
-    std::vector<UTF16String> folders;
-    Hestra::Directory::GetContainedFileAndDirectoryPaths(root.substr(0, separator), files, folders);
-    for (const UTF16String& folder : folders) {
-      UTF16String list = folder + UTF16String(kCardFolder) + u"/MEDIAPRO.XML";
-      if (list != mediaPro &&
-          CanAccessWithoutBlocking(Hestra::MakeStdString(folder), Hestra::MakeStdString(root)))
-        lists.paths.push_back(std::move(list));
+    const auto parent = CardFolder::Of(root.substr(0, separator));
+    for (const std::string& name : parent->Folders()) {
+      const std::string folder = parent->PathOf(name);
+      std::string list = folder + std::string(kCardFolder) + "/MEDIAPRO.XML";
+      if (list == mediaPro || !CanAccessWithoutBlocking(folder, root)) continue;
+      lists.paths.push_back(std::move(list));
     }
     return lists;
   });
@@ -45,11 +43,11 @@ std::shared_ptr<const NeighbourLists> ListsBeside(const UTF16String& mediaPro) {
 
 }  // namespace
 
-NeighbourCards::NeighbourCards(const UTF16String& mediaPro) : lists_(ListsBeside(mediaPro)) {}
+NeighbourCards::NeighbourCards(const std::string& mediaPro) : lists_(NeighbourListsOf(mediaPro)) {}
 
 std::shared_ptr<const MediaProCard> NeighbourCards::Next() {
   while (next_ < lists_->paths.size()) {
-    const UTF16String& list = lists_->paths[next_++];
+    const std::string& list = lists_->paths[next_++];
     records_ += MediaProfile::Of(list)->RecordCount();
     if (records_ > kMaxSiblingRecords) return nullptr;
     auto card = MediaProCard::Of(list);

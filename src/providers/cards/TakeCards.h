@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The cards that a take is put together from: the lists taken in so far, and those of the cards
-// beside. Lists are shared with the call scope; an object belongs to one thread.
+// The lists of the cards that a take is assembled from: the ones read so far, and those of the
+// cards next to this one. Lists are shared with the call scope; an object belongs to one thread.
 #pragma once
 
 #include <compare>
@@ -8,55 +8,54 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "SorvikProvider/foundation/UTF16String.h"
 #include "providers/cards/MediaPro.h"
 
 namespace Sorvik::xdcamex {
 
-// A record of one of the lists that have been taken in so far.
+// A record of one of the lists that have been added.
 struct EntryRef {
   std::size_t card;
-  std::size_t place;
+  std::size_t index;
 
   friend auto operator<=>(const EntryRef&, const EntryRef&) = default;
 };
 
-// The records of several lists, one behind the other, without copying them. Records can be taken
-// out.
+// The records of several lists as one list, without copies. Single records can be removed.
 class WorkingList {
  public:
   void Add(std::shared_ptr<const MediaProCard> card) { cards_.push_back(std::move(card)); }
 
-  const MediaProEntry& At(EntryRef ref) const { return cards_[ref.card]->Entries()[ref.place]; }
-  void TakeOut(EntryRef ref) { gone_.insert(ref); }
+  const MediaProEntry& At(EntryRef ref) const { return cards_[ref.card]->Entries()[ref.index]; }
+  void Remove(EntryRef ref) { removed_.insert(ref); }
 
   std::size_t CardCount() const { return cards_.size(); }
-  // The first record of that umid in the lists from that of card `from` on.
-  std::optional<EntryRef> WithUmid(std::u16string_view umid, std::size_t from = 0) const {
+  // The first record with that UMID in the list of card `from` or a later one.
+  std::optional<EntryRef> WithUmid(std::string_view umid, std::size_t from = 0) const {
     return First([umid](const MediaProCard& card) { return card.WithUmid(umid); },
                  [](const MediaProEntry&) { return true; }, from);
   }
-  // The clips of that umid in the first list that has a record with it. More than one only on a
-  // damaged card; each has its own files.
-  std::vector<EntryRef> ClipsWith(std::u16string_view umid) const {
+  // The clips with that UMID in the first list that contains a record with it. More than one only
+  // on a damaged card; each has files of its own.
+  std::vector<EntryRef> ClipsWith(std::string_view umid) const {
     std::vector<EntryRef> clips;
     const auto first = WithUmid(umid);
     if (!first) return clips;
-    for (const std::size_t place : *cards_[first->card]->WithUmid(umid)) {
-      const EntryRef ref{first->card, place};
+    for (const std::size_t index : *cards_[first->card]->WithUmid(umid)) {
+      const EntryRef ref{first->card, index};
       if (At(ref).kind == MediaProEntry::kClip) clips.push_back(ref);
     }
     return clips;
   }
   // The first take with that component, in any list or only in the one at `mediaProPath`.
-  std::optional<EntryRef> TakeWith(std::u16string_view umid,
-                                   const UTF16String& mediaProPath = {}) const {
+  std::optional<EntryRef> TakeWith(std::string_view umid,
+                                   std::string_view mediaProPath = {}) const {
     return First([umid](const MediaProCard& card) { return card.TakesWith(umid); },
-                 [&mediaProPath](const MediaProEntry& entry) {
+                 [mediaProPath](const MediaProEntry& entry) {
                    return mediaProPath.empty() || entry.mediaProPath == mediaProPath;
                  });
   }
@@ -65,29 +64,29 @@ class WorkingList {
   template <class Lookup, class Accept>
   std::optional<EntryRef> First(Lookup lookup, Accept accept, std::size_t from = 0) const {
     for (std::size_t card = from; card < cards_.size(); ++card) {
-      const std::vector<std::size_t>* places = lookup(*cards_[card]);
-      if (places == nullptr) continue;
-      for (const std::size_t place : *places) {
-        const EntryRef ref{card, place};
-        if (!gone_.contains(ref) && accept(At(ref))) return ref;
+      const std::vector<std::size_t>* indexes = lookup(*cards_[card]);
+      if (indexes == nullptr) continue;
+      for (const std::size_t index : *indexes) {
+        const EntryRef ref{card, index};
+        if (!removed_.contains(ref) && accept(At(ref))) return ref;
       }
     }
     return std::nullopt;
   }
 
   std::vector<std::shared_ptr<const MediaProCard>> cards_;
-  std::set<EntryRef> gone_;
+  std::set<EntryRef> removed_;
 };
 
 struct NeighbourLists;
 
-// The cards beside that of the list at `mediaPro` that have a list with records, one after the
-// other. Nothing is known to be beside a card at the top of the file tree.
+// The cards next to that of the list at `mediaPro` that have a list with records, one after the
+// other. None for a card in the root of the file system.
 class NeighbourCards {
  public:
-  explicit NeighbourCards(const UTF16String& mediaPro);
+  explicit NeighbourCards(const std::string& mediaPro);
 
-  // Null behind the last.
+  // Returns null after the last.
   std::shared_ptr<const MediaProCard> Next();
 
  private:

@@ -3,10 +3,9 @@
 
 #include "formats/sony/MediaProfile.h"
 #include "foundation/CallScope.h"
-#include "foundation/FoldedNames.h"
-#include "foundation/Presence.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
 #include "foundation/XmlTree.h"
-#include "foundation/hestra/PathUtils.h"
 #include "providers/cards/CardChecks.h"
 #include "providers/cards/MediaPro.h"
 #include "providers/cards/ProviderXDCAM.h"
@@ -19,61 +18,62 @@
 namespace Sorvik {
 namespace {
 
-namespace PathUtils = Hestra::PathUtils;
 using formats::sony::Material;
 using formats::sony::MaterialPart;
 using formats::sony::MediaProfile;
-using PathUtils::CombinePaths;
+using foundation::ExistsOnCard;
+using foundation::FindOnCard;
+using foundation::JoinPath;
+using foundation::Lookup;
 using xdcamex::MediaProCard;
 using xdcamex::MediaProEntry;
 
-void Miss(StructureFindings& findings, const UTF16String& key, const char* kind,
-          const UTF16String& path) {
-  findings.missing.push_back({Hestra::MakeStdString(key), kind, Hestra::MakeStdString(path)});
+void AddMissing(StructureFindings& findings, const std::string& key, const char* kind,
+                const std::string& path) {
+  findings.missing.push_back({key, kind, path});
 }
 
-void Require(StructureFindings& findings, const UTF16String& key, const char* kind,
-             const UTF16String& path) {
-  if (path.empty() || foundation::IsPresent(path, foundation::Lookup::kListing)) return;
-  Miss(findings, key, kind, path);
+void Require(StructureFindings& findings, const std::string& key, const char* kind,
+             const std::string& path) {
+  if (path.empty() || ExistsOnCard(path, Lookup::kListing)) return;
+  AddMissing(findings, key, kind, path);
 }
 
 struct RecordState {
   bool readable;
 };
 
-// A record that is there and damaged; asked once a file, for hostile lists name one again and
-// again.
-void RequireReadable(StructureFindings& findings, const UTF16String& key) {
-  if (!foundation::IsPresent(key, foundation::Lookup::kListing)) return;
-  const std::string path = Hestra::MakeStdString(key);
-  const auto state = foundation::CallScope::Remember<RecordState>(path, [&path] {
-    return RecordState{foundation::ReadXmlFile(path, {.bytes = kMaxClipXmlBytes}).has_value()};
+// Reports a clip record that exists but can't be parsed. Each file is parsed once, even if an
+// invalid list names it many times.
+void RequireReadable(StructureFindings& findings, const std::string& key) {
+  if (!ExistsOnCard(key, Lookup::kListing)) return;
+  const auto state = foundation::CallScope::Remember<RecordState>(key, [&key] {
+    return RecordState{foundation::ReadXmlFile(key, {.bytes = kMaxClipXmlBytes}).has_value()};
   });
-  if (!state->readable) Miss(findings, key, "readable clip record", key);
+  if (!state->readable) AddMissing(findings, key, "readable clip record", key);
 }
 
 const char* KindOf(const MaterialPart& part) {
   if (part.kind == MaterialPart::Kind::kProxy) return "proxy";
   if (part.kind == MaterialPart::Kind::kComponent) return "component";
-  return part.type == u"XML" ? "clip record" : "relevant information";
+  return part.type == "XML" ? "clip record" : "relevant information";
 }
 
 // The clip XML of a material is the key of its entry.
-UTF16String KeyOf(const UTF16String& root, const Material& material) {
+std::string KeyOf(const std::string& root, const Material& material) {
   for (const MaterialPart& part : material.parts) {
-    if (part.kind != MaterialPart::Kind::kRelevantInfo || part.type != u"XML") continue;
-    return xdcam::PathOfUri(root, part.uri).value_or(UTF16String());
+    if (part.kind != MaterialPart::Kind::kRelevantInfo || part.type != "XML") continue;
+    return xdcam::PathOfUri(root, part.uri).value_or(std::string());
   }
   return {};
 }
 
-void CheckDisc(const UTF16String& root, StructureFindings& findings) {
-  const UTF16String index = CombinePaths(root, u"MEDIAPRO.XML");
+void CheckDisc(const std::string& root, StructureFindings& findings) {
+  const std::string index = JoinPath(root, "MEDIAPRO.XML");
   const auto list = MediaProfile::Of(index);
-  if (!list->IsReadable()) Miss(findings, {}, "readable material list", index);
+  if (!list->IsReadable()) AddMissing(findings, {}, "readable material list", index);
   for (const Material& material : list->Materials()) {
-    const UTF16String key = KeyOf(root, material);
+    const std::string key = KeyOf(root, material);
     RequireReadable(findings, key);
     if (const auto essence = xdcam::PathOfUri(root, material.uri)) {
       Require(findings, key, "essence", *essence);
@@ -86,93 +86,89 @@ void CheckDisc(const UTF16String& root, StructureFindings& findings) {
   }
 }
 
-void CheckProav(const UTF16String& root, StructureFindings& findings) {
-  const UTF16String proav = CombinePaths(root, xdcam::kProav);
-  const UTF16String index = CombinePaths(proav, u"INDEX.XML");
+void CheckProav(const std::string& root, StructureFindings& findings) {
+  const std::string proav = JoinPath(root, xdcam::kProav);
+  const std::string index = JoinPath(proav, "INDEX.XML");
   const auto clips = xdcam::IndexedClips(index);
-  if (clips == nullptr) return Miss(findings, {}, "readable clip table", index);
+  if (clips == nullptr) return AddMissing(findings, {}, "readable clip table", index);
   for (const xdcam::IndexedClip& clip : *clips) {
-    const UTF16String folder = CombinePaths(CombinePaths(proav, xdcam::kClpr), clip.clipId);
-    if (clip.clipId.empty() || !foundation::IsWithin(folder, root)) continue;
-    const UTF16String key = CombinePaths(folder, clip.clipId + xdcam::kClipXmlEnd);
+    const std::string folder = JoinPath(JoinPath(proav, xdcam::kClpr), clip.clipId);
+    if (clip.clipId.empty() || !foundation::IsInside(folder, root)) continue;
+    const std::string key = JoinPath(folder, clip.clipId).append(xdcam::kClipXmlEnd);
     RequireReadable(findings, key);
-    Require(findings, key, "essence", xdcam::EssenceForClipXml(key, foundation::Lookup::kListing));
-    for (const UTF16String& file : clip.files) {
-      const UTF16String path = CombinePaths(folder, file);
-      if (foundation::IsWithin(path, root)) Require(findings, key, "clip file", path);
+    Require(findings, key, "essence", xdcam::EssenceForClipXml(key, Lookup::kListing));
+    for (const std::string& file : clip.files) {
+      const std::string path = JoinPath(folder, file);
+      if (foundation::IsInside(path, root)) Require(findings, key, "clip file", path);
     }
   }
 }
 
-// A clip hands out most of these; but for a clip without a known material a disc lists none.
-void AddDiscFiles(const UTF16String& root, StructureFindings& findings) {
+// Most of these are extra paths of each clip, but of none that the material list doesn't contain.
+void AddDiscFiles(const std::string& root, StructureFindings& findings) {
   AddStructureFiles(
-      Hestra::MakeStdString(root),
-      {"MEDIAPRO.XML", "DISCMETA.XML", "ALIAS.XML", "INDEX.XML", "SYSPRO.XML", "CUEUP.XML"},
+      root, {"MEDIAPRO.XML", "DISCMETA.XML", "ALIAS.XML", "INDEX.XML", "SYSPRO.XML", "CUEUP.XML"},
       findings);
-  for (const char16_t* folder : {u"General", u"Edit", u"UserData", u"Take"}) {
-    AddStructureFilesBelow(Hestra::MakeStdString(CombinePaths(root, folder)), findings);
+  for (const char* folder : {"General", "Edit", "UserData", "Take"}) {
+    AddStructureFilesBelow(JoinPath(root, folder), findings);
   }
 }
 
-void AddProavFiles(const UTF16String& root, StructureFindings& findings) {
-  const UTF16String proav = CombinePaths(root, xdcam::kProav);
-  AddStructureFiles(Hestra::MakeStdString(proav),
-                    {"INDEX.XML", "INDEX.BUP", "DISCINFO.XML", "DISCINFO.BUP", "DISCMETA.XML"},
-                    findings);
-  AddStructureFilesBelow(Hestra::MakeStdString(CombinePaths(root, u"General")), findings);
-  for (const char16_t* folder : {u"EDTR", u"USERDATA"}) {
-    AddStructureFilesBelow(Hestra::MakeStdString(CombinePaths(proav, folder)), findings);
+void AddProavFiles(const std::string& root, StructureFindings& findings) {
+  const std::string proav = JoinPath(root, xdcam::kProav);
+  AddStructureFiles(
+      proav, {"INDEX.XML", "INDEX.BUP", "DISCINFO.XML", "DISCINFO.BUP", "DISCMETA.XML"}, findings);
+  AddStructureFilesBelow(JoinPath(root, "General"), findings);
+  for (const char* folder : {"EDTR", "USERDATA"}) {
+    AddStructureFilesBelow(JoinPath(proav, folder), findings);
   }
 }
 
-// Media of all clips in either layout.
-std::vector<std::string> MediaFolders(const UTF16String& root) {
-  const UTF16String proav = CombinePaths(root, xdcam::kProav);
-  return {Hestra::MakeStdString(CombinePaths(root, xdcam::kClipFolder)),
-          Hestra::MakeStdString(CombinePaths(root, u"Sub")),
-          Hestra::MakeStdString(CombinePaths(proav, xdcam::kClpr))};
+// The folders with media in either layout.
+std::vector<std::string> MediaFolders(const std::string& root) {
+  return {JoinPath(root, xdcam::kClipFolder), JoinPath(root, "Sub"),
+          JoinPath(JoinPath(root, xdcam::kProav), xdcam::kClpr)};
 }
 
-// Cameras and listings pay no heed to the case of names on such a card.
-void RequireInAnyCase(StructureFindings& findings, const UTF16String& key, const char* kind,
-                      const UTF16String& path) {
-  if (!foundation::FoundOnDisk(path)) Require(findings, key, kind, path);
+// On XDCAM EX cards, cameras and listings compare names ignoring case.
+void RequireIgnoringCase(StructureFindings& findings, const std::string& key, const char* kind,
+                         const std::string& path) {
+  if (!FindOnCard(path)) Require(findings, key, kind, path);
 }
 
-// The clip XML as it is named on disk is the key of the entry.
-UTF16String KeyOf(const MediaProEntry& clip) {
-  return foundation::FoundOnDisk(clip.xmlPath).value_or(clip.xmlPath);
+// The clip XML, as it is spelled on disk, is the key of the entry.
+std::string KeyOf(const MediaProEntry& clip) {
+  return FindOnCard(clip.xmlPath).value_or(clip.xmlPath);
 }
 
 void CheckClipOfCard(const MediaProEntry& clip, StructureFindings& findings) {
-  const UTF16String key = KeyOf(clip);
-  // The playlist of a single clip is left out: some cameras list it without writing it.
-  RequireInAnyCase(findings, key, "essence", clip.essencePath);
-  RequireInAnyCase(findings, key, "clip record", clip.xmlPath);
+  const std::string key = KeyOf(clip);
+  // The playlist of a single clip isn't required: some cameras list it without writing it.
+  RequireIgnoringCase(findings, key, "essence", clip.essencePath);
+  RequireIgnoringCase(findings, key, "clip record", clip.xmlPath);
   RequireReadable(findings, key);
-  RequireInAnyCase(findings, key, "BIM file", clip.bimPath);
-  RequireInAnyCase(findings, key, "PPN file", clip.ppnPath);
+  RequireIgnoringCase(findings, key, "BIM file", clip.bimPath);
+  RequireIgnoringCase(findings, key, "PPN file", clip.ppnPath);
 }
 
-// The first clip of a take that lies on this card; null if none does.
+// The first clip of a take that is on this card; null if none is.
 const MediaProEntry* ClipOfTake(const MediaProCard& card, const MediaProEntry& take) {
-  for (const UTF16String& umid : take.componentUmids) {
-    const auto* places = card.WithUmid(umid);
-    if (places == nullptr) continue;
-    const MediaProEntry& part = card.Entries()[places->front()];
+  for (const std::string& umid : take.componentUmids) {
+    const auto* indexes = card.WithUmid(umid);
+    if (indexes == nullptr) continue;
+    const MediaProEntry& part = card.Entries()[indexes->front()];
     if (part.kind == MediaProEntry::kClip) return &part;
   }
   return nullptr;
 }
 
 void CheckTake(const MediaProCard& card, const MediaProEntry& take, StructureFindings& findings) {
-  RequireInAnyCase(findings, {}, "take record", take.xmlPath);
-  RequireInAnyCase(findings, {}, "take playlist", take.materialPath);
+  RequireIgnoringCase(findings, {}, "take record", take.xmlPath);
+  RequireIgnoringCase(findings, {}, "take playlist", take.materialPath);
   const MediaProEntry* clip = ClipOfTake(card, take);
   if (clip == nullptr) return;
-  for (const UTF16String& umid : xdcamex::MissingParts(take.mediaProPath, take)) {
-    Miss(findings, KeyOf(*clip), "span", umid);
+  for (const std::string& umid : xdcamex::MissingParts(take.mediaProPath, take)) {
+    AddMissing(findings, KeyOf(*clip), "span", umid);
   }
 }
 
@@ -181,8 +177,8 @@ void CheckTake(const MediaProCard& card, const MediaProEntry& take, StructureFin
 StructureFindings ProviderXDCAM::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
-  const UTF16String root = PathUtils::RemoveTrailingSlash(Hestra::MakeString(path));
-  if (PathUtils::ExistsOnDisk(CombinePaths(root, xdcam::kClipFolder))) {
+  const std::string root(foundation::WithoutTrailingSlash(path));
+  if (xdcam::HasClipFolder(root)) {
     CheckDisc(root, findings);
     AddDiscFiles(root, findings);
   } else {
@@ -196,20 +192,20 @@ StructureFindings ProviderXDCAM::CheckStructure(const std::string& path) const {
 StructureFindings ProviderXDCAMEX::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
-  const UTF16String bpav = CombinePaths(Hestra::MakeString(path), u"BPAV");
-  const UTF16String list = CombinePaths(bpav, u"MEDIAPRO.XML");
+  const std::string bpav = JoinPath(path, "BPAV");
+  const std::string list = JoinPath(bpav, "MEDIAPRO.XML");
   const auto card = MediaProCard::Of(list);
-  if (!MediaProfile::Of(list)->IsReadable()) Miss(findings, {}, "readable material list", list);
+  if (!MediaProfile::Of(list)->IsReadable()) {
+    AddMissing(findings, {}, "readable material list", list);
+  }
   for (const MediaProEntry& entry : card->Entries()) {
     if (entry.kind == MediaProEntry::kClip) CheckClipOfCard(entry, findings);
     if (entry.kind == MediaProEntry::kTake) CheckTake(*card, entry, findings);
   }
-  AddStructureFiles(Hestra::MakeStdString(bpav),
-                    {"MEDIAPRO.XML", "MEDIAPRO.BAK", "MEDIAPRO.BUP", "CUEUP.XML"}, findings);
-  // A take may join clips that all lie on other cards.
-  AddStructureFilesBelow(Hestra::MakeStdString(CombinePaths(bpav, u"TAKR")), findings);
-  AddUnreachedMedia(*this, path, {Hestra::MakeStdString(CombinePaths(bpav, xdcam::kClpr))},
-                    findings);
+  AddStructureFiles(bpav, {"MEDIAPRO.XML", "MEDIAPRO.BAK", "MEDIAPRO.BUP", "CUEUP.XML"}, findings);
+  // A take may consist of clips that are all on other cards.
+  AddStructureFilesBelow(JoinPath(bpav, "TAKR"), findings);
+  AddUnreachedMedia(*this, path, {JoinPath(bpav, xdcam::kClpr)}, findings);
   return findings;
 }
 

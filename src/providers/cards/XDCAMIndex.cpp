@@ -5,7 +5,7 @@
 
 #include "formats/XercesDocument.h"
 #include "foundation/CallScope.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/Paths.h"
 
 namespace Sorvik::xdcam {
 namespace {
@@ -25,11 +25,11 @@ struct MaterialUris {
   std::shared_ptr<const TextIndex> uris;
 };
 
-MaterialUris ReadMaterialUris(const UTF16String& path) {
+MaterialUris ReadMaterialUris(const std::string& path) {
   auto list = MediaProfile::Of(path);
-  std::vector<UTF16String> uris;
+  std::vector<std::string> uris;
   for (const Material& material : list->Materials()) uris.push_back(material.uri);
-  return {std::move(list), std::make_shared<const TextIndex>(std::move(uris))};
+  return {std::move(list), std::make_shared<const TextIndex>(uris)};
 }
 
 struct ClipTable {
@@ -38,24 +38,22 @@ struct ClipTable {
   std::shared_ptr<const TextIndex> ids;
 };
 
-// A folder bears the id, and no longer name can be one.
+// In 16-bit code units. The id is the name of a folder, and names aren't longer.
 constexpr std::size_t kMaxClipIdLength = 255;
 
 void AddFileOf(XercesElement element, IndexedClip& clip) {
-  UTF16String file;
-  GetElementAttribute(element, u"file", file);
+  std::string file;
+  GetElementAttribute(element, "file", file);
   if (!file.empty() && clip.files.size() < kMaxFilesOfClip) clip.files.push_back(std::move(file));
 }
 
 IndexedClip ReadClip(XercesElement element) {
   IndexedClip clip;
-  GetElementAttribute(element, u"clipId", clip.clipId);
-  if (clip.clipId.size() > kMaxClipIdLength) clip.clipId.clear();
+  GetElementAttribute(element, "clipId", clip.clipId);
+  if (foundation::CountCodeUnits(clip.clipId) > kMaxClipIdLength) clip.clipId.clear();
   AddFileOf(element, clip);
-  for (const char16_t* name : {u"subStream", u"rtmeta"}) {
-    AddFileOf(FindChildElement(element, name), clip);
-  }
-  for (const char16_t* name : {u"meta", u"audio"}) {
+  for (const char* name : {"subStream", "rtmeta"}) AddFileOf(FindChildElement(element, name), clip);
+  for (const char* name : {"meta", "audio"}) {
     for (XercesElement child = FindChildElement(element, name); child;
          child = FindNextSiblingElement(child, name)) {
       AddFileOf(child, clip);
@@ -64,51 +62,49 @@ IndexedClip ReadClip(XercesElement element) {
   return clip;
 }
 
-ClipTable ReadClipTable(const UTF16String& path) {
+ClipTable ReadClipTable(const std::string& path) {
   ClipTable table;
-  std::vector<UTF16String> ids;
+  std::vector<std::string> ids;
   if (const auto document = XercesDocument::ReadFile(path)) {
-    const XercesElement element = FindChildElement(document->Root(), u"clipTable");
+    const XercesElement element = FindChildElement(document->Root(), "clipTable");
     table.readable = static_cast<bool>(element);
-    for (XercesElement clip = FindChildElement(element, u"clip"); clip;
-         clip = FindNextSiblingElement(clip, u"clip")) {
+    for (XercesElement clip = FindChildElement(element, "clip"); clip;
+         clip = FindNextSiblingElement(clip, "clip")) {
       table.clips.push_back(ReadClip(clip));
       ids.push_back(table.clips.back().clipId);
     }
   }
-  table.ids = std::make_shared<const TextIndex>(std::move(ids));
+  table.ids = std::make_shared<const TextIndex>(ids);
   return table;
 }
 
-std::shared_ptr<const ClipTable> TableOf(const UTF16String& path) {
-  return CallScope::Remember<ClipTable>(Hestra::MakeStdString(path),
-                                        [&path] { return ReadClipTable(path); });
+std::shared_ptr<const ClipTable> TableOf(const std::string& path) {
+  return CallScope::Remember<ClipTable>(path, [&path] { return ReadClipTable(path); });
 }
 
 }  // namespace
 
-std::shared_ptr<const Material> FindMaterial(const UTF16String& root,
-                                             std::u16string_view essenceFile) {
-  const UTF16String path = Hestra::PathUtils::CombinePaths(root, u"MEDIAPRO.XML");
-  const auto record = CallScope::Remember<MaterialUris>(Hestra::MakeStdString(path),
-                                                        [&path] { return ReadMaterialUris(path); });
-  const auto place = record->uris->FirstHolding(essenceFile);
-  if (!place) return nullptr;
-  return {record->list, &record->list->Materials()[*place]};
+std::shared_ptr<const Material> FindMaterial(const std::string& root,
+                                             std::string_view essenceFile) {
+  const std::string path = foundation::JoinPath(root, "MEDIAPRO.XML");
+  const auto record =
+      CallScope::Remember<MaterialUris>(path, [&path] { return ReadMaterialUris(path); });
+  const auto index = record->uris->FirstContaining(essenceFile);
+  if (!index) return nullptr;
+  return {record->list, &record->list->Materials()[*index]};
 }
 
-std::shared_ptr<const std::vector<IndexedClip>> IndexedClips(const UTF16String& path) {
+std::shared_ptr<const std::vector<IndexedClip>> IndexedClips(const std::string& path) {
   const auto table = TableOf(path);
   if (!table->readable) return nullptr;
   return {table, &table->clips};
 }
 
-std::shared_ptr<const IndexedClip> FindIndexedClip(const UTF16String& path,
-                                                   std::u16string_view key) {
+std::shared_ptr<const IndexedClip> FindIndexedClip(const std::string& path, std::string_view key) {
   const auto table = TableOf(path);
-  const auto place = table->ids->FirstHeldBy(key);
-  if (!place) return nullptr;
-  return {table, &table->clips[*place]};
+  const auto index = table->ids->FirstContainedIn(key);
+  if (!index) return nullptr;
+  return {table, &table->clips[*index]};
 }
 
 }  // namespace Sorvik::xdcam

@@ -41,9 +41,9 @@ std::string_view AttributeOf(const XmlElement& element, std::string_view name) {
 }
 
 // Returns the element's own attribute, otherwise the field of the material list.
-std::string TextOr(std::string_view own, const Material* material, UTF16String Material::*field) {
+std::string TextOr(std::string_view own, const Material* material, std::string Material::*field) {
   if (!own.empty() || material == nullptr) return std::string(own);
-  return Hestra::MakeStdString(material->*field);
+  return material->*field;
 }
 
 // A text that writers store as the element's text, in a child "Alias" or as an attribute in ASCII.

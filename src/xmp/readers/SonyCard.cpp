@@ -2,21 +2,15 @@
 #include "xmp/readers/SonyCard.h"
 
 #include "foundation/CallScope.h"
+#include "foundation/Paths.h"
 #include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
 
 namespace Sorvik::xmp {
 namespace {
 
-namespace PathUtils = Hestra::PathUtils;
-
 using formats::sony::Material;
 using formats::sony::MediaProfile;
 using foundation::CallScope;
-using Hestra::MakeStdString;
-using Hestra::MakeString;
-using Hestra::UTF16String;
-using tarnwick::utility::FoldCase;
 
 constexpr std::string_view kCardFolder = "/BPAV/";
 
@@ -27,16 +21,25 @@ std::string CardFolderOf(const std::string& xmlPath) {
 }
 
 // Returns the material list in `folder`, case-insensitive; empty if there is none.
-UTF16String FindList(const std::string& folder) {
+std::string FindList(const std::string& folder) {
   const auto items = Hestra::Directory::GetItems(folder);
   if (!items) return {};
   for (const platform::FolderItem& item : *items) {
     if (item.kind == platform::FileKind::kRegular &&
-        FoldCase(MakeString(item.name)) == u"mediapro.xml") {
-      return MakeString(folder + platform::kSeparator + item.name);
+        foundation::EqualIgnoringCase(item.name, "MEDIAPRO.XML")) {
+      return folder + platform::kSeparator + item.name;
     }
   }
   return {};
+}
+
+// The offset of the last "M01.XML" in a file name, ignoring case; npos if there is none.
+std::size_t LastClipXmlEnd(std::string_view name) {
+  static constexpr std::string_view kEnd = "M01.XML";
+  for (std::size_t at = name.size(); at-- > 0;) {
+    if (foundation::EqualIgnoringCase(name.substr(at, kEnd.size()), kEnd)) return at;
+  }
+  return name.npos;
 }
 
 struct ListRecord {
@@ -46,7 +49,7 @@ struct ListRecord {
 std::shared_ptr<const MediaProfile> ReadList(const std::string& folder) {
   return CallScope::Remember<ListRecord>(folder,
                                          [&folder] {
-                                           const UTF16String path = FindList(folder);
+                                           const std::string path = FindList(folder);
                                            if (path.empty()) return ListRecord{};
                                            return ListRecord{MediaProfile::Of(path)};
                                          })
@@ -71,7 +74,7 @@ std::shared_ptr<const MediaProfile> ListOfClip(const std::string& xmlPath) {
 std::shared_ptr<const Material> MaterialOfClip(const std::string& xmlPath) {
   const auto list = ListOfClip(xmlPath);
   if (!list) return nullptr;
-  return {list, list->OfFile(PathUtils::GetFullFilePart(MakeString(xmlPath)))};
+  return {list, list->FindMaterial(foundation::FileName(xmlPath))};
 }
 
 bool IsOnXDCAMEX(const std::string& xmlPath) { return !CardFolderOf(xmlPath).empty(); }
@@ -80,15 +83,15 @@ std::string TakeOfClip(const std::string& xmlPath) {
   const std::string card = CardFolderOf(xmlPath);
   const auto list = card.empty() ? nullptr : ReadList(card);
   if (list == nullptr) return {};
-  const UTF16String name = PathUtils::GetFullFilePart(MakeString(xmlPath));
-  const Material* clip = list->OfFile(name);
+  const std::string_view name = foundation::FileName(xmlPath);
+  const Material* clip = list->FindMaterial(name);
   if (clip == nullptr) {
     // Lists may contain only the name of the essence.
-    const auto end = FoldCase(name).rfind(u"m01.xml");
-    if (end != name.npos) clip = list->OfFile(name.substr(0, end) + u".MP4");
+    const auto end = LastClipXmlEnd(name);
+    if (end != name.npos) clip = list->FindMaterial(std::string(name.substr(0, end)) + ".MP4");
   }
-  const Material* take = clip == nullptr ? nullptr : list->TakeWith(clip->umid);
-  return take == nullptr ? std::string() : MakeStdString(take->umid);
+  const Material* take = clip == nullptr ? nullptr : list->FindTake(clip->umid);
+  return take == nullptr ? std::string() : take->umid;
 }
 
 }  // namespace Sorvik::xmp
