@@ -15,7 +15,7 @@ using namespace Sorvik;
 using namespace sorvik_test;
 using Lines = std::vector<std::string>;
 
-// "kind path" of each missing part, below the tree's root.
+// "kind path" of each missing part, the path relative to the tree.
 Lines Missing(const StructureFindings& findings, const TempTree& tree) {
   Lines lines;
   for (const StructurePart& part : findings.missing) {
@@ -30,18 +30,18 @@ void Remove(const TempTree& tree, const std::string& file) {
   ASSERT_TRUE(std::filesystem::remove(tree.Path(file))) << file;
 }
 
-// A clip with the two sound channels that its record names.
-void AddWholeP2Clip(const TempTree& tree, const std::string& card, const P2Clip& clip) {
+// A clip with the two sound channels in its record.
+void AddCompleteP2Clip(const TempTree& tree, const std::string& card, const P2Clip& clip) {
   AddP2Clip(tree, card, clip);
   for (const char* channel : {"00", "01"}) {
     tree.File(card + "/CONTENTS/AUDIO/" + clip.id + channel + ".MXF");
   }
 }
 
-TEST(CardChecks, FindNothingOnWholeCards) {
+TEST(CardChecks, ReportNothingOnCompleteCards) {
   const TempTree tree;
   MakeP2Card(tree, "p2");
-  for (const P2Clip& clip : P2Shot({"0001AA", "0002AA"}, "S1")) AddWholeP2Clip(tree, "p2", clip);
+  for (const P2Clip& clip : P2Shot({"0001AA", "0002AA"}, "S1")) AddCompleteP2Clip(tree, "p2", clip);
   MakeXDCAMDisc(tree, "disc", {{"C0001"}, {"C0002"}});
   MakeXDCAMProav(tree, "proav", {{"C0001"}, {"C0002"}});
   MakeXDCAMEXCard(tree, "ex", {{"A_01"}, {"A_02"}}, {{"A", {"A_01", "A_02"}}});
@@ -51,12 +51,12 @@ TEST(CardChecks, FindNothingOnWholeCards) {
   EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("ex")), tree), Lines{});
 }
 
-TEST(CardChecks, NameTheMissingPartsOfP2Clips) {
+TEST(CardChecks, ReportMissingPartsOfP2Clips) {
   const TempTree tree;
   MakeP2Card(tree, "card");
   P2Clip clip{.id = "0001AA"};
   clip.extraXml = "<Thumbnail/><Proxy/>";
-  AddWholeP2Clip(tree, "card", clip);
+  AddCompleteP2Clip(tree, "card", clip);
   tree.File("card/CONTENTS/CLIP/0002BB.XML",
             "<P2Main><ClipContent><GlobalClipID>B</GlobalClipID><EssenceList><Video/><Audio/>"
             "<Audio/></EssenceList></ClipContent></P2Main>");
@@ -74,23 +74,23 @@ TEST(CardChecks, NameTheMissingPartsOfP2Clips) {
   EXPECT_EQ(findings.structureFiles, Lines{tree.Path("card/LASTCLIP.TXT")});
 }
 
-TEST(CardChecks, LookForSpansOfP2ShotsBesideTheCard) {
+TEST(CardChecks, SearchNeighbouringCardsForSpansOfP2Shots) {
   const TempTree tree;
   const auto shot = P2Shot({"0001AA", "0002AA", "0003AA"}, "S1");
   for (const char* card : {"one", "two"}) MakeP2Card(tree, card);
-  AddWholeP2Clip(tree, "one", shot[0]);
-  AddWholeP2Clip(tree, "two", shot[1]);
+  AddCompleteP2Clip(tree, "one", shot[0]);
+  AddCompleteP2Clip(tree, "two", shot[1]);
   EXPECT_EQ(Missing(ProviderP2().CheckStructure(tree.Path("one")), tree), Lines{});
-  // The last clip is nowhere; the one before names it.
+  // The last clip is missing, and the previous one references it.
   const StructureFindings findings = ProviderP2().CheckStructure(tree.Path("two"));
   ASSERT_EQ(findings.missing.size(), 1u);
   EXPECT_EQ(findings.missing[0].kind, "span");
   EXPECT_EQ(findings.missing[0].entryKey, "0002AA");
-  AddWholeP2Clip(tree, "one", shot[2]);
+  AddCompleteP2Clip(tree, "one", shot[2]);
   EXPECT_EQ(Missing(ProviderP2().CheckStructure(tree.Path("two")), tree), Lines{});
 }
 
-TEST(CardChecks, NameWhatXDCAMIndexesListInVain) {
+TEST(CardChecks, ReportMissingFilesOfXDCAMIndexes) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {{"C0001"}, {"C0002"}});
   MakeXDCAMProav(tree, "proav", {{"C0001"}, {"C0002"}});
@@ -107,7 +107,7 @@ TEST(CardChecks, NameWhatXDCAMIndexesListInVain) {
                           [](const std::string& line) { return line.starts_with("proxy "); }),
             2);
   EXPECT_EQ(disc.size(), 4u);
-  // Its first sound file would be the essence of a clip without picture.
+  // Without the video file, the first sound file is the essence.
   const StructureFindings proav = ProviderXDCAM().CheckStructure(tree.Path("proav"));
   EXPECT_TRUE(proav.missing.empty());
   std::filesystem::remove_all(tree.Path("proav/PROAV/CLPR/C0002"));
@@ -116,7 +116,7 @@ TEST(CardChecks, NameWhatXDCAMIndexesListInVain) {
   EXPECT_TRUE(ProviderXDCAM().CheckStructure(tree.Path("disc")).missing.empty());
 }
 
-TEST(CardChecks, LookForPartsOfTakesBesideTheCard) {
+TEST(CardChecks, SearchNeighbouringCardsForPartsOfTakes) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "one", {{"A_01"}}, {{"A", {"A_01", "A_02"}}});
   const StructureFindings findings = ProviderXDCAMEX().CheckStructure(tree.Path("one"));
@@ -129,12 +129,12 @@ TEST(CardChecks, LookForPartsOfTakesBesideTheCard) {
   EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("two")), tree),
             Lines{"essence two/BPAV/CLPR/A_02/A_02.MP4"});
 
-  // A clip in two takes, the second with its other part on another card.
+  // A clip in two takes; the other part of the second take is on another card.
   MakeXDCAMEXCard(tree, "takes", {{"B_01"}, {"B_02"}},
                   {{"B", {"B_01", "B_02"}}, {"C", {"B_01", "C_02"}}});
   MakeXDCAMEXCard(tree, "three", {{"C_02"}});
   EXPECT_EQ(Missing(ProviderXDCAMEX().CheckStructure(tree.Path("takes")), tree), Lines{});
-  // The listing finds clips in lower case, so nothing is missing.
+  // Listings compare names ignoring case, and so does the check.
   const std::string clip = "three/BPAV/CLPR/C_02/";
   for (const char* end : {".MP4", "M01.XML", "R01.BIM", "I01.PPN"}) {
     const std::string name = std::string("C_02") + end;
@@ -149,7 +149,7 @@ TEST(CardChecks, LookForPartsOfTakesBesideTheCard) {
   EXPECT_EQ(gone.missing[0].entryKey, tree.Path(clip + "c_02m01.xml"));
 }
 
-TEST(CardChecks, TellDamagedIndexesAndRecordsFromWholeOnes) {
+TEST(CardChecks, ReportDamagedIndexesAndRecords) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {{"C0001"}});
   MakeXDCAMProav(tree, "proav", {{"C0001"}});

@@ -38,14 +38,14 @@ void SetModTime(const std::string& path, std::time_t seconds) {
 struct ScoreCase {
   const char* why;
   std::vector<std::string> files;    // relative to the card
-  std::vector<std::string> folders;  // besides the five
+  std::vector<std::string> folders;  // in addition to the five
   const char* missing;               // one of the five, or null
   int score;
 };
 
 class P2Score : public testing::TestWithParam<ScoreCase> {};
 
-TEST_P(P2Score, TellsCardsFromOthers) {
+TEST_P(P2Score, DependsOnTheLayout) {
   const TempTree tree;
   MakeP2Card(tree, "card");
   for (const auto& file : GetParam().files) tree.File("card/" + file);
@@ -62,21 +62,22 @@ INSTANTIATE_TEST_SUITE_P(
         ScoreCase{"bare card", {}, {}, nullptr, 100},
         ScoreCase{"last clip alone", {"LASTCLIP.TXT"}, {}, nullptr, 100},
         ScoreCase{"last clip and another", {"LASTCLIP.TXT", "a.txt"}, {}, nullptr, 40},
-        ScoreCase{"foreign file", {"a.txt"}, {}, nullptr, 40},
+        ScoreCase{"unrelated file", {"a.txt"}, {}, nullptr, 40},
         ScoreCase{"hidden file", {".a"}, {}, nullptr, 100},
-        ScoreCase{"foreign folder", {}, {"A"}, nullptr, 40},
-        ScoreCase{"foreign folder made up for", {"LASTCLIP.TXT"}, {"A"}, nullptr, 100},
-        ScoreCase{"folder behind the two that end the walk", {}, {"Desktop", "E"}, nullptr, 100},
+        ScoreCase{"unrelated folder", {}, {"A"}, nullptr, 40},
+        ScoreCase{
+            "last clip makes up for an unrelated folder", {"LASTCLIP.TXT"}, {"A"}, nullptr, 100},
+        ScoreCase{"folder listed after CONTENTS and Desktop", {}, {"Desktop", "E"}, nullptr, 100},
         ScoreCase{"hidden folder", {}, {".Trashes"}, nullptr, 100},
         ScoreCase{"one of five missing", {}, {"CONTENTS/OTHER"}, "ICON", 0},
-        ScoreCase{"too few", {}, {}, "PROXY", 0},
-        ScoreCase{"long-GOP folder stands before CLIP", {}, {"CONTENTS/AVCLIP"}, nullptr, 40},
-        ScoreCase{"voice folder stands behind VIDEO", {}, {"CONTENTS/VOICE"}, nullptr, 100},
-        ScoreCase{"foreign file in CONTENTS", {"CONTENTS/a"}, {}, nullptr, 40},
+        ScoreCase{"only four folders", {}, {}, "PROXY", 0},
+        ScoreCase{"long-GOP folder, listed before CLIP", {}, {"CONTENTS/AVCLIP"}, nullptr, 40},
+        ScoreCase{"voice folder, listed after VIDEO", {}, {"CONTENTS/VOICE"}, nullptr, 100},
+        ScoreCase{"unrelated file in CONTENTS", {"CONTENTS/a"}, {}, nullptr, 40},
         ScoreCase{"desktop database", {"CONTENTS/.DS_Store"}, {}, nullptr, 100},
         ScoreCase{"names in another case", {}, {"CONTENTS/icon"}, "ICON", 0}));
 
-TEST(ProviderP2, RefusesWhatIsNoFolder) {
+TEST(ProviderP2, RejectsPathsThatAreNotFolders) {
   const TempTree tree;
   EXPECT_EQ(kProvider.CanProvideFor(""), 0);
   EXPECT_EQ(kProvider.CanProvideFor("relative/path"), 0);
@@ -85,7 +86,7 @@ TEST(ProviderP2, RefusesWhatIsNoFolder) {
   EXPECT_THAT(List(tree, "missing", {}), IsEmpty());
 }
 
-TEST(ProviderP2, TellsWhatItOffers) {
+TEST(ProviderP2, DescribesItself) {
   EXPECT_EQ(kProvider.GetFieldList().size(), XMPSupport::kFieldCount);
   EXPECT_EQ(kProvider.GetFieldLabelList().size(), 29u);
   EXPECT_THAT(kProvider.GetDefaultFieldList(),
@@ -115,7 +116,7 @@ TEST(ProviderP2, ListsClipsThatHaveEssence) {
   EXPECT_FALSE(content.at("0001AA").contains("ExtraPath"));
 }
 
-TEST(ProviderP2, NamesClipsAsTheCameraDoesUnlessThatRepeatsTheId) {
+TEST(ProviderP2, PrefersTheShotNameUnlessItRepeatsTheId) {
   const TempTree tree;
   MakeP2Card(tree, "card");
   AddP2Clip(tree, "card", {.id = "0001AA", .userName = "Interview"});
@@ -133,7 +134,7 @@ TEST(ProviderP2, NamesClipsAsTheCameraDoesUnlessThatRepeatsTheId) {
   }
 }
 
-TEST(ProviderP2, FoldsTheClipsOfAShotUnderItsFirst) {
+TEST(ProviderP2, MergesTheClipsOfAShotUnderItsTopClip) {
   const TempTree tree;
   MakeP2Card(tree, "card");
   for (const P2Clip& clip : P2Shot({"0002BB", "0001AA", "0003CC"}, "SHOT")) {
@@ -160,7 +161,7 @@ TEST(ProviderP2, FoldsTheClipsOfAShotUnderItsFirst) {
                   "AUDIO/0002BB01.MXF", "CLIP/0002BB.XML", "ICON/0002BB.BMP", "AUDIO", "CLIP",
                   "ICON", "PROXY", "VIDEO", "VOICE"));
 
-  // One clip alone keeps its own length and its own essence out of its list.
+  // A single clip has its own duration, and its own essence isn't among the extra paths.
   const ContentMap one = kProvider.GetContent(tree.Path("card"), "0001AA", fields);
   EXPECT_THAT(KeysOf(one), ElementsAre("0001AA"));
   EXPECT_EQ(TextOf(one.at("0001AA"), "duration"), "00:00:04:00");
@@ -169,7 +170,7 @@ TEST(ProviderP2, FoldsTheClipsOfAShotUnderItsFirst) {
   EXPECT_THAT(paths, testing::Not(testing::Contains("VIDEO/0001AA.MXF")));
 }
 
-TEST(ProviderP2, ShowsTheNewestClipUntilTheFirstIsSeen) {
+TEST(ProviderP2, RepresentsAShotByItsNewestClipUntilTheTopClipIsFound) {
   const TempTree tree;
   MakeP2Card(tree, "1");
   MakeP2Card(tree, "2");
@@ -177,10 +178,15 @@ TEST(ProviderP2, ShowsTheNewestClipUntilTheFirstIsSeen) {
   AddP2Clip(tree, "1", shot[1]);
   AddP2Clip(tree, "1", shot[2]);
   SetModTime(tree.Path("1/CONTENTS/CLIP/0002BB.XML"), 1'500'000'002);
-  SetModTime(tree.Path("1/CONTENTS/CLIP/0003CC.XML"), 1'500'000'001);
+  const std::string last = tree.Path("1/CONTENTS/CLIP/0003CC.XML");
+  SetModTime(last, 1'500'000'003);
+  EXPECT_THAT(KeysOf(List(tree, "1", {})), ElementsAre("0003CC"));
+  SetModTime(last, 1'500'000'002);
+  EXPECT_THAT(KeysOf(List(tree, "1", {})), ElementsAre("0002BB")) << "same age: the first in order";
+  SetModTime(last, 1'500'000'001);
   EXPECT_THAT(KeysOf(List(tree, "1", {})), ElementsAre("0002BB"));
 
-  // The first clip, on the card beside, takes over; what is shown lies on the browsed card.
+  // The top clip, on another card, becomes primary; the entry is a clip of the browsed card.
   AddP2Clip(tree, "2", shot[0]);
   const ContentMap content = List(tree, "1", {"duration", "ExtraPath"});
   EXPECT_THAT(KeysOf(content), ElementsAre("0003CC"));
@@ -192,14 +198,14 @@ TEST(ProviderP2, ShowsTheNewestClipUntilTheFirstIsSeen) {
   EXPECT_THAT(KeysOf(List(tree, "2", {})), ElementsAre("0001AA"));
 }
 
-TEST(ProviderP2, TakesNoCopyOfACardForAFurtherPart) {
+TEST(ProviderP2, IgnoresCopiesOfTheCard) {
   const TempTree tree;
   const auto shot = P2Shot({"0001AA", "0002BB", "0003CC"}, "SHOT");
   for (const char* card : {"1", "2", "copy of 1"}) MakeP2Card(tree, card);
   AddP2Clip(tree, "1", shot[0]);
   AddP2Clip(tree, "copy of 1", shot[0]);
   AddP2Clip(tree, "2", shot[1]);
-  // The third clip is nowhere: the walk sees all, and what there is is listed.
+  // The third clip is missing, so all siblings are visited.
   const ContentMap content = List(tree, "1", {"duration", "ExtraPath"});
   EXPECT_THAT(KeysOf(content), ElementsAre("0001AA"));
   EXPECT_EQ(TextOf(content.at("0001AA"), "duration"), "00:00:08:00");
@@ -207,7 +213,7 @@ TEST(ProviderP2, TakesNoCopyOfACardForAFurtherPart) {
               testing::Not(testing::Contains(testing::StartsWith("copy"))));
 }
 
-TEST(ProviderP2, FindsClipsAndIconsOnTheCardBeside) {
+TEST(ProviderP2, FindsClipsAndIconsOnNeighbouringCards) {
   const TempTree tree;
   MakeP2Card(tree, "1");
   MakeP2Card(tree, "2");
@@ -216,7 +222,7 @@ TEST(ProviderP2, FindsClipsAndIconsOnTheCardBeside) {
   const ContentMap one = kProvider.GetContent(tree.Path("1"), "0001AA", kWithExtraPath);
   ASSERT_THAT(KeysOf(one), ElementsAre("0001AA"));
   EXPECT_EQ(TextOf(one.at("0001AA"), "Path"), tree.Path("2/CONTENTS/VIDEO/0001AA.MXF"));
-  EXPECT_FALSE(one.at("0001AA").contains("ExtraPath"));  // no clip of this card
+  EXPECT_FALSE(one.at("0001AA").contains("ExtraPath"));  // not a clip of this card
 
   const OwnedBitplate icon(kProvider.GetThumbnail(tree.Path("1"), "0001AA", 8, 6, nullptr));
   ASSERT_NE(icon, nullptr);
@@ -227,7 +233,7 @@ TEST(ProviderP2, FindsClipsAndIconsOnTheCardBeside) {
   EXPECT_EQ(kProvider.GetThumbnail(tree.Path("1"), "0003CC", 8, 6, nullptr), nullptr);
 }
 
-TEST(ProviderP2, FindsAgainWhatItLists) {
+TEST(ProviderP2, FindsListedClipsWithLowerCaseExtension) {
   const TempTree tree;
   MakeP2Card(tree, "card");
   AddP2Clip(tree, "card", {.id = "0001AA"});
@@ -243,7 +249,7 @@ TEST(ProviderP2, FindsAgainWhatItLists) {
             ExtraPathsOf(listed.at("0001AA"), tree.Root()));
 }
 
-TEST(ProviderP2, FollowsNoKeyOutOfTheCard) {
+TEST(ProviderP2, RejectsKeysThatLeadOffTheCard) {
   const TempTree tree;
   MakeP2Card(tree, "1");
   MakeP2Card(tree, "2");
@@ -254,7 +260,7 @@ TEST(ProviderP2, FollowsNoKeyOutOfTheCard) {
   EXPECT_THAT(kProvider.GetContent(tree.Path("1"), "", {}), IsEmpty());
 }
 
-TEST(ProviderP2, LooksOnOtherVolumesFromTheTopOfOne) {
+TEST(ProviderP2, SearchesOtherVolumesFromTheRootOfOne) {
   const TempTree tree;
   const RealMount first = RealMount::Memory(tree.Folder("mnt1"));
   const RealMount second = RealMount::Memory(tree.Folder("mnt2"));
@@ -264,23 +270,23 @@ TEST(ProviderP2, LooksOnOtherVolumesFromTheTopOfOne) {
   AddP2Clip(tree, "mnt1", shot[0]);
   AddP2Clip(tree, "folder", shot[1]);
   const FieldNameSet fields{"duration"};
-  // A folder beside the mount point is no volume.
+  // A folder next to the mount point isn't a volume.
   EXPECT_EQ(TextOf(List(tree, "mnt1", fields).at("0001AA"), "duration"), "00:00:04:00");
   AddP2Clip(tree, "mnt2", shot[1]);
   EXPECT_EQ(TextOf(List(tree, "mnt1", fields).at("0001AA"), "duration"), "00:00:08:00");
 }
 
-// What a damaged or hostile card may hold costs its own entries and fields alone.
-TEST(ProviderP2, ListsWhatIsGoodOnADamagedCard) {
+// Damaged or invalid files affect only their own entries and fields.
+TEST(ProviderP2, ListsTheValidClipsOfADamagedCard) {
   const TempTree tree;
   MakeP2Card(tree, "card");
   AddP2Clip(tree, "card", {.id = "0001AA", .userName = "Good"});
-  const std::string whole = P2ClipXml({.id = "0002BB"});
+  const std::string valid = P2ClipXml({.id = "0002BB"});
   const auto add = [&](const std::string& id, std::string_view xml) {
     AddP2Clip(tree, "card", {.id = id});
     tree.File("card/CONTENTS/CLIP/" + id + ".XML", xml);
   };
-  add("0002CC", std::string_view(whole).substr(0, whole.size() / 2));
+  add("0002CC", std::string_view(valid).substr(0, valid.size() / 2));
   add("0003EE", "");
   add("0004HH", "");
   fs::resize_file(tree.Path("card/CONTENTS/CLIP/0004HH.XML"), 100 << 20);
@@ -293,7 +299,7 @@ TEST(ProviderP2, ListsWhatIsGoodOnADamagedCard) {
              .top = P2GlobalId("0006SS"),
              .previous = P2GlobalId("0006SS"),
              .next = P2GlobalId("0006SS")});
-  // Two clips, each of which follows the other.
+  // Two clips that follow each other.
   AddP2Clip(tree, "card",
             {.id = "0007RR",
              .shotId = "RING",
@@ -317,7 +323,7 @@ TEST(ProviderP2, ListsWhatIsGoodOnADamagedCard) {
   }
 }
 
-TEST(ProviderP2, KeepsClipsApartThatShareAnIdButNoShot) {
+TEST(ProviderP2, ListsClipsWithTheSameIdButNoShot) {
   const TempTree tree;
   MakeP2Card(tree, "card");
   AddP2Clip(tree, "card", {.id = "0001AA", .globalId = "SAME"});
@@ -325,12 +331,12 @@ TEST(ProviderP2, KeepsClipsApartThatShareAnIdButNoShot) {
   EXPECT_EQ(List(tree, "card", {}).size(), 2u);
 }
 
-TEST(ProviderP2, WalksPastWhatItMayNotRead) {
+TEST(ProviderP2, SkipsUnreadableSiblings) {
   const TempTree tree;
   MakeP2Card(tree, "card");
   const auto shot = P2Shot({"0001AA", "0002BB"}, "SHOT");
   AddP2Clip(tree, "card", shot[0]);
-  for (int i = 0; i < 300; ++i) tree.Folder("beside" + std::to_string(i));
+  for (int i = 0; i < 300; ++i) tree.Folder("sibling" + std::to_string(i));
   tree.Folder("closed/CONTENTS/CLIP");
   ASSERT_EQ(chmod(tree.Path("closed").c_str(), 0), 0);
   fs::create_directory_symlink(tree.Path("loop"), tree.Path("loop"));

@@ -31,7 +31,7 @@ std::string ClipXml(const TempTree& tree, const std::string& card, const std::st
   return tree.Path(card + "/BPAV/CLPR/" + clip + "/" + clip + "M01.XML");
 }
 
-// The keys of a listing as the folders of the clips.
+// The clip folders of the keys of a listing.
 std::vector<std::string> ClipsIn(const ContentMap& content) {
   std::vector<std::string> clips;
   for (const auto& [key, fields] : content) {
@@ -79,7 +79,7 @@ std::vector<std::string> Join(const std::vector<std::vector<std::string>>& lists
   return all;
 }
 
-TEST(ProviderXDCAMEX, ScoresByWhatLiesBelowItsFolder) {
+TEST(ProviderXDCAMEX, ScoresByTheContentsOfItsFolder) {
   const TempTree tree;
   const auto score = [&](const char* card, const std::vector<std::string>& names) {
     for (const auto& name : names) tree.File(std::string(card) + "/BPAV/" + name + "/x");
@@ -118,7 +118,7 @@ TEST(ProviderXDCAMEX, ListsClipsThatHaveEssence) {
   EXPECT_EQ(first.size(), 2u);
   EXPECT_EQ(TextOf(content.rbegin()->second, "Path"), tree.Path("card/BPAV/CLPR/lower/lower.mp4"));
 
-  // Whoever shows the shot name as a field of its own gets the file's title as the name.
+  // If the shot name is requested as a field, the name is that of the file.
   const ContentMap named = List(tree, "card", {"Name", "shotName"});
   EXPECT_EQ(TextOf(named.begin()->second, "Name"), "429_0001_01");
   EXPECT_EQ(TextOf(named.begin()->second, "shotName"), "Opening");
@@ -127,7 +127,7 @@ TEST(ProviderXDCAMEX, ListsClipsThatHaveEssence) {
       IsEmpty());
 }
 
-TEST(ProviderXDCAMEX, FoldsTheClipsOfATake) {
+TEST(ProviderXDCAMEX, MergesTheClipsOfATake) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card",
                   {{.name = "B_02"}, {.name = "B_01"}, {.name = "C_01"}, {.name = "D_01"}},
@@ -149,8 +149,8 @@ TEST(ProviderXDCAMEX, FoldsTheClipsOfATake) {
                                               SideFiles("card")})));
 }
 
-// A take over three cards: each card's playlist names what it has and, last and without an end, the
-// part on the next card.
+// A take that spans three cards: each card's playlist lists its own clips and, last and without an
+// end, the part on the next card.
 class TakeOverCards : public testing::Test {
  protected:
   TakeOverCards() {
@@ -166,7 +166,7 @@ class TakeOverCards : public testing::Test {
   const TempTree tree_;
 };
 
-TEST_F(TakeOverCards, IsPutTogether) {
+TEST_F(TakeOverCards, IsAssembled) {
   EXPECT_THAT(PathsOf(tree_, "1", "T_01"),
               testing::ElementsAreArray(
                   Join({FilesOfClip("1", "T_01", false),
@@ -181,7 +181,7 @@ TEST_F(TakeOverCards, IsPutTogether) {
                         SideFiles("3")})));
 }
 
-TEST_F(TakeOverCards, LacksTheCardsThatAreNotThere) {
+TEST_F(TakeOverCards, LacksMissingCards) {
   fs::remove_all(tree_.Path("3"));
   EXPECT_THAT(PathsOf(tree_, "1", "T_01"),
               testing::AllOf(Contains("1/BPAV/CLPR/T_01/T_01M01.XML"),
@@ -198,13 +198,13 @@ TEST_F(TakeOverCards, LeavesSingleClipsAlone) {
   EXPECT_THAT(PathsOf(tree_, "1", "S_01"), Not(Contains(testing::StartsWith("2/"))));
 }
 
-TEST(ProviderXDCAMEX, FindsTheRestOfATakeByItsComponents) {
+TEST(ProviderXDCAMEX, FindsTheOtherPartsOfATakeByItsComponents) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "1", {{.name = "T_01"}}, {{.name = "T", .clips = {"T_01", "T_02"}}});
   MakeXDCAMEXCard(tree, "2", {{.name = "T_02"}}, {{.name = "T", .clips = {"T_01", "T_02"}}});
-  for (int i = 0; i < 200; ++i) tree.Folder("beside" + std::to_string(i));
+  for (int i = 0; i < 200; ++i) tree.Folder("sibling" + std::to_string(i));
   EXPECT_THAT(PathsOf(tree, "1", "T_01"), Contains("2/BPAV/CLPR/T_02/T_02.MP4"));
-  // Without a playlist the list's own components stand in, as with one that names nothing known.
+  // Without a playlist, or with one that lists no known clip, the components in the list are used.
   fs::remove(tree.Path("1/BPAV/TAKR/T/T.SMI"));
   EXPECT_THAT(PathsOf(tree, "1", "T_01"), Contains("2/BPAV/CLPR/T_02/T_02.MP4"));
   tree.File("1/BPAV/TAKR/T/T.SMI",
@@ -212,7 +212,7 @@ TEST(ProviderXDCAMEX, FindsTheRestOfATakeByItsComponents) {
   EXPECT_THAT(PathsOf(tree, "1", "T_01"), Contains("2/BPAV/CLPR/T_02/T_02.MP4"));
 }
 
-TEST(ProviderXDCAMEX, KeepsAllClipsOfTheCardInTheirTake) {
+TEST(ProviderXDCAMEX, IncludesAllClipsOfTheCardInTheirTake) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card", {{.name = "T_01"}, {.name = "T_02"}, {.name = "T_03"}},
                   {{.name = "T", .clips = {"T_01", "T_02", "T_03"}, .sources = {"T_02"}},
@@ -225,10 +225,10 @@ TEST(ProviderXDCAMEX, KeepsAllClipsOfTheCardInTheirTake) {
                         FilesOfClip("card", "T_03", true)})));
 }
 
-TEST(ProviderXDCAMEX, LosesNoClipToOddNamesAndIds) {
+TEST(ProviderXDCAMEX, KeepsClipsWithDuplicateUmidsOrUnusualNames) {
   const TempTree tree;
-  // Two clips of one id, as a camera with a lost counter writes them.
-  MakeXDCAMEXCard(tree, "twins", {{.name = "A_01", .umid = "AA"}, {.name = "A_02", .umid = "AA"}},
+  // Two clips with the same UMID, as written by a camera whose counter was reset.
+  MakeXDCAMEXCard(tree, "same", {{.name = "A_01", .umid = "AA"}, {.name = "A_02", .umid = "AA"}},
                   {{.name = "T", .clips = {"A_01"}}});
   std::string materials = XmlElement("Material", "uri=\"./TAKR/T/T.SMI\" umid=\"T\"",
                                      XmlElement("Component", "umid=\"AA\""));
@@ -239,21 +239,21 @@ TEST(ProviderXDCAMEX, LosesNoClipToOddNamesAndIds) {
                    XmlElement("Component", "uri=\"" + uri + ".MP4\"") +
                        XmlElement("RelevantInfo", "type=\"XML\" uri=\"" + uri + "M01.XML\""));
   }
-  tree.File("twins/BPAV/MEDIAPRO.XML", MediaProXml(materials));
-  ASSERT_THAT(ClipsIn(List(tree, "twins")), ElementsAre("A_01"));
+  tree.File("same/BPAV/MEDIAPRO.XML", MediaProXml(materials));
+  ASSERT_THAT(ClipsIn(List(tree, "same")), ElementsAre("A_01"));
   EXPECT_THAT(
-      PathsOf(tree, "twins", "A_01"),
-      testing::IsSupersetOf({"twins/BPAV/CLPR/A_01/A_01M01.XML", "twins/BPAV/CLPR/A_02/A_02.MP4",
-                             "twins/BPAV/CLPR/A_02/A_02M01.XML"}));
-  EXPECT_THAT(PathsOf(tree, "twins", "A_02"), Contains("twins/BPAV/CLPR/A_02/A_02M01.XML"));
+      PathsOf(tree, "same", "A_01"),
+      testing::IsSupersetOf({"same/BPAV/CLPR/A_01/A_01M01.XML", "same/BPAV/CLPR/A_02/A_02.MP4",
+                             "same/BPAV/CLPR/A_02/A_02M01.XML"}));
+  EXPECT_THAT(PathsOf(tree, "same", "A_02"), Contains("same/BPAV/CLPR/A_02/A_02M01.XML"));
 
-  // A copy that comes before the clip XML in the listing.
+  // A copy of a clip XML, listed in front of it.
   MakeXDCAMEXCard(tree, "copy", {{.name = "B_01"}, {.name = "B_02"}},
                   {{.name = "B", .clips = {"B_01", "B_02"}}});
   tree.File("copy/BPAV/CLPR/B_01/B_01M01 (copy).XML", NonRealTimeMetaXml({.name = "B_01"}));
   EXPECT_THAT(ClipsIn(List(tree, "copy")), ElementsAre("B_01"));
 
-  // The folder of a clip begins as that of the card does; one above is called like the essence.
+  // A clip whose name begins with BPAV, in a parent directory with the name of an essence.
   MakeXDCAMEXCard(tree, "C_02.MP4", {{.name = "BPAV_01"}, {.name = "C_02"}});
   for (const char* clip : {"BPAV_01", "C_02"}) {
     EXPECT_THAT(PathsOf(tree, "C_02.MP4", clip),
@@ -261,7 +261,7 @@ TEST(ProviderXDCAMEX, LosesNoClipToOddNamesAndIds) {
   }
 }
 
-TEST(ProviderXDCAMEX, BoundsTakesThatAllHoldAllClips) {
+TEST(ProviderXDCAMEX, LimitsTakesThatAllContainAllClips) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card", {{.name = "A_01"}, {.name = "A_02"}},
                   {{.name = "S", .clips = {"A_01", "all"}, .playlist = false},
@@ -279,7 +279,7 @@ TEST(ProviderXDCAMEX, BoundsTakesThatAllHoldAllClips) {
   EXPECT_EQ(last[0].umid, UmidOf("A_02"));
 }
 
-TEST(ProviderXDCAMEX, EndsWhereTakesHoldThemselvesOrOneAnother) {
+TEST(ProviderXDCAMEX, EndsIfTakesContainThemselvesOrOneAnother) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card", {{.name = "A_01"}, {.name = "B_01"}},
                   {{.name = "A", .clips = {"A_01", "A"}},
@@ -289,8 +289,8 @@ TEST(ProviderXDCAMEX, EndsWhereTakesHoldThemselvesOrOneAnother) {
   EXPECT_THAT(PathsOf(tree, "card", "B_01"), Contains("card/BPAV/CLPR/B_01/B_01M01.XML"));
 }
 
-// A clip whose files no list gives to its take would be gone from listing and extra paths both.
-TEST(ProviderXDCAMEX, FoldsNoClipThatTheListLacks) {
+// If such a clip were merged, its files would be neither in an entry nor in the extra paths.
+TEST(ProviderXDCAMEX, MergesNoClipThatIsMissingInTheList) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card", {{.name = "B_01"}, {.name = "B_02"}},
                   {{.name = "B", .clips = {"B_01", "B_02", "B_03"}}});
@@ -314,7 +314,7 @@ TEST(ProviderXDCAMEX, FoldsNoClipThatTheListLacks) {
   EXPECT_THAT(PathsOf(tree, "card", "B_01"), IsEmpty());
 }
 
-TEST(ProviderXDCAMEX, FollowsNoUriOffTheCard) {
+TEST(ProviderXDCAMEX, IgnoresUrisThatLeadOffTheCard) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card", {{.name = "A_01"}});
   tree.File("secret");
@@ -354,7 +354,7 @@ TEST(ProviderXDCAMEX, ShowsTheIconOfTheEssence) {
   EXPECT_EQ(kProvider.GetThumbnail("/card", "/card/a.MP4", 16, 16, nullptr), nullptr);
 }
 
-TEST(ProviderXDCAMEX, StopsOnceAborted) {
+TEST(ProviderXDCAMEX, StopsWhenAborted) {
   const TempTree tree;
   MakeXDCAMEXCard(tree, "card", {{.name = "A_01"}});
   const auto request = Hestra::InterfaceRef<ProviderContentRequest>(

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 const ProviderXDCAM kProvider;
 const FieldNameSet kAllPaths{kNameField, kPathField, kExtraPathField, kProxyPathField};
 
-// Lists the card and gives the entry of one clip XML, relative to the tree.
+// Lists the card and returns the entry of one clip XML, whose path is relative to the card.
 FieldValueMap Entry(const TempTree& tree, const std::string& card, const std::string& xml,
                     const FieldNameSet& fields) {
   const ContentMap content = kProvider.GetContent(tree.Path(card), fields, nullptr);
@@ -42,7 +42,7 @@ struct ScoreCase {
 
 class XDCAMScore : public testing::TestWithParam<ScoreCase> {};
 
-TEST_P(XDCAMScore, TellsLayoutsApart) {
+TEST_P(XDCAMScore, DependsOnTheLayout) {
   const TempTree tree;
   tree.Folder("card");
   for (const auto& name : GetParam().names) {
@@ -68,7 +68,7 @@ std::vector<std::string> With(std::vector<std::string> names,
 INSTANTIATE_TEST_SUITE_P(
     Layouts, XDCAMScore,
     testing::Values(ScoreCase{"only the required four", kDisc, 0},
-                    ScoreCase{"with what is tolerated", With(kDisc, {"General", "ALIAS.XML"}), 100},
+                    ScoreCase{"with tolerated names", With(kDisc, {"General", "ALIAS.XML"}), 100},
                     ScoreCase{"hidden files don't count", With(kDisc, {"General", ".a", ".b"}), 0},
                     ScoreCase{"two others", With(kDisc, {"a.txt", "b.txt"}), 40},
                     ScoreCase{"one of four missing",
@@ -82,11 +82,11 @@ INSTANTIATE_TEST_SUITE_P(
                     ScoreCase{"PROAV with backups",
                               With(kProav, {"PROAV/INDEX.BUP", "PROAV/DISCINFO.BUP"}), 100},
                     ScoreCase{"PROAV with edit lists", With(kProav, {"PROAV/EDTR"}), 40},
-                    ScoreCase{"incomplete PROAV decides against a whole disc beside it",
+                    ScoreCase{"incomplete PROAV next to a complete disc layout",
                               With(kDisc, {"General", "ALIAS.XML", "PROAV/CLPR"}), 0},
                     ScoreCase{"nothing", {}, 0}));
 
-TEST(ProviderXDCAM, TellsWhatItOffers) {
+TEST(ProviderXDCAM, DescribesItself) {
   EXPECT_EQ(kProvider.CanProvideFor(""), 0);
   EXPECT_EQ(kProvider.GetFieldLabelList().size(), 16u);
   EXPECT_THAT(kProvider.GetDefaultFieldList(), ElementsAre("Name", "Path"));
@@ -104,7 +104,7 @@ TEST(ProviderXDCAM, ListsTheClipsOfADisc) {
 
   const FieldNameSet fields{"Name", "Path", "duration", "videoFrameSize", "videoPixelAspectRatio"};
   const FieldValueMap first = Entry(tree, "disc", "Clip/C0001M01.XML", fields);
-  // The name is the file's; the list's name for the clip comes with the extra paths.
+  // The name is the file's; the title in the list is used only with the extra paths.
   EXPECT_EQ(TextOf(first, "Name"), "C0001");
   EXPECT_EQ(TextOf(first, "Path"), tree.Path("disc/Clip/C0001.MXF"));
   EXPECT_EQ(TextOf(first, "duration"), "00:00:04:00");
@@ -113,7 +113,7 @@ TEST(ProviderXDCAM, ListsTheClipsOfADisc) {
   EXPECT_FALSE(first.contains("ProxyPath"));
   EXPECT_EQ(TextOf(Entry(tree, "disc", "Clip/C0001M01.XML", kAllPaths), "Name"), "Opening");
 
-  // Metadata alone makes an entry, and nothing at all makes none.
+  // A clip with metadata but without essence has an entry; without either it has none.
   const FieldValueMap second = Entry(tree, "disc", "Clip/C0002M01.XML", fields);
   EXPECT_EQ(TextOf(second, "duration"), "00:00:04:00");
   EXPECT_FALSE(second.contains("Path"));
@@ -138,7 +138,7 @@ TEST(ProviderXDCAM, ReportsTheFilesOfADiscInOrder) {
                           "Clip/C0001M01.XMP", "Sub/C0001S01.MP4"));
   EXPECT_EQ(TextOf(first, "ProxyPath"), disc + "/Sub/C0001S01.MP4");
 
-  // A proxy's path is told whether it is there or not, and in the listing alone.
+  // The path of a proxy is reported even if the file is missing, but only in the listing.
   fs::remove(tree.Path("disc/Sub/C0001S01.MP4"));
   fs::remove_all(tree.Path("disc/General/Sony/Planning"));
   const FieldValueMap again = Entry(tree, "disc", "Clip/C0001M01.XML", kAllPaths);
@@ -151,7 +151,7 @@ TEST(ProviderXDCAM, ReportsTheFilesOfADiscInOrder) {
   EXPECT_THAT(ExtraPathsOf(one.at(key), disc), Contains("Sub/C0002S01.MP4"));
 }
 
-TEST(ProviderXDCAM, LeavesExtraPathsUnsetForAClipThatTheListLacks) {
+TEST(ProviderXDCAM, LeavesExtraPathsUnsetForAClipMissingInTheList) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {{.name = "C0001"}});
   tree.File("disc/MEDIAPRO.XML", MediaProXml(""));
@@ -161,7 +161,7 @@ TEST(ProviderXDCAM, LeavesExtraPathsUnsetForAClipThatTheListLacks) {
   EXPECT_FALSE(entry.contains("ProxyPath"));
 }
 
-TEST(ProviderXDCAM, ListsTheClipsBelowProav) {
+TEST(ProviderXDCAM, ListsTheClipsOfProav) {
   const TempTree tree;
   MakeXDCAMProav(tree, "card", {{.name = "C0001"}, {.name = "C0002"}});
   EXPECT_EQ(kProvider.CanProvideFor(tree.Path("card")), 100);
@@ -186,7 +186,7 @@ TEST(ProviderXDCAM, ListsTheClipsBelowProav) {
             card + "/PROAV/CLPR/C0002/C0002A01.MXF");
 }
 
-TEST(ProviderXDCAM, GivesOneEntryEvenIfNothingIsKnownOfIt) {
+TEST(ProviderXDCAM, ReturnsAnEntryForAnUnknownKey) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {});
   const ContentMap one = kProvider.GetContent(tree.Path("disc"), "no key", kAllPaths);
@@ -206,7 +206,7 @@ TEST(ProviderXDCAM, ShowsTheIconOfTheEssence) {
   EXPECT_EQ(kProvider.GetThumbnail(tree.Path("card"), "M01.XML", 16, 16, nullptr), nullptr);
 }
 
-TEST(ProviderXDCAM, FollowsNoUriOffTheMedium) {
+TEST(ProviderXDCAM, IgnoresUrisThatLeadOffTheMedium) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {{.name = "C0001"}});
   tree.File("secret.xml");
@@ -249,7 +249,7 @@ TEST(ProviderXDCAM, MatchesTheFirstClipWhoseIdOccursInTheKey) {
       Contains("card/PROAV/CLPR/C00/x.SMI"));
 }
 
-TEST(ProviderXDCAM, BoundsWhatOneRowGivesEachClip) {
+TEST(ProviderXDCAM, LimitsTheFilesOfOneRow) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {{.name = "C0001"}});
   MakeXDCAMProav(tree, "card", {{.name = "C0001"}});
@@ -286,9 +286,9 @@ std::string Nested(int depth) {
   return "<MediaProfile><Contents>" + open + close + "</Contents></MediaProfile>";
 }
 
-class HostileIndex : public testing::TestWithParam<IndexCase> {};
+class InvalidIndex : public testing::TestWithParam<IndexCase> {};
 
-TEST_P(HostileIndex, CostsTheClipItsListAlone) {
+TEST_P(InvalidIndex, AffectsOnlyTheExtraPaths) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {{.name = "C0001"}});
   MakeXDCAMProav(tree, "card", {{.name = "C0001"}});
@@ -306,7 +306,7 @@ TEST_P(HostileIndex, CostsTheClipItsListAlone) {
 const std::string kMaterial = "<Material uri=\"./Clip/C0001.MXF\"/>";
 
 INSTANTIATE_TEST_SUITE_P(
-    Bytes, HostileIndex,
+    Bytes, InvalidIndex,
     testing::Values(
         IndexCase{"empty", ""}, IndexCase{"no XML", "C0001"},
         IndexCase{"cut", "<MediaProfile><Contents>" + kMaterial},
@@ -323,7 +323,7 @@ INSTANTIATE_TEST_SUITE_P(
         IndexCase{"filled with ones", std::string(4096, '\xFF')},
         IndexCase{"huge", MediaProXml(std::string(17 << 20, ' '))}));
 
-TEST(ProviderXDCAM, OpensNoIndexThatIsNoFile) {
+TEST(ProviderXDCAM, OpensOnlyRegularFilesAsIndex) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {{.name = "C0001"}});
   fs::remove(tree.Path("disc/MEDIAPRO.XML"));
@@ -331,7 +331,7 @@ TEST(ProviderXDCAM, OpensNoIndexThatIsNoFile) {
   EXPECT_EQ(TextOf(Entry(tree, "disc", "Clip/C0001M01.XML", kAllPaths), "Name"), "C0001");
 }
 
-TEST(ProviderXDCAM, StopsOnceAborted) {
+TEST(ProviderXDCAM, StopsWhenAborted) {
   const TempTree tree;
   MakeXDCAMDisc(tree, "disc", {{.name = "C0001"}});
   const auto request = Hestra::InterfaceRef<ProviderContentRequest>(

@@ -1,39 +1,23 @@
 // SPDX-License-Identifier: MIT
 // A share whose server is gone must hold nobody who doesn't ask for it.
+#include "support/DeadShareTest.h"
+
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
-#include <future>
 
 #include "filesystem/WinProviderDirectory.h"
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/platform/Volumes.h"
-#include "support/RealMount.h"
-#include "support/TempTree.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace Sorvik;
-using sorvik_test::RealMount;
-using sorvik_test::TempTree;
+using sorvik_test::DeadShareTest;
 
-class DeadShare : public testing::Test {
+class DeadShare : public DeadShareTest {
  protected:
-  DeadShare() : mount_(RealMount::DeadShare(tree_.Folder("place/nas"))) {}
-
-  // Runs `question` and takes the share away if it doesn't come back.
-  template <class Question>
-  void Ask(const char* what, Question question) {
-    auto answer = std::async(std::launch::async, question);
-    if (answer.wait_for(std::chrono::seconds(10)) == std::future_status::ready) return;
-    mount_.End();
-    ADD_FAILURE() << what << " waited for the share";
-  }
-
-  TempTree tree_;
-  RealMount mount_;
   const WinProviderDirectory directory_;
 };
 

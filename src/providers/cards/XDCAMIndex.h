@@ -20,14 +20,14 @@ namespace Sorvik::xdcam {
 std::shared_ptr<const formats::sony::Material> FindMaterial(const std::string& root,
                                                             std::string_view essenceFile);
 
-// Several times the files of a real clip besides its essence: eight sound channels and a few more.
+// Several times the number of files of a real clip: eight sound channels and a few more.
 // In an invalid index one row can match every clip of a medium, so the length of a row must not be
 // multiplied by the number of clips.
 inline constexpr std::size_t kMaxFilesOfClip = 64;
 
 struct IndexedClip {
   std::string clipId;
-  // Names of the clip's files besides its essence, in the order in which they are reported:
+  // Names of the files of the clip except its essence, in the order in which they are reported:
   // playlist, low-resolution copy, real-time metadata, metadata, sound.
   std::vector<std::string> files;
 };

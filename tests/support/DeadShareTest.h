@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// A fixture for tests that nothing accesses a share whose server is unreachable.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+
+#include "support/RealMount.h"
+#include "support/TempTree.h"
+
+namespace sorvik_test {
+
+class DeadShareTest : public testing::Test {
+ protected:
+  DeadShareTest() : mount_(RealMount::DeadShare(tree_.Folder("place/nas"))) {}
+
+  // Runs `question`. If it blocks, fails and removes the share, which unblocks it.
+  template <class Question>
+  void Ask(const char* what, Question question) {
+    auto answer = std::async(std::launch::async, question);
+    if (answer.wait_for(std::chrono::seconds(10)) == std::future_status::ready) return;
+    mount_.End();
+    ADD_FAILURE() << what << " waited for the share";
+  }
+
+  TempTree tree_;
+  RealMount mount_;  // at place/nas; false if this machine doesn't allow it
+};
+
+}  // namespace sorvik_test
