@@ -67,6 +67,13 @@ TEST(AriReader, OmitsMissingAndInvalidFacts) {
   Bytes noClip = Frame();
   noClip.Set(0x4F0, 0, 4);
   EXPECT_EQ(TextFacts(ReadWith(kAriReader, noClip.str())), "camera=B\n");
+  // Without an index the first letter of the reel names the camera.
+  for (const auto& [reel, camera] : {std::pair('A', "A"), std::pair('Z', "Z"), std::pair('@', ""),
+                                     std::pair('[', ""), std::pair('1', "")}) {
+    Bytes noIndex = Frame();
+    noIndex.Set(0x178, 0, 4).Set(0x4F8, static_cast<unsigned char>(reel), 1);
+    EXPECT_EQ(ReadWith(kAriReader, noIndex.str()).Get(kNsDM, "camera"), camera) << reel;
+  }
   Bytes noDate = Frame();
   noDate.Set(0x17C, 0xAA, 1).Set(0x1AB, 0x24, 1);
   const auto result = ReadWith(kAriReader, noDate.str());

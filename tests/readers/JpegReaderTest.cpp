@@ -58,6 +58,12 @@ TEST(JpegReader, ReadsPacketAndExifAmongOtherSegments) {
   EXPECT_EQ(Facts(result), "Make=Maker\n");
   EXPECT_EQ(result.reads, 0);
   EXPECT_FALSE(ReadWith(kJpegReader, Jpeg({Segment(0xE0, "JFIF")})).output.hasNative);
+  // Description, model, software, artist, copyright: each counts alone.
+  for (const int tag : {270, 272, 305, 315, 33432}) {
+    const auto exif = ReadWith(
+        kJpegReader, Jpeg({Exif(t.File({t.Ascii(static_cast<std::uint16_t>(tag), "text")}))}));
+    EXPECT_TRUE(exif.output.hasNative) << tag;
+  }
 }
 
 TEST(JpegReader, StopsAtTheScan) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
+#include "xmp/readers/MXFLabels.h"
 #include "xmp/readers/MXFReader.h"
 
 namespace {
@@ -391,5 +391,43 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{"regxmllib-utf8_embedded_text.mxf", "1920x1080", "25", "09:59:30:00", "0 @ 1/25"},
         Sample{"regxmllib-video2.mxf", "1920x1080", "24", "00:00:00:00", "1 @ 1/24"},
         Sample{"shared-mime-info-small_wav.mxf", "", "", "00:00:00:00", "1 @ 1/5"}));
+
+// Labels of the SMPTE registry, by their last eight bytes.
+TEST(MXFLabels, NameCodecsAndColorSpaces) {
+  using namespace Sorvik::xmp::mxf;
+  using Labels = std::vector<const char*>;
+  const auto names = [](const char* (*nameOf)(const std::optional<Key>&), const Labels& endings) {
+    std::string text;
+    for (const char* ending : endings) {
+      const std::string label = Bytes().Hex("060E2B34 04010101").Hex(ending).str();
+      Key key;
+      std::copy(label.begin(), label.end(), key.bytes.begin());
+      const char* name = nameOf(key);
+      text += (name == nullptr ? "-" : std::string(name)) + ";";
+    }
+    return text;
+  };
+  EXPECT_EQ(
+      names(PictureCodingName,
+            Labels{"0401020201020101", "0401020201322101", "0401020201323101", "0401020201324101",
+                   "0401020201200200", "0401020201310100", "0401020201320100", "0401020201040200",
+                   "0401020202010200", "0401020202020100", "0401020202020200", "0401020202020300",
+                   "0401020202020400", "0401020202020500", "0401020203010100", "0401020203060100",
+                   "0401020203020100", "0401020271010000", "0401020101020101", "0401030000000000"}),
+      "IMX;AVC-Intra 50;AVC-Intra 100;AVC-Intra 200;MPEG-4;AVC;AVC;MPEG-2;DV;DV;DV;"
+      "DVCPRO 50;DVCPRO 50;DVCPRO HD;JPEG 2000;ProRes;VC-3;VC-3;Uncompressed;-;");
+  EXPECT_EQ(names(ContainerName, Labels{"0D01030102010101", "0D01030102020101", "0D01030102046001",
+                                        "0D01030102050101", "0D010301020C0100", "0D01030102106001",
+                                        "0D01030102110100", "0D010301021C0100", "0D01030102060100",
+                                        "0D01030202010101", "0E15000402100001"}),
+            "IMX;DV;MPEG-2;Uncompressed;JPEG 2000;AVC;VC-3;ProRes;-;-;HEVC;");
+  EXPECT_EQ(
+      names(SoundCodingName, Labels{"0402020203010100", "0402020203020100", "0402020203021C00",
+                                    "0402020203020500", "0402020203030100", "0402020101000000"}),
+      "A-law;AC3;Dolby E;MPEG;AAC;PCM;");
+  EXPECT_EQ(
+      names(ColorSpaceName, Labels{"0401010102010000", "0401010102020000", "0401010102030000"}),
+      "CCIR-601;CCIR-709;-;");
+}
 
 }  // namespace
