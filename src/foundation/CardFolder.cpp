@@ -101,8 +101,8 @@ bool CardFolder::ContainsFolder(std::string_view name, Lookup lookup) const {
   return KindOf(name, lookup) == FileKind::kDirectory;
 }
 
-std::string_view CardFolder::FirstOf(std::initializer_list<std::string_view> names) const {
-  const auto* found =
+std::string_view CardFolder::FirstOf(std::span<const std::string_view> names) const {
+  const auto found =
       std::ranges::find_if(names, [this](std::string_view name) { return Contains(name); });
   return found == names.end() ? std::string_view() : *found;
 }
@@ -156,11 +156,29 @@ std::vector<std::string> CardFolder::VisibleNames() const {
   return names;
 }
 
+std::optional<std::string> CardFolder::FindVisibleFile(
+    const std::function<bool(const std::string& name)>& matches) const {
+  if (!IsReadable()) return std::nullopt;
+  for (const FolderItem& item : *Listed().items) {
+    if (item.kind != FileKind::kRegular || IsHidden(item.name)) continue;
+    if (matches(item.name)) return item.name;
+  }
+  return std::nullopt;
+}
+
 std::size_t CardFolder::VisibleCount() const {
   if (!IsReadable()) return 0;
   return static_cast<std::size_t>(std::ranges::count_if(
       *Listed().items,
       [](const FolderItem& item) { return IsFileOrFolder(item.kind) && !IsHidden(item.name); }));
+}
+
+bool ExistsOnDisk(std::string_view path) {
+  return IsValidPath(path) && platform::KindOf(std::string(path)).has_value();
+}
+
+bool FolderExistsOnDisk(std::string_view path) {
+  return IsValidPath(path) && platform::KindOf(std::string(path)) == FileKind::kDirectory;
 }
 
 bool ExistsOnCard(std::string_view path, Lookup lookup) {

@@ -12,9 +12,11 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,7 +51,7 @@ class CardFolder {
   bool Contains(std::string_view name, Lookup lookup = Lookup::kListing) const;
   bool ContainsFolder(std::string_view name, Lookup lookup = Lookup::kListing) const;
   // The first of `names` that exists; empty if none does.
-  std::string_view FirstOf(std::initializer_list<std::string_view> names) const;
+  std::string_view FirstOf(std::span<const std::string_view> names) const;
 
   // `name` if it exists, else the first listed name of a file or folder that equals it ignoring
   // case; nullopt if there is neither.
@@ -65,6 +67,10 @@ class CardFolder {
   std::vector<std::string> VisibleFolders() const;
   // Both in one list.
   std::vector<std::string> VisibleNames() const;
+  // The first of the visible files for which `matches` returns true; nullopt if there is none.
+  // Stops there, so that a folder of many frames costs no copies of their names.
+  std::optional<std::string> FindVisibleFile(
+      const std::function<bool(const std::string& name)>& matches) const;
   // The number of files and folders that aren't hidden.
   std::size_t VisibleCount() const;
 
@@ -93,6 +99,10 @@ class CardFolder {
 
 // Whether a regular file or a folder exists at `path`.
 bool ExistsOnCard(std::string_view path, Lookup lookup);
+
+// Whether anything exists at `path`, special files included, or a folder. Both ask the disk.
+bool ExistsOnDisk(std::string_view path);
+bool FolderExistsOnDisk(std::string_view path);
 
 // `path` if it exists, else the path in the same folder whose name equals it ignoring case.
 std::optional<std::string> FindOnCard(std::string_view path);

@@ -103,6 +103,11 @@ std::string SubstrOfCodeUnits(std::string_view text, std::size_t begin, std::siz
       std::u16string_view(units).substr(std::min(begin, units.size()), count));
 }
 
+bool StartsWithCharacters(std::string_view text, std::string_view prefix) {
+  if (!text.starts_with(prefix)) return false;
+  return IsAscii(prefix) || Hestra::MakeString(text).starts_with(Hestra::MakeString(prefix));
+}
+
 std::string FoldCase(std::string_view text) {
   if (!IsAscii(text)) {
     return Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(text)));
@@ -115,6 +120,10 @@ std::string FoldCase(std::string_view text) {
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
   if (!IsAscii(a) || !IsAscii(b)) return FoldCase(a) == FoldCase(b);
   return std::ranges::equal(a, b, {}, FoldAscii, FoldAscii);
+}
+
+std::string UpperCase(std::string_view text) {
+  return Hestra::MakeStdString(tarnwick::utility::UpperCase(Hestra::MakeString(text)));
 }
 
 bool HasExtension(std::string_view path, std::string_view extension) {

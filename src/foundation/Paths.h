@@ -44,9 +44,15 @@ std::size_t CountCodeUnits(std::string_view text);
 std::string SubstrOfCodeUnits(std::string_view text, std::size_t begin,
                               std::size_t count = std::string_view::npos);
 
+// True if `text` begins with the characters of `prefix`. A byte that isn't part of valid UTF-8 is a
+// character of its own.
+bool StartsWithCharacters(std::string_view text, std::string_view prefix);
+
 // The simple Unicode case folding of tarnwick::utility::FoldCase, on UTF-8.
 std::string FoldCase(std::string_view text);
 bool EqualIgnoringCase(std::string_view a, std::string_view b);
+// The simple Unicode mapping to upper case, on UTF-8.
+std::string UpperCase(std::string_view text);
 
 // Compares the extension of a file name with `extension` (its dot included), ignoring case.
 bool HasExtension(std::string_view path, std::string_view extension);

@@ -68,7 +68,8 @@ TEST(CardFolder, FindsNamesIgnoringCaseButPrefersTheExactOne) {
   EXPECT_FALSE(folder->Find("index.mif")) << "a dangling link";
   EXPECT_EQ(FindOnCard(tree.Path("Clip.Mxf")), tree.Path("CLIP.mxf"));
   EXPECT_EQ(FindOnCard(tree.Path("missing/clip")), std::nullopt);
-  EXPECT_EQ(folder->FirstOf({"INDEX.MIF", "CLIP.mxf", "clip.MXF"}), "CLIP.mxf");
+  constexpr std::string_view kNames[] = {"INDEX.MIF", "CLIP.mxf", "clip.MXF"};
+  EXPECT_EQ(folder->FirstOf(kNames), "CLIP.mxf");
 }
 
 TEST(CardFolder, ListsFilesAndFolders) {

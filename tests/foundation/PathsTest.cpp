@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "foundation/CallScope.h"
+#include "foundation/Paths.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/hestra/File.h"
 #include "foundation/hestra/PathUtils.h"
@@ -174,6 +175,16 @@ TEST(Files, AreOpenedOnlyIfRegular) {
   EXPECT_LT(Hestra::File::GetLastModificationTime(u"/missing/x", time), 0);
   EXPECT_EQ(Hestra::File::GetLastModificationTime(MakeString(tree.Path("file")), time), 0);
   EXPECT_GT(time, 0u);
+}
+
+TEST(PathText, PrefixesConsistOfCompleteCharacters) {
+  using Sorvik::foundation::StartsWithCharacters;
+  EXPECT_TRUE(StartsWithCharacters("A001_C001.R3D", "A001"));
+  EXPECT_FALSE(StartsWithCharacters("a001", "A001"));
+  EXPECT_FALSE(StartsWithCharacters("A0", "A001"));
+  EXPECT_TRUE(StartsWithCharacters("\xE2\x82\xACx", "\xE2\x82\xAC"));
+  EXPECT_TRUE(StartsWithCharacters("\xE2x", "\xE2")) << "not UTF-8";
+  EXPECT_FALSE(StartsWithCharacters("\xE2\x82\xAC", "\xE2")) << "the first byte of a character";
 }
 
 TEST(FileObjects, KnowTheirNeighbours) {
