@@ -16,7 +16,7 @@
 
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
-#include "foundation/FolderNames.h"
+#include "foundation/hestra/Directory.h"
 #include "support/Cards.h"
 #include "support/TempTree.h"
 #include "support/TiffBytes.h"
@@ -130,7 +130,7 @@ void ThousandFiles(benchmark::State& state) {
   for (auto _ : state) {
     const foundation::CallScope scope;
     // As in a listing, where the folder's names are cached.
-    foundation::FolderNames::Of(std::filesystem::path(paths.front()).parent_path());
+    Hestra::Directory::GetItems(std::filesystem::path(paths.front()).parent_path());
     for (const std::string& path : paths) {
       benchmark::DoNotOptimize(XMPSupport::MakeValue(path, AllFields()));
     }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "foundation/ByteReader.h"
-#include "foundation/FolderNames.h"
+#include "foundation/CardFolder.h"
 #include "foundation/XmlTree.h"
 #include "foundation/platform/FileSystem.h"
 #include "xmp/FileBytes.h"
@@ -58,7 +58,7 @@ void AddSidecars(const std::string& path, MergedMetadata& merged) {
   if (IsPlainXMP(path)) return;
   for (const std::vector<std::string>& spellings : SidecarCandidates(path)) {
     for (const std::string& sidecar : spellings) {
-      if (!foundation::FolderNames::MayExist(sidecar)) continue;
+      if (!foundation::MayExistOnCard(sidecar)) continue;
       const auto bytes = platform::ReadHead(sidecar, foundation::XmlLimits().bytes + 1);
       if (!bytes) continue;
       merged.AddPacket(foundation::ByteReader(*bytes).Text());

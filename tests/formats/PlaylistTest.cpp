@@ -33,7 +33,7 @@ Bytes MakeItem(const Item& item) {
   return b;
 }
 
-// Header of 58 bytes, the play-list block, and `tail` bytes behind it.
+// Header of 58 bytes, the play-list block, and `tail` bytes after it.
 Bytes MakePlaylist(const std::vector<Item>& items, std::size_t tail = 6) {
   Bytes block;
   block.U16(0).U16(items.size()).U16(0);  // reserved; items; sub-paths
@@ -76,7 +76,7 @@ TEST(Playlist, GroupsItemsIntoShots) {
   EXPECT_EQ(ShotClips(FindShot(headless, "00002")), "00001 00002 ");
 }
 
-TEST(Playlist, KeepsTheExactBoundsOfItsWalk) {
+TEST(Playlist, RespectsTheBoundsOfItems) {
   const auto clips = [](const Bytes& file) { return Clips(ParsePlaylist(file.Reader())); };
   EXPECT_EQ(clips(MakePlaylist(kFive, 2)), "00001 00002 00003 00004 00005 ");
   EXPECT_EQ(clips(MakePlaylist(kFive, 1)), "00001 00002 00003 00004 ") << "one byte follows";
@@ -85,18 +85,18 @@ TEST(Playlist, KeepsTheExactBoundsOfItsWalk) {
   EXPECT_EQ(clips(MakePlaylist(kFive).Set(4, 0x30323030, 4)), "") << "version 0200";
   EXPECT_EQ(clips(MakePlaylist(kFive).Set(8, 0xFFFFFFFF, 4)), "") << "list starts past the end";
   EXPECT_EQ(clips(MakePlaylist(kFive).Set(58, 0xFFFFFFFC, 4)), "") << "start + length wraps";
-  const Bytes whole = MakePlaylist(kFive, 6);
+  const Bytes complete = MakePlaylist(kFive, 6);
   Bytes longer = MakePlaylist(kFive, 6);
-  longer.Set(58, whole.size() - 58 - 4, 4);
+  longer.Set(58, complete.size() - 58 - 4, 4);
   EXPECT_EQ(clips(longer), "00001 00002 00003 00004 00005 ") << "block to the last byte";
-  longer.Set(58, whole.size() - 58 - 3, 4);
+  longer.Set(58, complete.size() - 58 - 3, 4);
   EXPECT_EQ(clips(longer), "") << "block one byte past the end";
   EXPECT_EQ(clips(MakePlaylist(kFive, 3).Set(64, 500, 2)), "00001 00002 00003 00004 00005 ")
-      << "more items counted than there";
+      << "count above the number of items";
   EXPECT_EQ(clips(MakePlaylist(kFive).Set(64, 2, 2)), "00001 00002 ");
 }
 
-TEST(Playlist, VisitsItemsTooShortForTheirFields) {
+TEST(Playlist, IncludesItemsShorterThanTheirFields) {
   Bytes file;
   file.Text("MPLS0100").U32(21).Fill(9).U32(8).U16(0).U16(9).U16(0);
   file.U16(0).U16(0).Text("0");  // two items of length 0, then three bytes to the end
@@ -108,19 +108,19 @@ TEST(Playlist, VisitsItemsTooShortForTheirFields) {
   EXPECT_EQ(list.items[1].inTime, 0u);
 }
 
-TEST(Playlist, SurvivesACutAtEveryByte) {
+TEST(Playlist, SurvivesTruncation) {
   const Bytes file = MakePlaylist(kFive);
-  std::size_t most = 0;
+  std::size_t previous = 0;
   for (std::size_t size = 0; size <= file.size(); ++size) {
     const Bytes cut = file.Cut(size);
     const Playlist list = ParsePlaylist(cut.Reader());
-    EXPECT_GE(list.items.size(), most) << "longer files hold no less";
-    most = list.items.size();
+    EXPECT_GE(list.items.size(), previous) << "a longer file has no fewer items";
+    previous = list.items.size();
   }
-  EXPECT_EQ(most, 5u);
+  EXPECT_EQ(previous, 5u);
 }
 
-// One mark that names item 3, with the details of a shot of item 3.
+// With one mark of item 3 and its details.
 Bytes MakeMarked() {
   Bytes file = MakePlaylist(kFive, 0);
   const auto marks = file.size();
@@ -138,7 +138,7 @@ Bytes MakeMarked() {
   return file;
 }
 
-TEST(Playlist, FindsWhatTheCameraWroteAboutAShot) {
+TEST(Playlist, ReadsTheMarkOfAShot) {
   const Bytes file = MakeMarked();
   const Playlist list = ParsePlaylist(file.Reader());
   const auto* mark = MarkOfShot(list, 3);
@@ -151,15 +151,15 @@ TEST(Playlist, FindsWhatTheCameraWroteAboutAShot) {
   EXPECT_EQ(MarkOfShot(list, 0), nullptr);
 }
 
-TEST(Playlist, KeepsItsItemsWhenTheExtensionLies) {
-  const Bytes whole = MakeMarked();
-  const auto marks = whole.Reader().U32BE(12).value();
-  const auto extension = whole.Reader().U32BE(16).value();
+TEST(Playlist, KeepsItemsWithInvalidExtension) {
+  const Bytes complete = MakeMarked();
+  const auto marks = complete.Reader().U32BE(12).value();
+  const auto extension = complete.Reader().U32BE(16).value();
   for (const std::size_t at :
        {std::size_t{12}, std::size_t{16}, std::size_t{marks + 4}, std::size_t{extension + 12},
         std::size_t{extension + 16}, std::size_t{extension + 20}, std::size_t{extension + 32},
         std::size_t{extension + 40}}) {
-    Bytes file = whole;
+    Bytes file = complete;
     file.Set(at, 0xFFFFFFFF, 4);
     const Playlist list = ParsePlaylist(file.Reader());
     EXPECT_EQ(list.items.size(), 5u) << at;
@@ -167,9 +167,9 @@ TEST(Playlist, KeepsItsItemsWhenTheExtensionLies) {
   }
 }
 
-TEST(Playlist, ReadsACamerasPlaylist) {
+TEST(Playlist, ReadsACameraSample) {
   const auto sample = sorvik_test::ReadSample("avchd/ElishaAz-AVCHD-Converter/files/00002.MPL");
-  if (!sample) GTEST_SKIP() << "samples aren't there";
+  if (!sample) GTEST_SKIP() << "samples not found";
   const auto list = std::make_shared<const Playlist>(ParsePlaylist(ReaderOf(*sample)));
   ASSERT_EQ(list->items.size(), 13u);
   ASSERT_EQ(list->marks.size(), 5u);
@@ -180,12 +180,12 @@ TEST(Playlist, ReadsACamerasPlaylist) {
   EXPECT_EQ(mark->recorded[4], std::byte{0x15}) << "2022-06-15";
 }
 
-TEST(ShotOfStream, LooksFromTheClipsOwnNumberDownward) {
+TEST(ShotOfStream, IsSearchedFromTheClipNumberDownward) {
   sorvik_test::TempTree tree;
   const CallScope scope;
   tree.File("BDMV/PLAYLIST/00003.mpls", MakePlaylist({{"00007", 1}, {"00008", 6}}).str());
   tree.File("BDMV/PLAYLIST/00009.mpls", MakePlaylist({{"00007", 1}}).str());
-  tree.File("BDMV/PLAYLIST/00006.MPL", "no playlist");
+  tree.File("BDMV/PLAYLIST/00006.MPL", "not a playlist");
   tree.File("BDMV/PLAYLIST/00006.mpls", MakePlaylist({{"00007", 1}}).str());
   tree.File("BDMV/PLAYLIST/4.MPL", MakePlaylist({{"00007", 1}}).str());
   tree.File("BDMV/PLAYLIST/00005.Mpl", MakePlaylist({{"00007", 1}}).str());
@@ -193,12 +193,12 @@ TEST(ShotOfStream, LooksFromTheClipsOwnNumberDownward) {
     return ShotClips(FindShotOfStream(tree.Path(std::string("BDMV/STREAM/").append(name))));
   };
   EXPECT_EQ(shot("00007.MTS"), "00007 00008 ");
-  EXPECT_EQ(shot("00002.MTS"), "none") << "only playlists at or below the clip's number";
+  EXPECT_EQ(shot("00002.MTS"), "none") << "only playlists up to the clip number";
   EXPECT_EQ(shot("CLIP.MTS"), "none");
   EXPECT_EQ(ShotClips(FindShotOfStream("00007.MTS")), "none");
 }
 
-TEST(ShotOfStream, PaysNothingForHugeFilesAndOddThings) {
+TEST(ShotOfStream, SkipsHugeFilesAndFolders) {
   sorvik_test::TempTree tree;
   const std::string huge = tree.File("BDMV/PLAYLIST/00001.MPL", MakePlaylist(kFive).str());
   std::filesystem::resize_file(huge, 0x100000000);

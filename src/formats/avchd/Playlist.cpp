@@ -8,9 +8,9 @@
 #include <utility>
 
 #include "foundation/CallScope.h"
-#include "foundation/FolderNames.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
 #include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/tarnwick/Text.h"
 
@@ -20,7 +20,9 @@ namespace {
 
 using foundation::ByteReader;
 using foundation::CallScope;
-using foundation::FolderNames;
+using foundation::CardFolder;
+using foundation::JoinPath;
+using foundation::ParentFolder;
 
 // Header: type 0, version 4, then the offsets of the blocks.
 constexpr std::string_view kTypeAndVersion = "MPLS0100";
@@ -31,7 +33,7 @@ constexpr std::uint64_t kExtensionStartAt = 16;
 
 // Play-list block: length 0, reserved 4, number of items 6, number of sub-paths 8, items.
 constexpr std::uint64_t kFirstItemAt = 10;
-// Play item beyond its head: IN time 14, OUT time 18.
+// Play item after its head: IN time 14, OUT time 18.
 constexpr std::uint64_t kInTimeAt = 14;
 constexpr std::uint64_t kOutTimeAt = 18;
 
@@ -93,7 +95,7 @@ ByteReader FindPlex(ByteReader file) {
 }
 
 // Marks of the playlist (length 4, count 2, entries of 14 bytes) name the item of each shot; the
-// entries of the same index in PLEX (length 4, count 2, entries of 66 bytes) tell about it.
+// entries of the same index in PLEX (length 4, count 2, entries of 66 bytes) describe it.
 std::vector<ShotMark> ReadMarks(ByteReader file) {
   constexpr std::uint64_t kMarksAt = 6;
   constexpr std::uint64_t kMarkSize = 14;
@@ -121,36 +123,35 @@ std::vector<ShotMark> ReadMarks(ByteReader file) {
   return marks;
 }
 
-// The playlists of a folder by number; a name that isn't spelled as cameras do it isn't there.
+// The names of the playlists of a folder by number. Only names as cameras write them.
 struct PlaylistNames {
   std::map<int, std::string> byNumber;
 };
 
-// The number of a name such as "00012.mpl" with its extension in any case; nothing for any other.
-std::optional<int> NumberOfName(const std::string& name) {
-  const auto dot = name.rfind('.');
-  if (dot == std::string::npos) return std::nullopt;
-  const auto extension = tarnwick::utility::FoldCase(Hestra::MakeString(name.substr(dot)));
-  if (extension != u".mpl" && extension != u".mpls") return std::nullopt;
-  const std::string title = name.substr(0, dot);
+// The number of a name such as "00012.mpl" with its extension in any case; nullopt for other names.
+std::optional<int> NumberOfName(std::string_view name) {
+  if (!foundation::HasExtension(name, ".mpl") && !foundation::HasExtension(name, ".mpls")) {
+    return std::nullopt;
+  }
+  const std::string_view title = foundation::FileStem(name);
   int number = 0;
   if (!tarnwick::utility::StringToNumber(Hestra::MakeString(title), number)) return std::nullopt;
-  char spelled[16];
-  std::snprintf(spelled, sizeof spelled, "%05d", number);
-  return title == spelled ? std::optional<int>(number) : std::nullopt;
+  char canonical[16];
+  std::snprintf(canonical, sizeof canonical, "%05d", number);
+  return title == canonical ? std::optional<int>(number) : std::nullopt;
 }
 
 PlaylistNames ListPlaylists(const std::string& folder) {
   PlaylistNames list;
   const auto items = Hestra::Directory::GetItems(folder);
   if (!items) return list;
-  const auto names = FolderNames::Of(folder);
+  const auto names = CardFolder::Of(folder);
   for (const auto& item : *items) {
     const auto number = NumberOfName(item.name);
     if (!number || list.byNumber.contains(*number)) continue;
-    const std::string title = item.name.substr(0, item.name.rfind('.'));
+    const std::string title(foundation::FileStem(item.name));
     for (const auto* extension : {".MPL", ".mpls"}) {
-      if (!names->Holds(title + extension)) continue;
+      if (!names->Contains(title + extension)) continue;
       list.byNumber.emplace(*number, title + extension);
       break;
     }
@@ -162,8 +163,8 @@ std::shared_ptr<const PlaylistNames> NamesIn(const std::string& folder) {
   return CallScope::Remember<PlaylistNames>(folder, [&folder] { return ListPlaylists(folder); });
 }
 
-// Where the clips of a card stand: for each clip the playlists that hold it, by ascending number,
-// each with the clip's first item.
+// For each clip of a card the playlists that contain it, by ascending number, each with the first
+// item of the clip.
 struct ClipPlace {
   int number;
   std::size_t item;
@@ -176,7 +177,7 @@ struct PlaylistIndex {
 PlaylistIndex MakeIndex(const std::string& folder) {
   PlaylistIndex index;
   for (const auto& [number, name] : NamesIn(folder)->byNumber) {
-    const auto playlist = LoadPlaylist(folder + "/" + name);
+    const auto playlist = LoadPlaylist(JoinPath(folder, name));
     for (std::size_t i = 0; i < playlist->items.size(); ++i) {
       auto& places = index.clips[std::string(playlist->items[i].ClipName())];
       if (places.empty() || places.back().number != number) places.push_back({number, i, playlist});
@@ -194,7 +195,8 @@ ShotOfClip ShotAround(std::shared_ptr<const Playlist> playlist, std::size_t clip
   return shot;
 }
 
-// The shot in the playlist with the highest number from `lowest` to `highest` that holds the clip.
+// The shot in the playlist with the highest number from `lowest` to `highest` that contains the
+// clip.
 std::optional<ShotOfClip> FindInIndex(const PlaylistIndex& index, const std::string& clip,
                                       int lowest, int highest) {
   const auto found = index.clips.find(clip);
@@ -205,10 +207,10 @@ std::optional<ShotOfClip> FindInIndex(const PlaylistIndex& index, const std::str
   return ShotAround(at->playlist, at->item);
 }
 
-// Items are small: a file of some kilobytes can declare as many as a large card holds. What a call
-// keeps of all playlists together is bounded for that reason.
+// Limits the items of all playlists that a call keeps: a file of a few kilobytes can declare more
+// items than a large card has.
 struct ItemAllowance {
-  mutable std::size_t left = kMaxItemsPerCall;  // of one thread, as the scope is
+  mutable std::size_t left = kMaxItemsPerCall;  // used by one thread, like the scope
 
   bool Take(std::size_t count) const {
     const bool granted = count <= left;
@@ -216,11 +218,6 @@ struct ItemAllowance {
     return granted;
   }
 };
-
-std::string ParentOf(const std::string& path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string::npos ? std::string() : path.substr(0, slash);
-}
 
 }  // namespace
 
@@ -256,12 +253,11 @@ std::optional<ShotOfClip> FindShot(std::shared_ptr<const Playlist> playlist,
 }
 
 std::optional<ShotOfClip> FindShotOfStream(const std::string& streamFile) {
-  const std::string folder = ParentOf(ParentOf(streamFile)) + "/PLAYLIST";
-  const auto wideTitle = Hestra::PathUtils::GetFilePart(Hestra::MakeString(streamFile));
-  const std::string title = Hestra::MakeStdString(wideTitle);
-  // A title that is no number gets one look, for a name that cameras don't write.
+  const std::string folder = JoinPath(ParentFolder(ParentFolder(streamFile)), "PLAYLIST");
+  const std::string title(foundation::FileStem(streamFile));
+  // Without a number only the playlist -1 is tried, whose name cameras don't write.
   int number = -1;
-  tarnwick::utility::StringToNumber(wideTitle, number);
+  tarnwick::utility::StringToNumber(Hestra::MakeString(title), number);
   const int lowest = std::min(number, 0);
   if (const auto index = CallScope::Kept<PlaylistIndex>(folder)) {
     return FindInIndex(*index, title, lowest, number);
@@ -271,7 +267,7 @@ std::optional<ShotOfClip> FindShotOfStream(const std::string& streamFile) {
   for (auto at = byNumber.upper_bound(number); at != byNumber.begin();) {
     --at;
     if (at->first < lowest) break;
-    if (auto shot = FindShot(LoadPlaylist(folder + "/" + at->second), title)) return shot;
+    if (auto shot = FindShot(LoadPlaylist(JoinPath(folder, at->second)), title)) return shot;
   }
   return std::nullopt;
 }

@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdio>
 
-#include "foundation/FolderNames.h"
+#include "foundation/CardFolder.h"
 #include "foundation/platform/FileSystem.h"
 #include "xmp/Namespaces.h"
 #include "xmp/NativeValues.h"
@@ -231,7 +231,7 @@ std::string PacketOfRmdFile(const std::string& path) {
   if (slash == std::string::npos) return {};
   const std::string rmdPath =
       path.substr(0, slash + 1) + ClipName(std::string_view(path).substr(slash + 1)) + ".RMD";
-  if (!foundation::FolderNames::MayExist(rmdPath)) return {};
+  if (!foundation::MayExistOnCard(rmdPath)) return {};
   const auto bytes = platform::ReadHead(rmdPath, kMaxBytes);
   return bytes ? PacketOf(ByteReader{*bytes}.Text()) : std::string();
 }
