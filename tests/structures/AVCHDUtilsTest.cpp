@@ -32,7 +32,7 @@ Names Heads(const std::string& playlist) {
   return names;
 }
 
-// The file names that an operation gives for a path.
+// The file names of the paths that an operation returns for `path`.
 template <class Operation>
 Names FilesOf(Operation operation, const std::string& path) {
   std::vector<UTF16String> files;
@@ -62,21 +62,21 @@ Names AllItems(const std::string& playlist) {
 const std::vector<PlayItemOf> kTwoShots = {
     {"00001", 1}, {"00002", 6}, {"00003", 6}, {"00004", 5}, {"00005", 6}};
 
-TEST(PlayItems, TellShotsByTheirConnections) {
+TEST(PlayItems, AreGroupedByConnectionCondition) {
   const TempTree tree;
   const std::string file = tree.File("a.MPL", PlaylistOf(kTwoShots).str());
   EXPECT_THAT(Heads(file), ElementsAre("00001", "00004"));
-  Names shot{"left from before"};
+  Names shot{"previous content"};
   EXPECT_TRUE(AVCHDUtils::FindShotOfClip("00003", Wide(file), shot));
   EXPECT_THAT(shot, ElementsAre("00001", "00002", "00003"));
   EXPECT_TRUE(AVCHDUtils::FindShotOfClip("00004", Wide(file), shot));
   EXPECT_THAT(shot, ElementsAre("00004", "00005"));
-  for (const char* absent : {"00006", "0000", "000011", ""}) {
-    EXPECT_FALSE(AVCHDUtils::FindShotOfClip(absent, Wide(file), shot)) << absent;
+  for (const char* missing : {"00006", "0000", "000011", ""}) {
+    EXPECT_FALSE(AVCHDUtils::FindShotOfClip(missing, Wide(file), shot)) << missing;
   }
 }
 
-TEST(PlayItems, BeginARunAtAFirstItemThatContinues) {
+TEST(PlayItems, StartAShotAtTheFirstItem) {
   const TempTree tree;
   const std::string file =
       tree.File("a.MPL", PlaylistOf({{"00001", 6}, {"00002", 6}, {"00003", 2}}).str());
@@ -86,7 +86,7 @@ TEST(PlayItems, BeginARunAtAFirstItemThatContinues) {
   EXPECT_THAT(shot, ElementsAre("00001", "00002"));
 }
 
-TEST(PlayItems, StopWhereTheVisitorSaysSo) {
+TEST(PlayItems, StopWhenTheVisitorReturnsFalse) {
   const TempTree tree;
   class TwoOnly final : public AVCHDUtils::PlayItemVisitor {
    public:
@@ -97,15 +97,15 @@ TEST(PlayItems, StopWhereTheVisitorSaysSo) {
   EXPECT_EQ(visitor.visits, 2);
 }
 
-// A file cut anywhere gives a prefix of its items, and only the whole one gives all.
-TEST(PlayItems, AreThePrefixOfACutFile) {
+// A truncated file gives the first of its items; only the complete file gives all.
+TEST(PlayItems, SurviveTruncation) {
   const TempTree tree;
-  const Bytes whole = PlaylistOf(kTwoShots, 2);
-  const Names all = AllItems(tree.File("whole.MPL", whole.str()));
+  const Bytes complete = PlaylistOf(kTwoShots, 2);
+  const Names all = AllItems(tree.File("complete.MPL", complete.str()));
   ASSERT_EQ(all.size(), 5u);
-  for (std::size_t size = 0; size < whole.size(); ++size) {
-    // The block's length is made to fit, so that the items' own bounds decide.
-    Bytes cut = whole.Cut(size);
+  for (std::size_t size = 0; size < complete.size(); ++size) {
+    // Adapt the block length, so that the bounds of the items are tested.
+    Bytes cut = complete.Cut(size);
     if (size >= 62) cut.Set(58, size - 62, 4);
     const Names found = AllItems(tree.File("cut.MPL", cut.str()));
     ASSERT_LT(found.size(), all.size()) << size;
@@ -115,7 +115,7 @@ TEST(PlayItems, AreThePrefixOfACutFile) {
   }
 }
 
-TEST(PlayItems, HoldToTheDeclaredLengths) {
+TEST(PlayItems, RespectDeclaredLengths) {
   const TempTree tree;
   struct Case {
     const char* why;
@@ -127,19 +127,19 @@ TEST(PlayItems, HoldToTheDeclaredLengths) {
     return Bytes(good).Set(at, value, width);
   };
   const Case cases[] = {
-      {"as it is", good, 5},
+      {"unchanged", good, 5},
       {"another type", with(0, 0x4D504C54, 4), 0},
       {"version 0200", with(4, 0x30323030, 4), 0},
       {"20 bytes with the right magic", good.Cut(20), 0},
       {"no items", with(64, 0, 2), 0},
-      {"fewer items counted than there are", with(64, 2, 2), 2},
-      {"more items counted than there are: the tail reads as empty ones", with(64, 99, 2), 7},
+      {"count below the number of items", with(64, 2, 2), 2},
+      {"count above the number of items: the tail reads as empty items", with(64, 99, 2), 7},
       {"block up to the last byte", with(58, good.size() - 62, 4), 5},
       {"block one byte longer than the file", with(58, good.size() - 61, 4), 0},
-      {"block longer than 32 bits hold", with(58, 0xFFFFFFFF, 4), 0},
+      {"start + block length exceeds 32 bits", with(58, 0xFFFFFFFF, 4), 0},
       {"block shorter than its items", with(58, 0, 4), 5},
-      {"list start beyond the file", with(8, good.size() - 9, 4), 0},
-      {"list start beyond 32 bits", with(8, 0xFFFFFFFF, 4), 0},
+      {"list starts past the end of the file", with(8, good.size() - 9, 4), 0},
+      {"list start + 10 exceeds 32 bits", with(8, 0xFFFFFFFF, 4), 0},
       {"third item longer than the file", with(68 + 44, 0xFFFF, 2), 2},
       {"last item to the file's last byte but one", with(68 + 88, 20 + 4, 2), 5},
       {"last item to the file's last byte", with(68 + 88, 20 + 5, 2), 4},
@@ -149,8 +149,8 @@ TEST(PlayItems, HoldToTheDeclaredLengths) {
   }
 }
 
-// A length too small for the fields of an item doesn't end the walk; they reach into what follows.
-TEST(PlayItems, VisitShortItems) {
+// An item may be shorter than its fields, which are then read from the bytes after it.
+TEST(PlayItems, IncludeItemsShorterThanTheirFields) {
   const TempTree tree;
   const std::string file =
       tree.File("a.MPL", PlaylistOf({{"00001", 1, 0}, {"00002", 1, 5}, {"00003", 1}}, 2).str());
@@ -158,14 +158,14 @@ TEST(PlayItems, VisitShortItems) {
   ASSERT_EQ(items.size(), 3u);
   EXPECT_EQ(items[1], "00002");
   EXPECT_EQ(items[2], "00003");
-  // At the very end such an item reads as zeros beyond the file.
+  // At the end of the file the missing bytes read as zero.
   const Names last = AllItems(tree.File("b.MPL", PlaylistOf({{"", 1, 0}}, 2).str()));
   EXPECT_THAT(last, ElementsAre(std::string(5, '\0')));
 }
 
-TEST(PlayItems, ComeFromRegularFilesOfSaneSizeAlone) {
+TEST(PlayItems, AreReadFromRegularFilesOfLimitedSize) {
   const TempTree tree;
-  EXPECT_THAT(Heads(tree.Path("absent.MPL")), IsEmpty());
+  EXPECT_THAT(Heads(tree.Path("missing.MPL")), IsEmpty());
   EXPECT_THAT(Heads(tree.Folder("folder.MPL")), IsEmpty());
   ASSERT_EQ(mkfifo(tree.Path("fifo.MPL").c_str(), 0600), 0);
   EXPECT_THAT(Heads(tree.Path("fifo.MPL")), IsEmpty());
@@ -174,9 +174,9 @@ TEST(PlayItems, ComeFromRegularFilesOfSaneSizeAlone) {
   EXPECT_THAT(Heads(sparse), IsEmpty());
 }
 
-TEST(PlayItems, OfACameraGiveItsShots) {
+TEST(PlayItems, MatchACameraSample) {
   const auto sample = sorvik_test::ReadSample("avchd/ElishaAz-AVCHD-Converter/files/00002.MPL");
-  if (!sample) GTEST_SKIP() << "the samples aren't here";
+  if (!sample) GTEST_SKIP() << "samples not found";
   const TempTree tree;
   const std::string file = tree.File("00002.MPL", *sample);
   EXPECT_EQ(AllItems(file).size(), 13u);
@@ -186,19 +186,19 @@ TEST(PlayItems, OfACameraGiveItsShots) {
   EXPECT_THAT(shot, ElementsAre("00017", "00018", "00019", "00020", "00021"));
 }
 
-TEST(PlayItems, OfAnAuthoredDiscAreOfAnotherVersion) {
+TEST(PlayItems, RequireVersion0100) {
   const auto sample =
       sorvik_test::ReadSample("avchd/agentjp-bdinfo-rs/BigBuckBunny/BDMV/PLAYLIST/00000.mpls");
-  if (!sample) GTEST_SKIP() << "the samples aren't here";
+  if (!sample) GTEST_SKIP() << "samples not found";
   const TempTree tree;
   EXPECT_THAT(AllItems(tree.File("00000.mpls", *sample)), IsEmpty());
-  // It is its version alone that keeps it out.
+  // Only its version is different.
   std::string older = *sample;
   older.replace(4, 4, "0100");
   EXPECT_EQ(AllItems(tree.File("00001.mpls", older)).size(), 1u);
 }
 
-TEST(ShotHeadClips, AreTheStreamFilesThatAreThere) {
+TEST(ShotHeadClips, AreTheExistingStreamFiles) {
   const TempTree tree;
   const AvchdCard card(tree);
   card.File("STREAM/00001.m2ts");
@@ -206,7 +206,7 @@ TEST(ShotHeadClips, AreTheStreamFilesThatAreThere) {
   card.File("STREAM/00002.m2ts");
   card.File("STREAM/00003.M2TS");
   card.File("STREAM/00004.mts");
-  card.File("elsewhere.MTS");
+  card.File("outside.MTS");
   const std::string playlist = card.Playlist(
       "00000", {{"00001"}, {"00002"}, {"00003"}, {"00004"}, {"00005"}, {"../el"}, {"00001"}});
   EXPECT_THAT(HeadFilesOf(playlist), ElementsAre("00001.MTS", "00002.m2ts", "00001.MTS"));
@@ -214,24 +214,26 @@ TEST(ShotHeadClips, AreTheStreamFilesThatAreThere) {
   EXPECT_THAT(HeadFilesOf(playlist), IsEmpty());
 }
 
-TEST(ShotClips, ComeFromThePlaylistAtOrBelowTheClipsNumber) {
+TEST(ShotClips, ComeFromPlaylistsUpToTheClipNumber) {
   const TempTree tree;
   const AvchdCard card(tree);
   card.Clips({"00006", "00007", "00008"});
   const std::string stream = card.Path("STREAM/00007.MTS");
   card.File("PLAYLIST/00009.mpls", PlaylistOf({{"00007"}, {"00008", 6}}).str());
-  EXPECT_THAT(ShotOf(stream), IsEmpty()) << "only a playlist above it holds the clip";
+  EXPECT_THAT(ShotOf(stream), IsEmpty())
+      << "only a playlist with a higher number contains the clip";
   card.File("PLAYLIST/00003.mpls", PlaylistOf({{"00006"}, {"00007", 6}}).str());
   EXPECT_THAT(ShotOf(stream), ElementsAre("00006.MTS", "00007.MTS"));
   card.File("PLAYLIST/00005.MPL", PlaylistOf({{"00008"}}).str());
-  EXPECT_THAT(ShotOf(stream), ElementsAre("00006.MTS", "00007.MTS")) << "passes over 00005";
+  EXPECT_THAT(ShotOf(stream), ElementsAre("00006.MTS", "00007.MTS")) << "skips 00005";
   card.File("PLAYLIST/00007.mpls", PlaylistOf({{"00007"}}).str());
   EXPECT_THAT(ShotOf(stream), ElementsAre("00007.MTS"));
   card.File("PLAYLIST/00007.MPL", PlaylistOf({{"00008"}}).str());
-  EXPECT_THAT(ShotOf(stream), ElementsAre("00006.MTS", "00007.MTS")) << ".MPL hides .mpls";
+  EXPECT_THAT(ShotOf(stream), ElementsAre("00006.MTS", "00007.MTS"))
+      << ".MPL takes precedence over .mpls";
 }
 
-TEST(ShotClips, NeedANumberedClip) {
+TEST(ShotClips, RequireANumberedClip) {
   const TempTree tree;
   const AvchdCard card(tree);
   card.File("STREAM/abcde.MTS");
@@ -242,8 +244,8 @@ TEST(ShotClips, NeedANumberedClip) {
   EXPECT_THAT(ShotOf("/00000.MTS"), IsEmpty());
 }
 
-// The index of a listing answers as the walk over the playlists does, on a card where playlists
-// overlap, repeat clips and leave numbers out.
+// The index that listings use gives the same shots as a search through the playlists, on a card
+// whose playlists overlap, repeat clips and skip numbers.
 TEST(ShotClips, AreTheSameWithAndWithoutAnIndex) {
   const TempTree tree;
   const AvchdCard card(tree);
@@ -272,7 +274,7 @@ TEST(ShotClips, AreTheSameWithAndWithoutAnIndex) {
   }
 }
 
-TEST(StructureFile, IsANumberedFileInItsFolder) {
+TEST(IsStructureFile, RequiresANumberedFileInItsFolder) {
   const TempTree tree;
   const AvchdCard card(tree);
   const AvchdCard bare(tree, "bare");
@@ -295,8 +297,8 @@ TEST(StructureFile, IsANumberedFileInItsFolder) {
       {"/00001.MTS", false},
       {"00001.MTS", false},
   };
-  for (const auto& [path, is] : cases) {
-    EXPECT_EQ(AVCHDUtils::IsStructureFile(Wide(path)), is) << path;
+  for (const auto& [path, expected] : cases) {
+    EXPECT_EQ(AVCHDUtils::IsStructureFile(Wide(path)), expected) << path;
   }
 }
 

@@ -18,7 +18,7 @@ using Names = std::vector<std::string>;
 const std::string kClips = "CONTENTS/CLIPS001/";
 const FieldNameSet kPaths{kNameField, kPathField, kExtraPathField};
 
-// Packet with a shot name and a title, as a sidecar holds it.
+// The XMP of a sidecar with a shot name and a title.
 std::string Packet(const std::string& shotName, const std::string& title) {
   return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
          "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
@@ -32,7 +32,7 @@ void MakeCard(const TempTree& tree) {
   tree.File(kClips + "AA0001/AA000101.MXF");
 }
 
-TEST(CanonXF, ScoresByWhatElseLiesOnTheCard) {
+TEST(CanonXF, ScoresByForeignFiles) {
   const ProviderCanonXF provider;
   struct Case {
     const char* why;
@@ -40,13 +40,13 @@ TEST(CanonXF, ScoresByWhatElseLiesOnTheCard) {
     int score;
   };
   for (const Case& c :
-       {Case{"nothing else", {}, 100}, Case{"one stray file", {"x"}, 100},
-        Case{"two stray files", {"x", "y"}, 40}, Case{"hidden files", {".x", ".y", ".z"}, 100},
+       {Case{"nothing else", {}, 100}, Case{"one foreign file", {"x"}, 100},
+        Case{"two foreign files", {"x", "y"}, 40}, Case{"hidden files", {".x", ".y", ".z"}, 100},
         Case{"the Desktop folder", {"Desktop/f"}, 100}, Case{"a hidden folder", {".Trash/f"}, 100},
-        Case{"a stray folder", {"Other/f"}, 40},
+        Case{"a foreign folder", {"Other/f"}, 40},
         Case{"a journal", {"CONTENTS/CLIPS001/JOURNAL/00001.JNL"}, 100},
-        Case{"a stray file in the clip root", {"CONTENTS/CLIPS001/x"}, 40},
-        Case{"a hidden file there", {"CONTENTS/CLIPS001/.x"}, 100},
+        Case{"a foreign file in the clip root", {"CONTENTS/CLIPS001/x"}, 40},
+        Case{"a hidden file in the clip root", {"CONTENTS/CLIPS001/.x"}, 100},
         Case{"other clip roots", {"CONTENTS/CLIPS002/f"}, 100}}) {
     const TempTree tree;
     MakeCard(tree);
@@ -55,7 +55,7 @@ TEST(CanonXF, ScoresByWhatElseLiesOnTheCard) {
   }
 }
 
-TEST(CanonXF, NeedsIndexAndAClipFolder) {
+TEST(CanonXF, RequiresIndexAndClipFolder) {
   const ProviderCanonXF provider;
   for (const char* folder : {"AA001", "AAA001", "A10001", "AA00011", "JOURNAL"}) {
     const TempTree tree;
@@ -74,14 +74,14 @@ TEST(CanonXF, NeedsIndexAndAClipFolder) {
   EXPECT_EQ(provider.CanProvideFor(""), 0);
 }
 
-TEST(CanonXF, ListsClipsUnderTheirFirstSpan) {
+TEST(CanonXF, UsesTheFirstSpanAsKey) {
   const TempTree tree;
   MakeCard(tree);
   tree.File(kClips + "AA0001/AA000102.mxf");
   tree.File(kClips + "AA0001/AA000100.txt");
-  tree.File(kClips + "AB0002/AB000203.MXF");  // its first spans are lost
-  tree.File(kClips + "AC0003/AC000399.MXF");  // 99 is never the first
-  tree.File(kClips + "AD0004/CLIP.MXF");      // counts as span 0, and its title drops the clip
+  tree.File(kClips + "AB0002/AB000203.MXF");  // its first spans are missing
+  tree.File(kClips + "AC0003/AC000399.MXF");  // span 99 is never the first
+  tree.File(kClips + "AD0004/CLIP.MXF");      // counts as span 0
   tree.File(kClips + "AD0004/AD000401.MXF");
   tree.Folder(kClips + "AE0005");
   const ProviderCanonXF provider;
@@ -96,7 +96,7 @@ TEST(CanonXF, ListsClipsUnderTheirFirstSpan) {
   EXPECT_TRUE(provider.GetContent(zero.Root(), kPaths, nullptr).empty());
 }
 
-TEST(CanonXF, NamesEveryFileOfAClip) {
+TEST(CanonXF, ListsAllFilesOfAClip) {
   const TempTree tree;
   MakeCard(tree);
   for (const char* name :
@@ -123,7 +123,7 @@ TEST(CanonXF, NamesEveryFileOfAClip) {
   EXPECT_TRUE(provider.GetContent(tree.Root(), "AA0001/../AA0001/AA000101", kPaths).empty());
 }
 
-TEST(CanonXF, FindsClipFoldersInOddCaseAsTheyStandOnDisk) {
+TEST(CanonXF, FindsClipFoldersIgnoringCase) {
   const TempTree tree;
   tree.File(kClips + "INDEX.MIF");
   tree.File(kClips + "aa0001/aa000101.MXF");
@@ -132,7 +132,7 @@ TEST(CanonXF, FindsClipFoldersInOddCaseAsTheyStandOnDisk) {
   const ContentMap content = provider.GetContent(tree.Root(), kPaths, nullptr);
   EXPECT_EQ(ExtraPathsOf(content.at("aa000101"), tree.Path("CONTENTS/CLIPS001")),
             (Names{"INDEX.MIF", "aa0001", "aa0001/aa0001.xml"}));
-  // Two clips whose folders differ in case alone keep their own files.
+  // Two clips whose folders differ only in case keep their own files.
   tree.File(kClips + "AA0001/AA000101.MXF");
   tree.File(kClips + "AA0001/AA0001.CIF");
   const ContentMap both = provider.GetContent(tree.Root(), kPaths, nullptr);
@@ -142,14 +142,14 @@ TEST(CanonXF, FindsClipFoldersInOddCaseAsTheyStandOnDisk) {
             (Names{"INDEX.MIF", "AA0001", "AA0001/AA0001.CIF"}));
 }
 
-// What a listing gives can be asked for again, whatever spelling or company its file has.
-TEST(CanonXF, FindsEveryListedKeyAgain) {
+// The operation for one entry accepts the keys of a listing, however their files are spelled.
+TEST(CanonXF, AcceptsEveryListedKey) {
   const TempTree tree;
   tree.File(kClips + "INDEX.MIF");
   tree.File(kClips + "AA0001/AA000101.mxf");
   tree.File(kClips + "ab0002/AB000201.MXF");
   tree.File(kClips + "AC0003/AC000301.MXF");
-  tree.File(kClips + "AC0003/._AC000301.MXF");  // left by a desktop
+  tree.File(kClips + "AC0003/._AC000301.MXF");  // written by a desktop
   ASSERT_EQ(mkfifo(tree.Path(kClips + "AA0001/AA000102.MXF").c_str(), 0600), 0);
   const ProviderCanonXF provider;
   const ContentMap content = provider.GetContent(tree.Root(), kPaths, nullptr);
@@ -160,8 +160,8 @@ TEST(CanonXF, FindsEveryListedKeyAgain) {
     EXPECT_EQ(TextOf(one.at(key), kPathField), TextOf(fields, kPathField));
     EXPECT_EQ(ExtraPathsOf(one.at(key), tree.Root()), ExtraPathsOf(fields, tree.Root()));
   }
-  for (const char* absent : {"ac000301", "AA000102", "", "..", "AA0001"}) {
-    EXPECT_TRUE(provider.GetContent(tree.Root(), absent, kPaths).empty()) << absent;
+  for (const char* missing : {"ac000301", "AA000102", "", "..", "AA0001"}) {
+    EXPECT_TRUE(provider.GetContent(tree.Root(), missing, kPaths).empty()) << missing;
   }
 }
 
@@ -171,7 +171,7 @@ TEST(CanonXF, PrefersTheShotName) {
     const char* shotName;
     const char* title;
     const char* listed;
-    const char* alone;  // a caller that asks for the name only gets it without the shot name
+    const char* single;  // without the shot name, which isn't requested
   };
   for (const Case& c : {Case{"Shot", "Title", "Shot", "Title"}, Case{"", "Title", "Title", "Title"},
                         Case{"", "", "AA000101", "AA000101"}}) {
@@ -183,11 +183,11 @@ TEST(CanonXF, PrefersTheShotName) {
         c.listed);
     EXPECT_EQ(TextOf(provider.GetContent(tree.Root(), "AA000101", {kNameField}).at("AA000101"),
                      kNameField),
-              c.alone);
+              c.single);
   }
 }
 
-TEST(CanonXF, GivesDurationAndTimecodeAsTextsInListings) {
+TEST(CanonXF, ListsDurationAndTimecodeAsText) {
   const TempTree tree;
   MakeCard(tree);
   const ProviderCanonXF provider;
@@ -198,7 +198,7 @@ TEST(CanonXF, GivesDurationAndTimecodeAsTextsInListings) {
   EXPECT_FALSE(listed.contains(kExtraPathField));
 }
 
-TEST(CanonXF, HasThePictureOfItsFile) {
+TEST(CanonXF, ReturnsTheIconOfTheFile) {
   const TempTree tree;
   MakeCard(tree);
   const ProviderCanonXF provider;

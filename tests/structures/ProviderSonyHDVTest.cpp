@@ -21,7 +21,7 @@ const std::string kFirst = "00_0012_2014-01-31_101530";
 const std::string kSecond = "00_0012_2014-01-31_103000";
 const std::string kThird = "00_0013_2014-01-31_104500";
 
-TEST(SonyHDV, ScoresByTheNamesOfItsFiles) {
+TEST(SonyHDV, ScoresByFileNames) {
   const ProviderSonyHDV provider;
   struct Case {
     std::vector<std::string> files;
@@ -43,7 +43,7 @@ TEST(SonyHDV, ScoresByTheNamesOfItsFiles) {
   EXPECT_EQ(provider.CanProvideFor(other.Root()), 0);
 }
 
-TEST(SonyHDV, TellsSplitRecordingsApart) {
+TEST(SonyHDV, DistinguishesFilesOfOneRecording) {
   const TempTree tree;
   for (const std::string& name : {kFirst, kSecond, kThird}) tree.File(kClips + name + ".M2T");
   tree.File(kClips + kFirst + ".IDX");
@@ -51,7 +51,7 @@ TEST(SonyHDV, TellsSplitRecordingsApart) {
   for (const std::string& pipe : {kThird + ".IDX", kThird + ".XMP"}) {
     ASSERT_EQ(mkfifo(tree.Path(kClips + pipe).c_str(), 0600), 0);
   }
-  // The same number, but another recording stands between.
+  // The same number, but not adjacent.
   const std::string apart = "01_0012_2014-02-01_090000.AVI";
   tree.File(kClips + apart);
   const ProviderSonyHDV provider;
@@ -62,7 +62,7 @@ TEST(SonyHDV, TellsSplitRecordingsApart) {
   EXPECT_EQ(nameOf(kSecond + ".M2T"), "0012-02");
   EXPECT_EQ(nameOf(kThird + ".M2T"), "0013");
   EXPECT_EQ(nameOf(apart), "0012");
-  // Extra paths come unasked; the whole run shares its first file's index.
+  // Extra paths are always set. All files of a run share the index of the first one.
   const std::string folder = tree.Path("VIDEO/HVR");
   EXPECT_EQ(ExtraPathsOf(content.at(kFirst + ".M2T"), folder),
             (Names{kFirst + ".IDX", "TRACKS.DAT"}));
@@ -75,7 +75,7 @@ TEST(SonyHDV, TellsSplitRecordingsApart) {
   }
 }
 
-TEST(SonyHDV, AnswersForKeysThatItDoesNotList) {
+TEST(SonyHDV, AcceptsUnlistedKeys) {
   const TempTree tree;
   tree.File(kClips + kFirst + ".M2T");
   const ProviderSonyHDV provider;
@@ -85,7 +85,7 @@ TEST(SonyHDV, AnswersForKeysThatItDoesNotList) {
   EXPECT_EQ(ExtraPathsOf(fields, tree.Path("VIDEO/HVR")), Names{"TRACKS.DAT"});
   EXPECT_EQ(TextOf(provider.GetContent(tree.Root(), "x", {}).at("x"), kNameField), "");
   EXPECT_TRUE(provider.GetContent(tree.Path("VIDEO"), kFirst + ".M2T", {}).empty());
-  tree.File(kClips + "Tracks.dat");  // as some recorders spell it
+  tree.File(kClips + "Tracks.dat");  // as some recorders write it
   EXPECT_EQ(ExtraPathsOf(provider.GetContent(tree.Root(), {}, nullptr).at(kFirst + ".M2T"),
                          tree.Path("VIDEO/HVR")),
             Names{"Tracks.dat"});
@@ -94,7 +94,7 @@ TEST(SonyHDV, AnswersForKeysThatItDoesNotList) {
   }
 }
 
-TEST(SonyHDV, NumbersLongRunsAndStopsWhenAborted) {
+TEST(SonyHDV, NumbersLongRunsAndReturnsNothingWhenAborted) {
   const TempTree tree;
   for (int i = 0; i < 120; ++i) {
     char time[8];
@@ -104,6 +104,7 @@ TEST(SonyHDV, NumbersLongRunsAndStopsWhenAborted) {
   const ProviderSonyHDV provider;
   const ContentMap content = provider.GetContent(tree.Root(), {}, nullptr);
   EXPECT_EQ(TextOf(content.at("00_0001_2014-01-31_000008.M2T"), kNameField), "0001-09");
+  EXPECT_EQ(TextOf(content.at("00_0001_2014-01-31_000009.M2T"), kNameField), "0001-10");
   EXPECT_EQ(TextOf(content.at("00_0001_2014-01-31_000119.M2T"), kNameField), "0001-120");
   const Hestra::InterfaceRef<ProviderListRequest, Hestra::IThreadedQueueRequest> request(
       new ProviderListRequest("", ""));

@@ -2,12 +2,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <memory>
+
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/frame/ProviderHost.h"
+#include "providers/common/StructureParts.h"
 #include "providers/structures/ProviderAVCHD.h"
 #include "providers/structures/ProviderCanonXF.h"
 #include "providers/structures/ProviderSonyHDV.h"
 #include "support/AvchdCard.h"
+#include "support/FakeProvider.h"
 #include "support/TempTree.h"
 
 namespace {
@@ -25,7 +30,7 @@ std::vector<std::string> Missing(const StructureFindings& findings, const std::s
 
 using Lines = std::vector<std::string>;
 
-TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
+TEST(StructureChecks, ReportMissingAndUnreachedStreamsOfAVCHD) {
   for (const char* folder : {"", "AVCHD"}) {
     const TempTree tree;
     const sorvik_test::AvchdCard card(tree, folder);
@@ -35,7 +40,7 @@ TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
     card.File("CLIPINF/00000.CPI");
     card.File("STREAM/00002.MTS");
     card.File("STREAM/00007.MTS");
-    card.File("STREAM/00002.mts");  // a listing takes the one in capitals
+    card.File("STREAM/00002.mts");  // a listing uses 00002.MTS
     card.File("STREAM/thumbs.db");
     card.File("BACKUP/CLIPINF/00000.CPI");
     const StructureFindings findings = ProviderAVCHD().CheckStructure(tree.Root());
@@ -53,19 +58,19 @@ TEST(StructureChecks, NameMissingAndUnreachedStreamsOfAVCHD) {
   }
 }
 
-// Whatever a playlist says, a stream that no entry hands out is one that a copy of the clips loses.
-TEST(StructureChecks, NameStreamsThatNoEntryOfAVCHDHandsOut) {
+// A stream can be in a playlist and still belong to no entry.
+TEST(StructureChecks, ReportStreamsOfNoAVCHDEntry) {
   const TempTree tree;
   const sorvik_test::AvchdCard card(tree);
   card.Clips({"00001", "00002", "00003", "00004", "00006", "00007", "00008"});
   const auto list = [](const std::vector<sorvik_test::PlayItemOf>& items) {
     return sorvik_test::PlaylistOf(items).str();
   };
-  // The shot of 00001 isn't looked for above its number.
+  // The shot of 00001 is searched in playlists up to 00001.
   card.File("PLAYLIST/00009.MPL", list({{"00001"}, {"00002", 6}}));
-  card.File("PLAYLIST/00003.mpl", list({{"00003"}}));                // not listed in this spelling
+  card.File("PLAYLIST/00003.mpl", list({{"00003"}}));                // ignored in this spelling
   card.File("PLAYLIST/.00004.MPL", list({{"00004"}}));               // hidden
-  card.File("PLAYLIST/00005.MPL", list({{"00005"}, {"00006", 6}}));  // whose head is lost
+  card.File("PLAYLIST/00005.MPL", list({{"00005"}, {"00006", 6}}));  // its head is missing
   card.File("PLAYLIST/00007.MPL", list({{"00007"}, {"00008", 6}}));
   card.File("STREAM/copy of 00001.mts");
   std::vector<std::string> unreached;
@@ -76,7 +81,7 @@ TEST(StructureChecks, NameStreamsThatNoEntryOfAVCHDHandsOut) {
             (Lines{"00002.MTS", "00003.MTS", "00004.MTS", "00006.MTS", "copy of 00001.mts"}));
 }
 
-TEST(StructureChecks, NameMissingSpansOfCanonXF) {
+TEST(StructureChecks, ReportMissingSpansOfCanonXF) {
   const TempTree tree;
   const std::string root = "CONTENTS/CLIPS001/";
   for (const char* file :
@@ -93,12 +98,16 @@ TEST(StructureChecks, NameMissingSpansOfCanonXF) {
   const char* id = "com.halvane.Merisk.ProviderCanonXF";
   EXPECT_EQ(Missing(CheckStructure(tree.Root(), id), tree.Root()), expected);
   EXPECT_TRUE(CheckStructure(tree.Path("CONTENTS"), id).missing.empty());
+  // Without its index the card isn't recognized, though spans are missing all the same.
+  std::filesystem::remove(tree.Path(root + "INDEX.MIF"));
+  EXPECT_EQ(Missing(ProviderCanonXF().CheckStructure(tree.Root()), tree.Root()), expected);
+  EXPECT_TRUE(CheckStructure(tree.Root(), id).missing.empty());
   EXPECT_TRUE(CheckStructure(tree.Root(), "com.halvane.Merisk.ProviderSonyHDV").missing.empty());
-  EXPECT_TRUE(CheckStructure(tree.Root(), "nobody").missing.empty());
+  EXPECT_TRUE(CheckStructure(tree.Root(), "unknown").missing.empty());
   ProviderHost::Shutdown();
 }
 
-TEST(StructureChecks, NameMissingIndexesOfSonyHDV) {
+TEST(StructureChecks, ReportMissingIndexesOfSonyHDV) {
   const TempTree tree;
   for (const char* file : {"00_0012_2014-01-31_101530.M2T", "00_0012_2014-01-31_101530.IDX",
                            "00_0012_2014-01-31_103000.M2T", "00_0013_2014-01-31_104500.M2T"}) {
@@ -107,6 +116,29 @@ TEST(StructureChecks, NameMissingIndexesOfSonyHDV) {
   EXPECT_EQ(Missing(ProviderSonyHDV().CheckStructure(tree.Root()), tree.Root()),
             (Lines{"00_0013_2014-01-31_104500.M2T: index "
                    "VIDEO/HVR/00_0013_2014-01-31_104500.IDX"}));
+}
+
+// A case-insensitive file system finds a file under another spelling. Elsewhere a listed path that
+// doesn't exist is another file.
+TEST(StructureChecks, IgnoreListedPathsThatDoNotExist) {
+  const TempTree tree;
+  const std::string file = tree.File("CLIP/A001.MXF");
+  const auto answers = std::make_shared<sorvik_test::FakeAnswers>();
+  std::string listed;
+  answers->listing = [&listed](ProviderRequest*) {
+    return ContentMap{{"A001", {{kPathField, any_regular_t(listed)}}}};
+  };
+  const sorvik_test::FakeProvider provider(answers);
+  const auto unreached = [&](const std::string& path) {
+    listed = path;
+    StructureFindings findings;
+    AddUnreached(provider, tree.Root(), "media", {file}, findings);
+    return findings.unreached.size();
+  };
+  EXPECT_EQ(unreached(file), 0u);
+  EXPECT_EQ(unreached(tree.Path("CLIP/a001.mxf")), 1u) << "doesn't exist";
+  std::filesystem::create_symlink("A001.MXF", tree.Path("CLIP/a001.mxf"));
+  EXPECT_EQ(unreached(tree.Path("CLIP/a001.mxf")), 0u) << "exists in another spelling";
 }
 
 }  // namespace

@@ -1,60 +1,51 @@
 // SPDX-License-Identifier: MIT
-#include <array>
-#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "formats/avchd/Playlist.h"
 #include "foundation/CallScope.h"
-#include "foundation/FolderNames.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
 #include "providers/common/StructureParts.h"
+#include "providers/structures/AVCHDNames.h"
 #include "providers/structures/AVCHDUtils.h"
 #include "providers/structures/ProviderAVCHD.h"
+
 namespace Sorvik {
 namespace {
 
-namespace Directory = Hestra::Directory;
-namespace PathUtils = Hestra::PathUtils;
-using foundation::FolderNames;
+using namespace avchd;  // NOLINT(google-build-using-namespace): this file is about these names
+using foundation::JoinPath;
 
-constexpr std::array kStreamExtensions{"MTS", "mts", "M2TS", "m2ts"};
-constexpr std::array kClipInfoExtensions{"clpi", "CLP", "CPI"};
+constexpr std::string_view kIndexExtensions[] = {".bdmv", ".bdm"};
 
-// The parts of one card, with what the playlists have named so far.
+// The findings of one card, with the clips that have been checked so far.
 struct Card {
   std::string bdmv;
   StructureFindings findings;
-  std::set<std::string> named;
+  std::set<std::string> checkedClips;
 };
 
-std::string FindBDMV(const std::string& path) {
-  const std::string direct = path + "/BDMV";
-  return PathUtils::IsDirectory(Hestra::MakeString(direct)) ? direct : path + "/AVCHD/BDMV";
-}
-
-template <std::size_t N>
-std::optional<std::string> FindPart(const std::string& folder, const std::string& title,
-                                    const std::array<const char*, N>& extensions) {
-  for (const char* extension : extensions) {
-    const std::string name = title + "." + extension;
-    if (FolderNames::Of(folder)->Holds(name)) return name;
-  }
-  return std::nullopt;
+void CheckPart(const char* kind, std::string_view subfolder, Extensions extensions,
+               std::string_view expectedName, const std::string& clip, const std::string& entryKey,
+               Card& card) {
+  if (FindPartFile(card.bdmv, subfolder, clip, extensions)) return;
+  card.findings.missing.push_back(
+      {entryKey, kind, JoinPath(JoinPath(card.bdmv, subfolder), expectedName)});
 }
 
 void CheckClip(const std::string& clip, const std::string& entryKey, Card& card) {
-  if (!card.named.insert(clip).second) return;
-  const std::string streams = card.bdmv + "/STREAM";
-  const std::string clipInfos = card.bdmv + "/CLIPINF";
-  if (!FindPart(streams, clip, kStreamExtensions)) {
-    card.findings.missing.push_back({entryKey, "stream", streams + "/" + clip + ".MTS"});
-  }
-  if (!FindPart(clipInfos, clip, kClipInfoExtensions)) {
-    card.findings.missing.push_back(
-        {entryKey, "clip information", clipInfos + "/" + clip + ".CPI"});
-  }
+  if (!card.checkedClips.insert(clip).second) return;
+  CheckPart("stream", kStream, kStreamExtensions, clip + ".MTS", clip, entryKey, card);
+  CheckPart("clip information", kClipInfo, kClipInfoExtensions, clip + ".CPI", clip, entryKey,
+            card);
+}
+
+std::string StreamName(const std::string& clip, const std::string& bdmv) {
+  const auto stream = FindPartFile(bdmv, kStream, clip, kStreamExtensions);
+  return stream ? std::string(foundation::FileName(*stream)) : clip + ".MTS";
 }
 
 void CheckPlaylist(const std::string& path, Card& card) {
@@ -62,46 +53,41 @@ void CheckPlaylist(const std::string& path, Card& card) {
   for (const auto& item : formats::avchd::LoadPlaylist(path)->items) {
     const std::string clip(item.ClipName());
     if (clip.find_first_not_of("0123456789") != clip.npos) continue;
-    if (!item.ContinuesShot() || entryKey.empty()) {
-      entryKey = FindPart(card.bdmv + "/STREAM", clip, kStreamExtensions).value_or(clip + ".MTS");
-    }
+    if (!item.ContinuesShot() || entryKey.empty()) entryKey = StreamName(clip, card.bdmv);
     CheckClip(clip, entryKey, card);
   }
 }
 
-void AddFilesOf(const std::string& folder, std::u16string_view extension, bool recursive,
-                Card& card) {
-  for (const UTF16String& file :
-       Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension, recursive)) {
-    card.findings.structureFiles.push_back(Hestra::MakeStdString(file));
+void AddFilesOf(const std::string& folder, Extensions extensions, Card& card) {
+  const auto listed = foundation::CardFolder::Of(folder);
+  for (const std::string_view extension : extensions) {
+    for (const std::string& name : listed->Files(extension)) {
+      card.findings.structureFiles.push_back(listed->PathOf(name));
+    }
   }
 }
 
-// Indexes, and the camera's copies of them. Most are listed with the clips as well.
+// Adds the index files and the camera's copies of them. Most are extra paths of the clips, too.
 void AddStructureFiles(Card& card) {
-  for (const char16_t* extension : {u".bdmv", u".bdm"}) {
-    AddFilesOf(card.bdmv, extension, false, card);
+  AddFilesOf(card.bdmv, kIndexExtensions, card);
+  AddFilesOf(JoinPath(card.bdmv, kPlaylist), kPlaylistExtensions, card);
+  AddFilesOf(JoinPath(card.bdmv, kClipInfo), kClipInfoExtensions, card);
+  for (std::string& file : foundation::ListFilesBelow(JoinPath(card.bdmv, kBackup))) {
+    card.findings.structureFiles.push_back(std::move(file));
   }
-  for (const char16_t* extension : {u".mpls", u".MPL"}) {
-    AddFilesOf(card.bdmv + "/PLAYLIST", extension, false, card);
-  }
-  for (const char16_t* extension : {u".clpi", u".CLP", u".CPI"}) {
-    AddFilesOf(card.bdmv + "/CLIPINF", extension, false, card);
-  }
-  AddFilesOf(card.bdmv + "/BACKUP", {}, true, card);
 }
 
 }  // namespace
 
 StructureFindings ProviderAVCHD::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
-  Card card{FindBDMV(path), {}, {}};
-  for (const UTF16String& file : AVCHDUtils::ListPlaylists(Hestra::MakeString(card.bdmv))) {
-    CheckPlaylist(Hestra::MakeStdString(file), card);
+  Card card{FindBDMVFolder(path), {}, {}};
+  for (const std::string& playlist : AVCHDUtils::ListPlaylists(card.bdmv)) {
+    CheckPlaylist(playlist, card);
   }
-  // Playlists alone decide what is a clip, and a clip's shot is looked for in some of them only: a
-  // stream can be named and belong to no entry all the same.
-  AddUnreachedMedia(*this, path, {card.bdmv + "/STREAM"}, card.findings);
+  // A stream that a playlist contains can still belong to no entry: a clip's shot is searched in
+  // the playlists up to its number only.
+  AddUnreachedMedia(*this, path, {JoinPath(card.bdmv, kStream)}, card.findings);
   AddStructureFiles(card);
   return std::move(card.findings);
 }

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: MIT
-// Which clips of an AVCHD card are one recording: what its playlists say. A shot is a recording as
-// the user sees it; a camera that splits it into several stream files joins them in a playlist by
-// seamless connection.
+// Finds out from the playlists of an AVCHD card which clips belong to one shot. A shot is a
+// recording as the user sees it; a camera that splits it into several stream files joins them in a
+// playlist by seamless connection.
 //
-// Paths are full paths in UTF-16; lists are appended to. Nothing here reports a failure: what can't
-// be read or doesn't hold gives fewer names. Only names and their existence matter of clip
-// information and stream files, which are never opened. Within a call scope each playlist is read
-// once and each folder listed once. Any thread.
+// Paths are full paths, UTF-16 unless they are std::string; results are appended to the lists. What
+// can't be read or is invalid gives fewer names; nothing is reported. Clip information and stream
+// files are never opened, only their names and their existence matter. Within a call scope each
+// playlist is read once and each folder listed once. Any thread.
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "SorvikProvider/foundation/UTF16String.h"
@@ -20,41 +19,40 @@ namespace Sorvik::AVCHDUtils {
 
 class PlayItemVisitor {
  public:
-  // True to go on to the next item. The item is valid during the call alone.
+  // Returns true to go on to the next item. The item is valid during the call only.
   virtual bool Visit(const formats::avchd::PlayItem& item) = 0;
   virtual ~PlayItemVisitor() = default;
 };
 
-// Hands the play items of a playlist file to `visitor` in order.
+// Calls `visitor` with the play items of a playlist file in order.
 void ForEachPlayItem(const UTF16String& path, PlayItemVisitor& visitor);
 
 // The playlists of the card at the BDMV folder `bdmv` that decide what is a clip: the visible files
-// *.MPL and *.mpls of its PLAYLIST folder, in no other spelling.
-std::vector<UTF16String> ListPlaylists(const UTF16String& bdmv);
+// *.MPL and *.mpls of its PLAYLIST folder, case-sensitive.
+std::vector<std::string> ListPlaylists(const std::string& bdmv);
 
-// The stream files of the shots that a playlist starts, from the STREAM folder beside the
-// playlist's own.
+// The stream files of the shots that start in a playlist, from the STREAM folder next to the
+// playlist's folder.
 void GetShotHeadClips(const UTF16String& playlist, std::vector<UTF16String>& out);
 
-// The stream files of all clips of the shot that `streamFile` belongs to, in playing order, itself
-// among them; none if no playlist with a number at or below the clip's own holds it. A clip that
-// the shot names again is given once: a small playlist can name one as often as it likes.
+// The stream files of all clips of the shot that `streamFile` belongs to, itself included, in
+// playing order. None if no playlist with a number up to the clip's number contains it. A clip that
+// the shot repeats is given once.
 void GetShotClips(const UTF16String& streamFile, std::vector<UTF16String>& out);
 
-// For each name its stream file, NAME.MTS or else NAME.m2ts; names without either are left out.
+// For each name its stream file, NAME.MTS or else NAME.m2ts; names without either are skipped.
 void FindClipFiles(const UTF16String& streamFolder, const std::vector<std::string>& names,
                    std::vector<UTF16String>& out);
 
-// The names of the clips that start a shot; no look at the disk beyond the playlist.
+// The names of the clips that start a shot. Reads nothing but the playlist.
 void GetShotHeadNames(const UTF16String& playlist, std::vector<std::string>& names);
 
-// Whether the playlist holds `clip`. If so, `names` becomes the names of the clips of its shot; if
-// not, its content is of no use.
+// Returns whether the playlist contains `clip`, and sets `names` to the clips of its shot.
 bool FindShotOfClip(const std::string& clip, const UTF16String& playlist,
                     std::vector<std::string>& names);
 
-// Whether the path names a stream or clip-information file, by five digits, in its own folder of a
-// tree that has its other folders. The file itself needn't exist.
+// True if `path` is that of a stream or clip-information file: named by five digits, in its folder
+// of a tree that has the other folders of a card. The file itself needn't exist.
 bool IsStructureFile(const UTF16String& path);
 
 }  // namespace Sorvik::AVCHDUtils

@@ -3,35 +3,37 @@
 
 #include <algorithm>
 
-#include "foundation/hestra/PathUtils.h"
+#include "SorvikProvider/foundation/UTF16String.h"
+#include "foundation/Paths.h"
 #include "foundation/tarnwick/Text.h"
+#include "providers/common/NameMask.h"
 
 namespace Sorvik::canonxf {
 namespace {
 
-namespace PathUtils = Hestra::PathUtils;
-
-bool IsAsciiLetter(char16_t c) { return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'); }
-
-bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+bool IsAsciiLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
 }  // namespace
 
-bool IsClipFolderName(std::u16string_view name) {
-  return name.size() == kClipIdLength &&
-         std::all_of(name.begin(), name.begin() + 2, IsAsciiLetter) &&
-         std::all_of(name.begin() + 2, name.end(), IsDigit);
+bool IsClipFolderName(std::string_view name) {
+  return name.size() == kClipIdLength && std::ranges::all_of(name.substr(0, 2), IsAsciiLetter) &&
+         MatchesMask(name.substr(2), "####");
 }
 
-int GetSpanNumber(std::u16string_view title) {
+std::string ClipIdOf(std::string_view title) {
+  return foundation::SubstrOfCodeUnits(title, 0, kClipIdLength);
+}
+
+int GetSpanNumber(std::string_view title) {
+  const UTF16String units = Hestra::MakeString(title);
   int number = 0;
-  if (title.size() != kSpanTitleLength) return 0;
-  tarnwick::utility::StringToNumber(title.substr(kClipIdLength), number);
+  if (units.size() != kSpanTitleLength) return 0;
+  tarnwick::utility::StringToNumber(std::u16string_view(units).substr(kClipIdLength), number);
   return number;
 }
 
-UTF16String ClipRootOf(const UTF16String& folder) {
-  return PathUtils::CombinePaths(PathUtils::CombinePaths(folder, kContents), kClipRoot);
+std::string ClipRootOf(std::string_view path) {
+  return foundation::JoinPath(foundation::JoinPath(path, kContents), kClipRoot);
 }
 
 }  // namespace Sorvik::canonxf

@@ -1,26 +1,32 @@
 // SPDX-License-Identifier: MIT
-// The names of a Canon XF card.
+// The names of a Canon XF card. Names and paths are UTF-8; lengths count 16-bit code units.
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
-
-#include "SorvikProvider/foundation/UTF16String.h"
 
 namespace Sorvik::canonxf {
 
-inline constexpr char16_t kContents[] = u"CONTENTS";
-inline constexpr char16_t kClipRoot[] = u"CLIPS001";
+inline constexpr std::string_view kContents = "CONTENTS";
+inline constexpr std::string_view kClipRoot = "CLIPS001";
+inline constexpr std::string_view kIndexFile = "INDEX.MIF";
+inline constexpr std::string_view kJournal = "JOURNAL";
+inline constexpr std::string_view kSpanExtension = ".MXF";
+inline constexpr std::string_view kClipInfoExtension = ".CIF";
 inline constexpr std::size_t kClipIdLength = 6;
 inline constexpr std::size_t kSpanTitleLength = 8;  // the clip id and the two digits of the span
 
 // Two ASCII letters of either case and four digits.
-bool IsClipFolderName(std::u16string_view name);
+bool IsClipFolderName(std::string_view name);
+
+// The first kClipIdLength code units of a span's title.
+std::string ClipIdOf(std::string_view title);
 
 // The number in the title of a span; 0 if the title has another length or no number.
-int GetSpanNumber(std::u16string_view title);
+int GetSpanNumber(std::string_view title);
 
-// CONTENTS/CLIPS001 below a card's root.
-UTF16String ClipRootOf(const UTF16String& folder);
+// CONTENTS/CLIPS001 of the card at `path`.
+std::string ClipRootOf(std::string_view path);
 
 }  // namespace Sorvik::canonxf

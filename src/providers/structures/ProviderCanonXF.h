@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A Canon XF card: below CONTENTS/CLIPS001 a folder for each clip, with one MXF file for each span
-// of the recording and sidecars beside them. One entry a clip, under its first span.
+// A Canon XF card: CONTENTS/CLIPS001 has a folder for each clip, with one MXF file for each span of
+// the recording and sidecars next to them. One entry for each clip; its key is the title of its
+// first span.
 #pragma once
 
 #include <string>
@@ -15,7 +16,7 @@ class ProviderCanonXF final : public ClipProvider, public CardChecker {
   ProviderCanonXF();
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
-  // Can't be aborted.
+  // Ignores an abort of the request.
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                         ProviderRequest* request) const override;
   int CanProvideFor(const std::string& path) const override;

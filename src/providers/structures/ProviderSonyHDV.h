@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The tree of Sony HDV recorders: all clips in VIDEO/HVR, under names that spell out a number, date
-// and time. One entry a media file; files of one recording carry the same number and are told apart
-// by a suffix on the entry's name.
+// A card of Sony HDV recorders: all clips in VIDEO/HVR, named by number, date and time. One entry
+// for each media file. Files of one recording have the same number; a suffix to the entry's name
+// distinguishes them.
 #pragma once
 
 #include <string>
@@ -14,9 +14,9 @@ namespace Sorvik {
 class ProviderSonyHDV final : public ClipProvider, public CardChecker {
  public:
   ProviderSonyHDV();
-  // Both give ExtraPath whether it was asked for or not; it names TRACKS.DAT even if it isn't
-  // there. The one-entry call also answers for files that aren't there, but not for a key that is
-  // no name of a file.
+  // Both set ExtraPath even if it wasn't requested; it contains TRACKS.DAT even if that doesn't
+  // exist. The operation for one entry also accepts missing files, but no key that isn't a file
+  // name.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,

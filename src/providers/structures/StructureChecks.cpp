@@ -1,60 +1,54 @@
 // SPDX-License-Identifier: MIT
-#include <algorithm>
 #include <map>
-#include <vector>
+#include <string>
+#include <string_view>
 
 #include "foundation/CallScope.h"
-#include "foundation/FoldedNames.h"
+#include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
 #include "providers/common/StructureParts.h"
 #include "providers/structures/CanonXFNames.h"
 #include "providers/structures/ProviderCanonXF.h"
 #include "providers/structures/ProviderSonyHDV.h"
+#include "providers/structures/SonyHDVNames.h"
 
 namespace Sorvik {
 namespace {
 
-namespace Directory = Hestra::Directory;
-namespace PathUtils = Hestra::PathUtils;
+using foundation::CardFolder;
+using foundation::FileStem;
+using foundation::JoinPath;
 
-std::vector<UTF16String> SubFolders(const UTF16String& folder) {
-  std::vector<UTF16String> files;
-  std::vector<UTF16String> folders;
-  Directory::GetContainedFileAndDirectoryPaths(folder, files, folders);
-  return folders;
-}
-
-// The spans of a clip folder by number.
-std::map<int, UTF16String> SpansOf(const UTF16String& clip) {
-  std::map<int, UTF16String> spans;
-  for (const UTF16String& file : Directory::GetContainedFilePaths(clip, u".MXF")) {
-    const int number = canonxf::GetSpanNumber(PathUtils::GetFilePart(file));
-    if (number > 0) spans.emplace(number, file);
+// The titles of the spans of a clip folder by number.
+std::map<int, std::string> SpansOf(const CardFolder& clip) {
+  std::map<int, std::string> spans;
+  for (const std::string& name : clip.Files(canonxf::kSpanExtension)) {
+    const int number = canonxf::GetSpanNumber(FileStem(name));
+    if (number > 0) spans.emplace(number, FileStem(name));
   }
   return spans;
 }
 
-void CheckClip(const UTF16String& clip, StructureFindings& findings) {
-  const UTF16String id = PathUtils::GetFullFilePart(clip);
+std::string SpanName(std::string_view clipId, int number) {
+  std::string name(clipId);
+  name.append(number < 10 ? "0" : "").append(std::to_string(number));
+  return name.append(canonxf::kSpanExtension);
+}
+
+void CheckClip(const CardFolder& clip, std::string_view id, StructureFindings& findings) {
   const auto spans = SpansOf(clip);
-  const auto pathOf = [&](const UTF16String& name) {
-    return Hestra::MakeStdString(PathUtils::CombinePaths(clip, name));
-  };
   if (spans.empty()) {
-    findings.missing.push_back({"", "span", pathOf(id + u"01.MXF")});
+    findings.missing.push_back({"", "span", clip.PathOf(SpanName(id, 1))});
     return;
   }
-  const std::string key = Hestra::MakeStdString(PathUtils::GetFilePart(spans.begin()->second));
+  const std::string& key = spans.begin()->second;
   for (int number = 1; number < spans.rbegin()->first; ++number) {
     if (spans.contains(number)) continue;
-    const UTF16String digits =
-        tarnwick::utility::AsciiToUTF16((number < 10 ? "0" : "") + std::to_string(number));
-    findings.missing.push_back({key, "span", pathOf(id + digits + u".MXF")});
+    findings.missing.push_back({key, "span", clip.PathOf(SpanName(id, number))});
   }
-  if (!foundation::FoundOnDisk(PathUtils::CombinePaths(clip, id + u".CIF"))) {
-    findings.missing.push_back({key, "clip information", pathOf(id + u".CIF")});
+  const std::string clipInfo = clip.PathOf(std::string(id).append(canonxf::kClipInfoExtension));
+  if (!foundation::FindOnCard(clipInfo)) {
+    findings.missing.push_back({key, "clip information", clipInfo});
   }
 }
 
@@ -63,39 +57,35 @@ void CheckClip(const UTF16String& clip, StructureFindings& findings) {
 StructureFindings ProviderCanonXF::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
-  const UTF16String clips = canonxf::ClipRootOf(Hestra::MakeString(path));
-  for (const UTF16String& clip : SubFolders(clips)) {
-    if (canonxf::IsClipFolderName(PathUtils::GetFullFilePart(clip))) CheckClip(clip, findings);
+  const auto clipRoot = CardFolder::Of(canonxf::ClipRootOf(path));
+  for (const std::string& name : clipRoot->Folders()) {
+    if (!canonxf::IsClipFolderName(name)) continue;
+    CheckClip(*CardFolder::Of(clipRoot->PathOf(name)), name, findings);
   }
-  const std::string clipRoot = Hestra::MakeStdString(clips);
-  AddStructureFiles(clipRoot, {"INDEX.MIF"}, findings);
-  AddStructureFilesBelow(foundation::JoinPath(clipRoot, "JOURNAL"), findings);
-  AddUnreachedMedia(*this, path, {clipRoot}, findings);
+  AddStructureFiles(clipRoot->Path(), {canonxf::kIndexFile}, findings);
+  AddStructureFilesBelow(clipRoot->PathOf(canonxf::kJournal), findings);
+  AddUnreachedMedia(*this, path, {clipRoot->Path()}, findings);
   return findings;
 }
 
 StructureFindings ProviderSonyHDV::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
-  const UTF16String folder =
-      PathUtils::CombinePaths(PathUtils::CombinePaths(Hestra::MakeString(path), u"VIDEO"), u"HVR");
+  const std::string folder = sonyhdv::ClipFolderOf(path);
   const ContentMap content = GetContent(path, FieldNameSet(), nullptr);
-  std::string run;  // the clip number of the recording before, all of whose files share an index
+  std::string previous;  // all files of a recording share the index file of the first one
   for (const auto& [key, fields] : content) {
-    const UTF16String title = PathUtils::GetFilePart(Hestra::MakeString(key));
-    const std::string number = key.substr(3, 4);
-    if (number == run) continue;
-    run = number;
-    const UTF16String index = PathUtils::CombinePaths(folder, title + u".IDX");
-    if (!PathUtils::ExistsOnDisk(index)) {
-      findings.missing.push_back({key, "index", Hestra::MakeStdString(index)});
-    }
+    const std::string number = sonyhdv::ClipNumberOf(key);
+    if (number == previous) continue;
+    previous = number;
+    const std::string index =
+        JoinPath(folder, std::string(FileStem(key)).append(sonyhdv::kIndexExtension));
+    if (!foundation::ExistsOnDisk(index)) findings.missing.push_back({key, "index", index});
   }
-  // Clips name the track list whether it is there or not, and the layout does without.
-  const UTF16String tracks = PathUtils::CombinePaths(folder, u"TRACKS.DAT");
-  findings.structureFiles.push_back(Hestra::MakeStdString(tracks));
-  AddStructureFiles(Hestra::MakeStdString(folder), {"TRACKS.DAT"}, findings);
-  AddUnreachedMedia(*this, path, {Hestra::MakeStdString(folder)}, findings);
+  // An extra path of all clips, but not required.
+  findings.structureFiles.push_back(JoinPath(folder, sonyhdv::kTracksFile));
+  AddStructureFiles(folder, {sonyhdv::kTracksFile}, findings);
+  AddUnreachedMedia(*this, path, {folder}, findings);
   return findings;
 }
 

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// The metadata of the clips of one operation: each file is read once, however many of its fields
+// are used. Lives on the stack of that operation. One thread.
+#pragma once
+
+#include <string>
+#include <unordered_map>
+
+#include "SorvikProvider/frame/FieldModel.h"
+#include "SorvikProvider/metadata/XMPSupport.h"
+
+namespace Sorvik {
+
+class ClipValueCache {
+ public:
+  explicit ClipValueCache(const FieldNameSet& fields) : fields_(XMPSupport::ParseFields(fields)) {}
+
+  // The requested fields of the media file at `path` (UTF-8), as XMPSupport::MakeValue returns
+  // them. Valid as long as the cache.
+  const FieldValueMap& ValuesOf(const std::string& path);
+  // One of these fields; nullptr if the file doesn't have it.
+  const any_regular_t* ValueOf(const std::string& path, const std::string& field);
+
+ private:
+  XMPSupport::XMPFieldBits fields_;
+  std::unordered_map<std::string, FieldValueMap> values_;
+};
+
+}  // namespace Sorvik
