@@ -25,14 +25,14 @@ const FieldNameSet kAllPaths{kNameField, kPathField, kExtraPathField};
 
 Names ExtrasOfHead(const Provider& provider, const TempTree& tree) {
   const ContentMap content = provider.GetContent(tree.Root(), kAllPaths, nullptr);
-  if (content.size() != 1) return {"not one entry"};
+  if (content.size() != 1) return {"expected one entry"};
   const FieldValueMap& listed = content.begin()->second;
   const ContentMap one = provider.GetContent(tree.Root(), content.begin()->first, kAllPaths);
   EXPECT_EQ(ExtraPathsOf(one.begin()->second, tree.Root()), ExtraPathsOf(listed, tree.Root()));
   return ExtraPathsOf(listed, tree.Root());
 }
 
-TEST(FrameSequences, AreRecognisedByTheirExtensionInAnyCase) {
+TEST(FrameSequences, AreRecognizedByCaseInsensitiveExtension) {
   const ProviderARRIRAW arri;
   const ProviderCanonRAW canon;
   const ProviderCinemaDNG dng;
@@ -58,7 +58,7 @@ TEST(FrameSequences, AreRecognisedByTheirExtensionInAnyCase) {
   }
 }
 
-TEST(FrameSequences, TakeNothingButRegularFilesAsFrames) {
+TEST(FrameSequences, AcceptOnlyRegularFilesAsFrames) {
   const TempTree tree;
   tree.Folder("a.ari");
   ASSERT_EQ(mkfifo(tree.Path("b.ari").c_str(), 0600), 0);
@@ -70,7 +70,7 @@ TEST(FrameSequences, TakeNothingButRegularFilesAsFrames) {
   EXPECT_EQ(ExtrasOfHead(arri, tree), Names{"d.ari"});
 }
 
-TEST(FrameSequences, ListUnderTheFirstFrameInCodeUnitOrder) {
+TEST(FrameSequences, UseTheFirstFrameInCodeUnitOrderAsKey) {
   const TempTree tree;
   for (const char* name : {"A_9.ari", "A_10.ari", ".A_0.ari", "A_11.ARI", "other.txt"}) {
     tree.File(name);
@@ -81,26 +81,26 @@ TEST(FrameSequences, ListUnderTheFirstFrameInCodeUnitOrder) {
   const FieldValueMap& fields = content.begin()->second;
   EXPECT_EQ(TextOf(fields, kNameField), "A_10.ari");
   EXPECT_EQ(TextOf(fields, kPathField), tree.Path("A_10.ari"));
-  // The hidden frame doesn't stand for the clip, yet it belongs to it.
+  // A hidden frame isn't used as the key, but is listed with the others.
   EXPECT_EQ(ExtraPathsOf(fields, tree.Root()),
             (Names{".A_0.ari", "A_10.ari", "A_11.ARI", "A_9.ari"}));
   EXPECT_EQ(ExtraPathsOf(arri.GetContent(tree.Root(), {kNameField}, nullptr).begin()->second, ""),
             Names{"<none>"});
 }
 
-TEST(FrameSequences, GoByTheirFolderInTheOneEntryCall) {
+TEST(FrameSequences, UseTheFolderNameForASingleEntry) {
   const TempTree tree;
   const std::string head = tree.File("CLIP.x/f1.dng");
   const ProviderCinemaDNG dng;
   FieldValueMap fields = dng.GetContent(tree.Path("CLIP.x"), head, kAllPaths).at(head);
   EXPECT_EQ(TextOf(fields, kNameField), "CLIP");
   EXPECT_EQ(TextOf(fields, kPathField), head);
-  fields = dng.GetContent(tree.Path("vanished"), head, kAllPaths).at(head);
+  fields = dng.GetContent(tree.Path("missing"), head, kAllPaths).at(head);
   EXPECT_EQ(TextOf(fields, kPathField), "<none>");
   EXPECT_EQ(ExtraPathsOf(fields, tree.Root()), Names{"CLIP.x/f1.dng"});
 }
 
-TEST(FrameSequences, ListTheFramesOfAKeyInAnyExtension) {
+TEST(FrameSequences, ListFilesWithTheExtensionOfTheKey) {
   const TempTree tree;
   const std::string key = tree.File("a.\xC3\xA9");  // two bytes, one code unit
   tree.File("b.\xC3\xA9");
@@ -110,7 +110,7 @@ TEST(FrameSequences, ListTheFramesOfAKeyInAnyExtension) {
   EXPECT_EQ(ExtraPathsOf(fields, tree.Root()), (Names{"a.\xC3\xA9", "b.\xC3\xA9"}));
 }
 
-TEST(FrameSequences, StopWhenAborted) {
+TEST(FrameSequences, ReturnNothingWhenAborted) {
   const TempTree tree;
   tree.File("f.dng");
   const Hestra::InterfaceRef<ProviderListRequest, Hestra::IThreadedQueueRequest> request(
@@ -119,7 +119,7 @@ TEST(FrameSequences, StopWhenAborted) {
   EXPECT_TRUE(ProviderCinemaDNG().GetContent(tree.Root(), kAllPaths, request.Get()).empty());
 }
 
-TEST(FrameSequences, KnowTheirSidecars) {
+TEST(FrameSequences, ListTheirSidecars) {
   {
     const TempTree tree;
     for (const char* name : {"A001.ARI", "A001.ARI.xmp", "A001.xmp", "A002.ARI"}) tree.File(name);
@@ -150,7 +150,7 @@ TEST(FrameSequences, KnowTheirSidecars) {
   }
 }
 
-TEST(FrameSequences, HavePictures) {
+TEST(FrameSequences, ReturnThumbnails) {
   for (const auto& [width, height] : {std::pair{64, 8}, std::pair{16, 200}}) {
     for (const bool dng : {false, true}) {
       const ProviderARRIRAW arri;
@@ -163,7 +163,7 @@ TEST(FrameSequences, HavePictures) {
       bitplateDispose(picture);
     }
   }
-  // The named icon of Canon RAW keeps the height that was asked for.
+  // The icon of Canon RAW has the requested height.
   Bitplate** icon = ProviderCanonRAW().GetThumbnail("", "", 48, 48, nullptr);
   ASSERT_NE(icon, nullptr);
   EXPECT_EQ(bitplateGetHeight(icon), 48);

@@ -14,7 +14,7 @@ using sorvik_test::TempTree;
 using sorvik_test::TextOf;
 using Names = std::vector<std::string>;
 
-TEST(RED, ClaimsFoldersOfClipFoldersInExactSpelling) {
+TEST(RED, RecognizesCaseSensitiveExtensions) {
   const ProviderRED red;
   struct Case {
     const char* file;
@@ -33,7 +33,7 @@ TEST(RED, ClaimsFoldersOfClipFoldersInExactSpelling) {
   EXPECT_EQ(red.GetMaximumThumbnailHeight(8), 8);
 }
 
-TEST(RED, ListsEverySubFolderWithASegment) {
+TEST(RED, ListsEverySubfolderWithASegment) {
   const TempTree tree;
   const std::string first = tree.File("A001_C001.RDC/A001_C001_001.R3D");
   for (const char* name :
@@ -53,9 +53,9 @@ TEST(RED, ListsEverySubFolderWithASegment) {
   const FieldValueMap one = red.GetContent(tree.Root(), first, fields).at(first);
   EXPECT_EQ(TextOf(one, kNameField), "A001_C001_001");
   EXPECT_EQ(ExtraPathsOf(one, tree.Root()).size(), 3u);
-  const FieldValueMap lost = red.GetContent("/vanished", first, fields).at(first);
-  EXPECT_EQ(TextOf(lost, kPathField), "<none>");
-  EXPECT_EQ(ExtraPathsOf(lost, tree.Root()), Names{"<none>"});
+  const FieldValueMap missing = red.GetContent("/missing", first, fields).at(first);
+  EXPECT_EQ(TextOf(missing, kPathField), "<none>");
+  EXPECT_EQ(ExtraPathsOf(missing, tree.Root()), Names{"<none>"});
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 using namespace Sorvik;
 using sorvik_test::TempTree;
 
-// "kind path" of each missing part, below `root`.
+// "kind path" of each missing part, relative to `root`.
 std::vector<std::string> Missing(const StructureFindings& findings, const std::string& root) {
   std::vector<std::string> lines;
   for (const StructurePart& part : findings.missing) {
@@ -22,7 +22,7 @@ std::vector<std::string> Missing(const StructureFindings& findings, const std::s
 
 using Lines = std::vector<std::string>;
 
-TEST(SequenceChecks, NameMissingFrames) {
+TEST(SequenceChecks, ReportMissingFrames) {
   const TempTree tree;
   for (const char* name : {"A_0099.ari", "A_0100.ari", "A_0103.ari", "B_7.ari", "notes.ari",
                            "A_0105.txt", "A_18446744073709551616.ari", "C_18446744073709551615.ari",
@@ -35,13 +35,13 @@ TEST(SequenceChecks, NameMissingFrames) {
   EXPECT_TRUE(ProviderCinemaDNG().CheckStructure(tree.Root()).missing.empty());
 }
 
-TEST(SequenceChecks, TakeExtensionsRegardlessOfCase) {
+TEST(SequenceChecks, CompareExtensionsIgnoringCase) {
   const TempTree tree;
   for (const char* name : {"B_0001.dng", "B_0002.DNG", "B_0003.dng"}) tree.File(name);
   EXPECT_EQ(Missing(ProviderCinemaDNG().CheckStructure(tree.Root()), tree.Root()), Lines{});
 }
 
-TEST(SequenceChecks, NameLongGapsByTheirEnds) {
+TEST(SequenceChecks, ReportBothEndsOfALongGap) {
   const TempTree tree;
   tree.File("f0000001.dng");
   tree.File("f9000000.dng");
@@ -49,7 +49,7 @@ TEST(SequenceChecks, NameLongGapsByTheirEnds) {
             (Lines{"frames from here f0000002.dng", "frames up to here f8999999.dng"}));
 }
 
-TEST(SequenceChecks, NameMissingSegmentsOfRED) {
+TEST(SequenceChecks, ReportMissingSegmentsOfRED) {
   const TempTree tree;
   tree.File("A001_C001.RDC/A001_C001_002.R3D");
   tree.File("A001_C001.RDC/A001_C001_004.R3D");

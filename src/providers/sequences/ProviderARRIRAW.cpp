@@ -12,13 +12,13 @@ ProviderARRIRAW::ProviderARRIRAW()
                                "$$$/Merisk/Libraries/Sorvik/ARRIRAWUIString=ARRIRAW") {}
 
 bool ProviderARRIRAW::IsSequenceFile(const UTF16String& name) const {
-  return HasExtension(name, u".ari");
+  return HasExtension(name, ".ari");
 }
 
 void ProviderARRIRAW::AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const {
   auto values = ListFrames(filePath);
   if (!values) return;
-  AddIfExists(*values, Hestra::MakeString(filePath) + u".xmp");
+  AddIfExists(*values, filePath + ".xmp");
   fields[kExtraPathField] = any_regular_t(std::move(*values));
 }
 

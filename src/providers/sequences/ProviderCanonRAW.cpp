@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "providers/sequences/ProviderCanonRAW.h"
 
+#include <string_view>
 #include <utility>
 
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/Paths.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
@@ -13,19 +14,18 @@ ProviderCanonRAW::ProviderCanonRAW()
                                "$$$/Merisk/Libraries/Sorvik/CanonRAWUIString=Canon RAW") {}
 
 bool ProviderCanonRAW::IsSequenceFile(const UTF16String& name) const {
-  return HasExtension(name, u".rmf");
+  return HasExtension(name, ".rmf");
 }
 
 void ProviderCanonRAW::AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const {
-  namespace PathUtils = Hestra::PathUtils;
   auto values = ListFrames(filePath);
   if (!values) return;
-  const UTF16String head = Hestra::MakeString(filePath);
-  const UTF16String folder = PathUtils::GetDirectoryPart(head);
-  AddIfExists(*values, PathUtils::CombinePaths(folder, PathUtils::GetFilePart(head) + u".WAV"));
-  AddIfExists(*values, head + u".xmp");
-  AddIfExists(*values, PathUtils::CombinePaths(folder, u"CLIPINFO.XML"));
-  AddIfExists(*values, PathUtils::CombinePaths(folder, u"HrClip.inf"));
+  const std::string_view headName = foundation::FileName(filePath);
+  const std::string prefix = filePath.substr(0, filePath.size() - headName.size());
+  AddIfExists(*values, prefix + std::string(foundation::FileStem(headName)) + ".WAV");
+  AddIfExists(*values, filePath + ".xmp");
+  AddIfExists(*values, prefix + "CLIPINFO.XML");
+  AddIfExists(*values, prefix + "HrClip.inf");
   fields[kExtraPathField] = any_regular_t(std::move(*values));
 }
 

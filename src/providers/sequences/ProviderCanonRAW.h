@@ -15,7 +15,7 @@ class ProviderCanonRAW final : public ProviderFileSequenceBase, public CardCheck
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
   bool IsSequenceFile(const UTF16String& name) const override;
-  // The frames, then the sound, sidecar and clip information that are there.
+  // The frames, then the sound, sidecar and clip information that exist.
   void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
   StructureFindings CheckStructure(const std::string& path) const override;
 };

@@ -1,31 +1,30 @@
 // SPDX-License-Identifier: MIT
 #include "providers/sequences/ProviderCinemaDNG.h"
 
+#include <string_view>
 #include <utility>
 
 #include "SorvikProvider/foundation/Environment.h"
 #include "SorvikProvider/thumbnails/Thumbnails.h"
+#include "foundation/Paths.h"
 #include "foundation/hestra/PathUtils.h"
 
 namespace Sorvik {
-
-namespace PathUtils = Hestra::PathUtils;
 
 ProviderCinemaDNG::ProviderCinemaDNG()
     : ProviderFileSequenceBase("com.halvane.Merisk.ProviderCinemaDNG",
                                "$$$/Merisk/Libraries/Sorvik/CinemaDNGUIString=Cinema DNG") {}
 
 bool ProviderCinemaDNG::IsSequenceFile(const UTF16String& name) const {
-  return HasExtension(name, u".dng");
+  return HasExtension(name, ".dng");
 }
 
 void ProviderCinemaDNG::AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const {
   auto values = ListFrames(filePath);
   if (!values) return;
-  const UTF16String head = Hestra::MakeString(filePath);
-  const UTF16String title = PathUtils::GetFilePart(head);
-  const UTF16String stem = title.substr(0, title.rfind(u'_'));
-  AddIfExists(*values, PathUtils::CombinePaths(PathUtils::GetDirectoryPart(head), stem + u".WAV"));
+  const std::string_view title = foundation::FileStem(filePath);
+  const std::string clip(title.substr(0, title.rfind('_')));
+  AddIfExists(*values, foundation::JoinPath(foundation::ParentFolder(filePath), clip + ".WAV"));
   fields[kExtraPathField] = any_regular_t(std::move(*values));
 }
 
@@ -35,7 +34,7 @@ Bitplate** ProviderCinemaDNG::GetThumbnail([[maybe_unused]] const std::string& p
                                            [[maybe_unused]] ProviderRequest* request) const {
   const UTF16String picture =
       Hestra::DirectoryRegistry::FindDirectory("document.templates") + u"CinemaDNGThumb.png";
-  if (!PathUtils::ExistsOnDisk(picture)) return nullptr;
+  if (!Hestra::PathUtils::ExistsOnDisk(picture)) return nullptr;
   return RenderThumbnail(picture, width, GetMaximumThumbnailHeight(height));
 }
 

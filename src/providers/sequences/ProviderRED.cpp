@@ -8,76 +8,46 @@
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
+#include "frame/Recognition.h"
+#include "providers/sequences/REDNames.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
-namespace {
 
-namespace Directory = Hestra::Directory;
-namespace PathUtils = Hestra::PathUtils;
+using foundation::CardFolder;
+using foundation::FileStem;
 
-constexpr char16_t kClipFolderExtension[] = u".RDC";
-constexpr char16_t kSegmentExtension[] = u".R3D";
-constexpr int kScoreClips = 100;
-constexpr int kScoreWithReservation = 40;
+bool ProviderRED::IsClipSegment(std::string_view name) { return red::IsSegmentName(name); }
 
-std::vector<UTF16String> VisibleFiles(const UTF16String& folder) {
-  std::vector<UTF16String> files = Directory::GetContainedFilePaths(folder);
-  PathUtils::FilterHiddenFiles(files);
-  return files;
-}
-
-std::vector<UTF16String> SubFolders(const UTF16String& folder) {
-  std::vector<UTF16String> files;
-  std::vector<UTF16String> folders;
-  Directory::GetContainedFileAndDirectoryPaths(folder, files, folders);
-  return folders;
-}
-
-template <class IsSegment>
-std::optional<UTF16String> FirstSegment(const UTF16String& folder, IsSegment isSegment) {
-  const std::vector<UTF16String> files = VisibleFiles(folder);
-  const auto found = std::find_if(files.begin(), files.end(), [&](const UTF16String& file) {
-    return isSegment(PathUtils::GetFullFilePart(file));
-  });
-  if (found == files.end()) return std::nullopt;
-  return *found;
-}
-
-}  // namespace
-
-bool ProviderRED::IsClipSegment(const UTF16String& name) {
-  return PathUtils::GetExtensionPart(name) == kSegmentExtension;
-}
-
-bool ProviderRED::ContainsClips(const UTF16String& folder, bool& hasForeignFiles) {
+bool ProviderRED::ContainsClips(const std::string& folder, bool& hasForeignFiles) {
   hasForeignFiles = false;
-  const std::vector<UTF16String> folders = SubFolders(folder);
-  return std::any_of(folders.begin(), folders.end(), [](const UTF16String& clip) {
-    return PathUtils::GetExtensionPart(clip) == kClipFolderExtension &&
-           FirstSegment(clip, IsClipSegment).has_value();
+  const auto listed = CardFolder::Of(folder);
+  return std::ranges::any_of(listed->Folders(), [&](const std::string& name) {
+    return red::IsClipFolderName(name) &&
+           CardFolder::Of(listed->PathOf(name))->FindVisibleFile(IsClipSegment).has_value();
   });
 }
 
-void ProviderRED::GetClips(const UTF16String& folder, std::vector<UTF16String>& paths,
-                           std::vector<UTF16String>& names) {
-  paths.clear();
-  for (const UTF16String& clip : SubFolders(folder)) {
-    const auto segment = FirstSegment(clip, IsClipSegment);
-    if (!segment) continue;
-    paths.push_back(*segment);
-    names.push_back(PathUtils::GetFullFilePart(*segment));
+std::vector<std::string> ProviderRED::GetClips(const std::string& folder) {
+  std::vector<std::string> paths;
+  const auto listed = CardFolder::Of(folder);
+  for (const std::string& name : listed->Folders()) {
+    const auto clip = CardFolder::Of(listed->PathOf(name));
+    if (const auto segment = clip->FindVisibleFile(IsClipSegment)) {
+      paths.push_back(clip->PathOf(*segment));
+    }
   }
+  return paths;
 }
 
 int ProviderRED::CanProvideFor(const std::string& path) const {
-  const UTF16String folder = tarnwick::utility::UTF8to16(path);
-  if (!PathUtils::IsValidPath(folder)) return 0;
   bool hasForeignFiles = false;
-  if (!ContainsClips(folder, hasForeignFiles)) return 0;
-  return hasForeignFiles ? kScoreWithReservation : kScoreClips;
+  if (!foundation::IsValidPath(path) || !ContainsClips(path, hasForeignFiles)) {
+    return ScoreOf(Recognition::kNone);
+  }
+  return ScoreOf(Recognized(!hasForeignFiles));
 }
 
 ProviderRED::ProviderRED()
@@ -94,15 +64,11 @@ ContentMap ProviderRED::GetContent(const std::string& path, const FieldNameSet& 
                                    ProviderRequest* request) const {
   const foundation::CallScope scope;
   ContentMap content;
-  std::vector<UTF16String> paths;
-  std::vector<UTF16String> names;
-  GetClips(Hestra::MakeString(path), paths, names);
   const XMPSupport::XMPFieldBits bits = XMPSupport::ParseFields(fields);
-  for (std::size_t i = 0; i < paths.size(); ++i) {
+  for (const std::string& segment : GetClips(path)) {
     if (ProviderRequest::TestAborted(request)) return {};
-    const std::string segment = Hestra::MakeStdString(paths[i]);
     FieldValueMap values = XMPSupport::MakeValue(segment, bits);
-    values[kNameField] = any_regular_t(Hestra::MakeStdString(names[i]));
+    values[kNameField] = any_regular_t(std::string(foundation::FileName(segment)));
     values[kPathField] = any_regular_t(segment);
     if (fields.contains(kExtraPathField)) AddClipFiles(values, segment);
     content[segment] = std::move(values);
@@ -114,24 +80,25 @@ ContentMap ProviderRED::GetContent(const std::string& path, const std::string& k
                                    const FieldNameSet& fields) const {
   const foundation::CallScope scope;
   FieldValueMap values = XMPSupport::MakeValue(key, XMPSupport::ParseFields(fields));
-  if (PathUtils::ExistsOnDisk(Hestra::MakeString(path))) {
+  if (foundation::ExistsOnDisk(path)) {
     values[kPathField] = any_regular_t(key);
-    values[kNameField] =
-        any_regular_t(Hestra::MakeStdString(PathUtils::GetFilePart(Hestra::MakeString(key))));
+    values[kNameField] = any_regular_t(std::string(FileStem(key)));
     if (fields.contains(kExtraPathField)) AddClipFiles(values, key);
   }
   return {{key, std::move(values)}};
 }
 
 void ProviderRED::AddClipFiles(FieldValueMap& fields, const std::string& filePath) {
-  const UTF16String segment = Hestra::MakeString(filePath);
-  const UTF16String folder = PathUtils::RemoveTrailingSlash(PathUtils::GetDirectoryPart(segment));
-  const UTF16String title = PathUtils::GetFilePart(folder);
-  if (title.empty()) return;
+  const std::string_view folder = foundation::ParentFolder(filePath);
+  const std::string_view clipTitle = FileStem(folder);
+  if (clipTitle.empty()) return;
+  const auto clip = CardFolder::Of(folder);
   std::vector<any_regular_t> values;
-  for (const UTF16String& file : VisibleFiles(folder)) {
-    if (file == segment || !PathUtils::GetFilePart(file).starts_with(title)) continue;
-    values.emplace_back(Hestra::MakeStdString(file));
+  for (const std::string& name : clip->VisibleFiles()) {
+    std::string path = clip->PathOf(name);
+    if (path == filePath) continue;
+    if (!foundation::StartsWithCharacters(FileStem(name), clipTitle)) continue;
+    values.emplace_back(std::move(path));
   }
   fields[kExtraPathField] = any_regular_t(std::move(values));
 }

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// A folder of RED clips: below it, one folder for each clip (".RDC") with the numbered segments of
-// the recording (".R3D") and their sidecars. Both spellings are exact.
+// A folder of RED clips: it has one folder for each clip (".RDC") with the numbered segments of the
+// recording (".R3D") and their sidecars. Both extensions are case-sensitive.
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/CardChecker.h"
@@ -24,11 +25,10 @@ class ProviderRED final : public ClipProvider, public CardChecker {
   StructureFindings CheckStructure(const std::string& path) const override;
 
  private:
-  static bool IsClipSegment(const UTF16String& name);
-  // The visible segments' first in each sub-folder of `folder`, by path and by name.
-  static void GetClips(const UTF16String& folder, std::vector<UTF16String>& paths,
-                       std::vector<UTF16String>& names);
-  static bool ContainsClips(const UTF16String& folder, bool& hasForeignFiles);
+  static bool IsClipSegment(std::string_view name);
+  // The first visible segment of each subfolder of `folder`, as a path.
+  static std::vector<std::string> GetClips(const std::string& folder);
+  static bool ContainsClips(const std::string& folder, bool& hasForeignFiles);
   // Sets ExtraPath to the other files of the clip folder whose titles begin with the folder's
   // title.
   static void AddClipFiles(FieldValueMap& fields, const std::string& filePath);

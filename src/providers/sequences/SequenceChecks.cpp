@@ -7,31 +7,30 @@
 #include <vector>
 
 #include "foundation/CallScope.h"
-#include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
 #include "providers/common/StructureParts.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
 #include "providers/sequences/ProviderRED.h"
+#include "providers/sequences/REDNames.h"
 
 namespace Sorvik {
 namespace {
 
-namespace Directory = Hestra::Directory;
-namespace PathUtils = Hestra::PathUtils;
-using tarnwick::utility::FoldCase;
+using foundation::CardFolder;
+using foundation::FoldCase;
+using foundation::JoinPath;
 
-// More gaps than this in one run are named by their first and last alone.
-constexpr std::uint64_t kMaxNamedGaps = 100;
+// Of a longer gap, only the first and the last number are reported.
+constexpr std::uint64_t kMaxReportedGap = 100;
 
-constexpr std::u16string_view kSegment = u".R3D";
-
-// A file name around its last run of digits: "A001." 0000123 ".ari".
+// A file name split at its last run of digits: "A001." 0000123 ".ari".
 struct NumberedName {
   std::string before;
   std::string after;
-  std::size_t width;
+  std::size_t width;  // number of digits
   std::uint64_t number;
 };
 
@@ -57,69 +56,61 @@ std::string Joined(const NumberedName& name, std::uint64_t number) {
   return name.before + digits + name.after;
 }
 
-// Names the numbers between `from` and `to` (not included) that stand for nothing.
-void AddGap(const NumberedName& like, std::uint64_t from, std::uint64_t to,
+// Reports the numbers from `from` up to `to` (excluded) as missing.
+void AddGap(const NumberedName& pattern, std::uint64_t from, std::uint64_t to,
             const std::string& folder, const std::string& key, const std::string& kind,
             StructureFindings& findings) {
-  if (to - from > kMaxNamedGaps) {
-    findings.missing.push_back({key, kind + "s from here", folder + "/" + Joined(like, from)});
-    findings.missing.push_back({key, kind + "s up to here", folder + "/" + Joined(like, to - 1)});
+  const auto add = [&](const std::string& what, std::uint64_t number) {
+    findings.missing.push_back({key, what, JoinPath(folder, Joined(pattern, number))});
+  };
+  if (to - from > kMaxReportedGap) {
+    add(kind + "s from here", from);
+    add(kind + "s up to here", to - 1);
     return;
   }
-  for (std::uint64_t number = from; number < to; ++number) {
-    findings.missing.push_back({key, kind, folder + "/" + Joined(like, number)});
-  }
+  for (std::uint64_t number = from; number < to; ++number) add(kind, number);
 }
 
-// The numbered files of one kind in a folder, by what stands around their numbers. The extension is
-// compared regardless of case, as it is where frames are told.
+// The visible numbered files of a folder with the same extension, ignoring case as recognition of
+// frames does. Grouped by the rest of their names and sorted by number.
 using Runs = std::map<std::pair<std::string, std::string>, std::vector<NumberedName>>;
 
-Runs NumberedFiles(const std::string& folder, std::u16string_view extension) {
+Runs NumberedFiles(const std::string& folder, std::string_view extension) {
   Runs runs;
-  std::vector<UTF16String> files =
-      Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension);
-  // What a desktop leaves beside some of the files is no run of its own.
-  PathUtils::FilterHiddenFiles(files);
-  for (const UTF16String& path : files) {
-    if (auto name = SplitNumber(Hestra::MakeStdString(PathUtils::GetFullFilePart(path)))) {
-      const std::string folded = Hestra::MakeStdString(FoldCase(Hestra::MakeString(name->after)));
-      runs[{name->before, folded}].push_back(std::move(*name));
+  for (const std::string& file : CardFolder::Of(folder)->VisibleFiles(extension)) {
+    if (auto name = SplitNumber(file)) {
+      runs[{name->before, FoldCase(name->after)}].push_back(std::move(*name));
     }
   }
-  for (auto& [around, names] : runs) {
+  for (auto& [pattern, names] : runs) {
     std::sort(names.begin(), names.end(),
               [](const NumberedName& a, const NumberedName& b) { return a.number < b.number; });
   }
   return runs;
 }
 
-std::string FirstVisible(const std::string& folder, std::u16string_view extension) {
-  std::vector<UTF16String> files =
-      Directory::GetContainedFilePaths(Hestra::MakeString(folder), extension);
-  PathUtils::FilterHiddenFiles(files);
-  return files.empty() ? std::string() : Hestra::MakeStdString(files.front());
-}
-
-// Sound that bears the clip's name, but not the one that its provider goes by.
+// Reports sound whose name begins like the clip's, but isn't the one that the provider looks for.
 void AddUnreachedSound(const Provider& provider, const std::string& path, const std::string& head,
                        StructureFindings& findings) {
-  const UTF16String clip = FoldCase(PathUtils::GetFilePart(Hestra::MakeString(head)));
+  const std::string clip = FoldCase(foundation::FileStem(head));
+  const auto folder = CardFolder::Of(path);
   std::vector<std::string> sounds;
-  for (const UTF16String& file :
-       Directory::GetContainedFilePaths(Hestra::MakeString(path), u".WAV")) {
-    if (!clip.starts_with(FoldCase(PathUtils::GetFilePart(file)))) continue;
-    sounds.push_back(Hestra::MakeStdString(file));
+  for (const std::string& name : folder->Files(".WAV")) {
+    const std::string title = FoldCase(foundation::FileStem(name));
+    if (foundation::StartsWithCharacters(clip, title)) sounds.push_back(folder->PathOf(name));
   }
   AddUnreached(provider, path, "sound under another name", sounds, findings);
 }
 
 StructureFindings CheckFrames(const Provider& provider, const std::string& path,
-                              std::u16string_view extension) {
+                              std::string_view extension) {
   const foundation::CallScope scope;
   StructureFindings findings;
-  const std::string key = FirstVisible(path, extension);
-  for (const auto& [around, names] : NumberedFiles(path, extension)) {
+  const auto folder = CardFolder::Of(path);
+  const auto head = folder->FindVisibleFile(
+      [extension](std::string_view name) { return foundation::HasExtension(name, extension); });
+  const std::string key = head ? folder->PathOf(*head) : std::string();
+  for (const auto& [pattern, names] : NumberedFiles(path, extension)) {
     for (std::size_t i = 1; i < names.size(); ++i) {
       const std::uint64_t last = names[i - 1].number;
       if (names[i].number - last > 1) {
@@ -131,20 +122,10 @@ StructureFindings CheckFrames(const Provider& provider, const std::string& path,
   return findings;
 }
 
-// The segment that a listing takes for the clip, whose spelling is exact; empty if there is none.
-std::string FirstSegment(const UTF16String& folder) {
-  std::vector<UTF16String> files = Directory::GetContainedFilePaths(folder);
-  PathUtils::FilterHiddenFiles(files);
-  const auto first = std::find_if(files.begin(), files.end(), [](const UTF16String& file) {
-    return PathUtils::GetExtensionPart(file) == kSegment;
-  });
-  return first == files.end() ? std::string() : Hestra::MakeStdString(*first);
-}
-
 void CheckSegments(const std::string& folder, const std::string& key, StructureFindings& findings) {
-  for (const auto& [around, names] : NumberedFiles(folder, kSegment)) {
-    // "A001_C001_003 copy.R3D" is no segment of a run that starts at 1.
-    if (around.second.front() != '.') continue;
+  for (const auto& [pattern, names] : NumberedFiles(folder, red::kSegmentExtension)) {
+    // "A001_C001_003 copy.R3D" doesn't belong to a run that starts at 1.
+    if (pattern.second.front() != '.') continue;
     std::uint64_t last = 0;
     for (const NumberedName& name : names) {
       if (name.number - last > 1) {
@@ -158,32 +139,34 @@ void CheckSegments(const std::string& folder, const std::string& key, StructureF
 }  // namespace
 
 StructureFindings ProviderARRIRAW::CheckStructure(const std::string& path) const {
-  return CheckFrames(*this, path, u".ARI");
+  return CheckFrames(*this, path, ".ARI");
 }
 
 StructureFindings ProviderCanonRAW::CheckStructure(const std::string& path) const {
-  return CheckFrames(*this, path, u".RMF");
+  return CheckFrames(*this, path, ".RMF");
 }
 
 StructureFindings ProviderCinemaDNG::CheckStructure(const std::string& path) const {
-  return CheckFrames(*this, path, u".DNG");
+  return CheckFrames(*this, path, ".DNG");
 }
 
 StructureFindings ProviderRED::CheckStructure(const std::string& path) const {
   const foundation::CallScope scope;
   StructureFindings findings;
-  std::vector<UTF16String> files;
-  std::vector<UTF16String> folders;
-  Directory::GetContainedFileAndDirectoryPaths(Hestra::MakeString(path), files, folders);
   std::vector<std::string> clips;
-  for (const UTF16String& folder : folders) {
-    const std::string key = FirstSegment(folder);
-    const bool named = PathUtils::GetExtensionPart(folder) == u".RDC";
-    const std::string clip = Hestra::MakeStdString(folder);
-    // A listing takes folders of other names with a segment for clips as well.
-    if (named || !key.empty()) clips.push_back(clip);
-    if (named && key.empty()) findings.missing.push_back({"", "segment", clip});
-    if (named && !key.empty()) CheckSegments(clip, key, findings);
+  const auto listed = CardFolder::Of(path);
+  for (const std::string& name : listed->Folders()) {
+    const auto clip = CardFolder::Of(listed->PathOf(name));
+    const auto segment = clip->FindVisibleFile(IsClipSegment);
+    const bool isClipFolder = red::IsClipFolderName(name);
+    // A listing has an entry for any folder with a segment, whatever its name.
+    if (isClipFolder || segment) clips.push_back(clip->Path());
+    if (!isClipFolder) continue;
+    if (segment) {
+      CheckSegments(clip->Path(), clip->PathOf(*segment), findings);
+    } else {
+      findings.missing.push_back({"", "segment", clip->Path()});
+    }
   }
   AddUnreachedMedia(*this, path, clips, findings);
   return findings;
