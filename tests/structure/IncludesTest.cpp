@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The folders of the sources are layers, and who may include whom is the architecture. This test
-// reads every #include of the project and fails when an arrow turns round.
+// Each folder of the sources is a layer. This test reads every #include of the project and fails if
+// one violates the dependencies between layers.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,8 +16,8 @@ namespace {
 
 const std::string kPublic = "SorvikProvider/";
 
-// What each layer may include, besides itself.
-const std::map<std::string, std::set<std::string>> kArrows = {
+// The layers that each layer may include, besides itself.
+const std::map<std::string, std::set<std::string>> kDependencies = {
     {"foundation", {}},
     {"formats", {"foundation"}},
     {"frame", {"foundation"}},
@@ -29,14 +29,14 @@ const std::map<std::string, std::set<std::string>> kArrows = {
     {"cardtools", {"formats", "foundation", "frame", "metadata", "thumbnails"}},
 };
 
-// The one file that names the concrete providers.
+// The only file that may include the concrete providers.
 const std::string kProviderTable = "src/frame/ProviderHost.cpp";
 
 std::string FirstFolder(const std::string& path) { return path.substr(0, path.find('/')); }
 std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
 std::string StemOf(const std::string& path) { return std::filesystem::path(path).stem().string(); }
 
-// Headers of the system's kernel and C library, beyond those of standard C++.
+// Headers of the kernel and the C library that aren't part of standard C++.
 bool IsSystemHeader(const std::string& header) {
   static const std::set<std::string> kNames = {
       "unistd.h",  "fcntl.h",    "dirent.h",  "dlfcn.h",  "mntent.h", "poll.h",
@@ -48,8 +48,8 @@ bool IsSystemHeader(const std::string& header) {
   return kNames.contains(header) || (folder != header && kFolders.contains(folder));
 }
 
-// Why a provider may not include `header` of another: it may only include itself, its helpers and
-// a base class in its own folder.
+// Returns why `from` may not include a header of providers: a provider may only include itself, its
+// helpers and a base class in its folder. Empty if it may.
 std::string ProviderProblem(const std::string& from, const std::string& header) {
   if (!header.starts_with("providers/") || from == kProviderTable) return {};
   if (header.starts_with("providers/common/")) return {};
@@ -62,7 +62,7 @@ std::string ProviderProblem(const std::string& from, const std::string& header) 
              : "";
 }
 
-// Why the file `from` (relative to the project) may not include "header"; empty if it may.
+// Returns why `from` (relative to the project) may not include "header"; empty if it may.
 std::string Problem(const std::string& from, const std::string& header) {
   const bool isPublic = header.starts_with(kPublic);
   if (from.starts_with("include/")) return isPublic ? "" : "an internal header in a public one";
@@ -79,13 +79,14 @@ std::string Problem(const std::string& from, const std::string& header) {
   // The public headers of cardtools declare the value types that providers fill.
   if (header.starts_with("SorvikProvider/cardtools/")) {
     const bool may = layer == "frame" || layer == "providers" || layer == "cardtools";
-    return may ? "" : "a layer above or beside";
+    return may ? "" : "a layer that this one may not depend on";
   }
   const std::string target = FirstFolder(isPublic ? header.substr(kPublic.size()) : header);
   if (from == kProviderTable) return {};
-  const auto arrows = kArrows.find(layer);
-  if (arrows == kArrows.end()) return "a layer that nobody declared";
-  if (target != layer && !arrows->second.contains(target)) return "a layer above or beside";
+  const auto dependencies = kDependencies.find(layer);
+  if (dependencies == kDependencies.end()) return "a layer that is missing from kDependencies";
+  if (target != layer && !dependencies->second.contains(target))
+    return "a layer that this one may not depend on";
   return ProviderProblem(from, header);
 }
 
@@ -110,7 +111,7 @@ std::vector<Include> IncludesOf(const std::filesystem::path& file) {
   return includes;
 }
 
-TEST(Includes, PointOneWay) {
+TEST(Includes, FollowLayerDependencies) {
   const std::filesystem::path root = SORVIK_SOURCE_DIR;
   int seen = 0;
   for (const char* folder : {"src", "include", "host"}) {
@@ -127,14 +128,14 @@ TEST(Includes, PointOneWay) {
       }
     }
   }
-  EXPECT_GT(seen, 500) << "the sources weren't found";
+  EXPECT_GT(seen, 500) << "sources not found";
 }
 
-TEST(Includes, AreRefusedWhenTheyTurnRound) {
+TEST(Includes, ViolationsAreDetected) {
   struct Case {
     const char* from;
     const char* header;
-    bool refused;
+    bool isViolation;
   };
   for (const Case& c : {
            Case{"src/foundation/A.cpp", "frame/RequestQueue.h", true},
@@ -162,7 +163,7 @@ TEST(Includes, AreRefusedWhenTheyTurnRound) {
            Case{"host/main.cpp", "frame/RequestQueue.h", true},
            Case{"host/main.cpp", "Output.h", false},
        }) {
-    EXPECT_EQ(!Problem(c.from, c.header).empty(), c.refused) << c.from << " " << c.header;
+    EXPECT_EQ(!Problem(c.from, c.header).empty(), c.isViolation) << c.from << " " << c.header;
   }
   EXPECT_NE(SystemProblem("src/xmp/A.cpp", "unistd.h"), "");
   EXPECT_NE(SystemProblem("src/xmp/A.cpp", "sys/stat.h"), "");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Whether a structure is whole: what its own lists name and is not there. Listings leave such gaps
-// out in silence; a host that copies a card before it is wiped wants to hear of them.
+// Checks whether a card is complete. Listings skip missing parts without notice; a host that copies
+// a card before it is erased needs to know them.
 #pragma once
 
 #include <string>
@@ -10,28 +10,27 @@
 
 namespace Sorvik {
 
-// A part of a structure that deserves a word.
+// One finding: a missing or orphaned part.
 struct StructurePart {
-  std::string entryKey;  // the entry that it belongs to, as the listing keys it; empty for the card
-  std::string kind;      // what it is, in plain words: "span", "sound channel", "proxy", "index"
-  std::string path;      // where it is or should be; a clip's id where no place can be told
+  std::string entryKey;  // key of its entry in a listing; empty for the card
+  std::string kind;      // its role in words: "span", "sound channel", "proxy", "index"
+  std::string path;      // where it is or should be; the clip's id if that is unknown
 };
 
 struct StructureFindings {
-  // Parts that are named by the structure's own lists, or that its layout requires, and aren't
-  // there.
+  // Missing parts that the card's indexes name or its layout requires.
   std::vector<StructurePart> missing;
-  // Media files inside the structure that no entry can reach.
+  // Media files of the card that belong to no entry.
   std::vector<StructurePart> unreached;
-  // Files that belong to the structure itself, by full path. One that isn't there is no loss, even
-  // if clips name it.
+  // Files that belong to the card and not to a clip, as full paths. They are optional: one that
+  // doesn't exist isn't missing, even if it is among the extra paths of clips.
   std::vector<std::string> structureFiles;
 };
 
-// Looks through the structure at `path` as the provider `identification` understands it. Empty
-// findings for a provider that knows no structure, and for a path that it doesn't claim. Reads the
-// indexes and clip records of the card; what can't be read counts as not naming anything. Any
-// thread, between ProviderHost::Initialize and the last Shutdown.
+// Checks the card at `path` with the provider `identification`. Returns no findings for a provider
+// without checks, and for a path that it doesn't recognize. Reads the indexes and clip records of
+// the card; those that can't be read are ignored. Any thread, between ProviderHost::Initialize and
+// the last Shutdown.
 SORVIK_EXPORT StructureFindings CheckStructure(const std::string& path,
                                                const std::string& identification);
 
