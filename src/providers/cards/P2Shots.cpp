@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/Paths.h"
 #include "foundation/hestra/File.h"
 #include "frame/FieldValues.h"
@@ -86,16 +87,9 @@ std::string ContentsFile(std::string_view contents, std::string_view folder, std
   return JoinPath(JoinPath(contents, folder), std::string(name).append(extension));
 }
 
-ClipValueCache::ClipValueCache(const FieldNameSet& fields) {
-  FieldNameSet all = fields;
-  all.insert({"identifier", "relation", "shotName", "frameCount"});
-  fields_ = XMPSupport::ParseFields(all);
-}
-
-const FieldValueMap& ClipValueCache::ValuesOf(const std::string& xmlPath) {
-  const auto known = values_.find(xmlPath);
-  if (known != values_.end()) return known->second;
-  return values_.emplace(xmlPath, XMPSupport::MakeValue(xmlPath, fields_)).first->second;
+FieldNameSet WithShotFields(FieldNameSet fields) {
+  fields.insert({"identifier", "relation", "shotName", "frameCount"});
+  return fields;
 }
 
 P2ShotInfo::P2ShotInfo(const std::string& xmlPath)

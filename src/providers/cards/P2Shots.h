@@ -10,13 +10,12 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "SorvikProvider/frame/FieldModel.h"
-#include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CardFolder.h"
 #include "foundation/platform/NameOrder.h"
+#include "providers/common/ClipValueCache.h"
 
 namespace Sorvik::p2 {
 
@@ -33,17 +32,8 @@ inline constexpr std::string_view kAVClip = "AVCLIP";
 std::string ContentsFile(std::string_view contents, std::string_view folder, std::string_view name,
                          std::string_view extension);
 
-// All metadata of an operation is read through this cache: each clip XML once.
-class ClipValueCache {
- public:
-  // `fields` are those of the caller; the fields that form shots are always added.
-  explicit ClipValueCache(const FieldNameSet& fields);
-  const FieldValueMap& ValuesOf(const std::string& xmlPath);
-
- private:
-  XMPSupport::XMPFieldBits fields_;
-  std::unordered_map<std::string, FieldValueMap> values_;
-};
+// `fields` and those that form shots, for the cache of an operation.
+FieldNameSet WithShotFields(FieldNameSet fields);
 
 struct PathLess {
   bool operator()(const std::string& a, const std::string& b) const {

@@ -217,7 +217,7 @@ ContentMap ProviderP2::GetContent(const std::string& path, const std::string& ke
   std::string xml;
   std::string essence;
   if (!IsClipId(key) || !FindClipFiles(path, key, xml, essence)) return {};
-  ClipValueCache cache(fields);
+  ClipValueCache cache(WithShotFields(fields));
   FieldValueMap values = cache.ValuesOf(xml);
   ApplyP2ClipName(values, key);
   values.insert_or_assign(kPathField, any_regular_t(essence));
@@ -230,7 +230,7 @@ ContentMap ProviderP2::GetContent(const std::string& path, const std::string& ke
 ContentMap ProviderP2::GetContent(const std::string& path, const FieldNameSet& fields,
                                   ProviderRequest*) const {
   const foundation::CallScope scope;
-  ClipValueCache cache(fields);
+  ClipValueCache cache(WithShotFields(fields));
   P2ShotMap shots = ShotsOfCard(path, cache);
   ContentMap content;
   for (auto& [id, shot] : shots) AddShot(shot, path, fields, cache, content);
