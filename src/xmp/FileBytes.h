@@ -33,20 +33,4 @@ class FileOnDisk final : public FileBytes {
   std::vector<std::byte> head_;
 };
 
-// Bytes in memory, borrowed.
-class BytesInMemory final : public FileBytes {
- public:
-  explicit BytesInMemory(foundation::ByteReader bytes) : bytes_(bytes) {}
-
-  std::uint64_t Size() const noexcept override { return bytes_.Size(); }
-  std::vector<std::byte> Read(std::uint64_t offset, std::size_t count) const override {
-    const auto part = bytes_.Clip(offset, count).Bytes();
-    return {part.begin(), part.end()};
-  }
-  foundation::ByteReader Head() const noexcept { return bytes_.Clip(0, kHeadSize); }
-
- private:
-  foundation::ByteReader bytes_;
-};
-
 }  // namespace Sorvik::xmp

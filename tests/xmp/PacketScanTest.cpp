@@ -3,9 +3,8 @@
 
 #include <string>
 
-#include "foundation/ByteReader.h"
 #include "support/Bytes.h"
-#include "xmp/FileBytes.h"
+#include "support/ReadWith.h"
 #include "xmp/Namespaces.h"
 #include "xmp/PacketScan.h"
 #include "xmp/XMPMeta.h"
@@ -46,9 +45,7 @@ std::string LabelOf(std::string_view packet) {
   return label;
 }
 
-std::string Scan(const std::string& bytes) {
-  return ScanForPacket(BytesInMemory(Sorvik::foundation::ReaderOf(bytes)));
-}
+std::string Scan(const std::string& bytes) { return ScanForPacket(sorvik_test::MemoryFile(bytes)); }
 
 TEST(PacketScan, FindsTheLastCompletePacket) {
   const std::string noise("\0<?<?xpacket\0<\xFF<?xml <", 23);
