@@ -10,7 +10,7 @@
 
 namespace Sorvik {
 
-// Where a field's value comes from.
+// The source of a field's value.
 enum class DirectoryValue {
   kName,
   kPath,
@@ -28,25 +28,25 @@ struct DirectoryField {
   const char* name;
   const char* label;
   DirectoryValue value;
-  // Of attributes: the bit, and the text where it is on. Where it is off the text is empty.
+  // Of attributes: the bit, and the text if it is set. If it isn't, the text is empty.
   std::uint32_t bit = 0;
   const char* text = "";
 };
 
-// In the order of the table; gaps in the numbers are meant.
+// In display order; the gaps in the numbers are intended.
 inline constexpr std::size_t kDirectoryFieldCount = 23;
 extern const std::array<DirectoryField, kDirectoryFieldCount> kDirectoryFields;
 
-// Those of the wanted fields that a directory has, in the order of a FieldValueMap.
+// The requested fields that a directory has, in the order of a FieldValueMap.
 class DirectoryFieldChoice {
  public:
   explicit DirectoryFieldChoice(const FieldNameSet& wanted);
 
   const std::vector<const DirectoryField*>& Fields() const noexcept { return fields_; }
   bool Has(DirectoryValue value) const noexcept;
-  // Whether a value needs more than the entry's name.
+  // True if a field needs more than the entry's name.
   bool NeedsFacts() const noexcept;
-  // Whether a value shows where a shortcut leads.
+  // True if a field shows the target of a shortcut.
   bool NeedsTarget() const noexcept;
 
  private:

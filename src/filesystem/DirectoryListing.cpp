@@ -28,10 +28,10 @@ std::string LeafOf(const std::string& path) {
       Hestra::PathUtils::GetLeafDisplayStringFromPath(Hestra::MakeString(path)));
 }
 
-// Makes the entries of one folder.
-class EntryMaker {
+// Builds the entries of one folder.
+class EntryBuilder {
  public:
-  EntryMaker(const FolderView& view, const std::string& path, const FieldNameSet& fields)
+  EntryBuilder(const FolderView& view, const std::string& path, const FieldNameSet& fields)
       : view_(view),
         path_(path),
         prefix_(path == "/" ? path : path + "/"),
@@ -40,31 +40,31 @@ class EntryMaker {
         needsTarget_(choice_.NeedsTarget()),
         needsShortName_(choice_.Has(DirectoryValue::kShortName)) {}
 
-  // Adds the entry of an item that belongs in a listing.
+  // Adds the entry of an item, unless a listing omits such items.
   void AddListed(const FolderName& item, ContentMap& content) {
     if (item.name.front() == '.' || item.type == ItemType::kDevice) return;
-    // A name alone says enough, but for file systems that keep hidden files by a stored bit.
-    const bool look = needsFacts_ || item.type == ItemType::kUnknown || view_.StoresAttributes();
-    if (look && !Look(item)) return;
-    if (look && (facts_.attributes & kNeverListed) != 0) return;
+    // The name is enough, except where hidden is a stored attribute.
+    const bool read = needsFacts_ || item.type == ItemType::kUnknown || view_.StoresAttributes();
+    if (read && !ReadFacts(item)) return;
+    if (read && (facts_.attributes & kNeverListed) != 0) return;
     Add(item, content);
   }
 
-  // Adds the entry of any item that is there.
+  // Adds the entry of any existing item.
   void AddOne(const FolderName& item, ContentMap& content) {
-    if (view_.Look(item, needsShortName_, facts_) == FactsState::kKnown) Add(item, content);
+    if (view_.ReadFacts(item, needsShortName_, facts_) == FactsState::kKnown) Add(item, content);
   }
 
  private:
-  // False if the item is gone. Facts that are refused stay empty.
-  bool Look(const FolderName& item) {
-    const FactsState state = view_.Look(item, needsShortName_, facts_);
+  // False if the item is missing. If its facts can't be read they stay empty.
+  bool ReadFacts(const FolderName& item) {
+    const FactsState state = view_.ReadFacts(item, needsShortName_, facts_);
     if (state == FactsState::kRefused) facts_ = FileFacts();
-    return state != FactsState::kGone;
+    return state != FactsState::kMissing;
   }
 
   void Add(const FolderName& item, ContentMap& content) {
-    // Items come in the map's own order, so that each place is known.
+    // Items come in the order of the map, so the hint is always right.
     const auto entry = content.emplace_hint(content.end(), item.name, FieldValueMap());
     FieldValueMap& fields = entry->second;
     const std::optional<std::string> target = TargetOf(item);
@@ -75,7 +75,7 @@ class EntryMaker {
 
   std::optional<std::string> TargetOf(const FolderName& item) const {
     if (!needsTarget_ || !HasShortcutName(item.name) || item.type == ItemType::kDirectory ||
-        !view_.MayTouch(item)) {
+        !view_.CanAccessWithoutBlocking(item)) {
       return std::nullopt;
     }
     return ShortcutTarget(path_, std::string(item.name));
@@ -120,7 +120,7 @@ class EntryMaker {
   bool needsFacts_;
   bool needsTarget_;
   bool needsShortName_;
-  FileFacts facts_;  // of the item at hand
+  FileFacts facts_;  // of the current item
   platform::LocalTimeText times_;
 };
 
@@ -128,15 +128,15 @@ class EntryMaker {
 
 ContentMap ListDirectory(const FolderView& view, const std::string& path,
                          const FieldNameSet& fields, ProviderRequest* request) {
-  EntryMaker maker(view, path, fields);
+  EntryBuilder builder(view, path, fields);
   ContentMap content;
   const std::vector<FolderName>& names = view.Names();
-  // In sorted order, names lie all over the memory in which they were read.
+  // Sorted names are scattered over the memory in which they were read.
   constexpr std::size_t kAhead = 8;
   for (std::size_t i = 0; i < names.size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
     if (i + kAhead < names.size()) __builtin_prefetch(names[i + kAhead].name.data());
-    maker.AddListed(names[i], content);
+    builder.AddListed(names[i], content);
   }
   return content;
 }
@@ -144,7 +144,7 @@ ContentMap ListDirectory(const FolderView& view, const std::string& path,
 ContentMap ListOneEntry(const FolderView& view, const std::string& path, const std::string& key,
                         const FieldNameSet& fields) {
   ContentMap content;
-  EntryMaker(view, path, fields).AddOne({key, ItemType::kUnknown}, content);
+  EntryBuilder(view, path, fields).AddOne({key, ItemType::kUnknown}, content);
   return content;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Entries of plain directories, made from whatever tells the facts of a folder. Any thread.
+// Builds the entries of plain directories from a FolderView. Any thread.
 #pragma once
 
 #include <string>
@@ -11,12 +11,13 @@ namespace Sorvik {
 
 class ProviderRequest;
 
-// The entries of the folder at `path`, whose contents `view` tells; without hidden and system ones
-// and without devices. Empty if `request` is aborted meanwhile.
+// Returns the entries of the folder at `path`, which `view` reads, without hidden files, system
+// files and devices. Returns an empty map if `request` is aborted.
 ContentMap ListDirectory(const platform::FolderView& view, const std::string& path,
                          const FieldNameSet& fields, ProviderRequest* request);
 
-// The one entry `key`, whatever its attributes; empty if it isn't there. ExtraPath stays empty.
+// Returns the entry `key`, whatever its attributes; an empty map if it is missing. Leaves ExtraPath
+// empty.
 ContentMap ListOneEntry(const platform::FolderView& view, const std::string& path,
                         const std::string& key, const FieldNameSet& fields);
 

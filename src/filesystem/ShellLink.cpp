@@ -27,18 +27,18 @@ constexpr std::uint32_t kForceNoLinkInfo = 0x100;
 // LinkInfoFlags, 2.3
 constexpr std::uint32_t kVolumeIdAndLocalBasePath = 0x1;
 constexpr std::uint32_t kCommonNetworkRelativeLink = 0x2;
-// A LinkInfo whose header is this long has the offsets of Unicode forms too.
+// A LinkInfo with a header of at least this size has offsets of Unicode strings, too.
 constexpr std::uint32_t kHeaderWithUnicode = 0x24;
 
-// Text in the code page of whoever wrote the shortcut, which the file doesn't tell: ASCII nearly
-// always, and taken as Latin-1 otherwise.
+// Decodes text in the writer's code page, which the file doesn't record: nearly always ASCII,
+// otherwise decoded as Latin-1.
 std::string FromCodePage(std::string_view bytes) {
   UTF16String text;
   for (const char c : bytes) text.push_back(static_cast<unsigned char>(c));
   return Hestra::MakeStdString(text);
 }
 
-// Text of `count` units.
+// Decodes `count` UTF-16 code units.
 std::string FromUnicode(const ByteReader& units, std::uint64_t count) {
   UTF16String text;
   for (std::uint64_t i = 0; i < count; ++i) {
@@ -53,7 +53,7 @@ std::string CodePageAt(const ByteReader& part, std::uint64_t offset) {
   return FromCodePage(part.CStringAt(offset, part.Clip(offset).Size()));
 }
 
-// Text up to its NUL; empty if it doesn't end within `part`.
+// NUL-terminated UTF-16 text; empty if it has no terminator within `part`.
 std::string UnicodeAt(const ByteReader& part, std::uint64_t offset) {
   const ByteReader units = part.Clip(offset);
   for (std::uint64_t count = 0; units.Holds(2 * count, 2); ++count) {
@@ -62,17 +62,17 @@ std::string UnicodeAt(const ByteReader& part, std::uint64_t offset) {
   return {};
 }
 
-// The text in its Unicode form if that is there. Both places are offsets, of which 0 means none.
+// The Unicode text if there is one, else the code-page text. An offset of 0 means absent.
 std::string BestText(const ByteReader& part, std::uint32_t codePageAt, std::uint32_t unicodeAt) {
   std::string text = unicodeAt == 0 ? std::string() : UnicodeAt(part, unicodeAt);
   if (text.empty() && codePageAt != 0) text = CodePageAt(part, codePageAt);
   return text;
 }
 
-// A part that begins with its own size, or what is there of it.
-ByteReader SizedPart(const ByteReader& whole, std::uint32_t offset) {
+// The structure at `offset` that begins with its own size; truncated at the end of `info`.
+ByteReader SizedPart(const ByteReader& info, std::uint32_t offset) {
   if (offset == 0) return ByteReader();
-  const ByteReader part = whole.Clip(offset);
+  const ByteReader part = info.Clip(offset);
   return part.Clip(0, part.U32LE(0).value_or(0));
 }
 
@@ -106,8 +106,8 @@ void ReadLinkInfo(const ByteReader& info, ShellLink& link) {
   link.pathSuffix = BestText(info, number(24), hasUnicode ? number(32) : 0);
 }
 
-// One StringData, 2.4: a count of characters, then those; moves `at` behind it. Nothing at the end
-// of the file.
+// StringData, 2.4: the number of characters, then the characters. Advances `at` past it. Returns
+// nullopt if it is truncated.
 std::optional<std::string> ReadString(const ByteReader& file, bool isUnicode, std::uint64_t& at) {
   const auto count = file.U16LE(at);
   if (!count) return std::nullopt;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Reader of Windows shortcuts (".lnk"). Facts of the format: the published [MS-SHLLINK], sections
-// 2.1 to 2.4. Works on bytes alone; texts come out in UTF-8. Any thread.
+// Parser of Windows shortcuts (".lnk"). Format: [MS-SHLLINK], sections 2.1 to 2.4. Works on bytes
+// in memory; strings are UTF-8. Any thread.
 #pragma once
 
 #include <cstddef>
@@ -12,21 +12,21 @@
 
 namespace Sorvik {
 
-// As much of a shortcut as is read; real ones are a few kilobytes.
+// Only this much of a shortcut is read; real ones are a few kilobytes.
 inline constexpr std::size_t kMaxShortcutBytes = 64 << 10;
 
-// Where a shortcut says that its target is. What it doesn't say is empty. Paths have backslashes.
+// The target as stored in a shortcut. Absent parts are empty. Paths have backslashes.
 struct ShellLink {
-  std::string relativePath;   // from the shortcut's own folder
+  std::string relativePath;   // relative to the shortcut's folder
   std::string networkName;    // "\\server\share"
-  std::string localBasePath;  // "D:\folder\file", or its beginning
-  std::string pathSuffix;     // what follows the network name or the local base path
+  std::string localBasePath;  // "D:\folder\file", or a prefix of it
+  std::string pathSuffix;     // appended to networkName or localBasePath
   std::string volumeLabel;
   std::uint32_t volumeSerial = 0;
 };
 
-// Nothing if the bytes don't begin with the header of a shortcut. A damaged part is left out, and
-// ends the reading of what would follow it.
+// Returns nullopt if the bytes don't begin with the header of a shortcut. Parsing stops at a
+// damaged part; it and what follows stay empty.
 std::optional<ShellLink> ParseShellLink(const foundation::ByteReader& file);
 
 }  // namespace Sorvik

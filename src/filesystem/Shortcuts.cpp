@@ -10,12 +10,11 @@
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "filesystem/ShellLink.h"
 #include "foundation/CallScope.h"
+#include "foundation/Mounts.h"
 #include "foundation/hestra/Directory.h"
-#include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/DesktopEntry.h"
 #include "foundation/platform/FileSystem.h"
-#include "foundation/platform/MountTable.h"
-#include "foundation/platform/Volumes.h"
+#include "foundation/platform/PathText.h"
 
 namespace Sorvik {
 namespace {
@@ -37,16 +36,15 @@ std::string FoldName(std::string_view name) {
   return Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(name)));
 }
 
-std::string Normalized(std::string_view path) {
-  return Hestra::MakeStdString(Hestra::PathUtils::ToNormalizedPath(Hestra::MakeString(path)));
-}
+std::string Normalized(std::string_view path) { return platform::NormalizePath(path); }
 
 std::string WithSlashes(std::string text) {
   std::replace(text.begin(), text.end(), '\\', '/');
   return text;
 }
 
-// The names of a folder by their folded forms. Many shortcuts may lead into one folder.
+// The names of a folder by their case-folded forms, cached: many shortcuts may point into one
+// folder.
 struct FoldedNames {
   std::unordered_map<std::string, std::string> names;
 };
@@ -63,28 +61,27 @@ std::optional<std::string> NameOnDisk(const std::string& folder, std::string_vie
   return found == folded->names.end() ? std::nullopt : std::optional<std::string>(found->second);
 }
 
-// Finds targets for the shortcuts of one folder.
+// Resolves the targets of the shortcuts of one folder.
 class TargetFinder {
  public:
   explicit TargetFinder(const std::string& folder) : folder_(folder) {}
 
-  // `path` if something is there.
+  // Returns `path` if it exists.
   std::optional<std::string> Exact(const std::string& path) const {
     if (path.size() >= platform::kPathLimit || path.find('\0') != path.npos) return std::nullopt;
-    const bool outOfReach = platform::MountTable::Current()->LeadsToOtherNetwork(path, folder_);
-    return outOfReach || platform::KindOf(path) ? std::optional<std::string>(path) : std::nullopt;
+    const bool mayBlock = foundation::CurrentMountTable()->LeadsToOtherNetwork(path, folder_);
+    return mayBlock || platform::KindOf(path) ? std::optional<std::string>(path) : std::nullopt;
   }
 
-  // What lies at `rest` below `top`: at exactly that path, or by case folding, as named on disk.
+  // Returns the existing path `rest` below `top`, first as spelled, then case-insensitive with the
+  // spelling on disk.
   std::optional<std::string> Below(const std::string& top, std::string_view rest) const {
-    const std::string whole = Normalized((top + "/").append(rest));
-    if (!platform::IsAtOrBelow(whole, top)) return std::nullopt;
-    if (auto found = Exact(whole)) return found;
-    if (whole.size() >= platform::kPathLimit || whole.find('\0') != whole.npos) {
-      return std::nullopt;
-    }
+    const std::string full = Normalized((top + "/").append(rest));
+    if (!platform::IsAtOrBelow(full, top)) return std::nullopt;
+    if (auto found = Exact(full)) return found;
+    if (full.size() >= platform::kPathLimit || full.find('\0') != full.npos) return std::nullopt;
     std::string path = top;
-    std::string_view left = std::string_view(whole).substr(top.size());
+    std::string_view left = std::string_view(full).substr(top.size());
     while (!left.empty()) {
       const auto part = left.substr(0, left.find('/'));
       left.remove_prefix(std::min(part.size() + 1, left.size()));
@@ -101,15 +98,15 @@ class TargetFinder {
     return path;
   }
 
-  // The path from the shortcut's own folder. Steps upwards are taken by text.
+  // Resolves a path relative to the shortcut's folder. ".." is resolved lexically.
   std::optional<std::string> Relative(std::string_view relative) const {
     if (relative.empty()) return std::nullopt;
-    const std::string whole = Normalized((folder_ + "/").append(relative));
+    const std::string full = Normalized((folder_ + "/").append(relative));
     std::string top = folder_;
-    while (!platform::IsAtOrBelow(whole, top)) {
+    while (!platform::IsAtOrBelow(full, top)) {
       top.resize(std::max<std::size_t>(top.rfind('/'), 1));
     }
-    return Below(top, std::string_view(whole).substr(top.size()));
+    return Below(top, std::string_view(full).substr(top.size()));
   }
 
  private:
@@ -127,7 +124,7 @@ std::optional<std::string> FindOnShare(const TargetFinder& finder, const ShellLi
   return std::nullopt;
 }
 
-// FAT's serial number is written "8A3F-1C2D"; of NTFS's, the lower half is what links hold.
+// A FAT serial number is written "8A3F-1C2D". Shortcuts store the lower half of an NTFS one.
 std::optional<std::uint32_t> SerialNumber(std::string text) {
   std::erase(text, '-');
   if (text.size() != 8 && text.size() != 16) return std::nullopt;
@@ -146,11 +143,11 @@ bool IsVolumeOf(const ShellLink& link, const Volume& volume) {
 
 std::optional<std::string> FindOnVolume(const TargetFinder& finder, const ShellLink& link,
                                         const std::vector<Volume>& volumes) {
-  const std::string whole = WithSlashes(link.localBasePath + link.pathSuffix);
-  if (whole.size() < 3 || whole[1] != ':' || whole[2] != '/') return std::nullopt;
+  const std::string full = WithSlashes(link.localBasePath + link.pathSuffix);
+  if (full.size() < 3 || full[1] != ':' || full[2] != '/') return std::nullopt;
   for (const Volume& volume : volumes) {
     if (!IsVolumeOf(link, volume)) continue;
-    if (auto path = finder.Below(volume.mountPoint, whole.substr(3))) return path;
+    if (auto path = finder.Below(volume.mountPoint, full.substr(3))) return path;
   }
   return std::nullopt;
 }
@@ -163,7 +160,7 @@ std::optional<std::string> TargetOfShellLink(const std::string& folder, const st
   const TargetFinder finder(folder);
   if (auto target = finder.Relative(WithSlashes(link->relativePath))) return target;
   if (link->networkName.empty() && link->localBasePath.empty()) return std::nullopt;
-  const auto volumes = platform::ListVolumes();
+  const auto volumes = foundation::ListVolumes();
   if (auto target = FindOnShare(finder, *link, volumes)) return target;
   return FindOnVolume(finder, *link, volumes);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Shortcuts: ".desktop" files that are links and Windows' ".lnk" files. Symbolic links are none;
-// the system follows them by itself. Any thread.
+// Shortcuts: ".desktop" files of type Link and Windows ".lnk" files. Symbolic links don't count:
+// the kernel follows them. Any thread.
 #pragma once
 
 #include <optional>
@@ -9,12 +9,12 @@
 
 namespace Sorvik {
 
-// True if a file of this name may be a shortcut. No other is ever opened to find out.
+// True if the extension is that of a shortcut. Files with other extensions are never opened.
 bool HasShortcutName(std::string_view name) noexcept;
 
-// The path that the shortcut `name` in `folder` leads to, in normal form. Nothing if the file is
-// no shortcut or its target can't be found on this machine; the file is then an ordinary one.
-// A target on a network mount is believed without a look at it, unless `folder` lies there too.
+// Returns the normalized path of the target of the shortcut `name` in `folder`. Returns nullopt if
+// the file is no shortcut or its target is missing on this machine; it is then listed as a file.
+// A target on a network mount other than that of `folder` is assumed to exist without a check.
 std::optional<std::string> ShortcutTarget(const std::string& folder, const std::string& name);
 
 }  // namespace Sorvik

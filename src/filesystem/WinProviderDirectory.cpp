@@ -9,9 +9,9 @@
 #include "filesystem/DirectoryFields.h"
 #include "filesystem/DirectoryListing.h"
 #include "foundation/CallScope.h"
+#include "foundation/Mounts.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FolderView.h"
-#include "foundation/platform/MountTable.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
@@ -31,7 +31,7 @@ ContentMap WinProviderDirectory::GetContent(const std::string& path, const std::
                                             const FieldNameSet& fields) const {
   if (!PathUtils::IsLongFormFolderPath(path) || !PathUtils::IsItemName(key)) return {};
   const foundation::CallScope scope;
-  const auto folder = platform::OpenFolder(path);
+  const auto folder = platform::OpenFolder(path, foundation::CurrentMountTable());
   if (!folder) return {};
   ContentMap content = ListOneEntry(*folder, path, key, fields);
   if (content.empty() || !fields.contains(kExtraPathField)) return content;
@@ -44,8 +44,8 @@ ContentMap WinProviderDirectory::GetContent(const std::string& path, const Field
                                             ProviderRequest* request) const {
   if (!PathUtils::IsLongFormFolderPath(path)) return {};
   const foundation::CallScope scope;
-  const auto folder =
-      platform::ReadFolder(path, [&] { return ProviderRequest::TestAborted(request); });
+  const auto folder = platform::ReadFolder(path, foundation::CurrentMountTable(),
+                                           [&] { return ProviderRequest::TestAborted(request); });
   if (!folder) return {};
   return ListDirectory(*folder, path, fields, request);
 }
@@ -82,8 +82,8 @@ Bitplate** WinProviderDirectory::GetThumbnail(const std::string& path, const std
   const auto side = static_cast<int>(std::min(static_cast<unsigned>(width), limit));
   const bool valid = PathUtils::IsLongFormFolderPath(path);
   const std::string file = valid ? JoinPath(path, key) : std::string();
-  // The icon of a share must not wait for its server.
-  const auto table = platform::MountTable::Current();
+  // The icon of a share must not block on its server.
+  const auto table = foundation::CurrentMountTable();
   const platform::Mount* mount = table->At(file);
   if (mount != nullptr && mount->isNetwork) return GetFolderThumbnail(side, side);
   return GetIconThumbnail(PathUtils::Win::StripUNC(Hestra::MakeString(file)), side);

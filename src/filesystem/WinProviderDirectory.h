@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The fallback of the browser: any real directory, with the file system's own facts.
+// The fallback provider: plain directories, with the attributes of the file system.
 #pragma once
 
 #include <string>
@@ -8,11 +8,11 @@
 
 namespace Sorvik {
 
-// Claims every directory with the lowest score in use. Follows shortcuts, and gives the system's
-// icons as thumbnails. Keeps nothing; any thread.
+// Claims every directory, with the lowest score of all providers. Resolves shortcuts, and returns
+// the icons of the desktop theme as thumbnails. Stateless; any thread.
 class WinProviderDirectory final : public Provider {
  public:
-  // Fills ExtraPath of an MXF file with its side file.
+  // Fills ExtraPath of an MXF file with its sidecar.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
@@ -24,15 +24,15 @@ class WinProviderDirectory final : public Provider {
   std::string GetIdentification() const override;
   std::string GetUIString() const override;
   int GetMaximumThumbnailHeight(int height) const override { return height; }
-  // A square of the smaller of `width` and what GetMaximumThumbnailHeight says of `height`.
+  // Returns a square whose side is the smaller of `width` and GetMaximumThumbnailHeight(height).
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
   bool ShouldCheckFilter() const override { return true; }
   bool IsFileBased() const override { return true; }
 };
 
-// The XMP side file of an MXF file, "clip.mxf.xmp" beside "clip.mxf"; empty if there is none or
-// `path` has another extension, for which the disk isn't touched.
+// Returns the XMP sidecar of an MXF file, "clip.mxf.xmp" next to "clip.mxf". Returns an empty
+// string if it is missing, or if `path` has another extension; the disk then isn't accessed.
 std::string GetMXFSidecarPath(const std::string& path);
 
 }  // namespace Sorvik

@@ -6,6 +6,7 @@
 
 #include "SorvikProvider/foundation/Localizer.h"
 #include "foundation/CallScope.h"
+#include "foundation/Mounts.h"
 
 namespace Sorvik {
 namespace {
@@ -17,7 +18,7 @@ constexpr char kIdentification[] = "com.halvane.Merisk.WinProviderVolume";
 constexpr char kUIString[] = "$$$/Ortlane/Libraries/Sorvik/WinVolumeUIString=Volume";
 constexpr int kScoreOwnRoot = 100;
 
-// In the order of the mask's bits.
+// Indices of kRows and bits of FieldMask.
 enum : std::size_t { kNameBit, kPathBit, kExtraPathBit, kFieldCount };
 struct Row {
   const char* const& name;
@@ -95,7 +96,7 @@ ContentMap WinProviderVolume::GetContent(const std::string& path, const FieldNam
                                          ProviderRequest*) const {
   if (path != kVolumeListPath) return {};
   const foundation::CallScope scope;
-  return ContentOfVolumes(platform::ListVolumes(), fields);
+  return ContentOfVolumes(foundation::ListVolumes(), fields);
 }
 
 FieldNameSet WinProviderVolume::GetFieldList() const {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The root of the browse tree: what the machine can reach at the top.
+// The root of the browse tree: the volumes of the machine.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@
 
 namespace Sorvik {
 
-// Answers for kVolumeListPath alone. The listing can't be aborted; nothing on a network mount is
-// touched for it. Keeps nothing; any thread.
+// Claims only kVolumeListPath. The listing can't be aborted and accesses no network mount.
+// Stateless; any thread.
 class WinProviderVolume final : public Provider {
  public:
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -33,8 +33,8 @@ class WinProviderVolume final : public Provider {
   bool IsFileBased() const override { return false; }
 };
 
-// The entries of these volumes, local ones first: a network volume at the place of a local one
-// takes its entry over.
+// Returns an entry for each volume, keyed by mount point. Local volumes come first in `volumes`: a
+// network volume on the same mount point replaces the local one.
 ContentMap ContentOfVolumes(const std::vector<platform::Volume>& volumes,
                             const FieldNameSet& fields);
 

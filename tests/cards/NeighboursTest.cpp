@@ -19,9 +19,9 @@ class CardsNextToADeadShare : public DeadShareTest {};
 
 TEST_F(CardsNextToADeadShare, MayBeAccessedUnlessOnAnotherShare) {
   if (!mount_) GTEST_SKIP() << "no mount of a share can be made here";
-  const std::string share = tree_.Path("place/nas");
-  const std::string card = tree_.Path("place/card");
-  EXPECT_TRUE(CanAccessWithoutBlocking(tree_.Path("place/other"), card));
+  const std::string share = tree_.Path("folder/nas");
+  const std::string card = tree_.Path("folder/card");
+  EXPECT_TRUE(CanAccessWithoutBlocking(tree_.Path("folder/other"), card));
   EXPECT_FALSE(CanAccessWithoutBlocking(share, card)) << "the share itself";
   EXPECT_TRUE(CanAccessWithoutBlocking(share + "/other", share + "/card"))
       << "the card's own share";
@@ -31,12 +31,12 @@ TEST_F(CardsNextToADeadShare, MayBeAccessedUnlessOnAnotherShare) {
 TEST_F(CardsNextToADeadShare, FindTheOtherPartsOfP2Shots) {
   if (!mount_) GTEST_SKIP() << "no mount of a share can be made here";
   const auto shot = P2Shot({"0001AA", "0002BB"}, "SHOT");
-  for (const char* card : {"place/card", "place/z"}) MakeP2Card(tree_, card);
-  AddP2Clip(tree_, "place/card", shot[0]);
-  AddP2Clip(tree_, "place/z", shot[1]);
+  for (const char* card : {"folder/card", "folder/z"}) MakeP2Card(tree_, card);
+  AddP2Clip(tree_, "folder/card", shot[0]);
+  AddP2Clip(tree_, "folder/z", shot[1]);
   const ProviderP2 provider;
   Ask("the listing", [&] {
-    const auto content = provider.GetContent(tree_.Path("place/card"), {"duration"}, nullptr);
+    const auto content = provider.GetContent(tree_.Path("folder/card"), {"duration"}, nullptr);
     EXPECT_EQ(TextOf(content.at("0001AA"), "duration"), "00:00:08:00");
   });
   const RealMount volume = RealMount::Memory(tree_.Folder("volume"));
@@ -50,15 +50,15 @@ TEST_F(CardsNextToADeadShare, FindTheOtherPartsOfP2Shots) {
 
 TEST_F(CardsNextToADeadShare, FindTheOtherPartsOfTakes) {
   if (!mount_) GTEST_SKIP() << "no mount of a share can be made here";
-  MakeXDCAMEXCard(tree_, "place/card", {{.name = "T_01"}},
+  MakeXDCAMEXCard(tree_, "folder/card", {{.name = "T_01"}},
                   {{.name = "T", .clips = {"T_01", "T_02"}}});
-  MakeXDCAMEXCard(tree_, "place/z", {{.name = "T_02"}});
+  MakeXDCAMEXCard(tree_, "folder/z", {{.name = "T_02"}});
   Ask("the listing", [&] {
-    const auto content = ProviderXDCAMEX().GetContent(tree_.Path("place/card"),
+    const auto content = ProviderXDCAMEX().GetContent(tree_.Path("folder/card"),
                                                       FieldNameSet{kExtraPathField}, nullptr);
     ASSERT_EQ(content.size(), 1u);
     EXPECT_THAT(ExtraPathsOf(content.begin()->second, tree_.Root()),
-                testing::Contains("place/z/BPAV/CLPR/T_02/T_02.MP4"));
+                testing::Contains("folder/z/BPAV/CLPR/T_02/T_02.MP4"));
   });
 }
 

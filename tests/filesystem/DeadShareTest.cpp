@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A share whose server is gone must hold nobody who doesn't ask for it.
+// An unreachable network share must not block listings of other folders.
 #include "support/DeadShareTest.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 #include "filesystem/WinProviderDirectory.h"
 #include "filesystem/WinProviderVolume.h"
-#include "foundation/platform/Volumes.h"
+#include "foundation/Mounts.h"
 
 namespace {
 
@@ -21,51 +21,51 @@ class DeadShare : public DeadShareTest {
   const WinProviderDirectory directory_;
 };
 
-TEST_F(DeadShare, HoldsNoListingAroundIt) {
+TEST_F(DeadShare, ListingDoesNotBlock) {
   if (!mount_) GTEST_SKIP() << "no mount of a share can be made here";
-  tree_.File("place/a.mov");
-  tree_.File("place/x.desktop",
-             "[Desktop Entry]\nType=Link\nURL=file://" + tree_.Path("place/nas/c"));
-  fs::create_directory_symlink("nas/folder", tree_.Path("place/link"));
-  fs::create_symlink("nas/other.lnk", tree_.Path("place/y.lnk"));
-  const std::string place = tree_.Path("place");
+  tree_.File("folder/a.mov");
+  tree_.File("folder/x.desktop",
+             "[Desktop Entry]\nType=Link\nURL=file://" + tree_.Path("folder/nas/c"));
+  fs::create_directory_symlink("nas/folder", tree_.Path("folder/link"));
+  fs::create_symlink("nas/other.lnk", tree_.Path("folder/y.lnk"));
+  const std::string folder = tree_.Path("folder");
   Ask("the listing", [&] {
-    const auto content = directory_.GetContent(place, directory_.GetFieldList(), nullptr);
+    const auto content = directory_.GetContent(folder, directory_.GetFieldList(), nullptr);
     EXPECT_EQ(content.size(), 5u);
     EXPECT_EQ(content.at("nas").at("06").cast<std::string>(), "D");
     EXPECT_EQ(content.at("nas").at("21").cast<std::string>(), "");
     EXPECT_EQ(content.at("link").at("13").cast<std::string>(), "Reparse Point");
-    EXPECT_EQ(content.at("x.desktop").at("Path").cast<std::string>(), place + "/nas/c");
+    EXPECT_EQ(content.at("x.desktop").at("Path").cast<std::string>(), folder + "/nas/c");
   });
-  // The same by a path that goes through a link.
-  fs::create_directory_symlink(place, tree_.Path("by"));
+  // The same folder through a symbolic link.
+  fs::create_directory_symlink(folder, tree_.Path("by"));
   Ask("the listing through a link", [&] {
     const auto content = directory_.GetContent(tree_.Path("by"), {"26", "06"}, nullptr);
     EXPECT_EQ(content.at("nas").at("06").cast<std::string>(), "D");
   });
   Ask("the call for one entry", [&] {
-    EXPECT_EQ(directory_.GetContent(place, "nas", {"06"}).size(), 1u);
-    EXPECT_EQ(directory_.GetContent(place, "link", {"06"}).size(), 1u);
+    EXPECT_EQ(directory_.GetContent(folder, "nas", {"06"}).size(), 1u);
+    EXPECT_EQ(directory_.GetContent(folder, "link", {"06"}).size(), 1u);
   });
   Ask("the icon", [&] {
-    Bitplate** plate = directory_.GetThumbnail(place, "nas", 32, 32, nullptr);
+    Bitplate** plate = directory_.GetThumbnail(folder, "nas", 32, 32, nullptr);
     EXPECT_NE(plate, nullptr);
     bitplateDispose(plate);
   });
 }
 
-TEST_F(DeadShare, IsListedAsAVolume) {
+TEST_F(DeadShare, IsListedAsVolume) {
   if (!mount_) GTEST_SKIP() << "no mount of a share can be made here";
-  const std::string share = tree_.Path("place/nas");
+  const std::string share = tree_.Path("folder/nas");
   Ask("the list of volumes", [&] {
     const auto content = WinProviderVolume().GetContent("volumes:", {"Name"}, nullptr);
     ASSERT_TRUE(content.contains(share));
     EXPECT_EQ(content.at(share).at("Name").cast<std::string>(), share + " (//dead/share)");
   });
-  Ask("the place of a path", [&] {
-    EXPECT_TRUE(platform::IsMountPoint(share));
-    EXPECT_TRUE(platform::IsOnNetworkMount(share + "/a/b"));
-    EXPECT_FALSE(platform::IsMountPoint(share + "/a"));
+  Ask("the mount of a path", [&] {
+    EXPECT_TRUE(foundation::IsMountPoint(share));
+    EXPECT_TRUE(foundation::IsOnNetworkMount(share + "/a/b"));
+    EXPECT_FALSE(foundation::IsMountPoint(share + "/a"));
   });
 }
 

@@ -14,6 +14,7 @@
 #include "SorvikProvider/frame/ProviderRequest.h"
 #include "filesystem/DirectoryListing.h"
 #include "filesystem/WinProviderDirectory.h"
+#include "foundation/Mounts.h"
 #include "foundation/platform/FolderView.h"
 #include "foundation/platform/LocalTime.h"
 #include "support/RealMount.h"
@@ -38,7 +39,7 @@ std::vector<std::string> KeysOf(const ContentMap& content) {
 std::vector<std::string> Keys(const std::string& path, const FieldNameSet& fields = {"Name"}) {
   return KeysOf(kProvider.GetContent(path, fields, nullptr));
 }
-// A text field of one entry; "?" if it isn't there.
+// A text field of one entry; "?" if it is missing.
 std::string Text(const std::string& path, const std::string& key, const std::string& field) {
   const ContentMap content = kProvider.GetContent(path, key, {field});
   if (!content.contains(key) || !content.at(key).contains(field)) return "?";
@@ -48,7 +49,7 @@ unsigned long long Size(const std::string& path, const std::string& key) {
   const ContentMap content = kProvider.GetContent(path, key, {"26"});
   return content.at(key).at("26").cast<Provider::ByteSize_t>().value;
 }
-// Whatever attributes are on, in the order of their fields.
+// The attributes that are set, in the order of their fields.
 std::string Attributes(const std::string& path, const std::string& key) {
   std::string all;
   for (const char* field :
@@ -59,7 +60,7 @@ std::string Attributes(const std::string& path, const std::string& key) {
   return all;
 }
 
-TEST(DirectoryPaths, AreRefusedUnlessAbsoluteAndWithoutTrailingSlash) {
+TEST(DirectoryPaths, MustBeAbsoluteWithoutTrailingSlash) {
   const TempTree tree;
   tree.File("file");
   const std::string root = tree.Root();
@@ -85,19 +86,19 @@ TEST(DirectoryPaths, AreRefusedUnlessAbsoluteAndWithoutTrailingSlash) {
   EXPECT_THAT(Keys(tree.Folder("empty")), IsEmpty());
 }
 
-TEST(DirectoryKeys, NeverLeadOutOfTheFolder) {
+TEST(DirectoryKeys, CannotEscapeTheFolder) {
   const TempTree tree;
   tree.File("in/a");
   tree.File("b");
   for (const std::string& key :
        {std::string(), std::string("."), std::string(".."), std::string("../b"), std::string("/"),
-        std::string("a/"), std::string("a\0b", 3), std::string("absent"), std::string(300, 'a')}) {
+        std::string("a/"), std::string("a\0b", 3), std::string("missing"), std::string(300, 'a')}) {
     EXPECT_THAT(kProvider.GetContent(tree.Path("in"), key, {"Name"}), IsEmpty()) << key;
   }
   EXPECT_THAT(KeysOf(kProvider.GetContent(tree.Path("in"), "a", {})), ElementsAre("a"));
 }
 
-TEST(DirectoryFields, AreExactlyThoseAsked) {
+TEST(DirectoryFields, AreExactlyTheRequestedOnes) {
   const TempTree tree;
   tree.File("a.mov", "12345");
   EXPECT_THAT(kProvider.GetContent(tree.Root(), {}, nullptr).at("a.mov"), IsEmpty());
@@ -112,22 +113,22 @@ TEST(DirectoryFields, AreExactlyThoseAsked) {
   EXPECT_EQ(entry.at("Path").cast<std::string>(), tree.Path("a.mov"));
   EXPECT_EQ(entry.at("02").cast<std::string>(), tree.Path("a.mov"));
   EXPECT_EQ(entry.at("ExtraPath"), any_regular_t());
-  EXPECT_EQ(entry.at("06"), any_regular_t(std::string()));  // off is empty text, not nothing
+  EXPECT_EQ(entry.at("06"), any_regular_t(std::string()));  // an unset attribute is an empty text
   EXPECT_EQ(entry.at("26"), any_regular_t(Provider::ByteSize_t(5)));
   EXPECT_EQ(kProvider.GetContent("/", {"Path"}, nullptr).at("etc").at("Path").cast<std::string>(),
             "/etc");
 }
 
-TEST(DirectoryListing, ShowsWhatABrowserCanOpen) {
+TEST(DirectoryListing, OmitsHiddenFilesAndDevices) {
   const TempTree tree;
   tree.File("a.mov");
   tree.File(".hidden");
   tree.Folder("folder");
   tree.Folder(".folder");
   tree.File("caf\xe9.mov");       // Latin-1
-  tree.File("\xed\xb3\xa9 odd");  // a surrogate in UTF-8's form
+  tree.File("\xed\xb3\xa9 odd");  // a surrogate encoded as UTF-8
   tree.File("b\nc");
-  fs::create_symlink("nowhere", tree.Path("dangling"));
+  fs::create_symlink("missing", tree.Path("dangling"));
   fs::create_symlink("self", tree.Path("self"));
   fs::create_symlink("/dev/null", tree.Path("null"));
   fs::create_symlink("..", tree.Path("folder/up"));
@@ -141,46 +142,46 @@ TEST(DirectoryListing, ShowsWhatABrowserCanOpen) {
     EXPECT_EQ(Text(tree.Root(), name, "Name"), name);
     EXPECT_EQ(Text(tree.Root(), name, "Path"), tree.Path(name));
   }
-  // A call for one entry filters nothing.
+  // The call for one entry omits nothing.
   EXPECT_EQ(Text(tree.Root(), ".hidden", "08"), "H");
   EXPECT_EQ(Text(tree.Root(), "fifo", "05"), "Device");
 }
 
-TEST(DirectoryFacts, TellAttributesOfEachKind) {
+TEST(DirectoryFacts, ShowAttributesOfEachKind) {
   const TempTree tree;
   const std::string root = tree.Root();
   tree.File("plain", "x");
   tree.File(".dot", "x");
   tree.Folder("folder");
-  chmod(tree.File("locked", "x").c_str(), 0444);
-  chmod(tree.Folder("shut").c_str(), 0555);
+  chmod(tree.File("read-only", "x").c_str(), 0444);
+  chmod(tree.Folder("read-only-folder").c_str(), 0555);
   fs::create_symlink("plain", tree.Path("to-plain"));
   fs::create_symlink("folder", tree.Path("to-folder"));
   fs::create_symlink("/dev/null", tree.Path("to-device"));
-  fs::create_symlink("gone", tree.Path("to-nothing"));
+  fs::create_symlink("missing", tree.Path("dangling"));
   fs::create_symlink("loop", tree.Path("loop"));
   ASSERT_EQ(mkfifo(tree.Path("fifo").c_str(), 0600), 0);
   EXPECT_EQ(Attributes(root, "plain"), "Normal");
   EXPECT_EQ(Attributes(root, ".dot"), "H");
   EXPECT_EQ(Attributes(root, "folder"), "D");
-  EXPECT_EQ(Attributes(root, "locked"), "R");
-  EXPECT_EQ(Attributes(root, "shut"), "D,R");
+  EXPECT_EQ(Attributes(root, "read-only"), "R");
+  EXPECT_EQ(Attributes(root, "read-only-folder"), "D,R");
   EXPECT_EQ(Attributes(root, "to-plain"), "Reparse Point");
   EXPECT_EQ(Attributes(root, "to-folder"), "D,Reparse Point");
   EXPECT_EQ(Attributes(root, "to-device"), "Reparse Point");
-  EXPECT_EQ(Attributes(root, "to-nothing"), "Reparse Point");
+  EXPECT_EQ(Attributes(root, "dangling"), "Reparse Point");
   EXPECT_EQ(Attributes(root, "loop"), "Reparse Point");
   EXPECT_EQ(Attributes(root, "fifo"), "Device");
 }
 
-TEST(DirectoryFacts, TellSizesAndTimesOfWhatALinkLeadsTo) {
+TEST(DirectoryFacts, ShowSizeAndTimesOfLinkTargets) {
   const TempTree tree;
   const std::string big = tree.File("big");
   if (truncate(big.c_str(), 5'000'000'000) != 0) GTEST_SKIP() << "no sparse files here";
   const timespec times[] = {{1'700'000'000, 999'999'999}, {86'399, 1'000'000}};
   ASSERT_EQ(utimensat(AT_FDCWD, big.c_str(), times, 0), 0);
   fs::create_symlink("big", tree.Path("link"));
-  fs::create_symlink("gone", tree.Path("dangling"));
+  fs::create_symlink("gone", tree.Path("dangling"));  // a target of 4 bytes
   tree.Folder("folder/with/more");
   EXPECT_EQ(Attributes(tree.Root(), "big"), "Sparse File");
   for (const char* key : {"big", "link"}) {
@@ -195,7 +196,7 @@ TEST(DirectoryFacts, TellSizesAndTimesOfWhatALinkLeadsTo) {
   EXPECT_EQ(Text(tree.Root(), "folder", "18"), "");
 }
 
-// Sets the zone for one test.
+// Sets the time zone during one test.
 class Zone {
  public:
   explicit Zone(const char* name) {
@@ -214,7 +215,7 @@ class Zone {
   std::string old_;
 };
 
-TEST(DateText, IsLocalTimeWithMilliseconds) {
+TEST(LocalTimeText, FormatsLocalTimeWithMilliseconds) {
   // Summer time ends on 2023-10-29 at 01:00 UTC.
   const Zone zone("CET-1CEST,M3.5.0,M10.5.0/3");
   platform::LocalTimeText text;
@@ -234,7 +235,7 @@ TEST(DateText, IsLocalTimeWithMilliseconds) {
   EXPECT_EQ(text.Of(std::nullopt), "");
 }
 
-TEST(DateText, AgreesWithTheSystemAroundTheYear) {
+TEST(LocalTimeText, MatchesLocaltimeThroughoutAYear) {
   const Zone zone("NST3:30NDT,M3.2.0/0:01,M11.1.0/0:01");  // changes just after midnight
   platform::LocalTimeText text;
   for (std::time_t time = 1'600'000'000; time < 1'632'000'000; time += 7'919) {
@@ -246,7 +247,7 @@ TEST(DateText, AgreesWithTheSystemAroundTheYear) {
   }
 }
 
-TEST(MXFSidecar, KeepsTheExtensionAndAsksForNoOther) {
+TEST(MXFSidecar, AppendsToTheExtensionOfMXFFilesOnly) {
   const TempTree tree;
   tree.File("clip.MXF");
   tree.File("clip.MXF.xmp");
@@ -261,41 +262,41 @@ TEST(MXFSidecar, KeepsTheExtensionAndAsksForNoOther) {
   EXPECT_EQ(Text(tree.Root(), "clip.MXF", "ExtraPath"), tree.Path("clip.MXF.xmp"));
   const auto bare = kProvider.GetContent(tree.Root(), "bare.mxf", {"ExtraPath"});
   EXPECT_EQ(bare.at("bare.mxf").at("ExtraPath"), any_regular_t());
-  // The listing leaves it to the call for one entry.
+  // Only the call for one entry fills it.
   const auto all = kProvider.GetContent(tree.Root(), {"ExtraPath"}, nullptr);
   EXPECT_EQ(all.at("clip.MXF").at("ExtraPath"), any_regular_t());
 }
 
-TEST(DirectoryListing, GivesNothingForFoldersThatCannotBeRead) {
+TEST(DirectoryListing, IsEmptyForUnreadableFolders) {
   const TempTree tree;
-  tree.File("shut/a");
-  chmod(tree.Path("shut").c_str(), 0);
+  tree.File("locked/a");
+  chmod(tree.Path("locked").c_str(), 0);
   if (geteuid() != 0) {
-    EXPECT_THAT(Keys(tree.Path("shut")), IsEmpty());
-    EXPECT_THAT(kProvider.GetContent(tree.Path("shut"), "a", {"Name"}), IsEmpty());
+    EXPECT_THAT(Keys(tree.Path("locked")), IsEmpty());
+    EXPECT_THAT(kProvider.GetContent(tree.Path("locked"), "a", {"Name"}), IsEmpty());
   } else {
-    EXPECT_THAT(Keys(tree.Path("shut")), ElementsAre("a"));  // nothing is closed to root
+    EXPECT_THAT(Keys(tree.Path("locked")), ElementsAre("a"));  // root can read every folder
   }
-  chmod(tree.Path("shut").c_str(), 0700);
+  chmod(tree.Path("locked").c_str(), 0700);
 
-  // Gone between opening and reading.
-  const auto view = platform::OpenFolder(tree.Folder("gone"));
+  // Removed between opening and reading.
+  const auto view = platform::OpenFolder(tree.Folder("gone"), foundation::CurrentMountTable());
   ASSERT_NE(view, nullptr);
   fs::remove(tree.Path("gone"));
   EXPECT_THAT(ListOneEntry(*view, tree.Path("gone"), "a", {"Name"}), IsEmpty());
   EXPECT_THAT(Keys(tree.Path("gone")), IsEmpty());
 }
 
-TEST(DirectoryListing, IsEmptyOnceAborted) {
+TEST(DirectoryListing, IsEmptyAfterAbort) {
   const TempTree tree;
   tree.File("a");
   ProviderContentRequest* request = new ProviderContentRequest("station", {}, tree.Root(), {});
-  const auto held = request->GetRef();
+  const auto reference = request->GetRef();
   request->Abort();
   EXPECT_THAT(kProvider.GetContent(tree.Root(), {"Name"}, request), IsEmpty());
 }
 
-// A folder on a file system that stores attributes, whose facts a test sets.
+// A folder on a file system that stores attributes; the test sets them.
 class FatFolder final : public platform::FolderView {
  public:
   struct Item {
@@ -308,8 +309,8 @@ class FatFolder final : public platform::FolderView {
     for (const auto& [name, item] : items_) names_.push_back({name, platform::ItemType::kRegular});
   }
   const std::vector<platform::FolderName>& Names() const override { return names_; }
-  platform::FactsState Look(const platform::FolderName& item, bool withShortName,
-                            platform::FileFacts& facts) const override {
+  platform::FactsState ReadFacts(const platform::FolderName& item, bool withShortName,
+                                 platform::FileFacts& facts) const override {
     const Item& found = items_.at(std::string(item.name));
     facts = platform::FileFacts();
     facts.attributes = found.attributes;
@@ -318,16 +319,16 @@ class FatFolder final : public platform::FolderView {
     return found.state;
   }
   bool StoresAttributes() const override { return true; }
-  bool MayTouch(const platform::FolderName&) const override { return true; }
+  bool CanAccessWithoutBlocking(const platform::FolderName&) const override { return true; }
 
  private:
   std::map<std::string, Item> items_;
   std::vector<platform::FolderName> names_;
 };
 
-TEST(DirectoryListing, HidesByStoredAttributes) {
+TEST(DirectoryListing, OmitsFilesWithStoredHiddenOrSystemAttribute) {
   using namespace platform::attribute;
-  const FatFolder folder({{"gone.mov", {0, "", platform::FactsState::kGone}},
+  const FatFolder folder({{"missing.mov", {0, "", platform::FactsState::kMissing}},
                           {"hidden.mov", {kHidden, ""}},
                           {"refused.mov", {kArchive, "", platform::FactsState::kRefused}},
                           {"system.mov", {kSystem, ""}},
@@ -343,11 +344,11 @@ TEST(DirectoryListing, HidesByStoredAttributes) {
   EXPECT_EQ(entry.at("10").cast<std::string>(), "");
   EXPECT_EQ(entry.at("18").cast<std::string>(), "WHATAN~1.MOV");
   EXPECT_EQ(entry.at("19").cast<std::string>(), "");
-  // It's there, and nothing more may be known.
+  // The file exists, but its facts can't be read.
   const auto& refused = content.at("refused.mov");
   EXPECT_EQ(refused.at("03").cast<std::string>(), "");
   EXPECT_EQ(refused.at("26"), any_regular_t(Provider::ByteSize_t(0)));
-  // Asked for by name, a hidden file is shown.
+  // The call for one entry returns hidden files.
   EXPECT_EQ(ListOneEntry(folder, "/c", "hidden.mov", {"08"})
                 .at("hidden.mov")
                 .at("08")
@@ -355,11 +356,11 @@ TEST(DirectoryListing, HidesByStoredAttributes) {
             "H");
 }
 
-TEST(DirectoryThumbnail, IsASquareWithinBothLimits) {
+TEST(DirectoryThumbnail, IsSquareWithinBothLimits) {
   const TempTree tree;
   tree.File("a.mov");
   tree.Folder("folder");
-  for (const char* key : {"a.mov", "folder", "absent.mov"}) {
+  for (const char* key : {"a.mov", "folder", "missing.mov"}) {
     Bitplate** plate = kProvider.GetThumbnail(tree.Root(), key, 300, 100, nullptr);
     ASSERT_NE(plate, nullptr) << key;
     EXPECT_EQ(bitplateGetWidth(plate), 100);

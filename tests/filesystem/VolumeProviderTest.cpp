@@ -12,7 +12,7 @@ using platform::Volume;
 using platform::VolumeKind;
 using testing::IsEmpty;
 
-// English texts, whatever the machine speaks.
+// English texts, whatever the language of the machine.
 class VolumeProvider : public testing::Test {
  protected:
   void SetUp() override { tarnwick::config::Localizer::Get().SetLanguage("en"); }
@@ -28,7 +28,7 @@ class VolumeProvider : public testing::Test {
   const WinProviderVolume provider_;
 };
 
-TEST_F(VolumeProvider, NamesPlacesByLabelKindAndShare) {
+TEST_F(VolumeProvider, NamesVolumesByLabelKindAndShare) {
   EXPECT_EQ(NameOf({"/media/u/X", "DATA", "", VolumeKind::kRemovable, false, "", true}),
             "/media/u/X (DATA)");
   EXPECT_EQ(NameOf({"/", "", "", VolumeKind::kFixed, false, "", true}), "/ (Local Disk)");
@@ -42,7 +42,7 @@ TEST_F(VolumeProvider, NamesPlacesByLabelKindAndShare) {
             "smb://srv/share");
 }
 
-TEST_F(VolumeProvider, FillsTheFieldsAskedFor) {
+TEST_F(VolumeProvider, FillsRequestedFields) {
   const Volume volume{"/data", "D", "", VolumeKind::kFixed, false, "", true};
   EXPECT_THAT(ContentOfVolumes({volume}, {}).at("/data"), IsEmpty());
   const auto extra = ContentOfVolumes({volume}, {"ExtraPath", "26", "name"}).at("/data");
@@ -52,7 +52,7 @@ TEST_F(VolumeProvider, FillsTheFieldsAskedFor) {
   EXPECT_EQ(all.at("Path").cast<std::string>(), "/data");
 }
 
-TEST_F(VolumeProvider, AnswersForItsOneRootAlone) {
+TEST_F(VolumeProvider, ClaimsOnlyTheVolumeList) {
   EXPECT_EQ(provider_.CanProvideFor("volumes:"), 100);
   for (const std::string path : {"", "/", "volumes:/", "Volumes:", "networkvolumes:"}) {
     EXPECT_EQ(provider_.CanProvideFor(path), 0) << path;

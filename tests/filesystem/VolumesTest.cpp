@@ -9,8 +9,8 @@
 #include <string>
 
 #include "foundation/CallScope.h"
+#include "foundation/Mounts.h"
 #include "foundation/platform/GvfsShares.h"
-#include "foundation/platform/Volumes.h"
 #include "support/RealMount.h"
 #include "support/TempTree.h"
 
@@ -24,11 +24,10 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-// A machine made of a mount table, a tree of device facts and the folders that are mounted on.
+// A machine with its own mount table, /sys tree and mount points.
 class Machine {
  public:
   Machine() {
-    sources_.mountTable = tree_.Path("mountinfo");
     sources_.systemTree = tree_.Folder("sys");
     sources_.filePrefix = tree_.Folder("root");
     tree_.Folder("sys/dev/block");
@@ -37,25 +36,25 @@ class Machine {
     };
   }
 
-  // A mount of `device` ("major:minor") with `root` of it, and the folder that it covers.
-  Machine& Mount(const std::string& device, const std::string& root, const std::string& place,
+  // Adds a mount of the folder `root` of `device` ("major:minor"), and the folder `mountPoint`.
+  Machine& Mount(const std::string& device, const std::string& root, const std::string& mountPoint,
                  const std::string& type, const std::string& source,
                  const std::string& options = "rw") {
-    tree_.Folder("root" + place);
-    return MountOnly(device, root, place, type, source, options);
+    tree_.Folder("root" + mountPoint);
+    return MountOnly(device, root, mountPoint, type, source, options);
   }
-  Machine& MountOnly(const std::string& device, const std::string& root, const std::string& place,
-                     const std::string& type, const std::string& source,
-                     const std::string& options = "rw") {
-    table_ += std::to_string(++id_) + " 1 " + device + " " + root + " " + place +
+  Machine& MountOnly(const std::string& device, const std::string& root,
+                     const std::string& mountPoint, const std::string& type,
+                     const std::string& source, const std::string& options = "rw") {
+    table_ += std::to_string(++id_) + " 1 " + device + " " + root + " " + mountPoint +
               " rw,relatime shared:1 - " + type + " " + source + " " + options + "\n";
     return *this;
   }
-  // A block device whose facts lie at `folder` below the tree of devices.
+  // Adds a block device with its attributes in `folder` below /sys/devices.
   Machine& Device(const std::string& device, const std::string& folder,
                   const std::string& removable, const std::string& size = "1000\n") {
     tree_.File("sys/devices/" + folder + "/size", size);
-    // A partition has no such fact: its disk, one folder up, has.
+    // Only the disk, the parent folder of a partition, has this attribute.
     if (!removable.empty()) tree_.File("sys/devices/" + folder + "/removable", removable);
     fs::create_symlink("../../devices/" + folder, tree_.Path("sys/dev/block/" + device));
     return *this;
@@ -65,14 +64,11 @@ class Machine {
     return *this;
   }
 
-  std::vector<Volume> List() {
-    tree_.File("mountinfo", table_);
-    return ListVolumes(sources_);
-  }
-  std::vector<std::string> Places() {
-    std::vector<std::string> places;
-    for (const Volume& volume : List()) places.push_back(volume.mountPoint);
-    return places;
+  std::vector<Volume> List() { return ListVolumes(sources_, MountTable::Parse(table_)); }
+  std::vector<std::string> MountPoints() {
+    std::vector<std::string> mountPoints;
+    for (const Volume& volume : List()) mountPoints.push_back(volume.mountPoint);
+    return mountPoints;
   }
   Volume Only() {
     const auto volumes = List();
@@ -89,7 +85,7 @@ class Machine {
   int id_ = 20;
 };
 
-TEST(VolumeListing, LeavesTheSystemsOwnMountsOut) {
+TEST(ListVolumes, SkipsSystemMounts) {
   Machine machine;
   machine.Mount("0:21", "/", "/proc", "proc", "proc")
       .Mount("0:6", "/", "/dev", "devtmpfs", "devtmpfs")
@@ -110,53 +106,53 @@ TEST(VolumeListing, LeavesTheSystemsOwnMountsOut) {
   for (const auto device : {"8:1", "8:2", "8:3", "8:4", "8:17", "7:1", "7:2"}) {
     machine.Device(device, std::string("virtual/block/") + device, "0\n");
   }
-  EXPECT_THAT(machine.Places(), ElementsAre("/", "/run/media/u/CARD", "/home", "/scratch"));
+  EXPECT_THAT(machine.MountPoints(), ElementsAre("/", "/run/media/u/CARD", "/home", "/scratch"));
 }
 
-TEST(VolumeListing, KeepsOneMountOfEachThing) {
+TEST(ListVolumes, SkipsDuplicateMounts) {
   Machine machine;
   machine.Mount("8:1", "/", "/", "ext4", "/dev/sda1")
-      .Mount("8:1", "/srv/cards", "/cards", "ext4", "/dev/sda1")  // a bind of what "/" shows
-      .Mount("8:5", "/a", "/one", "ext4", "/dev/sda5")            // neither of the two holds
+      .Mount("8:1", "/srv/cards", "/cards", "ext4", "/dev/sda1")  // bind mount of a folder in "/"
+      .Mount("8:5", "/a", "/one", "ext4", "/dev/sda5")            // neither of the two contains
       .Mount("8:5", "/b", "/two", "ext4", "/dev/sda5")            // the other
       .Mount("8:5", "/ab", "/three", "ext4", "/dev/sda5")
       .Mount("8:5", "/a/in", "/four", "ext4", "/dev/sda5")
       .Mount("8:6", "/", "/again", "ext4", "/dev/sda6")
       .Mount("8:6", "/", "/later", "ext4", "/dev/sda6")
       .Mount("8:7", "/", "/top", "ext4", "/dev/sda7")
-      .Mount("8:8", "/", "/top", "xfs", "/dev/sda8");  // hides the one before
+      .Mount("8:8", "/", "/top", "xfs", "/dev/sda8");  // covers the previous one
   for (const auto device : {"8:1", "8:5", "8:6", "8:7", "8:8"}) {
     machine.Device(device, std::string("virtual/block/") + device, "0\n");
   }
-  EXPECT_THAT(machine.Places(), ElementsAre("/", "/one", "/two", "/three", "/again", "/top"));
+  EXPECT_THAT(machine.MountPoints(), ElementsAre("/", "/one", "/two", "/three", "/again", "/top"));
 }
 
-TEST(VolumeListing, DropsMountsOnFilesAndMountsThatAreGone) {
+TEST(ListVolumes, SkipsMountsOnFilesAndMissingMountPoints) {
   Machine machine;
   machine.Mount("8:1", "/", "/", "ext4", "/dev/sda1").Device("8:1", "disk/sda/sda1", "");
   machine.MountOnly("8:5", "/hosts", "/data/hosts", "ext4", "/dev/sdb1")
-      .MountOnly("8:5", "/", "/data/gone", "ext4", "/dev/sdb1")
+      .MountOnly("8:5", "/", "/data/missing", "ext4", "/dev/sdb1")
       .Device("8:5", "disk/sdb/sdb1", "");
   machine.Tree().File("root/data/hosts", "127.0.0.1 localhost");
-  EXPECT_THAT(machine.Places(), ElementsAre("/"));
+  EXPECT_THAT(machine.MountPoints(), ElementsAre("/"));
 }
 
-TEST(VolumeListing, DropsDevicesWithoutAMedium) {
+TEST(ListVolumes, SkipsDevicesWithoutMedium) {
   Machine machine;
   machine
-      .MountOnly("8:1", "/", "/", "ext4", "/dev/sda1")  // "/" is there, whatever the facts say
+      .MountOnly("8:1", "/", "/", "ext4", "/dev/sda1")  // "/" is always listed
       .Mount("8:17", "/", "/media/pulled", "vfat", "/dev/sdb1")
       .Mount("8:33", "/", "/media/empty", "vfat", "/dev/sdc1")
       .Mount("8:49", "/", "/media/full", "vfat", "/dev/sdd1")
       .Device("8:33", "usb/sdc/sdc1", "", "0\n")
       .Device("8:49", "usb/sdd/sdd1", "", "42\n");
-  EXPECT_THAT(machine.Places(), ElementsAre("/", "/media/full"));
+  EXPECT_THAT(machine.MountPoints(), ElementsAre("/", "/media/full"));
 }
 
 struct KindCase {
   const char* why;
   const char* device;
-  const char* folder;  // of the device's facts
+  const char* folder;  // of the device below /sys/devices; empty if none
   const char* diskRemovable;
   const char* type;
   const char* source;
@@ -164,10 +160,10 @@ struct KindCase {
 };
 class VolumeKinds : public testing::TestWithParam<KindCase> {};
 
-TEST_P(VolumeKinds, ComeFromDeviceAndType) {
+TEST_P(VolumeKinds, DependOnDeviceAndType) {
   const KindCase& c = GetParam();
   Machine machine;
-  machine.Mount(c.device, "/", "/place", c.type, c.source);
+  machine.Mount(c.device, "/", "/volume", c.type, c.source);
   machine.Tree().Folder("root/disk.img");
   if (*c.folder != '\0') {
     machine.Device(c.device, c.folder, "");
@@ -186,8 +182,8 @@ INSTANTIATE_TEST_SUITE_P(
     Table, VolumeKinds,
     testing::Values(
         KindCase{"disk", "8:1", "pci/sda/sda1", "0\n", "ext4", "/dev/sda1", VolumeKind::kFixed},
-        KindCase{"the stick's disk says so, not its partition", "8:17", "pci/usb1/sdb/sdb1", "1\n",
-                 "vfat", "/dev/sdb1", VolumeKind::kRemovable},
+        KindCase{"partition of a removable disk", "8:17", "pci/usb1/sdb/sdb1", "1\n", "vfat",
+                 "/dev/sdb1", VolumeKind::kRemovable},
         KindCase{"reader on an MMC bus", "179:1", "pci/mmc0/card/mmcblk0/mmcblk0p1", "0\n", "exfat",
                  "/dev/mmcblk0p1", VolumeKind::kRemovable},
         KindCase{"optical", "11:0", "pci/ata/sr0/x", "1\n", "iso9660", "/dev/sr0",
@@ -196,10 +192,11 @@ INSTANTIATE_TEST_SUITE_P(
                  VolumeKind::kRAMDisk},
         KindCase{"tmpfs", "0:50", "", "", "tmpfs", "none", VolumeKind::kRAMDisk},
         KindCase{"fuse on a local image", "0:51", "", "", "fuse", "/disk.img", VolumeKind::kFixed},
-        KindCase{"fuse on something else", "0:51", "", "", "fuse", "thing", VolumeKind::kUnknown},
-        KindCase{"unknown fuse type", "0:52", "", "", "fuse.thing", "x", VolumeKind::kUnknown}));
+        KindCase{"fuse without a local source", "0:51", "", "", "fuse", "other",
+                 VolumeKind::kUnknown},
+        KindCase{"unknown fuse type", "0:52", "", "", "fuse.other", "x", VolumeKind::kUnknown}));
 
-TEST(VolumeListing, TakesLabelsFromDatabaseAndMediaFolder) {
+TEST(ListVolumes, ReadsLabelsFromUdevAndMountPoint) {
   Machine machine;
   machine.Mount("8:17", "/", "/media/u/CARD", "vfat", "/dev/sdb1")
       .Mount("8:18", "/", "/media/u/OTHER", "vfat", "/dev/sdb2")
@@ -218,9 +215,9 @@ TEST(VolumeListing, TakesLabelsFromDatabaseAndMediaFolder) {
   EXPECT_EQ(labels["/mnt/plain"], "");
 }
 
-TEST(VolumeListing, DescribesNetworkMountsFromTheTableAlone) {
+TEST(ListVolumes, DoesNotAccessNetworkMounts) {
   Machine machine;
-  // None of these folders exists: whoever looked at one would drop it.
+  // None of these folders exists; a check on disk would omit them.
   machine.MountOnly("0:60", "/", "/mnt/nas", "cifs", "//server/share")
       .MountOnly("0:61", "/", "/mnt/with\\040blank", "nfs4", "host:/export/a")
       .MountOnly("0:62", "/", "/mnt/ssh", "fuse.sshfs", "me@host:/x")
@@ -240,7 +237,7 @@ TEST(VolumeListing, DescribesNetworkMountsFromTheTableAlone) {
   EXPECT_TRUE(volumes[2].isNetwork);
 }
 
-TEST(VolumeListing, NamesSharesOfADesktopSession) {
+TEST(ListVolumes, ListsSharesOfDesktopSession) {
   Machine machine;
   const std::string own = "rw,user_id=" + std::to_string(getuid()) + ",group_id=0";
   machine.Mount("0:70", "/", "/run/user/7/gvfs", "fuse.gvfsd-fuse", "gvfsd-fuse", own)
@@ -255,19 +252,17 @@ TEST(VolumeListing, NamesSharesOfADesktopSession) {
   EXPECT_EQ(UrlOfGvfsShare("sftp:host=h,user=me,port=22"), "sftp://me@h:22");
   EXPECT_EQ(UrlOfGvfsShare("dav:host=h,ssl=true,prefix=%2Fa%2fb"), "davs://h/a/b");
   EXPECT_EQ(UrlOfGvfsShare("smb-share:share=only"), "smb-share:share=only");
-  EXPECT_EQ(UrlOfGvfsShare("no form"), "no form");
+  EXPECT_EQ(UrlOfGvfsShare("other form"), "other form");
 }
 
-TEST(VolumeListing, SurvivesTablesThatAreNone) {
+TEST(MountTable, SurvivesMalformedTables) {
   TempTree tree;
-  VolumeSources sources;
-  sources.mountTable = tree.Path("absent");
-  EXPECT_THAT(ListVolumes(sources), IsEmpty());
+  EXPECT_THAT(MountTable::Read(tree.Path("missing")).Mounts(), IsEmpty());
   for (const char* text :
        {"", "\n\n", "x", "1 2 3", "22 27 0:21 / /a rw - ", "a b c d e f g h i\n"}) {
-    sources.mountTable = tree.File("table", text);
-    ListVolumes(sources);
-    MountTable::Parse(text);
+    const auto table = MountTable::Read(tree.File("table", text));
+    EXPECT_EQ(table.Mounts().size(), MountTable::Parse(text).Mounts().size()) << text;
+    ListVolumes(VolumeSources(), table);
   }
 }
 
@@ -282,7 +277,7 @@ TEST(MountTable, KnowsNetworkFileSystems) {
   for (const char* type : {"", "ext4", "fuse.portal", "fuseblk"}) EXPECT_FALSE(IsNetworkType(type));
 }
 
-TEST(MountTable, HasARootEvenIfTheRootWasChanged) {
+TEST(MountTable, AddsRootInChroot) {
   const auto table = MountTable::Parse("1 0 8:1 /bare/home /home rw - ext4 /dev/sda1 rw\n");
   ASSERT_EQ(table.At("/"), nullptr);
   ASSERT_NE(table.WithRoot().At("/"), nullptr);
@@ -290,7 +285,7 @@ TEST(MountTable, HasARootEvenIfTheRootWasChanged) {
   EXPECT_EQ(table.WithRoot().WithRoot().Mounts().size(), 2u);
 }
 
-TEST(MountTable, ComparesWholeNames) {
+TEST(MountTable, ComparesCompletePathComponents) {
   const auto table = MountTable::Parse(
       "1 0 8:1 / / rw - ext4 /dev/sda1 rw\n"
       "2 1 0:60 / /mnt/nas rw - nfs h:/e rw\n");
@@ -298,13 +293,14 @@ TEST(MountTable, ComparesWholeNames) {
   EXPECT_TRUE(table.LeadsToNetwork("/mnt/nas/a"));
   EXPECT_FALSE(table.LeadsToNetwork("/mnt/nasty"));
   EXPECT_FALSE(table.LeadsToNetwork("/mnt"));
-  ASSERT_NE(table.Holding("/mnt/nasty"), nullptr);
-  EXPECT_EQ(table.Holding("/mnt/nasty")->mountPoint, "/");
-  // A machine that runs from a share still shows its files.
+  ASSERT_NE(table.Containing("/mnt/nasty"), nullptr);
+  EXPECT_EQ(table.Containing("/mnt/nasty")->mountPoint, "/");
+  // The files of a machine with its root on a share stay accessible.
   EXPECT_FALSE(MountTable::Parse("1 0 0:9 / / rw - 9p root rw\n").LeadsToNetwork("/a"));
 }
 
-TEST(RunningSystem, ListsItsRootAndMountsOfOurOwn) {
+TEST(RunningSystem, ListsRootAndNewMount) {
+  using namespace Sorvik::foundation;
   const auto volumes = ListVolumes();
   EXPECT_TRUE(std::any_of(volumes.begin(), volumes.end(),
                           [](const Volume& volume) { return volume.mountPoint == "/"; }));
@@ -326,23 +322,24 @@ TEST(RunningSystem, ListsItsRootAndMountsOfOurOwn) {
   EXPECT_EQ(found->kind, VolumeKind::kRAMDisk);
 }
 
-TEST(RunningSystem, TakesNoFileForAVolume) {
+TEST(RunningSystem, SkipsMountsOnFiles) {
+  using namespace Sorvik::foundation;
   TempTree tree;
-  const std::string place = tree.File("etc-hosts");
+  const std::string file = tree.File("etc-hosts");
   const RealMount disk = RealMount::Memory(tree.Folder("ram"));
   tree.File("ram/hosts", "127.0.0.1 localhost");
-  const RealMount mount = RealMount::Bind(tree.Path("ram/hosts"), place);
+  const RealMount mount = RealMount::Bind(tree.Path("ram/hosts"), file);
   if (!disk || !mount) GTEST_SKIP() << "mounting isn't allowed here";
-  EXPECT_TRUE(IsMountPoint(place));
-  for (const Volume& volume : ListVolumes()) EXPECT_NE(volume.mountPoint, place);
+  EXPECT_TRUE(IsMountPoint(file));
+  for (const Volume& volume : ListVolumes()) EXPECT_NE(volume.mountPoint, file);
 }
 
-TEST(RunningSystem, ReadsTheLabelOfAFileSystem) {
+TEST(RunningSystem, ReadsFileSystemLabel) {
   TempTree tree;
   const std::string folder = tree.Folder("disk");
   const RealMount mount = RealMount::Image(tree.Path("image"), "MY DATA", folder);
   if (!mount) GTEST_SKIP() << "no loop mount of an ext4 image can be made here";
-  const auto volumes = ListVolumes();
+  const auto volumes = Sorvik::foundation::ListVolumes();
   const auto found = std::find_if(volumes.begin(), volumes.end(), [&](const Volume& volume) {
     return volume.mountPoint == folder;
   });
@@ -351,9 +348,10 @@ TEST(RunningSystem, ReadsTheLabelOfAFileSystem) {
   EXPECT_EQ(found->kind, VolumeKind::kFixed);
 }
 
-TEST(RunningSystem, ReadsTheTableOnceInACall) {
-  const Sorvik::foundation::CallScope scope;
-  EXPECT_EQ(MountTable::Current(), MountTable::Current());
+TEST(RunningSystem, ReadsMountTableOncePerCallScope) {
+  using namespace Sorvik::foundation;
+  const CallScope scope;
+  EXPECT_EQ(CurrentMountTable(), CurrentMountTable());
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ Names NamesOf(const std::vector<UTF16String>& paths) {
   return names;
 }
 
-TEST(PathTexts, AreGated) {
+TEST(PathUtils, ValidatesPaths) {
   EXPECT_TRUE(IsLongFormFolderPath("/"));
   EXPECT_TRUE(IsLongFormFolderPath("/a"));
   for (const auto* bad : {"", "a", "./a", "//", "/a/", "C:\\a"}) {
@@ -49,7 +49,7 @@ TEST(PathTexts, AreGated) {
   EXPECT_TRUE(IsValidPath(u"/" + UTF16String(4094, u'a')));
 }
 
-TEST(PathTexts, ComeApartAndTogether) {
+TEST(PathUtils, SplitsAndJoinsPaths) {
   EXPECT_EQ(GetFullFilePart(u"/a/b.c"), u"b.c");
   EXPECT_EQ(GetFilePart(u"/a/b.c.d"), u"b.c");
   EXPECT_EQ(GetExtensionPart(u"/a.x/b"), u"");
@@ -70,7 +70,7 @@ TEST(PathTexts, ComeApartAndTogether) {
   EXPECT_EQ(GetLeafDisplayStringFromPath(u"/"), u"/");
 }
 
-TEST(PathTexts, AreNormalisedByTextAlone) {
+TEST(PathUtils, NormalizesLexically) {
   const std::pair<const char16_t*, const char16_t*> cases[] = {{u"/", u"/"},
                                                                {u"//", u"/"},
                                                                {u"/a//b/./c/", u"/a/b/c"},
@@ -83,7 +83,7 @@ TEST(PathTexts, AreNormalisedByTextAlone) {
   for (const auto& [path, normal] : cases) EXPECT_EQ(ToNormalizedPath(path), normal);
 }
 
-TEST(Folders, ListInCodeUnitOrderWithWhatLinksLeadTo) {
+TEST(Directory, ListsInCodeUnitOrderAndFollowsLinks) {
   const TempTree tree;
   tree.File("b.TXT");
   tree.File("a.txt");
@@ -91,7 +91,7 @@ TEST(Folders, ListInCodeUnitOrderWithWhatLinksLeadTo) {
   tree.File("\xE9.txt");  // Latin-1
   tree.Folder("folder.txt");
   fs::create_symlink(tree.Path("a.txt"), tree.Path("link.txt"));
-  fs::create_symlink(tree.Path("nowhere"), tree.Path("dangling.txt"));
+  fs::create_symlink(tree.Path("missing"), tree.Path("dangling.txt"));
   fs::create_symlink("self.txt", tree.Path("self.txt"));
   ASSERT_EQ(mkfifo(tree.Path("fifo.txt").c_str(), 0600), 0);
   const UTF16String root = MakeString(tree.Root());
@@ -109,7 +109,7 @@ TEST(Folders, ListInCodeUnitOrderWithWhatLinksLeadTo) {
   EXPECT_FALSE(ExistsOnDisk(root + u"/dangling.txt"));
 }
 
-TEST(Folders, OrderNamesThatShareLongBeginnings) {
+TEST(Directory, SortsNamesWithLongCommonPrefix) {
   const TempTree tree;
   const Names expected{"clip",           "clip.",         "clip.0", "clip.00000000",
                        "clip.000000001", "clip.00000001", "clip.1", "clip1"};
@@ -123,7 +123,7 @@ TEST(Folders, OrderNamesThatShareLongBeginnings) {
             (Names{"clip.\xF0\x9F\x8E\xAC", "clip.\xEF\xBC\xA1", "clip1"}));
 }
 
-TEST(Folders, AreListedDeepWithoutFollowingLinks) {
+TEST(Directory, RecursesWithoutFollowingLinks) {
   const TempTree tree;
   tree.File("a/b/deep.xml");
   tree.File("top.xml");
@@ -135,21 +135,25 @@ TEST(Folders, AreListedDeepWithoutFollowingLinks) {
             (std::vector<std::string>{"top.xml", "deep.xml"}));
 }
 
-TEST(Folders, AreReadOnceWithinACall) {
+TEST(Directory, ReadsFoldersOncePerOutermostCallScope) {
   const TempTree tree;
   tree.File("a");
   const UTF16String root = MakeString(tree.Root());
   {
-    const Sorvik::foundation::CallScope scope;
-    EXPECT_EQ(Directory::GetContainedPaths(root).size(), 1u);
+    const Sorvik::foundation::CallScope outer;
+    {
+      const Sorvik::foundation::CallScope inner;
+      EXPECT_EQ(Directory::GetContainedPaths(root).size(), 1u);
+    }
     tree.File("b");
-    const Sorvik::foundation::CallScope inner;
+    EXPECT_EQ(Directory::GetContainedPaths(root).size(), 1u);
+    const Sorvik::foundation::CallScope second;
     EXPECT_EQ(Directory::GetContainedPaths(root).size(), 1u);
   }
   EXPECT_EQ(Directory::GetContainedPaths(root).size(), 2u);
 }
 
-TEST(Files, AreOpenedOnlyIfRegular) {
+TEST(RegularFile, OpensNothingElse) {
   const TempTree tree;
   tree.File("file", "0123456789");
   ASSERT_EQ(mkfifo(tree.Path("fifo").c_str(), 0600), 0);
@@ -187,7 +191,7 @@ TEST(PathText, PrefixesConsistOfCompleteCharacters) {
   EXPECT_FALSE(StartsWithCharacters("\xE2\x82\xAC", "\xE2")) << "the first byte of a character";
 }
 
-TEST(FileObjects, KnowTheirNeighbours) {
+TEST(FileSupport, NavigatesParentsAndSubfolders) {
   using namespace tarnwick::filesupport;
   const TempTree tree;
   tree.File("BDMV/STREAM/00001.MTS");

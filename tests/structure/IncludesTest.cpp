@@ -32,6 +32,9 @@ const std::map<std::string, std::set<std::string>> kDependencies = {
 // The only file that may include the concrete providers.
 const std::string kProviderTable = "src/frame/ProviderHost.cpp";
 
+// The only sources with system calls, which a port replaces. They include nothing else of src/.
+const std::string kPlatform = "src/foundation/platform/";
+
 std::string FirstFolder(const std::string& path) { return path.substr(0, path.find('/')); }
 std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
 std::string StemOf(const std::string& path) { return std::filesystem::path(path).stem().string(); }
@@ -87,6 +90,9 @@ std::string Problem(const std::string& from, const std::string& header) {
   if (dependencies == kDependencies.end()) return "a layer that is missing from kDependencies";
   if (target != layer && !dependencies->second.contains(target))
     return "a layer that this one may not depend on";
+  if (from.starts_with(kPlatform) && !("src/" + header).starts_with(kPlatform)) {
+    return "a header outside the platform layer";
+  }
   return ProviderProblem(from, header);
 }
 
@@ -140,6 +146,9 @@ TEST(Includes, ViolationsAreDetected) {
   for (const Case& c : {
            Case{"src/foundation/A.cpp", "frame/RequestQueue.h", true},
            Case{"src/foundation/A.cpp", "SorvikProvider/frame/Provider.h", true},
+           Case{"src/foundation/platform/A.cpp", "foundation/CallScope.h", true},
+           Case{"src/foundation/platform/A.cpp", "SorvikProvider/foundation/Hestra.h", true},
+           Case{"src/foundation/platform/A.cpp", "foundation/platform/B.h", false},
            Case{"src/xmp/A.cpp", "metadata/FrameCounts.h", true},
            Case{"src/metadata/A.cpp", "thumbnails/Picture.h", true},
            Case{"src/metadata/A.cpp", "xmp/XMPMeta.h", false},

@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <future>
+#include <utility>
 
 #include "support/RealMount.h"
 #include "support/TempTree.h"
@@ -14,19 +13,18 @@ namespace sorvik_test {
 
 class DeadShareTest : public testing::Test {
  protected:
-  DeadShareTest() : mount_(RealMount::DeadShare(tree_.Folder("place/nas"))) {}
+  DeadShareTest() : mount_(RealMount::DeadShare(tree_.Folder("folder/nas"))) {}
 
   // Runs `question`. If it blocks, fails and removes the share, which unblocks it.
   template <class Question>
   void Ask(const char* what, Question question) {
-    auto answer = std::async(std::launch::async, question);
-    if (answer.wait_for(std::chrono::seconds(10)) == std::future_status::ready) return;
-    mount_.End();
-    ADD_FAILURE() << what << " waited for the share";
+    if (!mount_.DoesNotBlock(std::move(question))) {
+      ADD_FAILURE() << what << " waited for the share";
+    }
   }
 
   TempTree tree_;
-  RealMount mount_;  // at place/nas; false if this machine doesn't allow it
+  RealMount mount_;  // at folder/nas; false if this machine doesn't allow it
 };
 
 }  // namespace sorvik_test

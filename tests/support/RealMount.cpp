@@ -15,8 +15,9 @@ RealMount RealMount::Memory(const std::string& folder) {
   return RealMount(mount("sorvik-test", folder.c_str(), "tmpfs", 0, "size=1m") == 0 ? folder : "");
 }
 
-RealMount RealMount::Bind(const std::string& what, const std::string& place) {
-  return RealMount(mount(what.c_str(), place.c_str(), nullptr, MS_BIND, nullptr) == 0 ? place : "");
+RealMount RealMount::Bind(const std::string& source, const std::string& mountPoint) {
+  const bool done = mount(source.c_str(), mountPoint.c_str(), nullptr, MS_BIND, nullptr) == 0;
+  return RealMount(done ? mountPoint : "");
 }
 
 RealMount RealMount::Image(const std::string& image, const std::string& label,
@@ -38,14 +39,15 @@ RealMount RealMount::DeadShare(const std::string& folder) {
 }
 
 RealMount::RealMount(RealMount&& other) noexcept
-    : place_(std::exchange(other.place_, {})), server_(std::exchange(other.server_, -1)) {}
+    : mountPoint_(std::exchange(other.mountPoint_, {})),
+      server_(std::exchange(other.server_, -1)) {}
 
 RealMount::~RealMount() { End(); }
 
 void RealMount::End() {
-  if (!place_.empty()) umount2(place_.c_str(), MNT_DETACH);
+  if (!mountPoint_.empty()) umount2(mountPoint_.c_str(), MNT_DETACH);
   if (server_ >= 0) close(server_);
-  place_.clear();
+  mountPoint_.clear();
   server_ = -1;
 }
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
-// A mount of a test's own, for machines that let tests mount; gone at the end.
+// A mount for the duration of a test, on machines that let tests mount.
 #pragma once
 
+#include <chrono>
+#include <future>
 #include <string>
+#include <utility>
 
 namespace sorvik_test {
 
@@ -10,28 +13,36 @@ class RealMount {
  public:
   // An empty file system in memory.
   static RealMount Memory(const std::string& folder);
-  // The folder or file `what` shown again at `place`.
-  static RealMount Bind(const std::string& what, const std::string& place);
+  // A bind mount of the folder or file `source`.
+  static RealMount Bind(const std::string& source, const std::string& mountPoint);
   // A new ext4 file system with `label` in the file `image`.
   static RealMount Image(const std::string& image, const std::string& label,
                          const std::string& folder);
-  // A share of a network file system whose server never answers: whoever touches it waits until the
-  // mount is gone.
+  // A network share whose server never answers: every access blocks until the mount ends.
   static RealMount DeadShare(const std::string& folder);
   RealMount(RealMount&& other) noexcept;
   ~RealMount();
 
-  // Takes the mount away, which frees whoever waits for it.
+  // Unmounts. Blocked accesses fail.
   void End();
 
-  // False if the machine didn't allow it.
-  explicit operator bool() const noexcept { return !place_.empty(); }
+  // Runs `call` on another thread. Returns false if it blocks on this mount, which then ends.
+  template <class Call>
+  bool DoesNotBlock(Call call) {
+    auto done = std::async(std::launch::async, std::move(call));
+    if (done.wait_for(std::chrono::seconds(10)) == std::future_status::ready) return true;
+    End();
+    return false;
+  }
+
+  // False if the machine doesn't allow the mount.
+  explicit operator bool() const noexcept { return !mountPoint_.empty(); }
 
  private:
-  explicit RealMount(std::string place, int server = -1) noexcept
-      : place_(std::move(place)), server_(server) {}
+  explicit RealMount(std::string mountPoint, int server = -1) noexcept
+      : mountPoint_(std::move(mountPoint)), server_(server) {}
 
-  std::string place_;
+  std::string mountPoint_;
   int server_;
 };
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "foundation/platform/FileSystem.h"
+#include "foundation/platform/PathText.h"
 
 namespace Hestra::PathUtils {
 namespace {
@@ -104,23 +105,7 @@ UTF16String CombinePaths(std::u16string_view folder, std::u16string_view name) {
 }
 
 UTF16String ToNormalizedPath(std::u16string_view path) {
-  const bool absolute = !path.empty() && path.front() == kSeparator;
-  UTF16String result(absolute ? u"/" : u"");
-  const std::size_t root = result.size();
-  while (!path.empty()) {
-    const auto end = std::min(path.find(kSeparator), path.size());
-    const auto part = path.substr(0, end);
-    path.remove_prefix(std::min(end + 1, path.size()));
-    if (part.empty() || part == u".") continue;
-    if (part == u"..") {
-      const auto parent = result.rfind(kSeparator);
-      result.resize(parent == result.npos ? root : std::max(parent, root));
-      continue;
-    }
-    if (result.size() > root) result += kSeparator;
-    result += part;
-  }
-  return result;
+  return Sorvik::platform::NormalizePath(path);
 }
 
 void FilterHiddenFiles(std::vector<UTF16String>& paths) {
@@ -128,8 +113,8 @@ void FilterHiddenFiles(std::vector<UTF16String>& paths) {
 }
 
 UTF16String GetLeafDisplayStringFromPath(std::u16string_view path) {
-  const UTF16String whole = RemoveTrailingSlash(path);
-  return whole == u"/" ? whole : GetFullFilePart(whole);
+  const UTF16String trimmed = RemoveTrailingSlash(path);
+  return trimmed == u"/" ? trimmed : GetFullFilePart(trimmed);
 }
 
 namespace Win {

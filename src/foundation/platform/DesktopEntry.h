@@ -8,8 +8,8 @@
 
 namespace Sorvik::platform {
 
-// The path that the link's "file:" URL stands for, decoded and absolute. Nothing if `text` is no
-// desktop entry, no link, or leads to another host or scheme.
+// Returns the decoded absolute path of the link's "file:" URL. Returns nullopt if `text` is no
+// desktop entry or no link, or if the URL has another host or scheme.
 std::optional<std::string> LinkOfDesktopEntry(std::string_view text);
 
 }  // namespace Sorvik::platform

@@ -26,8 +26,8 @@ FileKind KindOfMode(mode_t mode) noexcept {
   return FileKind::kSpecial;
 }
 
-// The kind behind a name of the open folder whose listing didn't tell it.
-std::optional<FolderItem> LookAt(int folder, const char* name, bool knownLink) {
+// Calls stat for an item whose type the listing doesn't have, or for the target of a link.
+std::optional<FolderItem> StatItem(int folder, const char* name, bool knownLink) {
   struct stat facts;
   bool isLink = knownLink;
   if (!knownLink) {
@@ -50,9 +50,9 @@ std::optional<FolderItem> ItemOf(int folder, const dirent& entry) {
     case DT_DIR:
       return FolderItem{entry.d_name, FileKind::kDirectory, false};
     case DT_LNK:
-      return LookAt(folder, entry.d_name, true);
+      return StatItem(folder, entry.d_name, true);
     case DT_UNKNOWN:
-      return LookAt(folder, entry.d_name, false);
+      return StatItem(folder, entry.d_name, false);
     default:
       return FolderItem{entry.d_name, FileKind::kSpecial, false};
   }
@@ -99,10 +99,10 @@ std::optional<std::int64_t> ModificationTime(const std::string& path) noexcept {
 }
 
 std::optional<RegularFile> RegularFile::Open(const std::string& path) noexcept {
-  // A NUL would cut the path short, to the name of another file.
+  // A NUL would truncate the path to that of another file.
   if (path.find('\0') != path.npos) return std::nullopt;
-  // Opening some devices and FIFOs has effects, so the kind is asked first; it is asked again of
-  // what was opened, since a name may change its meaning in between.
+  // Opening a device or FIFO can have side effects, so check the type first, and again after
+  // opening, since the file may have been replaced in between.
   struct stat facts;
   if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return std::nullopt;
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
@@ -130,10 +130,10 @@ RegularFile::~RegularFile() {
 std::size_t RegularFile::ReadAt(std::uint64_t offset, std::span<std::byte> into) const noexcept {
   std::size_t done = 0;
   while (done < into.size()) {
-    const std::uint64_t place = offset + done;
-    if (place > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) break;
+    const std::uint64_t position = offset + done;
+    if (position > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) break;
     const ssize_t got = pread(descriptor_, into.subspan(done).data(), into.size() - done,
-                              static_cast<off_t>(place));
+                              static_cast<off_t>(position));
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) break;
     done += static_cast<std::size_t>(got);
@@ -141,18 +141,18 @@ std::size_t RegularFile::ReadAt(std::uint64_t offset, std::span<std::byte> into)
   return done;
 }
 
-std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::size_t most) {
+std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::size_t maxBytes) {
   const auto file = RegularFile::Open(path);
   if (!file) return std::nullopt;
   std::vector<std::byte> bytes(
-      static_cast<std::size_t>(std::min<std::uint64_t>(most, file->Size())));
+      static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, file->Size())));
   bytes.resize(file->ReadAt(0, bytes));
   return bytes;
 }
 
 namespace {
 
-// The file itself, not a link to it, for what belongs to the library lies beside the file.
+// Symbolic links are resolved: the library's resources are next to the file itself.
 std::string FindOwnLibrary() {
   Dl_info info;
   if (dladdr(reinterpret_cast<const void*>(&OwnLibraryPath), &info) == 0) return {};
@@ -171,8 +171,8 @@ const std::string& OwnLibraryPath() {
 
 namespace {
 
-// Asked for while the library is loaded: one that was loaded by a relative path is lost once the
-// host changes its working folder.
+// Evaluated when the library is loaded: a relative path is invalid after the host changes its
+// working directory.
 [[maybe_unused]] const std::string& kOwnLibraryAtLoad = OwnLibraryPath();
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Folders and files of the running system. Paths are bytes. Any thread.
+// Folders and files on disk. Paths are bytes. Any thread.
 #pragma once
 
 #include <cstddef>
@@ -13,37 +13,39 @@
 namespace Sorvik::platform {
 
 inline constexpr char kSeparator = '/';
-// Longest path that the system takes, its NUL included.
+// Size of the longest path that the system accepts, including its NUL.
 inline constexpr std::size_t kPathLimit = 4096;
 
 enum class FileKind {
   kRegular,
   kDirectory,
   kSpecial,   // a device, FIFO or socket
-  kDangling,  // a link whose target isn't there
+  kDangling,  // a symbolic link whose target is missing
 };
 
 struct FolderItem {
   std::string name;
-  FileKind kind;  // of the target, where the item is a link
+  FileKind kind;  // of the target if the item is a symbolic link
   bool isLink;
 };
 
-// The items of a folder in order of the 16-bit code units of their names, without "." and "..".
-// Nothing if it can't be opened as a folder. An unreadable rest is left out. Costs no stat but for
-// links and on file systems that don't tell kinds in their listings.
+// Returns the items of a folder in order of the UTF-16 code units of their names, without "." and
+// "..". Returns nullopt if it can't be opened as a folder; items that can't be read are omitted.
+// Calls stat only for symbolic links and on file systems whose listings have no types.
 std::optional<std::vector<FolderItem>> ListFolder(const std::string& path);
 
-// What `path` leads to, after links; nothing if it leads nowhere or may not be looked at.
+// Returns the kind of the file at `path`, following symbolic links; nullopt if it is missing or
+// can't be accessed.
 std::optional<FileKind> KindOf(const std::string& path) noexcept;
 
-// Time of the last change of the contents in nanoseconds since 1970; nothing if it can't be had.
+// Returns the modification time in nanoseconds since 1970; nullopt if it can't be read.
 std::optional<std::int64_t> ModificationTime(const std::string& path) noexcept;
 
-// A regular file open for reading. Nothing else is ever opened: a FIFO, socket, device or folder in
-// its place is refused without waiting. Moves; one object belongs to one thread at a time.
+// A regular file open for reading. FIFOs, sockets, devices and folders are never opened. Movable;
+// one object must not be used by two threads at a time.
 class RegularFile {
  public:
+  // Returns nullopt if `path` is no regular file or can't be opened. Never blocks on a FIFO.
   static std::optional<RegularFile> Open(const std::string& path) noexcept;
   RegularFile(RegularFile&& other) noexcept;
   RegularFile& operator=(RegularFile&& other) noexcept;
@@ -51,10 +53,10 @@ class RegularFile {
   RegularFile& operator=(const RegularFile&) = delete;
   ~RegularFile();
 
-  // The size when the file was opened. Reads may find less.
+  // The size when the file was opened. The file may be shorter by now.
   std::uint64_t Size() const noexcept { return size_; }
-  // Fills `into` from `offset` and returns how many bytes were there; fewer at the end of the file
-  // or when reading fails.
+  // Reads up to `into.size()` bytes at `offset` and returns their number; fewer at the end of the
+  // file or after a read error.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> into) const noexcept;
 
  private:
@@ -64,10 +66,10 @@ class RegularFile {
   std::uint64_t size_;
 };
 
-// The first `most` bytes of a regular file; nothing if it can't be opened.
-std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::size_t most);
+// Reads up to `maxBytes` from the start of a regular file. Returns nullopt if it can't be opened.
+std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::size_t maxBytes);
 
-// The file that holds this library's code, after links; empty if it can't be told.
+// The path of this library's file with symbolic links resolved; empty if it is unknown.
 const std::string& OwnLibraryPath();
 
 }  // namespace Sorvik::platform

@@ -11,18 +11,19 @@
 #include <cerrno>
 #include <cstring>
 
-#include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/MountTable.h"
 #include "foundation/platform/NameOrder.h"
 #include "foundation/platform/NativeAttributes.h"
+#include "foundation/platform/PathText.h"
 
 namespace Sorvik::platform {
 namespace {
 
 constexpr unsigned kAllBits = STATX_BASIC_STATS | STATX_BTIME;
-constexpr int kQuietly = AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
-// Bits that a file system which stores attributes tells by itself.
+// Mounts nothing, and doesn't make a network file system ask its server.
+constexpr int kStatFlags = AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
+// Bits that come from a file system that stores attributes.
 constexpr std::uint32_t kStoredBits =
     attribute::kReadOnly | attribute::kHidden | attribute::kSystem | attribute::kArchive |
     attribute::kNormal | attribute::kTemporary | attribute::kSparse | attribute::kLink |
@@ -42,15 +43,15 @@ class Descriptor {
   int number_;
 };
 
-// The names of a folder, in the blocks in which the kernel gives them.
+// The names of a folder, in the blocks that the kernel returned.
 class NameList {
  public:
-  // False if the folder can't be read to its end or `stop` said true.
+  // False if the folder can't be read to its end or `stop` returned true.
   bool Read(int folder, const std::function<bool()>& stop) {
-    // Most folders fit the first block; large ones are worth few calls.
+    // Most folders fit in the first block; larger blocks save system calls for large folders.
     std::size_t size = 32 << 10;
     while (!stop || !stop()) {
-      // Not initialised on purpose: the kernel fills it.
+      // Uninitialised on purpose: the kernel fills it.
       blocks_.emplace_back(new char[size]);
       const ssize_t filled = getdents64(folder, blocks_.back().get(), size);
       if (filled < 0) return false;
@@ -113,12 +114,12 @@ std::uint32_t ModeBits(const struct statx& facts) {
 
 class SystemFolder final : public FolderView {
  public:
-  explicit SystemFolder(int descriptor)
+  SystemFolder(int descriptor, std::shared_ptr<const MountTable> table)
       : descriptor_(descriptor),
         native_(NativeAttributes::Of(descriptor)),
-        table_(MountTable::Current()) {
+        table_(std::move(table)) {
     if (!table_->HasNetworkMounts()) return;
-    place_ = PlaceOf(descriptor);
+    path_ = RealPathOf(descriptor);
     for (const Mount& mount : table_->Mounts()) {
       const auto slash = mount.mountPoint.rfind('/');
       if (mount.isNetwork && PathTo(mount.mountPoint.substr(slash + 1)) == mount.mountPoint) {
@@ -134,14 +135,15 @@ class SystemFolder final : public FolderView {
   const std::vector<FolderName>& Names() const override { return names_.Names(); }
   bool StoresAttributes() const override { return native_ != nullptr; }
 
-  bool MayTouch(const FolderName& item) const override {
+  bool CanAccessWithoutBlocking(const FolderName& item) const override {
     if (!table_->HasNetworkMounts()) return true;
     if (IsNetworkMountPoint(item.name)) return false;
     return item.type == ItemType::kRegular || item.type == ItemType::kDirectory ||
            !LinksToOtherNetworkMount(item.name);
   }
 
-  FactsState Look(const FolderName& item, bool withShortName, FileFacts& facts) const override {
+  FactsState ReadFacts(const FolderName& item, bool withShortName,
+                       FileFacts& facts) const override {
     facts = FileFacts();
     const char* name = item.name.data();
     if (IsNetworkMountPoint(item.name)) {
@@ -156,7 +158,7 @@ class SystemFolder final : public FolderView {
     }
     if (isLink) {
       struct statx target;
-      if (MayTouch({item.name, ItemType::kLink}) && Stat(name, true, target)) {
+      if (CanAccessWithoutBlocking({item.name, ItemType::kLink}) && Stat(name, true, target)) {
         own = target;
       } else if (!Stat(name, false, own)) {
         return Failure();
@@ -171,26 +173,28 @@ class SystemFolder final : public FolderView {
   }
 
  private:
-  static std::string PlaceOf(int descriptor) {
+  static std::string RealPathOf(int descriptor) {
     std::array<char, kPathLimit> text;
     const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
     const ssize_t size = readlink(link.c_str(), text.data(), text.size());
     return size < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(size));
   }
 
-  static FactsState Failure() { return errno == ENOENT ? FactsState::kGone : FactsState::kRefused; }
+  static FactsState Failure() {
+    return errno == ENOENT ? FactsState::kMissing : FactsState::kRefused;
+  }
 
   static std::uint32_t DotBit(std::string_view name) {
     return name.substr(0, 1) == "." ? attribute::kHidden : 0;
   }
 
   bool Stat(const char* name, bool follow, struct statx& facts) const {
-    const int flags = kQuietly | (follow ? 0 : AT_SYMLINK_NOFOLLOW);
+    const int flags = kStatFlags | (follow ? 0 : AT_SYMLINK_NOFOLLOW);
     return statx(descriptor_.Number(), name, flags, kAllBits, &facts) == 0;
   }
 
   std::string PathTo(std::string_view name) const {
-    std::string path = place_ == "/" ? "" : place_;
+    std::string path = path_ == "/" ? "" : path_;
     return path.append("/").append(name);
   }
 
@@ -204,9 +208,7 @@ class SystemFolder final : public FolderView {
     if (size <= 0) return false;
     const std::string_view link(text.data(), static_cast<std::size_t>(size));
     const std::string joined = link.front() == '/' ? std::string(link) : PathTo(link);
-    const std::string target =
-        Hestra::MakeStdString(Hestra::PathUtils::ToNormalizedPath(Hestra::MakeString(joined)));
-    return table_->LeadsToOtherNetwork(target, place_);
+    return table_->LeadsToOtherNetwork(NormalizePath(std::string_view(joined)), path_);
   }
 
   static void Fill(const struct statx& own, bool isLink, FileFacts& facts) {
@@ -235,29 +237,32 @@ class SystemFolder final : public FolderView {
   Descriptor descriptor_;
   std::unique_ptr<NativeAttributes> native_;
   std::shared_ptr<const MountTable> table_;
-  // Only where network mounts exist: the folder's own path without links, and the names of those
-  // that lie directly in it.
-  std::string place_;
+  // Set only if network mounts exist: the folder's path without symbolic links, and the names of
+  // the network mount points directly in it.
+  std::string path_;
   std::vector<std::string> networkMounts_;
   NameList names_;
 };
 
 }  // namespace
 
-std::unique_ptr<FolderView> ReadFolder(const std::string& path, const std::function<bool()>& stop) {
+std::unique_ptr<FolderView> ReadFolder(const std::string& path,
+                                       std::shared_ptr<const MountTable> table,
+                                       const std::function<bool()>& stop) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return nullptr;
-  auto folder = std::make_unique<SystemFolder>(descriptor);
+  auto folder = std::make_unique<SystemFolder>(descriptor, std::move(table));
   if (!folder->ReadNames(stop)) return nullptr;
   return folder;
 }
 
-std::unique_ptr<FolderView> OpenFolder(const std::string& path) {
-  // A folder that may be passed through needn't be one that may be listed.
+std::unique_ptr<FolderView> OpenFolder(const std::string& path,
+                                       std::shared_ptr<const MountTable> table) {
+  // A folder without read permission may still allow access to its entries.
   int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) descriptor = open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
   if (descriptor < 0) return nullptr;
-  return std::make_unique<SystemFolder>(descriptor);
+  return std::make_unique<SystemFolder>(descriptor, std::move(table));
 }
 
 }  // namespace Sorvik::platform

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A folder with the facts that its file system has about what lies in it. One small interface, so
-// that facts which this machine's file systems don't have can be put in its place.
+// A folder and what its file system knows about the items in it. An interface, so that tests can
+// supply attributes that this machine's file systems don't have.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "foundation/platform/MountTable.h"
 
 namespace Sorvik::platform {
 
@@ -22,7 +24,7 @@ inline constexpr std::uint32_t kSystem = 0x4;
 inline constexpr std::uint32_t kDirectory = 0x10;
 inline constexpr std::uint32_t kArchive = 0x20;
 inline constexpr std::uint32_t kDevice = 0x40;  // a device, FIFO or socket
-inline constexpr std::uint32_t kNormal = 0x80;  // a plain file without any other bit
+inline constexpr std::uint32_t kNormal = 0x80;  // a regular file without any other bit
 inline constexpr std::uint32_t kTemporary = 0x100;
 inline constexpr std::uint32_t kSparse = 0x200;
 inline constexpr std::uint32_t kLink = 0x400;
@@ -38,51 +40,57 @@ struct FileTime {
   std::uint32_t nanoseconds = 0;
 };
 
-// Size and times of a link are those of what it leads to, where that is there.
+// Size and times of a symbolic link are those of its target; its own if it is dangling.
 struct FileFacts {
   std::uint32_t attributes = 0;
   std::uint64_t size = 0;  // 0 for folders
   std::optional<FileTime> created;
   std::optional<FileTime> accessed;
   std::optional<FileTime> written;
-  std::string shortName;  // the 8.3 name beside a long one, where the file system keeps it
+  std::string shortName;  // the 8.3 name of an item with a long name; empty if none is stored
 };
 
 enum class FactsState {
   kKnown,
-  kRefused,  // it is there, and that is all that may be known
-  kGone,
+  kRefused,  // the item exists, but its facts can't be read
+  kMissing,
 };
 
-// What a listing tells of an item without a look at it.
+// The type as the folder's listing gives it, without a stat.
 enum class ItemType { kUnknown, kRegular, kDirectory, kLink, kDevice };
 
 struct FolderName {
-  std::string_view name;  // with a NUL behind it
+  std::string_view name;  // NUL-terminated
   ItemType type;
 };
 
-// Belongs to one thread. Names are borrowed from the view.
+// Not thread-safe. Names are valid while the view lives.
 class FolderView {
  public:
   virtual ~FolderView() = default;
 
   // Ordered by bytes, without "." and "..".
   virtual const std::vector<FolderName>& Names() const = 0;
-  // The facts of an item, whose name needn't be one of Names().
-  virtual FactsState Look(const FolderName& item, bool withShortName, FileFacts& facts) const = 0;
-  // True where the file system stores attributes, so that a name doesn't tell what is hidden.
+  // Reads the facts of an item, whose name needn't be one of Names().
+  virtual FactsState ReadFacts(const FolderName& item, bool withShortName,
+                               FileFacts& facts) const = 0;
+  // True if the file system stores attributes: hidden then is an attribute, not only a leading dot.
   virtual bool StoresAttributes() const = 0;
-  // False for an item that lies on another place's network mount and isn't to be touched.
-  virtual bool MayTouch(const FolderName& item) const = 0;
+  // False if the item is, or is a link to, a network mount other than the folder's own.
+  virtual bool CanAccessWithoutBlocking(const FolderName& item) const = 0;
 };
 
-// The folder with its names; null if it can't be read to its end, or if `stop`, which is asked from
-// time to time, says true. A mount of a network file system among its items is described from the
-// mount table and never touched; no look mounts anything or forces a file system to catch up.
-std::unique_ptr<FolderView> ReadFolder(const std::string& path, const std::function<bool()>& stop);
+// Opens the folder and reads its names. Returns nullptr if it can't be read to its end, or if
+// `stop`, which is polled between blocks, returns true. `table` is the running system's. A network
+// mount point among the items is described from the table and never accessed; reading facts
+// triggers no automount and no sync.
+std::unique_ptr<FolderView> ReadFolder(const std::string& path,
+                                       std::shared_ptr<const MountTable> table,
+                                       const std::function<bool()>& stop);
 
-// The folder for looks at single items, without names; null if it can't be opened.
-std::unique_ptr<FolderView> OpenFolder(const std::string& path);
+// Opens the folder without reading its names, for ReadFacts of single items. Returns nullptr if it
+// can't be opened.
+std::unique_ptr<FolderView> OpenFolder(const std::string& path,
+                                       std::shared_ptr<const MountTable> table);
 
 }  // namespace Sorvik::platform

@@ -11,7 +11,7 @@
 namespace Sorvik::platform {
 namespace {
 
-// The parts of "scheme:key=value,key=value". Values keep their percent escapes, which a URL needs.
+// The parts of "scheme:key=value,key=value". Values keep their percent encoding, as URLs need it.
 struct ShareName {
   std::string scheme;
   std::map<std::string, std::string> values;
@@ -39,7 +39,7 @@ std::optional<ShareName> ParseShareName(std::string_view text) {
   return name;
 }
 
-// A path inside a share is kept with its separators escaped.
+// The separators of a path inside a share are percent-encoded.
 std::string UnescapeSlashes(std::string text) {
   for (const std::string_view escape : {"%2F", "%2f"}) {
     for (auto at = text.find(escape); at != text.npos; at = text.find(escape, at)) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Shares that a desktop session reaches through its gvfs mount. Any thread.
+// Network shares in the gvfs mount of a desktop session. Any thread.
 #pragma once
 
 #include <string>
@@ -10,12 +10,12 @@
 
 namespace Sorvik::platform {
 
-// The URL that the folder name of a share stands for, such as "smb://server/share" for
-// "smb-share:server=server,share=share"; the name itself if it isn't of that form.
+// Returns the URL of a share from its folder name, such as "smb://server/share" for
+// "smb-share:server=server,share=share". Returns the name itself if it has another form.
 std::string UrlOfGvfsShare(std::string_view folderName);
 
-// Adds the shares of this user's gvfs mounts. Only the mount's own folder is read, which the
-// session answers by itself; no share is touched.
+// Adds the shares of this user's gvfs mounts. Reads only the folder of the mount, which the
+// session's daemon serves; accesses no share.
 void AddGvfsShares(const VolumeSources& sources, const MountTable& table,
                    std::vector<Volume>& volumes);
 

@@ -8,15 +8,15 @@ namespace Sorvik::platform {
 namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86'400;
-// The years 1 to 9998, so that no offset can lead out of the four digits.
-constexpr std::int64_t kEarliest = -62'135'596'800;
-constexpr std::int64_t kLatest = 253'370'764'799;
+// The years 1 to 9998: any UTC offset leaves the year within four digits.
+constexpr std::int64_t kMinSeconds = -62'135'596'800;
+constexpr std::int64_t kMaxSeconds = 253'370'764'799;
 
 std::int64_t FloorDivide(std::int64_t value, std::int64_t by) {
   return value / by - (value % by < 0 ? 1 : 0);
 }
 
-std::optional<std::int64_t> AskOffset(std::int64_t seconds) {
+std::optional<std::int64_t> SystemOffsetAt(std::int64_t seconds) {
   const std::time_t time = seconds;
   std::tm local;
   if (localtime_r(&time, &local) == nullptr) return std::nullopt;
@@ -35,16 +35,16 @@ void PutDigits(char* into, unsigned value, int count) {
 std::optional<std::int64_t> LocalTimeText::OffsetAt(std::int64_t seconds) {
   const std::int64_t number = FloorDivide(seconds, kSecondsPerDay);
   Day& day = days_[static_cast<std::uint64_t>(number) % days_.size()];
-  if (day.steady && day.number == number) return day.offset;
-  const auto first = AskOffset(number * kSecondsPerDay);
-  const auto last = AskOffset((number + 1) * kSecondsPerDay);
-  if (!first || first != last) return AskOffset(seconds);
+  if (day.isValid && day.number == number) return day.offset;
+  const auto first = SystemOffsetAt(number * kSecondsPerDay);
+  const auto last = SystemOffsetAt((number + 1) * kSecondsPerDay);
+  if (!first || first != last) return SystemOffsetAt(seconds);
   day = {number, *first, true};
   return day.offset;
 }
 
 std::string LocalTimeText::Of(const std::optional<FileTime>& time) {
-  if (!time || time->seconds < kEarliest || time->seconds > kLatest) return {};
+  if (!time || time->seconds < kMinSeconds || time->seconds > kMaxSeconds) return {};
   const auto offset = OffsetAt(time->seconds);
   if (!offset) return {};
   const std::int64_t local = time->seconds + *offset;

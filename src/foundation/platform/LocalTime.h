@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Times as text in the machine's own time zone.
+// Formats times in the local time zone.
 #pragma once
 
 #include <array>
@@ -11,19 +11,19 @@
 
 namespace Sorvik::platform {
 
-// Writes the times of one listing. Belongs to one thread: it keeps the zone's offset by day, since
-// the files of a folder come from few days.
+// Formats the times of one listing. Caches the UTC offset by day, since the files of a folder are
+// usually from few days. Not thread-safe.
 class LocalTimeText {
  public:
-  // "YYYY-MM-DD HH:MM:SS.mmm", milliseconds cut; empty for no time and for one whose year doesn't
-  // fit.
+  // "YYYY-MM-DD HH:MM:SS.mmm", milliseconds truncated. Empty for nullopt and for years that don't
+  // have four digits.
   std::string Of(const std::optional<FileTime>& time);
 
  private:
   struct Day {
-    std::int64_t number;  // since 1970, UTC
-    std::int64_t offset;  // seconds that local time is ahead
-    bool steady = false;  // the offset holds all day
+    std::int64_t number;   // days since 1970, UTC
+    std::int64_t offset;   // of local time from UTC, in seconds
+    bool isValid = false;  // the offset is the same all day
   };
 
   std::optional<std::int64_t> OffsetAt(std::int64_t seconds);

@@ -7,9 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <memory>
 #include <unordered_map>
-
-#include "foundation/CallScope.h"
 
 namespace Sorvik::platform {
 namespace {
@@ -42,8 +41,8 @@ Mount MountOf(libmnt_fs* entry) {
   mount.major = major(device);
   mount.minor = minor(device);
   const char* userOptions = mnt_fs_get_user_options(entry);
-  mount.askedHidden = HasOption(userOptions, "x-gvfs-hide");
-  mount.askedShown = HasOption(userOptions, "x-gvfs-show");
+  mount.hideRequested = HasOption(userOptions, "x-gvfs-hide");
+  mount.showRequested = HasOption(userOptions, "x-gvfs-show");
   return mount;
 }
 
@@ -149,24 +148,21 @@ MountTable MountTable::WithRoot() const {
   return table;
 }
 
-std::shared_ptr<const MountTable> MountTable::Current() {
-  return foundation::CallScope::Remember<MountTable>(
-      kKernelMountTable, [] { return Read(kKernelMountTable).WithRoot(); });
-}
-
 const Mount* MountTable::At(std::string_view path) const noexcept {
   const auto found = std::find_if(mounts_.begin(), mounts_.end(),
                                   [&](const Mount& mount) { return mount.mountPoint == path; });
   return found == mounts_.end() ? nullptr : &*found;
 }
 
-const Mount* MountTable::Holding(std::string_view path) const noexcept {
-  const Mount* holder = nullptr;
+const Mount* MountTable::Containing(std::string_view path) const noexcept {
+  const Mount* deepest = nullptr;
   for (const Mount& mount : mounts_) {
     if (!IsAtOrBelow(path, mount.mountPoint)) continue;
-    if (holder == nullptr || mount.mountPoint.size() > holder->mountPoint.size()) holder = &mount;
+    if (deepest == nullptr || mount.mountPoint.size() > deepest->mountPoint.size()) {
+      deepest = &mount;
+    }
   }
-  return holder;
+  return deepest;
 }
 
 bool MountTable::LeadsToNetwork(std::string_view path) const noexcept {

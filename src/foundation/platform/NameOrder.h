@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The order of names, and sorting of large folders.
+// Ordering of file names, and sorting of large folders.
 #pragma once
 
 #include <algorithm>
@@ -19,12 +19,12 @@ bool LessByCodeUnits(std::string_view a, std::string_view b);
 std::size_t FirstDifference(std::string_view a, std::string_view b);
 
 enum class NameOrder {
-  kBytes,      // that of keys
-  kCodeUnits,  // that of lists of paths
+  kBytes,      // of entry keys
+  kCodeUnits,  // of lists of paths
 };
 
-// The eight bytes of `name` from `start` as a number that orders as they do; shorter names are
-// filled with zeros, which no name holds.
+// The eight bytes of `name` at `start` as a big-endian number, padded with zeros. Numbers compare
+// like the bytes, since names contain no NUL.
 inline std::uint64_t NameKey(std::string_view name, std::size_t start) noexcept {
   std::uint64_t key = 0;
   for (std::size_t i = 0; i < sizeof(key); ++i) {
@@ -34,9 +34,8 @@ inline std::uint64_t NameKey(std::string_view name, std::size_t start) noexcept 
   return key;
 }
 
-// Sorts things that have a `name`. Names in a large folder mostly share a long beginning and differ
-// in a few characters behind it. Those, as a number, decide nearly every comparison, and moving
-// numbers is cheaper than names.
+// Sorts items by their member `name`. Names in a large folder mostly share a long prefix and differ
+// in the few characters after it. These, packed into a number, decide nearly every comparison.
 template <class Item>
 void SortByName(std::vector<Item>& items, NameOrder order) {
   struct Keyed {
@@ -55,9 +54,9 @@ void SortByName(std::vector<Item>& items, NameOrder order) {
     keyed.push_back({NameKey(item.name, shared), &item});
     all |= keyed.back().key;
   }
-  // Bytes beyond ASCII don't order as code units do.
-  constexpr std::uint64_t kBeyondAscii = 0x8080808080808080;
-  const bool byKey = order == NameOrder::kBytes || (all & kBeyondAscii) == 0;
+  // The order of non-ASCII bytes may differ from that of code units.
+  constexpr std::uint64_t kNonAscii = 0x8080808080808080;
+  const bool byKey = order == NameOrder::kBytes || (all & kNonAscii) == 0;
   std::sort(keyed.begin(), keyed.end(), [=](const Keyed& a, const Keyed& b) {
     if (byKey && a.key != b.key) return a.key < b.key;
     if (order == NameOrder::kBytes) return a.item->name < b.item->name;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/platform/NativeAttributes.h"
 
+#include <endian.h>
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <linux/msdos_fs.h>
@@ -12,13 +13,12 @@
 #include <array>
 #include <cstring>
 #include <map>
-
-#include "foundation/ByteReader.h"
+#include <span>
 
 namespace Sorvik::platform {
 namespace {
 
-// Those of linux/magic.h that older headers lack.
+// Missing in older versions of linux/magic.h.
 constexpr std::uint32_t kExfatMagic = 0x2011BAB0;
 constexpr std::uint32_t kNtfs3Magic = 0x7366746e;
 constexpr std::uint32_t kFuseMagic = 0x65735546;
@@ -38,9 +38,9 @@ class FatAttributes final : public NativeAttributes {
     const int item = openat(folder_, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (item < 0) return std::nullopt;
     __u32 bits = 0;
-    const bool told = ioctl(item, FAT_IOCTL_GET_ATTRIBUTES, &bits) == 0;
+    const bool known = ioctl(item, FAT_IOCTL_GET_ATTRIBUTES, &bits) == 0;
     close(item);
-    return told ? std::optional<std::uint32_t>(bits) : std::nullopt;
+    return known ? std::optional<std::uint32_t>(bits) : std::nullopt;
   }
 
   std::string ShortNameOf(const char* name) const override {
@@ -52,14 +52,15 @@ class FatAttributes final : public NativeAttributes {
   std::optional<FileTime> CreationOf(const char*) const override { return std::nullopt; }
 
  private:
-  // The one way to short names is a walk through the whole folder, on a descriptor of its own.
+  // VFAT gives short names only while the folder is listed, so all are read at once, on a separate
+  // descriptor.
   void ReadNames() const {
     namesRead_ = true;
     const int walk = openat(folder_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (walk < 0) return;
     __fat_dirent pair[2] = {};
     while (ioctl(walk, VFAT_IOCTL_READDIR_BOTH, pair) > 0 && pair[0].d_reclen != 0) {
-      // A file without a long name has only the one.
+      // Without a long name there is no separate short name.
       if (pair[1].d_name[0] != '\0') shortNames_.emplace(NameOf(pair[1]), NameOf(pair[0]));
     }
     close(walk);
@@ -80,7 +81,7 @@ struct AttributeSource {
 
 class ExtendedAttributes final : public NativeAttributes {
  public:
-  // The first source that the folder itself answers.
+  // Returns the first source that the file system of `folder` supports; nullptr if none.
   static std::unique_ptr<NativeAttributes> Find(int folder) {
     static constexpr std::array<AttributeSource, 5> kSources = {{{"system.ntfs_attrib_be", true},
                                                                  {"system.ntfs_attrib", false},
@@ -95,22 +96,28 @@ class ExtendedAttributes final : public NativeAttributes {
   }
 
   std::optional<std::uint32_t> BitsOf(const char* name) const override {
-    std::array<std::byte, 4> bytes;
-    if (Get(name, source_.name, bytes) != 4) return std::nullopt;
-    return foundation::ByteReader(bytes).U32(0, source_.bigEndian);
+    std::uint32_t stored = 0;
+    if (Get(name, source_.name, std::as_writable_bytes(std::span(&stored, 1))) != sizeof(stored)) {
+      return std::nullopt;
+    }
+    return source_.bigEndian ? be32toh(stored) : le32toh(stored);
   }
 
   std::string ShortNameOf(const char* name) const override {
-    std::array<std::byte, 64> bytes;  // 12 characters of at most 3 bytes, and some
-    const std::size_t size = Get(name, "system.ntfs_dos_name", bytes);
-    return std::string(foundation::ByteReader(bytes).TextAt(0, size));
+    std::array<char, 64> text;  // at least 12 characters of 3 bytes each
+    const std::size_t size =
+        Get(name, "system.ntfs_dos_name", std::as_writable_bytes(std::span(text)));
+    return {text.data(), size};
   }
 
   std::optional<FileTime> CreationOf(const char* name) const override {
-    std::array<std::byte, 8> bytes;
-    if (Get(name, "system.ntfs_crtime_be", bytes) != 8) return std::nullopt;
+    std::uint64_t stored = 0;
+    if (Get(name, "system.ntfs_crtime_be", std::as_writable_bytes(std::span(&stored, 1))) !=
+        sizeof(stored)) {
+      return std::nullopt;
+    }
     // Units of 100 ns since 1601.
-    const std::uint64_t ticks = foundation::ByteReader(bytes).U64BE(0).value_or(0);
+    const std::uint64_t ticks = be64toh(stored);
     constexpr std::uint64_t kTicksPerSecond = 10'000'000;
     constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
     return FileTime{static_cast<std::int64_t>(ticks / kTicksPerSecond) - kSecondsTo1970,

@@ -11,8 +11,8 @@ namespace Sorvik::platform {
 namespace {
 
 [[noreturn]] void Fail() {
-  const char* const words = dlerror();
-  throw std::runtime_error(words == nullptr ? "a part of the library can't be loaded" : words);
+  const char* const message = dlerror();
+  throw std::runtime_error(message == nullptr ? "cannot load a module of the library" : message);
 }
 
 }  // namespace

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Parts of the library that lie in files of their own, loaded when first needed.
+// Modules of the library that are loaded on first use.
 #pragma once
 
 #include <string>
 
 namespace Sorvik::platform {
 
-// The function `name` of the module `file` in the folder SorvikProvider beside the library; the
-// module stays loaded. Throws std::runtime_error with the loader's words if it isn't there. Any
-// thread.
+// Returns the function `name` of the module `file` in the folder SorvikProvider next to the
+// library. The module stays loaded. Throws std::runtime_error with the loader's message if the
+// module or the function is missing. Any thread.
 void (*FunctionOfOwnModule(const std::string& file, const char* name))();
 
 }  // namespace Sorvik::platform

@@ -37,8 +37,8 @@ std::string RealPath(const std::string& path) {
   return real ? std::string(real.get()) : std::string();
 }
 
-// The first line of a small file of the kernel's.
-std::string Line(const std::string& path) {
+// The first line of a sysfs attribute.
+std::string FirstLine(const std::string& path) {
   const auto bytes = ReadHead(path, 256);
   if (!bytes) return {};
   const std::string text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
@@ -58,9 +58,9 @@ std::string PropertyOf(const VolumeSources& sources, DeviceNumber device, const 
 bool IsRemovable(const VolumeSources& sources, DeviceNumber device) {
   const std::string top = RealPath(sources.systemTree + "/devices");
   std::string folder = RealPath(DeviceFolder(sources, device));
-  // Card readers on an MMC bus say that their cards can't be removed.
+  // Card readers on an MMC bus report their cards as not removable.
   while (!top.empty() && folder.size() > top.size() && IsAtOrBelow(folder, top)) {
-    if (Line(folder + "/removable") == "1") return true;
+    if (FirstLine(folder + "/removable") == "1") return true;
     const std::string subsystem = RealPath(folder + "/subsystem");
     if (subsystem.substr(subsystem.rfind('/') + 1) == "mmc") return true;
     folder.resize(folder.rfind('/'));
@@ -68,8 +68,8 @@ bool IsRemovable(const VolumeSources& sources, DeviceNumber device) {
   return false;
 }
 
-// The device database writes bytes that are unsafe in names as \xNN.
-std::string UndoEscapes(const std::string& text) {
+// Decodes \xNN, as which udev writes bytes that are unsafe in names.
+std::string DecodeUdevText(const std::string& text) {
   const auto digit = [](char c) {
     const char* const digits = "0123456789abcdef";
     const char* found = std::strchr(digits, c >= 'A' && c <= 'F' ? c - 'A' + 'a' : c);
@@ -96,13 +96,13 @@ std::string LabelOfFileSystem(const VolumeSources& sources, const Mount& mount) 
   if (folder < 0) return {};
   char label[FSLABEL_MAX] = {};
   struct stat facts;
-  // Something else may be mounted above this mount point and hide it.
-  const bool reached = fstat(folder, &facts) == 0 &&
-                       (mount.major == 0 ||
-                        (major(facts.st_dev) == mount.major && minor(facts.st_dev) == mount.minor));
-  const bool told = reached && ioctl(folder, FS_IOC_GETFSLABEL, label) == 0;
+  // Another mount on a parent folder may cover this mount point.
+  const bool isThisMount =
+      fstat(folder, &facts) == 0 && (mount.major == 0 || (major(facts.st_dev) == mount.major &&
+                                                          minor(facts.st_dev) == mount.minor));
+  const bool hasLabel = isThisMount && ioctl(folder, FS_IOC_GETFSLABEL, label) == 0;
   close(folder);
-  return told ? std::string(label, strnlen(label, sizeof label)) : std::string();
+  return hasLabel ? std::string(label, strnlen(label, sizeof label)) : std::string();
 }
 
 bool IsBelowMediaFolder(std::string_view path) {
@@ -131,7 +131,7 @@ VolumeSources VolumeSources::OfThisSystem() {
 
 DeviceNumber DeviceOf(const Mount& mount) {
   if (mount.major != 0) return {mount.major, mount.minor};
-  // Some file systems on disks have a number of their own and name the device as their source.
+  // Some disk file systems (btrfs) use an anonymous device number; the source is the device.
   struct stat facts;
   const bool named = mount.source.rfind("/dev/", 0) == 0 &&
                      stat(mount.source.c_str(), &facts) == 0 && S_ISBLK(facts.st_mode);
@@ -143,7 +143,7 @@ bool HasMedium(const VolumeSources& sources, DeviceNumber device) {
   if (!device.IsBlockDevice()) return true;
   if (KindOf(sources.systemTree + "/dev/block") != FileKind::kDirectory) return true;
   const std::string folder = DeviceFolder(sources, device);
-  return KindOf(folder).has_value() && Line(folder + "/size") != "0";
+  return KindOf(folder).has_value() && FirstLine(folder + "/size") != "0";
 }
 
 VolumeKind KindOfLocal(const VolumeSources& sources, const MountTable& table, const Mount& mount,
@@ -173,10 +173,10 @@ std::string LabelOf(const VolumeSources& sources, const Mount& mount, DeviceNumb
   if (device.IsBlockDevice()) {
     if (std::string label = LabelOfFileSystem(sources, mount); !label.empty()) return label;
     const std::string escaped = PropertyOf(sources, device, "ID_FS_LABEL_ENC");
-    if (!escaped.empty()) return UndoEscapes(escaped);
+    if (!escaped.empty()) return DecodeUdevText(escaped);
   }
   if (!IsBelowMediaFolder(mount.mountPoint)) return {};
-  // Desktops name the mount point of a medium without a label after its serial number.
+  // Desktops name the mount point of a medium without a label after its UUID.
   const std::string name = mount.mountPoint.substr(mount.mountPoint.rfind('/') + 1);
   return name == serial ? std::string() : name;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is known about the device behind a mount. Any thread.
+// The block device of a mount. Any thread.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace Sorvik::platform {
 
-// The number of the block device that a mount stands on; 0:0 where there is none.
+// The number of the block device of a mount; 0:0 if it has none.
 struct DeviceNumber {
   unsigned major = 0;
   unsigned minor = 0;
@@ -17,17 +17,17 @@ struct DeviceNumber {
 };
 DeviceNumber DeviceOf(const Mount& mount);
 
-// False if the device is gone or has no medium: a card that was pulled stays in the mount table.
+// False if the device is missing or has no medium: a removed card stays in the mount table.
 bool HasMedium(const VolumeSources& sources, DeviceNumber device);
 
 VolumeKind KindOfLocal(const VolumeSources& sources, const MountTable& table, const Mount& mount,
                        DeviceNumber device);
 
-// The identifier of the file system on the device, empty if it isn't known.
+// The UUID of the file system on the device; empty if it is unknown.
 std::string SerialOf(const VolumeSources& sources, DeviceNumber device);
 
-// The label that the file system tells, or else the device database, or else the name of a mount
-// point below the folders where desktops mount media; `serial` is no label there.
+// The label of the file system, else that in the udev database, else the name of the mount point
+// if it is below /media or /run/media and isn't `serial`. Empty if there is none.
 std::string LabelOf(const VolumeSources& sources, const Mount& mount, DeviceNumber device,
                     const std::string& serial);
 

@@ -11,14 +11,13 @@
 #include <cerrno>
 #include <string_view>
 
-#include "foundation/CallScope.h"
 #include "foundation/platform/GvfsShares.h"
 #include "foundation/platform/VolumeDevice.h"
 
 namespace Sorvik::platform {
 namespace {
 
-// File systems that hold no user's files, or that only other mounts build on.
+// Virtual file systems, and types that other mounts are built on.
 bool IsInternalType(const Mount& mount) {
   static constexpr std::array<std::string_view, 28> kTypes = {
       "autofs",     "binfmt_misc", "bpf",           "cgroup",   "cgroup2",   "configfs",
@@ -31,28 +30,28 @@ bool IsInternalType(const Mount& mount) {
   return std::find(kTypes.begin(), kTypes.end(), mount.type) != kTypes.end();
 }
 
-bool IsInternalPlace(std::string_view path) {
-  static constexpr std::array<std::string_view, 12> kPlaces = {
+bool IsSystemFolder(std::string_view path) {
+  static constexpr std::array<std::string_view, 12> kFolders = {
       "/proc", "/sys",  "/dev", "/run",     "/boot",    "/efi",
       "/etc",  "/snap", "/usr", "/var/lib", "/var/run", "/var/snap"};
   if (path.find("/.") != path.npos) return true;
   if (IsAtOrBelow(path, "/run/media") && path != "/run/media") return false;
-  return std::any_of(kPlaces.begin(), kPlaces.end(),
-                     [&](std::string_view place) { return IsAtOrBelow(path, place); });
+  return std::any_of(kFolders.begin(), kFolders.end(),
+                     [&](std::string_view folder) { return IsAtOrBelow(path, folder); });
 }
 
 bool IsForUsers(const Mount& mount) {
   if (mount.mountPoint == "/") return true;
-  if (mount.askedHidden || IsInternalType(mount)) return false;
-  return mount.askedShown || !IsInternalPlace(mount.mountPoint);
+  if (mount.hideRequested || IsInternalType(mount)) return false;
+  return mount.showRequested || !IsSystemFolder(mount.mountPoint);
 }
 
-// Whether a folder can be reached at the mount point. One that may not be looked at counts as one.
-bool IsFolderThere(const VolumeSources& sources, const MountTable& table, const Mount& mount) {
+// True if the mount point is a folder, or if it can't be found out without blocking.
+bool IsFolder(const VolumeSources& sources, const MountTable& table, const Mount& mount) {
   if (table.LeadsToNetwork(mount.mountPoint)) return true;
   struct statx facts;
   const std::string path = sources.filePrefix + mount.mountPoint;
-  // Without a sync a file system in user space isn't asked, so that one that hangs can't hold us.
+  // Without a sync, the server of a FUSE file system isn't asked, so it can't block this call.
   if (statx(AT_FDCWD, path.c_str(), AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC, STATX_TYPE, &facts) ==
       0) {
     return S_ISDIR(facts.stx_mode);
@@ -60,8 +59,8 @@ bool IsFolderThere(const VolumeSources& sources, const MountTable& table, const 
   return errno != ENOENT && errno != ENOTDIR;
 }
 
-// A network mount may be one on a file only where it is a bind. The file or folder that it covers
-// tells, and that is told by the folder around it without going to the mount.
+// True if a network mount is mounted on a file, which only bind mounts can be. The parent's listing
+// has the type of the covered entry, so the mount itself isn't accessed.
 bool CoversFile(const VolumeSources& sources, const MountTable& table, const Mount& mount) {
   if (mount.root == "/") return false;
   const auto slash = mount.mountPoint.rfind('/');
@@ -83,21 +82,21 @@ bool IsSameFileSystem(const Mount& a, const Mount& b) {
   return a.major == b.major && a.minor == b.minor && (!a.isNetwork || a.source == b.source);
 }
 
-// Whether everything in `mount` is in `other` too, which is the one to keep.
-bool IsRepeatedBy(const Mount& mount, const Mount& other, bool otherIsFirst) {
+// True if `other` shows all files of `mount` and is the one to keep.
+bool IsDuplicateOf(const Mount& mount, const Mount& other, bool otherIsFirst) {
   if (mount.mountPoint == "/" || !IsSameFileSystem(mount, other)) return false;
   if (mount.root != other.root) return IsAtOrBelow(mount.root, other.root);
   return otherIsFirst || other.mountPoint == "/";
 }
 
-void DropRepetitions(std::vector<const Mount*>& mounts) {
+void DropDuplicates(std::vector<const Mount*>& mounts) {
   std::vector<const Mount*> kept;
   for (std::size_t i = 0; i < mounts.size(); ++i) {
-    bool repeated = false;
-    for (std::size_t j = 0; j < mounts.size() && !repeated; ++j) {
-      repeated = i != j && IsRepeatedBy(*mounts[i], *mounts[j], j < i);
+    bool duplicate = false;
+    for (std::size_t j = 0; j < mounts.size() && !duplicate; ++j) {
+      duplicate = i != j && IsDuplicateOf(*mounts[i], *mounts[j], j < i);
     }
-    if (!repeated) kept.push_back(mounts[i]);
+    if (!duplicate) kept.push_back(mounts[i]);
   }
   mounts = std::move(kept);
 }
@@ -125,10 +124,10 @@ void AddLocal(const VolumeSources& sources, const MountTable& table, std::vector
   std::vector<const Mount*> mounts;
   for (const Mount& mount : table.Mounts()) {
     if (mount.isNetwork || !IsForUsers(mount)) continue;
-    const bool there = IsFolderThere(sources, table, mount) && HasMedium(sources, DeviceOf(mount));
-    if (there || mount.mountPoint == "/") mounts.push_back(&mount);
+    const bool exists = IsFolder(sources, table, mount) && HasMedium(sources, DeviceOf(mount));
+    if (exists || mount.mountPoint == "/") mounts.push_back(&mount);
   }
-  DropRepetitions(mounts);
+  DropDuplicates(mounts);
   for (const Mount* mount : mounts) volumes.push_back(LocalVolume(sources, table, *mount));
 }
 
@@ -139,46 +138,28 @@ void AddNetwork(const VolumeSources& sources, const MountTable& table,
     if (!mount.isNetwork || !IsForUsers(mount) || mount.source.empty()) continue;
     if (!CoversFile(sources, table, mount)) mounts.push_back(&mount);
   }
-  DropRepetitions(mounts);
+  DropDuplicates(mounts);
   for (const Mount* mount : mounts) volumes.push_back(NetworkVolume(*mount));
 }
 
-struct VolumeRecord {
-  std::vector<Volume> volumes;
-};
-
 }  // namespace
 
-std::vector<Volume> ListVolumes(const VolumeSources& sources) {
-  const auto table = sources.mountTable == kKernelMountTable
-                         ? MountTable::Current()
-                         : std::make_shared<const MountTable>(MountTable::Read(sources.mountTable));
+std::vector<Volume> ListVolumes(const VolumeSources& sources, const MountTable& table) {
   std::vector<Volume> volumes;
-  AddLocal(sources, *table, volumes);
-  AddNetwork(sources, *table, volumes);
-  AddGvfsShares(sources, *table, volumes);
+  AddLocal(sources, table, volumes);
+  AddNetwork(sources, table, volumes);
+  AddGvfsShares(sources, table, volumes);
   return volumes;
 }
 
-std::vector<Volume> ListVolumes() {
-  return foundation::CallScope::Remember<VolumeRecord>(
-             "", [] { return VolumeRecord{ListVolumes(VolumeSources::OfThisSystem())}; })
-      ->volumes;
-}
-
-bool IsMountPoint(const std::string& path) {
-  const auto table = MountTable::Current();
-  if (table->At(path) != nullptr) return true;
-  if (table->LeadsToNetwork(path)) return false;
-  // A path that goes through links has another text than the table.
+bool IsMountPoint(const std::string& path, const MountTable& table) {
+  if (table.At(path) != nullptr) return true;
+  if (table.LeadsToNetwork(path)) return false;
+  // A path through symbolic links differs from the text in the table.
   struct statx facts;
   return statx(AT_FDCWD, path.c_str(), AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC, STATX_TYPE, &facts) ==
              0 &&
          (facts.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
-}
-
-bool IsOnNetworkMount(const std::string& path) {
-  return MountTable::Current()->LeadsToNetwork(path);
 }
 
 }  // namespace Sorvik::platform

@@ -17,7 +17,7 @@ WakeEvent::~WakeEvent() {
 
 void WakeEvent::Set() noexcept {
   const std::uint64_t one = 1;
-  // Can only fail where the counter is full, and then it is readable already.
+  // Fails only if the counter is at its maximum, and then the descriptor is already readable.
   [[maybe_unused]] const auto written = write(descriptor_, &one, sizeof(one));
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A descriptor that one thread makes readable to wake another.
+// A file descriptor that one thread makes readable to wake another (eventfd). Any thread.
 #pragma once
 
 namespace Sorvik::platform {
@@ -11,11 +11,11 @@ class WakeEvent {
   WakeEvent(const WakeEvent&) = delete;
   WakeEvent& operator=(const WakeEvent&) = delete;
 
-  // -1 if the system had none left.
+  // -1 if the process has no descriptor left.
   int Descriptor() const noexcept { return descriptor_; }
   void Set() noexcept;
   void Clear() noexcept;
-  // Waits until it is set, at most `milliseconds` (-1: without end); true if it is.
+  // Waits at most `milliseconds` (-1: forever). Returns true if the event is set.
   bool Wait(int milliseconds) const noexcept;
 
  private:

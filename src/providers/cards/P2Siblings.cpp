@@ -3,8 +3,8 @@
 
 #include <utility>
 
+#include "foundation/Mounts.h"
 #include "foundation/Paths.h"
-#include "foundation/platform/Volumes.h"
 #include "providers/cards/Neighbours.h"
 
 namespace Sorvik::p2 {
@@ -14,7 +14,7 @@ using foundation::CardFolder;
 using foundation::JoinPath;
 
 void VisitOtherVolumes(const std::string& own, DirVisitor& visitor) {
-  for (const platform::Volume& volume : platform::ListVolumes()) {
+  for (const platform::Volume& volume : foundation::ListVolumes()) {
     if (volume.isNetwork || volume.mountPoint == own) continue;
     if (!visitor.Visit(volume.mountPoint)) return;
   }
@@ -24,7 +24,7 @@ void VisitOtherVolumes(const std::string& own, DirVisitor& visitor) {
 
 void VisitSiblingDirectories(const std::string& path, DirVisitor& visitor) {
   const std::string own = foundation::NormalizedPath(path);
-  if (own == "/" || platform::IsMountPoint(own)) return VisitOtherVolumes(own, visitor);
+  if (own == "/" || foundation::IsMountPoint(own)) return VisitOtherVolumes(own, visitor);
   const auto parent = CardFolder::Of(foundation::ParentFolder(own));
   for (const std::string& name : parent->Folders()) {
     const std::string sibling = parent->PathOf(name);
