@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A borrowed, bounds-checked view of bytes. It never owns: whoever made the bytes keeps them alive.
-// Every load says whether it could be made; nothing else in the library does arithmetic on the
-// addresses of a file's bytes.
+// A bounds-checked view of bytes. Doesn't own them. Loads return nullopt outside the view; no other
+// code of the library does pointer arithmetic on the bytes of a file.
 #pragma once
 
 #include <array>
@@ -23,26 +22,26 @@ class ByteReader {
   constexpr bool Empty() const noexcept { return bytes_.empty(); }
   constexpr std::span<const std::byte> Bytes() const noexcept { return bytes_; }
 
-  // True if `count` bytes stand at `offset`. Never adds the two, so no sum can wrap.
+  // True if the view has `count` bytes at `offset`. Doesn't add them, so it can't overflow.
   constexpr bool Holds(std::uint64_t offset, std::uint64_t count) const noexcept {
     return offset <= bytes_.size() && count <= bytes_.size() - offset;
   }
 
-  // A child that cannot see past its own bytes; nothing if they aren't all there.
+  // A view of `count` bytes at `offset`; nullopt unless all of them exist.
   constexpr std::optional<ByteReader> Sub(std::uint64_t offset,
                                           std::uint64_t count) const noexcept {
     if (!Holds(offset, count)) return std::nullopt;
     return ByteReader(
         bytes_.subspan(static_cast<std::size_t>(offset), static_cast<std::size_t>(count)));
   }
-  // What stands at `offset` and behind it, at most `count` bytes; empty past the end.
+  // A view of at most `count` bytes at `offset`, truncated at the end; empty past the end.
   constexpr ByteReader Clip(std::uint64_t offset, std::uint64_t count = UINT64_MAX) const noexcept {
     if (offset >= bytes_.size()) return ByteReader();
     const std::uint64_t rest = bytes_.size() - offset;
     return ByteReader(bytes_.subspan(static_cast<std::size_t>(offset),
                                      static_cast<std::size_t>(count < rest ? count : rest)));
   }
-  // The N bytes at `offset`: one check, after which the compiler knows the size.
+  // The N bytes at `offset` as a span of fixed size; nullopt unless all of them exist.
   template <std::size_t N>
   constexpr std::optional<std::span<const std::byte, N>> ViewAt(
       std::uint64_t offset) const noexcept {
@@ -74,7 +73,7 @@ class ByteReader {
   constexpr std::optional<std::uint64_t> U64LE(std::uint64_t offset) const noexcept {
     return Load<std::uint64_t, 8, false>(offset);
   }
-  // The same with the order of bytes chosen at run time, as TIFF needs it.
+  // The same with the byte order chosen at run time, as in TIFF.
   constexpr std::optional<std::uint16_t> U16(std::uint64_t offset, bool bigEndian) const noexcept {
     return bigEndian ? U16BE(offset) : U16LE(offset);
   }
@@ -85,21 +84,21 @@ class ByteReader {
     return bigEndian ? U64BE(offset) : U64LE(offset);
   }
 
-  // True if the bytes at `offset` are those of `text`.
+  // True if the bytes at `offset` equal `text`.
   bool Matches(std::uint64_t offset, std::string_view text) const noexcept {
     const auto part = Sub(offset, text.size());
     return part && part->Text() == text;
   }
-  // All bytes as text, borrowed.
+  // All bytes as text, not copied.
   std::string_view Text() const noexcept {
     return {reinterpret_cast<const char*>(bytes_.data()), bytes_.size()};
   }
-  // The bytes at `offset` as text, borrowed; empty if they aren't all there.
+  // The `count` bytes at `offset` as text, not copied; empty unless all of them exist.
   std::string_view TextAt(std::uint64_t offset, std::uint64_t count) const noexcept {
     const auto part = Sub(offset, count);
     return part ? part->Text() : std::string_view();
   }
-  // The same, ended by the first NUL.
+  // The same up to the first NUL.
   std::string_view CStringAt(std::uint64_t offset, std::uint64_t count) const noexcept {
     const std::string_view text = TextAt(offset, count);
     return text.substr(0, text.find('\0'));

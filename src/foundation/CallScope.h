@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// What one provider operation has read, kept for as long as that operation lasts.
+// A cache for the duration of one provider operation.
 //
 // An object on the stack of the operation; the layers below find it through a thread-local pointer.
-// Scopes nest: an inner one shares what the outermost one keeps. Nothing outlives the call or
-// crosses threads. Without a scope everything works the same and is read each time.
+// Scopes nest: an inner one uses the cache of the outermost one. Records are not shared between
+// threads. Without a scope every function works the same and reads again each time.
 #pragma once
 
 #include <cstddef>
@@ -24,9 +24,9 @@ class CallScope {
   CallScope(const CallScope&) = delete;
   CallScope& operator=(const CallScope&) = delete;
 
-  // The record of type T under `key`: the kept one, or what `make` gives, which is then kept. The
-  // record is shared and never changes; a holder may keep it beyond the scope. T must be a type of
-  // its own for each kind of record, since type and key together name it.
+  // Returns the cached record of type T for `key`; if there is none, caches the result of `make`.
+  // Records are immutable and may outlive the scope. Each kind of record needs a type of its own,
+  // since type and key together identify it.
   template <class T, class Make>
   static std::shared_ptr<const T> Remember(const std::string& key, Make make) {
     return Share<T>(key, [&make] { return std::make_shared<const T>(make()); });
@@ -46,7 +46,7 @@ class CallScope {
     return made;
   }
 
-  // The kept record, or null if nothing has made one yet.
+  // Returns the cached record, or nullptr if there is none.
   template <class T>
   static std::shared_ptr<const T> Kept(const std::string& key) {
     const Records* records = Current();
@@ -67,7 +67,7 @@ class CallScope {
       return std::hash<std::string>()(name.key) ^ std::hash<std::type_index>()(name.type);
     }
   };
-  // A listing keeps several records for each of a thousand folders.
+  // A listing caches several records for each of up to thousands of folders.
   using Records = std::unordered_map<Name, std::shared_ptr<const void>, NameHash>;
 
   static Records* Current() noexcept;

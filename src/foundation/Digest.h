@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Digests by which parts of a file name each other. Not for anything that must be secret or safe.
+// Digests that file formats use as identifiers. Not for cryptographic purposes.
 #pragma once
 
 #include <string>

@@ -8,7 +8,7 @@
 
 namespace Sorvik::foundation {
 
-std::string Inflate(std::string_view packed, std::size_t most) {
+std::string Inflate(std::string_view packed, std::size_t maxBytes) {
   if (packed.size() > UINT_MAX) return {};
   z_stream stream = {};
   if (inflateInit(&stream) != Z_OK) return {};
@@ -17,10 +17,10 @@ std::string Inflate(std::string_view packed, std::size_t most) {
 
   std::string all;
   int state = Z_OK;
-  while (state == Z_OK && all.size() < most) {
+  while (state == Z_OK && all.size() < maxBytes) {
     constexpr std::size_t kStep = 64 * 1024;
     const std::size_t before = all.size();
-    const std::size_t step = std::min(kStep, most - before);
+    const std::size_t step = std::min(kStep, maxBytes - before);
     all.resize(before + step);
     stream.next_out = reinterpret_cast<Bytef*>(all.data() + before);
     stream.avail_out = static_cast<uInt>(step);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Unpacks text that files hold deflated.
+// Decompression of zlib data.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 namespace Sorvik::foundation {
 
-// The bytes of a zlib stream; empty if it is damaged or holds more than `most` bytes.
-std::string Inflate(std::string_view packed, std::size_t most);
+// Decompresses a zlib stream. Returns an empty string if it is invalid or larger than `maxBytes`.
+std::string Inflate(std::string_view packed, std::size_t maxBytes);
 
 }  // namespace Sorvik::foundation

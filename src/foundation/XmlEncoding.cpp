@@ -13,9 +13,9 @@ namespace Sorvik::foundation {
 namespace {
 
 struct Encoding {
-  std::size_t unit;  // bytes a code unit
+  std::size_t unit;  // size of a code unit in bytes
   bool bigEndian;
-  std::size_t mark;  // bytes of the byte order mark
+  std::size_t mark;  // size of the byte order mark in bytes
 };
 
 Encoding Detect(std::string_view bytes) {
@@ -24,7 +24,7 @@ Encoding Detect(std::string_view bytes) {
     std::string_view start;
     Encoding encoding;
   };
-  // The marks of 32 bits begin like those of 16 bits, so they are tried first.
+  // UTF-32 marks begin like UTF-16 marks, so they come first.
   static constexpr Pattern kMarks[] = {
       {"\xEF\xBB\xBF"sv, {1, false, 3}}, {"\xFF\xFE\0\0"sv, {4, false, 4}},
       {"\0\0\xFE\xFF"sv, {4, true, 4}},  {"\xFF\xFE"sv, {2, false, 2}},
@@ -39,7 +39,7 @@ Encoding Detect(std::string_view bytes) {
 }
 
 bool IsValidUTF8(std::string_view bytes) {
-  // A byte that is no part of valid UTF-8 shows as a lone surrogate.
+  // The conversion represents invalid bytes as lone surrogates.
   const Hestra::UTF16String units = tarnwick::utility::UTF8to16(bytes);
   for (std::size_t i = 0; i < units.size(); ++i) {
     const bool high = units[i] >= 0xD800 && units[i] <= 0xDBFF;
@@ -75,7 +75,7 @@ std::string FromUnits(std::string_view bytes, const Encoding& encoding) {
       units.push_back(0xFFFD);
     }
   }
-  // A surrogate without its other half has no UTF-8 form.
+  // Unpaired surrogates have no UTF-8 form.
   for (std::size_t i = 0; i < units.size(); ++i) {
     const bool high = units[i] >= 0xD800 && units[i] <= 0xDBFF;
     const bool paired =
@@ -93,9 +93,9 @@ bool IsForbidden(std::uint32_t point) {
   return point < 0x20 && point != '\t' && point != '\n' && point != '\r';
 }
 
-// The length of a reference such as "&#x1F;" at the start of `text` that names a control character;
-// 0 if there is none.
-std::size_t ForbiddenReference(std::string_view text) {
+// Returns the length of a character reference such as "&#x1F;" at the start of `text` that refers
+// to a forbidden control character; 0 if there is none.
+std::size_t ForbiddenReferenceLength(std::string_view text) {
   constexpr std::size_t kMaxReferenceLength = 12;
   if (!text.starts_with("&#")) return 0;
   const auto end = text.substr(0, kMaxReferenceLength).find(';');
@@ -105,15 +105,15 @@ std::size_t ForbiddenReference(std::string_view text) {
   std::uint32_t point = 0;
   const auto [stop, error] =
       std::from_chars(digits.data(), digits.data() + digits.size(), point, hex ? 16 : 10);
-  const bool whole = error == std::errc() && stop == digits.data() + digits.size();
-  return whole && IsForbidden(point) ? end + 1 : 0;
+  const bool valid = error == std::errc() && stop == digits.data() + digits.size();
+  return valid && IsForbidden(point) ? end + 1 : 0;
 }
 
-void BlankForbiddenCharacters(std::string& text) {
+void ReplaceForbiddenCharacters(std::string& text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (IsForbidden(static_cast<unsigned char>(text[i]))) text[i] = ' ';
     if (text[i] != '&') continue;
-    const std::size_t length = ForbiddenReference(std::string_view(text).substr(i));
+    const std::size_t length = ForbiddenReferenceLength(std::string_view(text).substr(i));
     std::fill_n(text.begin() + static_cast<std::ptrdiff_t>(i), length, ' ');
   }
 }
@@ -129,7 +129,7 @@ std::string ToUTF8(std::string_view bytes) {
   } else {
     utf8 = IsValidUTF8(text) ? std::string(text) : FromLatin1(text);
   }
-  BlankForbiddenCharacters(utf8);
+  ReplaceForbiddenCharacters(utf8);
   return utf8;
 }
 

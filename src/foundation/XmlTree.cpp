@@ -12,10 +12,10 @@
 namespace Sorvik::foundation {
 namespace {
 
-// Between namespace and local name in what expat hands out; no name can hold it.
+// Separates namespace and local name in expat's names; not allowed in names.
 constexpr char kNameSeparator = '\x01';
 
-constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view kWhiteSpace = " \t\r\n";
 
 std::pair<std::string, std::string> SplitName(const char* name) {
   const std::string_view text = name;
@@ -26,7 +26,7 @@ std::pair<std::string, std::string> SplitName(const char* name) {
 
 }  // namespace
 
-// Takes expat's events. It builds without recursion, so depth costs no stack.
+// Handles expat's events. Not recursive, so deep documents use no stack.
 class XmlBuilder {
  public:
   explicit XmlBuilder(const XmlLimits& limits)
@@ -48,7 +48,7 @@ class XmlBuilder {
     if (parser_ == nullptr) return std::nullopt;
     XML_SetEncoding(parser_, "UTF-8");
     const auto status = XML_Parse(parser_, utf8.data(), static_cast<int>(utf8.size()), XML_TRUE);
-    // Remains of an earlier, longer document may stand behind the root element.
+    // The rest of a previous, longer document may follow the root element.
     const bool complete =
         status == XML_STATUS_OK || XML_GetErrorCode(parser_) == XML_ERROR_JUNK_AFTER_DOC_ELEMENT;
     if (!complete || document_.elements_.empty()) return std::nullopt;
@@ -64,7 +64,7 @@ class XmlBuilder {
     auto* builder = static_cast<XmlBuilder*>(self);
     builder->open_.back()->text_.append(text, static_cast<std::size_t>(length));
   }
-  // Nothing that this library reads declares entities; whoever does means harm.
+  // Reject entity declarations (XXE, entity expansion). No camera writes them.
   static void OnEntity(void* self, const char*, int, const char*, int, const char*, const char*,
                        const char*, const char*) {
     XML_StopParser(static_cast<XmlBuilder*>(self)->parser_, XML_FALSE);
@@ -101,9 +101,9 @@ class XmlBuilder {
 };
 
 std::string_view XmlElement::Text() const noexcept {
-  const auto first = text_.find_first_not_of(kBlanks);
+  const auto first = text_.find_first_not_of(kWhiteSpace);
   if (first == text_.npos) return {};
-  const auto last = text_.find_last_not_of(kBlanks);
+  const auto last = text_.find_last_not_of(kWhiteSpace);
   return std::string_view(text_).substr(first, last - first + 1);
 }
 

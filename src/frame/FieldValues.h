@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Field values as providers make and read them.
+// Building and reading field values.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace Sorvik {
 
-// The paths as a list value, each a text.
+// Returns a list value with the paths as strings.
 any_regular_t PathList(std::vector<std::string> paths);
 any_regular_t PathList(const std::vector<UTF16String>& paths);
 

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <utility>
 
+#include "SorvikProvider/foundation/Localizer.h"
 #include "filesystem/WinProviderDirectory.h"
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
@@ -55,6 +56,7 @@ boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::sExecutor;
 
 void ProviderHost::Initialize() {
   if (++sUseCount != 1) return;
+  tarnwick::config::Localizer::Get();  // reads the catalogue here, not within a request
   for (const auto make : kProviders) {
     RegisterProvider(std::make_unique<AsyncProviderWrapper>(make()));
   }
@@ -90,7 +92,7 @@ std::vector<ProviderWrapper*> ProviderHost::GetProviderList(const std::string& p
 std::vector<ProviderWrapper*> ProviderHost::GetProviderList(const std::string& path,
                                                             ProviderRequest* request) {
   if (path.empty()) return {};
-  const foundation::CallScope scope;  // all providers look at the same folder
+  const foundation::CallScope scope;  // all providers read the same folder
   std::vector<std::pair<int, ProviderWrapper*>> scored;
   for (ProviderWrapper* wrapper : sProviders) {
     if (ProviderRequest::TestAborted(request) || wrapper == nullptr) return {};
@@ -111,7 +113,7 @@ bool ProviderHost::HasProvider(const std::string& path) {
       return wrapper->CanProvideFor(path) >= 1;
     });
   } catch (...) {
-    // One provider's failure must not cost a listing its other entries.
+    // A provider that throws must not abort a listing.
     return false;
   }
 }

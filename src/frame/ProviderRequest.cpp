@@ -17,7 +17,7 @@ void Post(const ImmutableString& station, const Hestra::Message& message) {
   Hestra::StationUtils::PostMessageToUIThread(station, message, false);
 }
 
-// The entries of `raw` that can be browsed further: those with a path that a provider claims.
+// Returns the entries of `raw` whose path has a provider.
 ContentMap BrowsableEntries(const ContentMap& raw) {
   ContentMap browsable;
   for (const auto& [key, fields] : raw) {
@@ -173,7 +173,7 @@ void ProviderDefaultContentRequest::Run() {
     }
     message.content = BrowsableEntries(raw);
   }
-  // What was gathered stays in an aborted message: the result code tells that it is not to be used.
+  // An aborted message keeps the content read so far; the result code marks it as invalid.
   if (TestAborted()) {
     message.fields.clear();
     message.result = kResultAborted;

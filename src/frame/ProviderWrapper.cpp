@@ -22,7 +22,7 @@ ContentMap AsyncProviderWrapper::GetContent(const std::string& path, const std::
   try {
     return provider_->GetContent(path, key, fields);
   } catch (...) {
-    // The one-entry call runs on the UI thread, where a damaged entry must cost itself alone.
+    // Hosts make this call on the UI thread; one damaged entry must not end the program.
     return {};
   }
 }

@@ -5,8 +5,8 @@
 
 namespace Sorvik {
 
-// The one way of requests to the provider executor. False if there is no executor: the request is
-// never run and never answered.
+// Posts a request to the provider executor. Returns false if there is none: the request then never
+// runs and posts no message.
 bool QueueRequest(const RequestRef& request);
 
 }  // namespace Sorvik

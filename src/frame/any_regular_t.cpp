@@ -18,7 +18,7 @@ std::size_t ParameterCount(const TypeRecord& type) {
   return count;
 }
 
-std::string Undecorated(const std::type_info& info) {
+std::string Demangled(const std::type_info& info) {
   int status = 0;
   char* text = abi::__cxa_demangle(info.name(), nullptr, nullptr, &status);
   std::string result = status == 0 ? text : info.name();
@@ -54,7 +54,7 @@ bool operator<(const TypeRecord& a, const TypeRecord& b) noexcept {
 }
 
 std::string ToText(const TypeRecord& type) {
-  if (type.info != nullptr) return Undecorated(*type.info);
+  if (type.info != nullptr) return Demangled(*type.info);
   std::string text = type.name;
   const std::size_t count = ParameterCount(type);
   if (count == 0) return text;

@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <latch>
+#include <thread>
 
 #include "SorvikProvider/foundation/Environment.h"
 #include "SorvikProvider/foundation/Localizer.h"
 #include "foundation/tarnwick/Catalogue.h"
+#include "support/RealMount.h"
 #include "support/TempTree.h"
 
 namespace {
@@ -25,7 +28,7 @@ std::string Catalogue(const std::string& original, const std::string& translatio
   Put32(bytes, 28);          // table of originals
   Put32(bytes, 36);          // table of translations
   Put32(bytes, 0);           // size of the hash table
-  Put32(bytes, 0);           // its place
+  Put32(bytes, 0);           // its offset
   Put32(bytes, static_cast<std::uint32_t>(original.size()));
   Put32(bytes, 44);
   Put32(bytes, static_cast<std::uint32_t>(translation.size()));
@@ -41,7 +44,7 @@ class Localized : public testing::Test {
   }
 };
 
-TEST_F(Localized, FindsTextsByLanguageAndFallsBackToDefaults) {
+TEST_F(Localized, FallsBackToDefaultText) {
   const sorvik_test::TempTree tree;
   tree.File("de/sorvik.mo", Catalogue("$$$/A/Yes\x04Yes", "Ja"));
   Localizer& localizer = Localizer::Get();
@@ -57,37 +60,88 @@ TEST_F(Localized, FindsTextsByLanguageAndFallsBackToDefaults) {
   EXPECT_EQ(localizer.GetUTF8String("$$$/A/Yes=Yes"), "Yes");
 }
 
-TEST_F(Localized, TakesTheLanguageFromTheEnvironment) {
+TEST_F(Localized, ReadsLanguageFromEnvironment) {
   const char* names[] = {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"};
   for (const char* name : names) unsetenv(name);
-  EXPECT_EQ(Hestra::GetLanguageString(), u"x-default");
+  const auto language = [] {
+    Localizer::Get().SetLanguage("");
+    return Hestra::GetLanguageString();
+  };
+  EXPECT_EQ(language(), u"x-default");
   setenv("LANG", "fr_FR.UTF-8", 1);
-  EXPECT_EQ(Hestra::GetLanguageString(), u"fr-FR");
+  EXPECT_EQ(Hestra::GetLanguageString(), u"x-default");  // not read before SetLanguage
+  EXPECT_EQ(language(), u"fr-FR");
   setenv("LC_ALL", "C.UTF-8", 1);
-  EXPECT_EQ(Hestra::GetLanguageString(), u"x-default");
+  EXPECT_EQ(language(), u"x-default");
   setenv("LANGUAGE", "de_DE:de", 1);
-  EXPECT_EQ(Hestra::GetLanguageString(), u"de-DE");
+  EXPECT_EQ(language(), u"de-DE");
   for (const char* name : names) unsetenv(name);
 }
 
-TEST(Catalogues, SurviveDamageAtEveryByte) {
-  const std::string whole = Catalogue("k\x04text", "Text");
+TEST_F(Localized, UsesCataloguesOfNewResourcesDir) {
+  namespace commondirs = tarnwick::filesupport::commondirs;
+  const sorvik_test::TempTree tree;
+  tree.File("locale/de/sorvik.mo", Catalogue("$$$/A/Yes\x04Yes", "Ja"));
+  const auto before = commondirs::ResourcesDir();
+  Localizer::Get().SetLanguage("de");
+  commondirs::SetResourcesDir(Hestra::MakeString(tree.Root()));
+  EXPECT_EQ(Localizer::Get().GetString("$$$/A/Yes=Yes"), u"Ja");
+  commondirs::SetResourcesDir(before);
+  EXPECT_EQ(Localizer::Get().GetString("$$$/A/Yes=Yes"), u"Yes");
+}
+
+TEST_F(Localized, SwitchesLanguageWhileOtherThreadsRead) {
+  const sorvik_test::TempTree tree;
+  tree.File("de/sorvik.mo", Catalogue("$$$/A/Yes\x04Yes", "Ja"));
+  Localizer::Get().SetCatalogueFolder(tree.Root());
+  std::vector<std::thread> readers;
+  for (int reader = 0; reader < 3; ++reader) {
+    readers.emplace_back([] {
+      for (int i = 0; i < 20'000; ++i) {
+        const std::string text = Localizer::Get().GetUTF8String("$$$/A/Yes=Yes");
+        ASSERT_TRUE(text == "Ja" || text == "Yes") << text;
+      }
+    });
+  }
+  for (int i = 0; i < 200; ++i) Localizer::Get().SetLanguage(i % 2 == 0 ? "de" : "fr");
+  for (std::thread& reader : readers) reader.join();
+}
+
+TEST_F(Localized, ReadsTextsWhileACatalogueFolderBlocks) {
+  const sorvik_test::TempTree tree;
+  auto share = sorvik_test::RealMount::DeadShare(tree.Folder("nas"));
+  if (!share) GTEST_SKIP() << "no mount of a share can be made here";
+  Localizer::Get().SetLanguage("de");
+  std::latch started(1);
+  std::thread setter([&] {
+    started.count_down();
+    Localizer::Get().SetCatalogueFolder(tree.Path("nas"));
+  });
+  started.wait();
+  EXPECT_TRUE(share.DoesNotBlock([] {
+    for (int i = 0; i < 20'000; ++i) Localizer::Get().GetUTF8String("$$$/A/Yes=Yes");
+  }));
+  share.End();
+  setter.join();
+}
+
+TEST(Catalogue, SurvivesTruncationAndCorruption) {
+  const std::string complete = Catalogue("k\x04text", "Text");
   using tarnwick::config::Catalogue;
-  for (std::size_t length = 0; length < whole.size() - 1; ++length) {
-    const auto bytes = std::as_bytes(std::span(whole.data(), length));
+  for (std::size_t length = 0; length < complete.size() - 1; ++length) {
+    const auto bytes = std::as_bytes(std::span(complete.data(), length));
     EXPECT_TRUE(Catalogue::FromBytes(bytes).Empty()) << length;
   }
   for (std::size_t i = 0; i < 44; ++i) {
-    std::string damaged = whole;
+    std::string damaged = complete;
     damaged[i] = '\xFF';
     Catalogue::FromBytes(std::as_bytes(std::span(damaged.data(), damaged.size())));
   }
-  EXPECT_EQ(
-      Catalogue::FromBytes(std::as_bytes(std::span(whole.data(), whole.size()))).Find("k", "text"),
-      "Text");
+  const auto bytes = std::as_bytes(std::span(complete.data(), complete.size()));
+  EXPECT_EQ(Catalogue::FromBytes(bytes).Find("k", "text"), "Text");
 }
 
-TEST(Surroundings, MayBeSetByAHost) {
+TEST(Environment, KeepsSettingsOfHost) {
   using namespace Fenwold::ImportableFileTypeUtils;
   std::set<Hestra::UTF16String> extensions;
   GetImportableFileExtensions(kVideoFileTypes, extensions);

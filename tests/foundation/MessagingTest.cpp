@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include <barrier>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -35,7 +37,7 @@ bool Readable() {
   return poll(&waiting, 1, 0) == 1;
 }
 
-TEST(Messages, KeepTheOrderOfEachSender) {
+TEST(Messages, KeepOrderOfEachThread) {
   std::vector<int> last(4, -1);
   int received = 0;
   bool ordered = true;
@@ -58,22 +60,22 @@ TEST(Messages, KeepTheOrderOfEachSender) {
   StationUtils::UnregisterStation("order");
 }
 
-TEST(Messages, ForNobodyAreDiscardedOnce) {
+TEST(Messages, AreDiscardedOnceWithoutReceiver) {
   int discarded = 0;
   Note note;
   note.discarded = &discarded;
-  Post("nobody", note);
+  Post("unregistered", note);
   EXPECT_EQ(discarded, 0);
   EXPECT_EQ(StationUtils::Dispatch(), 1u);
   EXPECT_EQ(discarded, 1);
 }
 
-TEST(Messages, KeepTheDescriptorReadableWhileAnyWait) {
+TEST(Messages, KeepDescriptorReadableWhileQueued) {
   std::vector<int> numbers;
   StationUtils::RegisterStation("some", [&](const Message& message) {
     const int number = dynamic_cast<const Note&>(message).number;
     numbers.push_back(number);
-    EXPECT_EQ(StationUtils::Dispatch(), 0u);  // no dispatch within a dispatch
+    EXPECT_EQ(StationUtils::Dispatch(), 0u);  // a nested Dispatch does nothing
     if (number == 1) Post("some", NoteOf(4));
     if (number == 2) throw std::runtime_error("receiver");
     if (number == 3) StationUtils::UnregisterStation("some");
@@ -87,22 +89,22 @@ TEST(Messages, KeepTheDescriptorReadableWhileAnyWait) {
   EXPECT_TRUE(Readable());
   EXPECT_EQ(StationUtils::Dispatch(), 2u);
   EXPECT_FALSE(Readable());
-  EXPECT_EQ(numbers, (std::vector<int>{1, 2, 3}));  // 4 came after the receiver had gone
+  EXPECT_EQ(numbers, (std::vector<int>{1, 2, 3}));  // 4 came after UnregisterStation
 }
 
-TEST(Messages, HashTheirTypeNames) {
+TEST(Messages, HashTypeNamesWithFNV1a) {
   EXPECT_EQ(HashMessageTypeNameToMessageID(""), 2166136261u);
   EXPECT_EQ(HashMessageTypeNameToMessageID("a"), 0xE40C292Cu);
 }
 
-TEST(Executors, RunWhatTheyAcceptAndRefuseTheRest) {
+TEST(Executors, RunAcceptedFunctionsAndRefuseOthers) {
   using namespace tarnwick::threads;
   const auto executor = CreateSubExecutor(CreateIOBoundExecutor(), -1);
   std::atomic<int> runs{0};
   for (int i = 0; i < 200; ++i) {
     EXPECT_TRUE(executor->Post([&] {
       ++runs;
-      throw std::runtime_error("ends here");
+      throw std::runtime_error("caught by the executor");
     }));
   }
   executor->StopAccepting();
@@ -117,24 +119,28 @@ TEST(Executors, RunWhatTheyAcceptAndRefuseTheRest) {
   stopped->WaitForAccepted();  // returns: refused work is not waited for
 }
 
-TEST(Executors, KeepToTheirWidth) {
+TEST(Executors, RunAsManyFunctionsAsTheirWidth) {
   using namespace tarnwick::threads;
-  const auto executor = CreateSubExecutor(CreateIOBoundExecutor(), 2);
-  std::atomic<int> inside{0}, most{0}, runs{0};
-  for (int i = 0; i < 40; ++i) {
+  constexpr int kWidth = 2;
+  const auto executor = CreateSubExecutor(CreateIOBoundExecutor(), kWidth);
+  std::barrier together(kWidth);  // a narrower executor never ends
+  std::mutex mutex;
+  int running = 0, maxRunning = 0, runs = 0;
+  for (int i = 0; i < 20 * kWidth; ++i) {
     executor->Post([&] {
-      const int now = ++inside;
-      int seen = most;
-      while (seen < now && !most.compare_exchange_weak(seen, now)) {
+      {
+        const std::lock_guard lock(mutex);
+        maxRunning = std::max(maxRunning, ++running);
       }
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-      --inside;
+      together.arrive_and_wait();
+      const std::lock_guard lock(mutex);
+      --running;
       ++runs;
     });
   }
   executor->WaitForAccepted();
-  EXPECT_EQ(runs, 40);
-  EXPECT_LE(most, 2);
+  EXPECT_EQ(runs, 20 * kWidth);
+  EXPECT_EQ(maxRunning, kWidth);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 
 using namespace tarnwick::utility;
 
-TEST(Text, ConvertsBytesThatAreNoTextAndBack) {
+TEST(Text, EscapesInvalidUTF8) {
   EXPECT_EQ(UTF8to16("a\xC3\xA9\xF0\x9F\x8E\xAC"), u"a\u00e9\xD83C\xDFAC");
   EXPECT_EQ(UTF8to16("\xE9t"), (UTF16String{0xDCE9, u't'}));                   // Latin-1
   EXPECT_EQ(UTF8to16("\xC0\xAF"), (UTF16String{0xDCC0, 0xDCAF}));              // over-long
@@ -19,7 +19,7 @@ TEST(Text, ConvertsBytesThatAreNoTextAndBack) {
   EXPECT_EQ(UTF8to16("\xF0\x9F\x8E"), (UTF16String{0xDCF0, 0xDC9F, 0xDC8E}));  // cut off
 }
 
-TEST(Text, LosesNoBytesOfAnyName) {
+TEST(Text, RoundTripsAnyBytes) {
   std::mt19937 random(7);
   for (int round = 0; round < 2000; ++round) {
     std::string bytes(random() % 12, '\0');
@@ -29,7 +29,7 @@ TEST(Text, LosesNoBytesOfAnyName) {
   }
 }
 
-TEST(Text, GivesNothingForOtherUnpairedSurrogates) {
+TEST(Text, RejectsOtherUnpairedSurrogates) {
   EXPECT_EQ(UTF16to8(UTF16String{u'a', 0xD800}), "");
   EXPECT_EQ(UTF16to8(UTF16String{0xD800, u'a'}), "");
   EXPECT_EQ(UTF16to8(UTF16String{0xDC00}), "");
@@ -42,11 +42,11 @@ TEST(Text, FoldsOneToOne) {
   EXPECT_EQ(FoldCase(u"ß").size(), 1u);
   EXPECT_EQ(LowerCase(u"İI").size(), 2u);
   EXPECT_EQ(UpperCase(u"aß1"), u"Aß1");
-  const UTF16String broken{0xDCE9, u'A', 0xD800};
-  EXPECT_EQ(FoldCase(broken), (UTF16String{0xDCE9, u'a', 0xD800}));
+  const UTF16String unpaired{0xDCE9, u'A', 0xD800};
+  EXPECT_EQ(FoldCase(unpaired), (UTF16String{0xDCE9, u'a', 0xD800}));
 }
 
-TEST(Text, OrdersByCodeUnitsAndNotByBytes) {
+TEST(Text, OrdersByCodeUnitsRatherThanBytes) {
   using Sorvik::platform::LessByCodeUnits;
   const std::string high = "\xEF\xBC\xA1";        // U+FF21
   const std::string beyond = "\xF0\x9F\x8E\xAC";  // U+1F3AC, as a surrogate pair below U+FF21
@@ -59,7 +59,7 @@ TEST(Text, OrdersByCodeUnitsAndNotByBytes) {
   EXPECT_TRUE(LessByCodeUnits("\xC3\xA9", "\xE9"));  // U+00E9 before the escape U+DCE9
 }
 
-TEST(Text, ReadsWholeNumbersOnly) {
+TEST(Text, ParsesOnlyCompleteNumbers) {
   int number = -1;
   EXPECT_TRUE(StringToNumber(u"00042", number));
   EXPECT_EQ(number, 42);

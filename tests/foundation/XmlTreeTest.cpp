@@ -10,7 +10,7 @@ namespace {
 
 using namespace Sorvik::foundation;
 
-TEST(XmlTree, FindsByLocalNameWhateverTheNamespace) {
+TEST(XmlTree, FindsByLocalNameInAnyNamespace) {
   const auto document = ParseXml(
       "<?xml version='1.0' encoding='UTF-16'?><!DOCTYPE P2Main><p:P2Main xmlns:p='urn:p' "
       "xmlns='urn:d'"
@@ -33,13 +33,13 @@ TEST(XmlTree, FindsByLocalNameWhateverTheNamespace) {
   EXPECT_EQ(clip->Children().size(), 3u);
 }
 
-TEST(XmlTree, PassesOverWhatStandsBehindTheRoot) {
+TEST(XmlTree, IgnoresContentAfterRootElement) {
   const auto document = ParseXml("<a>1</a>\n<b></c>");
   ASSERT_TRUE(document);
   EXPECT_EQ(document->Root().Text(), "1");
 }
 
-TEST(XmlTree, RefusesWhatIsBrokenOrMadeToHurt) {
+TEST(XmlTree, RejectsMalformedAndMaliciousDocuments) {
   for (const std::string bad : {"", "no xml", "<a>", "<a></b>", "<a x='1' x='2'/>",
                                 "<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>",
                                 "<!DOCTYPE a [<!ENTITY x SYSTEM 'file:///etc/passwd'>]><a>&x;</a>",
@@ -54,7 +54,7 @@ TEST(XmlTree, RefusesWhatIsBrokenOrMadeToHurt) {
   EXPECT_TRUE(ParseXml(many + "</a>"));
   EXPECT_FALSE(ParseXml(many + "</a>", {.nodes = 2000}));
   EXPECT_FALSE(ParseXml(many + "</a>", {.bytes = 100}));
-  // Each of these elements would hold a copy of the namespace.
+  // Each element would have a copy of the namespace URI.
   many.replace(0, 3, "<a xmlns='" + std::string(1'000'000, 'n') + "'>");
   EXPECT_FALSE(ParseXml(many + "</a>"));
 }
@@ -69,7 +69,7 @@ TEST(XmlTree, ReadsRegularFilesOnly) {
   EXPECT_FALSE(ReadXmlFile(tree.Path("fifo.xml")));
 }
 
-TEST(XmlEncodings, AreToldByMarkOrLook) {
+TEST(XmlEncoding, IsDetectedByMarkOrFirstCharacter) {
   using namespace std::string_view_literals;
   for (const std::string_view bytes :
        {"<\xC3\xA9>"sv, "\xEF\xBB\xBF<\xC3\xA9>"sv, "<\xE9>"sv, "\xFF\xFE<\0\xE9\0>\0"sv,

@@ -27,9 +27,9 @@ std::string MessageOfCast(const any_regular_t& value) {
   return {};
 }
 
-TEST(AnyRegular, KeepsEachKindThroughCopyMoveAndSwap) {
+TEST(AnyRegular, CopiesMovesAndSwapsEachType) {
   const std::vector<any_regular_t> kinds{
-      any_regular_t(), any_regular_t(std::string("a text too long for a small string's own place")),
+      any_regular_t(), any_regular_t(std::string("a text too long for the small string buffer")),
       any_regular_t(List{any_regular_t(std::string("/a")), any_regular_t()}),
       any_regular_t(Sorvik::UTF16String(u"wide")),
       any_regular_t(Provider::ByteSize_t(5'000'000'000))};
@@ -57,16 +57,16 @@ TEST(AnyRegular, CopiesListsDeeply) {
   EXPECT_EQ(list, any_regular_t(List{any_regular_t(std::string("/a"))}));
 }
 
-TEST(AnyRegular, TellsValuesThatLookAlikeApart) {
+TEST(AnyRegular, DistinguishesTypesOfSimilarValues) {
   EXPECT_FALSE(any_regular_t(std::string()) == any_regular_t());
   EXPECT_FALSE(any_regular_t(std::string("7")) == any_regular_t(Provider::ByteSize_t(7)));
   EXPECT_EQ(any_regular_t(Provider::ByteSize_t(0)), any_regular_t(Provider::ByteSize_t()));
 }
 
-TEST(AnyRegular, CastsOnlyToTheHeldKind) {
-  std::string text = "kept";
+TEST(AnyRegular, CastsOnlyToTheTypeOfTheValue) {
+  std::string text = "old";
   EXPECT_FALSE(any_regular_t(Provider::ByteSize_t(1)).cast(text));
-  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(text, "old");
   EXPECT_TRUE(any_regular_t(std::string("new")).cast(text));
   EXPECT_EQ(text, "new");
   EXPECT_EQ(MessageOfCast(any_regular_t()),
@@ -79,7 +79,7 @@ TEST(AnyRegular, CastsOnlyToTheHeldKind) {
   EXPECT_STREQ(bad_cast().what(), "bad_cast");
 }
 
-TEST(AnyRegular, HoldsAnyOtherRegularTypeOfAHost) {
+TEST(AnyRegular, HoldsOtherRegularTypes) {
   const any_regular_t small(42);
   const any_regular_t large(std::array<double, 16>{1.5});
   EXPECT_EQ(small.cast<int>(), 42);
@@ -88,7 +88,7 @@ TEST(AnyRegular, HoldsAnyOtherRegularTypeOfAHost) {
   EXPECT_EQ(ToText(TypeRecordOf<int>::Get()), "int*");
 }
 
-TEST(AnyRegular, HoldsTextAndNoPointers) {
+TEST(AnyRegular, CopiesTextsAndRejectsPointers) {
   char buffer[] = "first";
   const any_regular_t fromBuffer(buffer);
   buffer[0] = 'F';

@@ -50,7 +50,7 @@ TEST_F(Host, OrdersByScoreAndThenByRegistration) {
   EXPECT_TRUE(ProviderHost::GetProviderList("networkvolumes:").empty());
 }
 
-TEST_F(Host, AsksNobodyAboutAnEmptyPath) {
+TEST_F(Host, CallsNoProviderForEmptyPath) {
   const auto answers = Scoring("eager", 100);
   answers->score = [](const std::string&) { return 100; };
   Register(answers);
@@ -58,19 +58,19 @@ TEST_F(Host, AsksNobodyAboutAnEmptyPath) {
   EXPECT_EQ(answers->calls, 0);
 }
 
-TEST_F(Host, LetsFailuresOutOfListsButNotOutOfHasProvider) {
+TEST_F(Host, PropagatesExceptionsFromListsButNotFromHasProvider) {
   const auto failing = Scoring("failing", 100);
   failing->score = [](const std::string& path) -> int {
     if (path.starts_with("test:")) throw std::runtime_error("score");
     return 0;
   };
   Register(failing);
-  Register(Scoring("behind", 100));
+  Register(Scoring("second", 100));
   EXPECT_THROW(ProviderHost::GetProviderList("test:x"), std::runtime_error);
   EXPECT_FALSE(ProviderHost::HasProvider("test:x"));
 }
 
-TEST(HostLifetime, CountsUsesAndStartsAnew) {
+TEST(HostLifetime, CountsUsesAndRestarts) {
   EXPECT_TRUE(ProviderHost::GetProviderList("/").empty());
   EXPECT_FALSE(ProviderHost::GetProviderExecutor());
   ProviderHost::Initialize();
@@ -90,9 +90,10 @@ TEST(HostLifetime, CountsUsesAndStartsAnew) {
   ProviderHost::Shutdown();
 }
 
-TEST(HostLifetime, IgnoresAShutdownWithoutInitialize) {
+TEST(HostLifetime, UnbalancedShutdownCancelsNextInitialize) {
   ProviderHost::Shutdown();
-  ProviderHost::Initialize();  // the count wraps to 0 and stays there
+  EXPECT_TRUE(ProviderHost::GetAllProviders().empty());
+  ProviderHost::Initialize();  // the count wraps to 0
   EXPECT_FALSE(ProviderHost::GetProviderExecutor());
   ProviderHost::Initialize();
   EXPECT_TRUE(ProviderHost::GetProviderExecutor());
@@ -100,7 +101,7 @@ TEST(HostLifetime, IgnoresAShutdownWithoutInitialize) {
   EXPECT_FALSE(ProviderHost::GetProviderExecutor());
 }
 
-TEST(Wrapper, ForwardsDirectCallsAndKeepsItsOwnHooks) {
+TEST(Wrapper, ForwardsDirectCallsExceptHooks) {
   const auto answers = Scoring("wrapped", 7);
   const AsyncProviderWrapper wrapper(new FakeProvider(answers));
   EXPECT_EQ(wrapper.CanProvideFor("test:"), 7);
@@ -119,7 +120,7 @@ TEST(Wrapper, ForwardsDirectCallsAndKeepsItsOwnHooks) {
   EXPECT_FALSE(wrapper.ProcessOpenCommand("x"));
 }
 
-TEST(Wrapper, GuardsTheOneEntryCallAlone) {
+TEST(Wrapper, CatchesExceptionsOnlyForSingleEntry) {
   const auto answers = std::make_shared<FakeAnswers>();
   answers->entry = []() -> ContentMap { throw 1; };
   answers->listing = [](ProviderRequest*) -> ContentMap { throw std::bad_alloc(); };

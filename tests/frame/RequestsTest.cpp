@@ -17,7 +17,7 @@ using sorvik_test::FakeAnswers;
 using sorvik_test::FakeProvider;
 using sorvik_test::Inbox;
 
-// Holds a run inside a provider until the test lets it go.
+// Blocks a provider until the test opens it.
 class Turnstile {
  public:
   void ArriveAndWait() {
@@ -62,7 +62,7 @@ class Requests : public testing::Test {
   AsyncProviderWrapper* wrapper = nullptr;
 };
 
-TEST_F(Requests, BringContentWithWhatItBelongsTo) {
+TEST_F(Requests, PostContentWithPathFieldsAndProvider) {
   answers->listing = [](ProviderRequest*) { return OneEntry("test:x"); };
   Inbox<GetContentMessage> inbox("content");
   const auto request = wrapper->RequestContent("test:p", {"Name", "Path"}, "content");
@@ -77,7 +77,7 @@ TEST_F(Requests, BringContentWithWhatItBelongsTo) {
   EXPECT_NE(message.GetMessageID(), GetThumbnailMessage::StaticMessageID());
 }
 
-TEST_F(Requests, AnswerAnEmptyFolderAndAMissingPictureDifferently) {
+TEST_F(Requests, DistinguishEmptyContentFromMissingThumbnail) {
   Inbox<GetContentMessage> content("content");
   Inbox<GetThumbnailMessage> picture("picture");
   wrapper->RequestContent("test:p", {}, "content");
@@ -88,7 +88,7 @@ TEST_F(Requests, AnswerAnEmptyFolderAndAMissingPictureDifferently) {
   EXPECT_EQ(picture.messages[0].key, "k");
 }
 
-TEST_F(Requests, HandAThumbnailOver) {
+TEST_F(Requests, PassOwnershipOfThumbnail) {
   answers->thumbnail = [](ProviderRequest*) { return bitplateNew({0, 0, 2, 3}); };
   Inbox<GetThumbnailMessage> inbox("picture");
   wrapper->RequestThumbnail("test:p", "k", 8, 8, "picture");
@@ -99,8 +99,8 @@ TEST_F(Requests, HandAThumbnailOver) {
   bitplateDispose(inbox.messages[0].thumbnail);
 }
 
-TEST_F(Requests, TakeTheShortWayWhenAbortedBeforeTheRun) {
-  // Shared, since nothing tells when the last worker has left it.
+TEST_F(Requests, CallNoProviderIfAbortedBeforeTheRun) {
+  // Shared: workers may still be in it when the test ends.
   const auto turnstile = std::make_shared<Turnstile>();
   const auto executor = ProviderHost::GetProviderExecutor();
   for (int i = 0; i < 32; ++i) executor->Post([turnstile] { turnstile->ArriveAndWait(); });
@@ -122,7 +122,7 @@ TEST_F(Requests, TakeTheShortWayWhenAbortedBeforeTheRun) {
   }
   turnstile->Open();
   ASSERT_TRUE(content.WaitFor(1) && list.WaitFor(1) && picture.WaitFor(1) && defaults.WaitFor(1));
-  executor->WaitForAccepted();  // some workers may still be on their way out of the turnstile
+  executor->WaitForAccepted();
   EXPECT_EQ(answers->calls, 0);
   EXPECT_EQ(content.messages[0].result, kResultAborted);
   EXPECT_EQ(content.messages[0].identification, "test.Fake");
@@ -132,7 +132,7 @@ TEST_F(Requests, TakeTheShortWayWhenAbortedBeforeTheRun) {
   EXPECT_EQ(defaults.messages[0].result, kResultAborted);
 }
 
-TEST_F(Requests, DropTheResultWhenAbortedDuringTheRun) {
+TEST_F(Requests, DiscardResultIfAbortedDuringTheRun) {
   Turnstile turnstile;
   answers->listing = [&](ProviderRequest* request) {
     turnstile.ArriveAndWait();
@@ -151,11 +151,11 @@ TEST_F(Requests, DropTheResultWhenAbortedDuringTheRun) {
   EXPECT_EQ(inbox.messages.size(), 1u);
 }
 
-TEST_F(Requests, DisposeOfAPictureThatCameTooLate) {
+TEST_F(Requests, DisposeOfThumbnailAfterAbort) {
   Turnstile turnstile;
   answers->thumbnail = [&](ProviderRequest*) {
     turnstile.ArriveAndWait();
-    return bitplateNew({0, 0, 2, 2});  // the address sanitizer tells if it stays behind
+    return bitplateNew({0, 0, 2, 2});  // the address sanitizer reports a leak
   };
   Inbox<GetThumbnailMessage> inbox("picture");
   const auto request = wrapper->RequestThumbnail("test:p", "k", 8, 8, "picture");
@@ -183,7 +183,7 @@ TEST_F(Requests, ListProvidersBestFirst) {
 TEST_F(Requests, KeepBrowsableEntriesAsDefaultContent) {
   answers->listing = [](ProviderRequest*) {
     ContentMap raw = OneEntry("test:further");
-    raw["claimed by nobody"][kPathField] = any_regular_t(std::string("nowhere:"));
+    raw["without a provider"][kPathField] = any_regular_t(std::string("unknown:"));
     raw["not a text"][kPathField] = any_regular_t(Provider::ByteSize_t(1));
     raw["without a path"][kNameField] = any_regular_t(std::string("x"));
     return raw;
@@ -202,17 +202,17 @@ TEST_F(Requests, KeepBrowsableEntriesAsDefaultContent) {
   ask("test:p", "com.halvane.Merisk.ProviderRED");
   ASSERT_TRUE(inbox.WaitFor(2));
   EXPECT_EQ(inbox.messages[1].provider, wrapper);
-  ask("nowhere:", "");
+  ask("unknown:", "");
   ASSERT_TRUE(inbox.WaitFor(3));
   EXPECT_EQ(inbox.messages[2].provider, nullptr);
   EXPECT_EQ(inbox.messages[2].result, kResultNoContent);
-  EXPECT_EQ(inbox.messages[2].data->path, "nowhere:");
-  // Refused at once: on a worker it could only fail without a message.
+  EXPECT_EQ(inbox.messages[2].data->path, "unknown:");
+  // Throws at once: on a worker it would fail without a message.
   EXPECT_THROW(ProviderHost::RequestDefaultProviderContent({}, "defaults"),
                Hestra::NullInterfaceException);
 }
 
-TEST_F(Requests, SurviveAProviderThatThrows) {
+TEST_F(Requests, CallFailureHookInsteadOfPostingIfProviderThrows) {
   std::atomic<int> failures{0};
   tarnwick::threads::SetFailureHook([&](std::exception_ptr) { ++failures; });
   answers->listing = [](ProviderRequest*) -> ContentMap { throw std::runtime_error("broken"); };
@@ -227,7 +227,7 @@ TEST_F(Requests, SurviveAProviderThatThrows) {
   EXPECT_TRUE(content.messages.empty());
 }
 
-TEST_F(Requests, GiveExactlyOneMessageEach) {
+TEST_F(Requests, PostExactlyOneMessageEach) {
   answers->listing = [](ProviderRequest*) { return OneEntry("test:x"); };
   Inbox<GetContentMessage> inbox("content");
   for (int i = 0; i < 1000; ++i) {
@@ -240,7 +240,7 @@ TEST_F(Requests, GiveExactlyOneMessageEach) {
   EXPECT_EQ(inbox.messages.size(), 1000u);
 }
 
-TEST_F(Requests, KeepTheProviderWhileTheyRun) {
+TEST_F(Requests, KeepProviderAliveWhileRunning) {
   const auto kept = std::make_shared<FakeAnswers>();
   Turnstile turnstile;
   kept->listing = [&](ProviderRequest*) {
@@ -259,36 +259,39 @@ TEST_F(Requests, KeepTheProviderWhileTheyRun) {
   EXPECT_TRUE(kept->destroyed);
 }
 
-TEST(RequestsWithoutHost, StaySilent) {
+TEST(RequestsWithoutHost, PostNoMessage) {
   const auto answers = std::make_shared<FakeAnswers>();
   const AsyncProviderWrapper wrapper(new FakeProvider(answers));
   Inbox<GetContentMessage> inbox("content");
   const auto request = wrapper.RequestContent("test:p", {}, "content");
   EXPECT_TRUE(static_cast<bool>(request));
   request->Abort();
-  EXPECT_EQ(Hestra::StationUtils::WaitAndDispatch(50), 0u);
+  EXPECT_EQ(Hestra::StationUtils::Dispatch(), 0u);
   EXPECT_EQ(answers->calls, 0);
 }
 
-TEST(RequestsAtTheEnd, AllAnswerBeforeShutdownReturns) {
+TEST(RequestsAtShutdown, PostBeforeShutdownReturns) {
   ProviderHost::Initialize();
   const auto answers = std::make_shared<FakeAnswers>();
-  answers->listing = [](ProviderRequest*) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  Turnstile turnstile;
+  answers->listing = [&](ProviderRequest*) {
+    turnstile.ArriveAndWait();
     return ContentMap();
   };
   auto* wrapper = new AsyncProviderWrapper(new FakeProvider(answers));
   ProviderHost::RegisterProvider(std::unique_ptr<ProviderWrapper>(wrapper));
   Inbox<GetContentMessage> inbox("content");
   for (int i = 0; i < 100; ++i) wrapper->RequestContent("test:p", {}, "content");
+  std::thread opener([&] { turnstile.Open(); });
   ProviderHost::Shutdown();
+  opener.join();
   EXPECT_TRUE(answers->destroyed);
   while (Hestra::StationUtils::Dispatch() > 0) {
   }
   EXPECT_EQ(inbox.messages.size(), 100u);
 }
 
-TEST(RequestObjects, AnswerTheirTwoInterfaces) {
+TEST(RequestObjects, SupportTwoInterfaces) {
   const Hestra::InterfaceRef<ProviderListRequest, Hestra::IThreadedQueueRequest> request(
       new ProviderListRequest("s", "p"));
   void* found = &found;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Whole listings of made cards on a disk that fails: reads that fail or come short, files that are
-// gone when they are opened, folders whose listing breaks off. The calls to the system are replaced
-// in this program.
+// Listings of synthetic cards on a failing disk: reads that fail or are short, files that are
+// missing when they are opened, folders whose listing stops early. This program replaces the system
+// calls.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -15,14 +15,14 @@
 #include <random>
 #include <set>
 
-#include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/frame/ProviderHost.h"
 #include "support/AllCards.h"
 #include "support/Values.h"
 
 namespace {
 
-// One failure in so many calls; 0 for none.
+// One failure per this many calls; 0 for none.
 std::atomic<unsigned> failureRate{0};
 std::atomic<unsigned> failures{0};
 thread_local std::minstd_rand randomness;
@@ -95,11 +95,11 @@ std::set<std::string> FieldNames(const FieldValueMap& fields) {
   return names;
 }
 
-TEST(FaultInjection, CostsEntriesAndFieldsAndNothingElse) {
+TEST(FaultInjection, AffectsOnlyEntriesAndFields) {
   const sorvik_test::TempTree tree;
   const auto cards = sorvik_test::MakeAllCards(tree);
   ProviderHost::Initialize();
-  unsigned whole = 0;
+  unsigned complete = 0;
   unsigned damaged = 0;
   for (unsigned seed = 1; seed <= 60; ++seed) {
     randomness.seed(seed);
@@ -118,8 +118,8 @@ TEST(FaultInjection, CostsEntriesAndFieldsAndNothingElse) {
         }
         CheckStructure(card.root, card.providerId);
         failureRate = 0;
-        (content == expected ? whole : damaged) += 1;
-        // Nothing is invented: what is listed lies on the card and has fields that it can have.
+        (content == expected ? complete : damaged) += 1;
+        // All listed paths are on the card, and all fields are in the field list.
         for (const auto& [key, fields] : content) {
           const std::string path = sorvik_test::TextOf(fields, kPathField);
           EXPECT_TRUE(path == "<none>" || path.starts_with(card.root + "/")) << path;
@@ -131,9 +131,9 @@ TEST(FaultInjection, CostsEntriesAndFieldsAndNothingElse) {
     }
   }
   ProviderHost::Shutdown();
-  // The disk did fail, and not always.
+  // Some calls failed, but not in every listing.
   EXPECT_GT(failures, 1000u);
-  EXPECT_GT(whole, 0u);
+  EXPECT_GT(complete, 0u);
   EXPECT_GT(damaged, 0u);
 }
 

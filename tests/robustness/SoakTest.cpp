@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Requests over all made cards, again and again, some of them aborted: each gives its one message,
-// and memory doesn't grow. SORVIK_SOAK sets the number of requests.
+// Many requests for all synthetic cards, some of them aborted: each posts one message, and memory
+// doesn't grow. SORVIK_SOAK sets the number of requests.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -72,7 +72,7 @@ class Soak : public testing::Test {
   }
   void WaitFor(long count) {
     while (received_ < count) {
-      ASSERT_GT(Hestra::StationUtils::WaitAndDispatch(60'000), 0u) << "a message never came";
+      ASSERT_GT(Hestra::StationUtils::WaitAndDispatch(60'000), 0u) << "a message is missing";
     }
   }
 
@@ -93,7 +93,7 @@ class Soak : public testing::Test {
   long received_ = 0;
 };
 
-TEST_F(Soak, GivesEveryMessageAndKeepsItsSize) {
+TEST_F(Soak, PostsEveryMessageWithoutGrowing) {
   const long count = RequestCount();
   const long warm = count / 5;
   long before = 0;
@@ -109,7 +109,7 @@ TEST_F(Soak, GivesEveryMessageAndKeepsItsSize) {
   const long after = ResidentMemory();
   std::printf("%ld requests, resident memory %ld KiB after %ld of them, %ld KiB at the end\n",
               count, before, warm, after);
-  // Allocators keep some pages back; a leak of a message or an entry for each request is far more.
+  // Allocators retain some pages; a leak of one message or entry per request is far larger.
   EXPECT_LT(after - before, 24 * 1024 + count / 10);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One made card of every structure that the library knows, each below a folder of its own.
+// A synthetic card of every supported structure, each in its own folder.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@ struct MadeCard {
   std::string providerId;  // the structure's provider
 };
 
-// Makes them all below `tree`. Essence files hold a few bytes, clip records are real.
+// Creates all cards in `tree`. Essence files have a few bytes, clip records are valid.
 std::vector<MadeCard> MakeAllCards(const TempTree& tree);
 
 }  // namespace sorvik_test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// An AVCHD card on disk, made of empty stream files and real playlists.
+// A synthetic AVCHD card with empty stream files and valid playlists.
 #pragma once
 
 #include <string>
@@ -13,11 +13,11 @@ namespace sorvik_test {
 
 struct PlayItemOf {
   std::string clip;
-  unsigned condition = 1;   // 6 continues the item before it
-  std::size_t length = 20;  // of what follows the length field
+  unsigned condition = 1;   // 6 continues the previous item
+  std::size_t length = 20;  // of the data after the length field
 };
 
-// Header of 58 bytes, the play-list block with its items, and `tail` bytes behind it.
+// A header of 58 bytes, the play-list block with its items, and `tail` bytes after it.
 inline Bytes PlaylistOf(const std::vector<PlayItemOf>& items, std::size_t tail = 6) {
   Bytes block;
   block.U16(0).U16(items.size()).U16(0);  // reserved; number of items, of sub-paths
@@ -33,14 +33,14 @@ inline Bytes PlaylistOf(const std::vector<PlayItemOf>& items, std::size_t tail =
   return file;
 }
 
-// How a camera spells its names.
+// The file names of a camera.
 struct AvchdNaming {
   std::string stream, clipInfo, playlist, index, movieObject;
 };
 inline const AvchdNaming kShortNames{".MTS", ".CPI", ".MPL", "index.bdm", "MOVIEOBJ.BDM"};
 inline const AvchdNaming kLongNames{".m2ts", ".clpi", ".mpls", "index.bdmv", "MovieObject.bdmv"};
 
-// A card with all that recognition needs and no clips, below `folder` of the tree.
+// A card without clips that is recognized as AVCHD, in `folder` of the tree.
 class AvchdCard {
  public:
   explicit AvchdCard(const TempTree& tree, std::string folder = {},
@@ -56,12 +56,12 @@ class AvchdCard {
 
   const std::string& Root() const { return root_; }
   std::string BDMV() const { return tree_.Path(bdmv_); }
-  // The full path of what stands below BDMV.
+  // The full path of a file or folder below BDMV.
   std::string Path(std::string_view below) const { return BDMV() + "/" + std::string(below); }
   std::string File(std::string_view below, std::string_view content = {}) const {
     return tree_.File(bdmv_ + "/" + std::string(below), content);
   }
-  // The stream and clip-information file of each clip.
+  // Creates the stream and the clip information file of each clip.
   void Clips(const std::vector<std::string>& numbers) const {
     for (const std::string& number : numbers) {
       File("STREAM/" + number + naming_.stream);

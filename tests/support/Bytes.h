@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Builds the bytes of a file field by field, big-endian unless LE stands in the name.
+// Builds the bytes of a file field by field, big-endian unless the method's name ends in LE.
 #pragma once
 
 #include <concepts>
@@ -53,7 +53,7 @@ class Bytes {
     raw_.append(text);
     return *this;
   }
-  // Digits in pairs; anything else is passed over.
+  // Pairs of hexadecimal digits; other characters are skipped.
   Bytes& Hex(std::string_view digits) {
     int high = -1;
     for (const char c : digits) {
@@ -72,7 +72,7 @@ class Bytes {
     raw_.append(count, static_cast<char>(value));
     return *this;
   }
-  // Fills up to `size` bytes in all.
+  // Appends `value` up to a total of `size` bytes.
   Bytes& PadTo(std::size_t size, unsigned value = 0) {
     if (raw_.size() < size) Fill(size - raw_.size(), value);
     return *this;
@@ -89,7 +89,7 @@ class Bytes {
   std::size_t size() const { return raw_.size(); }
   const std::string& str() const { return raw_; }
   Bytes Cut(std::size_t size) const { return Bytes(raw_.substr(0, size)); }
-  // Borrowed: this object must outlive it.
+  // Not a copy: this object must outlive it.
   Sorvik::foundation::ByteReader Reader() const { return Sorvik::foundation::ReaderOf(raw_); }
 
  private:
@@ -109,7 +109,7 @@ class Bytes {
   std::string raw_;
 };
 
-// A file of the samples beside the source tree; nothing when they aren't there.
+// A file of the samples next to the source tree; nullopt if they are missing.
 inline std::optional<std::string> ReadSample(std::string_view relative) {
   std::ifstream stream(std::string(SORVIK_SAMPLES_DIR "/").append(relative), std::ios::binary);
   if (!stream) return std::nullopt;

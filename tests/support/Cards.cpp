@@ -11,7 +11,7 @@ std::string Element(std::string_view name, std::string_view content) {
   return text;
 }
 
-// 80 by 60 would be the camera's size; a picture of one pixel is a picture.
+// One pixel instead of a camera's 80 by 60.
 constexpr std::string_view kIcon{
     "BM\x3a\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\1\0\0\0\1\0\0\0\1\0\x18\0"
     "\0\0\0\0\4\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x10\x20\x30\0",

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A provider whose answers a test sets, and a receiver of messages.
+// A provider whose results a test sets, and a receiver of messages.
 #pragma once
 
 #include <atomic>
@@ -70,7 +70,7 @@ class FakeProvider final : public Sorvik::Provider {
   std::shared_ptr<FakeAnswers> answers_;
 };
 
-// Registers `station` for the messages of type T and keeps copies of them.
+// Registers `station` and stores copies of its messages of type T.
 template <class T>
 class Inbox {
  public:
@@ -83,7 +83,7 @@ class Inbox {
   Inbox(const Inbox&) = delete;
   Inbox& operator=(const Inbox&) = delete;
 
-  // Dispatches until `count` messages have come; false after ten seconds.
+  // Dispatches until `count` messages have arrived. Returns false after ten seconds.
   bool WaitFor(std::size_t count) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (messages.size() < count && std::chrono::steady_clock::now() < end) {

@@ -6,6 +6,7 @@
 #include <pty.h>
 #include <signal.h>
 #include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace sorvik_test {
 namespace {
@@ -35,8 +37,8 @@ struct Pipe {
   }
 };
 
-// In the child: becomes sorvik. A fixed language and zone make its texts the same everywhere.
-[[noreturn]] void Become(const std::vector<std::string>& arguments) {
+// Executes sorvik in the child process, with a fixed language.
+[[noreturn]] void ExecSorvik(const std::vector<std::string>& arguments) {
   setenv("LC_ALL", "C", 1);
   unsetenv("LANGUAGE");
   std::string program = SORVIK_BINARY_DIR "/sorvik";
@@ -57,7 +59,7 @@ int WaitForEnd(pid_t process) {
   return CodeOf(status);
 }
 
-// False at the end. A terminal whose other side is closed gives EIO there.
+// Returns false at the end, which is EIO on a terminal whose other side is closed.
 bool ReadSome(int descriptor, std::string& text) {
   std::array<char, 4096> piece;
   const ssize_t got = read(descriptor, piece.data(), piece.size());
@@ -75,7 +77,7 @@ ProgramResult RunSorvik(const std::vector<std::string>& arguments) {
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     dup2(output.ends[1], STDOUT_FILENO);
     dup2(errors.ends[1], STDERR_FILENO);
-    Become(arguments);
+    ExecSorvik(arguments);
   }
   output.CloseWrite();
   errors.CloseWrite();
@@ -95,7 +97,7 @@ ProgramResult RunSorvikOnTerminal(const std::vector<std::string>& arguments) {
   const winsize size{50, 200, 0, 0};
   int terminal = -1;
   const pid_t process = forkpty(&terminal, nullptr, nullptr, &size);
-  if (process == 0) Become(arguments);
+  if (process == 0) ExecSorvik(arguments);
   ProgramResult result;
   while (ReadSome(terminal, result.output)) {
   }
@@ -109,10 +111,10 @@ RunningSorvik::RunningSorvik(const std::vector<std::string>& arguments) {
   process_ = fork();
   if (process_ == 0) {
     dup2(input.ends[0], STDIN_FILENO);
-    const int nowhere = open("/dev/null", O_WRONLY);
-    dup2(nowhere, STDOUT_FILENO);
-    dup2(nowhere, STDERR_FILENO);
-    Become(arguments);
+    const int null = open("/dev/null", O_WRONLY);
+    dup2(null, STDOUT_FILENO);
+    dup2(null, STDERR_FILENO);
+    ExecSorvik(arguments);
   }
   std::swap(input_, input.ends[1]);
 }
@@ -127,29 +129,22 @@ RunningSorvik::~RunningSorvik() {
 
 bool RunningSorvik::WaitUntilReading() const {
   const std::string text(4096, ' ');
-  if (write(input_, text.data(), text.size()) < 0) return false;
-  // What was written is gone once a worker reads.
-  for (int i = 0; i < 1000; ++i) {
-    int waiting = 0;
-    if (ioctl(input_, FIONREAD, &waiting) == 0 && waiting == 0) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  if (fcntl(input_, F_SETFL, O_NONBLOCK) != 0) return false;
+  while (write(input_, text.data(), text.size()) > 0) {
   }
-  return false;
+  // A full pipe becomes writable again when the program reads from it.
+  pollfd writable{input_, POLLOUT, 0};
+  return errno == EAGAIN && poll(&writable, 1, 10'000) == 1;
 }
 
 void RunningSorvik::Signal(int number) const { kill(process_, number); }
 
 int RunningSorvik::WaitFor(std::chrono::milliseconds time) {
-  const auto end = std::chrono::steady_clock::now() + time;
-  while (std::chrono::steady_clock::now() < end) {
-    int status = 0;
-    if (waitpid(process_, &status, WNOHANG) == process_) {
-      process_ = -1;
-      return CodeOf(status);
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return -1;
+  const int descriptor = static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
+  pollfd ended{descriptor, POLLIN, 0};
+  const bool hasEnded = poll(&ended, 1, static_cast<int>(time.count())) == 1;
+  close(descriptor);
+  return hasEnded ? WaitForEnd(std::exchange(process_, -1)) : -1;
 }
 
 }  // namespace sorvik_test

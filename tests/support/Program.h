@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The built program sorvik, run as a user runs it.
+// Runs the built program sorvik.
 #pragma once
 
 #include <sys/types.h>
@@ -11,7 +11,7 @@
 namespace sorvik_test {
 
 struct ProgramResult {
-  int exitCode = -1;  // 128 and the signal's number where a signal ended it
+  int exitCode = -1;  // 128 + number of the signal if a signal terminated it
   std::string output;
   std::string errors;
 };
@@ -19,10 +19,10 @@ struct ProgramResult {
 // Runs sorvik to its end; both outputs are pipes and there is no input.
 ProgramResult RunSorvik(const std::vector<std::string>& arguments);
 
-// The same with one terminal of 200 columns as its outputs: all is in `output`, line ends as \r\n.
+// The same with a terminal of 200 columns for both outputs. All text is in `output`, with \r\n.
 ProgramResult RunSorvikOnTerminal(const std::vector<std::string>& arguments);
 
-// A sorvik that is still running, its input a pipe that never ends.
+// A running sorvik whose standard input is a pipe that never ends.
 class RunningSorvik {
  public:
   explicit RunningSorvik(const std::vector<std::string>& arguments);
@@ -30,10 +30,10 @@ class RunningSorvik {
   RunningSorvik(const RunningSorvik&) = delete;
   RunningSorvik& operator=(const RunningSorvik&) = delete;
 
-  // True once the program waits in its input.
+  // Waits until the program reads its input. Returns false after 10 seconds.
   bool WaitUntilReading() const;
   void Signal(int number) const;
-  // Its exit code, -1 if it still runs after `time`.
+  // Waits at most `time` for the exit code. Returns -1 if the program is still running.
   int WaitFor(std::chrono::milliseconds time);
 
  private:

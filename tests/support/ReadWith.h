@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Runs a reader of native metadata over bytes in memory and shows what it found, one fact a line.
+// Runs a metadata reader on bytes in memory and prints the result, one property a line.
 #pragma once
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 
 namespace sorvik_test {
 
-// Bytes in memory as a file, which counts how it is read.
+// A file in memory that counts its reads.
 class MemoryFile : public Sorvik::xmp::FileBytes {
  public:
   explicit MemoryFile(std::string_view bytes) : bytes_(Sorvik::foundation::ReaderOf(bytes)) {}
@@ -35,7 +35,7 @@ class MemoryFile : public Sorvik::xmp::FileBytes {
 struct ReadResult {
   bool recognised = false;
   Sorvik::xmp::ReaderOutput output;
-  int reads = 0;  // beside the head
+  int reads = 0;  // besides the head
   std::size_t longestRead = 0;
 
   std::string Get(std::string_view schema, std::string_view name) const {
@@ -65,8 +65,8 @@ inline ReadResult ReadWith(
   return result;
 }
 
-// Lets a reader have damaged forms of a file: cut off at each byte, and with each byte changed to
-// the values of which lengths that lie are made. What it finds doesn't matter, only that it ends.
+// Runs a reader on damaged variants of a file: truncated at each byte, and with each byte changed
+// to values that make invalid lengths. It must only return, whatever the result.
 inline void ReadDamaged(const Sorvik::xmp::Reader& reader, const std::string& bytes) {
   for (std::size_t size = 0; size < bytes.size(); ++size) {
     ReadWith(reader, std::string_view(bytes).substr(0, size));
@@ -81,7 +81,8 @@ inline void ReadDamaged(const Sorvik::xmp::Reader& reader, const std::string& by
   }
 }
 
-// The media facts in a fixed order, such as "videoFrameRate=25", one a line; absent ones left out.
+// The media properties in a fixed order, such as "videoFrameRate=25", one a line, without those
+// that are missing.
 inline std::string Facts(const ReadResult& result) {
   using namespace Sorvik::xmp;
   std::string all;
@@ -133,7 +134,7 @@ inline std::string Facts(const ReadResult& result) {
   return all;
 }
 
-// The descriptive facts in the same way: who, what, where.
+// The descriptive properties in the same form.
 inline std::string TextFacts(const ReadResult& result) {
   using namespace Sorvik::xmp;
   std::string all;

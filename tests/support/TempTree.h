@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A folder of a test's own, filled from lists of paths and contents and removed at the end.
+// A temporary folder that is removed at the end of the test.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ class TempTree {
   const std::string& Root() const noexcept { return root_; }
   // The full path of `relative`.
   std::string Path(std::string_view relative) const;
-  // Write a file or make a folder with all folders above it; both give the full path.
+  // Create a file or folder and its parent folders. Both return the full path.
   std::string File(std::string_view relative, std::string_view content = {}) const;
   std::string Folder(std::string_view relative) const;
 

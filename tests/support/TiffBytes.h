@@ -14,7 +14,7 @@ struct TiffEntry {
   std::uint16_t tag;
   std::uint16_t type;
   std::uint32_t count;
-  std::string value;  // in the order of bytes of the file
+  std::string value;  // in the byte order of the file
 };
 
 class TiffBytes {
@@ -48,8 +48,8 @@ class TiffBytes {
     return {tag, type, static_cast<std::uint32_t>(v.size()), b.str()};
   }
 
-  // Header and directories one behind the other. The pointer to each further one stands in the
-  // first, under the tag given with it.
+  // The header and the directories in sequence. The first directory has a pointer to each of the
+  // others, under the tag given with it.
   std::string File(std::vector<TiffEntry> first,
                    const std::vector<std::pair<std::uint16_t, std::vector<TiffEntry>>>& subs = {}) {
     std::size_t next = 8 + DirectorySize(first) + 12 * subs.size();
@@ -91,7 +91,7 @@ class TiffBytes {
         values.Text(entry.value);
       }
     }
-    Long(b, 0);  // no further directory
+    Long(b, 0);  // no next directory
     b.Add(values);
   }
 

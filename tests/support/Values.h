@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Short ways to what a listing holds.
+// Access to the contents of listings.
 #pragma once
 
 #include <string>
@@ -9,15 +9,14 @@
 
 namespace sorvik_test {
 
-// The text of a field; "<none>" where the entry lacks it or it holds no text.
+// The text of a field; "<none>" if the field is missing or no text.
 inline std::string TextOf(const Sorvik::FieldValueMap& fields, const std::string& name) {
   const auto found = fields.find(name);
   const auto* text = found == fields.end() ? nullptr : found->second.get_if<std::string>();
   return text == nullptr ? "<none>" : *text;
 }
 
-// The paths of ExtraPath with `root` and its separator cut from their front; "<none>" as the only
-// item where the entry has no list.
+// The paths of ExtraPath relative to `root`; "<none>" as the only item if the entry has no list.
 inline std::vector<std::string> ExtraPathsOf(const Sorvik::FieldValueMap& fields,
                                              const std::string& root) {
   using List = std::vector<Sorvik::any_regular_t>;

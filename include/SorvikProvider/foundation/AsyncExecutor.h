@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The pool of workers on which queued requests run.
+// The thread pool of queued requests.
 #pragma once
 
 #include <boost/function.hpp>
@@ -11,29 +11,30 @@
 
 namespace tarnwick::threads {
 
-// All operations may be called on any thread, WaitForAccepted only from outside the workers.
+// All operations may be called on any thread; WaitForAccepted not on a worker.
 class SORVIK_EXPORT AsyncExecutor {
  public:
   virtual ~AsyncExecutor();
-  // Queues `function` to run once on a worker. False, and nothing is queued, after StopAccepting.
-  // A function that throws ends there: the failure hook hears of it and the worker goes on.
+  // Queues `function` to run once on a worker. Returns false, and queues nothing, after
+  // StopAccepting. Exceptions of the function go to the failure hook; the worker continues.
   virtual bool Post(boost::function<void()> function) = 0;
-  // From now on Post refuses work; what was accepted still runs.
+  // From now on Post refuses functions. Accepted ones still run.
   virtual void StopAccepting() = 0;
-  // Returns when everything that was accepted has run.
+  // Returns when all accepted functions have run.
   virtual void WaitForAccepted() = 0;
 };
 
-// A pool sized for waiting on disks and not for computing: 4 to 16 threads.
+// Creates a pool of 4 to 16 threads, sized for blocking I/O rather than computation.
 SORVIK_EXPORT boost::shared_ptr<AsyncExecutor> CreateIOBoundExecutor();
 
-// An executor that shares the threads of `base` and keeps it alive. At most `width` of its
-// functions run at once; -1 stands for no limit of its own.
+// Creates an executor that shares the threads of `base` and keeps it alive. At most `width` of its
+// functions run at once; -1 means no limit.
 SORVIK_EXPORT boost::shared_ptr<AsyncExecutor> CreateSubExecutor(
     boost::shared_ptr<AsyncExecutor> base, int width);
 
-// Called on the worker with what a function threw. Set it before the first request; an empty
-// function takes it away. Without a hook such a failure is silent.
+// Called on the worker with the exception of a function. A request whose provider throws posts no
+// message, so this is the only report of it. Set the hook before the first request; an empty
+// function removes it. Without a hook exceptions are dropped.
 using FailureHook = std::function<void(std::exception_ptr)>;
 SORVIK_EXPORT void SetFailureHook(FailureHook hook);
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Pixel buffers held by handle: 32-bit pixels, bytes blue, green, red, alpha, colours
-// premultiplied. A handle belongs to whoever received it last and is given back with
-// bitplateDispose. One handle belongs to one thread at a time; different handles may be used on
-// different threads. A null handle has no pixels: its sizes are 0, and setting anything is ignored.
+// Pixel buffers by handle. Pixels are 32 bits: blue, green, red, alpha, with premultiplied colours.
+// The last receiver owns a handle and frees it with bitplateDispose. A handle must not be used by
+// two threads at a time. All functions accept a null handle: its sizes are 0, setters are ignored.
 #pragma once
 
 #include <cstddef>
@@ -18,26 +17,26 @@ struct BitplateRect {
   int bottom;
 };
 
-// In which order the rows of a picture stand in memory.
+// The order of rows in memory.
 enum class BitplateRowOrder { kTopDown, kBottomUp };
 
-// A new buffer, all bytes 0, rows top-down until said otherwise. Null if a side is below 1 or above
-// 16384, or if memory is short.
+// Creates a zero-initialized buffer with top-down rows. Returns nullptr if a side is below 1 or
+// above 16384, or if memory is exhausted.
 SORVIK_EXPORT Bitplate** bitplateNew(const BitplateRect& bounds) noexcept;
-// Frees the buffer in any state of locking; null is ignored.
+// Frees the buffer, locked or not. Ignores nullptr.
 SORVIK_EXPORT void bitplateDispose(Bitplate** plate) noexcept;
 
 SORVIK_EXPORT int bitplateGetWidth(Bitplate** plate) noexcept;
 SORVIK_EXPORT int bitplateGetHeight(Bitplate** plate) noexcept;
-// Distance from one row in memory to the next, in bytes; at least four times the width.
+// The distance between rows in memory, in bytes; at least four times the width.
 SORVIK_EXPORT int bitplateGetRowbytes(Bitplate** plate) noexcept;
 
-// The first byte of the first row in memory. Locking is a count that restricts nothing: the address
-// never changes while the buffer lives.
+// The first byte of the first row in memory. The address never changes; locks are counted, but
+// restrict nothing.
 SORVIK_EXPORT unsigned char* bitplateGetPixels(Bitplate** plate) noexcept;
 SORVIK_EXPORT void bitplateLockPixels(Bitplate** plate) noexcept;
 SORVIK_EXPORT void bitplateUnlockPixels(Bitplate** plate) noexcept;
 
-// The renderers set the order, so that a host can draw every picture upright.
+// Set by the renderers. A host needs it to draw a picture upright.
 SORVIK_EXPORT BitplateRowOrder bitplateGetRowOrder(Bitplate** plate) noexcept;
 SORVIK_EXPORT void bitplateSetRowOrder(Bitplate** plate, BitplateRowOrder order) noexcept;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What a host may tell the library about its surroundings. All of it has working defaults; set it
-// before the first request. Look-ups may happen on any thread.
+// Settings that a host may change. All have working defaults; set them before the first request.
+// Look-ups on any thread, without a lock; each setter keeps the replaced settings in memory.
 #pragma once
 
 #include <set>
@@ -14,8 +14,8 @@ namespace tarnwick::filesupport::commondirs {
 
 using Hestra::UTF16String;
 
-// The folder of icons, pictures and catalogues, without a trailing separator. Found from the
-// library's own place on disk, in a build tree as when installed, unless a host set another.
+// The folder of icons, pictures and catalogues, without a trailing separator. Defaults to the
+// folder that belongs to the library's file, in a build tree or an installation.
 SORVIK_EXPORT UTF16String ResourcesDir();
 SORVIK_EXPORT void SetResourcesDir(std::u16string_view folder);
 
@@ -24,7 +24,7 @@ SORVIK_EXPORT void SetResourcesDir(std::u16string_view folder);
 namespace Hestra::DirectoryRegistry {
 
 // The folder registered under `name`, with a trailing separator; empty if there is none.
-// "document.templates" is registered from the start: the templates folder of ResourcesDir.
+// "document.templates" is registered by default: the folder "templates" in ResourcesDir.
 SORVIK_EXPORT UTF16String FindDirectory(std::string_view name);
 SORVIK_EXPORT void RegisterDirectory(std::string_view name, std::u16string_view folder);
 
@@ -32,11 +32,11 @@ SORVIK_EXPORT void RegisterDirectory(std::string_view name, std::u16string_view 
 
 namespace Fenwold::ImportableFileTypeUtils {
 
-// Which set of file types is meant; video is the only one that the library asks for.
+// A kind of file types. The library uses only this one.
 inline constexpr int kVideoFileTypes = 6;
 
-// Gives the extensions, without dot and in capitals, that the host can import. Until a host sets
-// its own they are the usual ones of the field, "DV" among them.
+// Gets the extensions that the host can import, in upper case without the dot. The default is a
+// list of common video files, including "DV".
 SORVIK_EXPORT void GetImportableFileExtensions(int kind, std::set<Hestra::UTF16String>& extensions);
 SORVIK_EXPORT void SetImportableFileExtensions(int kind, std::set<Hestra::UTF16String> extensions);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The mark of what leaves the library; everything else is hidden.
+// Marks exported symbols. All others have hidden visibility.
 #pragma once
 
 #if defined(__GNUC__)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Reference counting and interface query of the foundation.
+// Reference counting and interface queries.
 #pragma once
 
 #include <atomic>
@@ -18,7 +18,7 @@ class SORVIK_EXPORT Exception : public std::runtime_error {
   ~Exception() override;
 };
 
-// Thrown where a null counted pointer is used.
+// Thrown when a null InterfaceRef or ObjectPtr is dereferenced.
 class SORVIK_EXPORT NullInterfaceException : public Exception {
  public:
   NullInterfaceException();
@@ -39,34 +39,35 @@ inline constexpr QueryResult kNoInterface = static_cast<QueryResult>(0xA00A0001u
 inline constexpr InterfaceID kThreadedQueueRequestID{0x4055FE55793307D6, 0x740A4DB1AF3A34B1};
 inline constexpr InterfaceID kHestraUnknownID{0x4F33C5DF4F9CB3F7, 0xB93F9CDF4C78A5B5};
 
-// The reference-counted root. An object deletes itself when Release takes its last reference.
+// The base of reference-counted objects. An object deletes itself when its last reference is
+// released.
 class SORVIK_EXPORT HestraUnknown {
  public:
   virtual void AddRef() noexcept = 0;
   virtual void Release() noexcept = 0;
   virtual ~HestraUnknown();
-  // Gives the object as the interface `id` in `result`: kQueryDone, or kNoInterface and null. The
-  // first form adds a reference on success, the second doesn't.
+  // Stores the object as the interface `id` in `result` and returns kQueryDone, or stores nullptr
+  // and returns kNoInterface. The first form adds a reference on success, the second doesn't.
   virtual QueryResult QueryInterface(InterfaceID id, void** result) noexcept = 0;
   virtual QueryResult QueryInterfaceWithoutRef(InterfaceID id, void** result) noexcept = 0;
 };
 
-// Work for a queue: Run is called once, on a worker.
+// A task for a queue. Run is called once, on a worker.
 class SORVIK_EXPORT IThreadedQueueRequest : public HestraUnknown {
  public:
   virtual void Run() = 0;
 };
 
-// An intrusive counted pointer to a T that is reached through the interface Base. Copying may
-// happen on any thread; one pointer object belongs to one thread at a time.
+// An intrusive reference-counted pointer to a T with the interface Base. The count is thread-safe;
+// a pointer object must not be used by two threads at a time.
 template <class T, class Base = T>
 class InterfaceRef {
  public:
   InterfaceRef() noexcept = default;
-  explicit InterfaceRef(T* object) noexcept : object_(object) { Hold(); }
-  InterfaceRef(const InterfaceRef& other) noexcept : object_(other.object_) { Hold(); }
+  explicit InterfaceRef(T* object) noexcept : object_(object) { AddReference(); }
+  InterfaceRef(const InterfaceRef& other) noexcept : object_(other.object_) { AddReference(); }
   InterfaceRef(InterfaceRef&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-  // Widens to a pointer to a base of T, such as IThreadedQueueRequest.
+  // Converts to a pointer to a base class of T, such as IThreadedQueueRequest.
   template <class U, class V>
   requires std::is_convertible_v<U*, T*> InterfaceRef(const InterfaceRef<U, V>& other)
   noexcept  // NOLINT(google-explicit-constructor)
@@ -89,7 +90,7 @@ class InterfaceRef {
   }
 
  private:
-  void Hold() noexcept {
+  void AddReference() noexcept {
     if (object_ != nullptr) static_cast<Base*>(object_)->AddRef();
   }
   T* Checked() const {
@@ -100,19 +101,19 @@ class InterfaceRef {
   T* object_ = nullptr;
 };
 
-// The counter of an ObjectPtr that is shared between threads.
+// A thread-safe reference count for ObjectPtr.
 class AtomicValue {
  public:
   explicit AtomicValue(std::int32_t value) noexcept : value_(value) {}
   void Increment() noexcept { value_.fetch_add(1, std::memory_order_relaxed); }
-  // True if this took the last reference.
+  // True if this was the last reference.
   bool Decrement() noexcept { return value_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
 
  private:
   std::atomic<std::int32_t> value_;
 };
 
-// A shared counted pointer to a plain object. The last one deletes the object and its counter; a
+// A non-intrusive reference-counted pointer. The last one deletes the object and the counter; a
 // null pointer has no counter.
 template <class T, class Counter = AtomicValue>
 class ObjectPtr {

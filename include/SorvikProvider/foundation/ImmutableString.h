@@ -1,25 +1,26 @@
 // SPDX-License-Identifier: MIT
-// A counted string that never changes: the name of a station. Copies share the text, so it is cheap
-// to pass and may be read on any thread. The null string is distinct from the empty one.
+// An immutable reference-counted string, used for station names. Copies share the text. Any thread.
+// The null string differs from the empty string.
 #pragma once
 
 #include <compare>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tarnwick::utility {
 
 class ImmutableString {
  public:
   ImmutableString() = default;       // the null string
-  ImmutableString(const char* text)  // NOLINT(google-explicit-constructor): a literal is a name
+  ImmutableString(const char* text)  // NOLINT(google-explicit-constructor): for literals
       : text_(text == nullptr ? nullptr : std::make_shared<const std::string>(text)) {}
   ImmutableString(std::string text)  // NOLINT(google-explicit-constructor)
       : text_(std::make_shared<const std::string>(std::move(text))) {}
 
   bool IsNull() const noexcept { return text_ == nullptr; }
-  // The text; empty for the null string. Lives as long as any copy of this string.
+  // The text; empty for the null string. Valid while any copy of this string lives.
   std::string_view View() const noexcept { return text_ ? std::string_view(*text_) : ""; }
   std::string ToStdString() const { return std::string(View()); }
 

@@ -8,7 +8,7 @@
 //   pollfd waiting{StationUtils::GetEventDescriptor(), POLLIN, 0};
 //   while (running && poll(&waiting, 1, -1) >= 0) StationUtils::Dispatch();
 //
-// Messages of one sender keep their order.
+// Messages from one thread keep their order.
 #pragma once
 
 #include <cstddef>
@@ -22,17 +22,17 @@
 
 namespace Hestra {
 
-// FNV-1a, 32 bits, of the name of a message's type.
+// The 32-bit FNV-1a hash of the name of a message type.
 SORVIK_EXPORT std::uint32_t HashMessageTypeNameToMessageID(const char* typeName) noexcept;
 
 class SORVIK_EXPORT Message {
  public:
   virtual ~Message();
-  // A new instance with a deep copy of all that the message holds.
+  // Returns a deep copy.
   virtual std::unique_ptr<Message> Clone() const = 0;
   virtual std::uint32_t GetMessageID() const noexcept = 0;
-  // Called instead of a receiver when nobody will take the message: frees what a receiver would
-  // have taken over. The message is destroyed right after.
+  // Called if the message has no receiver: frees the resources that the receiver would own. The
+  // message is destroyed right after.
   virtual void Discard() noexcept;
 
  protected:
@@ -41,7 +41,7 @@ class SORVIK_EXPORT Message {
   Message& operator=(const Message&) = default;
 };
 
-// Supplies T's clone operation and its id, which is the same in all instances.
+// Implements Clone and GetMessageID for T. All instances have the same id.
 template <class T>
 class MessageImpl : public Message {
  public:
@@ -55,8 +55,7 @@ class MessageImpl : public Message {
   }
 };
 
-// Memory of the foundation's allocator, so that a message made on one side of the library's border
-// can be freed on the other.
+// The library's allocator, so that the host can free a message of the library and vice versa.
 SORVIK_EXPORT void* AllocateMessageMemory(std::size_t size);
 SORVIK_EXPORT void FreeMessageMemory(void* memory) noexcept;
 
@@ -73,28 +72,28 @@ namespace StationUtils {
 using tarnwick::utility::ImmutableString;
 using Receiver = std::function<void(const Message&)>;
 
-// Copies `message` by its clone operation and queues the copy for the UI thread. Any thread; never
-// waits. `flag` is the library's word to other queues and has no meaning for this one.
+// Queues a clone of `message` for the UI thread. Any thread; locks the queue for the time of a
+// push. `flag` is ignored.
 SORVIK_EXPORT void PostMessageToUIThread(const ImmutableString& station, const Message& message,
                                          bool flag);
 
-// Who receives the messages of `station` from now on; a second registration replaces the first.
-// UI thread. A message for a station that nobody registered is discarded when its turn comes.
+// Registers the receiver of `station`; a second registration replaces the first. UI thread.
+// Messages for a station without a receiver are discarded when they are dispatched.
 SORVIK_EXPORT void RegisterStation(const ImmutableString& station, Receiver receiver);
 SORVIK_EXPORT void UnregisterStation(const ImmutableString& station);
 
-// A descriptor that is readable while a message waits. Owned by the library; don't read or close
-// it. -1 if the system has no descriptor left.
+// A descriptor that is readable while messages are queued. Owned by the library; don't read or
+// close it. -1 if the process has no descriptor left.
 SORVIK_EXPORT int GetEventDescriptor();
 
-// Hands up to `most` waiting messages to their receivers on the calling (UI) thread and returns
-// their number, messages without a receiver included. What a receiver throws goes to the caller;
-// the messages behind it stay queued. A receiver may post, abort, register and unregister; a
-// Dispatch from within a receiver does nothing.
-SORVIK_EXPORT std::size_t Dispatch(std::size_t most = 64);
+// Passes up to `maxMessages` queued messages to their receivers on the calling (UI) thread. Returns
+// the number of messages, those without a receiver included. Exceptions of a receiver propagate;
+// the messages after it stay queued. A receiver may post, abort, register and unregister; a nested
+// Dispatch does nothing.
+SORVIK_EXPORT std::size_t Dispatch(std::size_t maxMessages = 64);
 
-// Waits at most `milliseconds` (-1: without end) for a message, then dispatches. For tests and
-// programs without a loop of their own.
+// Waits at most `milliseconds` (-1: forever) for a message, then dispatches. For tests and for
+// programs without an event loop.
 SORVIK_EXPORT std::size_t WaitAndDispatch(int milliseconds);
 
 }  // namespace StationUtils

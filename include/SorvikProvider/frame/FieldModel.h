@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The shapes in which everything leaves the library: an entry is a map of field name to value, a
-// listing a map of entry key to entry. Field names, keys, paths and texts are UTF-8; names and keys
-// are ordered by bytes and compared exactly.
+// The containers of listings: an entry maps field names to values, a listing maps entry keys to
+// entries. Field names, keys, paths and texts are UTF-8; names and keys are ordered by bytes and
+// case-sensitive.
 #pragma once
 
 #include <map>
@@ -19,17 +19,17 @@ using halvane::any_regular_t;
 
 using FieldValueMap = std::map<std::string, any_regular_t>;  // the fields of one entry
 using ContentMap = std::map<std::string, FieldValueMap>;     // entry key to the entry's fields
-using FieldNameSet = std::set<std::string>;                  // fields asked for, or known
+using FieldNameSet = std::set<std::string>;                  // requested or supported fields
 using FieldNameList = std::vector<std::string>;              // fields in display order
 using FieldLabelMap = std::map<std::string, std::string>;    // field name to label key
 
 // The display name of an entry; a string.
 SORVIK_EXPORT extern const char* const kNameField;
 SORVIK_EXPORT extern const char* const kSDKNameField;
-// The path by which the entry is opened, or what the host passes on as the next path; a string.
+// The path of the entry: its file, or the folder to browse next; a string.
 SORVIK_EXPORT extern const char* const kPathField;
 SORVIK_EXPORT extern const char* const kSDKPathField;
-// Other files that belong to the entry: nothing, a string, or a vector of strings.
+// Further files of the entry: empty, a string, or a vector of strings.
 SORVIK_EXPORT extern const char* const kExtraPathField;
 SORVIK_EXPORT extern const char* const kSDKExtraPathField;
 // The path of the clip's proxy file; a string.

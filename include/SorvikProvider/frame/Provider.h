@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A provider understands one kind of place in the browse tree: the machine's volumes, a plain
-// directory, or one camera structure. It keeps nothing between calls; one object serves all threads
-// and all folders at once.
+// A provider lists one kind of folder in the browse tree: the list of volumes, a plain directory,
+// or one camera structure. It is stateless; one object serves all threads and folders.
 #pragma once
 
 #include <string>
@@ -14,11 +13,11 @@ namespace Sorvik {
 
 class ProviderRequest;
 
-// All operations may be called on any thread. Providers report no failures: what can't be read
-// gives an empty map, a left-out entry or field, a lower score or a null thumbnail.
+// All operations may be called on any thread. Providers report no errors: if something can't be
+// read, the result is an empty map, a missing entry or field, a lower score or a null thumbnail.
 class SORVIK_EXPORT Provider {
  public:
-  // A size in bytes. It has no display form here: the host formats sizes.
+  // A size in bytes, which the host formats.
   struct SORVIK_EXPORT ByteSize_t {
     ByteSize_t() noexcept = default;
     explicit ByteSize_t(unsigned long long bytes) noexcept : value(bytes) {}
@@ -34,29 +33,30 @@ class SORVIK_EXPORT Provider {
 
   virtual ~Provider();
 
-  // One entry: a map that holds just `key`, or an empty map if the structure at `path` has no such
-  // entry. Can't be aborted. Fills ExtraPath also where the listing doesn't.
+  // Returns a map with only the entry `key`, or an empty map if the structure at `path` has no such
+  // entry. Can't be aborted. Some providers fill ExtraPath only here and not in the listing.
   virtual ContentMap GetContent(const std::string& path, const std::string& key,
                                 const FieldNameSet& fields) const = 0;
-  // All entries of `path` with `fields`. A field that wasn't asked for doesn't appear, save where a
-  // provider says so. `request` may be null; an aborted listing's result is discarded.
+  // Returns all entries of `path` with `fields`. Fields that weren't requested don't appear, unless
+  // a provider documents it. `request` may be null; the result of an aborted listing is discarded.
   virtual ContentMap GetContent(const std::string& path, const FieldNameSet& fields,
                                 ProviderRequest* request) const = 0;
 
-  // Hooks for a host: true, false with `command` untouched, and false.
+  // Hooks for a host. By default they return true, false (`command` is unchanged) and false.
   virtual bool GetHasPossibleDirectoryContent(const std::string& path) const;
   virtual bool DoesPathSupportOpenCommand(const std::string& path, std::string& command) const;
   virtual bool ProcessOpenCommand(const std::string& path) const;
 
-  // Every field that this provider can fill.
+  // All fields that this provider can fill.
   virtual FieldNameSet GetFieldList() const = 0;
   // The fields of a column view, in order.
   virtual FieldNameList GetDefaultFieldList() const = 0;
-  // Field name to label, an unresolved key with its default text: "$$$/path=Name".
+  // Maps field names to labels. A label is a localization key with default text: "$$$/path=Name".
   virtual FieldLabelMap GetFieldLabelList() const = 0;
 
-  // How well the provider understands `path`: 0 or less not at all, 30 a plain directory, 40 a
-  // structure with a reservation, 100 its own root in good order. Never throws for bad paths.
+  // Scores how well the provider fits `path`: 0 or less if it doesn't, 30 for a plain directory, 40
+  // for a structure with irregularities, 100 for the root of a clean one. Never throws for bad
+  // paths.
   virtual int CanProvideFor(const std::string& path) const = 0;
 
   // A constant id, "com.halvane.Merisk." and the class name.
@@ -64,15 +64,16 @@ class SORVIK_EXPORT Provider {
   // The display name in the user's language.
   virtual std::string GetUIString() const = 0;
 
-  // The height in pixels that the provider can deliver where the host would like `height`.
+  // The maximum thumbnail height in pixels that the provider delivers if the host wants `height`.
   virtual int GetMaximumThumbnailHeight(int height) const = 0;
-  // A picture of the entry within `width` by `height` pixels, owned by the caller
-  // (bitplateDispose); null if there is none.
+  // Returns a picture of the entry that fits `width` by `height` pixels. The caller owns it
+  // (bitplateDispose). Returns nullptr if there is none.
   virtual Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width,
                                   int height, ProviderRequest* request) const = 0;
 
   // True if the host should apply its own file-type filter to the entries.
   virtual bool ShouldCheckFilter() const = 0;
+  // True if the entries are files or folders on disk.
   virtual bool IsFileBased() const = 0;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The library's front door: which providers understand this path, best first.
+// The entry point of the library: finds the providers for a path, best first.
 //
 //   Sorvik::ProviderHost::Initialize();
 //   auto providers = Sorvik::ProviderHost::GetProviderList("/media/card");
@@ -25,31 +25,33 @@ class SORVIK_EXPORT ProviderHost {
  public:
   ProviderHost() = delete;
 
-  // The identification that stands for no particular provider: take the best one. Empty.
+  // The identification that selects the best provider. Empty.
   static const std::string sBestProvider;
 
-  // Both count uses; the first Initialize creates the providers and the executor, the last Shutdown
-  // waits for the executor and deletes the wrappers. After it Initialize may start anew. These two
-  // and RegisterProvider belong to the host's main thread, with no other thread in the library.
+  // Initialize and Shutdown keep a use count. The first Initialize creates the providers and the
+  // executor; the last Shutdown waits for accepted requests and deletes the wrappers, after which
+  // Initialize may start again. A Shutdown without a matching Initialize has no effect but to
+  // cancel the next Initialize: the unsigned count wraps to its maximum. Call these two and
+  // RegisterProvider on the main thread, while no other thread uses the library.
   static void Initialize();
   static void Shutdown();
-  // Adds a provider behind the others; null is ignored.
+  // Adds a provider after the others. Ignores nullptr.
   static void RegisterProvider(std::unique_ptr<ProviderWrapper> wrapper);
 
   // The registered wrappers in order of registration. Valid until the last Shutdown.
   static const std::vector<ProviderWrapper*>& GetAllProviders();
-  // The providers that understand `path`, best first, ties in order of registration. Any thread;
-  // touches the disk. What a CanProvideFor throws goes to the caller.
+  // Returns the providers with a score above 0 for `path`, best first, ties in order of
+  // registration. Any thread; accesses the disk. Exceptions of CanProvideFor propagate.
   static std::vector<ProviderWrapper*> GetProviderList(const std::string& path);
-  // True if any provider understands `path`; false if one throws.
+  // True if any provider has a score above 0 for `path`; false if one throws.
   static bool HasProvider(const std::string& path);
 
-  // Where requests run; empty before Initialize and after the last Shutdown.
+  // The executor of requests; null before Initialize and after the last Shutdown.
   static boost::shared_ptr<tarnwick::threads::AsyncExecutor> GetProviderExecutor();
 
-  // Queue GetProviderList, and the default content of a path: Name and Path of those entries that
-  // can be browsed further. Their messages go to `station`. Null `data` throws
-  // NullInterfaceException.
+  // Queue GetProviderList, or a listing of the default content of a path: Name and Path of the
+  // entries that a provider can list in turn. The messages go to `station`. Throws
+  // NullInterfaceException if `data` is null.
   static Hestra::InterfaceRef<ProviderListRequest, Hestra::IThreadedQueueRequest>
   RequestProviderList(const std::string& path, tarnwick::utility::ImmutableString station);
   static Hestra::InterfaceRef<ProviderDefaultContentRequest, Hestra::IThreadedQueueRequest>
@@ -61,7 +63,7 @@ class SORVIK_EXPORT ProviderHost {
   friend class ProviderListRequest;
   friend class ProviderDefaultContentRequest;
 
-  // An aborted request gives an empty list.
+  // Returns an empty list if `request` is aborted.
   static std::vector<ProviderWrapper*> GetProviderList(const std::string& path,
                                                        ProviderRequest* request);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The answers of the four requests. A wrapper in a message is valid until the last
-// ProviderHost::Shutdown: a host aborts what runs, drains its queue, then shuts down.
+// The messages of the four requests. A wrapper in a message is valid until the last
+// ProviderHost::Shutdown: a host aborts its requests, drains its queue, then shuts down.
 #pragma once
 
 #include <cstdint>
@@ -34,7 +34,7 @@ struct SORVIK_EXPORT GetContentMessage : Hestra::MessageImpl<GetContentMessage>,
   ~GetContentMessage() override;
 };
 
-// The receiver takes the thumbnail over and disposes of it.
+// The receiver owns the thumbnail and disposes of it.
 struct SORVIK_EXPORT GetThumbnailMessage : Hestra::MessageImpl<GetThumbnailMessage>,
                                            Hestra::Allocated<GetThumbnailMessage> {
   Bitplate** thumbnail = nullptr;

@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: MIT
-// Questions that run once on the provider executor and always end in one message to a station.
-// A request may be aborted from any thread at any time; it still posts its message.
+// Requests run once on the provider executor and post exactly one message to a station, aborted
+// ones included. There are two exceptions, which post none:
+//  - if the provider throws, the exception goes to the hook of tarnwick::threads::SetFailureHook
+//    (AsyncExecutor.h) instead; without a hook it is dropped. A host that waits for messages sets
+//    the hook;
+//  - without an executor, before ProviderHost::Initialize and after the last Shutdown, a request
+//    never runs.
+// Abort may be called on any thread at any time.
 #pragma once
 
 #include <atomic>
 #include <boost/smart_ptr/shared_ptr.hpp>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "SorvikProvider/foundation/Export.h"
 #include "SorvikProvider/foundation/Hestra.h"
@@ -18,13 +25,13 @@ namespace Sorvik {
 
 class SORVIK_EXPORT ProviderRequest : public Hestra::IThreadedQueueRequest {
  public:
-  // Asks the run to stop soon. Doesn't wait; may come before, during or after the run.
+  // Asks the run to stop. Returns at once; may be called before, during or after the run.
   void Abort() noexcept;
 
-  // The abort test, for the thread of the run alone: true once Abort has been called. It consumes
-  // the abort word and remembers the answer.
+  // True once Abort has been called. Only for the thread of the run: it resets the atomic abort
+  // word and caches the result.
   bool TestAborted() noexcept;
-  // The same for providers; a null request is never aborted.
+  // The same for providers. A null request is never aborted.
   static bool TestAborted(ProviderRequest* request) noexcept {
     return request != nullptr && request->TestAborted();
   }
@@ -35,7 +42,7 @@ class SORVIK_EXPORT ProviderRequest : public Hestra::IThreadedQueueRequest {
   Hestra::QueryResult QueryInterfaceWithoutRef(Hestra::InterfaceID id,
                                                void** result) noexcept override;
 
-  // A new reference to the request itself.
+  // A new reference to this request.
   virtual Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> GetRef() = 0;
 
   ProviderRequest(const ProviderRequest&) = delete;
@@ -55,13 +62,13 @@ class SORVIK_EXPORT ProviderRequest : public Hestra::IThreadedQueueRequest {
   tarnwick::utility::ImmutableString station_;
   std::atomic<std::int32_t> abortWord_{0};
   bool aborted_ = false;
-  boost::shared_ptr<void> spare_;  // part of the layout that hosts were built against; stays empty
+  boost::shared_ptr<void> spare_;  // unused; part of the layout that hosts were compiled with
   std::atomic<std::int32_t> references_{0};
 };
 
 using RequestRef = Hestra::InterfaceRef<Hestra::IThreadedQueueRequest>;
 
-// What ProviderWrapper::RequestContent queues; ends in a GetContentMessage.
+// Queued by ProviderWrapper::RequestContent; posts a GetContentMessage.
 class SORVIK_EXPORT ProviderContentRequest final : public ProviderRequest {
  public:
   ProviderContentRequest(tarnwick::utility::ImmutableString station, ProviderRef provider,
@@ -74,7 +81,7 @@ class SORVIK_EXPORT ProviderContentRequest final : public ProviderRequest {
   FieldNameSet fields_;
 };
 
-// What ProviderWrapper::RequestThumbnail queues; ends in a GetThumbnailMessage.
+// Queued by ProviderWrapper::RequestThumbnail; posts a GetThumbnailMessage.
 class SORVIK_EXPORT ProviderThumbnailRequest final : public ProviderRequest {
  public:
   ProviderThumbnailRequest(tarnwick::utility::ImmutableString station, ProviderRef provider,
@@ -89,7 +96,7 @@ class SORVIK_EXPORT ProviderThumbnailRequest final : public ProviderRequest {
   int height_;
 };
 
-// What ProviderHost::RequestProviderList queues; ends in a GetProviderListMessage.
+// Queued by ProviderHost::RequestProviderList; posts a GetProviderListMessage.
 class SORVIK_EXPORT ProviderListRequest final : public ProviderRequest {
  public:
   ProviderListRequest(tarnwick::utility::ImmutableString station, std::string path);
@@ -100,7 +107,7 @@ class SORVIK_EXPORT ProviderListRequest final : public ProviderRequest {
   std::string path_;
 };
 
-// Made by the host: the path to list, and the identification of the wanted provider, or
+// Created by the host: the path to list and the identification of a provider, or
 // ProviderHost::sBestProvider for the best one.
 class SORVIK_EXPORT DefaultContentRequestData {
  public:
@@ -112,7 +119,7 @@ class SORVIK_EXPORT DefaultContentRequestData {
   std::string identification;
 };
 
-// What ProviderHost::RequestDefaultProviderContent queues; ends in a GetDefaultContentMessage.
+// Queued by ProviderHost::RequestDefaultProviderContent; posts a GetDefaultContentMessage.
 class SORVIK_EXPORT ProviderDefaultContentRequest final : public ProviderRequest {
  public:
   using DataRef = Hestra::ObjectPtr<DefaultContentRequestData, Hestra::AtomicValue>;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a host holds instead of a bare provider: the provider's operations, and two that start work
-// in the background.
+// The providers that a host works with: the operations of Provider, and two that queue requests.
 #pragma once
 
 #include <string>
@@ -17,8 +16,8 @@ class SORVIK_EXPORT ProviderWrapper : public Provider {
  public:
   ~ProviderWrapper() override;
 
-  // Both queue a request whose message goes to `station`, and return a reference by which it can be
-  // aborted. Before ProviderHost::Initialize the request is never run and never answered.
+  // Both queue a request whose message goes to `station`, and return a reference to abort it with.
+  // Before ProviderHost::Initialize the request never runs and posts no message.
   virtual Hestra::InterfaceRef<ProviderThumbnailRequest, Hestra::IThreadedQueueRequest>
   RequestThumbnail(const std::string& path, const std::string& key, int width, int height,
                    tarnwick::utility::ImmutableString station) const = 0;
@@ -27,18 +26,18 @@ class SORVIK_EXPORT ProviderWrapper : public Provider {
                  tarnwick::utility::ImmutableString station) const = 0;
 };
 
-// Shares ownership of its provider with every request in flight. Direct calls run on the caller's
-// thread. Three operations are not forwarded and keep Provider's own answers:
+// Shares ownership of its provider with the queued requests. Direct calls run on the caller's
+// thread. Three operations are not forwarded and keep the defaults of Provider:
 // GetHasPossibleDirectoryContent, DoesPathSupportOpenCommand and ProcessOpenCommand.
 class SORVIK_EXPORT AsyncProviderWrapper final : public ProviderWrapper {
  public:
-  // Takes ownership. A wrapper of null may only be destroyed.
+  // Takes ownership. A wrapper of nullptr may only be destroyed.
   explicit AsyncProviderWrapper(Provider* provider);
   ~AsyncProviderWrapper() override;
   AsyncProviderWrapper(const AsyncProviderWrapper&) = delete;
   AsyncProviderWrapper& operator=(const AsyncProviderWrapper&) = delete;
 
-  // The only call with a guard: whatever the provider throws gives an empty map.
+  // The only call that catches exceptions: returns an empty map if the provider throws.
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const override;
   ContentMap GetContent(const std::string& path, const FieldNameSet& fields,

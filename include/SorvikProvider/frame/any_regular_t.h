@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The variant in which field values travel.
+// The variant type of field values.
 #pragma once
 
 #include <concepts>
@@ -19,29 +19,29 @@
 namespace halvane {
 inline namespace version_1 {
 
-// Run-time description of a type. A type with a chosen name has no std::type_info here and a name
-// of the form <type>:<namespace>:<outer namespace>; a type without one has only the std::type_info
-// of a pointer to it. `parameters` is a null-terminated list, or null for none. One record exists
-// for each type, with static lifetime.
+// Run-time description of a type: either a name of the form <type>:<namespace>:<outer namespace>
+// and no std::type_info, or only the std::type_info of a pointer to the type. `parameters` is a
+// null-terminated list, or null if there are none. There is one record for each type, with static
+// storage duration.
 struct SORVIK_EXPORT TypeRecord {
   const std::type_info* info;
   const char* name;
   const TypeRecord* const* parameters;
 
   friend SORVIK_EXPORT bool operator==(const TypeRecord& a, const TypeRecord& b) noexcept;
-  // Records with a name come before those without; names and then parameter lists decide.
+  // Records with a name sort first; then by name and parameters.
   friend SORVIK_EXPORT bool operator<(const TypeRecord& a, const TypeRecord& b) noexcept;
 };
 
 // The record as text, such as "vector:version_1:halvane<any_regular_t:version_1:halvane>".
 SORVIK_EXPORT std::string ToText(const TypeRecord& type);
 
-// The value of a variant that holds nothing. All such values are equal.
+// The value of an empty variant. All such values are equal.
 struct empty_t {
   friend bool operator==(empty_t, empty_t) noexcept { return true; }
 };
 
-// Thrown by a checked cast to another type than the held one.
+// Thrown by a cast to another type than that of the value.
 class SORVIK_EXPORT bad_cast : public std::bad_cast {
  public:
   bad_cast();
@@ -56,7 +56,7 @@ class SORVIK_EXPORT bad_cast : public std::bad_cast {
 
 class any_regular_t;
 
-// The record of T. Specialise `TypeRecordOf` to give a type a name.
+// The record of T. Specialize it to give a type a name.
 template <class T>
 struct TypeRecordOf {
   static const TypeRecord& Get() noexcept {
@@ -86,17 +86,17 @@ struct SORVIK_EXPORT TypeRecordOf<Hestra::UTF16String> {
   static const TypeRecord& Get() noexcept;
 };
 
-// Holds a value of any regular type (copyable, assignable, comparable for equality), or nothing. A
-// copy is deep. Small values, a std::string among them, live in the variant itself and others on
-// the heap. As thread-safe as the held type.
+// Holds a value of any regular type (copyable, assignable, equality-comparable), or is empty.
+// Copies are deep. Values up to the size of a std::string are stored in place, others on the heap.
+// As thread-safe as the type of the value.
 class any_regular_t {
  public:
   any_regular_t() noexcept : operations_(&kModel<empty_t>.operations) {}
 
-  // The text of a literal, held as a std::string.
+  // Stores the text as a std::string.
   explicit any_regular_t(const char* text) : any_regular_t(std::string(text)) {}
 
-  // No pointers: a copy of one would share what it points at.
+  // Pointers are excluded: copies would share the object.
   template <class T>
   requires(!std::is_same_v<std::remove_cvref_t<T>, any_regular_t> &&
            !std::is_pointer_v<std::decay_t<T>> && std::equality_comparable<std::decay_t<T>> &&
@@ -143,20 +143,21 @@ class any_regular_t {
     return type_info() == TypeRecordOf<T>::Get();
   }
 
-  // A copy of the held value; throws bad_cast if it is of another type.
+  // Returns a copy of the value. Throws bad_cast if it has another type.
   template <class T>
   T cast() const {
     if (!holds<T>()) throw bad_cast(type_info(), TypeRecordOf<T>::Get());
     return *Model<T>::At(&storage_);
   }
-  // Stores the held value and returns true, or leaves `value` alone and returns false.
+  // Assigns the value to `value` and returns true. Returns false if it has another type.
   template <class T>
   bool cast(T& value) const {
     if (!holds<T>()) return false;
     value = *Model<T>::At(&storage_);
     return true;
   }
-  // The held value in place, or null if it is of another type. Valid until the variant changes.
+  // Returns a pointer to the value, or nullptr if it has another type. Valid until the variant
+  // changes.
   template <class T>
   const T* get_if() const noexcept {
     return holds<T>() ? Model<T>::At(&storage_) : nullptr;
@@ -171,8 +172,8 @@ class any_regular_t {
     alignas(std::string) std::byte bytes[sizeof(std::string)];
   };
 
-  // The operations of a held type. assign, equals and exchange assume the same type on both sides;
-  // move leaves nothing to destruct behind.
+  // The operations of a type. assign, equals and exchange require the same type on both sides; move
+  // destroys the source.
   struct Operations {
     std::uintptr_t version;
     void (*destruct)(Storage*) noexcept;

@@ -22,8 +22,8 @@ bool IsAsciiText(std::string_view text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// Compares the end of a name in bytes before anything is converted: most names of a large folder
-// are dismissed or accepted by that alone.
+// Compares the length of the extension in bytes before converting it to UTF-16, which decides about
+// most names of a large folder.
 class ExtensionFilter {
  public:
   explicit ExtensionFilter(std::u16string_view extension)

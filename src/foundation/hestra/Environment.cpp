@@ -2,20 +2,20 @@
 #include "SorvikProvider/foundation/Environment.h"
 
 #include <map>
-#include <mutex>
 #include <utility>
 
+#include "foundation/Published.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FileSystem.h"
+#include "foundation/tarnwick/Catalogue.h"
 
 namespace {
 
 using Hestra::UTF16String;
 namespace PathUtils = Hestra::PathUtils;
 
-// All that a host may set. Read on any thread, so a lock guards it for the moment of a copy.
+// Everything that a host may set.
 struct Settings {
-  std::mutex mutex;
   UTF16String resources;
   std::map<std::string, UTF16String, std::less<>> directories;
   std::map<int, std::set<UTF16String>> importable{
@@ -25,19 +25,20 @@ struct Settings {
         u"MTS",  u"MXF", u"R3D", u"RMF", u"TS",  u"VOB", u"WEBM", u"WMV"}}};
 };
 
-Settings& GetSettings() {
-  static Settings settings;
+// Never destroyed: workers may still read it while the process exits.
+Sorvik::foundation::Published<Settings>& GetSettings() {
+  static auto& settings = *new Sorvik::foundation::Published<Settings>;
   return settings;
 }
 
-// In a build tree the resources lie beside the library; installed, where the build was told that
-// they would be.
+// In a build tree the resources are next to the library; in an installation at a relative path that
+// was set at build time.
 UTF16String FindOwnResources() {
   const UTF16String library =
       PathUtils::ToNormalizedPath(Hestra::MakeString(Sorvik::platform::OwnLibraryPath()));
   const UTF16String folder = PathUtils::GetDirectoryPart(library);
-  const UTF16String beside = folder + u"resources";
-  if (PathUtils::IsDirectory(beside)) return beside;
+  const UTF16String ofBuildTree = folder + u"resources";
+  if (PathUtils::IsDirectory(ofBuildTree)) return ofBuildTree;
   return PathUtils::ToNormalizedPath(folder +
                                      tarnwick::utility::AsciiToUTF16(SORVIK_INSTALLED_RESOURCES));
 }
@@ -48,15 +49,15 @@ namespace tarnwick::filesupport::commondirs {
 
 UTF16String ResourcesDir() {
   static const UTF16String own = FindOwnResources();
-  Settings& settings = GetSettings();
-  const std::lock_guard lock(settings.mutex);
-  return settings.resources.empty() ? own : settings.resources;
+  const UTF16String& set = GetSettings().Get().resources;
+  return set.empty() ? own : set;
 }
 
 void SetResourcesDir(std::u16string_view folder) {
-  Settings& settings = GetSettings();
-  const std::lock_guard lock(settings.mutex);
-  settings.resources = PathUtils::RemoveTrailingSlash(folder);
+  GetSettings().Update([folder](Settings& settings) {
+    settings.resources = PathUtils::RemoveTrailingSlash(folder);
+  });
+  config::ReloadCatalogue();
 }
 
 }  // namespace tarnwick::filesupport::commondirs
@@ -64,20 +65,16 @@ void SetResourcesDir(std::u16string_view folder) {
 namespace Hestra::DirectoryRegistry {
 
 UTF16String FindDirectory(std::string_view name) {
-  Settings& settings = GetSettings();
-  {
-    const std::lock_guard lock(settings.mutex);
-    const auto found = settings.directories.find(name);
-    if (found != settings.directories.end()) return found->second;
-  }
+  const auto& directories = GetSettings().Get().directories;
+  if (const auto found = directories.find(name); found != directories.end()) return found->second;
   if (name != "document.templates") return {};
   return tarnwick::filesupport::commondirs::ResourcesDir() + u"/templates/";
 }
 
 void RegisterDirectory(std::string_view name, std::u16string_view folder) {
-  Settings& settings = GetSettings();
-  const std::lock_guard lock(settings.mutex);
-  settings.directories.insert_or_assign(std::string(name), PathUtils::AddTrailingSlash(folder));
+  GetSettings().Update([name, folder](Settings& settings) {
+    settings.directories.insert_or_assign(std::string(name), PathUtils::AddTrailingSlash(folder));
+  });
 }
 
 }  // namespace Hestra::DirectoryRegistry
@@ -85,16 +82,15 @@ void RegisterDirectory(std::string_view name, std::u16string_view folder) {
 namespace Fenwold::ImportableFileTypeUtils {
 
 void GetImportableFileExtensions(int kind, std::set<Hestra::UTF16String>& extensions) {
-  Settings& settings = GetSettings();
-  const std::lock_guard lock(settings.mutex);
-  const auto found = settings.importable.find(kind);
-  extensions = found == settings.importable.end() ? std::set<UTF16String>() : found->second;
+  const auto& importable = GetSettings().Get().importable;
+  const auto found = importable.find(kind);
+  extensions = found == importable.end() ? std::set<UTF16String>() : found->second;
 }
 
 void SetImportableFileExtensions(int kind, std::set<Hestra::UTF16String> extensions) {
-  Settings& settings = GetSettings();
-  const std::lock_guard lock(settings.mutex);
-  settings.importable.insert_or_assign(kind, std::move(extensions));
+  GetSettings().Update([kind, &extensions](Settings& settings) {
+    settings.importable.insert_or_assign(kind, std::move(extensions));
+  });
 }
 
 }  // namespace Fenwold::ImportableFileTypeUtils

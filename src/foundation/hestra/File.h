@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Single files of the foundation. Results below 0 (as signed 32-bit numbers) are failures. Any
-// thread.
+// Operations on single files. Negative results (as signed 32-bit numbers) are errors. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -14,11 +13,11 @@ inline constexpr FileResult kFileDone = 0;
 inline constexpr FileResult kFileFailed = static_cast<FileResult>(0xA00F0002u);
 inline constexpr FileResult kFileMissing = static_cast<FileResult>(0xA00F0003u);
 
-// The time of the last change of the contents, in nanoseconds since 1970 (earlier times give 0).
+// Gets the modification time in nanoseconds since 1970; 0 for earlier times.
 FileResult GetLastModificationTime(const UTF16String& path, std::uint64_t& time);
 
-// The size of a regular file in bytes: kFileMissing if nothing is there, kFileFailed if what is
-// there is no regular file or can't be opened.
+// Gets the size of a regular file in bytes. Returns kFileMissing if it doesn't exist, kFileFailed
+// if it is no regular file or can't be opened.
 FileResult SizeOnDisk(const UTF16String& path, std::uint64_t& size);
 
 }  // namespace Hestra::File

@@ -27,7 +27,8 @@ void DiscardAll(std::deque<Waiting>& waiting) noexcept {
   waiting.clear();
 }
 
-// The one queue to the UI thread. Posting needs the lock alone; receivers belong to the UI thread.
+// The queue to the UI thread. The lock guards the messages; receivers are used by the UI thread
+// only.
 class Queue {
  public:
   static Queue& Get() {
@@ -50,12 +51,12 @@ class Queue {
   }
   void Unregister(const ImmutableString& station) { receivers_.erase(station); }
 
-  std::size_t Dispatch(std::size_t most) {
+  std::size_t Dispatch(std::size_t maxMessages) {
     if (dispatching_) return 0;
     dispatching_ = true;
     const DispatchEnd end{*this};
     std::size_t handled = 0;
-    while (handled < most) {
+    while (handled < maxMessages) {
       Waiting item;
       if (!Take(item)) break;
       ++handled;
@@ -72,7 +73,7 @@ class Queue {
     ~DispatchEnd() { queue.dispatching_ = false; }
   };
 
-  // The event stays set while anything waits, so a host that stops in the middle is called again.
+  // The event stays set while messages are queued, so that the host's loop wakes up again.
   bool Take(Waiting& item) {
     const std::lock_guard lock(mutex_);
     if (waiting_.empty()) return false;
@@ -135,10 +136,10 @@ void UnregisterStation(const ImmutableString& station) { Queue::Get().Unregister
 
 int GetEventDescriptor() { return Queue::Get().Descriptor(); }
 
-std::size_t Dispatch(std::size_t most) { return Queue::Get().Dispatch(most); }
+std::size_t Dispatch(std::size_t maxMessages) { return Queue::Get().Dispatch(maxMessages); }
 
 std::size_t WaitAndDispatch(int milliseconds) {
-  return Queue::Get().Wait(milliseconds) ? Queue::Get().Dispatch(64) : 0;
+  return Queue::Get().Wait(milliseconds) ? Dispatch() : 0;
 }
 
 }  // namespace StationUtils

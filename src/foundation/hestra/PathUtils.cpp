@@ -19,7 +19,7 @@ std::u16string_view FolderPart(std::u16string_view path) {
   return slash == path.npos ? std::u16string_view() : path.substr(0, slash + 1);
 }
 
-// Where the extension of a file name begins; the name's size if it has none.
+// The offset of the extension in a file name; the size of the name if it has none.
 std::size_t ExtensionStart(std::u16string_view name) {
   const auto dot = name.rfind(u'.');
   return dot == name.npos || dot == 0 ? name.size() : dot;

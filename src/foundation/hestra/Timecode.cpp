@@ -8,7 +8,7 @@ namespace {
 
 using tarnwicktypes::TimeDisplay;
 
-// Frames that timecode counts in a second.
+// The number of frames per second of timecode.
 std::uint64_t FramesPerSecond(TimeDisplay display) {
   switch (display) {
     case TimeDisplay::k24:
@@ -36,7 +36,7 @@ std::string TwoDigits(std::uint64_t number) {
 
 UTF16String Timecode::GetString() const {
   const bool negative = time_.ticks < 0;
-  // The magnitude of the lowest number has no signed form.
+  // Unsigned, since the minimum has no positive counterpart.
   const auto magnitude = negative ? 0 - static_cast<std::uint64_t>(time_.ticks)
                                   : static_cast<std::uint64_t>(time_.ticks);
   const std::uint64_t frames = magnitude / static_cast<std::uint64_t>(rate_.ticks);

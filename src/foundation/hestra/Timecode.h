@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A time as timecode text.
+// Formats times as timecode.
 #pragma once
 
 #include "SorvikProvider/foundation/UTF16String.h"
@@ -13,8 +13,7 @@ class Timecode {
            tarnwicktypes::TimeDisplay display) noexcept
       : time_(time), rate_(rate), display_(display) {}
 
-  // "HH:MM:SS:FF", counted without dropping frames; hours run on past 99 and a negative time has a
-  // "-" in front.
+  // "HH:MM:SS:FF", non-drop-frame. Hours may exceed 99; negative times have a leading "-".
   UTF16String GetString() const;
 
  private:

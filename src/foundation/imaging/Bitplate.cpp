@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-// The record owns everything; the handle is the address of its pointer to itself.
+// The handle is the address of `self`.
 struct Bitplate {
   Bitplate* self = this;
   int width;

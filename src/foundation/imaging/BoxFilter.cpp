@@ -7,7 +7,7 @@
 namespace Sorvik::imaging {
 namespace {
 
-// As many rows of bytes as a 16-bit sum holds.
+// The maximum number of bytes whose sum fits in 16 bits.
 constexpr int kMaxRowsInColumns = 65535 / 255;
 
 }  // namespace
@@ -40,7 +40,7 @@ void BoxFilter::SkipEmptyRows() noexcept {
 
 void BoxFilter::AddRow(std::span<const std::uint8_t> row) {
   if (drawnRow_ < 0 || nextRow_ < 0) return;
-  // Down the columns first: this loop sees every byte of the picture, and runs on vectors.
+  // Sum down the columns first: this loop visits every byte of the picture and vectorizes.
   const std::size_t count = std::min(columns_.size(), row.size());
   std::uint16_t* sums = columns_.data();
   const std::uint8_t* bytes = row.data();

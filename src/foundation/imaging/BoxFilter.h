@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Reduces an opaque picture, fed row by row, to the mean of blocks of its pixels. Only a row of
-// sums is held, so a picture of any height streams through. One object belongs to one thread.
+// Downscales an opaque picture, passed row by row, to the mean of blocks of pixels. Stores only one
+// row of sums, so memory doesn't depend on the height. Not thread-safe.
 #pragma once
 
 #include <cstdint>
@@ -13,14 +13,14 @@ namespace Sorvik::imaging {
 
 class BoxFilter {
  public:
-  // A picture of `width` by `height` pixels in `layout` is drawn into `target` at `place`, which
-  // lies within it. Blocks are counted from the left and from the bottom: drawn column c stands for
-  // the source columns from c * width / place.width up to (c + 1) * width / place.width, and rows
-  // likewise. A block without pixels, as there are when a picture grows, isn't written.
+  // Draws a picture of `width` by `height` pixels in `layout` into `target` at `place`, which must
+  // be inside it. Blocks are counted from the left and from the bottom: target column c is the mean
+  // of the source columns from c * width / place.width up to (c + 1) * width / place.width; the
+  // same for rows. Empty blocks, which occur when a picture is upscaled, aren't written.
   BoxFilter(int width, int height, PixelLayout layout, const Canvas& target,
             const Placement& place);
 
-  // The next row from the top; rows beyond the height are ignored.
+  // Adds the next row from the top. Ignores rows beyond the height.
   void AddRow(std::span<const std::uint8_t> row);
 
  private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Where and how pixels are drawn: a borrowed buffer of 32-bit pixels, the order of the bytes of a
-// pixel, and the part of the buffer that a picture takes.
+// Drawing targets: a buffer of 32-bit pixels (not owned), the byte order of pixels, and the part of
+// the buffer that a picture covers.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace Sorvik::imaging {
 
-// Bytes of a pixel, and where in it the colours stand.
+// The size of a pixel in bytes, and the offsets of the colours in it.
 struct PixelLayout {
   int bytes;
   int red;
@@ -21,7 +21,7 @@ inline constexpr PixelLayout kRGB{3, 0, 1, 2};
 inline constexpr PixelLayout kRGBA{4, 0, 1, 2};
 inline constexpr PixelLayout kBGRA{4, 2, 1, 0};
 
-// The part of a cell that a picture takes, counted from the cell's top left corner.
+// The part of a cell that a picture covers, relative to the cell's top left corner.
 struct Placement {
   int x;
   int y;
@@ -29,8 +29,8 @@ struct Placement {
   int height;
 };
 
-// Pixels are blue, green, red, alpha. Row 0 is the top of the cell; with `bottomUp` it is the last
-// in memory.
+// Pixels are blue, green, red, alpha. Row 0 is the top of the cell; if `bottomUp` it is the last
+// row in memory.
 struct Canvas {
   unsigned char* pixels;
   std::size_t rowBytes;

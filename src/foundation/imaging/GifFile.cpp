@@ -26,12 +26,13 @@ bool HasPixels(std::int64_t width, std::int64_t height) {
   return width > 0 && height > 0 && width * height <= kMaxPixels;
 }
 
-// What a colour table takes whose packed field is `flags`; none without the highest bit.
+// The size in bytes of the colour table with the packed field `flags`; 0 if the highest bit is
+// clear.
 std::uint64_t TableBytes(std::uint8_t flags) {
   return (flags & 0x80) == 0 ? 0 : std::uint64_t{3} << ((flags & 7) + 1);
 }
 
-// Behind the empty block that ends a row of sub-blocks.
+// Returns the offset after the empty block that ends a sequence of sub-blocks.
 std::optional<std::uint64_t> SkipSubBlocks(const ImageSource& source, std::uint64_t offset) {
   while (const auto length = ByteAt(source, offset)) {
     offset += std::uint64_t{1} + *length;
@@ -40,7 +41,7 @@ std::optional<std::uint64_t> SkipSubBlocks(const ImageSource& source, std::uint6
   return std::nullopt;
 }
 
-// Behind the first image, from the first block on.
+// Returns the offset after the first image; `offset` is that of the first block.
 std::optional<std::uint64_t> EndOfFirstImage(const ImageSource& source, std::uint64_t offset) {
   while (const auto introducer = ByteAt(source, offset)) {
     if (*introducer == kExtension) {

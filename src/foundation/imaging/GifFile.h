@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The blocks of a GIF file (GIF89a, sections 18 to 27), as far as its first frame. The decoder
-// reads all frames before it gives the first, in a time that grows with the square of their number.
-// Any thread.
+// The blocks of a GIF file (GIF89a, sections 18 to 27) up to its first frame. The decoder reads all
+// frames before it returns the first, in quadratic time. Any thread.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +11,9 @@
 
 namespace Sorvik::imaging {
 
-// A GIF file of the first frame alone; nothing if that isn't wholly there, or if it or the logical
-// screen has no pixels or more than kMaxPixels, about which the decoder would complain aloud.
+// Returns a GIF file with only the first frame. Returns nullopt if that is truncated, or if it or
+// the logical screen has no pixels or more than kMaxPixels, for which the decoder would log
+// warnings.
 std::optional<std::vector<std::byte>> FirstGifFrame(const ImageSource& source);
 
 }  // namespace Sorvik::imaging

@@ -14,7 +14,7 @@ using foundation::ByteReader;
 
 constexpr std::size_t kHeadBytes = 6;
 constexpr std::size_t kEntryBytes = 16;
-// Files in use hold a dozen; a side of at most 256 pixels bounds the bytes of one.
+// Common files have a dozen entries. A side of at most 256 pixels limits the size of a picture.
 constexpr std::size_t kMaxEntries = 256;
 constexpr std::uint32_t kMaxPictureBytes = 4u << 20;
 
@@ -26,7 +26,7 @@ struct Entry {
   ByteReader record;
 };
 
-// A side of 0 stands for 256.
+// A stored side of 0 means 256.
 int Side(std::uint8_t stored) { return stored == 0 ? 256 : stored; }
 
 std::optional<Entry> BestEntry(const ByteReader& directory, std::uint64_t fileSize) {
@@ -37,9 +37,9 @@ std::optional<Entry> BestEntry(const ByteReader& directory, std::uint64_t fileSi
     if (!record) break;
     const Entry entry{Side(*record->U8(0)) * Side(*record->U8(1)), *record->U16LE(6),
                       *record->U32LE(8), *record->U32LE(12), *record};
-    const bool isThere = entry.size > 0 && entry.size <= kMaxPictureBytes &&
+    const bool isValid = entry.size > 0 && entry.size <= kMaxPictureBytes &&
                          entry.offset <= fileSize && entry.size <= fileSize - entry.offset;
-    if (!isThere) continue;
+    if (!isValid) continue;
     if (!best || entry.area > best->area || (entry.area == best->area && entry.bits > best->bits)) {
       best = entry;
     }
@@ -47,7 +47,7 @@ std::optional<Entry> BestEntry(const ByteReader& directory, std::uint64_t fileSi
   return best;
 }
 
-// The head of an ICO file with one entry, whose picture follows at once.
+// The header of an ICO file with one entry, directly followed by its picture.
 std::vector<std::byte> SingleHead(const ByteReader& record) {
   std::vector<std::byte> head(kHeadBytes);
   head[2] = std::byte{1};

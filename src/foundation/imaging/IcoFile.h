@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The directory of an ICO file (the layout of Windows icon resources: a head of 6 bytes, then
-// entries of 16), from which one picture is taken. All offsets and lengths are checked here, before
-// a decoder sees the bytes. Any thread.
+// Extracts one picture from an ICO file (the layout of Windows icon resources: a header of 6 bytes,
+// then entries of 16). Checks all offsets and lengths before a decoder reads the bytes. Any thread.
 #pragma once
 
 #include <cstddef>
@@ -13,13 +12,13 @@
 namespace Sorvik::imaging {
 
 struct IcoPicture {
-  // A whole PNG file, or an ICO file with this one picture.
+  // A PNG file, or an ICO file with only this picture.
   std::vector<std::byte> bytes;
   bool isPng;
 };
 
-// The picture of the greatest area and, among those, of the most bits a pixel; nothing if the
-// directory has none whose bytes are all in the file.
+// Returns the picture with the largest area; among equal ones, that with the most bits per pixel.
+// Returns nullopt if no entry's bytes are completely in the file.
 std::optional<IcoPicture> LargestIcoPicture(const ImageSource& source);
 
 }  // namespace Sorvik::imaging

@@ -18,10 +18,10 @@ struct Release {
   void operator()(GIcon* icon) const noexcept { g_object_unref(icon); }
 };
 
-// The names of the type's icons, the most fitting first; the last is in every theme.
+// The icon names of the file's type, the most specific first. Every theme has the last one.
 std::vector<std::string> NamesOfType(std::string_view fileName) {
   std::vector<std::string> names;
-  // From the name alone, so that no file is opened.
+  // By name only; no file is opened.
   const std::unique_ptr<gchar, Release> type(
       g_content_type_guess(std::string(fileName).c_str(), nullptr, 0, nullptr));
   if (type) {
@@ -51,7 +51,7 @@ Icon IconOf(const Image& image) {
 }
 
 std::optional<Icon> Load(const IconFile& file, int side) {
-  // Icons of themes are small; what is larger than this isn't one.
+  // Icons of themes are small.
   constexpr std::uint64_t kMaxIconFileBytes = 4u << 20;
   const auto source = ImageSource::OpenFile(file.path);
   if (!source || source->Size() > kMaxIconFileBytes) return std::nullopt;
@@ -60,7 +60,7 @@ std::optional<Icon> Load(const IconFile& file, int side) {
   return IconOf(*image);
 }
 
-// Our own drawings have three sizes.
+// The built-in icons exist in three sizes.
 std::optional<Icon> LoadOwn(const std::vector<std::string>& names, int wanted) {
   const int side = wanted <= 16 ? 16 : wanted <= 32 ? 32 : 48;
   const std::string folder =

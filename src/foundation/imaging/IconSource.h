@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The system's icons for files and folders. Any thread.
+// Icons of the desktop theme for files and folders. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -11,30 +11,29 @@
 
 namespace Sorvik::imaging {
 
-// Pixels are blue, green, red, alpha with premultiplied colours; rows of both pictures go top-down
-// without gaps.
+// Pixels are blue, green, red, alpha with premultiplied colours. The rows of `pixels` and `mask`
+// are top-down without padding.
 struct Icon {
   int width = 0;
   int height = 0;
   std::vector<std::uint8_t> pixels;
-  // What icons without alpha have instead: a word for each pixel, 0 in its first byte where the
-  // icon is to be seen.
+  // For icons without alpha: one word per pixel, whose first byte is 0 if the pixel is visible.
   int maskWidth = 0;
   int maskHeight = 0;
   std::vector<std::uint32_t> mask;
 };
 
-// `side` is the size that is wanted in pixels; what comes is the nearest that there is.
+// `side` is the requested size in pixels; the result has the nearest available size.
 class IconSource {
  public:
   virtual ~IconSource() = default;
-  // The icon of the kind of file that `fileName` tells, which needn't exist and is never opened.
+  // The icon for the type of `fileName`, a file that needn't exist and is never opened.
   virtual std::optional<Icon> OfFile(std::string_view fileName, int side) const = 0;
   virtual std::optional<Icon> OfFolder(int side) const = 0;
 };
 
-// The content types of the system and the icons of `theme`, which must outlive it; where that has
-// none, the pictures of the application's resources.
+// Icons of `theme`, which must outlive this object, by content type; the built-in icons of the
+// resources where the theme has none.
 class ThemeIconSource final : public IconSource {
  public:
   explicit ThemeIconSource(const IconTheme& theme) : theme_(theme) {}

@@ -15,7 +15,7 @@
 namespace Sorvik::imaging {
 namespace {
 
-// Far above the index of a large theme (80 kB); a larger file is none.
+// The index of a large theme has 80 kB.
 constexpr std::size_t kMaxIndexBytes = 2u << 20;
 
 struct FreeKeyFile {
@@ -31,7 +31,7 @@ KeyFile ReadIndex(const std::string& path) {
   const auto bytes = platform::ReadHead(path, kMaxIndexBytes);
   if (!bytes || bytes->empty()) return nullptr;
   KeyFile file(g_key_file_new());
-  // Lists in an index are separated by commas, against the habit of key files.
+  // Lists in an index are comma-separated, unlike those of other key files.
   g_key_file_set_list_separator(file.get(), ',');
   const bool read =
       g_key_file_load_from_data(file.get(), reinterpret_cast<const gchar*>(bytes->data()),
@@ -59,19 +59,19 @@ std::optional<IconContext> ContextOf(std::string_view text) {
   return std::nullopt;
 }
 
-// Sections by how well they fit: the asked size, then larger ones upwards, then smaller ones
-// downwards.
-std::tuple<int, int> Misfit(int sectionSize, int size) {
+// Sort key of sections: the requested size first, then larger ones in ascending order, then smaller
+// ones in descending order.
+std::tuple<int, int> SizePriority(int sectionSize, int size) {
   if (sectionSize >= size) return {0, sectionSize - size};
   return {1, size - sectionSize};
 }
 
-bool IsThere(const std::string& path) {
+bool IsRegularFile(const std::string& path) {
   return platform::KindOf(path) == platform::FileKind::kRegular;
 }
 
-// Icon names come from the type table of the system and name no paths; symbolic ones are outlines
-// for controls.
+// Icon names come from the system's MIME database and must not be paths. Symbolic icons are
+// outlines for buttons.
 bool IsUsable(std::string_view name) {
   return !name.empty() && name.find('/') == name.npos && !name.ends_with("-symbolic");
 }
@@ -126,14 +126,14 @@ std::optional<IconFile> IconTheme::Find(const std::vector<std::string>& names, I
       if (section.context == context) sections.push_back(&section);
     }
     std::stable_sort(sections.begin(), sections.end(), [size](const auto* a, const auto* b) {
-      return Misfit(a->size, size) < Misfit(b->size, size);
+      return SizePriority(a->size, size) < SizePriority(b->size, size);
     });
     for (const std::string& name : names) {
       if (!IsUsable(name)) continue;
       for (const Section* section : sections) {
         for (const std::string& folder : section->folders) {
-          if (IsThere(folder + name + ".png")) return IconFile{folder + name + ".png", false};
-          if (IsThere(folder + name + ".svg")) return IconFile{folder + name + ".svg", true};
+          if (IsRegularFile(folder + name + ".png")) return IconFile{folder + name + ".png", false};
+          if (IsRegularFile(folder + name + ".svg")) return IconFile{folder + name + ".svg", true};
         }
       }
     }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Looks icons up in the freedesktop icon themes below the XDG data folders: Adwaita, then hicolor.
-// The theme is fixed, so that no settings service is asked. Only the index of a theme is read; of
-// icons, only whether they are there. Immutable once made, so any thread may ask.
+// Looks up icons in the freedesktop icon themes in the XDG data folders: Adwaita, then hicolor. The
+// themes are fixed, so no settings service is needed. Reads only the index of a theme and checks
+// whether icon files exist. Immutable; any thread.
 #pragma once
 
 #include <array>
@@ -11,7 +11,7 @@
 
 namespace Sorvik::imaging {
 
-// What an icon stands for: the themes keep these apart.
+// The context of an icon in the theme specification.
 enum class IconContext { kMimeTypes, kPlaces };
 
 struct IconFile {
@@ -21,18 +21,18 @@ struct IconFile {
 
 class IconTheme {
  public:
-  // `dataFolders` as in XDG_DATA_HOME and XDG_DATA_DIRS, strongest first, without "icons".
+  // `dataFolders` as in XDG_DATA_HOME and XDG_DATA_DIRS, highest priority first, without "icons".
   explicit IconTheme(const std::vector<std::string>& dataFolders);
-  // The theme of this machine, read at the first call.
+  // The themes of this machine, read at the first call.
   static const IconTheme& System();
 
-  // The first of `names` that a theme has, in the size nearest to `size`: that size, else the
-  // smallest larger one, else the largest. Nothing if no theme has one.
+  // Returns the first of `names` that a theme has, in the size nearest to `size`: that size, else
+  // the smallest larger one, else the largest. Returns nullopt if no theme has any of them.
   std::optional<IconFile> Find(const std::vector<std::string>& names, IconContext context,
                                int size) const;
 
  private:
-  // A folder of icons of one size, in every place where the theme is installed.
+  // A folder of icons of one size, in each data folder with the theme.
   struct Section {
     std::vector<std::string> folders;
     IconContext context;

@@ -19,46 +19,48 @@ namespace {
 
 using foundation::ByteReader;
 
-// Small enough that a refusal during the header takes effect before much is decoded.
+// Small, so that little is decoded before a picture is rejected by its header.
 constexpr std::size_t kFeedBytes = 64 * 1024;
-// What the file header and the largest info header of a BMP take.
+// The file header and the largest info header of a BMP.
 constexpr std::size_t kBmpHeadBytes = 14 + 124;
 
 struct CloseLoader {
   void operator()(GdkPixbufLoader* loader) const noexcept { g_object_unref(loader); }
 };
 
-struct SizeGate {
-  int side;  // 0: the image's own size
-  bool refused = false;
+struct SizeLimit {
+  int side;  // to scale to; 0 for the size of the image
+  bool exceeded = false;
 };
 
 void OnSizePrepared(GdkPixbufLoader* loader, int width, int height, gpointer data) {
-  auto* gate = static_cast<SizeGate*>(data);
+  auto* limit = static_cast<SizeLimit*>(data);
   if (width < 1 || height < 1 || std::int64_t{width} * height > kMaxPixels) {
-    gate->refused = true;
+    limit->exceeded = true;
     gdk_pixbuf_loader_set_size(loader, 0, 0);
-  } else if (gate->side > 0) {
-    gdk_pixbuf_loader_set_size(loader, gate->side, gate->side);
+  } else if (limit->side > 0) {
+    gdk_pixbuf_loader_set_size(loader, limit->side, limit->side);
   }
 }
 
-// The decoders leave the rows that a short file lacks as the memory happened to be.
+// Clears the buffer: the decoders leave the missing rows of a truncated file uninitialized.
 void OnAreaPrepared(GdkPixbufLoader* loader, gpointer) {
   constexpr guint32 kOpaqueBlack = 0x000000FF;
   gdk_pixbuf_fill(gdk_pixbuf_loader_get_pixbuf(loader), kOpaqueBlack);
 }
 
-// Decoders that announce their memory before they write to it, and may leave some of it.
-bool LeavesRest(std::string_view type) { return type == "bmp" || type == "png" || type == "ico"; }
+// Decoders that emit area-prepared before they write, and may not write all rows.
+bool MayLeaveRowsUnwritten(std::string_view type) {
+  return type == "bmp" || type == "png" || type == "ico";
+}
 
-// True if the loader took all bytes and the size was allowed.
-bool Feed(GdkPixbufLoader* loader, const ImageSource& source, const SizeGate& gate) {
+// Returns true if the loader accepted all bytes and the size.
+bool WriteAll(GdkPixbufLoader* loader, const ImageSource& source, const SizeLimit& limit) {
   std::vector<std::byte> piece(
       static_cast<std::size_t>(std::min<std::uint64_t>(kFeedBytes, source.Size())));
   std::uint64_t offset = 0;
-  // A file that grows meanwhile is not followed.
-  while (!gate.refused) {
+  // Bytes that are appended to the file meanwhile are ignored.
+  while (!limit.exceeded) {
     const std::size_t got = offset < source.Size() ? source.ReadAt(offset, piece) : 0;
     if (got == 0) return true;
     if (!gdk_pixbuf_loader_write(loader, reinterpret_cast<const guchar*>(piece.data()), got,
@@ -71,37 +73,35 @@ bool Feed(GdkPixbufLoader* loader, const ImageSource& source, const SizeGate& ga
 }
 
 Image::Pixbuf Load(const ImageSource& source, const char* type, int side) {
-  // Some loaders don't give everything back when they are closed without a byte.
+  // Some loaders leak memory if they are closed without data.
   if (source.Size() == 0) return nullptr;
   const std::unique_ptr<GdkPixbufLoader, CloseLoader> loader(
       gdk_pixbuf_loader_new_with_type(type, nullptr));
   if (!loader) return nullptr;
-  SizeGate gate{side};
-  g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(OnSizePrepared), &gate);
-  if (LeavesRest(type)) {
+  SizeLimit limit{side};
+  g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(OnSizePrepared), &limit);
+  if (MayLeaveRowsUnwritten(type)) {
     g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(OnAreaPrepared), nullptr);
   }
-  const bool fed = Feed(loader.get(), source, gate);
-  // Closing is due in any case. A loader that failed may still hold a part of the picture, which is
-  // dropped; one that finished a damaged file without complaint has filled the rest.
+  const bool written = WriteAll(loader.get(), source, limit);
+  // A loader must always be closed. Partial pictures of a failed one are discarded.
   const bool closed = gdk_pixbuf_loader_close(loader.get(), nullptr) != FALSE;
-  if (!fed || !closed || gate.refused) return nullptr;
+  if (!written || !closed || limit.exceeded) return nullptr;
   GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
   if (pixbuf == nullptr) return nullptr;
   return Image::Pixbuf(GDK_PIXBUF(g_object_ref(pixbuf)));
 }
 
-// What the decoder of a BMP has to be told beforehand (BITMAPFILEHEADER, and the info headers up to
-// BITMAPV5HEADER).
-struct BmpFacts {
-  // The decoder takes memory for a header or palette of any size that the file announces.
-  bool headersFit;
-  // Only a mask for alpha together with the compression BI_BITFIELDS makes the fourth byte of a
-  // pixel an alpha; elsewhere it is filling.
+// Fields of BITMAPFILEHEADER and the info headers up to BITMAPV5HEADER that the decoder doesn't
+// check.
+struct BmpHeader {
+  // False if the header or the palette is larger than the file; the decoder would allocate it.
+  bool isValid;
+  // The fourth byte of a pixel is alpha only with BI_BITFIELDS and an alpha mask, else padding.
   bool hasAlpha;
 };
 
-BmpFacts BmpFactsOf(const ImageSource& source) {
+BmpHeader ReadBmpHeader(const ImageSource& source) {
   constexpr std::uint32_t kCoreHeaderBytes = 12;
   constexpr std::uint32_t kV4HeaderBytes = 108;
   constexpr std::uint32_t kV5HeaderBytes = 124;
@@ -120,11 +120,11 @@ BmpFacts BmpFactsOf(const ImageSource& source) {
               reader.U32LE(66).value_or(0) != 0};
 }
 
-// True if the chunks go on up to the last one (PNG, second edition, 5.3). The decoder doesn't mind
-// an end before it, and the rest of such a picture would be black.
-bool PngIsWhole(const ImageSource& source) {
+// True if the file has all chunks up to IEND (PNG, second edition, 5.3). The decoder accepts
+// truncated files, and their missing rows would be black.
+bool IsCompletePng(const ImageSource& source) {
   constexpr std::uint64_t kSignatureBytes = 8;
-  constexpr std::uint64_t kBytesAroundData = 12;
+  constexpr std::uint64_t kChunkOverhead = 12;  // length, type and CRC
   // A large picture has a few thousand chunks.
   constexpr int kMaxChunks = 200'000;
   std::uint64_t offset = kSignatureBytes;
@@ -133,7 +133,7 @@ bool PngIsWhole(const ImageSource& source) {
     if (source.ReadAt(offset, head) != head.size()) return false;
     const ByteReader reader(head);
     if (reader.Matches(4, "IEND")) return true;
-    offset += *reader.U32BE(0) + kBytesAroundData;
+    offset += *reader.U32BE(0) + kChunkOverhead;
   }
   return false;
 }
@@ -146,13 +146,13 @@ std::optional<Image> DecodeAs(const ImageSource& source, const char* type, bool 
 }
 
 std::optional<Image> DecodeBmp(const ImageSource& source) {
-  const BmpFacts facts = BmpFactsOf(source);
-  if (!facts.headersFit) return std::nullopt;
-  return DecodeAs(source, "bmp", !facts.hasAlpha);
+  const BmpHeader header = ReadBmpHeader(source);
+  if (!header.isValid) return std::nullopt;
+  return DecodeAs(source, "bmp", !header.hasAlpha);
 }
 
 std::optional<Image> DecodePng(const ImageSource& source) {
-  if (!PngIsWhole(source)) return std::nullopt;
+  if (!IsCompletePng(source)) return std::nullopt;
   return DecodeAs(source, "png", false);
 }
 
@@ -169,7 +169,7 @@ std::optional<Image> DecodeIco(const ImageSource& source) {
   return picture->isPng ? DecodePng(bytes) : DecodeAs(bytes, "ico", false);
 }
 
-bool FindsTransparency(std::span<const std::uint8_t> row) {
+bool HasTransparency(std::span<const std::uint8_t> row) {
   for (std::size_t i = 3; i < row.size(); i += 4) {
     if (row[i] != 255) return true;
   }
@@ -218,7 +218,7 @@ Image::Image(Pixbuf pixbuf, bool ignoreAlpha)
       height_(gdk_pixbuf_get_height(pixbuf_.get())),
       channels_(gdk_pixbuf_get_n_channels(pixbuf_.get())) {
   if (channels_ != 4 || ignoreAlpha) return;
-  for (int y = 0; y < height_ && opaque_; ++y) opaque_ = !FindsTransparency(Row(y));
+  for (int y = 0; y < height_ && opaque_; ++y) opaque_ = !HasTransparency(Row(y));
   if (opaque_) return;
   const auto rowLength = static_cast<std::size_t>(width_) * 4;
   for (int y = 0; y < height_; ++y) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Encoded images as pixels in memory, decoded by gdk-pixbuf: BMP, PNG, JPEG, TIFF, GIF (its first
-// frame) and ICO (its largest picture). Files may be hostile: the kind is told by the first bytes
-// alone, and sizes are looked at before memory is taken. Any thread.
+// Decodes images with gdk-pixbuf: BMP, PNG, JPEG, TIFF, GIF (its first frame) and ICO (its largest
+// picture). Input is untrusted: the format is detected by the first bytes only, and sizes are
+// checked before memory is allocated. Any thread.
 #pragma once
 
 #include <cstddef>
@@ -16,29 +16,29 @@ typedef struct _GdkPixbuf GdkPixbuf;
 
 namespace Sorvik::imaging {
 
-// Images of more pixels are refused before memory is taken for them.
+// Larger images are rejected before memory is allocated.
 inline constexpr std::int64_t kMaxPixels = 100'000'000;
 
 enum class ImageType { kBmp, kPng, kJpeg, kTiff, kGif, kIco };
 
-// The kind of image that the first bytes announce.
+// Detects the format by the first bytes. Returns nullopt if it is unknown.
 std::optional<ImageType> SniffImageType(const ImageSource& source);
 
-// A decoded picture. Rows stand top-down; a pixel is red, green, blue and, with four channels,
-// alpha. The colours of a picture with transparency are premultiplied.
+// A decoded picture. Rows are top-down; a pixel is red, green, blue and, with four channels, alpha.
+// The colours of a picture with transparency are premultiplied.
 class Image {
  public:
   int Width() const noexcept { return width_; }
   int Height() const noexcept { return height_; }
   // Bytes of a pixel: 3 or 4.
   int Channels() const noexcept { return channels_; }
-  // True if no pixel is transparent in any degree; a fourth channel then means nothing.
+  // True if no pixel is transparent. A fourth channel then has no meaning.
   bool IsOpaque() const noexcept { return opaque_; }
   // The bytes of one row.
   std::span<const std::uint8_t> Row(int y) const noexcept;
 
-  // Takes a finished picture over. `ignoreAlpha` makes it opaque whatever its fourth channel holds;
-  // otherwise transparency is looked for, and premultiplied in place.
+  // Takes ownership of a decoded picture. `ignoreAlpha` makes it opaque regardless of a fourth
+  // channel; otherwise a picture with transparency is premultiplied in place.
   struct Release {
     void operator()(GdkPixbuf* pixbuf) const noexcept;
   };
@@ -55,10 +55,10 @@ class Image {
   bool opaque_ = true;
 };
 
-// Nothing if the source is none of the formats above, is damaged beyond use, or is too large.
+// Returns nullopt if the format is unknown, the file is damaged or the image is too large.
 std::optional<Image> DecodeImage(const ImageSource& source);
 
-// A drawing of the system's icon theme at `side` pixels; nothing where no SVG decoder is installed.
+// Renders an SVG icon at `side` pixels. Returns nullopt if no SVG decoder is installed.
 std::optional<Image> DecodeSvgIcon(const ImageSource& source, int side);
 
 }  // namespace Sorvik::imaging

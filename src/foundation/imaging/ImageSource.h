@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The encoded bytes of an image: a regular file that is read piece by piece, or bytes in memory.
-// One object belongs to one thread at a time.
+// The encoded bytes of an image: a regular file that is read in pieces, or bytes in memory. An
+// object must not be used by two threads at a time.
 #pragma once
 
 #include <cstddef>
@@ -15,19 +15,18 @@
 
 namespace Sorvik::imaging {
 
-// Larger files are no pictures that anyone wants as a thumbnail, and some decoders hold the whole
-// file in memory.
+// Larger files are rejected: some decoders load the complete file into memory.
 inline constexpr std::uint64_t kMaxEncodedImageBytes = 256u << 20;
 
 class ImageSource {
  public:
-  // Nothing if there is no regular file, or if it is larger than kMaxEncodedImageBytes.
+  // Returns nullopt if `path` is no regular file, or if it is larger than kMaxEncodedImageBytes.
   static std::optional<ImageSource> OpenFile(const std::string& path);
-  // Borrows the bytes; the caller keeps them alive.
+  // Doesn't copy the bytes; they must outlive this object.
   explicit ImageSource(std::span<const std::byte> bytes) noexcept : data_(bytes) {}
 
   std::uint64_t Size() const noexcept;
-  // Fills `into` from `offset` and returns how many bytes were there.
+  // Reads up to `into.size()` bytes at `offset` and returns their number.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> into) const noexcept;
 
  private:

@@ -17,24 +17,24 @@
 namespace Sorvik::imaging {
 namespace {
 
-// Near the end of a piece the library decodes in a slower way, so pieces are not small.
+// Large, since the library decodes the end of each buffer in a slower way.
 constexpr std::size_t kBufferBytes = 256 * 1024;
 // The coefficients of a progressive picture of kMaxPixels without subsampling take 600 MB.
 constexpr long kMaxLibraryMemory = 640L << 20;
-// Each scan of a progressive picture is a walk over all of its pixels, however few bytes it has in
-// the file. Real ones have about ten; the sum of pixels walked over bounds the time of one file.
-constexpr std::int64_t kMaxPixelWalks = 1'500'000'000;
-// The library writes rows on vector boundaries past the caches, from where reading them again takes
-// longer than all that is done with them here. So they begin beside such a boundary.
-constexpr std::size_t kRowBegin = 1;
+// Each scan of a progressive picture processes all of its pixels, however small it is in the file.
+// Real pictures have about ten scans; limiting the sum of processed pixels limits the time.
+constexpr std::int64_t kMaxScannedPixels = 1'500'000'000;
+// The library writes aligned rows with non-temporal stores, which makes reading them slow. An
+// unaligned row is faster.
+constexpr std::size_t kRowOffset = 1;
 
-// CMYK with 255 for no ink (as files with an Adobe marker store it) or for full ink, to RGB.
-void InksToRGB(std::span<const std::uint8_t> inks, bool inverted, std::span<std::uint8_t> rgb) {
-  for (std::size_t in = 0, out = 0; in + 3 < inks.size() && out + 2 < rgb.size();
+// Converts CMYK to RGB. Inverted values have 255 for no ink, as in files with an Adobe marker.
+void ConvertCMYK(std::span<const std::uint8_t> cmyk, bool inverted, std::span<std::uint8_t> rgb) {
+  for (std::size_t in = 0, out = 0; in + 3 < cmyk.size() && out + 2 < rgb.size();
        in += 4, out += 3) {
-    const int black = inverted ? inks[in + 3] : 255 - inks[in + 3];
+    const int black = inverted ? cmyk[in + 3] : 255 - cmyk[in + 3];
     for (std::size_t c = 0; c < 3; ++c) {
-      const int ink = inverted ? inks[in + c] : 255 - inks[in + c];
+      const int ink = inverted ? cmyk[in + c] : 255 - cmyk[in + c];
       rgb[out + c] = static_cast<std::uint8_t>(ink * black / 255);
     }
   }
@@ -48,7 +48,7 @@ struct JpegReader::State {
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
-  // The library's records, which it hands back to the functions below.
+  // The library's structures, which it passes to the callbacks below.
   jpeg_decompress_struct decoder{};
   jpeg_error_mgr errors{};
   jpeg_source_mgr input{};
@@ -58,15 +58,15 @@ struct JpegReader::State {
   const ImageSource* source;
   std::uint64_t offset = 0;
   std::array<std::byte, kBufferBytes> buffer;
-  std::vector<std::uint8_t> inks;
+  std::vector<std::uint8_t> cmyk;  // only used for CMYK pictures
   std::vector<std::uint8_t> row;
   const std::function<void(std::span<const std::uint8_t>)>* receiver = nullptr;
 
   static State& Of(j_common_ptr decoder) { return *static_cast<State*>(decoder->client_data); }
   static State& Of(j_decompress_ptr decoder) { return *static_cast<State*>(decoder->client_data); }
 
-  // Runs `step`, and returns false if the library gave up in it. It gives up by a jump to here, so
-  // nothing on the way may need a destructor: the steps keep what they own in this object.
+  // Runs `step`. Returns false if the library reported a fatal error, which is a longjmp to here,
+  // so the steps must not have local objects with destructors.
   bool Guarded(void (*step)(State&)) {
     if (setjmp(failure) != 0) return false;
     step(*this);
@@ -79,16 +79,18 @@ struct JpegReader::State {
   static void ReadRow(State& state);
   static void Finish(State& state) { jpeg_finish_decompress(&state.decoder); }
 
-  [[noreturn]] static void GiveUp(j_common_ptr decoder) { std::longjmp(Of(decoder).failure, 1); }
+  [[noreturn]] static void OnFatalError(j_common_ptr decoder) {
+    std::longjmp(Of(decoder).failure, 1);
+  }
   static boolean Fill(j_decompress_ptr decoder);
   static void Skip(j_decompress_ptr decoder, long count);
-  static void CountWalks(j_common_ptr decoder);
+  static void CheckScannedPixels(j_common_ptr decoder);
 };
 
 void JpegReader::State::Connect() {
   decoder.err = jpeg_std_error(&errors);
-  errors.error_exit = GiveUp;
-  // Damage that the library can mend is no failure, and nothing is written anywhere.
+  errors.error_exit = OnFatalError;
+  // Recoverable damage is no error, and nothing is logged.
   errors.emit_message = [](j_common_ptr, int) {};
   errors.output_message = [](j_common_ptr) {};
   decoder.client_data = this;
@@ -105,20 +107,20 @@ void JpegReader::State::ReadHead(State& state) {
   state.input.resync_to_restart = jpeg_resync_to_restart;
   state.input.term_source = [](j_decompress_ptr) {};
   decoder.src = &state.input;
-  state.progress.progress_monitor = CountWalks;
+  state.progress.progress_monitor = CheckScannedPixels;
   decoder.progress = &state.progress;
   jpeg_read_header(&decoder, TRUE);
 }
 
 void JpegReader::State::Start(State& state) {
   jpeg_decompress_struct& decoder = state.decoder;
-  const bool isInk = decoder.jpeg_color_space == JCS_CMYK || decoder.jpeg_color_space == JCS_YCCK;
-  decoder.out_color_space = isInk ? JCS_CMYK : JCS_RGB;
+  const bool isCMYK = decoder.jpeg_color_space == JCS_CMYK || decoder.jpeg_color_space == JCS_YCCK;
+  decoder.out_color_space = isCMYK ? JCS_CMYK : JCS_RGB;
   jpeg_start_decompress(&decoder);
 }
 
 void JpegReader::State::ReadRow(State& state) {
-  JSAMPROW row = state.inks.empty() ? state.row.data() + kRowBegin : state.inks.data();
+  JSAMPROW row = state.cmyk.empty() ? state.row.data() + kRowOffset : state.cmyk.data();
   jpeg_read_scanlines(&state.decoder, &row, 1);
 }
 
@@ -128,7 +130,7 @@ boolean JpegReader::State::Fill(j_decompress_ptr decoder) {
   std::size_t got = more ? state.source->ReadAt(state.offset, state.buffer) : 0;
   state.offset += got;
   if (got == 0) {
-    // The end of an unfinished file stands for the end of the picture.
+    // The end of a truncated file counts as the end of the picture.
     state.buffer[0] = std::byte{0xFF};
     state.buffer[1] = std::byte{JPEG_EOI};
     got = 2;
@@ -148,10 +150,10 @@ void JpegReader::State::Skip(j_decompress_ptr decoder, long count) {
   state.offset += wanted - here;
 }
 
-void JpegReader::State::CountWalks(j_common_ptr decoder) {
+void JpegReader::State::CheckScannedPixels(j_common_ptr decoder) {
   const auto& jpeg = *reinterpret_cast<j_decompress_ptr>(decoder);
   const std::int64_t pixels = std::int64_t{jpeg.image_width} * jpeg.image_height;
-  if (pixels * jpeg.input_scan_number > kMaxPixelWalks) GiveUp(decoder);
+  if (pixels * jpeg.input_scan_number > kMaxScannedPixels) OnFatalError(decoder);
 }
 
 JpegReader::JpegReader(std::unique_ptr<State> state) noexcept : state_(std::move(state)) {}
@@ -177,13 +179,13 @@ bool JpegReader::ReadRows(const std::function<void(std::span<const std::uint8_t>
   State& state = *state_;
   if (!state.Guarded(&State::Start)) return false;
   const auto width = static_cast<std::size_t>(Width());
-  state.row.resize(kRowBegin + width * 3);
-  const std::span<std::uint8_t> rgb = std::span(state.row).subspan(kRowBegin);
-  if (state.decoder.out_color_space == JCS_CMYK) state.inks.resize(width * 4);
+  state.row.resize(kRowOffset + width * 3);
+  const std::span<std::uint8_t> rgb = std::span(state.row).subspan(kRowOffset);
+  if (state.decoder.out_color_space == JCS_CMYK) state.cmyk.resize(width * 4);
   while (state.decoder.output_scanline < state.decoder.output_height) {
     if (!state.Guarded(&State::ReadRow)) return false;
-    if (!state.inks.empty()) {
-      InksToRGB(state.inks, state.decoder.saw_Adobe_marker != FALSE, rgb);
+    if (!state.cmyk.empty()) {
+      ConvertCMYK(state.cmyk, state.decoder.saw_Adobe_marker != FALSE, rgb);
     }
     row(rgb);
   }

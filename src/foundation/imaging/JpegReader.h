@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// JPEG pictures read row by row, so that a large one never stands in memory as a whole (save a
-// progressive one's coefficients). A file that ends early gives what there is, with a grey rest.
-// One object belongs to one thread.
+// Decodes JPEG pictures row by row, so that only progressive ones need memory for the complete
+// picture. The missing part of a truncated file is grey. Not thread-safe.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +15,8 @@ namespace Sorvik::imaging {
 
 class JpegReader {
  public:
-  // Reads the head. Nothing if it is damaged, or announces more than kMaxPixels. `source` must
-  // outlive the reader.
+  // Reads the header. Returns nullopt if it is invalid or the picture has more than kMaxPixels.
+  // `source` must outlive the reader.
   static std::optional<JpegReader> Open(const ImageSource& source);
   JpegReader(JpegReader&&) noexcept;
   JpegReader& operator=(JpegReader&&) noexcept;
@@ -26,8 +25,8 @@ class JpegReader {
   int Width() const noexcept;
   int Height() const noexcept;
 
-  // Hands all rows, red, green, blue, from the top to `row`; once for each reader. False if the
-  // data is damaged beyond use: some rows may have been handed out before.
+  // Calls `row` with each row from the top: red, green, blue. May be called once. Returns false on
+  // a fatal decoding error, possibly after some rows.
   bool ReadRows(const std::function<void(std::span<const std::uint8_t>)>& row);
 
  private:

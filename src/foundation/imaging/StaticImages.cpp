@@ -16,10 +16,10 @@ namespace {
 using Sorvik::imaging::Image;
 using Sorvik::imaging::ImageSource;
 
-// Buffers have no longer sides.
+// The maximum side of a Bitplate.
 constexpr int kMaxSide = 16384;
 
-// Small sizes have drawings of their own, in which details are left out.
+// Small sizes have separate pictures with fewer details.
 std::string FileNameOf(int number, int side) {
   const std::string stem = std::to_string(number);
   if (side <= 16) return stem + "-16.png";

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The pictures that are built into the application, known by number, and the plain copying of
-// pixels between buffers. Any thread.
+// The application's built-in pictures, identified by number, and copying of pixels. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +10,14 @@
 
 namespace Garrowby {
 
-// Bytes blue, green, red, alpha, colours premultiplied. The one format that pictures come in.
+// Blue, green, red, alpha with premultiplied colours. The only pixel format.
 enum PixelFormat { kPixelFormat_BGRA_4444_8u };
 
 }  // namespace Garrowby
 
 namespace Ilkmoor {
 
-// A picture in memory; rows top-down without gaps.
+// A picture in memory; rows are top-down without padding.
 struct FrameRecord {
   int width;
   int height;
@@ -26,22 +25,22 @@ struct FrameRecord {
 };
 using Frame = std::shared_ptr<const FrameRecord>;
 
-// A new buffer with the frame's pixels, owned by the caller; null for a null frame.
+// Returns a new buffer with the frame's pixels, owned by the caller; nullptr for a null frame.
 Bitplate** NewBitplateFromIlkmoorFrame(const Frame& frame);
 
 }  // namespace Ilkmoor
 
 namespace Fenwold::StaticImageFactory {
 
-// The built-in picture `number` with its aspect kept, in the middle of a frame of `width` by
-// `height` square pixels. There is one quality, the best. Null if there is no such picture or the
-// sides are none that a buffer can have.
+// Returns the built-in picture `number`, scaled with its aspect ratio and centred in a frame of
+// `width` by `height` square pixels. `quality` is ignored. Returns null if there is no such picture
+// or a side is out of the range of a Bitplate.
 Ilkmoor::Frame LoadImageW(int number, int width, int height, Garrowby::PixelFormat format,
                           int quality);
 
 }  // namespace Fenwold::StaticImageFactory
 
-// Copies `height` rows of `width` pixels, the first `copiedBytes` bytes of each pixel. Both
-// addresses are those of a first row; a negative distance of rows walks upwards from there.
+// Copies `height` rows of `width` pixels, the first `copiedBytes` bytes of each pixel. `from` and
+// `to` are the first rows; row distances may be negative.
 void IR_Convert(const unsigned char* from, int fromRowBytes, int fromPixelBytes, unsigned char* to,
                 int toRowBytes, int toPixelBytes, int width, int height, int copiedBytes);

@@ -10,11 +10,11 @@
 namespace Sorvik::imaging {
 namespace {
 
-// Weights are fractions of 2^16, so that 255 times their sum fits 32 bits.
+// Weights are fixed-point with 16 fractional bits, so that 255 times their sum fits in 32 bits.
 constexpr std::uint32_t kOne = 1u << 16;
 constexpr std::uint32_t kHalf = kOne / 2;
 
-// What one pixel of the target takes from a run of source pixels. The weights sum up to kOne.
+// The source pixels that contribute to one target pixel. The sum of the weights is kOne.
 struct Tap {
   int first;
   std::vector<std::uint32_t> weights;
@@ -37,14 +37,14 @@ Tap TapOf(int drawn, double scale, int sourceSize) {
     tap.weights.push_back(weight);
     left -= weight;
   }
-  // What rounding left over goes to the heaviest, where it changes least.
+  // Add the rounding error to the largest weight, where its effect is smallest.
   *std::max_element(tap.weights.begin(), tap.weights.end()) += left;
   return tap;
 }
 
 std::uint8_t Rounded(std::uint32_t sum) { return static_cast<std::uint8_t>((sum + kHalf) / kOne); }
 
-// The rows of `tap` as one row. `sums` is working space of the row's length.
+// Mixes the rows of `tap` into one. `sums` is a scratch buffer of the same length.
 void MixRows(const StretchSource& source, const Tap& tap, std::vector<std::uint32_t>& sums,
              std::vector<std::uint8_t>& mixed) {
   std::fill(sums.begin(), sums.end(), kHalf);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Stretches a premultiplied picture to another size with a smooth filter: a triangle as wide as two
-// pixels of the source when growing, of the target when shrinking. At its own size a picture is
-// copied unchanged. Any thread.
+// Scales a premultiplied picture with a triangle filter (bilinear), as wide as two pixels of the
+// source when upscaling and of the target when downscaling. At the same size it copies the picture.
+// Any thread.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace Sorvik::imaging {
 
-// A picture of 4 bytes a pixel, given by its rows from the top.
+// A picture with 4 bytes per pixel; `row` returns a row, counted from the top.
 struct StretchSource {
   int width;
   int height;
@@ -20,8 +20,8 @@ struct StretchSource {
   std::function<std::span<const std::uint8_t>(int)> row;
 };
 
-// Draws the whole of `source` over `place` of `target`, which must lie within it. Colours never
-// come out above their alpha where they weren't in the source.
+// Draws `source` into `place` of `target`, which must be inside it. If no colour of the source is
+// above its alpha, none of the result is.
 void StretchPicture(const StretchSource& source, const Canvas& target, const Placement& place);
 
 }  // namespace Sorvik::imaging

@@ -25,8 +25,8 @@ FailureHook& Hook() {
   return hook;
 }
 
-// Runs one function and gives what it holds back, whatever it throws: an exception that left a
-// worker would end the process.
+// Runs one function and destroys it. Catches all exceptions: one that leaves a worker would
+// terminate the process.
 void RunGuarded(boost::function<void()> function) noexcept {
   try {
     function();
@@ -35,82 +35,83 @@ void RunGuarded(boost::function<void()> function) noexcept {
       try {
         Hook()(std::current_exception());
       } catch (...) {
-        // A hook that fails as well has nobody left to tell.
+        // There is nowhere to report that the hook itself failed.
       }
     }
   }
 }
 
-// Counts accepted work that hasn't run to its end.
-class Gate {
+// Counts accepted functions that haven't finished.
+class PendingCount {
  public:
-  bool Enter() {
+  // Returns false after Close.
+  bool Add() {
     const std::lock_guard lock(mutex_);
     if (!open_) return false;
-    ++inside_;
+    ++count_;
     return true;
   }
-  void Leave() {
+  void Remove() {
     const std::lock_guard lock(mutex_);
-    if (--inside_ == 0) empty_.notify_all();
+    if (--count_ == 0) zero_.notify_all();
   }
   void Close() {
     const std::lock_guard lock(mutex_);
     open_ = false;
   }
-  void WaitEmpty() {
+  void WaitForZero() {
     std::unique_lock lock(mutex_);
-    empty_.wait(lock, [this] { return inside_ == 0; });
+    zero_.wait(lock, [this] { return count_ == 0; });
   }
 
  private:
   std::mutex mutex_;
-  std::condition_variable empty_;
-  std::size_t inside_ = 0;
+  std::condition_variable zero_;
+  std::size_t count_ = 0;
   bool open_ = true;
 };
 
 class PoolExecutor final : public AsyncExecutor {
  public:
-  // The threads are our own: a pool that makes them itself never comes back if one can't be had.
+  // Creates the threads itself: thread_pool's constructor hangs if it can't create one of them.
   explicit PoolExecutor(unsigned threads) : pool_(0) {
     threads_.reserve(threads);
     try {
       while (threads_.size() < threads) threads_.emplace_back([this] { pool_.attach(); });
     } catch (const std::system_error&) {
-      // Where threads are short, fewer do. Without any, nothing would ever run.
+      // Fewer threads suffice, but at least one is needed.
       if (threads_.empty()) throw;
     }
   }
   ~PoolExecutor() override {
-    gate_.WaitEmpty();
+    pending_.WaitForZero();
     pool_.stop();
     for (std::thread& thread : threads_) thread.join();
   }
 
   bool Post(boost::function<void()> function) override {
-    if (!gate_.Enter()) return false;
+    if (!pending_.Add()) return false;
     try {
       boost::asio::post(pool_, [this, work = std::move(function)]() mutable {
         RunGuarded(std::move(work));
-        gate_.Leave();
+        pending_.Remove();
       });
     } catch (...) {
-      gate_.Leave();
+      pending_.Remove();
       throw;
     }
     return true;
   }
-  void StopAccepting() override { gate_.Close(); }
-  void WaitForAccepted() override { gate_.WaitEmpty(); }
+  void StopAccepting() override { pending_.Close(); }
+  void WaitForAccepted() override { pending_.WaitForZero(); }
 
  private:
-  Gate gate_;
+  PendingCount pending_;
   boost::asio::thread_pool pool_;
   std::vector<std::thread> threads_;
 };
 
-// Work goes straight through to the base, or waits here while `width` pieces are running.
+// Passes functions to the base, or queues them while `width` of them are running.
 class SubExecutor final : public AsyncExecutor {
  public:
   SubExecutor(boost::shared_ptr<AsyncExecutor> base, int width)
@@ -118,20 +119,20 @@ class SubExecutor final : public AsyncExecutor {
   ~SubExecutor() override { WaitForAccepted(); }
 
   bool Post(boost::function<void()> function) override {
-    if (!state_->gate.Enter()) return false;
-    if (!state_->Admit(function)) return true;  // waits for a running piece to end
+    if (!state_->pending.Add()) return false;
+    if (!state_->StartOrQueue(function)) return true;
     if (Start(base_, state_, std::move(function))) return true;
-    state_->gate.Leave();
+    state_->pending.Remove();
     return false;
   }
-  void StopAccepting() override { state_->gate.Close(); }
-  void WaitForAccepted() override { state_->gate.WaitEmpty(); }
+  void StopAccepting() override { state_->pending.Close(); }
+  void WaitForAccepted() override { state_->pending.WaitForZero(); }
 
  private:
   struct State {
     explicit State(int limit) : width(limit) {}
-    // True if `function` may start now; otherwise it is kept.
-    bool Admit(boost::function<void()>& function) {
+    // Returns true if `function` may start now; otherwise moves it to the queue.
+    bool StartOrQueue(boost::function<void()>& function) {
       if (width < 1) return true;
       const std::lock_guard lock(mutex);
       if (running < width) {
@@ -141,7 +142,7 @@ class SubExecutor final : public AsyncExecutor {
       waiting.push_back(std::move(function));
       return false;
     }
-    // What starts in the place of a piece that ended; empty if nothing waits.
+    // The next queued function after one has finished; empty if there is none.
     boost::function<void()> Next() {
       if (width < 1) return {};
       const std::lock_guard lock(mutex);
@@ -154,7 +155,7 @@ class SubExecutor final : public AsyncExecutor {
       return next;
     }
 
-    Gate gate;
+    PendingCount pending;
     const int width;
     std::mutex mutex;
     int running = 0;
@@ -167,7 +168,7 @@ class SubExecutor final : public AsyncExecutor {
       while (work) {
         RunGuarded(std::move(work));
         work = state->Next();
-        state->gate.Leave();
+        state->pending.Remove();
       }
     });
   }

@@ -21,7 +21,7 @@ constexpr std::uint64_t kTranslations = 16;
 constexpr std::uint64_t kDescriptorSize = 8;  // length, offset
 constexpr char kContextEnd = '\x04';
 
-// Far more than the texts of this system.
+// Far above the size of this library's catalogues.
 constexpr std::size_t kMaxFileBytes = std::size_t{4} << 20;
 constexpr std::uint32_t kMaxEntries = 100'000;
 

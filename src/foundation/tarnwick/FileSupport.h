@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Files and folders as objects that know their own path.
+// Files and folders as objects with a path.
 #pragma once
 
 #include <vector>
@@ -12,7 +12,7 @@ using Hestra::UTF16String;
 
 class Dir;
 
-// A file by its path; whether it is there is asked of the disk by Exists alone.
+// A file path. Only Exists accesses the disk.
 class File {
  public:
   explicit File(UTF16String path) : path_(std::move(path)) {}
@@ -22,7 +22,7 @@ class File {
   UTF16String GetName() const;
   // The name without its extension.
   UTF16String GetTitle() const;
-  // With its dot; in lower case if `lowerCase`.
+  // With its dot; converted to lower case if `lowerCase`.
   UTF16String GetExtension(bool lowerCase) const;
   bool Exists() const;
 
@@ -38,7 +38,7 @@ class Dir {
   UTF16String GetName() const;
   bool Exists() const;
   bool IsTopLevelDir() const;
-  // The folder above; of the top folder, a Dir that doesn't exist.
+  // The parent folder. For "/", a Dir that doesn't exist.
   Dir Parent() const;
   // The folder or file `name` in this folder.
   Dir SubDir(std::u16string_view name) const;
@@ -49,11 +49,11 @@ class Dir {
   std::vector<File> Files() const;
 
  private:
-  UTF16String path_;  // empty for the parent of the top
+  UTF16String path_;  // empty for the parent of "/"
 };
 
-// How two names of files or folders compare on file systems of cameras: 0 if alike regardless of
-// case, else the order of their folded forms.
+// Compares file names case-insensitively, as camera file systems do: 0 if equal, else the order of
+// their case-folded forms.
 int CompareFileNames(std::u16string_view a, std::u16string_view b);
 
 }  // namespace tarnwick::filesupport

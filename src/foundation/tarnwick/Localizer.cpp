@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
-#include <mutex>
 
 #include "SorvikProvider/foundation/Environment.h"
+#include "foundation/Published.h"
 #include "foundation/tarnwick/Catalogue.h"
 
 namespace tarnwick::config {
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view kNoLanguage = "x-default";
 
-// "de_DE.UTF-8@euro" and a list "de_DE:de" give "de-DE".
+// Converts "de_DE.UTF-8@euro" or the list "de_DE:de" to "de-DE".
 std::string TagOfLocale(std::string_view locale) {
   std::string tag(locale.substr(0, locale.find_first_of(".@:")));
   std::replace(tag.begin(), tag.end(), '_', '-');
@@ -29,7 +29,7 @@ std::string TagOfEnvironment() {
   return {};
 }
 
-// A tag becomes part of a path, so nothing but a tag's own characters is taken.
+// The tag becomes part of a path, so only the characters of language tags are accepted.
 bool IsTag(std::string_view tag) {
   return !tag.empty() && std::all_of(tag.begin(), tag.end(), [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-';
@@ -40,7 +40,7 @@ std::string OwnCatalogueFolder() {
   return Hestra::MakeStdString(filesupport::commondirs::ResourcesDir()) + "/locale";
 }
 
-// "de-DE" is looked for as de-DE, de_DE and de.
+// Tries the folders de-DE, de_DE and de for the tag "de-DE".
 Catalogue LoadCatalogue(const std::string& folder, const std::string& tag) {
   if (!IsTag(tag)) return {};
   std::string underscored = tag;
@@ -52,53 +52,45 @@ Catalogue LoadCatalogue(const std::string& folder, const std::string& tag) {
   return {};
 }
 
-// What the localiser was told, and the catalogue that it last used. The lock is held for a moment;
-// a catalogue is read from disk once for each language.
 struct State {
-  std::mutex mutex;
   std::string language;  // as set by the host
   std::string folder;    // as set by the host
-  std::string loadedTag;
-  std::string loadedFolder;
+  std::string tag;       // of the current language; empty if there is none
   std::shared_ptr<const Catalogue> catalogue;
 };
 
-State& GetState() {
-  static State state;
-  return state;
-}
-
-std::string CurrentTag() {
-  State& state = GetState();
-  const std::lock_guard lock(state.mutex);
-  return state.language.empty() ? TagOfEnvironment() : state.language;
-}
-
-std::shared_ptr<const Catalogue> CurrentCatalogue() {
-  State& state = GetState();
-  const std::lock_guard lock(state.mutex);
-  const std::string tag = state.language.empty() ? TagOfEnvironment() : state.language;
+void Load(State& state) {
+  state.tag = state.language.empty() ? TagOfEnvironment() : state.language;
   const std::string folder = state.folder.empty() ? OwnCatalogueFolder() : state.folder;
-  if (!state.catalogue || state.loadedTag != tag || state.loadedFolder != folder) {
-    state.catalogue = std::make_shared<const Catalogue>(LoadCatalogue(folder, tag));
-    state.loadedTag = tag;
-    state.loadedFolder = folder;
-  }
-  return state.catalogue;
+  state.catalogue = std::make_shared<const Catalogue>(LoadCatalogue(folder, state.tag));
+}
+
+// Never destroyed: workers may still read it while the process exits.
+Sorvik::foundation::Published<State>& GetState() {
+  static auto& state = *[] {
+    State initial;
+    Load(initial);
+    return new Sorvik::foundation::Published<State>(std::move(initial));
+  }();
+  return state;
 }
 
 }  // namespace
 
 Localizer& Localizer::Get() {
   static Localizer localizer;
+  GetState();
   return localizer;
 }
+
+void ReloadCatalogue() { GetState().Update(Load); }
 
 std::string Localizer::GetUTF8String(std::string_view key) const {
   const auto equals = key.find('=');
   if (equals == key.npos) return std::string(key);
   const std::string_view text = key.substr(equals + 1);
-  return CurrentCatalogue()->Find(key.substr(0, equals), text).value_or(std::string(text));
+  const Catalogue& catalogue = *GetState().Get().catalogue;
+  return catalogue.Find(key.substr(0, equals), text).value_or(std::string(text));
 }
 
 UTF16String Localizer::GetString(std::string_view key) const {
@@ -106,15 +98,17 @@ UTF16String Localizer::GetString(std::string_view key) const {
 }
 
 void Localizer::SetLanguage(std::string_view tag) {
-  State& state = GetState();
-  const std::lock_guard lock(state.mutex);
-  state.language = tag;
+  GetState().Update([tag](State& state) {
+    state.language = tag;
+    Load(state);
+  });
 }
 
 void Localizer::SetCatalogueFolder(std::string_view folder) {
-  State& state = GetState();
-  const std::lock_guard lock(state.mutex);
-  state.folder = folder;
+  GetState().Update([folder](State& state) {
+    state.folder = folder;
+    Load(state);
+  });
 }
 
 }  // namespace tarnwick::config
@@ -122,7 +116,7 @@ void Localizer::SetCatalogueFolder(std::string_view folder) {
 namespace Hestra {
 
 UTF16String GetLanguageString() {
-  const std::string tag = tarnwick::config::CurrentTag();
+  const std::string& tag = tarnwick::config::GetState().Get().tag;
   return MakeString(tag.empty() ? tarnwick::config::kNoLanguage : std::string_view(tag));
 }
 

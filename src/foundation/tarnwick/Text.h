@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Text operations of the core library beyond those that hosts see.
+// Internal text operations.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 
 namespace tarnwick::utility {
 
-// Reads the whole of `text` as a decimal number, with an optional sign and nothing else. False, and
-// `number` stays, if it isn't one or doesn't fit.
+// Parses `text` as a decimal number with an optional sign. Returns false and leaves `number`
+// unchanged if it has other characters or is out of range.
 bool StringToNumber(std::u16string_view text, int& number) noexcept;
 
 }  // namespace tarnwick::utility

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Times, rates and shapes of media.
+// Times, frame rates and pixel aspect ratios.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace tarnwicktypes {
 
-// A second in ticks: a frame of each of the eight rates below is a whole number of them.
+// Ticks per second: a frame of each of the eight rates below is an integral number of ticks.
 inline constexpr std::int64_t kTicksPerSecond = 705'600'000;
 
 struct TickTime {
@@ -29,7 +29,7 @@ inline constexpr FrameRate kFrameRate_VideoPAL_HD{kTicksPerSecond / 50};
 inline constexpr FrameRate kFrameRate_VideoNTSC_HD{kTicksPerSecond / 60000 * 1001};
 inline constexpr FrameRate kFrameRate_Video60{kTicksPerSecond / 60};
 
-// How a time is shown. The numbers are those of the display modes in use.
+// Timecode display modes.
 enum class TimeDisplay {
   k24 = 100,
   k25 = 101,
@@ -43,12 +43,13 @@ enum class TimeDisplay {
 
 class PixelAspectRatio {
  public:
-  // Only the low 32 bits of both count; the denominator must not be 0.
+  // Uses only the low 32 bits of both. The denominator must not be 0.
   PixelAspectRatio(unsigned long numerator, unsigned long denominator) noexcept
       : numerator_(static_cast<std::uint32_t>(numerator)),
         denominator_(static_cast<std::uint32_t>(denominator)) {}
 
-  // The quotient with up to four decimals, trailing zeros dropped but one kept: "1.0", "0.9091".
+  // The quotient with one to four decimals, without trailing zeros after the first: "1.0",
+  // "0.9091".
   Hestra::UTF16String GetDisplayString() const;
 
  private:
