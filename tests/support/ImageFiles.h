@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Image files for tests, made by encoders that share no code with the product: by hand, by
-// gdk-pixbuf's savers and by libjpeg's compressor.
+// Image files for tests, from encoders that share no code with the product: written by hand, by
+// gdk-pixbuf or by libjpeg.
 #pragma once
 
 #include <array>
@@ -39,14 +39,14 @@ struct Drawing {
   const Pixel& At(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
 };
 
-// 2 by 3 pixels of six colours: any mirroring or shift shows.
+// 2 by 3 pixels of six colours, which show any mirroring or shift.
 Drawing SixColours();
-// One colour all over.
+// A picture of one colour.
 Drawing Plain(int width, int height, const Pixel& pixel);
-// Smooth ramps of all three channels, so that lossy formats keep it.
+// Smooth gradients, which lossy formats preserve.
 Drawing Ramps(int width, int height);
 
-// Numbers as bytes, least significant first.
+// Little-endian numbers.
 std::string LE16(std::uint32_t value);
 std::string LE32(std::uint32_t value);
 std::string BE32(std::uint32_t value);
@@ -57,7 +57,7 @@ std::string Saved(const Drawing& drawing, const char* type, bool withAlpha = fal
 enum class JpegKind { kColour, kGrey, kProgressive, kCmyk, kFullChroma };
 std::string Jpeg(const Drawing& drawing, JpegKind kind);
 
-// A BMP of given parts. The bits of rows are given as they stand in the file.
+// A BMP file from its parts. `data` is the pixel data as stored in the file.
 struct BmpParts {
   std::uint32_t headerBytes = 40;
   std::int32_t width = 2;
@@ -70,7 +70,7 @@ struct BmpParts {
 };
 std::string Bmp(const BmpParts& parts);
 
-// A PNG file of chunks whose checksums are right.
+// A PNG file of these chunks with valid checksums.
 struct PngChunk {
   std::string type;
   std::string data;
@@ -78,22 +78,22 @@ struct PngChunk {
 std::string Png(const std::vector<PngChunk>& chunks);
 std::string PngHead(std::uint32_t width, std::uint32_t height, char depth, char colourType);
 
-// A GIF of SixColours, uncompressed within the format's rules.
+// A GIF of SixColours with literal LZW codes only.
 std::string SixColourGif();
 
-// An ICO file around ready pictures; `side` 0 stands for 256.
+// An ICO file with these encoded pictures; a `side` of 0 means 256.
 struct IcoPart {
   std::uint8_t side;
   std::string bytes;
 };
 std::string Ico(const std::vector<IcoPart>& parts);
 
-// The pixel of a buffer as it is to be seen, whatever its order of rows.
+// The pixel at a position in the upright picture, for either row order.
 Pixel PixelOf(Bitplate** plate, int x, int y);
-// All of them.
+// All pixels of the upright picture.
 Drawing Upright(Bitplate** plate);
 
-// An image file as gdk-pixbuf itself reads it, with colours as they stand in the file.
+// Decodes an image file with gdk-pixbuf, without premultiplication.
 Drawing DecodeByPixbuf(const std::string& bytes);
 
 }  // namespace sorvik_test
