@@ -148,9 +148,4 @@ ContentMap ListOneEntry(const FolderView& view, const std::string& path, const s
   return content;
 }
 
-std::string JoinPath(const std::string& path, std::string_view key) {
-  std::string joined = path == "/" ? path : path + "/";
-  return joined.append(key);
-}
-
 }  // namespace Sorvik

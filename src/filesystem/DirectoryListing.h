@@ -21,7 +21,4 @@ ContentMap ListDirectory(const platform::FolderView& view, const std::string& pa
 ContentMap ListOneEntry(const platform::FolderView& view, const std::string& path,
                         const std::string& key, const FieldNameSet& fields);
 
-// `path` and `key` with one separator between them.
-std::string JoinPath(const std::string& path, std::string_view key);
-
 }  // namespace Sorvik

@@ -11,10 +11,10 @@
 #include "filesystem/ShellLink.h"
 #include "foundation/CallScope.h"
 #include "foundation/Mounts.h"
+#include "foundation/Paths.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/platform/DesktopEntry.h"
 #include "foundation/platform/FileSystem.h"
-#include "foundation/platform/PathText.h"
 
 namespace Sorvik {
 namespace {
@@ -35,8 +35,6 @@ bool EndsWith(std::string_view name, std::string_view extension) noexcept {
 std::string FoldName(std::string_view name) {
   return Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(name)));
 }
-
-std::string Normalized(std::string_view path) { return platform::NormalizePath(path); }
 
 std::string WithSlashes(std::string text) {
   std::replace(text.begin(), text.end(), '\\', '/');
@@ -76,7 +74,7 @@ class TargetFinder {
   // Returns the existing path `rest` below `top`, first as spelled, then case-insensitive with the
   // spelling on disk.
   std::optional<std::string> Below(const std::string& top, std::string_view rest) const {
-    const std::string full = Normalized((top + "/").append(rest));
+    const std::string full = foundation::NormalizedPath((top + "/").append(rest));
     if (!platform::IsAtOrBelow(full, top)) return std::nullopt;
     if (auto found = Exact(full)) return found;
     if (full.size() >= platform::kPathLimit || full.find('\0') != full.npos) return std::nullopt;
@@ -101,7 +99,7 @@ class TargetFinder {
   // Resolves a path relative to the shortcut's folder. ".." is resolved lexically.
   std::optional<std::string> Relative(std::string_view relative) const {
     if (relative.empty()) return std::nullopt;
-    const std::string full = Normalized((folder_ + "/").append(relative));
+    const std::string full = foundation::NormalizedPath((folder_ + "/").append(relative));
     std::string top = folder_;
     while (!platform::IsAtOrBelow(full, top)) {
       top.resize(std::max<std::size_t>(top.rfind('/'), 1));
@@ -171,7 +169,7 @@ std::optional<std::string> TargetOfDesktopEntry(const std::string& folder,
   if (!bytes) return std::nullopt;
   const auto target = platform::LinkOfDesktopEntry(foundation::ByteReader(*bytes).Text());
   if (!target) return std::nullopt;
-  return TargetFinder(folder).Exact(Normalized(*target));
+  return TargetFinder(folder).Exact(foundation::NormalizedPath(*target));
 }
 
 }  // namespace

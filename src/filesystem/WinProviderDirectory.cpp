@@ -10,6 +10,7 @@
 #include "filesystem/DirectoryListing.h"
 #include "foundation/CallScope.h"
 #include "foundation/Mounts.h"
+#include "foundation/Paths.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FolderView.h"
 #include "thumbnails/Rendering.h"
@@ -35,7 +36,7 @@ ContentMap WinProviderDirectory::GetContent(const std::string& path, const std::
   if (!folder) return {};
   ContentMap content = ListOneEntry(*folder, path, key, fields);
   if (content.empty() || !fields.contains(kExtraPathField)) return content;
-  std::string sidecar = GetMXFSidecarPath(JoinPath(path, key));
+  std::string sidecar = GetMXFSidecarPath(foundation::JoinPath(path, key));
   if (!sidecar.empty()) content[key][kExtraPathField] = any_regular_t(std::move(sidecar));
   return content;
 }
@@ -81,7 +82,7 @@ Bitplate** WinProviderDirectory::GetThumbnail(const std::string& path, const std
   const auto limit = static_cast<unsigned>(GetMaximumThumbnailHeight(height));
   const auto side = static_cast<int>(std::min(static_cast<unsigned>(width), limit));
   const bool valid = PathUtils::IsLongFormFolderPath(path);
-  const std::string file = valid ? JoinPath(path, key) : std::string();
+  const std::string file = valid ? foundation::JoinPath(path, key) : std::string();
   // The icon of a share must not block on its server.
   const auto table = foundation::CurrentMountTable();
   const platform::Mount* mount = table->At(file);

@@ -5,6 +5,7 @@
 
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "foundation/platform/FileSystem.h"
+#include "foundation/platform/PathText.h"
 
 namespace Sorvik::foundation {
 namespace {
@@ -62,24 +63,7 @@ std::string_view WithoutTrailingSlash(std::string_view path) {
   return path;
 }
 
-std::string NormalizedPath(std::string_view path) {
-  std::string result(path.starts_with(kSeparator) ? "/" : "");
-  const std::size_t root = result.size();
-  while (!path.empty()) {
-    const auto end = std::min(path.find(kSeparator), path.size());
-    const auto part = path.substr(0, end);
-    path.remove_prefix(std::min(end + 1, path.size()));
-    if (part.empty() || part == ".") continue;
-    if (part == "..") {
-      const auto parent = result.rfind(kSeparator);
-      result.resize(parent == result.npos ? root : std::max(parent, root));
-      continue;
-    }
-    if (result.size() > root) result += kSeparator;
-    result += part;
-  }
-  return result;
-}
+std::string NormalizedPath(std::string_view path) { return platform::NormalizePath(path); }
 
 bool IsInside(std::string_view path, std::string_view folder) {
   const std::string inner = NormalizedPath(path);

@@ -26,8 +26,7 @@ bool IsHidden(std::string_view path);
 // Removes one trailing separator; "/" stays.
 std::string_view WithoutTrailingSlash(std::string_view path);
 
-// Removes doubled separators, "." and a trailing separator, and resolves "..". Links aren't
-// followed.
+// See platform::NormalizePath.
 std::string NormalizedPath(std::string_view path);
 
 // True if `path` is inside `folder` once both are normalized. For paths that a file on a card

@@ -46,7 +46,7 @@ Drawing Plain(int width, int height, const Pixel& pixel);
 // Smooth gradients, which lossy formats preserve.
 Drawing Ramps(int width, int height);
 
-// Little-endian numbers.
+// Numbers as bytes, little-endian (LE) or big-endian (BE).
 std::string LE16(std::uint32_t value);
 std::string LE32(std::uint32_t value);
 std::string BE32(std::uint32_t value);
