@@ -54,8 +54,8 @@ Bytes VolumeInfo(std::string_view label, std::uint32_t serial, std::string_view 
 // The same with the Unicode forms as well. The texts in the code page differ from them.
 Bytes UnicodeVolumeInfo(std::string_view label, std::string_view path, std::string_view suffix) {
   Bytes volume;
-  volume.U32LE(20 + 2 * label.size() + 2).U32LE(2).U32LE(7).U32LE(0x14).U32LE(20);
-  volume.Add(Unicode(label)).U16LE(0);
+  volume.U32LE(22 + 2 * label.size() + 2).U32LE(2).U32LE(7).U32LE(0x14).U32LE(22);
+  volume.U16LE(0).Add(Unicode(label)).U16LE(0);
   const std::size_t textAt = 0x24 + volume.size();  // "?" in the code page
   const std::size_t pathAt = textAt + 2;
   const std::size_t suffixAt = pathAt + 2 * path.size() + 2;
