@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <string_view>
 
 #include "Failure.h"
@@ -20,6 +21,8 @@ struct CommandRow {
   std::string_view summary;
 };
 
+constexpr std::size_t kAnyCount = std::numeric_limits<std::size_t>::max();
+
 constexpr CommandRow kCommands[] = {
     {"ls", "[PATH]", 0, 1, "--json --provider --fields --all --thumbs --size",
      "list the entries of a path as a table; without PATH the volumes"},
@@ -36,6 +39,8 @@ constexpr CommandRow kCommands[] = {
      "write a contact sheet as one HTML file"},
     {"check", "PATH", 1, 1, "--json --provider",
      "check whether a card is complete; list missing and orphaned files"},
+    {"cards", "PATH...", 1, kAnyCount, "--json -0",
+     "find the cards at, around and below each path, one path per line"},
     {"providers", "", 0, 0, "--json", "list the registered providers with their fields"},
     {"meta", "FILE | --packet", 0, 1, "--json --fields --all --packet",
      "show the metadata of a file, or of an XMP packet on standard input"},
@@ -142,6 +147,7 @@ class Parser {
       }
     }
     if (!options_.command.empty() && FindCommand(options_.command) == nullptr) return options_;
+    options_.nearby = !commandNamed_;
     if (options_.command.empty()) options_.command = "ls";
     CheckUsage(*FindCommand(options_.command));
     return options_;
@@ -235,7 +241,9 @@ std::string HelpText() {
   constexpr std::size_t kColumn = 30;
   std::string text =
       "sorvik shows camera cards and folders as places with clips.\n\n"
-      "usage: sorvik [COMMAND] [OPTIONS] [PATH]\n\ncommands (default: ls):\n";
+      "usage: sorvik [COMMAND] [OPTIONS] [PATH]\n\n"
+      "Without a command, lists the cards at, around and next to PATH, or PATH itself if there is\n"
+      "none; without PATH the volumes.\n\ncommands:\n";
   for (const CommandRow& row : kCommands) {
     text += Padded("  " + std::string(row.name) + " " + std::string(row.operands), kColumn);
     text += std::string(row.summary) + "\n";

@@ -19,6 +19,7 @@ struct Options {
   bool clipsOnly = false;
   bool folder = false;
   bool packet = false;
+  bool nearby = false;  // no command was given: list the cards near the path
   PictureProtocol thumbs = PictureProtocol::kNone;
   std::optional<std::vector<std::string>> fields;  // in the order of the command line
   std::string provider;

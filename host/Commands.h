@@ -2,9 +2,13 @@
 // The commands of the program, each in its own file in commands/.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "Arguments.h"
 #include "Output.h"
 #include "Session.h"
+#include "SorvikProvider/cardtools/CardFinder.h"
 #include "SorvikProvider/frame/FieldModel.h"
 #include "SorvikProvider/frame/ProviderWrapper.h"
 
@@ -28,6 +32,7 @@ int RunSheet(Context& context);
 int RunCheck(Context& context);
 int RunProviders(Context& context);
 int RunMeta(Context& context);
+int RunCards(Context& context);
 
 // Throws Failure for a path that no provider claims, with the system's reason if there is one.
 [[noreturn]] void FailUnclaimedPath(Context& context, const std::string& path);
@@ -35,6 +40,10 @@ int RunMeta(Context& context);
 // Throws Failure for a folder that can't be read. The library returns an empty result for both an
 // empty and an unreadable folder, so call this after an empty result.
 void RequireReadable(Context& context, const std::string& path);
+
+// Returns the cards at, around and next to `path`.
+std::vector<Sorvik::FoundCard> NearbyCards(Context& context, const std::string& path);
+const Sorvik::ProviderWrapper& ProviderOf(const Sorvik::FoundCard& card);
 
 // Returns the provider given by --provider, or the best one. Throws Failure if it doesn't claim
 // `path`. --provider accepts an identification or its last component.

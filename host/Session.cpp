@@ -100,6 +100,28 @@ Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,
   });
 }
 
+void Session::FindCards(const std::string& path, Sorvik::SearchDirection direction,
+                        const CardReceiver& receive) {
+  progress_.Begin("searching");
+  // Shared with the station, which may outlive an interrupted wait.
+  const auto done = std::make_shared<bool>(false);
+  const ImmutableString station("sorvik/" + std::to_string(++stations_));
+  StationUtils::RegisterStation(
+      station, [this, station, done, receive](const Hestra::Message& message) {
+        const auto* answer = dynamic_cast<const Sorvik::FindCardsMessage*>(&message);
+        if (answer == nullptr || answer->isLast) {
+          StationUtils::UnregisterStation(station);
+          running_.erase(station);
+          *done = true;
+        } else if (!ending_) {
+          receive(answer->card);
+        }
+      });
+  const auto request = ProviderHost::RequestCards(path, direction, station);
+  TrackRequest(station, [request] { request->Abort(); });
+  WaitUntil([&] { return *done; });
+}
+
 void Session::RequestPicture(const ProviderWrapper& provider, const std::string& path,
                              const std::string& key, int width, int height,
                              PictureReceiver receive) {

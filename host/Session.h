@@ -16,6 +16,7 @@
 #include "Interrupts.h"
 #include "Picture.h"
 #include "Progress.h"
+#include "SorvikProvider/cardtools/CardFinder.h"
 #include "SorvikProvider/foundation/ImmutableString.h"
 #include "SorvikProvider/foundation/Messaging.h"
 #include "SorvikProvider/frame/FieldModel.h"
@@ -41,6 +42,11 @@ class Session {
   // Returns the entries that can be browsed further. The message's provider is null if none claims
   // `path`.
   Sorvik::GetDefaultContentMessage Places(const std::string& path, const std::string& provider);
+
+  // Calls `receive` with each card as it is found.
+  using CardReceiver = std::function<void(const Sorvik::FoundCard&)>;
+  void FindCards(const std::string& path, Sorvik::SearchDirection direction,
+                 const CardReceiver& receive);
 
   // Queues a thumbnail request. `receive` is called while this thread waits, and never after the
   // session has begun to end. WaitForPictures waits for all. Both throw Interrupted after Ctrl-C.

@@ -25,7 +25,7 @@ struct CommandRow {
 constexpr CommandRow kCommands[] = {
     {"ls", RunLs},         {"who", RunWho},     {"entry", RunEntry}, {"files", RunFiles},
     {"places", RunPlaces}, {"owner", RunOwner}, {"thumb", RunThumb}, {"providers", RunProviders},
-    {"meta", RunMeta},     {"sheet", RunSheet}, {"check", RunCheck},
+    {"meta", RunMeta},     {"sheet", RunSheet}, {"check", RunCheck}, {"cards", RunCards},
 };
 
 int RunCommand(Context& context) {

@@ -7,17 +7,23 @@
 
 namespace host {
 
-int RunLs(Context& context) {
+namespace {
+
+using Sorvik::ContentMap;
+using Sorvik::FoundCard;
+using Sorvik::ProviderWrapper;
+
+// Looking for cards in each of many folders takes too long for a hint.
+constexpr std::size_t kMaxEntriesForHint = 256;
+
+ContentMap List(Context& context, const ProviderWrapper& provider, const std::string& path) {
   const Options& options = context.options;
-  const std::string path =
-      ResolvePath(options.operands.empty() ? Sorvik::kVolumeListPath : options.operands.front());
-  const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
   const Sorvik::FieldNameList fields =
       ChosenFields(options, provider, provider.GetDefaultFieldList());
-  const Sorvik::ContentMap content = ListEntries(context, provider, path, fields);
+  ContentMap content = ListEntries(context, provider, path, fields);
   if (options.json) {
     WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
-    return kDone;
+    return content;
   }
   const PictureProtocol protocol = ChooseProtocol(options.thumbs, context.output.IsTerminal());
   if (protocol != PictureProtocol::kNone) {
@@ -26,6 +32,52 @@ int RunLs(Context& context) {
     // With --all, columns without any value are omitted.
     WriteEntriesTable(context.output, provider,
                       options.all ? NonEmptyFields(fields, content) : fields, content);
+  }
+  return content;
+}
+
+// Reports cards next to a path that was listed as a plain folder.
+void ReportNearbyCards(Context& context, const std::string& path) {
+  const std::vector<FoundCard> cards = NearbyCards(context, path);
+  if (cards.empty()) return;
+  std::string message = path + ": a plain folder; card nearby: " + cards.front().path;
+  if (cards.size() > 1) message += " and " + std::to_string(cards.size() - 1) + " more";
+  context.output.Flush();
+  WriteError(message);
+}
+
+// Lists each card, with its path as a heading unless it is the path that was asked for.
+void ListCards(Context& context, const std::string& path, const std::vector<FoundCard>& cards) {
+  const bool headings = cards.size() > 1 || cards.front().path != path;
+  for (std::size_t i = 0; i < cards.size(); ++i) {
+    const ProviderWrapper& provider = ProviderOf(cards[i]);
+    if (headings && !context.options.json) {
+      context.output.Write(i == 0 ? "" : "\n");
+      context.output.Write(
+          context.output.Shown(cards[i].path + " (" + provider.GetUIString() + ")") + "\n");
+    }
+    List(context, provider, cards[i].path);
+  }
+}
+
+}  // namespace
+
+int RunLs(Context& context) {
+  const Options& options = context.options;
+  const std::string path =
+      ResolvePath(options.operands.empty() ? Sorvik::kVolumeListPath : options.operands.front());
+  if (options.nearby && options.provider.empty()) {
+    const std::vector<FoundCard> cards = NearbyCards(context, path);
+    if (!cards.empty()) {
+      ListCards(context, path, cards);
+      return kDone;
+    }
+  }
+  const ProviderWrapper& provider = ChooseProvider(context, path);
+  const ContentMap content = List(context, provider, path);
+  const bool isPlainFolder = provider.ShouldCheckFilter() && provider.IsFileBased();
+  if (!options.nearby && isPlainFolder && content.size() <= kMaxEntriesForHint) {
+    ReportNearbyCards(context, path);
   }
   return kDone;
 }

@@ -4,10 +4,23 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "SorvikProvider/frame/Provider.h"
 
 namespace Sorvik {
+
+// Where a search for cards finds a structure. A pattern is a name, or "*" and the end of a name;
+// names are compared ignoring case (ASCII).
+struct CardLayout {
+  // A folder can only be the structure's root if it contains at least one of these names.
+  std::vector<std::string_view> rootNames = {};
+  // Folders of the root that contain nothing but the structure. Empty: only files belong to it.
+  std::vector<std::string_view> ownFolders = {};
+  // The identification of another provider that lists the same clips of a root.
+  std::string_view alternativeTo = {};
+};
 
 class ClipProvider : public Provider {
  public:
@@ -20,6 +33,9 @@ class ClipProvider : public Provider {
   bool ShouldCheckFilter() const final;
   bool IsFileBased() const final;
 
+  // Valid as long as the provider.
+  const CardLayout& GetLayout() const noexcept { return facts_.layout; }
+
  protected:
   // The height of the static pictures and icons of most structures.
   static constexpr int kIconHeight = 16;
@@ -29,6 +45,7 @@ class ClipProvider : public Provider {
     const char* uiString;  // localised in GetUIString()
     FieldNameList defaultFields;
     FieldNameSet labelFields;  // fields with a label
+    CardLayout layout;
     int maxThumbnailHeight = kIconHeight;
   };
   explicit ClipProvider(Facts facts);

@@ -21,6 +21,9 @@
 
 namespace Sorvik {
 
+class FindCardsRequest;
+enum class SearchDirection;
+
 class SORVIK_EXPORT ProviderHost {
  public:
   ProviderHost() = delete;
@@ -57,6 +60,11 @@ class SORVIK_EXPORT ProviderHost {
   static Hestra::InterfaceRef<ProviderDefaultContentRequest, Hestra::IThreadedQueueRequest>
   RequestDefaultProviderContent(
       Hestra::ObjectPtr<DefaultContentRequestData, Hestra::AtomicValue> data,
+      tarnwick::utility::ImmutableString station);
+
+  // Queues FindCards, in SorvikProvider/cardtools/CardFinder.h. Its messages go to `station`.
+  static Hestra::InterfaceRef<FindCardsRequest, Hestra::IThreadedQueueRequest> RequestCards(
+      const std::string& path, SearchDirection direction,
       tarnwick::utility::ImmutableString station);
 
  private:

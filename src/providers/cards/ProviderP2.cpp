@@ -209,6 +209,7 @@ ProviderP2::ProviderP2()
                                     "artist",
                                     "scene",
                                     "takeNumber"},
+                    .layout = {.rootNames = {kContents}, .ownFolders = {kContents}},
                     .maxThumbnailHeight = std::numeric_limits<int>::max()}) {}
 
 ContentMap ProviderP2::GetContent(const std::string& path, const std::string& key,

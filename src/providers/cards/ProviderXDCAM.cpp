@@ -126,7 +126,10 @@ ProviderXDCAM::ProviderXDCAM()
                     .labelFields = {"Name", "Path", "CreateDate", "ModifyDate", "MetadataDate",
                                     "videoFrameSize", "videoFrameRate", "videoPixelAspectRatio",
                                     "duration", "videoCompressor", "audioCompressor", "cameraModel",
-                                    "description", "SerialNumber", "Make", "Model"}}) {}
+                                    "description", "SerialNumber", "Make", "Model"},
+                    .layout = {.rootNames = {kClipFolder, kProav},
+                               .ownFolders = {kClipFolder, kProav, "Sub", "Thmbnl", "General",
+                                              "Edit", "UserData", "Take"}}}) {}
 
 ContentMap ProviderXDCAM::GetContent(const std::string& path, const std::string& key,
                                      const FieldNameSet& fields) const {

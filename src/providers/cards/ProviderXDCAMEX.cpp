@@ -126,14 +126,14 @@ XMPSupport::XMPFieldBits RowsFor(FieldNameSet fields, std::initializer_list<cons
 }  // namespace
 
 ProviderXDCAMEX::ProviderXDCAMEX()
-    : ClipProvider(
-          {.identification = "com.halvane.Merisk.ProviderXDCAMEX",
-           .uiString = "$$$/Ortlane/Libraries/Sorvik/XDCAMEXUIString=XDCAM-EX",
-           .defaultFields = {kNameField, kPathField},
-           .labelFields = {"Name", "Path", "CreateDate", "ModifyDate", "MetadataDate",
-                           "videoFrameSize", "videoFrameRate", "videoPixelAspectRatio", "duration",
-                           "videoCompressor", "audioCompressor", "shotName", "cameraModel",
-                           "description", "SerialNumber", "Make", "Model"}}) {}
+    : ClipProvider({.identification = "com.halvane.Merisk.ProviderXDCAMEX",
+                    .uiString = "$$$/Ortlane/Libraries/Sorvik/XDCAMEXUIString=XDCAM-EX",
+                    .defaultFields = {kNameField, kPathField},
+                    .labelFields = {"Name", "Path", "CreateDate", "ModifyDate", "MetadataDate",
+                                    "videoFrameSize", "videoFrameRate", "videoPixelAspectRatio",
+                                    "duration", "videoCompressor", "audioCompressor", "shotName",
+                                    "cameraModel", "description", "SerialNumber", "Make", "Model"},
+                    .layout = {.rootNames = {kCardFolder}, .ownFolders = {kCardFolder}}}) {}
 
 ContentMap ProviderXDCAMEX::GetContent(const std::string&, const std::string& key,
                                        const FieldNameSet& fields) const {

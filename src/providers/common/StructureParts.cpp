@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "formats/MediaNames.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/platform/FileSystem.h"
@@ -15,16 +16,6 @@ namespace {
 
 using foundation::CardFolder;
 using foundation::FoldCase;
-
-// The frames of a sequence are checked as a sequence, not as single files.
-constexpr std::string_view kMediaExtensions[] = {".mxf", ".mp4", ".mov", ".mts", ".m2ts",
-                                                 ".m2t", ".avi", ".dv",  ".wav", ".r3d"};
-
-bool IsMedia(std::string_view path) {
-  return std::ranges::any_of(kMediaExtensions, [path](std::string_view extension) {
-    return foundation::HasExtension(path, extension);
-  });
-}
 
 // Without the contents of hidden folders, in which file servers keep copies of a folder's files.
 std::vector<std::string> VisibleFilesBelow(const std::string& folder) {
@@ -97,7 +88,7 @@ void AddUnreachedMedia(const Provider& provider, const std::string& path,
   std::vector<std::string> media;
   for (const std::string& folder : folders) {
     for (std::string& file : VisibleFilesBelow(folder)) {
-      if (IsMedia(file)) media.push_back(std::move(file));
+      if (formats::HasMediaExtension(file)) media.push_back(std::move(file));
     }
   }
   AddUnreached(provider, path, "media of no clip", media, findings);

@@ -9,7 +9,7 @@ namespace Sorvik {
 
 ProviderARRIRAW::ProviderARRIRAW()
     : ProviderFileSequenceBase("com.halvane.Merisk.ProviderARRIRAW",
-                               "$$$/Merisk/Libraries/Sorvik/ARRIRAWUIString=ARRIRAW") {}
+                               "$$$/Merisk/Libraries/Sorvik/ARRIRAWUIString=ARRIRAW", "*.ari") {}
 
 bool ProviderARRIRAW::IsSequenceFile(const UTF16String& name) const {
   return HasExtension(name, ".ari");

@@ -11,7 +11,7 @@ namespace Sorvik {
 
 ProviderCanonRAW::ProviderCanonRAW()
     : ProviderFileSequenceBase("com.halvane.Merisk.ProviderCanonRAW",
-                               "$$$/Merisk/Libraries/Sorvik/CanonRAWUIString=Canon RAW") {}
+                               "$$$/Merisk/Libraries/Sorvik/CanonRAWUIString=Canon RAW", "*.rmf") {}
 
 bool ProviderCanonRAW::IsSequenceFile(const UTF16String& name) const {
   return HasExtension(name, ".rmf");

@@ -13,7 +13,8 @@ namespace Sorvik {
 
 ProviderCinemaDNG::ProviderCinemaDNG()
     : ProviderFileSequenceBase("com.halvane.Merisk.ProviderCinemaDNG",
-                               "$$$/Merisk/Libraries/Sorvik/CinemaDNGUIString=Cinema DNG") {}
+                               "$$$/Merisk/Libraries/Sorvik/CinemaDNGUIString=Cinema DNG",
+                               "*.dng") {}
 
 bool ProviderCinemaDNG::IsSequenceFile(const UTF16String& name) const {
   return HasExtension(name, ".dng");

@@ -16,11 +16,13 @@ using foundation::CardFolder;
 using Hestra::MakeStdString;
 using Hestra::MakeString;
 
-ProviderFileSequenceBase::ProviderFileSequenceBase(const char* identification, const char* uiString)
+ProviderFileSequenceBase::ProviderFileSequenceBase(const char* identification, const char* uiString,
+                                                   std::string_view frameNames)
     : ClipProvider({.identification = identification,
                     .uiString = uiString,
                     .defaultFields = {kNameField, kPathField},
-                    .labelFields = {kNameField, kPathField}}) {}
+                    .labelFields = {kNameField, kPathField},
+                    .layout = {.rootNames = {frameNames}}}) {}
 
 int ProviderFileSequenceBase::CanProvideFor(const std::string& path) const {
   bool hasForeignFiles = false;

@@ -35,7 +35,9 @@ class ProviderFileSequenceBase : public ClipProvider {
   virtual void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const;
 
  protected:
-  ProviderFileSequenceBase(const char* identification, const char* uiString);
+  // `frameNames` is the pattern of the names of frames, for a search for cards.
+  ProviderFileSequenceBase(const char* identification, const char* uiString,
+                           std::string_view frameNames);
 
   using PathValues = std::vector<any_regular_t>;
 

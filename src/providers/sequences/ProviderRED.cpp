@@ -58,7 +58,8 @@ ProviderRED::ProviderRED()
            .labelFields = {"Name", "identifier", "relation", "startTimecode", "duration",
                            "CreateDate", "ModifyDate", "Rating", "videoFrameRate", "videoFrameSize",
                            "videoCompressor", "videoPixelAspectRatio", "audioSampleRate",
-                           "audioSampleType", "creator", "shotName", "shotLocation", "Path"}}) {}
+                           "audioSampleType", "creator", "shotName", "shotLocation", "Path"},
+           .layout = {.rootNames = {"*.RDC"}, .ownFolders = {"*.RDC"}}}) {}
 
 ContentMap ProviderRED::GetContent(const std::string& path, const FieldNameSet& fields,
                                    ProviderRequest* request) const {

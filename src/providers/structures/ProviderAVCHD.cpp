@@ -192,7 +192,8 @@ ProviderAVCHD::ProviderAVCHD()
                     .labelFields = {"Name", "videoFrameRate", "videoFrameSize", "audioChannelType",
                                     "audioSampleRate", "shotDate", "startTimecode", "Make", "Model",
                                     "SerialNumber", "good", "shotName", "shotLocation", "creator",
-                                    "identifier", "Path"}}) {}
+                                    "identifier", "Path"},
+                    .layout = {.rootNames = {kBDMV}, .ownFolders = {kBDMV}}}) {}
 
 ContentMap ProviderAVCHD::GetContent(const std::string& path, const FieldNameSet& fields,
                                      ProviderRequest* request) const {

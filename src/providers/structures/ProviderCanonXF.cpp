@@ -212,7 +212,8 @@ ProviderCanonXF::ProviderCanonXF()
                                     "GPSAltitudeRef",
                                     "GPSLatitude",
                                     "GPSLongitude",
-                                    "GPSProcessingMethod"}}) {}
+                                    "GPSProcessingMethod"},
+                    .layout = {.rootNames = {kContents}, .ownFolders = {kContents}}}) {}
 
 ContentMap ProviderCanonXF::GetContent(const std::string& path, const FieldNameSet& fields,
                                        [[maybe_unused]] ProviderRequest* request) const {

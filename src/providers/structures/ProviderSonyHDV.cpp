@@ -135,7 +135,8 @@ ProviderSonyHDV::ProviderSonyHDV()
                     .uiString = "$$$/Ortlane/Libraries/Sorvik/SonyHDVUIString=Sony HDV",
                     .defaultFields = {kNameField, kPathField},
                     .labelFields = {"Name", "videoFrameSize", "videoPixelAspectRatio", "duration",
-                                    "startTimecode", "CreateDate", "videoFrameRate", "Path"}}) {}
+                                    "startTimecode", "CreateDate", "videoFrameRate", "Path"},
+                    .layout = {.rootNames = {"VIDEO"}, .ownFolders = {"VIDEO"}}}) {}
 
 ContentMap ProviderSonyHDV::GetContent(const std::string& path, const FieldNameSet& fields,
                                        ProviderRequest* request) const {

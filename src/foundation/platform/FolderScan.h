@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// A folder's names as the kernel lists them: the cheapest way to look for something in many
+// folders. No link is followed and no file is looked at. Any thread.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace Sorvik::platform {
+
+enum class ScannedType {
+  kFolder,
+  kLink,   // to anything
+  kOther,  // a file, or anything else
+};
+
+// Called for each name except "." and "..", in the file system's order; false ends the scan. The
+// name is valid during the call.
+using NameVisitor = std::function<bool(std::string_view name, ScannedType type)>;
+
+// Returns false if `path` can't be opened as a folder. A link at the end of `path` is followed.
+bool ScanFolder(const std::string& path, const NameVisitor& visit);
+
+// `path` without links, "." and ".."; empty if it doesn't exist or can't be resolved.
+std::string ResolveLinks(const std::string& path);
+
+}  // namespace Sorvik::platform

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+// The commands that find cards: sorvik cards, and sorvik without a command.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "support/Cards.h"
+#include "support/Program.h"
+#include "support/TempTree.h"
+
+namespace sorvik_test {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+class Cards : public testing::Test {
+ protected:
+  void SetUp() override {
+    MakeXDCAMEXCard(tree_, "sd/PRIVATE/JVC", {{"A_01"}});
+    MakeP2Card(tree_, "sd");
+    AddP2Clip(tree_, "sd", {.id = "0001AB"});
+    tree_.File("plain/a.txt");
+  }
+
+  const TempTree tree_;
+};
+
+TEST_F(Cards, PrintsRootsOnceInEachForm) {
+  const std::string sd = tree_.Path("sd");
+  const std::string jvc = tree_.Path("sd/PRIVATE/JVC");
+  const ProgramResult text = RunSorvik({"cards", sd, jvc + "/BPAV"});
+  EXPECT_EQ(text.output, sd + "\n" + jvc + "\n");
+  EXPECT_EQ(text.exitCode, 0);
+  EXPECT_EQ(RunSorvik({"cards", "-0", sd}).output,
+            sd + std::string(1, '\0') + jvc + std::string(1, '\0'));
+  const std::string json = RunSorvik({"cards", "--json", jvc}).output;
+  EXPECT_EQ(nlohmann::json::parse(json),
+            nlohmann::json({{"path", jvc},
+                            {"provider", "com.halvane.Merisk.ProviderXDCAMEX"},
+                            {"name", "XDCAM-EX"},
+                            {"score", 100}}));
+}
+
+TEST_F(Cards, FailsForEachPathWithoutCards) {
+  const ProgramResult result =
+      RunSorvik({"cards", tree_.Path("plain"), tree_.Path("gone"), tree_.Path("sd")});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "sorvik: " + tree_.Path("plain") + ": no card found\nsorvik: " +
+                               tree_.Path("gone") + ": No such file or directory\n");
+  EXPECT_THAT(result.output, HasSubstr(tree_.Path("sd") + "\n"));
+}
+
+TEST_F(Cards, WithoutACommandShowsAllNearbyCards) {
+  const ProgramResult both = RunSorvik({tree_.Path("sd")});
+  EXPECT_THAT(both.output, HasSubstr(tree_.Path("sd") + " (Panasonic P2)\n"));
+  EXPECT_THAT(both.output, HasSubstr(tree_.Path("sd/PRIVATE/JVC") + " (XDCAM-EX)\n"));
+  const ProgramResult one = RunSorvik({tree_.Path("sd/PRIVATE/JVC")});
+  EXPECT_THAT(one.output, Not(HasSubstr("(XDCAM-EX)"))) << "no heading for the path itself";
+  const ProgramResult json = RunSorvik({"--json", tree_.Path("sd")});
+  EXPECT_EQ(std::count(json.output.begin(), json.output.end(), '\n'), 2);
+  EXPECT_THAT(RunSorvik({tree_.Path("plain")}).output, HasSubstr("a.txt"));
+}
+
+TEST_F(Cards, LsIsLiteralAndReportsNearbyCards) {
+  const std::string folder = tree_.Path("sd/PRIVATE");
+  const ProgramResult result = RunSorvik({"ls", folder});
+  EXPECT_THAT(result.output, EndsWith(folder + "/JVC\n"));
+  EXPECT_EQ(result.errors,
+            "sorvik: " + folder + ": a plain folder; card nearby: " + folder + "/JVC\n");
+  EXPECT_EQ(RunSorvik({"ls", tree_.Path("plain")}).errors, "");
+}
+
+}  // namespace
+}  // namespace sorvik_test
