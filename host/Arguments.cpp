@@ -63,6 +63,7 @@ constexpr OptionRow kOptions[] = {
     {"--folder", "", "the picture for a folder"},
     {"--packet", "", "read an XMP packet from standard input"},
     {"-o", "FILE", "output file; - for standard output"},
+    {"--core", "", "without the providers of newer cards; accepted by all commands"},
     {"-0", "", "end each path with a NUL byte, for xargs -0"},
 };
 
@@ -73,6 +74,7 @@ const CommandRow* FindCommand(std::string_view name) {
 }
 
 bool Accepts(const CommandRow& command, std::string_view option) {
+  if (option == "--core") return true;
   return (" " + std::string(command.options) + " ").find(" " + std::string(option) + " ") !=
          std::string::npos;
 }
@@ -119,6 +121,7 @@ PictureProtocol ParseProtocol(const std::string& text) {
 void Apply(Options& options, std::string_view name, const std::string& value) {
   if (name == "--json") options.json = true;
   if (name == "--all") options.all = true;
+  if (name == "--core") options.core = true;
   if (name == "-0") options.zero = true;
   if (name == "--clips-only") options.clipsOnly = true;
   if (name == "--folder") options.folder = true;

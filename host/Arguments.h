@@ -15,6 +15,7 @@ struct Options {
   std::vector<std::string> operands;
   bool json = false;
   bool all = false;
+  bool core = false;  // without the providers of newer cards
   bool zero = false;
   bool clipsOnly = false;
   bool folder = false;

@@ -50,12 +50,13 @@ void ReportFailure(const std::exception_ptr& failure) {
 
 }  // namespace
 
-Session::Session() {
+Session::Session(bool withAdditionalProviders) {
   if (StationUtils::GetEventDescriptor() < 0) {
     throw Failure(kFailed, "too many open files");
   }
   tarnwick::threads::SetFailureHook(ReportFailure);
   ProviderHost::Initialize();
+  if (withAdditionalProviders) ProviderHost::RegisterAdditionalProviders();
   StationUtils::RegisterStation(kFailureStation, [this](const Hestra::Message& message) {
     ++failures_;
     const auto* failed = dynamic_cast<const WorkFailed*>(&message);

@@ -29,7 +29,8 @@ class Session {
  public:
   // Initializes the library; the destructor shuts it down. If a worker is still blocked then, the
   // process exits.
-  Session();
+  // With `withAdditionalProviders` also the providers of newer cards.
+  explicit Session(bool withAdditionalProviders = true);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;

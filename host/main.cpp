@@ -39,7 +39,7 @@ int RunCommand(Context& context) {
 // Reports a failure before the session ends, because ending it may wait for workers or exit the
 // process.
 int RunSession(const Options& options, Output& output) {
-  Session session;
+  Session session(!options.core);
   Context context{options, session, output};
   int code = kDone;
   try {

@@ -13,6 +13,7 @@
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
+#include "providers/modern/ProviderSonyXAVC.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
@@ -47,10 +48,16 @@ constexpr Provider* (*kProviders[])() = {
 };
 // clang-format on
 
+// Registered after the others, so that no order among those changes.
+constexpr Provider* (*kAdditionalProviders[])() = {
+    Make<ProviderSonyXAVC>,
+};
+
 }  // namespace
 
 const std::string ProviderHost::sBestProvider;
 unsigned int ProviderHost::sUseCount = 0;
+bool ProviderHost::sAdditionalRegistered = false;
 std::vector<ProviderWrapper*> ProviderHost::sProviders;
 boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::sExecutor;
 
@@ -66,6 +73,13 @@ void ProviderHost::Initialize() {
   }
 }
 
+void ProviderHost::RegisterAdditionalProviders() {
+  if (sUseCount == 0 || std::exchange(sAdditionalRegistered, true)) return;
+  for (const auto make : kAdditionalProviders) {
+    RegisterProvider(std::make_unique<AsyncProviderWrapper>(make()));
+  }
+}
+
 void ProviderHost::Shutdown() {
   if (--sUseCount != 0) return;
   if (sExecutor) {
@@ -75,6 +89,7 @@ void ProviderHost::Shutdown() {
   }
   for (ProviderWrapper*& wrapper : sProviders) delete std::exchange(wrapper, nullptr);
   sProviders.clear();
+  sAdditionalRegistered = false;
 }
 
 void ProviderHost::RegisterProvider(std::unique_ptr<ProviderWrapper> wrapper) {

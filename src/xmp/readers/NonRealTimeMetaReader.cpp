@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "SorvikProvider/foundation/UTF16String.h"
+#include "formats/sony/ClipRecord.h"
 #include "foundation/XmlTree.h"
 #include "xmp/Namespaces.h"
 #include "xmp/NativeValues.h"
@@ -388,6 +389,8 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   ReadRoot(root, material.get(), onXDCAMEX, output.native);
   output.hasNative = true;
   output.nativeIdentityWins = onXDCAMEX;
+  // Providers of cards on which cameras cut takes need the same record.
+  if (!onXDCAMEX && !input.path.empty()) formats::sony::ClipRecord::Keep(input.path, root);
   if (!onXDCAMEX || !wanted.Wants(kNsDC, "relation")) return;
   const std::string take = TakeOfClip(input.path);
   if (take.empty()) return;

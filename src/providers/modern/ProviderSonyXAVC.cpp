@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: MIT
+#include "providers/modern/ProviderSonyXAVC.h"
+
+#include <algorithm>
+#include <limits>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "SorvikProvider/frame/ProviderRequest.h"
+#include "SorvikProvider/metadata/XMPSupport.h"
+#include "formats/sony/ClipRecord.h"
+#include "foundation/ByteReader.h"
+#include "foundation/CallScope.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
+#include "foundation/hestra/PathUtils.h"
+#include "foundation/platform/FileSystem.h"
+#include "frame/FieldValues.h"
+#include "frame/Recognition.h"
+#include "providers/modern/XAVCCard.h"
+#include "thumbnails/Rendering.h"
+
+namespace Sorvik {
+namespace {
+
+using formats::sony::ClipRecord;
+using foundation::CardFolder;
+using foundation::EqualIgnoringCase;
+using xavc::Card;
+using xavc::Clip;
+
+constexpr const char* kFrameCount = "frameCount";
+constexpr const char* kDuration = "duration";
+
+bool IsKnownName(std::string_view name) {
+  const auto equals = [name](std::string_view known) { return EqualIgnoringCase(known, name); };
+  return std::ranges::any_of(xavc::kStructureFolders, equals) ||
+         std::ranges::any_of(xavc::kStructureFiles, equals);
+}
+
+// The list says which system the card belongs to, near its beginning: masterVersion
+// "XAVC-M4@2.00.00" or "XAVC-XD@...".
+bool IsListOfXAVC(const std::string& path) {
+  constexpr std::size_t kBeginning = 4096;
+  const auto head = platform::ReadHead(path, kBeginning);
+  if (!head) return false;
+  const std::string_view text = foundation::ByteReader(*head).Text();
+  return text.find("XAVC-M4") != text.npos || text.find("XAVC-XD") != text.npos;
+}
+
+// A copy of the clip folder alone.
+bool ContainsRecordedMP4(const CardFolder& clips) {
+  return clips
+      .FindVisibleFile([&clips](const std::string& name) {
+        return foundation::HasExtension(name, ".mp4") &&
+               clips.Find(std::string(foundation::FileStem(name)) + "M01.XML").has_value();
+      })
+      .has_value();
+}
+
+Recognition Recognize(const std::string& path) {
+  const auto root = CardFolder::Of(path);
+  const auto clipFolder = root->Find(xavc::kClipFolder);
+  if (!clipFolder || !root->ContainsFolder(*clipFolder)) return Recognition::kNone;
+  const std::string_view name = foundation::FileName(path);
+  const auto index = root->Find(xavc::kIndex);
+  const bool hasThumbnails = root->Find(xavc::kThumbnailFolder).has_value();
+  const bool isXAVC = EqualIgnoringCase(name, "M4ROOT") || EqualIgnoringCase(name, "XDROOT") ||
+                      (index && (hasThumbnails || IsListOfXAVC(root->PathOf(*index)))) ||
+                      (!index && ContainsRecordedMP4(*CardFolder::Of(root->PathOf(*clipFolder))));
+  if (!isXAVC) return Recognition::kNone;
+  return Recognized(index && std::ranges::all_of(root->VisibleNames(), IsKnownName));
+}
+
+std::vector<std::string> ExtraPaths(const Card& card, const Clip& clip,
+                                    const std::vector<const Clip*>& parts) {
+  std::vector<std::string> paths = clip.files;
+  for (const Clip* part : parts) {
+    paths.push_back(card.PathOf(*part));
+    paths.insert(paths.end(), part->files.begin(), part->files.end());
+  }
+  paths.insert(paths.end(), card.SharedFiles().begin(), card.SharedFiles().end());
+  return paths;
+}
+
+// Sets the duration of a recording of several parts. All of them have the rate of the first.
+void SetTotalDuration(const std::vector<const Clip*>& parts, const FieldNameSet& fields,
+                      FieldValueMap& values) {
+  std::int64_t frames = 0;
+  std::string rate;
+  if (!XMPSupport::ParseFrameCount(TextOf(values, kFrameCount), frames, rate)) return;
+  for (const Clip* part : parts) {
+    if (const auto record = ClipRecord::Of(part->Record())) {
+      frames += static_cast<std::int64_t>(record->frames);
+    }
+  }
+  values.insert_or_assign(kFrameCount, any_regular_t(std::to_string(frames) + " @ " + rate));
+  if (!fields.contains(kDuration)) return;
+  const std::string duration = XMPSupport::GetTimecodeFromDuration(frames, rate);
+  if (!duration.empty()) values.insert_or_assign(kDuration, any_regular_t(duration));
+}
+
+std::string NameOf(const Clip& clip) {
+  if (clip.material != nullptr && !clip.material->title.empty()) return clip.material->title;
+  return std::string(foundation::FileStem(clip.essence));
+}
+
+FieldValueMap MetadataOf(const Card& card, const Clip& clip, const FieldNameSet& fields) {
+  FieldNameSet wanted = fields;
+  wanted.insert(kFrameCount);
+  const std::string record = clip.Record();
+  return XMPSupport::MakeValue(record.empty() ? card.PathOf(clip) : record,
+                               XMPSupport::ParseFields(wanted));
+}
+
+// Adds to the metadata of the clip what the card knows.
+FieldValueMap MakeEntry(const Card& card, const Clip& clip, const std::vector<const Clip*>& parts,
+                        const FieldNameSet& fields, FieldValueMap values) {
+  if (!parts.empty()) SetTotalDuration(parts, fields, values);
+  if (!fields.contains(kFrameCount)) values.erase(kFrameCount);
+  if (clip.exists) values.insert_or_assign(kPathField, any_regular_t(card.PathOf(clip)));
+  values.insert_or_assign(kNameField, any_regular_t(NameOf(clip)));
+  if (fields.contains(kProxyPathField)) {
+    if (std::string proxy = clip.Proxy(); !proxy.empty()) {
+      values.insert_or_assign(kProxyPathField, any_regular_t(std::move(proxy)));
+    }
+  }
+  if (fields.contains(kExtraPathField)) {
+    values.insert_or_assign(kExtraPathField, PathList(ExtraPaths(card, clip, parts)));
+  }
+  return values;
+}
+
+}  // namespace
+
+ProviderSonyXAVC::ProviderSonyXAVC()
+    : ClipProvider({.identification = "com.halvane.Merisk.ProviderSonyXAVC",
+                    .uiString = "$$$/Ortlane/Libraries/Sorvik/SonyXAVCUIString=Sony XAVC",
+                    .defaultFields = {kNameField, "CreateDate", "startTimecode", "duration",
+                                      "videoFrameSize", "videoFrameRate", "Model"},
+                    .labelFields = {"Name",
+                                    "Path",
+                                    "CreateDate",
+                                    "ModifyDate",
+                                    "identifier",
+                                    "startTimecode",
+                                    "duration",
+                                    "videoFrameSize",
+                                    "videoFrameRate",
+                                    "videoPixelAspectRatio",
+                                    "videoCompressor",
+                                    "audioCompressor",
+                                    "audioChannelType",
+                                    "cameraModel",
+                                    "description",
+                                    "good",
+                                    "Make",
+                                    "Model",
+                                    "SerialNumber",
+                                    "GPSLatitude",
+                                    "GPSLongitude"},
+                    .layout = {.rootNames = {xavc::kClipFolder},
+                               .ownFolders = {std::begin(xavc::kStructureFolders),
+                                              std::end(xavc::kStructureFolders)},
+                               .alternativeTo = "com.halvane.Merisk.ProviderXDCAM"},
+                    .maxThumbnailHeight = std::numeric_limits<int>::max()}) {}
+
+ContentMap ProviderSonyXAVC::GetContent(const std::string& path, const std::string& key,
+                                        const FieldNameSet& fields) const {
+  const foundation::CallScope scope;
+  const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
+  const Clip* clip = card->Find(key);
+  if (clip == nullptr || card->IsLaterPart(*clip)) return {};
+  return {{key, MakeEntry(*card, *clip, card->PartsAfter(*clip), fields,
+                          MetadataOf(*card, *clip, fields))}};
+}
+
+ContentMap ProviderSonyXAVC::GetContent(const std::string& path, const FieldNameSet& fields,
+                                        ProviderRequest* request) const {
+  const foundation::CallScope scope;
+  const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
+  // Reading the metadata of all clips first leaves their records in the call scope, so that each
+  // is opened once.
+  std::vector<FieldValueMap> metadata;
+  metadata.reserve(card->Clips().size());
+  for (const Clip& clip : card->Clips()) {
+    if (ProviderRequest::TestAborted(request)) return {};
+    metadata.push_back(MetadataOf(*card, clip, fields));
+  }
+  ContentMap content;
+  for (std::size_t i = 0; i < metadata.size(); ++i) {
+    const Clip& clip = card->Clips()[i];
+    if (ProviderRequest::TestAborted(request)) return {};
+    if (card->IsLaterPart(clip)) continue;
+    content.insert_or_assign(clip.essence, MakeEntry(*card, clip, card->PartsAfter(clip), fields,
+                                                     std::move(metadata[i])));
+  }
+  return content;
+}
+
+int ProviderSonyXAVC::CanProvideFor(const std::string& path) const {
+  const foundation::CallScope scope;
+  return ScoreOf(foundation::IsValidPath(path) ? Recognize(path) : Recognition::kNone);
+}
+
+Bitplate** ProviderSonyXAVC::GetThumbnail(const std::string& path, const std::string& key,
+                                          int width, int height, ProviderRequest*) const {
+  const foundation::CallScope scope;
+  const std::string root(foundation::WithoutTrailingSlash(path));
+  if (!Hestra::PathUtils::IsItemName(key)) return nullptr;
+  const std::string name = std::string(foundation::FileStem(key)) + "T01.JPG";
+  std::string picture = xavc::FindInRoot(root, xavc::kThumbnailFolder, name).value_or("");
+  if (picture.empty()) {
+    // Only the material list can name another one.
+    const auto card = Card::Of(root);
+    if (const Clip* clip = card->Find(key)) picture = clip->Thumbnail();
+  }
+  if (!picture.empty()) {
+    if (Bitplate** drawn = RenderThumbnailIntoNew(Hestra::MakeString(picture), width, height)) {
+      return drawn;
+    }
+  }
+  const int side = std::min(height, kIconHeight);
+  return GetFolderThumbnail(root, key, std::min(width, side), side);
+}
+
+}  // namespace Sorvik
