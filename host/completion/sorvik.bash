@@ -2,7 +2,7 @@
 # bash completion for sorvik
 _sorvik() {
   local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} word command=
-  local commands='ls who entry files places owner thumb sheet check providers meta'
+  local commands='ls who entry files places owner thumb sheet check cards providers meta'
   local -A options=(
     [ls]='--json --provider --fields --all --thumbs --size'
     [who]='--json'
@@ -13,6 +13,7 @@ _sorvik() {
     [thumb]='--json --provider --size --folder -o'
     [sheet]='--json --provider --fields --all --size -o'
     [check]='--json --provider'
+    [cards]='--json -0'
     [providers]='--json'
     [meta]='--json --fields --all --packet'
   )
@@ -31,7 +32,7 @@ _sorvik() {
     --fields | --size) return ;;
   esac
   if [[ $cur == -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "${options[${command:-ls}]} --help --version" -- "$cur")
+    mapfile -t COMPREPLY < <(compgen -W "${options[${command:-ls}]} --core --help --version" -- "$cur")
     return
   fi
   mapfile -t COMPREPLY < <(compgen -f -- "$cur")
