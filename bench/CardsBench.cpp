@@ -13,7 +13,9 @@
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
+#include "providers/modern/ProviderSonyXAVC.h"
 #include "support/Cards.h"
+#include "support/ModernCards.h"
 
 namespace {
 
@@ -111,6 +113,17 @@ void EXDefaultFields(benchmark::State& state) {
 void EXExtraPaths(benchmark::State& state) {
   List(state, Sorvik::ProviderXDCAMEX(), MakeEX, kExtra);
 }
+void MakeXAVC(const TempTree& tree, long count) {
+  std::vector<sorvik_test::XAVCClip> clips;
+  for (const auto& clip : SonyClips(count)) clips.push_back({.name = clip.name});
+  MakeXAVCCard(tree, "card", sorvik_test::XAVCLayout::kM4Root, clips);
+}
+void XAVCNamesAndPaths(benchmark::State& state) {
+  List(state, Sorvik::ProviderSonyXAVC(), MakeXAVC, {"Name", "Path"});
+}
+void XAVCExtraPaths(benchmark::State& state) {
+  List(state, Sorvik::ProviderSonyXAVC(), MakeXAVC, {"Name", "Path", "ExtraPath", "ProxyPath"});
+}
 
 // Lower bound of the P2 listings: lists the clip folder and reads each clip XML.
 void PlainReads(benchmark::State& state) {
@@ -136,6 +149,8 @@ BENCHMARK(DiscExtraPaths)->Apply(Sizes);
 BENCHMARK(ProavExtraPaths)->Apply(Sizes);
 BENCHMARK(EXDefaultFields)->Apply(Sizes);
 BENCHMARK(EXExtraPaths)->Apply(Sizes);
+BENCHMARK(XAVCNamesAndPaths)->Apply(Sizes);
+BENCHMARK(XAVCExtraPaths)->Apply(Sizes);
 
 }  // namespace
 

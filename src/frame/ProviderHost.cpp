@@ -13,6 +13,7 @@
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
+#include "providers/modern/ProviderCanonXFAVC.h"
 #include "providers/modern/ProviderSonyXAVC.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
@@ -51,6 +52,7 @@ constexpr Provider* (*kProviders[])() = {
 // Registered after the others, so that no order among those changes.
 constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderSonyXAVC>,
+    Make<ProviderCanonXFAVC>,
 };
 
 }  // namespace

@@ -121,4 +121,9 @@ void MakeXAVCCard(const TempTree& tree, const std::string& root, XAVCLayout layo
                          XmlElement("Contents", "", materials)));
 }
 
+void MakeCanonFlatCard(const TempTree& tree, const std::string& root,
+                       const std::vector<std::string>& files) {
+  for (const std::string& file : files) tree.File(root + "/CONTENTS/CLIPS001/" + file, "essence");
+}
+
 }  // namespace sorvik_test

@@ -35,4 +35,8 @@ std::string UmidOf(const XAVCClip& clip);
 void MakeXAVCCard(const TempTree& tree, const std::string& root, XAVCLayout layout,
                   const std::vector<XAVCClip>& clips, bool index = true);
 
+// A Canon card at `root` with these files in CONTENTS/CLIPS001, each of a few bytes.
+void MakeCanonFlatCard(const TempTree& tree, const std::string& root,
+                       const std::vector<std::string>& files);
+
 }  // namespace sorvik_test

@@ -38,8 +38,9 @@ class SORVIK_EXPORT ProviderHost {
   // RegisterProvider on the main thread, while no other thread uses the library.
   static void Initialize();
   static void Shutdown();
-  // Adds the providers of newer cards after the others, until the last Shutdown: "Sony XAVC".
-  // Without effect before Initialize and when called again. Belongs to the host's main thread, too.
+  // Adds the providers of newer cards after the others, until the last Shutdown: Sony XAVC and
+  // Canon XF-AVC. Without effect before Initialize and when called again. Belongs to the host's
+  // main thread, too.
   static void RegisterAdditionalProviders();
   // Adds a provider after the others. Ignores nullptr.
   static void RegisterProvider(std::unique_ptr<ProviderWrapper> wrapper);

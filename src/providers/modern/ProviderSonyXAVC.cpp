@@ -18,6 +18,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
+#include "providers/modern/PartDurations.h"
 #include "providers/modern/XAVCCard.h"
 #include "thumbnails/Rendering.h"
 
@@ -29,9 +30,6 @@ using foundation::CardFolder;
 using foundation::EqualIgnoringCase;
 using xavc::Card;
 using xavc::Clip;
-
-constexpr const char* kFrameCount = "frameCount";
-constexpr const char* kDuration = "duration";
 
 bool IsKnownName(std::string_view name) {
   const auto equals = [name](std::string_view known) { return EqualIgnoringCase(known, name); };
@@ -84,41 +82,25 @@ std::vector<std::string> ExtraPaths(const Card& card, const Clip& clip,
   return paths;
 }
 
-// Sets the duration of a recording of several parts. All of them have the rate of the first.
-void SetTotalDuration(const std::vector<const Clip*>& parts, const FieldNameSet& fields,
-                      FieldValueMap& values) {
-  std::int64_t frames = 0;
-  std::string rate;
-  if (!XMPSupport::ParseFrameCount(TextOf(values, kFrameCount), frames, rate)) return;
-  for (const Clip* part : parts) {
-    if (const auto record = ClipRecord::Of(part->Record())) {
-      frames += static_cast<std::int64_t>(record->frames);
-    }
-  }
-  values.insert_or_assign(kFrameCount, any_regular_t(std::to_string(frames) + " @ " + rate));
-  if (!fields.contains(kDuration)) return;
-  const std::string duration = XMPSupport::GetTimecodeFromDuration(frames, rate);
-  if (!duration.empty()) values.insert_or_assign(kDuration, any_regular_t(duration));
-}
-
 std::string NameOf(const Clip& clip) {
   if (clip.material != nullptr && !clip.material->title.empty()) return clip.material->title;
   return std::string(foundation::FileStem(clip.essence));
 }
 
 FieldValueMap MetadataOf(const Card& card, const Clip& clip, const FieldNameSet& fields) {
-  FieldNameSet wanted = fields;
-  wanted.insert(kFrameCount);
   const std::string record = clip.Record();
   return XMPSupport::MakeValue(record.empty() ? card.PathOf(clip) : record,
-                               XMPSupport::ParseFields(wanted));
+                               XMPSupport::ParseFields(PartDurations(fields).FieldsOfFirst()));
 }
 
 // Adds to the metadata of the clip what the card knows.
 FieldValueMap MakeEntry(const Card& card, const Clip& clip, const std::vector<const Clip*>& parts,
                         const FieldNameSet& fields, FieldValueMap values) {
-  if (!parts.empty()) SetTotalDuration(parts, fields, values);
-  if (!fields.contains(kFrameCount)) values.erase(kFrameCount);
+  PartDurations durations(fields);
+  for (const Clip* part : parts) {
+    if (const auto record = ClipRecord::Of(part->Record())) durations.Add(record->frames);
+  }
+  durations.SetTotal(values);
   if (clip.exists) values.insert_or_assign(kPathField, any_regular_t(card.PathOf(clip)));
   values.insert_or_assign(kNameField, any_regular_t(NameOf(clip)));
   if (fields.contains(kProxyPathField)) {
