@@ -89,6 +89,8 @@ TEST(ProviderSonyXAVC, RecognizesByContent) {
 
   MakeXAVCCard(tree, "A001R01", XAVCLayout::kXDRoot, {{.name = "A001C001"}});
   EXPECT_EQ(kProvider.CanProvideFor(tree.Path("A001R01")), 100) << "a renamed XDROOT";
+  tree.File("PRIVATE/PXROOT/Clip/A001C001S03.MP4", "proxy of another card");
+  EXPECT_EQ(kProvider.CanProvideFor(tree.Path("PRIVATE/PXROOT")), 40);
   MakeXAVCCard(tree, "low", XAVCLayout::kM4Root, {clip});
   fs::rename(tree.Path("low/CLIP"), tree.Path("low/clip"));
   fs::rename(tree.Path("low/MEDIAPRO.XML"), tree.Path("low/mediapro.xml"));

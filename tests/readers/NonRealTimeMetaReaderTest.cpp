@@ -175,6 +175,20 @@ INSTANTIATE_TEST_SUITE_P(
                     WordCase{"unknown base", "tcFps=\"120\" halfStep=\"false\"", "12030201", "25p",
                              " "}));
 
+TEST(NonRealTimeMetaReader, ReadsLensAndCaptureSettings) {
+  const ReadResult result = Read(Document(
+      "<VideoFormat><VideoFrame captureFps='100p' formatFps='25p'/></VideoFormat>"
+      "<Lens modelName='S7i-32                '/><AcquisitionRecord>"
+      "<Group name='LensUnitMetadataSet'><Item name='CaptureGammaEquation' value='other'/></Group>"
+      "<Group name='CameraUnitMetadataSet'><Item name='CaptureGammaEquation' value='s-log3-cine'/>"
+      "<Item name='CaptureColorPrimaries' value='s-gamut3-cine'/></Group></AcquisitionRecord>"));
+  EXPECT_EQ(result.Get(kNsAux, "Lens"), "S7i-32");
+  EXPECT_EQ(result.Get(kNsNonRealTimeMeta, "captureFps"), "100p");
+  EXPECT_EQ(result.Get(kNsDM, "videoFrameRate"), "25");
+  EXPECT_EQ(result.Get(kNsNonRealTimeMeta, "CaptureGammaEquation"), "s-log3-cine");
+  EXPECT_EQ(result.Get(kNsNonRealTimeMeta, "CaptureColorPrimaries"), "s-gamut3-cine");
+}
+
 TEST(NonRealTimeMetaReader, ReadsAspectAndRateFromTexts) {
   const auto shape = [](std::string_view video, std::string_view more) {
     const ReadResult result =

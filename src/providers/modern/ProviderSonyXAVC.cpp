@@ -57,6 +57,12 @@ bool ContainsRecordedMP4(const CardFolder& clips) {
       .has_value();
 }
 
+// PXROOT holds proxies of a wireless adapter, whose originals are on another card.
+bool IsRootName(std::string_view name) {
+  return EqualIgnoringCase(name, "M4ROOT") || EqualIgnoringCase(name, "XDROOT") ||
+         EqualIgnoringCase(name, "PXROOT");
+}
+
 Recognition Recognize(const std::string& path) {
   const auto root = CardFolder::Of(path);
   const auto clipFolder = root->Find(xavc::kClipFolder);
@@ -64,7 +70,7 @@ Recognition Recognize(const std::string& path) {
   const std::string_view name = foundation::FileName(path);
   const auto index = root->Find(xavc::kIndex);
   const bool hasThumbnails = root->Find(xavc::kThumbnailFolder).has_value();
-  const bool isXAVC = EqualIgnoringCase(name, "M4ROOT") || EqualIgnoringCase(name, "XDROOT") ||
+  const bool isXAVC = IsRootName(name) ||
                       (index && (hasThumbnails || IsListOfXAVC(root->PathOf(*index)))) ||
                       (!index && ContainsRecordedMP4(*CardFolder::Of(root->PathOf(*clipFolder))));
   if (!isXAVC) return Recognition::kNone;

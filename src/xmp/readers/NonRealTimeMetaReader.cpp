@@ -265,6 +265,21 @@ void SetLocation(const XmlElement& record, TXMPMeta& native) {
   }
 }
 
+// The lens, the capture rate (which differs from the frame rate in slow and quick motion), and how
+// the picture was recorded.
+void SetCapture(const XmlElement& root, TXMPMeta& native) {
+  native.SetProperty(kNsAux, "Lens", std::string(AttributeOf(ChildOf(root, "Lens"), "modelName")));
+  const XmlElement& frame = ChildOf(ChildOf(root, "VideoFormat"), "VideoFrame");
+  native.SetProperty(kNsNonRealTimeMeta, "captureFps",
+                     std::string(AttributeOf(frame, "captureFps")));
+  for (const XmlElement* group : ChildOf(root, "AcquisitionRecord").ChildrenNamed("Group")) {
+    if (AttributeOf(*group, "name") != "CameraUnitMetadataSet") continue;
+    for (const char* item : {"CaptureGammaEquation", "CaptureColorPrimaries"}) {
+      native.SetProperty(kNsNonRealTimeMeta, item, std::string(ItemOf(*group, item)));
+    }
+  }
+}
+
 void SetDevice(const XmlElement& root, TXMPMeta& native) {
   // "Device" is a separate recorder if there is one.
   const XmlElement& camera = ChildOf(root, "Camera");
@@ -342,6 +357,7 @@ void ReadRoot(const XmlElement& root, const Material* material, bool onXDCAMEX, 
       TextOr(AttributeOf(ChildOf(root, "Duration"), "value"), material, &Material::duration));
   if (frames && format.rate.Known()) SetDuration(native, *frames, format.rate);
   SetDevice(root, native);
+  SetCapture(root, native);
   SetLocation(ChildOf(root, "AcquisitionRecord"), native);
   SetUserMetadata(root, native);
 }
