@@ -11,6 +11,7 @@
 #include "support/AllCards.h"
 #include "support/AvchdCard.h"
 #include "support/Cards.h"
+#include "support/RealMount.h"
 #include "support/TempTree.h"
 
 namespace {
@@ -123,6 +124,20 @@ TEST_F(CardFinder, FollowsNoLinksAndSurvivesOddNames) {
   MakeAvchd(deep + "/AVCHD");
   MakeAvchd("start/d/d/AVCHD");
   EXPECT_THAT(Find("start"), ElementsAre("start/d/d/AVCHD AVCHD"));
+}
+
+TEST_F(CardFinder, NeverTouchesAnotherShare) {
+  MakeAvchd("medium/AVCHD");
+  tree_.File("medium/AVCHD/BDMV/STREAM/00000.MTS");
+  RealMount share = RealMount::DeadShare(tree_.Folder("medium/share"));
+  if (!share) GTEST_SKIP() << "this machine allows no mounts";
+  fs::create_symlink(tree_.Path("medium/share"), tree_.Path("medium/link"));
+  fs::create_symlink(tree_.Path("medium/share"), tree_.Path("medium/CONTENTS.lnk"));
+  std::vector<FoundCard> cards;
+  ASSERT_TRUE(share.DoesNotBlock(
+      [&] { cards = FindCards(tree_.Path("medium"), SearchDirection::kDeep); }));
+  ASSERT_EQ(cards.size(), 1u);
+  EXPECT_EQ(cards.front().path, tree_.Path("medium/AVCHD"));
 }
 
 // The messages of one request.
