@@ -7,11 +7,12 @@
 
 #include <string>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderCanonXFAVC final : public ClipProvider {
+class ProviderCanonXFAVC final : public ClipProvider, public CardChecker {
  public:
   ProviderCanonXFAVC();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -25,6 +26,7 @@ class ProviderCanonXFAVC final : public ClipProvider {
   // The desktop's icon for the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

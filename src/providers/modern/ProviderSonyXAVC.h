@@ -5,11 +5,12 @@
 
 #include <string>
 
+#include "frame/CardChecker.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderSonyXAVC final : public ClipProvider {
+class ProviderSonyXAVC final : public ClipProvider, public CardChecker {
  public:
   ProviderSonyXAVC();
   // The parts of a recording that the camera cut are one entry, keyed by the first part.
@@ -25,6 +26,7 @@ class ProviderSonyXAVC final : public ClipProvider {
   // The camera's picture of the clip, otherwise the desktop's icon for the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
+  StructureFindings CheckStructure(const std::string& path) const override;
 };
 
 }  // namespace Sorvik

@@ -21,8 +21,6 @@ using foundation::FileStem;
 using foundation::FoldCase;
 using foundation::JoinPath;
 
-constexpr std::size_t kKindSize = 3;  // "M01"
-
 // The stem without the letter and two digits at its end; nullopt if it doesn't end so.
 std::optional<std::string_view> WithoutKind(std::string_view stem) {
   if (stem.size() <= kKindSize) return std::nullopt;

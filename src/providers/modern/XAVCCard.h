@@ -29,8 +29,13 @@ inline constexpr std::string_view kIndex = "MEDIAPRO.XML";
 // Names in the root of a card: those of both layouts.
 inline constexpr std::string_view kStructureFolders[] = {
     kClipFolder, kProxyFolder, kThumbnailFolder, kGeneralFolder, "TAKE", "EDIT", "USERDATA"};
+// Those of them whose files belong to no clip.
+inline constexpr std::string_view kOtherFolders[] = {"TAKE", "EDIT", "USERDATA"};
 inline constexpr std::string_view kStructureFiles[] = {kIndex, "STATUS.BIN", "CUEUP.XML",
                                                        "DISCMETA.XML"};
+
+// The letter and two digits at the end of a stem: "M01".
+inline constexpr std::size_t kKindSize = 3;
 
 // True for the name of an essence file: MP4 or MXF.
 bool IsEssenceName(std::string_view name);
