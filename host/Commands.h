@@ -43,6 +43,9 @@ void RequireReadable(Context& context, const std::string& path);
 
 // Returns the cards at, around and next to `path`.
 std::vector<Sorvik::FoundCard> NearbyCards(Context& context, const std::string& path);
+// Returns `path` with its provider, or, if it is only a plain folder, the cards nearby; empty if
+// there are none. Throws Failure if no provider claims `path`.
+std::vector<Sorvik::FoundCard> CardsFor(Context& context, const std::string& path);
 const Sorvik::ProviderWrapper& ProviderOf(const Sorvik::FoundCard& card);
 
 // Returns the provider given by --provider, or the best one. Throws Failure if it doesn't claim

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <map>
+#include <vector>
 
 #include "CardReport.h"
 #include "Commands.h"
@@ -12,7 +14,6 @@ namespace host {
 namespace {
 
 using Sorvik::ContentMap;
-using Sorvik::ProviderWrapper;
 using Sorvik::StructurePart;
 
 const Sorvik::FieldNameSet kCheckFields = {Sorvik::kNameField, Sorvik::kPathField,
@@ -32,14 +33,13 @@ const char* RoleName(FileRole role) {
   return "foreign";
 }
 
-void WriteJson(Output& output, const std::string& path, const ProviderWrapper& provider,
+void WriteJson(JsonWriter& json, const std::string& path, const std::string& provider,
                const CardReport& report) {
-  JsonWriter json(output);
   json.BeginObject();
   json.Key("path");
   json.String(path);
   json.Key("provider");
-  json.String(provider.GetIdentification());
+  json.String(provider);
   json.Key("whole");
   json.Boolean(report.IsComplete());
   json.Key("missing");
@@ -154,30 +154,59 @@ class TextReport {
   std::map<std::string, std::vector<const StructurePart*>> missingOf_;
 };
 
+struct CheckedCard {
+  Sorvik::FoundCard card;
+  ContentMap entries;
+  CardReport report;
+};
+
+CheckedCard CheckCard(Context& context, const Sorvik::FoundCard& card) {
+  Session& session = context.session;
+  CheckedCard checked{card, session.Content(ProviderOf(card), card.path, kCheckFields), {}};
+  session.GetProgress().Begin("checking");
+  const auto& stop = session.Stopped();
+  checked.report =
+      session.OnWorker<CardReport>([card, entries = checked.entries, &stop]() -> CardReport {
+        return MakeCardReport(card.path, entries,
+                              Sorvik::CheckStructure(card.path, card.identification), stop);
+      });
+  return checked;
+}
+
+void WriteCards(Context& context, const std::string& path, const std::vector<CheckedCard>& cards) {
+  if (context.options.json) {
+    JsonWriter json(context.output);
+    if (cards.size() > 1) json.BeginArray();
+    for (const CheckedCard& checked : cards) {
+      WriteJson(json, checked.card.path, checked.card.identification, checked.report);
+    }
+    if (cards.size() > 1) json.EndArray();
+    return;
+  }
+  for (const CheckedCard& checked : cards) {
+    const std::string& root = checked.card.path;
+    if (cards.size() > 1 || root != path) {
+      context.output.Write(context.output.Shown(root) + ":\n");
+    }
+    TextReport(context.output, root, checked.report).Write(checked.entries);
+  }
+}
+
 }  // namespace
 
 int RunCheck(Context& context) {
-  Session& session = context.session;
   const std::string path = ResolvePath(context.options.operands.front());
-  const ProviderWrapper& provider = ChooseProvider(context, path);
-  if (provider.ShouldCheckFilter() || !provider.IsFileBased()) {
+  const std::vector<Sorvik::FoundCard> cards = CardsFor(context, path);
+  if (cards.empty()) {
     RequireReadable(context, path);
     throw Failure(kFailed, path + ": not a camera card or clip folder");
   }
-  const ContentMap entries = session.Content(provider, path, kCheckFields);
-  session.GetProgress().Begin("checking");
-  const std::string identification = provider.GetIdentification();
-  const auto& stop = session.Stopped();
-  const auto report =
-      session.OnWorker<CardReport>([path, identification, entries, &stop]() -> CardReport {
-        return MakeCardReport(path, entries, Sorvik::CheckStructure(path, identification), stop);
-      });
-  if (context.options.json) {
-    WriteJson(context.output, path, provider, report);
-  } else {
-    TextReport(context.output, path, report).Write(entries);
-  }
-  return report.IsComplete() ? kDone : kFailed;
+  std::vector<CheckedCard> checked;
+  for (const Sorvik::FoundCard& card : cards) checked.push_back(CheckCard(context, card));
+  WriteCards(context, path, checked);
+  const bool complete = std::all_of(checked.begin(), checked.end(),
+                                    [](const CheckedCard& one) { return one.report.IsComplete(); });
+  return complete ? kDone : kFailed;
 }
 
 }  // namespace host

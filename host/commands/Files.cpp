@@ -43,11 +43,16 @@ class FileList {
   std::vector<std::string> files_;
 };
 
-std::vector<std::string> FilesOfAllEntries(const ContentMap& content,
+// With `folders` also the files below the folders that the entries list.
+std::vector<std::string> FilesOfAllEntries(const std::vector<ContentMap>& contents, bool folders,
                                            const std::atomic<bool>& stop) {
   FileList list;
-  for (const auto& [key, entry] : content) list.AddEntry(entry);
-  for (const auto& [key, entry] : content) list.AddFolders(entry, stop);
+  for (const ContentMap& content : contents) {
+    for (const auto& [key, entry] : content) list.AddEntry(entry);
+    for (const auto& [key, entry] : content) {
+      if (folders) list.AddFolders(entry, stop);
+    }
+  }
   return list.Take();
 }
 
@@ -69,23 +74,26 @@ void WriteFiles(Context& context, const std::vector<std::string>& files) {
 int RunFiles(Context& context) {
   const std::vector<std::string>& operands = context.options.operands;
   const std::string path = ResolvePath(operands[0]);
-  const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
-  ContentMap content;
-  if (operands.size() > 1) {
-    content.emplace(operands[1], ReadEntry(context, provider, path, operands[1], kPathFields));
+  const bool single = operands.size() > 1;
+  std::vector<ContentMap> contents;
+  if (single) {
+    const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
+    contents.push_back(
+        {{operands[1], ReadEntry(context, provider, path, operands[1], kPathFields)}});
   } else {
-    content = ListEntries(context, provider, path, kPathFields);
+    for (const Sorvik::FoundCard& card : CardsFor(context, path)) {
+      contents.push_back(ListEntries(context, ProviderOf(card), card.path, kPathFields));
+    }
+    if (contents.empty()) {
+      contents.push_back(ListEntries(context, ChooseProvider(context, path), path, kPathFields));
+    }
   }
   // Examining the files can take as long as the listing.
   context.session.GetProgress().Begin("looking for files");
-  const bool single = operands.size() > 1;
   const auto& stop = context.session.Stopped();
   WriteFiles(context, context.session.OnWorker<std::vector<std::string>>(
-                          [content = std::move(content), single, &stop] {
-                            if (!single) return FilesOfAllEntries(content, stop);
-                            FileList list;
-                            list.AddEntry(content.begin()->second);
-                            return list.Take();
+                          [contents = std::move(contents), single, &stop] {
+                            return FilesOfAllEntries(contents, !single, stop);
                           }));
   return kDone;
 }

@@ -105,7 +105,8 @@ TEST(GeneratedCards, XAVCListsEveryFileOfEachClipOnce) {
     MakeXAVCCard(tree, "copy", m4 ? XAVCLayout::kM4Root : XAVCLayout::kXDRoot, made, withIndex);
     const ContentMap content = ProviderSonyXAVC().GetContent(tree.Path("copy"), kPaths, nullptr);
     EXPECT_EQ(FilesOf(content, tree.Path("copy"),
-                      {"MEDIAPRO.XML", "STATUS.BIN", "CUEUP.XML", "DISCMETA.XML"}),
+                      {"MEDIAPRO.XML", "STATUS.BIN", "CUEUP.XML", "DISCMETA.XML", "GENERAL", "TAKE",
+                       "Edit", "General", "UserData", "Take"}),
               expected);
   }
 }

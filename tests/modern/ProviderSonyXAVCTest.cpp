@@ -53,7 +53,7 @@ TEST(ProviderSonyXAVC, ListsClipsWithAllTheirFilesInBothLayouts) {
   EXPECT_EQ(TextOf(clip, kProxyPathField), root + "/SUB/C0073S03.MP4");
   EXPECT_THAT(ExtraPathsOf(clip, root),
               ElementsAre("CLIP/C0073M01.XML", "SUB/C0073S03.MP4", "THMBNL/C0073T01.JPG",
-                          "MEDIAPRO.XML", "STATUS.BIN"));
+                          "MEDIAPRO.XML", "STATUS.BIN", "GENERAL", "TAKE"));
   content = List(tree, "XDROOT");
   ASSERT_THAT(KeysOf(content), ElementsAre("A001C001_250925AB.MXF"));
   EXPECT_THAT(ExtraPathsOf(content.begin()->second, tree.Path("XDROOT")),
@@ -123,9 +123,10 @@ TEST(ProviderSonyXAVC, JoinsListAndFolderWithoutNumbers) {
   const std::string root = tree.Path("M4ROOT");
   EXPECT_EQ(content.at("C0001.MP4").count(kPathField), 0u);
   EXPECT_THAT(ExtraPathsOf(content.at("C0001.MP4"), root), Contains("CLIP/C0001M01.XML"));
-  EXPECT_THAT(ExtraPathsOf(content.at("C0002.MP4"), root),
-              UnorderedElementsAre("CLIP/C0002.XMP", "CLIP/C0002M01.XML", "SUB/C0002S03.MP4",
-                                   "THMBNL/C0002T01.JPG", "MEDIAPRO.XML", "STATUS.BIN"));
+  EXPECT_THAT(
+      ExtraPathsOf(content.at("C0002.MP4"), root),
+      UnorderedElementsAre("CLIP/C0002.XMP", "CLIP/C0002M01.XML", "SUB/C0002S03.MP4",
+                           "THMBNL/C0002T01.JPG", "MEDIAPRO.XML", "STATUS.BIN", "GENERAL", "TAKE"));
   EXPECT_THAT(ExtraPathsOf(content.at("C5850.MP4"), root),
               Contains("GENERAL/SONY/PXTMP/C5850_0001.MP4"));
 }

@@ -84,7 +84,9 @@ std::vector<std::string> ExtraPaths(const Card& card, const Clip& clip,
     paths.push_back(card.PathOf(*part));
     paths.insert(paths.end(), part->files.begin(), part->files.end());
   }
-  paths.insert(paths.end(), card.SharedFiles().begin(), card.SharedFiles().end());
+  for (const auto* shared : {&card.SharedFiles(), &card.SharedFolders()}) {
+    paths.insert(paths.end(), shared->begin(), shared->end());
+  }
   return paths;
 }
 

@@ -143,10 +143,15 @@ class Card::Builder {
         }
       }
     }
+    for (const std::string_view name : kOtherFolders) {
+      if (std::string path = Folder(name); !path.empty()) {
+        card_.sharedFolders_.push_back(std::move(path));
+      }
+    }
     // Below it a camera keeps the pieces of a proxy (PXTMP), among files that belong to no clip.
-    const std::string general = Folder(kGeneralFolder);
-    if (general.empty()) return;
-    for (std::string& file : foundation::ListFilesBelow(general)) {
+    general_ = Folder(kGeneralFolder);
+    if (general_.empty()) return;
+    for (std::string& file : foundation::ListFilesBelow(general_)) {
       if (!foundation::IsHidden(file)) files_.push_back(std::move(file));
     }
   }
@@ -199,6 +204,7 @@ class Card::Builder {
 
   // The pieces of a proxy have the name of the clip and a number of unknown form.
   void AssignChunk(const std::string& path, std::string_view stem) {
+    const bool isBelowGeneral = !general_.empty() && path.starts_with(general_);
     const bool isChunk =
         foundation::EqualIgnoringCase(FileName(foundation::ParentFolder(path)), "PXTMP");
     for (std::size_t size = isChunk ? stem.size() : 0; size > 0; --size) {
@@ -207,7 +213,7 @@ class Card::Builder {
       card_.clips_[clip->second].files.push_back(path);
       return;
     }
-    card_.looseFiles_.push_back(path);
+    if (!isBelowGeneral) card_.looseFiles_.push_back(path);
   }
 
   void RemoveStale() {
@@ -220,6 +226,7 @@ class Card::Builder {
 
   Card& card_;
   std::shared_ptr<const CardFolder> root_;
+  std::string general_;                // the path of that folder; empty if there is none
   std::vector<std::string> essences_;  // names
   std::vector<std::string> files_;     // paths
   std::unordered_map<std::string, std::size_t> byEssence_;

@@ -29,8 +29,8 @@ inline constexpr std::string_view kIndex = "MEDIAPRO.XML";
 // Names in the root of a card: those of both layouts.
 inline constexpr std::string_view kStructureFolders[] = {
     kClipFolder, kProxyFolder, kThumbnailFolder, kGeneralFolder, "TAKE", "EDIT", "USERDATA"};
-// Those of them whose files belong to no clip.
-inline constexpr std::string_view kOtherFolders[] = {"TAKE", "EDIT", "USERDATA"};
+// Those of them with files that belong to no clip.
+inline constexpr std::string_view kOtherFolders[] = {kGeneralFolder, "TAKE", "EDIT", "USERDATA"};
 inline constexpr std::string_view kStructureFiles[] = {kIndex, "STATUS.BIN", "CUEUP.XML",
                                                        "DISCMETA.XML"};
 
@@ -76,8 +76,10 @@ class Card {
   const std::vector<const formats::sony::Material*>& StaleMaterials() const noexcept {
     return stale_;
   }
-  // The files of the card itself, and files of folders that no clip owns.
+  // The files of the card itself, its folders with files that belong to no clip, and such files in
+  // the folders of clips.
   const std::vector<std::string>& SharedFiles() const noexcept { return sharedFiles_; }
+  const std::vector<std::string>& SharedFolders() const noexcept { return sharedFolders_; }
   const std::vector<std::string>& LooseFiles() const noexcept { return looseFiles_; }
   std::string PathOf(const Clip& clip) const;
 
@@ -109,6 +111,7 @@ class Card {
   std::vector<Link> links_;  // of the clips
   std::vector<const formats::sony::Material*> stale_;
   std::vector<std::string> sharedFiles_;
+  std::vector<std::string> sharedFolders_;
   std::vector<std::string> looseFiles_;
 };
 

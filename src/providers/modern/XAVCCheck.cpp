@@ -68,14 +68,11 @@ void CheckIndex(const Card& card, StructureFindings& findings) {
 void CheckLooseFiles(const Card& card, StructureFindings& findings) {
   const bool isMXF = std::ranges::any_of(
       card.Clips(), [](const Clip& clip) { return HasExtension(clip.essence, ".mxf"); });
-  const std::string general = foundation::FoldCase(JoinPath(card.Root(), xavc::kGeneralFolder));
   for (const std::string& file : card.LooseFiles()) {
     if (IsRecord(FileName(file))) {
       std::string stem = JoinPath(foundation::ParentFolder(file), FileStem(file));
       stem.resize(stem.size() - xavc::kKindSize);
       findings.missing.push_back({"", "essence", stem + (isMXF ? ".MXF" : ".MP4")});
-      findings.structureFiles.push_back(file);
-    } else if (foundation::FoldCase(file).starts_with(general)) {
       findings.structureFiles.push_back(file);
     }
   }
@@ -103,11 +100,7 @@ StructureFindings ProviderSonyXAVC::CheckStructure(const std::string& path) cons
     if (const auto folder = root->Find(name)) mediaFolders.push_back(root->PathOf(*folder));
   }
   AddUnreachedMedia(*this, path, mediaFolders, findings);
-  for (const std::string_view name : xavc::kOtherFolders) {
-    if (const auto folder = root->Find(name)) {
-      AddStructureFilesBelow(root->PathOf(*folder), findings);
-    }
-  }
+  for (const std::string& folder : card->SharedFolders()) AddStructureFilesBelow(folder, findings);
   return findings;
 }
 
