@@ -8,6 +8,7 @@
 
 #include "support/AvchdCard.h"
 #include "support/Cards.h"
+#include "support/ModernCards.h"
 #include "support/TempTree.h"
 
 namespace sorvik_bench {
@@ -85,14 +86,34 @@ inline void MakeFolder(const TempTree& tree, const std::string& folder, long cli
   for (long i = 0; i < clips; ++i) tree.File(folder + Number("/clip%05ld.mov", i), "x");
 }
 
+inline void MakeXAVC(const TempTree& tree, const std::string& card, long clips) {
+  std::vector<sorvik_test::XAVCClip> all;
+  for (long i = 0; i < clips; ++i) all.push_back({.name = Number("C%04ld", i)});
+  sorvik_test::MakeXAVCCard(tree, card, sorvik_test::XAVCLayout::kM4Root, all);
+}
+
+inline void MakeCanonFlat(const TempTree& tree, const std::string& card, long clips) {
+  for (long i = 0; i < clips; ++i) {
+    const std::string stem = Number("A_0001C%03ldA260711_101700EJ_CANON", i);
+    sorvik_test::MakeCanonFlatCard(tree, card, {stem + ".MP4", stem + ".XML"});
+  }
+}
+
 struct CardMaker {
   const char* name;
   void (*make)(const TempTree& tree, const std::string& card, long clips);
 };
 
-inline constexpr CardMaker kCardMakers[] = {
-    {"directory", MakeFolder},  {"P2", MakeP2},        {"XDCAM-disc", MakeDisc},
-    {"XDCAM-PROAV", MakeProav}, {"XDCAM-EX", MakeEX},  {"AVCHD", MakeAVCHD},
-    {"Canon-XF", MakeXF},       {"Sony-HDV", MakeHDV}, {"RED", MakeRED}};
+inline constexpr CardMaker kCardMakers[] = {{"directory", MakeFolder},
+                                            {"P2", MakeP2},
+                                            {"XDCAM-disc", MakeDisc},
+                                            {"XDCAM-PROAV", MakeProav},
+                                            {"XDCAM-EX", MakeEX},
+                                            {"AVCHD", MakeAVCHD},
+                                            {"Canon-XF", MakeXF},
+                                            {"Sony-HDV", MakeHDV},
+                                            {"RED", MakeRED},
+                                            {"Sony-XAVC", MakeXAVC},
+                                            {"Canon-XF-AVC", MakeCanonFlat}};
 
 }  // namespace sorvik_bench

@@ -62,6 +62,7 @@ int main(int argc, char** argv) {
     return MakeCards(argv[2], std::atol(argv[3]));
   }
   ProviderHost::Initialize();
+  ProviderHost::RegisterAdditionalProviders();
   for (const CardMaker& maker : sorvik_bench::kCardMakers) {
     for (const bool extraPaths : {false, true}) {
       const std::string name = std::string(maker.name) + (extraPaths ? "/ExtraPath" : "/defaults");
