@@ -17,6 +17,17 @@ target_compile_definitions(sorvik_test_support PUBLIC
     SORVIK_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     SORVIK_BINARY_DIR="${PROJECT_BINARY_DIR}")
 
+# A network share for tests, without which those that need one are skipped.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(FUSE3 IMPORTED_TARGET fuse3)
+if(FUSE3_FOUND)
+  add_executable(sorvik-test-share tests/support/fuse/share.cpp)
+  target_link_libraries(sorvik-test-share PRIVATE PkgConfig::FUSE3)
+  add_dependencies(sorvik_test_support sorvik-test-share)
+  target_compile_definitions(sorvik_test_support PUBLIC
+      SORVIK_TEST_SHARE="$<TARGET_FILE:sorvik-test-share>")
+endif()
+
 file(GLOB SORVIK_TEST_FOLDERS CONFIGURE_DEPENDS LIST_DIRECTORIES true tests/*)
 foreach(folder ${SORVIK_TEST_FOLDERS})
   get_filename_component(area ${folder} NAME)

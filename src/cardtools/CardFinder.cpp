@@ -10,10 +10,10 @@
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "formats/MediaNames.h"
 #include "foundation/CallScope.h"
-#include "foundation/Mounts.h"
 #include "foundation/Paths.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/FolderScan.h"
+#include "foundation/platform/MountTable.h"
 #include "frame/ProviderAccess.h"
 #include "frame/RequestQueue.h"
 #include "metadata/ClipProvider.h"
@@ -236,7 +236,8 @@ class CardSearch {
     const std::string real = platform::ResolveLinks(path_);
     if (real.empty()) return;
     const std::string prefix = JoinPath(real, {});
-    for (const platform::Mount& mount : foundation::CurrentMountTable()->Mounts()) {
+    const auto table = platform::MountTable::Current();
+    for (const platform::Mount& mount : table->Mounts()) {
       if (mount.mountPoint.size() <= prefix.size() || !mount.mountPoint.starts_with(prefix)) {
         continue;
       }

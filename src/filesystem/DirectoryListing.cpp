@@ -52,7 +52,8 @@ class EntryBuilder {
 
   // Adds the entry of any existing item.
   void AddOne(const FolderName& item, ContentMap& content) {
-    if (view_.ReadFacts(item, needsShortName_, facts_) == FactsState::kKnown) Add(item, content);
+    const FactsState state = view_.ReadFacts(item, needsShortName_, facts_);
+    if (state == FactsState::kKnown || state == FactsState::kUnresponsive) Add(item, content);
   }
 
  private:
@@ -74,8 +75,7 @@ class EntryBuilder {
   }
 
   std::optional<std::string> TargetOf(const FolderName& item) const {
-    if (!needsTarget_ || !HasShortcutName(item.name) || item.type == ItemType::kDirectory ||
-        !view_.CanAccessWithoutBlocking(item)) {
+    if (!needsTarget_ || !HasShortcutName(item.name) || item.type == ItemType::kDirectory) {
       return std::nullopt;
     }
     return ShortcutTarget(path_, std::string(item.name));
@@ -102,7 +102,7 @@ class EntryBuilder {
       case DirectoryValue::kWritten:
         return any_regular_t(times_.Of(facts_.written));
       case DirectoryValue::kSize:
-        return any_regular_t(Provider::ByteSize_t(facts_.size));
+        return facts_.size ? any_regular_t(Provider::ByteSize_t(*facts_.size)) : any_regular_t();
     }
     return any_regular_t();
   }

@@ -15,6 +15,7 @@
 #include "foundation/hestra/Directory.h"
 #include "foundation/platform/DesktopEntry.h"
 #include "foundation/platform/FileSystem.h"
+#include "foundation/platform/ShareAccess.h"
 
 namespace Sorvik {
 namespace {
@@ -59,6 +60,14 @@ std::optional<std::string> NameOnDisk(const std::string& folder, std::string_vie
   return found == folded->names.end() ? std::nullopt : std::optional<std::string>(found->second);
 }
 
+// True if `path` is on a share that hasn't answered: whether it exists is unknown.
+bool IsOnUnresponsiveShare(const std::string& path) {
+  const auto access = platform::ShareAccess::Current();
+  if (!access) return false;
+  const auto place = access->OtherShareAt(path);
+  return place.share != nullptr && access->IsUnresponsive(*place.share);
+}
+
 // Resolves the targets of the shortcuts of one folder.
 class TargetFinder {
  public:
@@ -67,8 +76,8 @@ class TargetFinder {
   // Returns `path` if it exists.
   std::optional<std::string> Exact(const std::string& path) const {
     if (path.size() >= platform::kPathLimit || path.find('\0') != path.npos) return std::nullopt;
-    const bool mayBlock = foundation::CurrentMountTable()->LeadsToOtherNetwork(path, folder_);
-    return mayBlock || platform::KindOf(path) ? std::optional<std::string>(path) : std::nullopt;
+    const bool exists = platform::KindOf(path) || IsOnUnresponsiveShare(path);
+    return exists ? std::optional<std::string>(path) : std::nullopt;
   }
 
   // Returns the existing path `rest` below `top`, first as spelled, then case-insensitive with the

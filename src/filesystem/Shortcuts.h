@@ -14,7 +14,7 @@ bool HasShortcutName(std::string_view name) noexcept;
 
 // Returns the normalized path of the target of the shortcut `name` in `folder`. Returns nullopt if
 // the file is no shortcut or its target is missing on this machine; it is then listed as a file.
-// A target on a network mount other than that of `folder` is assumed to exist without a check.
+// A target on a share that doesn't answer is assumed to exist.
 std::optional<std::string> ShortcutTarget(const std::string& folder, const std::string& name);
 
 }  // namespace Sorvik

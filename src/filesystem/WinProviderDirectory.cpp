@@ -9,10 +9,10 @@
 #include "filesystem/DirectoryFields.h"
 #include "filesystem/DirectoryListing.h"
 #include "foundation/CallScope.h"
-#include "foundation/Mounts.h"
 #include "foundation/Paths.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FolderView.h"
+#include "foundation/platform/ShareAccess.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
@@ -32,7 +32,8 @@ ContentMap WinProviderDirectory::GetContent(const std::string& path, const std::
                                             const FieldNameSet& fields) const {
   if (!PathUtils::IsLongFormFolderPath(path) || !PathUtils::IsItemName(key)) return {};
   const foundation::CallScope scope;
-  const auto folder = platform::OpenFolder(path, foundation::CurrentMountTable());
+  const platform::ShareScope shares(path);
+  const auto folder = platform::OpenFolder(path);
   if (!folder) return {};
   ContentMap content = ListOneEntry(*folder, path, key, fields);
   if (content.empty() || !fields.contains(kExtraPathField)) return content;
@@ -45,8 +46,9 @@ ContentMap WinProviderDirectory::GetContent(const std::string& path, const Field
                                             ProviderRequest* request) const {
   if (!PathUtils::IsLongFormFolderPath(path)) return {};
   const foundation::CallScope scope;
-  const auto folder = platform::ReadFolder(path, foundation::CurrentMountTable(),
-                                           [&] { return ProviderRequest::TestAborted(request); });
+  const platform::ShareScope shares(path);
+  const auto folder =
+      platform::ReadFolder(path, [&] { return ProviderRequest::TestAborted(request); });
   if (!folder) return {};
   return ListDirectory(*folder, path, fields, request);
 }
@@ -66,8 +68,12 @@ FieldLabelMap WinProviderDirectory::GetFieldLabelList() const {
 }
 
 int WinProviderDirectory::CanProvideFor(const std::string& path) const {
-  const bool isDirectory =
-      PathUtils::IsLongFormFolderPath(path) && PathUtils::IsDirectory(Hestra::MakeString(path));
+  if (!PathUtils::IsLongFormFolderPath(path)) return 0;
+  const platform::ShareScope shares(path);
+  // The mount table is enough to know that a share is a folder.
+  using platform::ShareAccess;
+  const bool isDirectory = ShareAccess::Current()->IsShareMountPoint(path) ||
+                           PathUtils::IsDirectory(Hestra::MakeString(path));
   return isDirectory ? kScorePlainDirectory : 0;
 }
 
@@ -83,10 +89,7 @@ Bitplate** WinProviderDirectory::GetThumbnail(const std::string& path, const std
   const auto side = static_cast<int>(std::min(static_cast<unsigned>(width), limit));
   const bool valid = PathUtils::IsLongFormFolderPath(path);
   const std::string file = valid ? foundation::JoinPath(path, key) : std::string();
-  // The icon of a share must not block on its server.
-  const auto table = foundation::CurrentMountTable();
-  const platform::Mount* mount = table->At(file);
-  if (mount != nullptr && mount->isNetwork) return GetFolderThumbnail(side, side);
+  const platform::ShareScope shares(path);
   return GetIconThumbnail(PathUtils::Win::StripUNC(Hestra::MakeString(file)), side);
 }
 

@@ -2,6 +2,7 @@
 #include "foundation/Mounts.h"
 
 #include "foundation/CallScope.h"
+#include "foundation/platform/MountTable.h"
 
 namespace Sorvik::foundation {
 namespace {
@@ -12,24 +13,16 @@ struct VolumeRecord {
 
 }  // namespace
 
-std::shared_ptr<const platform::MountTable> CurrentMountTable() {
-  using platform::MountTable;
-  return CallScope::Remember<MountTable>(
-      "", [] { return MountTable::Read(platform::kKernelMountTable).WithRoot(); });
-}
-
 std::vector<platform::Volume> ListVolumes() {
   const auto list = [] {
-    return VolumeRecord{
-        platform::ListVolumes(platform::VolumeSources::OfThisSystem(), *CurrentMountTable())};
+    return VolumeRecord{platform::ListVolumes(platform::VolumeSources::OfThisSystem(),
+                                              *platform::MountTable::Current())};
   };
   return CallScope::Remember<VolumeRecord>("", list)->volumes;
 }
 
 bool IsMountPoint(const std::string& path) {
-  return platform::IsMountPoint(path, *CurrentMountTable());
+  return platform::IsMountPoint(path, *platform::MountTable::Current());
 }
-
-bool IsOnNetworkMount(const std::string& path) { return CurrentMountTable()->LeadsToNetwork(path); }
 
 }  // namespace Sorvik::foundation

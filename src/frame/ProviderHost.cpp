@@ -9,6 +9,7 @@
 #include "filesystem/WinProviderDirectory.h"
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
+#include "foundation/platform/ShareAccess.h"
 #include "frame/RequestQueue.h"
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
@@ -110,6 +111,7 @@ std::vector<ProviderWrapper*> ProviderHost::GetProviderList(const std::string& p
                                                             ProviderRequest* request) {
   if (path.empty()) return {};
   const foundation::CallScope scope;  // all providers read the same folder
+  const platform::ShareScope shares(path);
   std::vector<std::pair<int, ProviderWrapper*>> scored;
   for (ProviderWrapper* wrapper : sProviders) {
     if (ProviderRequest::TestAborted(request) || wrapper == nullptr) return {};
@@ -125,6 +127,7 @@ std::vector<ProviderWrapper*> ProviderHost::GetProviderList(const std::string& p
 
 bool ProviderHost::HasProvider(const std::string& path) {
   const foundation::CallScope scope;
+  const platform::ShareScope shares(path);
   try {
     return std::any_of(sProviders.begin(), sProviders.end(), [&](const ProviderWrapper* wrapper) {
       return wrapper->CanProvideFor(path) >= 1;

@@ -6,6 +6,7 @@
 #include "SorvikProvider/foundation/Messaging.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/frame/ProviderMessages.h"
+#include "foundation/platform/ShareAccess.h"
 
 namespace Sorvik {
 namespace {
@@ -92,6 +93,7 @@ void ProviderContentRequest::Run() {
   GetContentMessage message;
   bool aborted = TestAborted();
   if (!aborted) {
+    const platform::ShareScope shares(path_);
     message.content = GetProvider()->GetContent(path_, fields_, this);
     aborted = TestAborted();
   }
@@ -121,6 +123,7 @@ void ProviderThumbnailRequest::Run() {
   message.path = path_;
   message.key = key_;
   if (!TestAborted()) {
+    const platform::ShareScope shares(path_);
     message.thumbnail = GetProvider()->GetThumbnail(path_, key_, width_, height_, this);
   }
   if (TestAborted()) {
@@ -162,6 +165,7 @@ void ProviderDefaultContentRequest::Run() {
   GetDefaultContentMessage message;
   message.data = data_;
   if (!TestAborted()) {
+    const platform::ShareScope shares(data_->path);
     ContentMap raw;
     const auto list = ProviderHost::GetProviderList(data_->path, this);
     if (list.empty()) {

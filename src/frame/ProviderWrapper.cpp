@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "foundation/platform/ShareAccess.h"
 #include "frame/RequestQueue.h"
 
 namespace Sorvik {
@@ -20,6 +21,7 @@ AsyncProviderWrapper::~AsyncProviderWrapper() {
 ContentMap AsyncProviderWrapper::GetContent(const std::string& path, const std::string& key,
                                             const FieldNameSet& fields) const {
   try {
+    const platform::ShareScope shares(path);
     return provider_->GetContent(path, key, fields);
   } catch (...) {
     // Hosts make this call on the UI thread; one damaged entry must not end the program.
@@ -29,6 +31,7 @@ ContentMap AsyncProviderWrapper::GetContent(const std::string& path, const std::
 
 ContentMap AsyncProviderWrapper::GetContent(const std::string& path, const FieldNameSet& fields,
                                             ProviderRequest* request) const {
+  const platform::ShareScope shares(path);
   return provider_->GetContent(path, fields, request);
 }
 
@@ -43,6 +46,7 @@ FieldLabelMap AsyncProviderWrapper::GetFieldLabelList() const {
 }
 
 int AsyncProviderWrapper::CanProvideFor(const std::string& path) const {
+  const platform::ShareScope shares(path);
   return provider_->CanProvideFor(path);
 }
 
@@ -59,6 +63,7 @@ int AsyncProviderWrapper::GetMaximumThumbnailHeight(int height) const {
 Bitplate** AsyncProviderWrapper::GetThumbnail(const std::string& path, const std::string& key,
                                               int width, int height,
                                               ProviderRequest* request) const {
+  const platform::ShareScope shares(path);
   return provider_->GetThumbnail(path, key, width, height, request);
 }
 

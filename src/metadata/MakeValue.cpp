@@ -4,6 +4,7 @@
 
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "foundation/CallScope.h"
+#include "foundation/platform/ShareAccess.h"
 #include "metadata/XMPFieldTable.h"
 #include "xmp/XMPFiles.h"
 
@@ -37,6 +38,7 @@ bool ReadMetadata(const std::string& path, const XMPFieldBits& fields, xmp::SXMP
 
 FieldValueMap MakeValue(const std::string& path, const XMPFieldBits& fields) {
   const foundation::CallScope scope;  // the lists of a card are read once for several properties
+  const platform::ShareScope shares(path);
   xmp::SXMPMeta meta;
   if (!ReadMetadata(path, fields, meta)) return {};
   return ConvertFields(meta, fields);

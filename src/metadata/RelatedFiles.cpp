@@ -10,6 +10,7 @@
 #include "SorvikProvider/frame/ProviderWrapper.h"
 #include "foundation/CallScope.h"
 #include "foundation/hestra/PathUtils.h"
+#include "foundation/platform/ShareAccess.h"
 
 namespace Sorvik {
 namespace {
@@ -133,6 +134,7 @@ FieldValueMap OwnerResult(Owner owner, UTF16String& entryKey, UTF16String& folde
 FieldValueMap GetRelatedFiles(const UTF16String& path, UTF16String& entryKey,
                               UTF16String& folderPath, UTF16String& providerId) {
   const foundation::CallScope scope;
+  const platform::ShareScope shares(Hestra::MakeStdString(path));
   if (auto owner = SearchParents(path, {kNameField, kPathField, kExtraPathField})) {
     return OwnerResult(std::move(*owner), entryKey, folderPath, providerId);
   }
@@ -145,6 +147,7 @@ FieldValueMap GetRelatedFiles(const UTF16String& path, UTF16String& entryKey,
 FieldValueMap GetRelatedFilesWithoutExtraFiles(const UTF16String& path, UTF16String& entryKey,
                                                UTF16String& folderPath, UTF16String& providerId) {
   const foundation::CallScope scope;
+  const platform::ShareScope shares(Hestra::MakeStdString(path));
   if (auto owner = SearchParents(path, {kNameField, kPathField})) {
     return OwnerResult(std::move(*owner), entryKey, folderPath, providerId);
   }

@@ -280,7 +280,7 @@ TEST(DirectoryListing, IsEmptyForUnreadableFolders) {
   chmod(tree.Path("locked").c_str(), 0700);
 
   // Removed between opening and reading.
-  const auto view = platform::OpenFolder(tree.Folder("gone"), foundation::CurrentMountTable());
+  const auto view = platform::OpenFolder(tree.Folder("gone"));
   ASSERT_NE(view, nullptr);
   fs::remove(tree.Path("gone"));
   EXPECT_THAT(ListOneEntry(*view, tree.Path("gone"), "a", {"Name"}), IsEmpty());
@@ -319,7 +319,6 @@ class FatFolder final : public platform::FolderView {
     return found.state;
   }
   bool StoresAttributes() const override { return true; }
-  bool CanAccessWithoutBlocking(const platform::FolderName&) const override { return true; }
 
  private:
   std::map<std::string, Item> items_;

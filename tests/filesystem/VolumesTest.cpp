@@ -314,7 +314,6 @@ TEST(RunningSystem, ListsRootAndNewMount) {
   EXPECT_TRUE(IsMountPoint(folder));
   fs::create_directory_symlink(tree.Root(), tree.Path("link"));
   EXPECT_TRUE(IsMountPoint(tree.Path("link/ram")));
-  EXPECT_FALSE(IsOnNetworkMount(folder));
   const auto now = ListVolumes();
   const auto found = std::find_if(
       now.begin(), now.end(), [&](const Volume& volume) { return volume.mountPoint == folder; });
@@ -348,10 +347,44 @@ TEST(RunningSystem, ReadsFileSystemLabel) {
   EXPECT_EQ(found->kind, VolumeKind::kFixed);
 }
 
-TEST(RunningSystem, ReadsMountTableOncePerCallScope) {
-  using namespace Sorvik::foundation;
-  const CallScope scope;
-  EXPECT_EQ(CurrentMountTable(), CurrentMountTable());
+TEST(RunningSystem, ReadsMountTableAgainOnlyAfterAChange) {
+  const auto before = MountTable::Current();
+  EXPECT_EQ(MountTable::Current(), before);
+  TempTree tree;
+  RealMount mount = RealMount::Memory(tree.Folder("ram"));
+  if (!mount) GTEST_SKIP() << "mounting isn't allowed here";
+  EXPECT_EQ(before->At(tree.Path("ram")), nullptr);
+  EXPECT_NE(MountTable::Current()->At(tree.Path("ram")), nullptr);
+  mount.End();
+  EXPECT_EQ(MountTable::Current()->At(tree.Path("ram")), nullptr);
+}
+
+TEST(RunningSystem, SkipsMountsCoveredByALaterMount) {
+  TempTree tree;
+  const RealMount inner = RealMount::Memory(tree.Folder("disk/inner"));
+  const RealMount outer = RealMount::Memory(tree.Path("disk"));
+  if (!inner || !outer) GTEST_SKIP() << "mounting isn't allowed here";
+  // The path exists again, but it isn't the mount point of the first mount.
+  tree.Folder("disk/inner");
+  const MountTable table = MountTable::Read(kKernelMountTable);
+  EXPECT_NE(table.At(tree.Path("disk")), nullptr);
+  EXPECT_EQ(table.At(tree.Path("disk/inner")), nullptr);
+  for (const Volume& volume : Sorvik::foundation::ListVolumes()) {
+    EXPECT_NE(volume.mountPoint, tree.Path("disk/inner"));
+  }
+}
+
+TEST(MountTable, SkipsMountsBelowACoveredMount) {
+  const auto table = MountTable::Parse(
+      "1 0 8:1 / / rw - ext4 /dev/sda1 rw\n"
+      "2 1 0:60 / /mnt/a/b rw - nfs h:/e rw\n"
+      "3 2 8:2 / /mnt/a/b/c rw - ext4 /dev/sdb1 rw\n"
+      "4 1 8:3 / /mnt/a rw - ext4 /dev/sdc1 rw\n"
+      "5 4 8:4 / /mnt/a/d rw - ext4 /dev/sdd1 rw\n");
+  std::vector<std::string> mountPoints;
+  for (const auto& mount : table.Mounts()) mountPoints.push_back(mount.mountPoint);
+  EXPECT_THAT(mountPoints, ElementsAre("/", "/mnt/a", "/mnt/a/d"));
+  EXPECT_FALSE(table.HasNetworkMounts());
 }
 
 }  // namespace

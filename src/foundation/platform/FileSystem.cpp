@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "foundation/platform/NameOrder.h"
+#include "foundation/platform/ShareAccess.h"
 
 namespace Sorvik::platform {
 namespace {
@@ -26,71 +27,150 @@ FileKind KindOfMode(mode_t mode) noexcept {
   return FileKind::kSpecial;
 }
 
-// Calls stat for an item whose type the listing doesn't have, or for the target of a link.
-std::optional<FolderItem> StatItem(int folder, const char* name, bool knownLink) {
+std::optional<FileKind> KindDirectly(const std::string& path) {
   struct stat facts;
-  bool isLink = knownLink;
-  if (!knownLink) {
-    if (fstatat(folder, name, &facts, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0) {
-      return std::nullopt;
-    }
-    isLink = S_ISLNK(facts.st_mode);
-    if (!isLink) return FolderItem{name, KindOfMode(facts.st_mode), false};
-  }
-  if (fstatat(folder, name, &facts, AT_NO_AUTOMOUNT) != 0) {
-    return FolderItem{name, FileKind::kDangling, true};
-  }
-  return FolderItem{name, KindOfMode(facts.st_mode), isLink};
+  if (stat(path.c_str(), &facts) != 0) return std::nullopt;
+  return KindOfMode(facts.st_mode);
 }
 
-std::optional<FolderItem> ItemOf(int folder, const dirent& entry) {
-  switch (entry.d_type) {
-    case DT_REG:
-      return FolderItem{entry.d_name, FileKind::kRegular, false};
-    case DT_DIR:
-      return FolderItem{entry.d_name, FileKind::kDirectory, false};
-    case DT_LNK:
-      return StatItem(folder, entry.d_name, true);
-    case DT_UNKNOWN:
-      return StatItem(folder, entry.d_name, false);
-    default:
-      return FolderItem{entry.d_name, FileKind::kSpecial, false};
-  }
+// The kind of the file that `path` leads to on a share of another operation.
+std::optional<FileKind> KindOnShare(ShareAccess& access, const ShareAccess::Place& place,
+                                    const std::string& path) {
+  if (place.isMountPoint) return FileKind::kDirectory;
+  using Kind = std::optional<FileKind>;
+  return access.Ask<Kind>(*place.share, [path] { return KindDirectly(path); }).value_or(Kind());
+}
+
+enum class Located { kHere, kMissing, kOnOtherShare };
+
+// Reads the facts of the file that `path` leads to, or sets `place` without accessing it if that is
+// a share of another operation. One stat if `path` is no symbolic link.
+Located Locate(ShareAccess* access, const std::string& path, struct stat& facts,
+               ShareAccess::Place& place) {
+  using FinalLink = ShareAccess::FinalLink;
+  const auto result = [](int status) { return status == 0 ? Located::kHere : Located::kMissing; };
+  if (access == nullptr || !access->HasShares()) return result(stat(path.c_str(), &facts));
+  place = access->OtherShareAt(path, FinalLink::kKeep);
+  if (place.share != nullptr) return Located::kOnOtherShare;
+  if (lstat(path.c_str(), &facts) != 0) return Located::kMissing;
+  if (!S_ISLNK(facts.st_mode)) return Located::kHere;
+  place = access->OtherShareAt(path, FinalLink::kFollow);
+  if (place.share != nullptr) return Located::kOnOtherShare;
+  return result(stat(path.c_str(), &facts));
 }
 
 struct CloseFolder {
   void operator()(DIR* folder) const noexcept { closedir(folder); }
 };
 
+// Lists a folder that may be accessed on this thread.
+class FolderLister {
+ public:
+  FolderLister(ShareAccess& access, const std::string& path) : access_(access), path_(path) {}
+
+  std::optional<std::vector<FolderItem>> List() {
+    descriptor_ = open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor_ < 0) return std::nullopt;
+    const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(descriptor_));
+    if (!folder) {
+      close(descriptor_);
+      return std::nullopt;
+    }
+    std::vector<FolderItem> items;
+    while (const dirent* entry = readdir(folder.get())) {
+      const std::string_view name = entry->d_name;
+      if (name == "." || name == "..") continue;
+      if (auto item = ItemOf(*entry)) items.push_back(std::move(*item));
+    }
+    SortByName(items, NameOrder::kCodeUnits);
+    if (!mayHaveLinks_) access_.NoteFolderWithoutLinks(path_);
+    return items;
+  }
+
+ private:
+  std::optional<FolderItem> ItemOf(const dirent& entry) {
+    switch (entry.d_type) {
+      case DT_REG:
+        return FolderItem{entry.d_name, FileKind::kRegular, false};
+      case DT_DIR:
+        return FolderItem{entry.d_name, FileKind::kDirectory, false};
+      case DT_LNK:
+        return LinkItem(entry.d_name);
+      case DT_UNKNOWN:
+        return StatItem(entry.d_name);
+      default:
+        return FolderItem{entry.d_name, FileKind::kSpecial, false};
+    }
+  }
+
+  // An item whose type the listing doesn't have.
+  std::optional<FolderItem> StatItem(const char* name) {
+    mayHaveLinks_ = true;
+    const auto place = PlaceOf(name, ShareAccess::FinalLink::kKeep);
+    if (place.share != nullptr) return FolderItem{name, FileKind::kDirectory, false};
+    struct stat facts;
+    if (fstatat(descriptor_, name, &facts, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0) {
+      return std::nullopt;
+    }
+    if (S_ISLNK(facts.st_mode)) return LinkItem(name);
+    return FolderItem{name, KindOfMode(facts.st_mode), false};
+  }
+
+  FolderItem LinkItem(const char* name) {
+    mayHaveLinks_ = true;
+    const auto place = PlaceOf(name, ShareAccess::FinalLink::kFollow);
+    if (place.share != nullptr) {
+      const auto kind = KindOnShare(access_, place, PathOf(name));
+      return {name, kind.value_or(FileKind::kDangling), true};
+    }
+    struct stat facts;
+    const bool exists = fstatat(descriptor_, name, &facts, AT_NO_AUTOMOUNT) == 0;
+    return {name, exists ? KindOfMode(facts.st_mode) : FileKind::kDangling, true};
+  }
+
+  ShareAccess::Place PlaceOf(const char* name, ShareAccess::FinalLink final) {
+    return access_.HasShares() ? access_.OtherShareAt(PathOf(name), final) : ShareAccess::Place();
+  }
+
+  std::string PathOf(const char* name) const { return path_ + kSeparator + name; }
+
+  ShareAccess& access_;
+  const std::string& path_;
+  int descriptor_ = -1;
+  bool mayHaveLinks_ = false;
+};
+
 }  // namespace
 
 std::optional<std::vector<FolderItem>> ListFolder(const std::string& path) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return std::nullopt;
-  const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(descriptor));
-  if (!folder) {
-    close(descriptor);
-    return std::nullopt;
-  }
-  std::vector<FolderItem> items;
-  while (const dirent* entry = readdir(folder.get())) {
-    const std::string_view name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    if (auto item = ItemOf(descriptor, *entry)) items.push_back(std::move(*item));
-  }
-  SortByName(items, NameOrder::kCodeUnits);
-  return items;
+  const auto access = ShareAccess::CurrentOr(path);
+  const auto place = access->OtherShareAt(path);
+  if (place.share == nullptr) return FolderLister(*access, path).List();
+  using Items = std::optional<std::vector<FolderItem>>;
+  const auto thread = access->AnsweringThread(*place.share);
+  if (!thread) return std::nullopt;
+  return thread->Ask<Items>([path] { return ListFolder(path); }, ShareAccess::kTransferTimeout)
+      .value_or(Items());
 }
 
-std::optional<FileKind> KindOf(const std::string& path) noexcept {
+std::optional<FileKind> KindOf(const std::string& path) {
+  const auto access = ShareAccess::Current();
   struct stat facts;
-  if (stat(path.c_str(), &facts) != 0) return std::nullopt;
-  return KindOfMode(facts.st_mode);
+  ShareAccess::Place place;
+  switch (Locate(access.get(), path, facts, place)) {
+    case Located::kHere:
+      return KindOfMode(facts.st_mode);
+    case Located::kOnOtherShare:
+      return KindOnShare(*access, place, path);
+    case Located::kMissing:
+      break;
+  }
+  return std::nullopt;
 }
 
-std::optional<std::int64_t> ModificationTime(const std::string& path) noexcept {
-  struct stat facts;
-  if (stat(path.c_str(), &facts) != 0) return std::nullopt;
+namespace {
+
+std::int64_t ModificationTimeOf(const struct stat& facts) {
   constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
   constexpr auto kMaxSeconds = std::numeric_limits<std::int64_t>::max() / kNanosecondsPerSecond - 1;
   const std::int64_t seconds =
@@ -98,15 +178,84 @@ std::optional<std::int64_t> ModificationTime(const std::string& path) noexcept {
   return seconds * kNanosecondsPerSecond + facts.st_mtim.tv_nsec;
 }
 
-std::optional<RegularFile> RegularFile::Open(const std::string& path) noexcept {
+}  // namespace
+
+std::optional<std::int64_t> ModificationTime(const std::string& path) {
+  const auto access = ShareAccess::Current();
+  struct stat facts;
+  ShareAccess::Place place;
+  const Located located = Locate(access.get(), path, facts, place);
+  if (located == Located::kMissing) return std::nullopt;
+  if (located == Located::kHere) return ModificationTimeOf(facts);
+  using Time = std::optional<std::int64_t>;
+  const auto ask = [path]() -> Time {
+    struct stat target;
+    return stat(path.c_str(), &target) == 0 ? Time(ModificationTimeOf(target)) : std::nullopt;
+  };
+  return access->Ask<Time>(*place.share, ask).value_or(Time());
+}
+
+// A file of which every access, closing included, is a call on the thread of its share.
+class RegularFile::OnShare {
+ public:
+  OnShare(std::shared_ptr<ShareThread> thread, RegularFile file)
+      : thread_(std::move(thread)), file_(std::make_shared<RegularFile>(std::move(file))) {}
+  ~OnShare() {
+    thread_->Later([file = std::move(file_)]() mutable { file = nullptr; });
+  }
+  OnShare(const OnShare&) = delete;
+  OnShare& operator=(const OnShare&) = delete;
+
+  std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> buffer) const {
+    using Bytes = std::vector<std::byte>;
+    const auto read = [file = file_, offset, size = buffer.size()] {
+      Bytes bytes(static_cast<std::size_t>(std::min<std::uint64_t>(size, file->Size())));
+      bytes.resize(file->ReadAt(offset, bytes));
+      return bytes;
+    };
+    const auto bytes = thread_->Ask<Bytes>(read, ShareAccess::kTransferTimeout);
+    if (!bytes) return 0;
+    std::ranges::copy(*bytes, buffer.begin());
+    return bytes->size();
+  }
+
+ private:
+  std::shared_ptr<ShareThread> thread_;
+  std::shared_ptr<RegularFile> file_;
+};
+
+std::optional<RegularFile> RegularFile::Open(const std::string& path) {
   // A NUL would truncate the path to that of another file.
   if (path.find('\0') != path.npos) return std::nullopt;
+  const auto access = ShareAccess::Current();
   // Opening a device or FIFO can have side effects, so check the type first, and again after
   // opening, since the file may have been replaced in between.
   struct stat facts;
-  if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return std::nullopt;
+  ShareAccess::Place place;
+  const Located located = Locate(access.get(), path, facts, place);
+  if (located == Located::kMissing) return std::nullopt;
+  if (located == Located::kHere) {
+    return S_ISREG(facts.st_mode) ? OpenDirectly(path) : std::nullopt;
+  }
+  const auto thread = access->AnsweringThread(*place.share);
+  if (!thread) return std::nullopt;
+  const auto open = [path]() -> std::shared_ptr<RegularFile> {
+    if (KindDirectly(path) != FileKind::kRegular) return nullptr;
+    auto file = OpenDirectly(path);
+    return file ? std::make_shared<RegularFile>(std::move(*file)) : nullptr;
+  };
+  const auto opened =
+      thread->Ask<std::shared_ptr<RegularFile>>(open, ShareAccess::kTransferTimeout);
+  if (!opened || !*opened) return std::nullopt;
+  RegularFile file(-1, (*opened)->Size());
+  file.onShare_ = std::make_unique<OnShare>(thread, std::move(**opened));
+  return file;
+}
+
+std::optional<RegularFile> RegularFile::OpenDirectly(const std::string& path) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (descriptor < 0) return std::nullopt;
+  struct stat facts;
   if (fstat(descriptor, &facts) != 0 || !S_ISREG(facts.st_mode)) {
     close(descriptor);
     return std::nullopt;
@@ -114,12 +263,18 @@ std::optional<RegularFile> RegularFile::Open(const std::string& path) noexcept {
   return RegularFile(descriptor, static_cast<std::uint64_t>(std::max<off_t>(facts.st_size, 0)));
 }
 
+RegularFile::RegularFile(int descriptor, std::uint64_t size) noexcept
+    : descriptor_(descriptor), size_(size) {}
+
 RegularFile::RegularFile(RegularFile&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)), size_(other.size_) {}
+    : descriptor_(std::exchange(other.descriptor_, -1)),
+      size_(other.size_),
+      onShare_(std::move(other.onShare_)) {}
 
 RegularFile& RegularFile::operator=(RegularFile&& other) noexcept {
   std::swap(descriptor_, other.descriptor_);
   std::swap(size_, other.size_);
+  std::swap(onShare_, other.onShare_);
   return *this;
 }
 
@@ -127,7 +282,8 @@ RegularFile::~RegularFile() {
   if (descriptor_ >= 0) close(descriptor_);
 }
 
-std::size_t RegularFile::ReadAt(std::uint64_t offset, std::span<std::byte> into) const noexcept {
+std::size_t RegularFile::ReadAt(std::uint64_t offset, std::span<std::byte> into) const {
+  if (onShare_) return onShare_->ReadAt(offset, into);
   std::size_t done = 0;
   while (done < into.size()) {
     const std::uint64_t position = offset + done;

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Folders and files on disk. Paths are bytes. Any thread.
+//
+// Within a ShareScope (ShareAccess.h) these functions never block on a network share that the
+// operation wasn't asked for: files on a share that doesn't answer are missing, except that a mount
+// point is a folder.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -36,17 +41,17 @@ std::optional<std::vector<FolderItem>> ListFolder(const std::string& path);
 
 // Returns the kind of the file at `path`, following symbolic links; nullopt if it is missing or
 // can't be accessed.
-std::optional<FileKind> KindOf(const std::string& path) noexcept;
+std::optional<FileKind> KindOf(const std::string& path);
 
 // Returns the modification time in nanoseconds since 1970; nullopt if it can't be read.
-std::optional<std::int64_t> ModificationTime(const std::string& path) noexcept;
+std::optional<std::int64_t> ModificationTime(const std::string& path);
 
 // A regular file open for reading. FIFOs, sockets, devices and folders are never opened. Movable;
 // one object must not be used by two threads at a time.
 class RegularFile {
  public:
   // Returns nullopt if `path` is no regular file or can't be opened. Never blocks on a FIFO.
-  static std::optional<RegularFile> Open(const std::string& path) noexcept;
+  static std::optional<RegularFile> Open(const std::string& path);
   RegularFile(RegularFile&& other) noexcept;
   RegularFile& operator=(RegularFile&& other) noexcept;
   RegularFile(const RegularFile&) = delete;
@@ -56,14 +61,19 @@ class RegularFile {
   // The size when the file was opened. The file may be shorter by now.
   std::uint64_t Size() const noexcept { return size_; }
   // Reads up to `into.size()` bytes at `offset` and returns their number; fewer at the end of the
-  // file or after a read error.
-  std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> into) const noexcept;
+  // file, after a read error, or if the file is on a share of another operation that doesn't
+  // answer.
+  std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> into) const;
 
  private:
-  RegularFile(int descriptor, std::uint64_t size) noexcept : descriptor_(descriptor), size_(size) {}
+  class OnShare;
 
-  int descriptor_;
+  RegularFile(int descriptor, std::uint64_t size) noexcept;
+  static std::optional<RegularFile> OpenDirectly(const std::string& path);
+
+  int descriptor_;  // -1 if onShare_ is set
   std::uint64_t size_;
+  std::unique_ptr<OnShare> onShare_;  // set if the file must not be accessed on this thread
 };
 
 // Reads up to `maxBytes` from the start of a regular file. Returns nullopt if it can't be opened.

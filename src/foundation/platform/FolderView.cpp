@@ -3,7 +3,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,7 +17,7 @@
 #include "foundation/platform/MountTable.h"
 #include "foundation/platform/NameOrder.h"
 #include "foundation/platform/NativeAttributes.h"
-#include "foundation/platform/PathText.h"
+#include "foundation/platform/ShareAccess.h"
 
 namespace Sorvik::platform {
 namespace {
@@ -96,7 +98,31 @@ class NameList {
   std::vector<FolderName> names_;
 };
 
+std::string PathOfDescriptor(int descriptor) {
+  return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
 FileTime TimeOf(const statx_timestamp& time) { return {time.tv_sec, time.tv_nsec}; }
+
+// True for file systems that report the allocated blocks of every file. On others, above all in
+// user space, no blocks may mean that the number is unknown.
+bool ReportsBlocks(const struct statfs& facts) {
+  constexpr std::uint32_t kZfsMagic = 0x2FC12FC1;
+  constexpr std::uint32_t kBcachefsMagic = 0xCA451A4E;
+  static constexpr std::array<std::uint32_t, 10> kMagics = {
+      EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,   BTRFS_SUPER_MAGIC,    F2FS_SUPER_MAGIC,
+      TMPFS_MAGIC,      NILFS_SUPER_MAGIC, REISERFS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
+      kZfsMagic,        kBcachefsMagic};
+  return std::ranges::find(kMagics, static_cast<std::uint32_t>(facts.f_type)) != kMagics.end();
+}
+
+std::uint64_t BlocksOf(std::uint64_t size) { return size / 512 + (size % 512 != 0 ? 1 : 0); }
+
+// True if the file has holes as far as the numbers of blocks say, but the file system may not
+// report blocks.
+bool HasNoBlocks(const struct statx& facts) {
+  return S_ISREG(facts.stx_mode) && facts.stx_size > 0 && facts.stx_blocks == 0;
+}
 
 std::uint32_t ModeBits(const struct statx& facts) {
   std::uint32_t bits = 0;
@@ -105,25 +131,46 @@ std::uint32_t ModeBits(const struct statx& facts) {
   if ((facts.stx_mode & 0222) == 0 || immutable) bits |= attribute::kReadOnly;
   if ((facts.stx_attributes & STATX_ATTR_COMPRESSED) != 0) bits |= attribute::kCompressed;
   if ((facts.stx_attributes & STATX_ATTR_ENCRYPTED) != 0) bits |= attribute::kEncrypted;
-  const bool hasHoles =
-      S_ISREG(facts.stx_mode) && (facts.stx_mask & STATX_BLOCKS) != 0 &&
-      facts.stx_blocks < facts.stx_size / 512 + (facts.stx_size % 512 != 0 ? 1 : 0);
+  const bool hasHoles = S_ISREG(facts.stx_mode) && (facts.stx_mask & STATX_BLOCKS) != 0 &&
+                        facts.stx_blocks < BlocksOf(facts.stx_size);
   if (hasHoles && (bits & attribute::kCompressed) == 0) bits |= attribute::kSparse;
   return bits;
 }
 
+// The facts of the file that a path leads to, or the error.
+struct TargetFacts {
+  int error = 0;
+  struct statx facts = {};
+};
+
+// Reads the facts of what `path`, relative to `folder`, leads to. If the file system doesn't report
+// blocks, leaves them out.
+TargetFacts ReadTarget(int folder, const std::string& path) {
+  TargetFacts target;
+  if (statx(folder, path.c_str(), kStatFlags, kAllBits, &target.facts) != 0) {
+    target.error = errno;
+    return target;
+  }
+  struct statfs system;
+  const std::string full = folder == AT_FDCWD ? path : PathOfDescriptor(folder) + kSeparator + path;
+  if (HasNoBlocks(target.facts) && !(statfs(full.c_str(), &system) == 0 && ReportsBlocks(system))) {
+    target.facts.stx_mask &= ~static_cast<unsigned>(STATX_BLOCKS);
+  }
+  return target;
+}
+
 class SystemFolder final : public FolderView {
  public:
-  SystemFolder(int descriptor, std::shared_ptr<const MountTable> table)
+  SystemFolder(int descriptor, std::shared_ptr<ShareAccess> access)
       : descriptor_(descriptor),
         native_(NativeAttributes::Of(descriptor)),
-        table_(std::move(table)) {
-    if (!table_->HasNetworkMounts()) return;
+        access_(std::move(access)) {
+    if (!access_->HasShares()) return;
     path_ = RealPathOf(descriptor);
-    for (const Mount& mount : table_->Mounts()) {
+    for (const Mount& mount : access_->Table().Mounts()) {
       const auto slash = mount.mountPoint.rfind('/');
       if (mount.isNetwork && PathTo(mount.mountPoint.substr(slash + 1)) == mount.mountPoint) {
-        networkMounts_.push_back(mount.mountPoint.substr(slash + 1));
+        shares_.push_back(&mount);
       }
     }
   }
@@ -135,48 +182,27 @@ class SystemFolder final : public FolderView {
   const std::vector<FolderName>& Names() const override { return names_.Names(); }
   bool StoresAttributes() const override { return native_ != nullptr; }
 
-  bool CanAccessWithoutBlocking(const FolderName& item) const override {
-    if (!table_->HasNetworkMounts()) return true;
-    if (IsNetworkMountPoint(item.name)) return false;
-    return item.type == ItemType::kRegular || item.type == ItemType::kDirectory ||
-           !LinksToOtherNetworkMount(item.name);
-  }
-
   FactsState ReadFacts(const FolderName& item, bool withShortName,
                        FileFacts& facts) const override {
     facts = FileFacts();
-    const char* name = item.name.data();
-    if (IsNetworkMountPoint(item.name)) {
-      facts.attributes = attribute::kDirectory | DotBit(item.name);
-      return FactsState::kKnown;
-    }
+    if (const Mount* share = ShareAt(item.name)) return ReadMountPoint(*share, item.name, facts);
     struct statx own;
-    bool isLink = item.type == ItemType::kLink;
-    if (!isLink) {
-      if (!Stat(name, false, own)) return Failure();
-      isLink = S_ISLNK(own.stx_mode);
-    }
-    if (isLink) {
-      struct statx target;
-      if (CanAccessWithoutBlocking({item.name, ItemType::kLink}) && Stat(name, true, target)) {
-        own = target;
-      } else if (!Stat(name, false, own)) {
-        return Failure();
-      }
-    }
-    Fill(own, isLink, facts);
-    facts.attributes |= DotBit(item.name);
-    if (!isLink) AddNative(name, own, withShortName, facts);
-    const bool plain = S_ISREG(own.stx_mode) && (facts.attributes & ~attribute::kNormal) == 0;
-    facts.attributes = plain ? attribute::kNormal : facts.attributes & ~attribute::kNormal;
+    const char* name = item.name.data();
+    const bool isLink = item.type == ItemType::kLink;
+    if (isLink) return ReadLink(item.name, facts);
+    if (!Stat(name, own)) return Failure();
+    if (S_ISLNK(own.stx_mode)) return ReadLink(item.name, facts);
+    if (HasNoBlocks(own) && !FolderReportsBlocks()) own.stx_mask &= ~unsigned{STATX_BLOCKS};
+    Fill(own, false, item.name, facts);
+    AddNative(name, own, withShortName, facts);
+    SetNormal(own, facts);
     return FactsState::kKnown;
   }
 
  private:
   static std::string RealPathOf(int descriptor) {
     std::array<char, kPathLimit> text;
-    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
-    const ssize_t size = readlink(link.c_str(), text.data(), text.size());
+    const ssize_t size = readlink(PathOfDescriptor(descriptor).c_str(), text.data(), text.size());
     return size < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(size));
   }
 
@@ -188,9 +214,62 @@ class SystemFolder final : public FolderView {
     return name.substr(0, 1) == "." ? attribute::kHidden : 0;
   }
 
-  bool Stat(const char* name, bool follow, struct statx& facts) const {
-    const int flags = kStatFlags | (follow ? 0 : AT_SYMLINK_NOFOLLOW);
+  bool Stat(const char* name, struct statx& facts) const {
+    const int flags = kStatFlags | AT_SYMLINK_NOFOLLOW;
     return statx(descriptor_.Number(), name, flags, kAllBits, &facts) == 0;
+  }
+
+  // The facts of what the link leads to, or its own if the target is missing.
+  FactsState ReadLink(std::string_view name, FileFacts& facts) const {
+    if (access_->HasShares()) {
+      const std::string path = PathTo(name);
+      const auto place = access_->OtherShareAt(path);
+      if (place.share != nullptr) return ReadOnShare(*place.share, path, name, facts);
+    }
+    TargetFacts target = ReadTarget(descriptor_.Number(), std::string(name));
+    if (target.error != 0 && !Stat(name.data(), target.facts)) return Failure();
+    Fill(target.facts, true, name, facts);
+    SetNormal(target.facts, facts);
+    return FactsState::kKnown;
+  }
+
+  // The facts of the target of a link, if its share answers.
+  FactsState ReadOnShare(const Mount& share, const std::string& path, std::string_view name,
+                         FileFacts& facts) const {
+    const auto target =
+        access_->Ask<TargetFacts>(share, [path] { return ReadTarget(AT_FDCWD, path); });
+    if (target && target->error == 0) {
+      Fill(target->facts, true, name, facts);
+      return FactsState::kKnown;
+    }
+    struct statx own;
+    if (target) {
+      if (!Stat(name.data(), own)) return Failure();
+      Fill(own, true, name, facts);
+      return FactsState::kKnown;
+    }
+    facts.attributes = attribute::kLink | DotBit(name);
+    facts.size = std::nullopt;
+    return FactsState::kUnresponsive;
+  }
+
+  FactsState ReadMountPoint(const Mount& share, std::string_view name, FileFacts& facts) const {
+    const auto target = access_->Ask<TargetFacts>(
+        share, [path = share.mountPoint] { return ReadTarget(AT_FDCWD, path); });
+    if (target && target->error == 0) {
+      Fill(target->facts, false, name, facts);
+      return FactsState::kKnown;
+    }
+    facts.attributes = attribute::kDirectory | DotBit(name);
+    return FactsState::kUnresponsive;
+  }
+
+  bool FolderReportsBlocks() const {
+    if (!reportsBlocks_) {
+      struct statfs system;
+      reportsBlocks_ = fstatfs(descriptor_.Number(), &system) == 0 && ReportsBlocks(system);
+    }
+    return *reportsBlocks_;
   }
 
   std::string PathTo(std::string_view name) const {
@@ -198,22 +277,16 @@ class SystemFolder final : public FolderView {
     return path.append("/").append(name);
   }
 
-  bool IsNetworkMountPoint(std::string_view name) const {
-    return std::find(networkMounts_.begin(), networkMounts_.end(), name) != networkMounts_.end();
+  const Mount* ShareAt(std::string_view name) const {
+    const auto found = std::ranges::find_if(shares_, [name](const Mount* share) {
+      return share->mountPoint.substr(share->mountPoint.rfind('/') + 1) == name;
+    });
+    return found == shares_.end() ? nullptr : *found;
   }
 
-  bool LinksToOtherNetworkMount(std::string_view name) const {
-    std::array<char, kPathLimit> text;
-    const ssize_t size = readlinkat(descriptor_.Number(), name.data(), text.data(), text.size());
-    if (size <= 0) return false;
-    const std::string_view link(text.data(), static_cast<std::size_t>(size));
-    const std::string joined = link.front() == '/' ? std::string(link) : PathTo(link);
-    return table_->LeadsToOtherNetwork(NormalizePath(std::string_view(joined)), path_);
-  }
-
-  static void Fill(const struct statx& own, bool isLink, FileFacts& facts) {
+  static void Fill(const struct statx& own, bool isLink, std::string_view name, FileFacts& facts) {
     const bool dangling = S_ISLNK(own.stx_mode);
-    facts.attributes = dangling ? 0 : ModeBits(own);
+    facts.attributes = (dangling ? 0 : ModeBits(own)) | DotBit(name);
     if (isLink) facts.attributes |= attribute::kLink;
     const bool known = S_ISREG(own.stx_mode) || S_ISDIR(own.stx_mode) || isLink;
     if (!known) facts.attributes |= attribute::kDevice;
@@ -221,6 +294,11 @@ class SystemFolder final : public FolderView {
     facts.accessed = TimeOf(own.stx_atime);
     facts.written = TimeOf(own.stx_mtime);
     if ((own.stx_mask & STATX_BTIME) != 0) facts.created = TimeOf(own.stx_btime);
+  }
+
+  static void SetNormal(const struct statx& own, FileFacts& facts) {
+    const bool plain = S_ISREG(own.stx_mode) && (facts.attributes & ~attribute::kNormal) == 0;
+    facts.attributes = plain ? attribute::kNormal : facts.attributes & ~attribute::kNormal;
   }
 
   void AddNative(const char* name, const struct statx& own, bool withShortName,
@@ -236,33 +314,35 @@ class SystemFolder final : public FolderView {
 
   Descriptor descriptor_;
   std::unique_ptr<NativeAttributes> native_;
-  std::shared_ptr<const MountTable> table_;
-  // Set only if network mounts exist: the folder's path without symbolic links, and the names of
-  // the network mount points directly in it.
+  std::shared_ptr<ShareAccess> access_;
+  mutable std::optional<bool> reportsBlocks_;
+  // Set only if shares are mounted: the folder's path without symbolic links, and the shares whose
+  // mount points are directly in it.
   std::string path_;
-  std::vector<std::string> networkMounts_;
+  std::vector<const Mount*> shares_;
   NameList names_;
 };
 
+std::unique_ptr<SystemFolder> Open(const std::string& path, int flags) {
+  auto access = ShareAccess::CurrentOr(path);
+  if (access->OtherShareAt(path).share != nullptr) return nullptr;
+  const int descriptor = open(path.c_str(), flags | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return nullptr;
+  return std::make_unique<SystemFolder>(descriptor, std::move(access));
+}
+
 }  // namespace
 
-std::unique_ptr<FolderView> ReadFolder(const std::string& path,
-                                       std::shared_ptr<const MountTable> table,
-                                       const std::function<bool()>& stop) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return nullptr;
-  auto folder = std::make_unique<SystemFolder>(descriptor, std::move(table));
-  if (!folder->ReadNames(stop)) return nullptr;
+std::unique_ptr<FolderView> ReadFolder(const std::string& path, const std::function<bool()>& stop) {
+  auto folder = Open(path, O_RDONLY | O_NONBLOCK);
+  if (!folder || !folder->ReadNames(stop)) return nullptr;
   return folder;
 }
 
-std::unique_ptr<FolderView> OpenFolder(const std::string& path,
-                                       std::shared_ptr<const MountTable> table) {
-  // A folder without read permission may still allow access to its entries.
-  int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) descriptor = open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return nullptr;
-  return std::make_unique<SystemFolder>(descriptor, std::move(table));
+std::unique_ptr<FolderView> OpenFolder(const std::string& path) {
+  // A folder may be searchable without being readable.
+  auto folder = Open(path, O_RDONLY | O_NONBLOCK);
+  return folder ? std::move(folder) : Open(path, O_PATH);
 }
 
 }  // namespace Sorvik::platform

@@ -43,7 +43,7 @@ struct FileTime {
 // Size and times of a symbolic link are those of its target; its own if it is dangling.
 struct FileFacts {
   std::uint32_t attributes = 0;
-  std::uint64_t size = 0;  // 0 for folders
+  std::optional<std::uint64_t> size = 0;  // 0 for folders; nullopt if it is unknown
   std::optional<FileTime> created;
   std::optional<FileTime> accessed;
   std::optional<FileTime> written;
@@ -52,7 +52,8 @@ struct FileFacts {
 
 enum class FactsState {
   kKnown,
-  kRefused,  // the item exists, but its facts can't be read
+  kRefused,       // the item exists, but its facts can't be read
+  kUnresponsive,  // only some facts are known: the others are on a share that doesn't answer
   kMissing,
 };
 
@@ -76,21 +77,16 @@ class FolderView {
                                FileFacts& facts) const = 0;
   // True if the file system stores attributes: hidden then is an attribute, not only a leading dot.
   virtual bool StoresAttributes() const = 0;
-  // False if the item is, or is a link to, a network mount other than the folder's own.
-  virtual bool CanAccessWithoutBlocking(const FolderName& item) const = 0;
 };
 
 // Opens the folder and reads its names. Returns nullptr if it can't be read to its end, or if
-// `stop`, which is polled between blocks, returns true. `table` is the running system's. A network
-// mount point among the items is described from the table and never accessed; reading facts
-// triggers no automount and no sync.
-std::unique_ptr<FolderView> ReadFolder(const std::string& path,
-                                       std::shared_ptr<const MountTable> table,
-                                       const std::function<bool()>& stop);
+// `stop`, which is polled between blocks, returns true. Mount points of shares and links to shares
+// are accessed as ShareAccess.h says; reading facts triggers no automount and no sync. Returns
+// nullptr for a folder on a share of another operation.
+std::unique_ptr<FolderView> ReadFolder(const std::string& path, const std::function<bool()>& stop);
 
 // Opens the folder without reading its names, for ReadFacts of single items. Returns nullptr if it
 // can't be opened.
-std::unique_ptr<FolderView> OpenFolder(const std::string& path,
-                                       std::shared_ptr<const MountTable> table);
+std::unique_ptr<FolderView> OpenFolder(const std::string& path);
 
 }  // namespace Sorvik::platform

@@ -8,6 +8,8 @@
 #include <map>
 #include <optional>
 
+#include "foundation/platform/ShareAccess.h"
+
 namespace Sorvik::platform {
 namespace {
 
@@ -95,9 +97,14 @@ std::string UrlOfGvfsShare(std::string_view folderName) {
 
 void AddGvfsShares(const VolumeSources& sources, const MountTable& table,
                    std::vector<Volume>& volumes) {
+  const auto access = ShareAccess::CurrentOr(std::string());
   for (const Mount& mount : table.Mounts()) {
     if (!IsOwnGvfsMount(mount)) continue;
-    for (const std::string& name : NamesIn(sources.filePrefix + mount.mountPoint)) {
+    // The mount's own folder is answered by a program of the session, which may hang.
+    const auto read = [path = sources.filePrefix + mount.mountPoint] { return NamesIn(path); };
+    const auto names =
+        access->Ask<std::vector<std::string>>(mount, read).value_or(std::vector<std::string>());
+    for (const std::string& name : names) {
       Volume volume;
       volume.mountPoint = mount.mountPoint + "/" + name;
       volume.kind = VolumeKind::kRemote;

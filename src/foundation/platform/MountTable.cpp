@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/platform/MountTable.h"
 
+#include <fcntl.h>
 #include <libmount/libmount.h>
+#include <poll.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <unordered_map>
+#include <utility>
 
 namespace Sorvik::platform {
 namespace {
@@ -40,6 +46,8 @@ Mount MountOf(libmnt_fs* entry) {
   const dev_t device = mnt_fs_get_devno(entry);
   mount.major = major(device);
   mount.minor = minor(device);
+  mount.id = mnt_fs_get_id(entry);
+  mount.parentId = mnt_fs_get_parent_id(entry);
   const char* userOptions = mnt_fs_get_user_options(entry);
   mount.hideRequested = HasOption(userOptions, "x-gvfs-hide");
   mount.showRequested = HasOption(userOptions, "x-gvfs-show");
@@ -58,6 +66,85 @@ std::vector<Mount> MountsOf(libmnt_table* table) {
   }
   return mounts;
 }
+
+// Finds the mounts that are covered by another one. A path is looked up from the mount that
+// contains it, so a mount is covered if its parent mount has another child on a folder above, or if
+// its parent mount is covered itself.
+class CoveredMounts {
+ public:
+  explicit CoveredMounts(const std::vector<Mount>& mounts) {
+    for (const Mount& mount : mounts) {
+      byId_.emplace(mount.id, &mount);
+      children_.emplace(mount.parentId, mount.mountPoint);
+    }
+  }
+
+  bool Contain(const Mount& mount) const {
+    const Mount* current = &mount;
+    for (std::size_t i = 0; i < byId_.size(); ++i) {
+      const auto parent = byId_.find(current->parentId);
+      // The top of a table has no known parent.
+      if (parent == byId_.end() || parent->second == current) return false;
+      if (HasSiblingAbove(*current)) return true;
+      current = parent->second;
+    }
+    return false;
+  }
+
+ private:
+  bool HasSiblingAbove(const Mount& mount) const {
+    std::string folder = mount.mountPoint;
+    while (folder.size() > 1) {
+      folder.resize(std::max<std::size_t>(folder.rfind('/'), 1));
+      if (children_.contains({mount.parentId, folder})) return true;
+    }
+    return false;
+  }
+
+  std::unordered_map<int, const Mount*> byId_;
+  std::set<std::pair<int, std::string>> children_;
+};
+
+void DropCovered(std::vector<Mount>& mounts) {
+  const CoveredMounts covered(mounts);
+  std::vector<Mount> reachable;
+  for (const Mount& mount : mounts) {
+    if (!covered.Contain(mount)) reachable.push_back(mount);
+  }
+  mounts = std::move(reachable);
+}
+
+// The running system's table with a descriptor that reports changes.
+class CurrentTable {
+ public:
+  std::shared_ptr<const MountTable> Get() {
+    const std::lock_guard lock(mutex_);
+    if (table_ && !HasChanged()) return table_;
+    // Opened before the table is read, so that no change in between is missed.
+    if (descriptor_ < 0) descriptor_ = open(kKernelMountTable, O_RDONLY | O_CLOEXEC);
+    table_ = std::make_shared<const MountTable>(MountTable::Read(kKernelMountTable).WithRoot());
+    return table_;
+  }
+
+ private:
+  bool HasChanged() {
+    if (descriptor_ < 0) return true;
+    // A descriptor that came through fork() shares its state with the parent process, and each
+    // change is reported to only one of them.
+    if (const pid_t process = getpid(); process != process_) {
+      close(std::exchange(descriptor_, -1));
+      process_ = process;
+      return true;
+    }
+    pollfd change = {descriptor_, POLLPRI, 0};
+    return poll(&change, 1, 0) != 0;
+  }
+
+  std::mutex mutex_;
+  int descriptor_ = -1;
+  pid_t process_ = getpid();
+  std::shared_ptr<const MountTable> table_;
+};
 
 }  // namespace
 
@@ -110,6 +197,7 @@ bool IsAtOrBelow(std::string_view path, std::string_view folder) noexcept {
 }
 
 MountTable::MountTable(std::vector<Mount> mounts) {
+  DropCovered(mounts);
   std::unordered_map<std::string, std::size_t> last;
   for (std::size_t i = 0; i < mounts.size(); ++i) last[mounts[i].mountPoint] = i;
   for (std::size_t i = 0; i < mounts.size(); ++i) {
@@ -146,6 +234,12 @@ MountTable MountTable::WithRoot() const {
     table.mounts_.insert(table.mounts_.begin(), std::move(root));
   }
   return table;
+}
+
+std::shared_ptr<const MountTable> MountTable::Current() {
+  // Never destroyed: threads that outlive main() may use it.
+  static CurrentTable& current = *new CurrentTable;
+  return current.Get();
 }
 
 const Mount* MountTable::At(std::string_view path) const noexcept {

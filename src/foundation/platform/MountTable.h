@@ -3,6 +3,7 @@
 // server can't block the caller. Any thread.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,8 @@ struct Mount {
   std::string options;  // of the file system, comma-separated
   unsigned major = 0;
   unsigned minor = 0;
+  int id = 0;
+  int parentId = 0;  // the mount that contains the mount point
   // A network file system. Never true for "/": nothing runs if that is unreachable.
   bool isNetwork = false;
   bool hideRequested = false;  // by the mount option x-gvfs-hide
@@ -27,7 +30,8 @@ struct Mount {
 
 class MountTable {
  public:
-  // Keeps only the last of several mounts on the same mount point: it covers the others.
+  // Keeps only the mounts that their mount points lead to: a mount is covered by a later one on the
+  // same mount point or on a folder above it.
   explicit MountTable(std::vector<Mount> mounts);
 
   // Reads a file in the format of /proc/self/mountinfo. Returns an empty table if it is missing or
@@ -38,6 +42,9 @@ class MountTable {
   // Returns a copy that has an entry for "/". A process that runs in a chroot has none in the
   // kernel's table, and no table at all without /proc.
   MountTable WithRoot() const;
+  // The table of the running system, with its root. Kept for the process and read again after the
+  // kernel has reported a change, so that a call usually costs one poll.
+  static std::shared_ptr<const MountTable> Current();
 
   const std::vector<Mount>& Mounts() const noexcept { return mounts_; }
   // The mount whose mount point is `path`; nullptr if there is none. Valid while the table lives.

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+// Links to network shares: the program doesn't block on a share that doesn't answer, and the facts
+// of files on a share that does are right.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "support/Cards.h"
+#include "support/Program.h"
+#include "support/TestShare.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace sorvik_test;
+using testing::HasSubstr;
+using testing::Not;
+
+// A folder with links to a share: directly, through another link, from a shortcut.
+class LinksToShare : public ShareTest {
+ protected:
+  void SetUp() override {
+    if (!share_) GTEST_SKIP() << share_.Reason();
+    tree_.File("server/clip.mov", "0123456789");
+    tree_.Folder("server/sub");
+    tree_.File("folder/local.mov", "abc");
+    folder_ = tree_.Path("folder");
+    fs::create_directory_symlink(tree_.Path("share"), tree_.Path("nas"));
+    fs::create_directory_symlink("../nas", folder_ + "/link");
+    fs::create_directory_symlink("../nas/sub", folder_ + "/sub");
+    fs::create_symlink("link/clip.mov", folder_ + "/clip.mov");
+    tree_.File("folder/x.desktop", "[Desktop Entry]\nType=Link\nURL=file://" + folder_ + "/sub/y");
+  }
+
+  // Runs the program. Fails if it blocks or takes longer than `limit` milliseconds.
+  ProgramResult Run(const std::vector<std::string>& arguments, long long limit = 2000) {
+    ProgramResult result;
+    const auto time = share_.Milliseconds([&] { result = RunSorvik(arguments); });
+    std::string command;
+    for (const std::string& argument : arguments) command += argument + ' ';
+    EXPECT_GE(time, 0) << command << "blocks on the share";
+    EXPECT_LT(time, limit) << command;
+    return result;
+  }
+
+  std::string folder_;
+};
+
+TEST_F(LinksToShare, DoNotBlockWhileTheShareIsUnreachable) {
+  share_.Stop();
+  EXPECT_EQ(Run({"who", folder_}).exitCode, 0);
+  EXPECT_EQ(Run({"ls", folder_, "--all", "--json"}).exitCode, 0);
+  EXPECT_THAT(Run({"owner", folder_ + "/local.mov"}).output, HasSubstr("local.mov"));
+  Run({"check", folder_});
+  Run({"thumb", folder_, "link", "-o", tree_.Path("out.png")});
+  Run({"thumb", "--folder", folder_, "-o", tree_.Path("folder.png")});
+}
+
+TEST_F(LinksToShare, KeepOnlyKnownFactsWhileTheShareIsUnreachable) {
+  share_.Stop();
+  const std::string listing = Run({"ls", folder_, "--json", "--fields", "06,26,Path"}).output;
+  EXPECT_THAT(listing, HasSubstr("\"sub\":{\"06\":\"\",\"26\":null")) << "unknown size";
+  EXPECT_THAT(listing, HasSubstr("\"Path\":\"" + folder_ + "/sub/y\"")) << "shortcut";
+}
+
+TEST_F(LinksToShare, AreBrowsableOnlyIfTheyLeadToAMountPoint) {
+  share_.Stop();
+  const std::string places = Run({"places", folder_, "--json"}).output;
+  EXPECT_THAT(places, HasSubstr("\"link\""));
+  EXPECT_THAT(places, Not(HasSubstr("\"sub\"")));
+  EXPECT_THAT(Run({"places", tree_.Root(), "--json"}).output, HasSubstr("\"share\""));
+  EXPECT_THAT(Run({"places", "volumes:", "--json"}).output, HasSubstr(tree_.Path("share")));
+}
+
+TEST_F(LinksToShare, HaveTheFactsOfTheirTargets) {
+  const std::string listing = Run({"ls", folder_, "--json", "--fields", "06,09,14,26"}).output;
+  EXPECT_THAT(listing,
+              HasSubstr("\"sub\":{\"06\":\"D\",\"09\":\"\",\"14\":\"\",\"26\":{\"bytes\":0}"));
+  EXPECT_THAT(listing, HasSubstr("\"link\":{\"06\":\"D\""));
+  EXPECT_THAT(listing, HasSubstr("\"clip.mov\":{\"06\":\"\",\"09\":\"\",\"14\":\"\","
+                                 "\"26\":{\"bytes\":10}"));
+  EXPECT_THAT(Run({"places", folder_, "--json"}).output, HasSubstr("\"sub\""));
+}
+
+TEST_F(LinksToShare, FilesWithoutReportedBlocksAreNormal) {
+  const std::string listing =
+      Run({"ls", tree_.Path("share"), "--json", "--fields", "09,14"}).output;
+  EXPECT_THAT(listing, HasSubstr("\"clip.mov\":{\"09\":\"Normal\",\"14\":\"\"}"));
+}
+
+TEST_F(LinksToShare, CanContainTheClipsOfACard) {
+  MakeP2Card(tree_, "server/card");
+  AddP2Clip(tree_, "server/card", P2Shot({"0001AA"}, "SHOT").front());
+  fs::create_directory(folder_ + "/card");
+  fs::create_directory_symlink("../../share/card/CONTENTS", folder_ + "/card/CONTENTS");
+  EXPECT_THAT(Run({"ls", folder_ + "/card"}).output, HasSubstr("0001AA"));
+  share_.Stop();
+  EXPECT_THAT(Run({"ls", folder_ + "/card"}).output, Not(HasSubstr("0001AA")));
+}
+
+}  // namespace

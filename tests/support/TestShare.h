@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// A mounted network share whose server a test can stop.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/types.h>
+
+#include <chrono>
+#include <future>
+#include <string>
+#include <utility>
+
+#include "support/TempTree.h"
+
+namespace sorvik_test {
+
+class TestShare {
+ public:
+  // Shows `folder` at `mountPoint` through FUSE, as the file system "fuse." + `subtype`.
+  TestShare(const std::string& folder, const std::string& mountPoint,
+            const std::string& subtype = "sshfs");
+  ~TestShare();
+  TestShare(const TestShare&) = delete;
+  TestShare& operator=(const TestShare&) = delete;
+
+  // False if this machine has no FUSE or doesn't allow the mount; Reason() says why.
+  explicit operator bool() const noexcept { return reason_.empty(); }
+  const std::string& Reason() const noexcept { return reason_; }
+
+  // Stops the server: every access blocks until it continues or the mount ends.
+  void Stop();
+  void Continue();
+
+  // Runs `call` on another thread and returns its duration in milliseconds. If it blocks, ends the
+  // mount and returns a negative number.
+  template <class Call>
+  long long Milliseconds(Call call) {
+    const auto start = std::chrono::steady_clock::now();
+    auto done = std::async(std::launch::async, std::move(call));
+    const bool returned = done.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+    if (!returned) End();
+    done.wait();
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    return returned ? std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count() : -1;
+  }
+
+ private:
+  void End();
+
+  std::string mountPoint_;
+  std::string reason_;
+  pid_t server_ = -1;
+};
+
+// A folder "folder" with a share mounted at "share", whose server has the folder "server".
+class ShareTest : public testing::Test {
+ protected:
+  ShareTest() : share_(tree_.Folder("server"), tree_.Folder("share")) { tree_.Folder("folder"); }
+  void SetUp() override {
+    if (!share_) GTEST_SKIP() << share_.Reason();
+  }
+
+  TempTree tree_;
+  TestShare share_;
+};
+
+}  // namespace sorvik_test
