@@ -28,7 +28,7 @@ class LinksToShare : public ShareTest {
     folder_ = tree_.Path("folder");
     fs::create_directory_symlink(tree_.Path("share"), tree_.Path("nas"));
     fs::create_directory_symlink("../nas", folder_ + "/link");
-    fs::create_directory_symlink("../nas/sub", folder_ + "/sub");
+    fs::create_directory_symlink(tree_.Path("share/sub"), folder_ + "/sub");
     fs::create_symlink("link/clip.mov", folder_ + "/clip.mov");
     tree_.File("folder/x.desktop", "[Desktop Entry]\nType=Link\nURL=file://" + folder_ + "/sub/y");
   }
