@@ -107,9 +107,8 @@ TEST(CardChecks, ReportMissingFilesOfXDCAMIndexes) {
                           [](const std::string& line) { return line.starts_with("proxy "); }),
             2);
   EXPECT_EQ(disc.size(), 4u);
-  // Without the video file, the first sound file is the essence.
-  const StructureFindings proav = ProviderXDCAM().CheckStructure(tree.Path("proav"));
-  EXPECT_TRUE(proav.missing.empty());
+  EXPECT_EQ(Missing(ProviderXDCAM().CheckStructure(tree.Path("proav")), tree),
+            Lines{"essence proav/PROAV/CLPR/C0001/C0001V01.MXF"});
   std::filesystem::remove_all(tree.Path("proav/PROAV/CLPR/C0002"));
   EXPECT_EQ(ProviderXDCAM().CheckStructure(tree.Path("proav")).missing.front().kind, "essence");
   tree.File("disc/MEDIAPRO.XML", MediaProXml(XmlElement("Material", "uri=\"../../../etc/none\"")));

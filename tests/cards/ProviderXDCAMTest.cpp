@@ -240,10 +240,9 @@ TEST(ProviderXDCAM, MatchesTheFirstClipWhoseIdOccursInTheKey) {
   const TempTree tree;
   MakeXDCAMProav(tree, "card", {{.name = "C0001"}});
   tree.File("card/PROAV/CLPR/C00/x.SMI");
-  tree.File(
-      "card/PROAV/INDEX.XML",
-      "<indexFile><clipTable><clip clipId=\"\" file=\"x\"/><clip clipId=\"C00\" "
-      "file=\"x.SMI\"/><clip clipId=\"C0001\" file=\"C0001C01.SMI\"/></clipTable></indexFile>");
+  tree.File("card/PROAV/INDEX.XML",
+            "<indexFile><clipTable><clip clipId=\"\" file=\"x\"/><clip clipId=\"C00\" "
+            "file=\"x.SMI\"/></clipTable></indexFile>");
   EXPECT_THAT(
       ExtraPathsOf(Entry(tree, "card", "PROAV/CLPR/C0001/C0001M01.XML", kAllPaths), tree.Root()),
       Contains("card/PROAV/CLPR/C00/x.SMI"));
@@ -339,6 +338,20 @@ TEST(ProviderXDCAM, StopsWhenAborted) {
   EXPECT_EQ(kProvider.GetContent(tree.Path("disc"), kAllPaths, &*request).size(), 1u);
   request->Abort();
   EXPECT_THAT(kProvider.GetContent(tree.Path("disc"), kAllPaths, &*request), IsEmpty());
+}
+
+// A clip whose name contains that of another one must not get the other's files.
+TEST(ProviderXDCAM, MatchesIndexedClipsByTheirCompleteNames) {
+  const TempTree tree;
+  MakeXDCAMProav(tree, "proav", {{.name = "C0001"}, {.name = "C00011"}});
+  const auto proav =
+      ExtraPathsOf(Entry(tree, "proav", "PROAV/CLPR/C00011/C00011M01.XML", kAllPaths), tree.Root());
+  EXPECT_THAT(proav, Contains("proav/PROAV/CLPR/C00011/C00011A01.MXF"));
+  EXPECT_THAT(proav, Not(Contains("proav/PROAV/CLPR/C0001/C0001A01.MXF")));
+  MakeXDCAMDisc(tree, "disc", {{.name = "XC0001"}, {.name = "C0001"}});
+  const auto disc = ExtraPathsOf(Entry(tree, "disc", "Clip/C0001M01.XML", kAllPaths), tree.Root());
+  EXPECT_THAT(disc, Contains("disc/Sub/C0001S01.MP4"));
+  EXPECT_THAT(disc, Not(Contains("disc/Sub/XC0001S01.MP4")));
 }
 
 }  // namespace

@@ -96,9 +96,15 @@ void CheckProav(const std::string& root, StructureFindings& findings) {
     if (clip.clipId.empty() || !foundation::IsInside(folder, root)) continue;
     const std::string key = JoinPath(folder, clip.clipId).append(xdcam::kClipXmlEnd);
     RequireReadable(findings, key);
-    Require(findings, key, "essence", xdcam::EssenceForClipXml(key, Lookup::kListing));
-    for (const std::string& file : clip.files) {
-      const std::string path = JoinPath(folder, file);
+    if (clip.pictures.empty()) {
+      Require(findings, key, "essence", xdcam::EssenceForClipXml(key, Lookup::kListing));
+    }
+    for (const std::string& picture : clip.pictures) {
+      const std::string path = JoinPath(folder, picture);
+      if (foundation::IsInside(path, root)) Require(findings, key, "essence", path);
+    }
+    for (const xdcam::IndexedFile& file : clip.files) {
+      const std::string path = JoinPath(folder, file.name);
       if (foundation::IsInside(path, root)) Require(findings, key, "clip file", path);
     }
   }

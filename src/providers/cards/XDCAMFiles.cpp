@@ -163,8 +163,8 @@ void AddClipFilesFromIndex(const std::string& root, const std::string& xmlPath, 
   const auto clip = FindIndexedClip(JoinPath(proav, "INDEX.XML"), xmlPath);
   if (!clip) return;
   const std::string folder = JoinPath(JoinPath(proav, kClpr), clip->clipId);
-  for (const std::string& file : clip->files) {
-    std::string path = JoinPath(folder, file);
+  for (const IndexedFile& file : clip->files) {
+    std::string path = JoinPath(folder, file.name);
     if (foundation::IsInside(path, root)) AddPathIfExists(std::move(path), paths);
   }
 }

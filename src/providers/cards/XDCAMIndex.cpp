@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "providers/cards/XDCAMIndex.h"
 
+#include <unordered_map>
 #include <utility>
 
 #include "formats/XercesDocument.h"
@@ -20,45 +21,75 @@ using formats::sony::Material;
 using formats::sony::MediaProfile;
 using foundation::CallScope;
 
+using FirstIndexes = std::unordered_map<std::string, std::size_t>;
+
 struct MaterialUris {
   std::shared_ptr<const MediaProfile> list;
+  FirstIndexes fileNames;
   std::shared_ptr<const TextIndex> uris;
 };
 
 MaterialUris ReadMaterialUris(const std::string& path) {
   auto list = MediaProfile::Of(path);
   std::vector<std::string> uris;
-  for (const Material& material : list->Materials()) uris.push_back(material.uri);
-  return {std::move(list), std::make_shared<const TextIndex>(uris)};
+  FirstIndexes fileNames;
+  for (const Material& material : list->Materials()) {
+    fileNames.emplace(foundation::FileName(material.uri), uris.size());
+    uris.push_back(material.uri);
+  }
+  return {std::move(list), std::move(fileNames), std::make_shared<const TextIndex>(uris)};
 }
 
 struct ClipTable {
   bool readable = false;
   std::vector<IndexedClip> clips;
+  FirstIndexes byId;
   std::shared_ptr<const TextIndex> ids;
 };
 
 // In 16-bit code units. The id is the name of a folder, and names aren't longer.
 constexpr std::size_t kMaxClipIdLength = 255;
 
-void AddFileOf(XercesElement element, IndexedClip& clip) {
+std::string FileOf(XercesElement element) {
   std::string file;
   GetElementAttribute(element, "file", file);
-  if (!file.empty() && clip.files.size() < kMaxFilesOfClip) clip.files.push_back(std::move(file));
+  return file;
+}
+
+void AddFileOf(XercesElement element, IndexedFile::Kind kind, IndexedClip& clip) {
+  std::string file = FileOf(element);
+  if (file.empty() || clip.files.size() >= kMaxFilesOfClip) return;
+  clip.files.push_back({kind, std::move(file)});
+}
+
+// Calls `visit` with the children of that name.
+template <class Visit>
+void ForEachChild(XercesElement element, const char* name, const Visit& visit) {
+  for (XercesElement child = FindChildElement(element, name); child;
+       child = FindNextSiblingElement(child, name)) {
+    visit(child);
+  }
 }
 
 IndexedClip ReadClip(XercesElement element) {
   IndexedClip clip;
   GetElementAttribute(element, "clipId", clip.clipId);
   if (foundation::CountCodeUnits(clip.clipId) > kMaxClipIdLength) clip.clipId.clear();
-  AddFileOf(element, clip);
-  for (const char* name : {"subStream", "rtmeta"}) AddFileOf(FindChildElement(element, name), clip);
-  for (const char* name : {"meta", "audio"}) {
-    for (XercesElement child = FindChildElement(element, name); child;
-         child = FindNextSiblingElement(child, name)) {
-      AddFileOf(child, clip);
-    }
+  using Kind = IndexedFile::Kind;
+  AddFileOf(element, Kind::kPlaylist, clip);
+  AddFileOf(FindChildElement(element, "subStream"), Kind::kSubStream, clip);
+  AddFileOf(FindChildElement(element, "rtmeta"), Kind::kRealTimeMeta, clip);
+  for (const auto& [name, kind] :
+       {std::pair("meta", Kind::kMeta), std::pair("audio", Kind::kSound)}) {
+    ForEachChild(element, name,
+                 [&clip, kind](XercesElement child) { AddFileOf(child, kind, clip); });
   }
+  ForEachChild(element, "video", [&clip](XercesElement child) {
+    std::string file = FileOf(child);
+    if (!file.empty() && clip.pictures.size() < kMaxFilesOfClip) {
+      clip.pictures.push_back(std::move(file));
+    }
+  });
   return clip;
 }
 
@@ -71,6 +102,7 @@ ClipTable ReadClipTable(const std::string& path) {
     for (XercesElement clip = FindChildElement(element, "clip"); clip;
          clip = FindNextSiblingElement(clip, "clip")) {
       table.clips.push_back(ReadClip(clip));
+      table.byId.emplace(table.clips.back().clipId, ids.size());
       ids.push_back(table.clips.back().clipId);
     }
   }
@@ -89,6 +121,10 @@ std::shared_ptr<const Material> FindMaterial(const std::string& root,
   const std::string path = foundation::JoinPath(root, "MEDIAPRO.XML");
   const auto record =
       CallScope::Remember<MaterialUris>(path, [&path] { return ReadMaterialUris(path); });
+  if (const auto exact = record->fileNames.find(std::string(essenceFile));
+      exact != record->fileNames.end() && !essenceFile.empty()) {
+    return {record->list, &record->list->Materials()[exact->second]};
+  }
   const auto index = record->uris->FirstContaining(essenceFile);
   if (!index) return nullptr;
   return {record->list, &record->list->Materials()[*index]};
@@ -102,6 +138,10 @@ std::shared_ptr<const std::vector<IndexedClip>> IndexedClips(const std::string& 
 
 std::shared_ptr<const IndexedClip> FindIndexedClip(const std::string& path, std::string_view key) {
   const auto table = TableOf(path);
+  const std::string folder(foundation::FileName(foundation::ParentFolder(key)));
+  if (const auto exact = table->byId.find(folder); exact != table->byId.end() && !folder.empty()) {
+    return {table, &table->clips[exact->second]};
+  }
   const auto index = table->ids->FirstContainedIn(key);
   if (!index) return nullptr;
   return {table, &table->clips[*index]};

@@ -15,8 +15,8 @@
 
 namespace Sorvik::xdcam {
 
-// The first material of `root`/MEDIAPRO.XML whose uri contains the file name, with the list that
-// owns it; null if there is none.
+// The material of an essence in `root`/MEDIAPRO.XML, with the list that owns it: the first one
+// whose uri ends with the file name, else the first whose uri contains it; null if there is none.
 std::shared_ptr<const formats::sony::Material> FindMaterial(const std::string& root,
                                                             std::string_view essenceFile);
 
@@ -25,18 +25,27 @@ std::shared_ptr<const formats::sony::Material> FindMaterial(const std::string& r
 // multiplied by the number of clips.
 inline constexpr std::size_t kMaxFilesOfClip = 64;
 
+struct IndexedFile {
+  enum class Kind { kPlaylist, kSubStream, kRealTimeMeta, kMeta, kSound };
+
+  Kind kind;
+  std::string name;
+};
+
 struct IndexedClip {
   std::string clipId;
-  // Names of the files of the clip except its essence, in the order in which they are reported:
-  // playlist, low-resolution copy, real-time metadata, metadata, sound.
-  std::vector<std::string> files;
+  // The files of the clip except its picture, in the order in which they are reported: playlist,
+  // low-resolution copy, real-time metadata, metadata, sound.
+  std::vector<IndexedFile> files;
+  std::vector<std::string> pictures;  // names of the picture files; almost always one
 };
 
 // All clips of the table in INDEX.XML at `path`, in document order; null if it can't be read.
 std::shared_ptr<const std::vector<IndexedClip>> IndexedClips(const std::string& path);
 
-// The first clip of the table in INDEX.XML at `path` whose id is contained in `key`, with the table
-// that owns it; null if there is none.
+// The clip of a clip XML in the table of INDEX.XML at `path`, with the table that owns it: the
+// first one whose id is the name of the XML's folder, else the first whose id is contained in
+// `key`; null if there is none.
 std::shared_ptr<const IndexedClip> FindIndexedClip(const std::string& path, std::string_view key);
 
 }  // namespace Sorvik::xdcam
