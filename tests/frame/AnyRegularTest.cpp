@@ -50,6 +50,23 @@ TEST(AnyRegular, CopiesMovesAndSwapsEachType) {
   }
 }
 
+TEST(AnyRegular, AcceptsItsOwnElements) {
+  // Two elements: the second is read after the first was assigned.
+  const any_regular_t inner(List{any_regular_t("/a"), any_regular_t("/b")});
+  const List outer{inner, any_regular_t("second")};
+  any_regular_t copied(outer);
+  copied = (*copied.get_if<List>())[0];
+  EXPECT_EQ(copied, inner);
+
+  any_regular_t moved(outer);
+  moved = std::move(const_cast<List&>(*moved.get_if<List>())[0]);
+  EXPECT_EQ(moved, inner);
+
+  List list = outer;
+  EXPECT_TRUE(list[0].cast(list));
+  EXPECT_EQ(any_regular_t(list), inner);
+}
+
 TEST(AnyRegular, CopiesListsDeeply) {
   const any_regular_t list(List{any_regular_t(std::string("/a"))});
   List taken = list.cast<List>();

@@ -121,19 +121,23 @@ class any_regular_t {
     return *this;
   }
   any_regular_t& operator=(any_regular_t&& other) noexcept {
-    if (this == &other) return *this;
-    operations_->destruct(&storage_);
-    operations_ = other.operations_;
-    operations_->move(&other.storage_, &storage_);
-    other.operations_ = &kModel<empty_t>.operations;
+    any_regular_t moved(std::move(other));  // `other` may be an element of this value
+    swap(moved);
     return *this;
   }
   ~any_regular_t() { operations_->destruct(&storage_); }
 
   void swap(any_regular_t& other) noexcept {
-    any_regular_t kept(std::move(other));
-    other = std::move(*this);
-    *this = std::move(kept);
+    if (this == &other) return;
+    if (operations_ == other.operations_) {
+      operations_->exchange(&storage_, &other.storage_);
+      return;
+    }
+    Storage kept;
+    operations_->move(&storage_, &kept);
+    other.operations_->move(&other.storage_, &storage_);
+    operations_->move(&kept, &other.storage_);
+    std::swap(operations_, other.operations_);
   }
 
   const TypeRecord& type_info() const noexcept { return operations_->type(); }
@@ -149,11 +153,12 @@ class any_regular_t {
     if (!holds<T>()) throw bad_cast(type_info(), TypeRecordOf<T>::Get());
     return *Model<T>::At(&storage_);
   }
-  // Assigns the value to `value` and returns true. Returns false if it has another type.
+  // Assigns a copy of the value to `value` and returns true. Returns false if it has another type.
+  // `value` may contain this variant.
   template <class T>
   bool cast(T& value) const {
     if (!holds<T>()) return false;
-    value = *Model<T>::At(&storage_);
+    value = T(*Model<T>::At(&storage_));
     return true;
   }
   // Returns a pointer to the value, or nullptr if it has another type. Valid until the variant
@@ -224,7 +229,8 @@ class any_regular_t {
         new (to->bytes) T*(At(from));
       }
     }
-    static void Assign(Storage* to, const Storage* from) { *At(to) = *At(from); }
+    // Copies first: `from` may be an element of the value that is replaced.
+    static void Assign(Storage* to, const Storage* from) { *At(to) = T(std::as_const(*At(from))); }
     static bool Equals(const Storage* a, const Storage* b) { return *At(a) == *At(b); }
     static void Exchange(Storage* a, Storage* b) noexcept {
       Storage kept;
