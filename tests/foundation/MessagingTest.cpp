@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <unistd.h>
 
 #include <barrier>
 #include <mutex>
@@ -75,7 +76,6 @@ TEST(Messages, KeepDescriptorReadableWhileQueued) {
   StationUtils::RegisterStation("some", [&](const Message& message) {
     const int number = dynamic_cast<const Note&>(message).number;
     numbers.push_back(number);
-    EXPECT_EQ(StationUtils::Dispatch(), 0u);  // a nested Dispatch does nothing
     if (number == 1) Post("some", NoteOf(4));
     if (number == 2) throw std::runtime_error("receiver");
     if (number == 3) StationUtils::UnregisterStation("some");
@@ -90,6 +90,37 @@ TEST(Messages, KeepDescriptorReadableWhileQueued) {
   EXPECT_EQ(StationUtils::Dispatch(), 2u);
   EXPECT_FALSE(Readable());
   EXPECT_EQ(numbers, (std::vector<int>{1, 2, 3}));  // 4 came after UnregisterStation
+}
+
+TEST(Messages, ReachNestedEventLoopInOrder) {
+  std::vector<int> numbers;
+  StationUtils::RegisterStation("dialog", [&](const Message& message) {
+    const int number = dynamic_cast<const Note&>(message).number;
+    numbers.push_back(number);
+    if (number != 1) return;
+    Post("dialog", NoteOf(4));
+    while (numbers.back() != 4) StationUtils::WaitAndDispatch(1000);  // until the dialog closes
+    EXPECT_FALSE(Readable());
+  });
+  for (int i = 1; i <= 3; ++i) Post("dialog", NoteOf(i));
+  EXPECT_EQ(StationUtils::GetQueuedMessageCount(), 3u);
+  EXPECT_EQ(StationUtils::Dispatch(), 1u);
+  EXPECT_EQ(numbers, (std::vector<int>{1, 2, 3, 4}));
+  EXPECT_EQ(StationUtils::GetQueuedMessageCount(), 0u);
+  StationUtils::UnregisterStation("dialog");
+}
+
+TEST(Messages, OutliveDuplicateOfDescriptor) {
+  const int own = StationUtils::DuplicateEventDescriptor();
+  ASSERT_GE(own, 0);
+  EXPECT_NE(own, StationUtils::GetEventDescriptor());
+  Post("unregistered", NoteOf(1));
+  pollfd waiting{own, POLLIN, 0};
+  EXPECT_EQ(poll(&waiting, 1, 0), 1);
+  EXPECT_EQ(close(own), 0);
+  EXPECT_TRUE(Readable());
+  EXPECT_EQ(StationUtils::Dispatch(), 1u);
+  EXPECT_FALSE(Readable());
 }
 
 TEST(Messages, HashTypeNamesWithFNV1a) {

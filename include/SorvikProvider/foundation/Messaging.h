@@ -8,7 +8,11 @@
 //   pollfd waiting{StationUtils::GetEventDescriptor(), POLLIN, 0};
 //   while (running && poll(&waiting, 1, -1) >= 0) StationUtils::Dispatch();
 //
-// Messages from one thread keep their order.
+// Messages from one thread keep their order. The queue has no limit: blocking a sender could block
+// the UI thread that waits for it, and a dropped message would leave a request without its answer.
+// Each request posts one message, so a host bounds the queue by the number of requests that it
+// has running. A host's own sender that may be faster than its UI thread checks
+// GetQueuedMessageCount.
 #pragma once
 
 #include <cstddef>
@@ -86,10 +90,19 @@ SORVIK_EXPORT void UnregisterStation(const ImmutableString& station);
 // close it. -1 if the process has no descriptor left.
 SORVIK_EXPORT int GetEventDescriptor();
 
+// Returns a new descriptor that is readable at the same times, for event loops that close what they
+// are given, such as asio's stream_descriptor. Owned by the caller; don't read it. -1 if the
+// process has no descriptor left.
+SORVIK_EXPORT int DuplicateEventDescriptor();
+
+// The number of messages that are queued and not yet dispatched. Any thread.
+SORVIK_EXPORT std::size_t GetQueuedMessageCount();
+
 // Passes up to `maxMessages` queued messages to their receivers on the calling (UI) thread. Returns
 // the number of messages, those without a receiver included. Exceptions of a receiver propagate;
-// the messages after it stay queued. A receiver may post, abort, register and unregister; a nested
-// Dispatch does nothing.
+// the messages after it stay queued. A receiver may post, abort, register and unregister. It may
+// also run a nested event loop, such as a modal dialog: a nested Dispatch delivers the messages
+// after the current one, in order, and may call the same receiver again.
 SORVIK_EXPORT std::size_t Dispatch(std::size_t maxMessages = 64);
 
 // Waits at most `milliseconds` (-1: forever) for a message, then dispatches. For tests and for

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "SorvikProvider/foundation/Messaging.h"
 
-#include <algorithm>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -20,24 +19,26 @@ struct Waiting {
   std::unique_ptr<Message> message;
 };
 
-void DiscardAll(std::deque<Waiting>& waiting) noexcept {
-  for (Waiting& item : waiting) {
-    if (item.message) item.message->Discard();
-  }
-  waiting.clear();
-}
-
 // The queue to the UI thread. The lock guards the messages; receivers are used by the UI thread
 // only.
 class Queue {
  public:
+  // Never destroyed: workers may still post while the process exits.
   static Queue& Get() {
-    static Queue queue;
+    static Queue& queue = *new Queue;
     return queue;
   }
-  ~Queue() { DiscardAll(waiting_); }
+  Queue() = default;
+  Queue(const Queue&) = delete;
+  Queue& operator=(const Queue&) = delete;
 
   int Descriptor() const noexcept { return event_.Descriptor(); }
+  int DuplicateDescriptor() const noexcept { return event_.DuplicateDescriptor(); }
+
+  std::size_t Size() {
+    const std::lock_guard lock(mutex_);
+    return waiting_.size();
+  }
 
   void Post(const ImmutableString& station, const Message& message) {
     Waiting item{station, message.Clone()};
@@ -51,10 +52,8 @@ class Queue {
   }
   void Unregister(const ImmutableString& station) { receivers_.erase(station); }
 
+  // Takes one message at a time, so that a nested call continues with the next one.
   std::size_t Dispatch(std::size_t maxMessages) {
-    if (dispatching_) return 0;
-    dispatching_ = true;
-    const DispatchEnd end{*this};
     std::size_t handled = 0;
     while (handled < maxMessages) {
       Waiting item;
@@ -68,11 +67,6 @@ class Queue {
   bool Wait(int milliseconds) const { return event_.Wait(milliseconds); }
 
  private:
-  struct DispatchEnd {
-    Queue& queue;
-    ~DispatchEnd() { queue.dispatching_ = false; }
-  };
-
   // The event stays set while messages are queued, so that the host's loop wakes up again.
   bool Take(Waiting& item) {
     const std::lock_guard lock(mutex_);
@@ -98,7 +92,6 @@ class Queue {
   std::deque<Waiting> waiting_;
   Sorvik::platform::WakeEvent event_;
   std::map<ImmutableString, std::shared_ptr<StationUtils::Receiver>> receivers_;
-  bool dispatching_ = false;
 };
 
 }  // namespace
@@ -135,6 +128,10 @@ void RegisterStation(const ImmutableString& station, Receiver receiver) {
 void UnregisterStation(const ImmutableString& station) { Queue::Get().Unregister(station); }
 
 int GetEventDescriptor() { return Queue::Get().Descriptor(); }
+
+int DuplicateEventDescriptor() { return Queue::Get().DuplicateDescriptor(); }
+
+std::size_t GetQueuedMessageCount() { return Queue::Get().Size(); }
 
 std::size_t Dispatch(std::size_t maxMessages) { return Queue::Get().Dispatch(maxMessages); }
 

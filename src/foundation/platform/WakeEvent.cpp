@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/platform/WakeEvent.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -13,6 +14,10 @@ WakeEvent::WakeEvent() noexcept : descriptor_(eventfd(0, EFD_NONBLOCK | EFD_CLOE
 
 WakeEvent::~WakeEvent() {
   if (descriptor_ >= 0) close(descriptor_);
+}
+
+int WakeEvent::DuplicateDescriptor() const noexcept {
+  return fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
 }
 
 void WakeEvent::Set() noexcept {

@@ -13,6 +13,8 @@ class WakeEvent {
 
   // -1 if the process has no descriptor left.
   int Descriptor() const noexcept { return descriptor_; }
+  // A new descriptor of the same event, which the caller closes. -1 if there is none left.
+  int DuplicateDescriptor() const noexcept;
   void Set() noexcept;
   void Clear() noexcept;
   // Waits at most `milliseconds` (-1: forever). Returns true if the event is set.
