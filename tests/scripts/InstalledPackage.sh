@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs the build to a temporary prefix, builds the example with this package by CMake and by
-# pkg-config, and runs it on a folder.
+# Installs the build to a temporary prefix, builds the examples with this package by CMake and one by
+# pkg-config, and runs them on a folder. The example for Qt is built if Qt is installed.
 set -euo pipefail
 source_dir=$1
 build_dir=$2
@@ -25,10 +25,11 @@ check() {
   [ "$output" = "$expected" ] || { echo "unexpected output of $*:"; echo "$output"; exit 1; }
 }
 
-cmake -S "$source_dir/examples/poll-loop" -B "$work/build" -G Ninja \
+cmake -S "$source_dir/examples" -B "$work/build" -G Ninja \
     -DCMAKE_PREFIX_PATH="$work/prefix" > "$work/cmake.log"
 cmake --build "$work/build" >> "$work/cmake.log"
-check "$work/build/poll-loop"
+for example in poll-loop glib-loop asio-loop; do check "$work/build/$example"; done
+if [ -x "$work/build/qt-loop" ]; then check "$work/build/qt-loop"; else echo "qt-loop: Qt not found"; fi
 
 # The .pc file locates headers and library in any prefix.
 pc_dir=$(dirname "$(find "$work/prefix" -name SorvikProvider.pc)")
@@ -36,7 +37,7 @@ lib_dir=$(dirname "$(find "$work/prefix" -name libSorvikProvider.so)")
 flags=$(PKG_CONFIG_PATH="$pc_dir" pkg-config --cflags SorvikProvider)
 libs=$(PKG_CONFIG_PATH="$pc_dir" pkg-config --libs SorvikProvider)
 # shellcheck disable=SC2086
-c++ -std=c++20 $flags "$source_dir/examples/poll-loop/main.cpp" $libs \
+c++ -std=c++20 $flags -I "$source_dir/examples" "$source_dir/examples/poll-loop/main.cpp" $libs \
     -Wl,-rpath,"$lib_dir" -o "$work/by-pkg-config"
 check "$work/by-pkg-config"
 
