@@ -55,6 +55,7 @@ Session::Session(bool withAdditionalProviders) {
     throw Failure(kFailed, "too many open files");
   }
   tarnwick::threads::SetFailureHook(ReportFailure);
+  ProviderHost::SetShutdownTimeout(kDrainTime);
   ProviderHost::Initialize();
   if (withAdditionalProviders) ProviderHost::RegisterAdditionalProviders();
   StationUtils::RegisterStation(kFailureStation, [this](const Hestra::Message& message) {

@@ -325,13 +325,20 @@ void FindCardsRequest::Run() {
     FindCardsMessage message;
     message.path = path_;
     message.card = card;
-    Hestra::StationUtils::PostMessageToUIThread(GetStation(), message, false);
     last.result = kResultDone;
-    return true;
+    return PostPart(message);
   };
   if (!TestAborted()) ForEachCard(path_, direction_, post, this);
   if (TestAborted()) last.result = kResultAborted;
-  Hestra::StationUtils::PostMessageToUIThread(GetStation(), last, false);
+  PostResult(last);
+}
+
+void FindCardsRequest::PostAborted() const {
+  FindCardsMessage last;
+  last.path = path_;
+  last.isLast = true;
+  last.result = kResultAborted;
+  Post(last);
 }
 
 Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> FindCardsRequest::GetRef() {

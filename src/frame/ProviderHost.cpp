@@ -2,6 +2,8 @@
 #include "SorvikProvider/frame/ProviderHost.h"
 
 #include <algorithm>
+#include <boost/smart_ptr/make_shared.hpp>
+#include <chrono>
 #include <iterator>
 #include <utility>
 
@@ -10,6 +12,8 @@
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
 #include "foundation/platform/ShareAccess.h"
+#include "frame/AbortWatchdog.h"
+#include "frame/HostState.h"
 #include "frame/RequestQueue.h"
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
@@ -56,13 +60,44 @@ constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderCanonXFAVC>,
 };
 
+constexpr std::chrono::milliseconds kNoLimit{-1};
+
+// Of the main thread.
+std::chrono::milliseconds shutdownTimeout = kNoLimit;
+
+void StartWorkers(HostState& state) {
+  AbortWatchdog::Get().Start();
+  try {
+    state.pool = boost::make_shared<tarnwick::threads::WorkerPool>();
+    state.executor = tarnwick::threads::CreateSubExecutor(state.pool, -1);
+  } catch (...) {
+    state.pool.reset();
+    AbortWatchdog::Get().Stop();
+    throw;
+  }
+}
+
+// Returns false if stalled workers keep using `state`.
+bool StopWorkers(HostState& state) {
+  state.executor->StopAccepting();
+  bool ended = true;
+  if (shutdownTimeout < std::chrono::milliseconds(0)) {
+    state.executor->WaitForAccepted();
+  } else {
+    ended = state.pool->WaitUnlessStalled(shutdownTimeout);
+  }
+  AbortWatchdog::Get().Stop();
+  if (!ended) return false;
+  state.executor.reset();
+  state.pool.reset();
+  return true;
+}
+
 }  // namespace
 
 const std::string ProviderHost::sBestProvider;
 unsigned int ProviderHost::sUseCount = 0;
 bool ProviderHost::sAdditionalRegistered = false;
-std::vector<ProviderWrapper*> ProviderHost::sProviders;
-boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::sExecutor;
 
 void ProviderHost::Initialize() {
   if (++sUseCount != 1) return;
@@ -70,10 +105,8 @@ void ProviderHost::Initialize() {
   for (const auto make : kProviders) {
     RegisterProvider(std::make_unique<AsyncProviderWrapper>(make()));
   }
-  if (!sExecutor) {
-    sExecutor =
-        tarnwick::threads::CreateSubExecutor(tarnwick::threads::CreateIOBoundExecutor(), -1);
-  }
+  HostState& state = HostState::Get();
+  if (!state.executor) StartWorkers(state);
 }
 
 void ProviderHost::RegisterAdditionalProviders() {
@@ -85,23 +118,34 @@ void ProviderHost::RegisterAdditionalProviders() {
 
 void ProviderHost::Shutdown() {
   if (--sUseCount != 0) return;
-  if (sExecutor) {
-    sExecutor->StopAccepting();
-    sExecutor->WaitForAccepted();
-    sExecutor.reset();
-  }
-  for (ProviderWrapper*& wrapper : sProviders) delete std::exchange(wrapper, nullptr);
-  sProviders.clear();
   sAdditionalRegistered = false;
+  HostState& state = HostState::Get();
+  if (state.executor && !StopWorkers(state)) {
+    HostState::Abandon();
+    return;
+  }
+  for (ProviderWrapper*& wrapper : state.providers) delete std::exchange(wrapper, nullptr);
+  state.providers.clear();
+}
+
+void ProviderHost::SetShutdownTimeout(std::chrono::milliseconds timeout) {
+  shutdownTimeout = timeout;
+}
+
+std::size_t ProviderHost::GetStalledWorkerCount() {
+  const auto pool = HostState::Get().pool;
+  return pool ? pool->StalledCount() : 0;
 }
 
 void ProviderHost::RegisterProvider(std::unique_ptr<ProviderWrapper> wrapper) {
   if (!wrapper) return;
-  sProviders.push_back(wrapper.get());
+  HostState::Get().providers.push_back(wrapper.get());
   wrapper.release();
 }
 
-const std::vector<ProviderWrapper*>& ProviderHost::GetAllProviders() { return sProviders; }
+const std::vector<ProviderWrapper*>& ProviderHost::GetAllProviders() {
+  return HostState::Get().providers;
+}
 
 std::vector<ProviderWrapper*> ProviderHost::GetProviderList(const std::string& path) {
   return GetProviderList(path, nullptr);
@@ -113,7 +157,7 @@ std::vector<ProviderWrapper*> ProviderHost::GetProviderList(const std::string& p
   const foundation::CallScope scope;  // all providers read the same folder
   const platform::ShareScope shares(path);
   std::vector<std::pair<int, ProviderWrapper*>> scored;
-  for (ProviderWrapper* wrapper : sProviders) {
+  for (ProviderWrapper* wrapper : HostState::Get().providers) {
     if (ProviderRequest::TestAborted(request) || wrapper == nullptr) return {};
     const int score = wrapper->CanProvideFor(path);
     if (score >= 1) scored.emplace_back(score, wrapper);
@@ -129,7 +173,8 @@ bool ProviderHost::HasProvider(const std::string& path) {
   const foundation::CallScope scope;
   const platform::ShareScope shares(path);
   try {
-    return std::any_of(sProviders.begin(), sProviders.end(), [&](const ProviderWrapper* wrapper) {
+    const auto& providers = HostState::Get().providers;
+    return std::any_of(providers.begin(), providers.end(), [&](const ProviderWrapper* wrapper) {
       return wrapper->CanProvideFor(path) >= 1;
     });
   } catch (...) {
@@ -139,7 +184,7 @@ bool ProviderHost::HasProvider(const std::string& path) {
 }
 
 boost::shared_ptr<tarnwick::threads::AsyncExecutor> ProviderHost::GetProviderExecutor() {
-  return sExecutor;
+  return HostState::Get().executor;
 }
 
 Hestra::InterfaceRef<ProviderListRequest, Hestra::IThreadedQueueRequest>

@@ -3,20 +3,16 @@
 
 #include <utility>
 
-#include "SorvikProvider/foundation/Messaging.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/frame/ProviderMessages.h"
 #include "foundation/platform/ShareAccess.h"
+#include "frame/AbortWatchdog.h"
 
 namespace Sorvik {
 namespace {
 
 using tarnwick::utility::ImmutableString;
 using SelfRef = Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest>;
-
-void Post(const ImmutableString& station, const Hestra::Message& message) {
-  Hestra::StationUtils::PostMessageToUIThread(station, message, false);
-}
 
 // Returns the entries of `raw` whose path has a provider.
 ContentMap BrowsableEntries(const ContentMap& raw) {
@@ -32,7 +28,8 @@ ContentMap BrowsableEntries(const ContentMap& raw) {
 
 ProviderWrapper* ChooseProvider(const std::vector<ProviderWrapper*>& list,
                                 const std::string& identification) {
-  if (identification == ProviderHost::sBestProvider) return list.front();
+  // sBestProvider; not the constant itself, which is destroyed before the last worker ends.
+  if (identification.empty()) return list.front();
   for (ProviderWrapper* wrapper : list) {
     if (wrapper->GetIdentification() == identification) return wrapper;
   }
@@ -42,13 +39,34 @@ ProviderWrapper* ChooseProvider(const std::vector<ProviderWrapper*>& list,
 }  // namespace
 
 ProviderRequest::ProviderRequest(ImmutableString station, ProviderRef provider)
-    : provider_(std::move(provider)), station_(std::move(station)) {}
+    : provider_(std::move(provider)),
+      station_(std::move(station)),
+      record_(std::make_unique<AbortRecord>(*this)) {}
 
 ProviderRequest::~ProviderRequest() = default;
+
+void ProviderRequest::Post(const Hestra::Message& message) const {
+  Hestra::StationUtils::PostMessageToUIThread(station_, message, false);
+}
+
+void ProviderRequest::PostResult(Hestra::Message& message) {
+  if (record_->ClaimForRun()) {
+    Post(message);
+  } else {
+    message.Discard();
+  }
+}
+
+bool ProviderRequest::PostPart(const Hestra::Message& message) {
+  return record_->IfUnanswered([&] { Post(message); });
+}
+
+void ProviderRequest::PostAborted() const {}
 
 void ProviderRequest::Abort() noexcept {
   std::int32_t expected = 0;
   abortWord_.compare_exchange_strong(expected, 1);
+  record_->Abort();
 }
 
 bool ProviderRequest::TestAborted() noexcept {
@@ -104,7 +122,16 @@ void ProviderContentRequest::Run() {
   message.path = path_;
   message.fields = fields_;
   message.identification = GetProvider()->GetIdentification();
-  Post(GetStation(), message);
+  PostResult(message);
+}
+
+void ProviderContentRequest::PostAborted() const {
+  GetContentMessage message;
+  message.path = path_;
+  message.fields = fields_;
+  message.identification = GetProvider()->GetIdentification();
+  message.result = kResultAborted;
+  Post(message);
 }
 
 SelfRef ProviderContentRequest::GetRef() { return SelfRef(this); }
@@ -132,7 +159,15 @@ void ProviderThumbnailRequest::Run() {
   } else {
     message.result = message.thumbnail != nullptr ? kResultDone : kResultNoContent;
   }
-  Post(GetStation(), message);
+  PostResult(message);
+}
+
+void ProviderThumbnailRequest::PostAborted() const {
+  GetThumbnailMessage message;
+  message.path = path_;
+  message.key = key_;
+  message.result = kResultAborted;
+  Post(message);
 }
 
 SelfRef ProviderThumbnailRequest::GetRef() { return SelfRef(this); }
@@ -151,7 +186,14 @@ void ProviderListRequest::Run() {
     message.result = kResultAborted;
     message.providers.clear();
   }
-  Post(GetStation(), message);
+  PostResult(message);
+}
+
+void ProviderListRequest::PostAborted() const {
+  GetProviderListMessage message;
+  message.path = path_;
+  message.result = kResultAborted;
+  Post(message);
 }
 
 SelfRef ProviderListRequest::GetRef() { return SelfRef(this); }
@@ -182,7 +224,14 @@ void ProviderDefaultContentRequest::Run() {
     message.fields.clear();
     message.result = kResultAborted;
   }
-  Post(GetStation(), message);
+  PostResult(message);
+}
+
+void ProviderDefaultContentRequest::PostAborted() const {
+  GetDefaultContentMessage message;
+  message.data = data_;
+  message.result = kResultAborted;
+  Post(message);
 }
 
 SelfRef ProviderDefaultContentRequest::GetRef() { return SelfRef(this); }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -16,32 +14,7 @@ using namespace Sorvik;
 using sorvik_test::FakeAnswers;
 using sorvik_test::FakeProvider;
 using sorvik_test::Inbox;
-
-// Blocks a provider until the test opens it.
-class Turnstile {
- public:
-  void ArriveAndWait() {
-    std::unique_lock lock(mutex_);
-    arrived_ = true;
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return open_; });
-  }
-  void WaitForArrival() {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return arrived_; });
-  }
-  void Open() {
-    const std::lock_guard lock(mutex_);
-    open_ = true;
-    changed_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool arrived_ = false;
-  bool open_ = false;
-};
+using sorvik_test::Turnstile;
 
 ContentMap OneEntry(const std::string& path) {
   return {{"key",

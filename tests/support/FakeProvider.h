@@ -4,8 +4,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -68,6 +70,37 @@ class FakeProvider final : public Sorvik::Provider {
 
  private:
   std::shared_ptr<FakeAnswers> answers_;
+};
+
+// Blocks a provider until the test opens it.
+class Turnstile {
+ public:
+  void ArriveAndWait() {
+    std::unique_lock lock(mutex_);
+    ++arrived_;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return open_; });
+  }
+  void WaitForArrival() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return arrived_ > 0; });
+  }
+  // The number of calls of ArriveAndWait so far.
+  std::size_t Arrived() const {
+    const std::lock_guard lock(mutex_);
+    return arrived_;
+  }
+  void Open() {
+    const std::lock_guard lock(mutex_);
+    open_ = true;
+    changed_.notify_all();
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  std::size_t arrived_ = 0;
+  bool open_ = false;
 };
 
 // Registers `station` and stores copies of its messages of type T.

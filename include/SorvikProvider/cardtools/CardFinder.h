@@ -70,6 +70,8 @@ class SORVIK_EXPORT FindCardsRequest final : public ProviderRequest {
   Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> GetRef() override;
 
  private:
+  void PostAborted() const override;
+
   std::string path_;
   SearchDirection direction_;
 };

@@ -8,6 +8,8 @@
 #pragma once
 
 #include <boost/smart_ptr/shared_ptr.hpp>
+#include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,12 +38,26 @@ class SORVIK_EXPORT ProviderHost {
   // Initialize may start again. A Shutdown without a matching Initialize has no effect but to
   // cancel the next Initialize: the unsigned count wraps to its maximum. Call these two and
   // RegisterProvider on the main thread, while no other thread uses the library.
+  //
+  // A process may also end without Shutdown: workers are then stopped by its end.
   static void Initialize();
   static void Shutdown();
   // Adds the providers of newer cards after the others, until the last Shutdown: Sony XAVC and
   // Canon XF-AVC. Without effect before Initialize and when called again. Belongs to the host's
   // main thread, too.
   static void RegisterAdditionalProviders();
+  // Limits how long the last Shutdown waits for stalled workers: those whose request was aborted
+  // and whose run doesn't return. After `timeout` it leaves them alone. What they may use is leaked
+  // on purpose: wrappers, providers and executor. Their late results are dropped, queued requests
+  // that no worker is left for don't run, and the next Initialize creates everything anew. Workers
+  // that aren't stalled are always waited for, so a host aborts its requests first. Without a
+  // limit, and with a negative one (the default), Shutdown waits for stalled workers, too. Main
+  // thread.
+  static void SetShutdownTimeout(std::chrono::milliseconds timeout);
+  // The number of workers whose request was aborted and whose run hasn't returned. Up to 64 of them
+  // are replaced, so that other requests run; with more, requests wait for a worker. Any thread
+  // between Initialize and Shutdown.
+  static std::size_t GetStalledWorkerCount();
   // Adds a provider after the others. Ignores nullptr.
   static void RegisterProvider(std::unique_ptr<ProviderWrapper> wrapper);
 
@@ -81,8 +97,6 @@ class SORVIK_EXPORT ProviderHost {
 
   static unsigned int sUseCount;
   static bool sAdditionalRegistered;
-  static std::vector<ProviderWrapper*> sProviders;
-  static boost::shared_ptr<tarnwick::threads::AsyncExecutor> sExecutor;
 };
 
 }  // namespace Sorvik

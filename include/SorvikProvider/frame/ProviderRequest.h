@@ -6,22 +6,29 @@
 //    the hook;
 //  - without an executor, before ProviderHost::Initialize and after the last Shutdown, a request
 //    never runs.
-// Abort may be called on any thread at any time.
+// Abort may be called on any thread at any time. The message of an aborted request comes within
+// about 100 ms, even if the run is stuck in a system call, such as a read from a share that doesn't
+// answer. The worker of such a run is replaced (ProviderHost::GetStalledWorkerCount), and the late
+// result of the run is dropped.
 #pragma once
 
 #include <atomic>
 #include <boost/smart_ptr/shared_ptr.hpp>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "SorvikProvider/foundation/Export.h"
 #include "SorvikProvider/foundation/Hestra.h"
 #include "SorvikProvider/foundation/ImmutableString.h"
+#include "SorvikProvider/foundation/Messaging.h"
 #include "SorvikProvider/frame/FieldModel.h"
 #include "SorvikProvider/frame/Provider.h"
 
 namespace Sorvik {
+
+class AbortRecord;
 
 class SORVIK_EXPORT ProviderRequest : public Hestra::IThreadedQueueRequest {
  public:
@@ -55,15 +62,28 @@ class SORVIK_EXPORT ProviderRequest : public Hestra::IThreadedQueueRequest {
   ~ProviderRequest() override;
 
   const ProviderRef& GetProvider() const noexcept { return provider_; }
-  const tarnwick::utility::ImmutableString& GetStation() const noexcept { return station_; }
+  // Posts the result of the run, unless the request has been answered as aborted: then the message
+  // is discarded.
+  void PostResult(Hestra::Message& message);
+  // Posts a message before the result. Returns false if the request has been answered as aborted.
+  bool PostPart(const Hestra::Message& message);
+  // Posts the message of a run that was aborted at its beginning. Called instead of PostResult, on
+  // another thread, possibly during the run: reads only what the run doesn't change. The default
+  // posts nothing.
+  virtual void PostAborted() const;
+  // Posts to the station.
+  void Post(const Hestra::Message& message) const;
 
  private:
+  friend class AbortRecord;
+
   ProviderRef provider_;
   tarnwick::utility::ImmutableString station_;
   std::atomic<std::int32_t> abortWord_{0};
   bool aborted_ = false;
   boost::shared_ptr<void> spare_;  // unused; part of the layout that hosts were compiled with
   std::atomic<std::int32_t> references_{0};
+  const std::unique_ptr<AbortRecord> record_;
 };
 
 using RequestRef = Hestra::InterfaceRef<Hestra::IThreadedQueueRequest>;
@@ -77,6 +97,8 @@ class SORVIK_EXPORT ProviderContentRequest final : public ProviderRequest {
   Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> GetRef() override;
 
  private:
+  void PostAborted() const override;
+
   std::string path_;
   FieldNameSet fields_;
 };
@@ -90,6 +112,8 @@ class SORVIK_EXPORT ProviderThumbnailRequest final : public ProviderRequest {
   Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> GetRef() override;
 
  private:
+  void PostAborted() const override;
+
   std::string path_;
   std::string key_;
   int width_;
@@ -104,6 +128,8 @@ class SORVIK_EXPORT ProviderListRequest final : public ProviderRequest {
   Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> GetRef() override;
 
  private:
+  void PostAborted() const override;
+
   std::string path_;
 };
 
@@ -129,6 +155,8 @@ class SORVIK_EXPORT ProviderDefaultContentRequest final : public ProviderRequest
   Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> GetRef() override;
 
  private:
+  void PostAborted() const override;
+
   DataRef data_;
 };
 

@@ -48,7 +48,8 @@ UTF16String FindOwnResources() {
 namespace tarnwick::filesupport::commondirs {
 
 UTF16String ResourcesDir() {
-  static const UTF16String own = FindOwnResources();
+  // Never destroyed: workers may still use it while the process exits.
+  static const UTF16String& own = *new UTF16String(FindOwnResources());
   const UTF16String& set = GetSettings().Get().resources;
   return set.empty() ? own : set;
 }

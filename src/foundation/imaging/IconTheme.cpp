@@ -83,13 +83,13 @@ IconTheme::IconTheme(const std::vector<std::string>& dataFolders)
 
 const IconTheme& IconTheme::System() {
   static std::once_flag once;
-  static std::unique_ptr<const IconTheme> theme;
+  static const IconTheme* theme = nullptr;  // never destroyed: workers may outlive main
   std::call_once(once, [] {
     std::vector<std::string> folders{g_get_user_data_dir()};
     for (const gchar* const* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder) {
       folders.emplace_back(*folder);
     }
-    theme = std::make_unique<const IconTheme>(folders);
+    theme = new IconTheme(folders);
   });
   return *theme;
 }

@@ -321,7 +321,8 @@ std::string FindOwnLibrary() {
 }  // namespace
 
 const std::string& OwnLibraryPath() {
-  static const std::string path = FindOwnLibrary();
+  // Never destroyed: workers may still use it while the process exits.
+  static const std::string& path = *new std::string(FindOwnLibrary());
   return path;
 }
 

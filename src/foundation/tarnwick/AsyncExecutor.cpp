@@ -1,44 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "SorvikProvider/foundation/AsyncExecutor.h"
 
-#include <algorithm>
-#include <boost/asio/post.hpp>
-#include <boost/asio/thread_pool.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <mutex>
-#include <system_error>
-#include <thread>
 #include <utility>
-#include <vector>
+
+#include "foundation/tarnwick/WorkerPool.h"
 
 namespace tarnwick::threads {
 namespace {
 
-constexpr unsigned kMinThreads = 4;
-constexpr unsigned kMaxThreads = 16;
-
+// Never destroyed: workers may still use it while the process exits.
 FailureHook& Hook() {
-  static FailureHook hook;
+  static FailureHook& hook = *new FailureHook;
   return hook;
-}
-
-// Runs one function and destroys it. Catches all exceptions: one that leaves a worker would
-// terminate the process.
-void RunGuarded(boost::function<void()> function) noexcept {
-  try {
-    function();
-  } catch (...) {
-    if (Hook()) {
-      try {
-        Hook()(std::current_exception());
-      } catch (...) {
-        // There is nowhere to report that the hook itself failed.
-      }
-    }
-  }
 }
 
 // Counts accepted functions that haven't finished.
@@ -69,46 +47,6 @@ class PendingCount {
   std::condition_variable zero_;
   std::size_t count_ = 0;
   bool open_ = true;
-};
-
-class PoolExecutor final : public AsyncExecutor {
- public:
-  // Creates the threads itself: thread_pool's constructor hangs if it can't create one of them.
-  explicit PoolExecutor(unsigned threads) : pool_(0) {
-    threads_.reserve(threads);
-    try {
-      while (threads_.size() < threads) threads_.emplace_back([this] { pool_.attach(); });
-    } catch (const std::system_error&) {
-      // Fewer threads suffice, but at least one is needed.
-      if (threads_.empty()) throw;
-    }
-  }
-  ~PoolExecutor() override {
-    pending_.WaitForZero();
-    pool_.stop();
-    for (std::thread& thread : threads_) thread.join();
-  }
-
-  bool Post(boost::function<void()> function) override {
-    if (!pending_.Add()) return false;
-    try {
-      boost::asio::post(pool_, [this, work = std::move(function)]() mutable {
-        RunGuarded(std::move(work));
-        pending_.Remove();
-      });
-    } catch (...) {
-      pending_.Remove();
-      throw;
-    }
-    return true;
-  }
-  void StopAccepting() override { pending_.Close(); }
-  void WaitForAccepted() override { pending_.WaitForZero(); }
-
- private:
-  PendingCount pending_;
-  boost::asio::thread_pool pool_;
-  std::vector<std::thread> threads_;
 };
 
 // Passes functions to the base, or queues them while `width` of them are running.
@@ -181,10 +119,22 @@ class SubExecutor final : public AsyncExecutor {
 
 AsyncExecutor::~AsyncExecutor() = default;
 
+void RunGuarded(boost::function<void()> function) noexcept {
+  try {
+    function();
+  } catch (...) {
+    if (Hook()) {
+      try {
+        Hook()(std::current_exception());
+      } catch (...) {
+        // There is nowhere to report that the hook itself failed.
+      }
+    }
+  }
+}
+
 boost::shared_ptr<AsyncExecutor> CreateIOBoundExecutor() {
-  const unsigned threads =
-      std::clamp(4 * std::thread::hardware_concurrency(), kMinThreads, kMaxThreads);
-  return boost::make_shared<PoolExecutor>(threads);
+  return boost::make_shared<WorkerPool>();
 }
 
 boost::shared_ptr<AsyncExecutor> CreateSubExecutor(boost::shared_ptr<AsyncExecutor> base,

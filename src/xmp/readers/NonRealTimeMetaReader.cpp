@@ -24,7 +24,7 @@ namespace {
 using formats::sony::Material;
 using foundation::XmlElement;
 
-const XmlElement kMissingElement;
+const XmlElement& kMissingElement = *new XmlElement;  // workers may still read it at exit
 
 const XmlElement& ChildOf(const XmlElement& element, std::string_view name) {
   const XmlElement* child = element.Child(name);

@@ -19,7 +19,7 @@ namespace {
 using foundation::XmlElement;
 
 // Represents missing elements, so that the mapping needs no null checks.
-const XmlElement kMissingElement;
+const XmlElement& kMissingElement = *new XmlElement;  // workers may still read it at exit
 
 const XmlElement& ChildOf(const XmlElement& element, std::string_view name) {
   const XmlElement* child = element.Child(name);
