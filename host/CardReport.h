@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "SorvikProvider/frame/FieldModel.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/frame/FieldModel.h"
 
 namespace host {
 

@@ -134,8 +134,8 @@ TEST_F(CardFinder, NeverTouchesAnotherShare) {
   fs::create_symlink(tree_.Path("medium/share"), tree_.Path("medium/link"));
   fs::create_symlink(tree_.Path("medium/share"), tree_.Path("medium/CONTENTS.lnk"));
   std::vector<FoundCard> cards;
-  ASSERT_TRUE(share.DoesNotBlock(
-      [&] { cards = FindCards(tree_.Path("medium"), SearchDirection::kDeep); }));
+  ASSERT_TRUE(
+      share.DoesNotBlock([&] { cards = FindCards(tree_.Path("medium"), SearchDirection::kDeep); }));
   ASSERT_EQ(cards.size(), 1u);
   EXPECT_EQ(cards.front().path, tree_.Path("medium/AVCHD"));
 }

@@ -29,7 +29,8 @@ std::string_view AttributeOf(const XmlElement* element, std::string_view name) {
 template <class Number, class... Base>
 std::optional<Number> Parse(std::string_view text, Base... base) {
   Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base...);
+  const auto [end, error] =
+      std::from_chars(text.data(), text.data() + text.size(), number, base...);
   if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return number;
 }
