@@ -79,11 +79,12 @@ IndexedClip ReadClip(XercesElement element) {
   AddFileOf(element, Kind::kPlaylist, clip);
   AddFileOf(FindChildElement(element, "subStream"), Kind::kSubStream, clip);
   AddFileOf(FindChildElement(element, "rtmeta"), Kind::kRealTimeMeta, clip);
-  for (const auto& [name, kind] :
-       {std::pair("meta", Kind::kMeta), std::pair("audio", Kind::kSound)}) {
+  const auto addAll = [&](const char* name, Kind kind) {
     ForEachChild(element, name,
                  [&clip, kind](XercesElement child) { AddFileOf(child, kind, clip); });
-  }
+  };
+  addAll("meta", Kind::kMeta);
+  addAll("audio", Kind::kSound);
   ForEachChild(element, "video", [&clip](XercesElement child) {
     std::string file = FileOf(child);
     if (!file.empty() && clip.pictures.size() < kMaxFilesOfClip) {
