@@ -262,6 +262,10 @@ TEST(MXFSidecar, AppendsToTheExtensionOfMXFFilesOnly) {
   EXPECT_EQ(Text(tree.Root(), "clip.MXF", "ExtraPath"), tree.Path("clip.MXF.xmp"));
   const auto bare = kProvider.GetContent(tree.Root(), "bare.mxf", {"ExtraPath"});
   EXPECT_EQ(bare.at("bare.mxf").at("ExtraPath"), any_regular_t());
+  const auto named = kProvider.GetContent(tree.Root(), "clip.MXF", {"Name"});
+  EXPECT_FALSE(named.at("clip.MXF").contains("ExtraPath"));
+  tree.File("gone.mxf.xmp", "x");
+  EXPECT_TRUE(kProvider.GetContent(tree.Root(), "gone.mxf", {"ExtraPath"}).empty());
   // Only the call for one entry fills it.
   const auto all = kProvider.GetContent(tree.Root(), {"ExtraPath"}, nullptr);
   EXPECT_EQ(all.at("clip.MXF").at("ExtraPath"), any_regular_t());

@@ -78,7 +78,9 @@ TEST(XmlEncoding, IsDetectedByMarkOrFirstCharacter) {
         "<\0\0\0\xE9\0\0\0>\0\0\0"sv, "\0\0\0<\0\0\0\xE9\0\0\0>"sv}) {
     EXPECT_EQ(ToUTF8(bytes), "<\xC3\xA9>");
   }
+  EXPECT_EQ(ToUTF8("\xF0\x9F\x8E\xAC"), "\xF0\x9F\x8E\xAC");
   EXPECT_EQ(ToUTF8("\xFF\xFE\x3C\xD8\xAC\xDF\x00\xD8"sv), "\xF0\x9F\x8E\xAC\xEF\xBF\xBD");
+  EXPECT_EQ(ToUTF8("\xFF\xFE\0\0\xAC\xF3\x01\0\0\0\x11\0"sv), "\xF0\x9F\x8E\xAC\xEF\xBF\xBD");
   EXPECT_EQ(ToUTF8("a&#x1F;b&#31;c&#9;&#x;&#\x01"), "a      b     c&#9;&#x;&# ");
 }
 

@@ -118,6 +118,7 @@ TEST_F(RelatedFiles, AnswerPlainFilesLikeADirectory) {
   owner = OwnerOf("/no-such-file");
   EXPECT_EQ(owner.key, "/no-such-file");
   EXPECT_EQ(owner.folder, "/");
+  EXPECT_EQ(OwnerOf("/no-such-folder/a/b").folder, "/no-such-folder/a");
 }
 
 TEST_F(RelatedFiles, SearchFourParentsWithoutListingPlainFolders) {
@@ -126,7 +127,11 @@ TEST_F(RelatedFiles, SearchFourParentsWithoutListingPlainFolders) {
   const std::string near = tree.File("top/a/b/c/near.bin");
   const std::string far = tree.File("top/a/b/c/d/far.bin");
   int listings = 0;
-  answers->score = [&](const std::string& path) { return path == root ? 31 : 0; };
+  // Below the 30 of a plain folder, at a distance that is searched.
+  const std::string weak = tree.Path("top/a");
+  answers->score = [&](const std::string& path) {
+    return path == root ? 31 : path == weak ? 29 : 0;
+  };
   answers->listing = [&](ProviderRequest*) {
     ++listings;
     return ContentMap{{"near", {{kPathField, any_regular_t(near)}}},
