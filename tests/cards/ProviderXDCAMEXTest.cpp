@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "SorvikProvider/frame/ProviderRequest.h"
+#include "providers/cards/MediaPro.h"
 #include "providers/cards/ProviderXDCAMEX.h"
 #include "providers/cards/TakeFiles.h"
 #include "support/Cards.h"
@@ -246,6 +247,15 @@ TEST(ProviderXDCAMEX, KeepsClipsWithDuplicateUmidsOrUnusualNames) {
       testing::IsSupersetOf({"same/BPAV/CLPR/A_01/A_01M01.XML", "same/BPAV/CLPR/A_02/A_02.MP4",
                              "same/BPAV/CLPR/A_02/A_02M01.XML"}));
   EXPECT_THAT(PathsOf(tree, "same", "A_02"), Contains("same/BPAV/CLPR/A_02/A_02M01.XML"));
+
+  // An empty UMID never matches.
+  const std::string list =
+      tree.File("none/BPAV/MEDIAPRO.XML",
+                MediaProXml(XmlElement("Material", "uri=\"./TAKR/T/T.SMI\"",
+                                       XmlElement("Component", "umid=\"\"") +
+                                           XmlElement("Component", "umid=\"AA\""))));
+  EXPECT_EQ(xdcamex::MediaProCard::Of(list)->TakesWith(""), nullptr);
+  EXPECT_NE(xdcamex::MediaProCard::Of(list)->TakesWith("aa"), nullptr);
 
   // A copy of a clip XML, listed in front of it.
   MakeXDCAMEXCard(tree, "copy", {{.name = "B_01"}, {.name = "B_02"}},

@@ -113,6 +113,7 @@ TEST(DVReader, CompletesADamagedFirstFrameFromTheNext) {
   const auto result = ReadWith(kDVReader, file.str());
   EXPECT_EQ(result.reads, 1);
   EXPECT_EQ(result.Get(kNsDM, "shotDate"), "2024-07-08T19:55:58");
+  EXPECT_EQ(result.Get(kNsDM, "videoPixelAspectRatio"), "10/11");
   EXPECT_EQ(result.Field("startTimecode", kNsDM, "timeValue"), "")
       << "must be that of the first frame";
   const auto named = ReadWith(kDVReader, MakeFrame(false, none).str(),

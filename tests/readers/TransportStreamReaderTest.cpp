@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <string>
 #include <utility>
 
 #include "foundation/ByteReader.h"
@@ -55,7 +57,7 @@ class StreamMaker {
       at += part;
     } while (at < payload.size());
   }
-  void AddProgram(std::uint32_t registration, const Bytes& streams) {
+  void AddProgram(std::uint32_t registration, const Bytes& streams, std::uint32_t checksum = 0) {
     Bytes association;
     association.U8(0);                                                        // pointer
     association.U8(0).U16(0xB000 | 17).U16(1).U8(0xC1).U8(0).U8(0);           // table 0
@@ -68,7 +70,7 @@ class StreamMaker {
     } else {
       map.U16(0xF000 | 6).U8(5).U8(4).U32(registration);
     }
-    map.Add(streams).U32(0);
+    map.Add(streams).U32(checksum);
     Add(0x100, Bytes().U8(0).U8(2).U16(0xB000 | map.size()).Add(map));
   }
   const std::string& str() const { return bytes_.str(); }
@@ -173,6 +175,56 @@ TEST(TransportStreamReader, ReadsAnAvchdStream) {
             "videoFrameSize=1920x1080 pixel\n"
             "startTimecode=20:34:31:12 25Timecode\n"
             "duration=36 @ 1/25\n");
+}
+
+TEST(TransportStreamReader, ReadsSectionsUpToTheirChecksum) {
+  StreamMaker stream;
+  // The start of a table whose end is missing is dropped when the next one starts.
+  stream.Add(0, Bytes().U8(0).U8(0).U16(0xB000 | 1000).U16(1));
+  // A checksum that looks like a video stream.
+  Bytes audio;
+  audio.U8(0x81).U16(0xF100).U16(0xF006).Hex("8104 04300400");
+  stream.AddProgram(0x48444D56, audio, 0x1BF01100);
+  stream.Add(0x1FFF, Bytes().Fill(1000));
+  const auto result = ReadWith(kTransportStreamReader, stream.str());
+  EXPECT_EQ(result.Get(kNsDM, "audioCompressor"), "AC3");
+  EXPECT_EQ(result.Get(kNsDM, "videoCompressor"), "");
+}
+
+// A sequence parameter set of the baseline profile. Sizes are in blocks of 16 pixels.
+Bytes BaselineSPS(unsigned columns, unsigned rows, unsigned cropBottom) {
+  std::string bits;
+  const auto add = [&bits](unsigned value) {  // Exp-Golomb code
+    const auto length = static_cast<int>(std::bit_width(value + 1));
+    bits.append(static_cast<std::size_t>(length - 1), '0');
+    for (int i = length - 1; i >= 0; --i) bits += (value + 1) >> i & 1 ? '1' : '0';
+  };
+  for (const unsigned value : {0u, 0u, 2u, 1u}) add(value);  // id, frame numbers, order, references
+  bits += "0";                                               // no gaps
+  add(columns - 1);
+  add(rows - 1);
+  bits += "111";  // frames only, inference, cropping
+  for (const unsigned value : {0u, 0u, 0u, cropBottom}) add(value);
+  bits += "01";  // no VUI, stop bit
+  bits.resize((bits.size() + 7) / 8 * 8, '0');
+  Bytes b;
+  b.U8(66).U8(0).U8(40);  // profile, constraints, level
+  for (std::size_t i = 0; i < bits.size(); i += 8) {
+    b.U8(static_cast<unsigned>(std::stoul(bits.substr(i, 8), nullptr, 2)));
+  }
+  return Bytes().Hex("00000001 67").Add(Escaped(b));
+}
+
+TEST(AVCVideo, ReadsTheSizeOfTheBaselineProfile) {
+  const auto read = [](unsigned columns, unsigned rows, unsigned cropBottom) {
+    const std::string stream = BaselineSPS(columns, rows, cropBottom).Hex("00000001 65").str();
+    const auto facts = ReadAVC(Sorvik::foundation::ReaderOf(stream));
+    return std::pair(facts.width, facts.height);
+  };
+  EXPECT_EQ(read(120, 68, 4), std::pair(1920u, 1080u));
+  EXPECT_EQ(read(4096, 4096, 0), std::pair(65536u, 65536u));
+  EXPECT_EQ(read(4097, 68, 4), std::pair(0u, 0u));
+  EXPECT_EQ(read(120, 4097, 4), std::pair(0u, 0u));
 }
 
 // ITU-T H.264, table D-1.

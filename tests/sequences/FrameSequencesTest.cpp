@@ -86,6 +86,9 @@ TEST(FrameSequences, UseTheFirstFrameInCodeUnitOrderAsKey) {
             (Names{".A_0.ari", "A_10.ari", "A_11.ARI", "A_9.ari"}));
   EXPECT_EQ(ExtraPathsOf(arri.GetContent(tree.Root(), {kNameField}, nullptr).begin()->second, ""),
             Names{"<none>"});
+  std::vector<UTF16String> paths{u"of another folder"}, names;
+  arri.GetSequence(Hestra::MakeString(tree.Root()), paths, names);
+  EXPECT_EQ(paths.size(), 1u);
 }
 
 TEST(FrameSequences, UseTheFolderNameForASingleEntry) {

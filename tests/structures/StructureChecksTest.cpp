@@ -93,7 +93,9 @@ TEST(StructureChecks, ReportMissingSpansOfCanonXF) {
                        "AA000102: span CONTENTS/CLIPS001/AA0001/AA000103.MXF",
                        "AB000201: clip information CONTENTS/CLIPS001/AB0002/AB0002.CIF",
                        ": span CONTENTS/CLIPS001/AC0003/AC000301.MXF"};
-  EXPECT_EQ(Missing(ProviderCanonXF().CheckStructure(tree.Root()), tree.Root()), expected);
+  const StructureFindings found = ProviderCanonXF().CheckStructure(tree.Root());
+  EXPECT_EQ(Missing(found, tree.Root()), expected);
+  EXPECT_EQ(found.structureFiles, Lines{tree.Path(root + "INDEX.MIF")});
   ProviderHost::Initialize();
   const char* id = "com.halvane.Merisk.ProviderCanonXF";
   EXPECT_EQ(Missing(CheckStructure(tree.Root(), id), tree.Root()), expected);
