@@ -169,7 +169,7 @@ TEST(Conduct, SecondControlCEndsImmediately) {
   RunningSorvik blocked({"meta", "--packet"});
   ASSERT_TRUE(blocked.WaitUntilReading());
   blocked.Signal(SIGINT);
-  EXPECT_EQ(blocked.WaitFor(std::chrono::milliseconds(200)), -1) << "waits for the worker";
+  ASSERT_EQ(blocked.WaitFor(std::chrono::milliseconds(200)), -1) << "waits for the worker";
   blocked.Signal(SIGINT);
   EXPECT_EQ(blocked.WaitFor(std::chrono::milliseconds(500)), 130);
 }

@@ -137,7 +137,10 @@ bool RunningSorvik::WaitUntilReading() const {
   return errno == EAGAIN && poll(&writable, 1, 10'000) == 1;
 }
 
-void RunningSorvik::Signal(int number) const { kill(process_, number); }
+void RunningSorvik::Signal(int number) const {
+  // kill(-1, ...) would signal every process of the machine.
+  if (process_ > 0) kill(process_, number);
+}
 
 int RunningSorvik::WaitFor(std::chrono::milliseconds time) {
   const int descriptor = static_cast<int>(syscall(SYS_pidfd_open, process_, 0));

@@ -45,8 +45,13 @@ TestShare::TestShare(const std::string& folder, const std::string& mountPoint,
 
 TestShare::~TestShare() { End(); }
 
-void TestShare::Stop() { kill(server_, SIGSTOP); }
-void TestShare::Continue() { kill(server_, SIGCONT); }
+void TestShare::Stop() {
+  if (server_ > 0) kill(server_, SIGSTOP);
+}
+
+void TestShare::Continue() {
+  if (server_ > 0) kill(server_, SIGCONT);
+}
 
 void TestShare::End() {
   if (server_ <= 0) return;
