@@ -166,12 +166,17 @@ TEST(Conduct, ControlCEndsABlockedReaderInTime) {
 }
 
 TEST(Conduct, SecondControlCEndsImmediately) {
-  RunningSorvik blocked({"meta", "--packet"});
-  ASSERT_TRUE(blocked.WaitUntilReading());
-  blocked.Signal(SIGINT);
-  ASSERT_EQ(blocked.WaitFor(std::chrono::milliseconds(200)), -1) << "waits for the worker";
-  blocked.Signal(SIGINT);
-  EXPECT_EQ(blocked.WaitFor(std::chrono::milliseconds(500)), 130);
+  // A reader that notices the first signal between two reads ends the program: then try again.
+  for (int attempt = 0; attempt < 20; ++attempt) {
+    RunningSorvik blocked({"meta", "--packet"});
+    ASSERT_TRUE(blocked.WaitUntilReading());
+    blocked.Signal(SIGINT);
+    if (blocked.WaitFor(std::chrono::milliseconds(200)) == 130) continue;
+    blocked.Signal(SIGINT);
+    EXPECT_EQ(blocked.WaitFor(std::chrono::milliseconds(500)), 130);
+    return;
+  }
+  FAIL() << "no reader stayed blocked after the first signal";
 }
 
 TEST(Conduct, FullDiskIsAnError) {
