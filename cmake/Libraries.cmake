@@ -13,6 +13,7 @@ pkg_check_modules(GDK_PIXBUF REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
 pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
 pkg_check_modules(MOUNT REQUIRED IMPORTED_TARGET mount)
 pkg_check_modules(UDEV REQUIRED IMPORTED_TARGET libudev)
+pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
 
 # Public signatures use boost::shared_ptr.
 set(SORVIK_PUBLIC_LIBRARIES Boost::boost)

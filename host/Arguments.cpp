@@ -29,16 +29,16 @@ constexpr CommandRow kCommands[] = {
     {"who", "PATH", 1, 1, "--json", "list the providers that support PATH, best first"},
     {"entry", "PATH KEY", 2, 2, "--json --provider --fields --all",
      "show one entry with its fields"},
-    {"files", "PATH [KEY]", 1, 2, "--json --provider -0",
-     "list the files that belong to the clips, one path per line"},
+    {"files", "PATH [KEY]", 1, 2, "--json --provider -0 --dirs --all-cards --relative",
+     "list the files of a card or of one clip, one path per line"},
     {"places", "PATH", 1, 1, "--json --provider", "list the entries that can be browsed further"},
     {"owner", "FILE", 1, 1, "--json --clips-only", "show the entry that a file belongs to"},
-    {"thumb", "PATH KEY | --folder", 0, 2, "--json --provider --size --folder -o",
+    {"thumb", "PATH KEY | --folder", 0, 2, "--json --provider --size --folder --force -o",
      "write the thumbnail of an entry, or the folder picture, as PNG"},
-    {"sheet", "PATH", 1, 1, "--json --provider --fields --all --size -o",
+    {"sheet", "PATH", 1, 1, "--json --provider --fields --all --size --force -o",
      "write a contact sheet as one HTML file"},
-    {"check", "PATH", 1, 1, "--json --provider",
-     "check whether a card is complete; list missing and orphaned files"},
+    {"check", "PATH", 1, 1, "--json --provider --files --quick --against --hash",
+     "check whether a card is complete; report missing and damaged files"},
     {"cards", "PATH...", 1, kAnyCount, "--json -0",
      "find the cards at, around and below each path, one path per line"},
     {"providers", "", 0, 0, "--json", "list the registered providers with their fields"},
@@ -62,6 +62,14 @@ constexpr OptionRow kOptions[] = {
     {"--clips-only", "", "search the main file of each clip only, not its extra files"},
     {"--folder", "", "the picture for a folder"},
     {"--packet", "", "read an XMP packet from standard input"},
+    {"--files", "", "list all files with their roles, too"},
+    {"--quick", "", "check names and sizes only, without opening media files"},
+    {"--against", "COPY", "compare the files of the card with a copy of it"},
+    {"--hash", "", "with --against: compare contents, too"},
+    {"--dirs", "", "list the empty folders that the card needs, too"},
+    {"--all-cards", "", "list parts of the clips on other cards, too"},
+    {"--relative", "", "print paths relative to PATH, for rsync --files-from"},
+    {"--force", "", "allow -o to replace a file of a card"},
     {"-o", "FILE", "output file; - for standard output"},
     {"--core", "", "without the providers of newer cards; accepted by all commands"},
     {"-0", "", "end each path with a NUL byte, for xargs -0"},
@@ -126,6 +134,14 @@ void Apply(Options& options, std::string_view name, const std::string& value) {
   if (name == "--clips-only") options.clipsOnly = true;
   if (name == "--folder") options.folder = true;
   if (name == "--packet") options.packet = true;
+  if (name == "--files") options.files = true;
+  if (name == "--quick") options.quick = true;
+  if (name == "--hash") options.hash = true;
+  if (name == "--dirs") options.dirs = true;
+  if (name == "--all-cards") options.allCards = true;
+  if (name == "--relative") options.relative = true;
+  if (name == "--force") options.force = true;
+  if (name == "--against") options.against = value;
   if (name == "--thumbs") options.thumbs = ParseProtocol(value.empty() ? "auto" : value);
   if (name == "--fields") options.fields = SplitFields(value);
   if (name == "--provider") options.provider = value;
@@ -218,6 +234,7 @@ class Parser {
       FailUsage(name + ": missing option -o FILE");
     if (options_.output == "-" && options_.json)
       FailUsage("-o - and --json both write to standard output");
+    if (options_.hash && options_.against.empty()) FailUsage("--hash needs --against COPY");
     if (options_.all && options_.fields) FailUsage("--fields and --all are mutually exclusive");
   }
 

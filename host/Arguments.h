@@ -21,10 +21,18 @@ struct Options {
   bool folder = false;
   bool packet = false;
   bool nearby = false;  // no command was given: list the cards near the path
+  bool files = false;
+  bool quick = false;
+  bool hash = false;
+  bool dirs = false;
+  bool allCards = false;
+  bool relative = false;
+  bool force = false;
   PictureProtocol thumbs = PictureProtocol::kNone;
   std::optional<std::vector<std::string>> fields;  // in the order of the command line
   std::string provider;
   std::string output;
+  std::string against;
   int width = 80;
   int height = 60;
 };

@@ -2,114 +2,170 @@
 #include "CardReport.h"
 
 #include <algorithm>
-#include <map>
-#include <set>
+#include <cstdlib>
 
 #include "Paths.h"
-#include "SorvikProvider/foundation/UTF16String.h"
-#include "Values.h"
+#include "Text.h"
 
 namespace host {
 namespace {
 
-using Sorvik::ContentMap;
-using Sorvik::StructureFindings;
-using Sorvik::StructurePart;
-using Sorvik::UTF16String;
+using Sorvik::CardFile;
+using Sorvik::CardFindings;
+using Sorvik::Finding;
 
-// Maps a path to the keys of the clips that list it. Listing a folder doesn't make a clip the owner
-// of the files in it: such folders are often shared by all clips.
-using Owners = std::map<std::string, std::vector<std::string>>;
+using Severity = Finding::Severity;
 
-UTF16String Folded(const std::string& path) {
-  return tarnwick::utility::FoldCase(tarnwick::utility::UTF8to16(path));
+std::string Counted(std::size_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-// Paths as the library spells them. Cards often use case-insensitive file systems, on which the
-// spelling on disk can differ from the one that a provider used.
-class KnownPaths {
- public:
-  void Add(const std::string& path) { spellings_.emplace(Folded(path), path); }
+std::size_t CountOf(const CardFindings& result, Severity severity) {
+  return static_cast<std::size_t>(
+      std::ranges::count(result.findings, severity, &Finding::severity));
+}
 
-  // Returns the known spelling of the file at `path`, or `path` itself if there is none.
-  std::string SpellingOf(const std::string& path) const {
-    const auto [begin, end] = spellings_.equal_range(Folded(path));
-    std::string other = path;
-    for (auto known = begin; known != end; ++known) {
-      if (known->second == path) return path;
-      if (IsSameFile(known->second, path)) other = known->second;
-    }
-    return other;
+// Colours follow the usual ones of compilers. NO_COLOR turns them off.
+std::string Coloured(const Output& output, std::string_view text, const char* code) {
+  const char* off = std::getenv("NO_COLOR");
+  if (!output.IsTerminal() || (off != nullptr && *off != '\0')) return std::string(text);
+  return "\x1b[" + std::string(code) + "m" + std::string(text) + "\x1b[0m";
+}
+
+const char* ColourOf(Severity severity) {
+  if (severity == Severity::kError) return "1;31";
+  return severity == Severity::kWarning ? "1;35" : "1;36";
+}
+
+std::string JoinedKeys(const std::vector<std::string>& keys) {
+  constexpr std::size_t kMaxShownKeys = 3;
+  std::string text;
+  for (std::size_t i = 0; i < std::min(keys.size(), kMaxShownKeys); ++i) {
+    text += (i == 0 ? "" : ", ") + FileName(keys[i]);
   }
-
- private:
-  std::multimap<UTF16String, std::string> spellings_;
-};
-
-Owners ListedPaths(const ContentMap& entries) {
-  Owners owners;
-  for (const auto& [key, fields] : entries) {
-    for (const std::string& path : EntryPaths(fields)) owners[path].push_back(key);
+  if (keys.size() > kMaxShownKeys) {
+    text += " and " + std::to_string(keys.size() - kMaxShownKeys) + " more";
   }
-  return owners;
+  return text;
 }
 
-std::vector<std::string> OwnersOf(const std::string& file, const Owners& listed) {
-  const auto found = listed.find(file);
-  return found == listed.end() ? std::vector<std::string>() : found->second;
+// "error: missing sound channel: CONTENTS/AUDIO/0001AB01.MXF (0001AB; 0 bytes)"
+void WriteFinding(Output& output, const CardReport& report, const Finding& finding) {
+  std::string text =
+      Coloured(output, std::string(NameOf(finding.severity)) + ":", ColourOf(finding.severity));
+  text += " " + std::string(NameOf(finding.kind)) + " " + finding.role + ": " +
+          output.Shown(RelativePath(finding.path, report.path));
+  std::string more = JoinedKeys(finding.entryKeys);
+  if (!finding.detail.empty()) more += (more.empty() ? "" : "; ") + finding.detail;
+  if (!more.empty()) text += " (" + output.Shown(more) + ")";
+  output.Write(text + "\n");
 }
 
-std::set<std::string> PathsOf(const std::vector<StructurePart>& parts) {
-  std::set<std::string> paths;
-  for (const StructurePart& part : parts) paths.insert(part.path);
-  return paths;
+void WriteFileLine(Output& output, const CardReport& report, const CardFile& file) {
+  std::string line = std::string(NameOf(file.role));
+  line.resize(std::max<std::size_t>(line.size(), 10), ' ');
+  line += output.Shown(RelativePath(file.path, report.path));
+  if (!file.owners.empty()) line += "  (" + output.Shown(JoinedKeys(file.owners)) + ")";
+  output.Write(line + "\n");
 }
 
-// The parts that the library reports as missing, and paths that clips list but that don't exist.
-std::vector<StructurePart> MissingParts(const Owners& listed, const StructureFindings& findings) {
-  std::vector<StructurePart> missing = findings.missing;
-  std::set<std::string> known = PathsOf(missing);
-  known.insert(findings.structureFiles.begin(), findings.structureFiles.end());
-  for (const auto& [path, keys] : listed) {
-    if (known.contains(path) || Exists(path)) continue;
-    for (const std::string& key : keys) missing.push_back({key, "file", path});
+std::size_t CountFilesOfCard(const CardFindings& result) {
+  return static_cast<std::size_t>(std::ranges::count(result.files, true, &CardFile::isPartOfCopy));
+}
+
+std::string DepthText(const CardReport& report) {
+  if (report.hashed) return ", contents compared";
+  if (report.result.depth == Sorvik::CheckDepth::kNames) return ", names and sizes only";
+  return {};
+}
+
+void WriteSummary(Output& output, const CardReport& report) {
+  const CardFindings& result = report.result;
+  const std::size_t errors = CountOf(result, Severity::kError);
+  const std::size_t warnings = CountOf(result, Severity::kWarning);
+  std::string text = result.complete ? Coloured(output, "complete", "1;32")
+                                     : Coloured(output, "INCOMPLETE", "1;31");
+  text += ": " + Counted(result.clips, "clip", "clips") + ", " +
+          Counted(CountFilesOfCard(result), "file", "files") + ", " + SizeText(result.bytes);
+  if (errors != 0) text += ", " + Counted(errors, "error", "errors");
+  if (warnings != 0) text += ", " + Counted(warnings, "warning", "warnings");
+  output.Write(text + DepthText(report) + "\n");
+}
+
+void WriteFindingJson(JsonWriter& json, const Finding& finding) {
+  json.BeginObject();
+  json.Key("kind");
+  json.String(NameOf(finding.kind));
+  json.Key("severity");
+  json.String(NameOf(finding.severity));
+  json.Key("role");
+  json.String(finding.role);
+  json.Key("path");
+  json.String(finding.path);
+  json.Key("entries");
+  json.Strings(finding.entryKeys);
+  json.Key("detail");
+  json.String(finding.detail);
+  json.EndObject();
+}
+
+void WriteFilesJson(JsonWriter& json, const std::vector<CardFile>& files) {
+  json.Key("files");
+  json.BeginArray();
+  for (const CardFile& file : files) {
+    json.BeginObject();
+    json.Key("path");
+    json.String(file.path);
+    json.Key("role");
+    json.String(NameOf(file.role));
+    json.Key("owners");
+    json.Strings(file.owners);
+    json.EndObject();
   }
-  return missing;
+  json.EndArray();
+}
+
+std::string_view DepthName(const CardReport& report) {
+  if (report.hashed) return "hash";
+  return report.result.depth == Sorvik::CheckDepth::kNames ? "names" : "structure";
 }
 
 }  // namespace
 
-bool CardReport::IsComplete() const {
-  return missing.empty() && std::none_of(files.begin(), files.end(), [](const CardFile& file) {
-           return file.role == FileRole::kOrphaned;
-         });
+void WriteReportText(Output& output, const CardReport& report, bool withFiles) {
+  for (const Finding& finding : report.result.findings) WriteFinding(output, report, finding);
+  if (withFiles) {
+    for (const CardFile& file : report.result.files) WriteFileLine(output, report, file);
+  }
+  WriteSummary(output, report);
 }
 
-CardReport MakeCardReport(const std::string& root, const ContentMap& entries,
-                          const StructureFindings& findings, const std::atomic<bool>& stop) {
-  const Owners listed = ListedPaths(entries);
-  const std::set<std::string> orphaned = PathsOf(findings.unreached);
-  const std::set<std::string> structure(findings.structureFiles.begin(),
-                                        findings.structureFiles.end());
-  KnownPaths known;
-  for (const auto& [path, keys] : listed) known.Add(path);
-  for (const std::string& path : orphaned) known.Add(path);
-  for (const std::string& path : structure) known.Add(path);
-  CardReport report;
-  report.missing = MissingParts(listed, findings);
-  WalkFiles(root, stop, [&](const std::string& path) {
-    const std::string spelling = known.SpellingOf(path);
-    CardFile file{path, FileRole::kUnrelated, OwnersOf(spelling, listed)};
-    if (!file.owners.empty()) {
-      file.role = FileRole::kClip;
-    } else if (orphaned.contains(spelling)) {
-      file.role = FileRole::kOrphaned;
-    } else if (structure.contains(spelling)) {
-      file.role = FileRole::kStructure;
-    }
-    report.files.push_back(std::move(file));
-  });
-  return report;
+void WriteReportJson(JsonWriter& json, const CardReport& report, bool withFiles) {
+  json.BeginObject();
+  json.Key("path");
+  json.String(report.path);
+  json.Key("provider");
+  json.String(report.provider);
+  json.Key("complete");
+  json.Boolean(report.result.complete);
+  json.Key("depth");
+  json.String(DepthName(report));
+  json.Key("against");
+  if (report.against.empty()) {
+    json.Null();
+  } else {
+    json.String(report.against);
+  }
+  json.Key("clips");
+  json.Number(static_cast<unsigned long long>(report.result.clips));
+  json.Key("bytes");
+  json.Number(static_cast<unsigned long long>(report.result.bytes));
+  json.Key("findings");
+  json.BeginArray();
+  for (const Finding& finding : report.result.findings) WriteFindingJson(json, finding);
+  json.EndArray();
+  if (withFiles) WriteFilesJson(json, report.result.files);
+  json.EndObject();
 }
 
 }  // namespace host

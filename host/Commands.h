@@ -53,6 +53,10 @@ const Sorvik::ProviderWrapper& ProviderOf(const Sorvik::FoundCard& card);
 const Sorvik::ProviderWrapper& ChooseProvider(Context& context, const std::string& path);
 bool IsNamed(const std::string& identification, const std::string& name);
 
+// Throws Failure if `path` exists and belongs to a camera card, unless --force is given. For files
+// that a command is about to write.
+void RefuseFileOfCard(Context& context, const std::string& path);
+
 // Returns the fields to request, in display order: those of --fields, all, or `usual`.
 Sorvik::FieldNameList ChosenFields(const Options& options, const Sorvik::ProviderWrapper& provider,
                                    const Sorvik::FieldNameList& usual);

@@ -86,6 +86,11 @@ std::string FileName(std::string_view path) {
   return std::string(path.substr(slash + 1));
 }
 
+std::string RelativePath(const std::string& path, const std::string& folder) {
+  const std::string prefix = folder == "/" ? folder : folder + "/";
+  return path.starts_with(prefix) ? path.substr(prefix.size()) : path;
+}
+
 bool IsRegularFile(const std::string& path) {
   std::error_code ignored;
   return fs::is_regular_file(path, ignored);

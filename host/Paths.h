@@ -17,6 +17,9 @@ std::string ResolvePath(std::string_view argument);
 // Returns the text after the last slash, or all of `path` if that is empty or there is no slash.
 std::string FileName(std::string_view path);
 
+// Returns `path` relative to `folder`, or unchanged if it isn't below it.
+std::string RelativePath(const std::string& path, const std::string& folder);
+
 // These follow links.
 bool IsRegularFile(const std::string& path);
 bool IsFolder(const std::string& path);

@@ -92,6 +92,14 @@ Sorvik::ContentMap Session::Content(const ProviderWrapper& provider, const std::
                    }).content);
 }
 
+Sorvik::CardFindings Session::Check(const std::string& path, const std::string& identification,
+                                    Sorvik::CheckDepth depth) {
+  progress_.Begin("checking");
+  return std::move(Await<Sorvik::CardCheckMessage>([&](const ImmutableString& station) {
+                     return Sorvik::RequestCardCheck(path, identification, depth, station);
+                   }).findings);
+}
+
 Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,
                                                  const std::string& provider) {
   progress_.Begin("listing");

@@ -16,6 +16,7 @@
 #include "Interrupts.h"
 #include "Picture.h"
 #include "Progress.h"
+#include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/cardtools/CardFinder.h"
 #include "SorvikProvider/foundation/ImmutableString.h"
 #include "SorvikProvider/foundation/Messaging.h"
@@ -40,6 +41,9 @@ class Session {
   // Returns the entries of `path`.
   Sorvik::ContentMap Content(const Sorvik::ProviderWrapper& provider, const std::string& path,
                              const Sorvik::FieldNameSet& fields);
+  // Checks the structure at `path` as that provider understands it.
+  Sorvik::CardFindings Check(const std::string& path, const std::string& identification,
+                             Sorvik::CheckDepth depth);
   // Returns the entries that can be browsed further. The message's provider is null if none claims
   // `path`.
   Sorvik::GetDefaultContentMessage Places(const std::string& path, const std::string& provider);

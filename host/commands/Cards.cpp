@@ -74,14 +74,6 @@ std::vector<FoundCard> NearbyCards(Context& context, const std::string& path) {
   return cards;
 }
 
-std::vector<FoundCard> CardsFor(Context& context, const std::string& path) {
-  const ProviderWrapper& provider = ChooseProvider(context, path);
-  const bool isCard = !provider.ShouldCheckFilter() && provider.IsFileBased();
-  if (!isCard && context.options.provider.empty()) return NearbyCards(context, path);
-  if (!isCard) return {};
-  return {{path, provider.GetIdentification(), 0}};
-}
-
 int RunCards(Context& context) {
   CardList list(context);
   int code = kDone;

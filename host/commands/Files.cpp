@@ -6,17 +6,21 @@
 #include "Failure.h"
 #include "Json.h"
 #include "Paths.h"
+#include "SorvikProvider/cardtools/CardCheck.h"
 #include "Values.h"
 
 namespace host {
 namespace {
 
+using Sorvik::CardFile;
+using Sorvik::CardFindings;
 using Sorvik::ContentMap;
+using Sorvik::Finding;
 
 const Sorvik::FieldNameList kPathFields = {Sorvik::kPathField, Sorvik::kExtraPathField,
                                            Sorvik::kProxyPathField};
 
-// The files to copy without duplicates, in the order of the entries.
+// Paths without duplicates, in the order in which they are added.
 class FileList {
  public:
   void Add(const std::string& path) {
@@ -24,14 +28,8 @@ class FileList {
   }
   void AddEntry(const Sorvik::FieldValueMap& entry) {
     for (const std::string& path : EntryPaths(entry)) {
-      // Clips of a card share most of their paths; each is examined once.
+      // Clips of a folder share most of their paths; each is examined once.
       if (examined_.insert(path).second && IsRegularFile(path)) Add(path);
-    }
-  }
-  void AddFolders(const Sorvik::FieldValueMap& entry, const std::atomic<bool>& stop) {
-    for (const std::string& path : FieldTexts(entry, Sorvik::kExtraPathField)) {
-      if (!folders_.insert(path).second || !IsFolder(path)) continue;
-      WalkFiles(path, stop, [this](const std::string& file) { Add(file); });
     }
   }
   std::vector<std::string> Take() { return std::move(files_); }
@@ -39,25 +37,14 @@ class FileList {
  private:
   std::set<std::string> examined_;
   std::set<std::string> seen_;
-  std::set<std::string> folders_;
   std::vector<std::string> files_;
 };
 
-// With `folders` also the files below the folders that the entries list.
-std::vector<std::string> FilesOfAllEntries(const std::vector<ContentMap>& contents, bool folders,
-                                           const std::atomic<bool>& stop) {
-  FileList list;
-  for (const ContentMap& content : contents) {
-    for (const auto& [key, entry] : content) list.AddEntry(entry);
-    for (const auto& [key, entry] : content) {
-      if (folders) list.AddFolders(entry, stop);
-    }
-  }
-  return list.Take();
-}
-
-void WriteFiles(Context& context, const std::vector<std::string>& files) {
+void WriteFiles(Context& context, const std::string& root, std::vector<std::string> files) {
   Output& output = context.output;
+  if (context.options.relative) {
+    for (std::string& file : files) file = RelativePath(file, root);
+  }
   if (context.options.json) {
     JsonWriter(output).Strings(files);
     return;
@@ -69,33 +56,62 @@ void WriteFiles(Context& context, const std::vector<std::string>& files) {
   }
 }
 
+// Adds the files of the card that a copy needs. Returns false if something can't be read, so that
+// the list may be incomplete.
+bool AddCard(Context& context, const std::string& path, const CardFindings& card, FileList& list) {
+  for (const CardFile& file : card.files) {
+    const bool isBelow = RelativePath(file.path, path) != file.path;
+    if (file.isPartOfCopy && (isBelow || context.options.allCards)) list.Add(file.path);
+  }
+  if (context.options.dirs) {
+    for (const std::string& folder : card.emptyFolders) list.Add(folder);
+  }
+  bool readable = true;
+  for (const Finding& finding : card.findings) {
+    if (finding.kind != Finding::Kind::kUnreadable) continue;
+    readable = false;
+    WriteError(finding.path + ": cannot read (" + finding.detail + ")");
+  }
+  return readable;
+}
+
+// All files of a folder that isn't a card: those of its entries.
+std::vector<std::string> FilesOfEntries(Context& context, const ContentMap& content) {
+  return context.session.OnWorker<std::vector<std::string>>([&content] {
+    FileList list;
+    for (const auto& [key, entry] : content) list.AddEntry(entry);
+    return list.Take();
+  });
+}
+
 }  // namespace
 
 int RunFiles(Context& context) {
   const std::vector<std::string>& operands = context.options.operands;
   const std::string path = ResolvePath(operands[0]);
-  const bool single = operands.size() > 1;
-  std::vector<ContentMap> contents;
-  if (single) {
+  if (operands.size() > 1) {
     const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
-    contents.push_back(
-        {{operands[1], ReadEntry(context, provider, path, operands[1], kPathFields)}});
-  } else {
-    for (const Sorvik::FoundCard& card : CardsFor(context, path)) {
-      contents.push_back(ListEntries(context, ProviderOf(card), card.path, kPathFields));
-    }
-    if (contents.empty()) {
-      contents.push_back(ListEntries(context, ChooseProvider(context, path), path, kPathFields));
-    }
+    const ContentMap content{
+        {operands[1], ReadEntry(context, provider, path, operands[1], kPathFields)}};
+    WriteFiles(context, path, FilesOfEntries(context, content));
+    return kDone;
   }
-  // Examining the files can take as long as the listing.
-  context.session.GetProgress().Begin("looking for files");
-  const auto& stop = context.session.Stopped();
-  WriteFiles(context, context.session.OnWorker<std::vector<std::string>>(
-                          [contents = std::move(contents), single, &stop] {
-                            return FilesOfAllEntries(contents, !single, stop);
-                          }));
-  return kDone;
+  const std::vector<Sorvik::FoundCard> cards = CardsFor(context, path);
+  if (cards.empty()) {
+    const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
+    WriteFiles(context, path,
+               FilesOfEntries(context, ListEntries(context, provider, path, kPathFields)));
+    return kDone;
+  }
+  FileList list;
+  bool readable = true;
+  for (const Sorvik::FoundCard& found : cards) {
+    const CardFindings card =
+        context.session.Check(found.path, found.identification, Sorvik::CheckDepth::kNames);
+    readable = AddCard(context, found.path, card, list) && readable;
+  }
+  WriteFiles(context, path, list.Take());
+  return readable ? kDone : kFailed;
 }
 
 }  // namespace host

@@ -75,6 +75,7 @@ std::vector<SheetClip> MakeClips(Context& context, const ProviderWrapper& provid
 int RunSheet(Context& context) {
   const Options& options = context.options;
   const std::string path = ResolvePath(options.operands.front());
+  RefuseFileOfCard(context, options.output);
   const ProviderWrapper& provider = ChooseProvider(context, path);
   const std::vector<SheetClip> clips = MakeClips(context, provider, path);
   if (clips.empty()) throw Failure(kFailed, path + ": no entries");

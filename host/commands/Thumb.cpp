@@ -43,6 +43,7 @@ void WriteJson(Output& output, const Options& options, const Picture& picture) {
 
 int RunThumb(Context& context) {
   const Options& options = context.options;
+  RefuseFileOfCard(context, options.output);
   Picture picture;
   if (options.folder) {
     picture = FolderPicture(context);

@@ -68,20 +68,20 @@ TEST_F(Cards, WithoutACommandShowsAllNearbyCards) {
 TEST_F(Cards, CheckAndFilesOfAPlainFolderTakeTheCardsNearby) {
   MakeXAVCCard(tree_, "x/PRIVATE/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}});
   MakeXAVCCard(tree_, "x/PRIVATE/XDROOT", XAVCLayout::kXDRoot,
-               {{.name = "C0001", .thumbnail = false}});
+               {{.name = "C0001", .essence = false}});
   tree_.File("x/PRIVATE/M4ROOT/GENERAL/LUT/a.cube", "lut");
   const std::string root = tree_.Path("x/PRIVATE/");
-  const ProgramResult check = RunSorvik({"check", "--json", tree_.Path("x")});
+  const ProgramResult check = RunSorvik({"check", "--quick", "--json", tree_.Path("x")});
   EXPECT_EQ(check.exitCode, 1);
   const auto json = nlohmann::json::parse(check.output);
   ASSERT_EQ(json.size(), 2u);
   EXPECT_EQ(json[0]["path"], root + "M4ROOT");
-  EXPECT_EQ(json[0]["missing"].size(), 0u);
-  EXPECT_EQ(json[1]["missing"][0]["path"], root + "XDROOT/Thmbnl/C0001T01.JPG");
+  EXPECT_EQ(json[0]["findings"].size(), 0u);
+  EXPECT_EQ(json[1]["findings"][0]["path"], root + "XDROOT/Clip/C0001.MXF");
   const std::string files = RunSorvik({"files", tree_.Path("x")}).output;
   for (const char* file :
        {"M4ROOT/CLIP/C0001.MP4", "M4ROOT/GENERAL/LUT/a.cube", "M4ROOT/STATUS.BIN",
-        "XDROOT/Clip/C0001.MXF", "XDROOT/Sub/C0001S03.MP4"}) {
+        "XDROOT/Clip/C0001M01.XML", "XDROOT/Sub/C0001S03.MP4"}) {
     EXPECT_THAT(files, HasSubstr(root + file + "\n"));
   }
   EXPECT_EQ(RunSorvik({"check", tree_.Path("plain")}).exitCode, 1);

@@ -116,7 +116,7 @@ TEST(FaultInjection, AffectsOnlyEntriesAndFields) {
           provider->GetContent(card.root, key, AllFieldsOf(*provider));
           bitplateDispose(provider->GetThumbnail(card.root, key, 80, 60, nullptr));
         }
-        CheckStructure(card.root, card.providerId);
+        CheckCard(card.root, card.providerId);
         failureRate = 0;
         (content == expected ? complete : damaged) += 1;
         // All listed paths are on the card, and all fields are in the field list.

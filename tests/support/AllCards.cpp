@@ -3,6 +3,7 @@
 
 #include "support/AvchdCard.h"
 #include "support/Cards.h"
+#include "support/MadeMedia.h"
 
 namespace sorvik_test {
 namespace {
@@ -17,11 +18,15 @@ std::string Packet(const std::string& title) {
          "</x:xmpmeta>";
 }
 
+std::string ContentOf(const std::string& file) {
+  return file.ends_with(".XML") ? "<clip/>" : MadeMedia(file);
+}
+
 void MakeFiles(const TempTree& tree, const std::string& root,
                const std::vector<std::string>& files) {
   for (const std::string& file : files) {
     const bool packet = file.ends_with(".xmp") || file.ends_with(".XMP");
-    tree.File(root + "/" + file, packet ? Packet(file) : "essence");
+    tree.File(root + "/" + file, packet ? Packet(file) : ContentOf(file));
   }
 }
 
@@ -31,6 +36,11 @@ void MakeP2(const TempTree& tree) {
     AddP2Clip(tree, "p2", clip);
   }
   AddP2Clip(tree, "p2", {.id = "0004BB", .userName = "Interview"});
+  for (const char* clip : {"0001AA", "0002AA", "0003AA", "0004BB"}) {
+    for (const char* channel : {"00", "01"}) {
+      tree.File("p2/CONTENTS/AUDIO/" + std::string(clip) + channel + ".MXF", MadeMedia(".MXF"));
+    }
+  }
 }
 
 void MakeAVCHD(const TempTree& tree) {
@@ -49,11 +59,11 @@ std::vector<MadeCard> MakeAllCards(const TempTree& tree) {
   MakeAVCHD(tree);
   MakeFiles(tree, "xf/CONTENTS/CLIPS001",
             {"INDEX.MIF", "AA0001/AA000101.MXF", "AA0001/AA000102.MXF", "AA0001/AA0001.CIF",
-             "AA0001/AA0001.XML", "AA0001/AA0001.XMP", "AB0002/AB000201.MXF"});
+             "AA0001/AA0001.XML", "AA0001/AA0001.XMP", "AB0002/AB000201.MXF", "AB0002/AB0002.CIF"});
   MakeFiles(tree, "hdv/VIDEO/HVR",
             {"00_0012_2014-01-31_101530.M2T", "00_0012_2014-01-31_103000.M2T",
              "00_0012_2014-01-31_101530.IDX", "00_0013_2014-01-31_104500.AVI",
-             "00_0013_2014-01-31_104500.XMP", "TRACKS.DAT"});
+             "00_0013_2014-01-31_104500.IDX", "00_0013_2014-01-31_104500.XMP", "TRACKS.DAT"});
   MakeFiles(tree, "red", {"A1.RDC/A1_001.R3D", "A1.RDC/A1_002.R3D", "A1.RDC/A1.RMD"});
   MakeFiles(tree, "arri", {"A_0001.ari", "A_0002.ari", "A_0001.ari.xmp"});
   MakeFiles(tree, "dng", {"c_0001.dng", "c_0002.dng", "c.WAV"});

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/Bytes.h"
+#include "support/MadeMedia.h"
 #include "support/TempTree.h"
 
 namespace sorvik_test {
@@ -50,8 +51,8 @@ class AvchdCard {
         bdmv_(folder.empty() ? "BDMV" : folder + "/BDMV"),
         naming_(std::move(naming)) {
     for (const char* name : {"/STREAM", "/CLIPINF", "/PLAYLIST"}) tree_.Folder(bdmv_ + name);
-    tree_.File(bdmv_ + "/" + naming_.index);
-    tree_.File(bdmv_ + "/" + naming_.movieObject);
+    tree_.File(bdmv_ + "/" + naming_.index, "INDX0100");
+    tree_.File(bdmv_ + "/" + naming_.movieObject, "MOBJ0100");
   }
 
   const std::string& Root() const { return root_; }
@@ -64,8 +65,10 @@ class AvchdCard {
   // Creates the stream and the clip information file of each clip.
   void Clips(const std::vector<std::string>& numbers) const {
     for (const std::string& number : numbers) {
-      File("STREAM/" + number + naming_.stream);
-      File("CLIPINF/" + number + naming_.clipInfo);
+      const std::string stream = MadeMedia(naming_.stream);
+      File("STREAM/" + number + naming_.stream, stream);
+      File("CLIPINF/" + number + naming_.clipInfo,
+           Bytes().Text("HDMV0100").PadTo(56).U32(stream.size() / 192).str());
     }
   }
   std::string Playlist(std::string_view number, const std::vector<PlayItemOf>& items) const {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "support/Cards.h"
 
+#include "support/MadeMedia.h"
+
 namespace sorvik_test {
 namespace {
 
@@ -70,7 +72,7 @@ void AddP2Clip(const TempTree& tree, const std::string& card, const P2Clip& clip
   tree.File(contents + "ICON/" + clip.id + ".BMP", kIcon);
   if (clip.essence.empty()) return;
   const std::string digits = clip.essence == "AUDIO" ? "00" : "";
-  tree.File(contents + clip.essence + "/" + clip.id + digits + ".MXF", "essence");
+  tree.File(contents + clip.essence + "/" + clip.id + digits + ".MXF", MadeMedia(".MXF"));
 }
 
 std::vector<P2Clip> P2Shot(const std::vector<std::string>& ids, const std::string& shotId) {
@@ -155,8 +157,8 @@ void MakeXDCAMDisc(const TempTree& tree, const std::string& card,
   std::string materials;
   for (const SonyClip& clip : clips) {
     tree.File(card + "/Clip/" + clip.name + "M01.XML", NonRealTimeMetaXml(clip));
-    tree.File(card + "/Clip/" + clip.name + ".MXF", "essence");
-    tree.File(card + "/Sub/" + clip.name + "S01.MP4", "proxy");
+    tree.File(card + "/Clip/" + clip.name + ".MXF", MadeMedia(".MXF"));
+    tree.File(card + "/Sub/" + clip.name + "S01.MP4", MadeMedia(".MP4"));
     const std::string title = clip.title.empty() ? "" : Quoted("title", clip.title);
     materials += XmlElement(
         "Material",
@@ -179,7 +181,8 @@ void MakeXDCAMProav(const TempTree& tree, const std::string& card,
     const std::string folder = card + "/PROAV/CLPR/" + clip.name + "/" + clip.name;
     tree.File(folder + "M01.XML", NonRealTimeMetaXml(clip));
     for (const char* end : {"C01.SMI", "V01.MXF", "A01.MXF", "A02.MXF", "S01.MXF", "R01.BIM"}) {
-      tree.File(folder + end, "file");
+      const bool isPlaylist = std::string_view(end).ends_with(".SMI");
+      tree.File(folder + end, isPlaylist ? "<smil/>" : MadeMedia(end));
     }
     const auto file = [&clip](std::string_view name, const char* end) {
       return XmlElement(name, Quoted("file", clip.name + end));
@@ -202,7 +205,8 @@ std::string AddEXClip(const TempTree& tree, const std::string& card, const SonyC
   const std::string uri = "./CLPR/" + clip.name + "/" + clip.name;
   const std::string place = card + "/BPAV/" + uri.substr(2);
   tree.File(place + "M01.XML", NonRealTimeMetaXml(clip));
-  for (const char* end : {".MP4", ".SMI", "R01.BIM", "I01.PPN"}) tree.File(place + end, "file");
+  for (const char* end : {".MP4", ".SMI", "R01.BIM", "I01.PPN"})
+    tree.File(place + end, MadeMedia(end));
   const std::string umid = Quoted("umid", UmidOfClip(clip));
   return XmlElement("Material", Quoted("uri", uri + ".SMI") + Quoted("type", "PD-EDL") + umid,
                     PartXml("Component", uri + ".MP4", "MP4", umid + Quoted("dur", "100")) +

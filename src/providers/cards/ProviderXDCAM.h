@@ -24,7 +24,8 @@ class ProviderXDCAM final : public ClipProvider, public CardChecker {
   // The desktop's icon for the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
-  StructureFindings CheckStructure(const std::string& path) const override;
+  void DescribeCard(const std::string& path, const ContentMap& entries,
+                    CardDescription& card) const override;
 };
 
 }  // namespace Sorvik

@@ -224,19 +224,43 @@ TakeFiles GatherTake(const std::string& mp4Path, std::size_t& recordsLeft) {
   return files;
 }
 
-std::vector<std::string> MissingParts(const std::string& mediaPro, const MediaProEntry& take) {
-  std::vector<std::string> missing = take.componentUmids;
-  const auto dropKnown = [&missing](const MediaProCard& card) {
-    std::erase_if(missing, [&card](const std::string& umid) {
-      return umid.empty() || card.WithUmid(umid) != nullptr;
-    });
-  };
-  dropKnown(*MediaProCard::Of(mediaPro));
-  if (missing.empty()) return missing;
+namespace {
+
+// Removes the parts whose essence exists on another card, and notes where the others should be.
+void DropPartsOn(const MediaProCard& card, std::vector<MissingPart>& missing) {
+  std::erase_if(missing, [&card](MissingPart& part) {
+    const auto* records = card.WithUmid(part.umid);
+    if (records == nullptr) return false;
+    const MediaProEntry& record = card.Entries()[records->front()];
+    if (record.kind != MediaProEntry::kClip || foundation::FindOnCard(record.essencePath)) {
+      return true;
+    }
+    part.path = record.essencePath;
+    return false;
+  });
+}
+
+}  // namespace
+
+std::vector<MissingPart> MissingParts(const std::string& mediaPro, const MediaProEntry& take) {
+  std::vector<MissingPart> missing;
+  const auto own = MediaProCard::Of(mediaPro);
+  for (const std::string& umid : take.componentUmids) {
+    if (!umid.empty() && own->WithUmid(umid) == nullptr) missing.push_back({umid, {}});
+  }
+  const auto playlist = ReadTakePlaylist(take.materialPath);
+  if (playlist && !playlist->complete && !playlist->sources.empty()) {
+    const std::string& last = playlist->sources.back();
+    const auto same = [&last](const MissingPart& part) {
+      return foundation::EqualIgnoringCase(part.umid, last);
+    };
+    if (std::ranges::none_of(missing, same)) missing.push_back({last, {}});
+  }
   NeighbourCards cards(mediaPro);
-  while (const auto card = cards.Next()) {
-    dropKnown(*card);
-    if (missing.empty()) break;
+  while (!missing.empty()) {
+    const auto card = cards.Next();
+    if (card == nullptr) break;
+    DropPartsOn(*card, missing);
   }
   return missing;
 }

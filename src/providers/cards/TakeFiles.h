@@ -28,9 +28,16 @@ inline constexpr std::size_t kMaxTakeRecords = formats::sony::kMaxRecords;
 // Reduces `recordsLeft` by the number of records in the take; at 0, the clip is returned alone.
 TakeFiles GatherTake(const std::string& mp4Path, std::size_t& recordsLeft);
 
-// The components of a take in the list at `mediaPro` that are neither on this card nor on one next
-// to it.
-std::vector<std::string> MissingParts(const std::string& mediaPro, const MediaProEntry& take);
+// A part of a take that is neither on this card nor on one next to it.
+struct MissingPart {
+  std::string umid;
+  std::string path;  // of its essence, if the list of another card contains the part; else empty
+};
+
+// The missing components of a take in the list at `mediaPro`. A part on another card counts only if
+// its essence exists. If the take's playlist doesn't end on this card, its last source must be on
+// another card.
+std::vector<MissingPart> MissingParts(const std::string& mediaPro, const MediaProEntry& take);
 
 // The existing paths, without `own`, in the order in which an entry reports them.
 std::vector<std::string> PathsOf(const TakeFiles& files, const std::string& own);

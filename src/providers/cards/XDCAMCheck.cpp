@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <set>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "formats/sony/MediaProfile.h"
-#include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
-#include "foundation/XmlTree.h"
-#include "providers/cards/CardChecks.h"
-#include "providers/cards/MediaPro.h"
 #include "providers/cards/ProviderXDCAM.h"
-#include "providers/cards/ProviderXDCAMEX.h"
-#include "providers/cards/TakeFiles.h"
 #include "providers/cards/XDCAMFiles.h"
 #include "providers/cards/XDCAMIndex.h"
-#include "providers/common/StructureParts.h"
+#include "providers/common/CardParts.h"
 
 namespace Sorvik {
 namespace {
@@ -21,42 +20,60 @@ namespace {
 using formats::sony::Material;
 using formats::sony::MaterialPart;
 using formats::sony::MediaProfile;
+using foundation::CardFolder;
 using foundation::ExistsOnCard;
-using foundation::FindOnCard;
 using foundation::JoinPath;
 using foundation::Lookup;
-using xdcamex::MediaProCard;
-using xdcamex::MediaProEntry;
 
-void AddMissing(StructureFindings& findings, const std::string& key, const char* kind,
-                const std::string& path) {
-  findings.missing.push_back({key, kind, path});
-}
+// The parts of a clip as an index lists them. A clip of which nothing exists is a stale entry.
+class ListedClip {
+ public:
+  explicit ListedClip(std::string key) : key_(std::move(key)) {}
 
-void Require(StructureFindings& findings, const std::string& key, const char* kind,
-             const std::string& path) {
-  if (path.empty() || ExistsOnCard(path, Lookup::kListing)) return;
-  AddMissing(findings, key, kind, path);
-}
+  void Add(const char* role, std::string path, CardPart::Content content) {
+    if (path.empty()) return;
+    anyExists_ = anyExists_ || ExistsOnCard(path, Lookup::kListing);
+    parts_.push_back(
+        {.path = std::move(path), .role = role, .entryKeys = KeyList(key_), .content = content});
+  }
+  const std::string& Key() const { return key_; }
 
-struct RecordState {
-  bool readable;
+  // `staleSeverity` is that of a stale entry.
+  void Describe(const std::string& indexPath, Finding::Severity staleSeverity,
+                CardDescription& card) const {
+    if (parts_.empty()) return;
+    if (!anyExists_) {
+      card.Report({Finding::Kind::kStale, staleSeverity, card_role::kEssence, parts_.front().path,
+                   KeyList(key_),
+                   "listed in " + std::string(foundation::FileName(indexPath)) +
+                       ", but no file of the clip exists"});
+      return;
+    }
+    for (const CardPart& part : parts_) card.Expect(part);
+  }
+
+ private:
+  std::string key_;
+  std::vector<CardPart> parts_;
+  bool anyExists_ = false;
 };
 
-// Reports a clip record that exists but can't be parsed. Each file is parsed once, even if an
-// invalid list names it many times.
-void RequireReadable(StructureFindings& findings, const std::string& key) {
-  if (!ExistsOnCard(key, Lookup::kListing)) return;
-  const auto state = foundation::CallScope::Remember<RecordState>(key, [&key] {
-    return RecordState{foundation::ReadXmlFile(key, {.bytes = kMaxClipXmlBytes}).has_value()};
-  });
-  if (!state->readable) AddMissing(findings, key, "readable clip record", key);
+void ReportUnreadableIndex(const std::string& path, const char* what, CardDescription& card) {
+  card.Report(Finding::Kind::kUnreadable, card_role::kIndex, path, {}, what);
 }
 
-const char* KindOf(const MaterialPart& part) {
-  if (part.kind == MaterialPart::Kind::kProxy) return "proxy";
-  if (part.kind == MaterialPart::Kind::kComponent) return "component";
-  return part.type == "XML" ? "clip record" : "relevant information";
+struct RoleOfPart {
+  const char* role;
+  CardPart::Content content;
+};
+
+RoleOfPart RoleOf(const MaterialPart& part) {
+  using Content = CardPart::Content;
+  if (part.kind == MaterialPart::Kind::kProxy) return {card_role::kProxy, Content::kMedia};
+  if (part.kind == MaterialPart::Kind::kComponent) return {card_role::kEssence, Content::kMedia};
+  if (part.type == "XML") return {card_role::kClipRecord, Content::kXml};
+  if (part.type == "JPG") return {card_role::kThumbnail, Content::kOpaque};
+  return {card_role::kRealTimeMeta, Content::kOpaque};
 }
 
 // The clip XML of a material is the key of its entry.
@@ -68,151 +85,170 @@ std::string KeyOf(const std::string& root, const Material& material) {
   return {};
 }
 
-void CheckDisc(const std::string& root, StructureFindings& findings) {
-  const std::string index = JoinPath(root, "MEDIAPRO.XML");
-  const auto list = MediaProfile::Of(index);
-  if (!list->IsReadable()) AddMissing(findings, {}, "readable material list", index);
-  for (const Material& material : list->Materials()) {
-    const std::string key = KeyOf(root, material);
-    RequireReadable(findings, key);
-    if (const auto essence = xdcam::PathOfUri(root, material.uri)) {
-      Require(findings, key, "essence", *essence);
+// Cards whose media isn't formatted as a disc name clips that were deleted.
+Finding::Severity StaleSeverity(const std::string& root) {
+  for (const std::string_view name : {"XDROOT", "M4ROOT"}) {
+    if (foundation::EqualIgnoringCase(foundation::FileName(root), name)) {
+      return Finding::Severity::kWarning;
     }
-    for (const MaterialPart& part : material.parts) {
-      if (const auto path = xdcam::PathOfUri(root, part.uri)) {
-        Require(findings, key, KindOf(part), *path);
-      }
-    }
+  }
+  return Finding::Severity::kError;
+}
+
+// Adds the files of a clip that no index lists. `stem` is the path of its files without their ends.
+void AddUnlistedClip(const std::string& key, const std::string& indexPath,
+                     const std::vector<std::string>& files, CardDescription& card) {
+  card.Report(Finding::Kind::kUnlisted, card_role::kClipRecord, key, {key},
+              "not listed in " + std::string(foundation::FileName(indexPath)));
+  for (const std::string& file : files) {
+    const bool isXml = foundation::HasExtension(file, ".XML");
+    card.Expect({.path = file,
+                 .role = isXml ? card_role::kClipRecord : card_role::kEssence,
+                 .entryKeys = {key},
+                 .content = isXml ? CardPart::Content::kXml : CardPart::Content::kMedia,
+                 .required = false});
   }
 }
 
-void CheckProav(const std::string& root, StructureFindings& findings) {
+void AddUnlistedDiscClips(const std::string& root, const std::string& index,
+                          const ContentMap& entries, const std::set<std::string>& listed,
+                          CardDescription& card) {
+  const auto sub = CardFolder::Of(JoinPath(root, "Sub"));
+  for (const auto& [key, fields] : entries) {
+    const std::string essence = xdcam::EssenceForClipXml(key, Lookup::kListing);
+    if (essence.empty() || listed.contains(key) || !ExistsOnCard(essence, Lookup::kListing)) {
+      continue;
+    }
+    if (xdcam::FindMaterial(root, foundation::FileName(essence)) != nullptr) continue;
+    std::vector<std::string> files{key, essence};
+    const std::string proxy = std::string(foundation::FileStem(essence)) + "S01";
+    for (const char* extension : {".MXF", ".MP4"}) {
+      if (sub->Contains(proxy + extension)) files.push_back(sub->PathOf(proxy + extension));
+    }
+    AddUnlistedClip(key, index, files, card);
+  }
+}
+
+void DescribeDisc(const std::string& root, const ContentMap& entries, CardDescription& card) {
+  const std::string index = JoinPath(root, "MEDIAPRO.XML");
+  const auto list = MediaProfile::Of(index);
+  card.Expect({.path = index, .role = card_role::kIndex});
+  if (!list->IsReadable()) ReportUnreadableIndex(index, "not a material list", card);
+  std::set<std::string> listed;
+  for (const Material& material : list->Materials()) {
+    ListedClip clip(KeyOf(root, material));
+    listed.insert(clip.Key());
+    if (const auto essence = xdcam::PathOfUri(root, material.uri)) {
+      clip.Add(card_role::kEssence, *essence, CardPart::Content::kMedia);
+    }
+    for (const MaterialPart& part : material.parts) {
+      const auto path = xdcam::PathOfUri(root, part.uri);
+      const RoleOfPart role = RoleOf(part);
+      if (path) clip.Add(role.role, *path, role.content);
+    }
+    clip.Describe(index, StaleSeverity(root), card);
+  }
+  if (list->IsReadable()) AddUnlistedDiscClips(root, index, entries, listed, card);
+}
+
+RoleOfPart RoleOf(xdcam::IndexedFile::Kind kind) {
+  using Content = CardPart::Content;
+  using Kind = xdcam::IndexedFile::Kind;
+  switch (kind) {
+    case Kind::kPlaylist:
+      return {card_role::kPlaylist, Content::kXml};
+    case Kind::kSubStream:
+      return {card_role::kProxy, Content::kMedia};
+    case Kind::kRealTimeMeta:
+      return {card_role::kRealTimeMeta, Content::kOpaque};
+    case Kind::kMeta:
+      return {card_role::kClipRecord, Content::kXml};
+    case Kind::kSound:
+      break;
+  }
+  return {card_role::kSound, Content::kMedia};
+}
+
+void DescribeProavClip(const std::string& root, const std::string& index,
+                       const xdcam::IndexedClip& indexed, CardDescription& card) {
+  const std::string clpr = JoinPath(JoinPath(root, xdcam::kProav), xdcam::kClpr);
+  const std::string folder = JoinPath(clpr, indexed.clipId);
+  if (indexed.clipId.empty() || !foundation::IsInside(folder, clpr)) return;
+  ListedClip clip(JoinPath(folder, indexed.clipId).append(xdcam::kClipXmlEnd));
+  const auto add = [&](const RoleOfPart& role, const std::string& name) {
+    const std::string path = JoinPath(folder, name);
+    if (foundation::IsInside(path, root)) clip.Add(role.role, path, role.content);
+  };
+  for (const std::string& picture : indexed.pictures) {
+    add({card_role::kEssence, CardPart::Content::kMedia}, picture);
+  }
+  for (const xdcam::IndexedFile& file : indexed.files) add(RoleOf(file.kind), file.name);
+  clip.Describe(index, Finding::Severity::kError, card);
+}
+
+void DescribeProav(const std::string& root, const ContentMap& entries, CardDescription& card) {
   const std::string proav = JoinPath(root, xdcam::kProav);
   const std::string index = JoinPath(proav, "INDEX.XML");
+  card.Expect({.path = index, .role = card_role::kIndex});
   const auto clips = xdcam::IndexedClips(index);
-  if (clips == nullptr) return AddMissing(findings, {}, "readable clip table", index);
+  if (clips == nullptr) return ReportUnreadableIndex(index, "not a clip table", card);
+  std::set<std::string> listed;
   for (const xdcam::IndexedClip& clip : *clips) {
-    const std::string folder = JoinPath(JoinPath(proav, xdcam::kClpr), clip.clipId);
-    if (clip.clipId.empty() || !foundation::IsInside(folder, root)) continue;
-    const std::string key = JoinPath(folder, clip.clipId).append(xdcam::kClipXmlEnd);
-    RequireReadable(findings, key);
-    if (clip.pictures.empty()) {
-      Require(findings, key, "essence", xdcam::EssenceForClipXml(key, Lookup::kListing));
-    }
-    for (const std::string& picture : clip.pictures) {
-      const std::string path = JoinPath(folder, picture);
-      if (foundation::IsInside(path, root)) Require(findings, key, "essence", path);
-    }
-    for (const xdcam::IndexedFile& file : clip.files) {
-      const std::string path = JoinPath(folder, file.name);
-      if (foundation::IsInside(path, root)) Require(findings, key, "clip file", path);
-    }
+    listed.insert(clip.clipId);
+    DescribeProavClip(root, index, clip, card);
+  }
+  for (const auto& [key, fields] : entries) {
+    const std::string folder(foundation::ParentFolder(key));
+    if (!key.ends_with(xdcam::kClipXmlEnd)) continue;
+    if (listed.contains(std::string(foundation::FileName(folder)))) continue;
+    const auto files = CardFolder::Of(folder);
+    std::vector<std::string> paths;
+    for (const std::string& name : files->VisibleFiles()) paths.push_back(files->PathOf(name));
+    AddUnlistedClip(key, index, paths, card);
   }
 }
 
 // Most of these are extra paths of each clip, but of none that the material list doesn't contain.
-void AddDiscFiles(const std::string& root, StructureFindings& findings) {
-  AddStructureFiles(
-      root, {"MEDIAPRO.XML", "DISCMETA.XML", "ALIAS.XML", "INDEX.XML", "SYSPRO.XML", "CUEUP.XML"},
-      findings);
+void AddDiscFiles(const std::string& root, CardDescription& card) {
+  AddIndexFiles(root, {"DISCMETA.XML", "ALIAS.XML", "INDEX.XML"}, card);
+  AddStructureFiles(root, {"MEDIAPRO.XML", "SYSPRO.XML", "CUEUP.XML"}, card);
   for (const char* folder : {"General", "Edit", "UserData", "Take"}) {
-    AddStructureFilesBelow(JoinPath(root, folder), findings);
+    AddStructureFilesBelow(JoinPath(root, folder), card);
+  }
+  for (const char* folder : {"Clip", "Sub", "Edit", "General"}) {
+    card.AddFolder(JoinPath(root, folder));
   }
 }
 
-void AddProavFiles(const std::string& root, StructureFindings& findings) {
+void AddProavFiles(const std::string& root, CardDescription& card) {
   const std::string proav = JoinPath(root, xdcam::kProav);
-  AddStructureFiles(
-      proav, {"INDEX.XML", "INDEX.BUP", "DISCINFO.XML", "DISCINFO.BUP", "DISCMETA.XML"}, findings);
-  AddStructureFilesBelow(JoinPath(root, "General"), findings);
+  AddIndexFiles(proav, {"DISCINFO.XML", "DISCMETA.XML"}, card);
+  AddStructureFiles(proav, {"INDEX.XML", "INDEX.BUP", "DISCINFO.BUP"}, card);
+  AddStructureFilesBelow(JoinPath(root, "General"), card);
   for (const char* folder : {"EDTR", "USERDATA"}) {
-    AddStructureFilesBelow(JoinPath(proav, folder), findings);
+    AddStructureFilesBelow(JoinPath(proav, folder), card);
+    card.AddFolder(JoinPath(proav, folder));
   }
-}
-
-// The folders with media in either layout.
-std::vector<std::string> MediaFolders(const std::string& root) {
-  return {JoinPath(root, xdcam::kClipFolder), JoinPath(root, "Sub"),
-          JoinPath(JoinPath(root, xdcam::kProav), xdcam::kClpr)};
-}
-
-// On XDCAM EX cards, cameras and listings compare names ignoring case.
-void RequireIgnoringCase(StructureFindings& findings, const std::string& key, const char* kind,
-                         const std::string& path) {
-  if (!FindOnCard(path)) Require(findings, key, kind, path);
-}
-
-// The clip XML, as it is spelled on disk, is the key of the entry.
-std::string KeyOf(const MediaProEntry& clip) {
-  return FindOnCard(clip.xmlPath).value_or(clip.xmlPath);
-}
-
-void CheckClipOfCard(const MediaProEntry& clip, StructureFindings& findings) {
-  const std::string key = KeyOf(clip);
-  // The playlist of a single clip isn't required: some cameras list it without writing it.
-  RequireIgnoringCase(findings, key, "essence", clip.essencePath);
-  RequireIgnoringCase(findings, key, "clip record", clip.xmlPath);
-  RequireReadable(findings, key);
-  RequireIgnoringCase(findings, key, "BIM file", clip.bimPath);
-  RequireIgnoringCase(findings, key, "PPN file", clip.ppnPath);
-}
-
-// The first clip of a take that is on this card; null if none is.
-const MediaProEntry* ClipOfTake(const MediaProCard& card, const MediaProEntry& take) {
-  for (const std::string& umid : take.componentUmids) {
-    const auto* indexes = card.WithUmid(umid);
-    if (indexes == nullptr) continue;
-    const MediaProEntry& part = card.Entries()[indexes->front()];
-    if (part.kind == MediaProEntry::kClip) return &part;
-  }
-  return nullptr;
-}
-
-void CheckTake(const MediaProCard& card, const MediaProEntry& take, StructureFindings& findings) {
-  RequireIgnoringCase(findings, {}, "take record", take.xmlPath);
-  RequireIgnoringCase(findings, {}, "take playlist", take.materialPath);
-  const MediaProEntry* clip = ClipOfTake(card, take);
-  if (clip == nullptr) return;
-  for (const std::string& umid : xdcamex::MissingParts(take.mediaProPath, take)) {
-    AddMissing(findings, KeyOf(*clip), "span", umid);
-  }
+  card.AddFolder(JoinPath(proav, xdcam::kClpr));
+  card.AddFolder(JoinPath(root, "General"));
 }
 
 }  // namespace
 
-StructureFindings ProviderXDCAM::CheckStructure(const std::string& path) const {
-  const foundation::CallScope scope;
-  StructureFindings findings;
+void ProviderXDCAM::DescribeCard(const std::string& path, const ContentMap& entries,
+                                 CardDescription& card) const {
   const std::string root(foundation::WithoutTrailingSlash(path));
   if (xdcam::HasClipFolder(root)) {
-    CheckDisc(root, findings);
-    AddDiscFiles(root, findings);
+    DescribeDisc(root, entries, card);
+    AddDiscFiles(root, card);
   } else {
-    CheckProav(root, findings);
-    AddProavFiles(root, findings);
+    DescribeProav(root, entries, card);
+    AddProavFiles(root, card);
   }
-  AddUnreachedMedia(*this, path, MediaFolders(root), findings);
-  return findings;
-}
-
-StructureFindings ProviderXDCAMEX::CheckStructure(const std::string& path) const {
-  const foundation::CallScope scope;
-  StructureFindings findings;
-  const std::string bpav = JoinPath(path, "BPAV");
-  const std::string list = JoinPath(bpav, "MEDIAPRO.XML");
-  const auto card = MediaProCard::Of(list);
-  if (!MediaProfile::Of(list)->IsReadable()) {
-    AddMissing(findings, {}, "readable material list", list);
+  for (const std::string& folder : {JoinPath(root, xdcam::kClipFolder), JoinPath(root, "Sub"),
+                                    JoinPath(JoinPath(root, xdcam::kProav), xdcam::kClpr)}) {
+    card.AddMediaFolder(folder);
   }
-  for (const MediaProEntry& entry : card->Entries()) {
-    if (entry.kind == MediaProEntry::kClip) CheckClipOfCard(entry, findings);
-    if (entry.kind == MediaProEntry::kTake) CheckTake(*card, entry, findings);
-  }
-  AddStructureFiles(bpav, {"MEDIAPRO.XML", "MEDIAPRO.BAK", "MEDIAPRO.BUP", "CUEUP.XML"}, findings);
-  // A take may consist of clips that are all on other cards.
-  AddStructureFilesBelow(JoinPath(bpav, "TAKR"), findings);
-  AddUnreachedMedia(*this, path, {JoinPath(bpav, xdcam::kClpr)}, findings);
-  return findings;
 }
 
 }  // namespace Sorvik

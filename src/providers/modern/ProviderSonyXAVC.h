@@ -26,7 +26,8 @@ class ProviderSonyXAVC final : public ClipProvider, public CardChecker {
   // The camera's picture of the clip, otherwise the desktop's icon for the essence file.
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
-  StructureFindings CheckStructure(const std::string& path) const override;
+  void DescribeCard(const std::string& path, const ContentMap& entries,
+                    CardDescription& card) const override;
 };
 
 }  // namespace Sorvik

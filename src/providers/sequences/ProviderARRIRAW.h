@@ -17,7 +17,8 @@ class ProviderARRIRAW final : public ProviderFileSequenceBase, public CardChecke
   bool IsSequenceFile(const UTF16String& name) const override;
   // The frames, then the head's sidecar "<name>.ARI.xmp".
   void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
-  StructureFindings CheckStructure(const std::string& path) const override;
+  void DescribeCard(const std::string& path, const ContentMap& entries,
+                    CardDescription& card) const override;
 };
 
 }  // namespace Sorvik

@@ -17,7 +17,8 @@ class ProviderCanonRAW final : public ProviderFileSequenceBase, public CardCheck
   bool IsSequenceFile(const UTF16String& name) const override;
   // The frames, then the sound, sidecar and clip information that exist.
   void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
-  StructureFindings CheckStructure(const std::string& path) const override;
+  void DescribeCard(const std::string& path, const ContentMap& entries,
+                    CardDescription& card) const override;
 };
 
 }  // namespace Sorvik

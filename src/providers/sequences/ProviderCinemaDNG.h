@@ -17,7 +17,8 @@ class ProviderCinemaDNG final : public ProviderFileSequenceBase, public CardChec
   bool IsSequenceFile(const UTF16String& name) const override;
   // The frames, then the sound of the clip: the head's title up to its last "_", with ".WAV".
   void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
-  StructureFindings CheckStructure(const std::string& path) const override;
+  void DescribeCard(const std::string& path, const ContentMap& entries,
+                    CardDescription& card) const override;
 };
 
 }  // namespace Sorvik

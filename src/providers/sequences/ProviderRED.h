@@ -22,7 +22,8 @@ class ProviderRED final : public ClipProvider, public CardChecker {
   int CanProvideFor(const std::string& path) const override;
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
                           ProviderRequest* request) const override;
-  StructureFindings CheckStructure(const std::string& path) const override;
+  void DescribeCard(const std::string& path, const ContentMap& entries,
+                    CardDescription& card) const override;
 
  private:
   static bool IsClipSegment(std::string_view name);

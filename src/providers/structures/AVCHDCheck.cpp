@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "formats/avchd/ClipInformation.h"
 #include "formats/avchd/Playlist.h"
-#include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
-#include "providers/common/StructureParts.h"
+#include "providers/common/CardParts.h"
 #include "providers/structures/AVCHDNames.h"
 #include "providers/structures/AVCHDUtils.h"
 #include "providers/structures/ProviderAVCHD.h"
@@ -17,79 +18,131 @@ namespace Sorvik {
 namespace {
 
 using namespace avchd;  // NOLINT(google-build-using-namespace): this file is about these names
+using foundation::CardFolder;
 using foundation::JoinPath;
 
-constexpr std::string_view kIndexExtensions[] = {".bdmv", ".bdm"};
+constexpr std::string_view kIndexExtensions[] = {".bdmv", ".BDMV", ".bdm", ".BDM"};
 
-// The findings of one card, with the clips that have been checked so far.
+// The names that this card uses, with those of cameras for what it has no file of.
+struct Naming {
+  std::string_view stream = ".MTS";
+  std::string_view clipInfo = ".CPI";
+};
+
 struct Card {
   std::string bdmv;
-  StructureFindings findings;
+  EntryOfPath owners;
+  CardDescription& description;
+  Naming naming;
   std::set<std::string> checkedClips;
 };
 
-void CheckPart(const char* kind, std::string_view subfolder, Extensions extensions,
-               std::string_view expectedName, const std::string& clip, const std::string& entryKey,
-               Card& card) {
-  if (FindPartFile(card.bdmv, subfolder, clip, extensions)) return;
-  card.findings.missing.push_back(
-      {entryKey, kind, JoinPath(JoinPath(card.bdmv, subfolder), expectedName)});
+std::string_view FirstExtension(const std::string& folder, Extensions extensions) {
+  for (const std::string& name : CardFolder::Of(folder)->VisibleFiles()) {
+    for (const std::string_view extension : extensions) {
+      if (foundation::FileExtension(name) == extension) return extension;
+    }
+  }
+  return {};
 }
 
-void CheckClip(const std::string& clip, const std::string& entryKey, Card& card) {
+Naming NamingOf(const std::string& bdmv) {
+  const std::string_view stream = FirstExtension(JoinPath(bdmv, kStream), kStreamExtensions);
+  const std::string_view clipInfo = FirstExtension(JoinPath(bdmv, kClipInfo), kClipInfoExtensions);
+  Naming naming;
+  if (!stream.empty()) naming.stream = stream;
+  if (!clipInfo.empty()) naming.clipInfo = clipInfo;
+  if (stream.empty() && clipInfo == ".clpi") naming.stream = ".m2ts";
+  if (clipInfo.empty() && stream == ".m2ts") naming.clipInfo = ".clpi";
+  return naming;
+}
+
+std::string PathOf(const Card& card, std::string_view subfolder, const std::string& clip,
+                   Extensions extensions, std::string_view usual) {
+  return FindPartFile(card.bdmv, subfolder, clip, extensions)
+      .value_or(JoinPath(JoinPath(card.bdmv, subfolder), clip + std::string(usual)));
+}
+
+// The stream and clip information of a play item. A stream that no entry contains is left to the
+// search for orphaned media: a clip's shot is searched in the playlists up to its number only.
+void ExpectClip(const std::string& clip, const std::string& shotKey, Card& card) {
   if (!card.checkedClips.insert(clip).second) return;
-  CheckPart("stream", kStream, kStreamExtensions, clip + ".MTS", clip, entryKey, card);
-  CheckPart("clip information", kClipInfo, kClipInfoExtensions, clip + ".CPI", clip, entryKey,
-            card);
+  const std::string info = PathOf(card, kClipInfo, clip, kClipInfoExtensions, card.naming.clipInfo);
+  const std::string stream = PathOf(card, kStream, clip, kStreamExtensions, card.naming.stream);
+  std::string key = card.owners.KeyOf(stream);
+  const bool orphaned =
+      key.empty() && foundation::ExistsOnCard(stream, foundation::Lookup::kListing);
+  if (key.empty()) key = shotKey;
+  card.description.Expect({.path = info,
+                           .role = card_role::kClipRecord,
+                           .entryKeys = KeyList(key),
+                           .content = CardPart::Content::kIndex});
+  if (orphaned) return;
+  card.description.Expect({.path = stream,
+                           .role = card_role::kEssence,
+                           .entryKeys = KeyList(key),
+                           .content = CardPart::Content::kMedia,
+                           .minBytes = formats::avchd::StreamBytesOf(info),
+                           .minBytesSource = std::string(foundation::FileName(info))});
 }
 
-std::string StreamName(const std::string& clip, const std::string& bdmv) {
-  const auto stream = FindPartFile(bdmv, kStream, clip, kStreamExtensions);
-  return stream ? std::string(foundation::FileName(*stream)) : clip + ".MTS";
-}
-
-void CheckPlaylist(const std::string& path, Card& card) {
-  std::string entryKey;
+void AddPlaylist(const std::string& path, Card& card) {
+  card.description.Expect(
+      {.path = path, .role = card_role::kPlaylist, .content = CardPart::Content::kIndex});
+  std::string shotKey;
   for (const auto& item : formats::avchd::LoadPlaylist(path)->items) {
     const std::string clip(item.ClipName());
     if (clip.find_first_not_of("0123456789") != clip.npos) continue;
-    if (!item.ContinuesShot() || entryKey.empty()) entryKey = StreamName(clip, card.bdmv);
-    CheckClip(clip, entryKey, card);
+    if (!item.ContinuesShot()) {
+      shotKey =
+          card.owners.KeyOf(PathOf(card, kStream, clip, kStreamExtensions, card.naming.stream));
+    }
+    ExpectClip(clip, shotKey, card);
   }
 }
 
 void AddFilesOf(const std::string& folder, Extensions extensions, Card& card) {
-  const auto listed = foundation::CardFolder::Of(folder);
+  const auto listed = CardFolder::Of(folder);
   for (const std::string_view extension : extensions) {
     for (const std::string& name : listed->Files(extension)) {
-      card.findings.structureFiles.push_back(listed->PathOf(name));
+      card.description.AddStructureFile(listed->PathOf(name));
     }
   }
 }
 
-// Adds the index files and the camera's copies of them. Most are extra paths of the clips, too.
-void AddStructureFiles(Card& card) {
+// The index files and the camera's copies of them. Most are extra paths of the clips, too.
+void AddIndexes(Card& card) {
+  const auto bdmv = CardFolder::Of(card.bdmv);
+  for (const std::string_view extension : kIndexExtensions) {
+    for (const std::string& name : bdmv->VisibleFiles()) {
+      if (foundation::FileExtension(name) != extension) continue;
+      card.description.Expect({.path = bdmv->PathOf(name),
+                               .role = card_role::kIndex,
+                               .content = CardPart::Content::kIndex});
+    }
+  }
   AddFilesOf(card.bdmv, kIndexExtensions, card);
   AddFilesOf(JoinPath(card.bdmv, kPlaylist), kPlaylistExtensions, card);
   AddFilesOf(JoinPath(card.bdmv, kClipInfo), kClipInfoExtensions, card);
   for (std::string& file : foundation::ListFilesBelow(JoinPath(card.bdmv, kBackup))) {
-    card.findings.structureFiles.push_back(std::move(file));
+    if (foundation::IsHidden(file)) continue;
+    card.description.AddStructureFile(file);
+    card.description.Expect({.path = std::move(file), .role = card_role::kJournal});
   }
 }
 
 }  // namespace
 
-StructureFindings ProviderAVCHD::CheckStructure(const std::string& path) const {
-  const foundation::CallScope scope;
-  Card card{FindBDMVFolder(path), {}, {}};
-  for (const std::string& playlist : AVCHDUtils::ListPlaylists(card.bdmv)) {
-    CheckPlaylist(playlist, card);
+void ProviderAVCHD::DescribeCard(const std::string& path, const ContentMap& entries,
+                                 CardDescription& description) const {
+  const std::string bdmv = FindBDMVFolder(path);
+  Card card{bdmv, EntryOfPath(entries, {".MTS", ".m2ts"}), description, NamingOf(bdmv), {}};
+  for (const std::string& playlist : AVCHDUtils::ListPlaylists(bdmv)) AddPlaylist(playlist, card);
+  description.AddMediaFolder(JoinPath(bdmv, kStream));
+  AddIndexes(card);
+  for (const std::string_view folder : {kStream, kClipInfo, kPlaylist, kBackup}) {
+    description.AddFolder(JoinPath(bdmv, folder));
   }
-  // A stream that a playlist contains can still belong to no entry: a clip's shot is searched in
-  // the playlists up to its number only.
-  AddUnreachedMedia(*this, path, {JoinPath(card.bdmv, kStream)}, card.findings);
-  AddStructureFiles(card);
-  return std::move(card.findings);
 }
 
 }  // namespace Sorvik

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "cardtools/CardInventory.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "foundation/Paths.h"
+#include "foundation/platform/FileSystem.h"
+
+namespace Sorvik {
+namespace {
+
+using foundation::FoldCase;
+using foundation::JoinPath;
+using platform::FileKind;
+
+constexpr std::size_t kMaxFolderDepth = 64;
+
+// Besides names that begin with a dot: what Windows leaves on a medium.
+constexpr std::string_view kDesktopNames[] = {"System Volume Information", "$RECYCLE.BIN",
+                                              "RECYCLER", "Thumbs.db", "desktop.ini"};
+
+bool IsDesktopName(std::string_view name) {
+  return name.starts_with('.') ||
+         std::ranges::any_of(kDesktopNames, [name](std::string_view known) {
+           return foundation::EqualIgnoringCase(known, name);
+         });
+}
+
+}  // namespace
+
+CardInventory::CardInventory(const std::string& root, ProviderRequest* request)
+    : root_(foundation::WithoutTrailingSlash(root)) {
+  AddFolder(root_, false, kMaxFolderDepth, request);
+  for (std::size_t i = 0; i < files_.size(); ++i) {
+    byPath_.emplace(files_[i].path, i);
+    byFoldedPath_.emplace(FoldCase(files_[i].path), i);
+  }
+}
+
+void CardInventory::AddFolder(const std::string& folder, bool hidden, std::size_t depth,
+                              ProviderRequest* request) {
+  if (ProviderRequest::TestAborted(request)) return;
+  const auto items = platform::ListFolder(folder);
+  if (!items) {
+    if (!hidden) unreadableFolders_.push_back(folder);
+    return;
+  }
+  for (const platform::FolderItem& item : *items) {
+    std::string path = JoinPath(folder, item.name);
+    const bool itemHidden = hidden || IsDesktopName(item.name);
+    if (item.kind == FileKind::kRegular) {
+      const auto status = platform::StatusOf(path);
+      files_.push_back({std::move(path), status ? status->bytes : 0, itemHidden});
+    } else if (item.kind == FileKind::kDirectory && !item.isLink && depth > 1) {
+      AddFolder(path, itemHidden, depth - 1, request);
+    }
+  }
+}
+
+std::optional<std::size_t> CardInventory::OtherSpelling(std::size_t index) const {
+  const std::string& path = files_[index].path;
+  const auto [begin, end] = byFoldedPath_.equal_range(FoldCase(path));
+  if (std::next(begin) == end) return std::nullopt;
+  const auto status = platform::StatusOf(path);
+  for (auto other = begin; status && other != end; ++other) {
+    if (other->second == index) continue;
+    const auto found = platform::StatusOf(files_[other->second].path);
+    if (found && found->IsSameFile(*status)) return other->second;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::size_t> CardInventory::Find(std::string_view path) const {
+  const std::string key(path);
+  if (const auto exact = byPath_.find(key); exact != byPath_.end()) return exact->second;
+  const auto [begin, end] = byFoldedPath_.equal_range(FoldCase(path));
+  if (begin == end) return std::nullopt;
+  const auto status = platform::StatusOf(key);
+  if (!status) return std::nullopt;
+  for (auto other = begin; other != end; ++other) {
+    const auto found = platform::StatusOf(files_[other->second].path);
+    if (found && found->IsSameFile(*status)) return other->second;
+  }
+  return std::nullopt;
+}
+
+}  // namespace Sorvik

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// All regular files below the root of a card, with their sizes. Paths are UTF-8. Made on one
+// thread; never changes afterwards.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "SorvikProvider/frame/ProviderRequest.h"
+#include "foundation/platform/FileStatus.h"
+
+namespace Sorvik {
+
+struct InventoryFile {
+  std::string path;
+  std::uint64_t bytes = 0;
+  bool hidden = false;  // written by desktops and file servers
+};
+
+class CardInventory {
+ public:
+  // Lists all folders below `root`, without following links to folders. Ends early if `request` is
+  // aborted.
+  CardInventory(const std::string& root, ProviderRequest* request);
+
+  const std::string& Root() const noexcept { return root_; }
+  // By path, in order of 16-bit code units within each folder.
+  const std::vector<InventoryFile>& Files() const noexcept { return files_; }
+  const std::vector<std::string>& UnreadableFolders() const noexcept { return unreadableFolders_; }
+
+  // The index in Files() of the file at `path`. A path in another spelling is found if the file
+  // system says that it is the same file. nullopt if there is none below the root.
+  std::optional<std::size_t> Find(std::string_view path) const;
+  // The index of another spelling of the same file, whose path equals it ignoring case.
+  std::optional<std::size_t> OtherSpelling(std::size_t index) const;
+
+ private:
+  void AddFolder(const std::string& folder, bool hidden, std::size_t depth,
+                 ProviderRequest* request);
+
+  std::string root_;
+  std::vector<InventoryFile> files_;
+  std::vector<std::string> unreadableFolders_;
+  std::unordered_map<std::string, std::size_t> byPath_;
+  std::unordered_multimap<std::string, std::size_t> byFoldedPath_;
+};
+
+}  // namespace Sorvik

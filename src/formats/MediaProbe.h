@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// Whether a media file is as long as its own structure says. Reads the head and the tail only: one
+// open, a few reads of some kilobytes. A container without such information always passes. Never
+// decodes essence, so that damage inside of it isn't found. Any thread.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Sorvik::formats {
+
+struct MediaProbe {
+  enum class Result {
+    kPassed,      // nothing contradicts that it is complete
+    kTruncated,   // shorter than its structure says
+    kUnreadable,  // can't be opened, or isn't a file of the container that its name says
+    kUnknown,     // no container that can be probed
+  };
+
+  Result result = Result::kUnknown;
+  std::string detail;  // of kTruncated and kUnreadable, in English
+};
+
+// The container is known from the extension of `path` (UTF-8, case-insensitive): MXF; MP4, MOV;
+// MTS, M2TS, M2T, TS; WAV, AVI; DV; ARI; DNG; RMF; R3D; BMP.
+MediaProbe ProbeMedia(const std::string& path);
+
+// True if the extension is one that ProbeMedia knows, except BMP.
+bool IsMediaName(std::string_view path);
+
+}  // namespace Sorvik::formats

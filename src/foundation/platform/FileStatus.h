@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// Size and identity of a file, without opening it. Any thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "foundation/platform/FileSystem.h"
+
+namespace Sorvik::platform {
+
+struct FileStatus {
+  FileKind kind;
+  std::uint64_t bytes;  // of a regular file
+  // Together they identify the file, whatever its path.
+  std::uint64_t device;
+  std::uint64_t inode;
+
+  bool IsSameFile(const FileStatus& other) const noexcept {
+    return device == other.device && inode == other.inode;
+  }
+};
+
+// After links; nullopt if the path doesn't exist or can't be looked at.
+std::optional<FileStatus> StatusOf(const std::string& path) noexcept;
+
+// Why the regular file or folder at `path` can't be read, in the system's words; empty if it can.
+std::string ReadError(const std::string& path);
+
+}  // namespace Sorvik::platform

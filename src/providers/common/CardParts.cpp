@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "providers/common/CardParts.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
+
+namespace Sorvik {
+namespace {
+
+using foundation::CardFolder;
+
+std::vector<std::string> FilesNamed(const std::string& folder,
+                                    std::initializer_list<std::string_view> names) {
+  const auto listed = CardFolder::Of(folder);
+  std::vector<std::string> files;
+  for (const std::string& file : listed->Files()) {
+    const bool known = std::ranges::any_of(names, [&file](std::string_view name) {
+      return foundation::EqualIgnoringCase(name, file);
+    });
+    if (known) files.push_back(listed->PathOf(file));
+  }
+  return files;
+}
+
+template <class Visit>
+void ForEachPath(const any_regular_t& value, const Visit& visit) {
+  if (const auto* text = value.get_if<std::string>()) visit(*text);
+  if (const auto* list = value.get_if<std::vector<any_regular_t>>()) {
+    for (const any_regular_t& item : *list) ForEachPath(item, visit);
+  }
+}
+
+}  // namespace
+
+void AddStructureFiles(const std::string& folder, std::initializer_list<std::string_view> names,
+                       CardDescription& card) {
+  for (std::string& file : FilesNamed(folder, names)) card.AddStructureFile(std::move(file));
+}
+
+void AddStructureFilesBelow(const std::string& folder, CardDescription& card) {
+  for (std::string& file : foundation::ListFilesBelow(folder)) {
+    if (file.find("/.", folder.size()) == std::string::npos) card.AddStructureFile(std::move(file));
+  }
+}
+
+void AddIndexFiles(const std::string& folder, std::initializer_list<std::string_view> names,
+                   CardDescription& card) {
+  for (std::string& file : FilesNamed(folder, names)) {
+    card.AddStructureFile(file);
+    card.Expect({.path = std::move(file), .role = card_role::kIndex, .required = false});
+  }
+}
+
+EntryOfPath::EntryOfPath(const ContentMap& entries,
+                         std::initializer_list<std::string_view> extensions) {
+  for (const auto& [entryKey, fields] : entries) {
+    const std::string& key = entryKey;
+    for (const auto& [name, value] : fields) {
+      ForEachPath(value, [&](const std::string& path) {
+        const bool kept = std::ranges::any_of(extensions, [&path](std::string_view extension) {
+          return foundation::HasExtension(path, extension);
+        });
+        if (kept) keys_.emplace(path, key);
+      });
+    }
+  }
+}
+
+std::string EntryOfPath::KeyOf(const std::string& path) const {
+  const auto found = keys_.find(path);
+  return found == keys_.end() ? std::string() : found->second;
+}
+
+std::vector<std::string> KeyList(const std::string& key) {
+  return key.empty() ? std::vector<std::string>() : std::vector<std::string>{key};
+}
+
+}  // namespace Sorvik

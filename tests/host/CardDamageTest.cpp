@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: MIT
+// Damages each file of a card of every structure, runs `sorvik check` and compares its finding.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/AllCards.h"
+#include "support/Program.h"
+#include "support/TempTree.h"
+
+namespace sorvik_test {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+// The kinds of the findings for one file. Empty: the card can't prove that damage.
+struct Row {
+  const char* file;  // below the folder of all cards
+  const char* role;
+  const char* deleted;
+  const char* emptied;
+  const char* halved;
+  const char* oneByteLess;
+  const char* replacedByFolder;
+  const char* severity = "error";
+};
+
+std::ostream& operator<<(std::ostream& out, const Row& row) { return out << row.file; }
+
+// A clip record remains well-formed without its last line end, and opaque files have no length that
+// something proves.
+constexpr Row kRows[] = {
+    {"p2/CONTENTS/VIDEO/0001AA.MXF", "essence", "missing", "empty", "truncated", "truncated",
+     "unreadable"},
+    {"p2/CONTENTS/AUDIO/0004BB01.MXF", "sound channel", "missing", "empty", "truncated",
+     "truncated", "unreadable"},
+    {"p2/CONTENTS/CLIP/0004BB.XML", "clip record", "missing", "empty", "unreadable", "unreadable",
+     "missing"},
+    {"p2/CONTENTS/ICON/0004BB.BMP", "thumbnail", "", "empty", "truncated", "truncated",
+     "unreadable", "warning"},
+    {"disc/Clip/C0001.MXF", "essence", "missing", "empty", "truncated", "truncated", "unreadable"},
+    {"disc/Clip/C0001M01.XML", "clip record", "missing", "empty", "unreadable", "unreadable",
+     "unreadable"},
+    {"disc/Sub/C0001S01.MP4", "proxy", "missing", "empty", "truncated", "truncated", "unreadable"},
+    {"disc/MEDIAPRO.XML", "index", nullptr, "empty", "unreadable", "unreadable", nullptr},
+    {"proav/PROAV/CLPR/C0001/C0001V01.MXF", "essence", "missing", "empty", "truncated", "truncated",
+     "unreadable"},
+    {"proav/PROAV/CLPR/C0001/C0001A02.MXF", "sound channel", "missing", "empty", "truncated",
+     "truncated", "unreadable"},
+    {"proav/PROAV/CLPR/C0001/C0001S01.MXF", "proxy", "missing", "empty", "truncated", "truncated",
+     "unreadable"},
+    {"proav/PROAV/CLPR/C0001/C0001R01.BIM", "real-time metadata", "missing", "empty", "", "",
+     "unreadable", "warning"},
+    {"proav/PROAV/CLPR/C0001/C0001M01.XML", "clip record", "missing", "empty", "unreadable",
+     "unreadable", "unreadable"},
+    {"proav/PROAV/INDEX.XML", "index", nullptr, "empty", "unreadable", "unreadable", nullptr},
+    {"ex/BPAV/CLPR/A_01/A_01.MP4", "essence", "missing", "empty", "truncated", "truncated",
+     "unreadable"},
+    {"ex/BPAV/CLPR/B_01/B_01M01.XML", "clip record", "missing", "empty", "unreadable", "unreadable",
+     "unreadable"},
+    {"ex/BPAV/TAKR/A/A.SMI", "playlist", "missing", "empty", "unreadable", "unreadable",
+     "unreadable"},
+    {"ex/BPAV/MEDIAPRO.XML", "index", nullptr, "empty", "unreadable", "unreadable", nullptr},
+    {"avchd/BDMV/STREAM/00001.MTS", "essence", "missing", "empty", "truncated", "truncated",
+     "unreadable"},
+    {"avchd/BDMV/CLIPINF/00002.CPI", "clip record", "missing", "empty", "", "", "unreadable"},
+    {"avchd/BDMV/PLAYLIST/00000.MPL", "playlist", nullptr, "empty", "truncated", "", nullptr},
+    {"xf/CONTENTS/CLIPS001/AA0001/AA000101.MXF", "span", "missing", "empty", "truncated",
+     "truncated", "unreadable"},
+    {"xf/CONTENTS/CLIPS001/AA0001/AA0001.CIF", "clip record", "missing", "empty", "", "",
+     "unreadable"},
+    {"hdv/VIDEO/HVR/00_0012_2014-01-31_101530.M2T", "essence", "missing", "empty", "", "truncated",
+     "missing"},
+    {"hdv/VIDEO/HVR/00_0012_2014-01-31_101530.IDX", "index", "missing", "empty", "", "",
+     "unreadable"},
+    // Only its index proves that it existed, under the extension of the other clips.
+    {"hdv/VIDEO/HVR/00_0013_2014-01-31_104500.AVI", "essence", nullptr, "empty", "truncated",
+     "truncated", nullptr},
+    {"red/A1.RDC/A1_001.R3D", "segment", "missing", "empty", "truncated", "truncated", "missing"},
+    {"red/A1.RDC/A1_002.R3D", "segment", "", "empty", "truncated", "truncated", ""},
+    {"arri/A_0001.ari", "frame", "", "empty", "truncated", "truncated", ""},
+    {"arri/A_0002.ari", "frame", "", "empty", "truncated", "truncated", ""},
+    {"dng/c_0002.dng", "frame", "", "empty", "truncated", "truncated", ""},
+    {"canonraw/C_01.RMF", "frame", "missing", "empty", "truncated", "truncated", "missing"},
+    {"canonraw/C_01.WAV", "sound channel", "", "empty", "truncated", "truncated", ""},
+};
+
+class CardDamage : public testing::TestWithParam<Row> {
+ protected:
+  void SetUp() override {
+    cards_ = MakeAllCards(tree_);
+    file_ = tree_.Path(GetParam().file);
+    for (const MadeCard& card : cards_) {
+      if (file_.starts_with(card.root + "/")) card_ = card;
+    }
+  }
+
+  // The kinds of the findings for the damaged file, with their role and severity checked.
+  std::string KindOfFinding() {
+    const ProgramResult result = RunSorvik({"check", card_.root, "--json"});
+    const Json report = Json::parse(result.output, nullptr, false);
+    if (report.is_discarded()) return "no report: " + result.errors;
+    std::string kind;
+    for (const Json& finding : report["findings"]) {
+      if (finding["path"] != file_) continue;
+      EXPECT_EQ(finding["role"], GetParam().role) << finding;
+      EXPECT_EQ(finding["severity"], GetParam().severity) << finding;
+      kind += finding["kind"].get<std::string>();
+    }
+    const bool isError = !kind.empty() && GetParam().severity == std::string("error");
+    EXPECT_EQ(result.exitCode, isError ? 1 : result.exitCode);
+    EXPECT_EQ(report["complete"], result.exitCode == 0);
+    return kind;
+  }
+
+  TempTree tree_;
+  std::vector<MadeCard> cards_;
+  MadeCard card_;
+  std::string file_;
+};
+
+TEST_P(CardDamage, IsReportedForItsFile) {
+  const Row& row = GetParam();
+  const auto size = fs::file_size(file_);
+  fs::resize_file(file_, size - 1);
+  EXPECT_EQ(KindOfFinding(), row.oneByteLess) << "one byte less";
+  fs::resize_file(file_, size / 2);
+  EXPECT_EQ(KindOfFinding(), row.halved) << "half";
+  fs::resize_file(file_, 0);
+  EXPECT_EQ(KindOfFinding(), row.emptied) << "empty";
+  fs::remove(file_);
+  // Without some indexes, the folder isn't a card any more.
+  if (row.deleted != nullptr) {
+    EXPECT_EQ(KindOfFinding(), row.deleted) << "deleted";
+  }
+  fs::create_directory(file_);
+  if (row.replacedByFolder != nullptr) {
+    EXPECT_EQ(KindOfFinding(), row.replacedByFolder) << "a folder";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, CardDamage, testing::ValuesIn(kRows));
+
+// The remaining damages concern several files.
+TEST(CardDamages, SoundCardsRaiseNoAlarm) {
+  const TempTree tree;
+  for (const MadeCard& card : MakeAllCards(tree)) {
+    const Json report = Json::parse(RunSorvik({"check", card.root, "--json"}).output);
+    EXPECT_EQ(report["findings"], Json::array()) << card.root;
+    EXPECT_EQ(report["complete"], true);
+    EXPECT_FALSE(report.contains("files"));
+  }
+}
+
+TEST(CardDamages, MediaOfAnotherContainerIsUnreadable) {
+  const TempTree tree;
+  MakeAllCards(tree);
+  fs::copy_file(tree.Path("dng/c.WAV"), tree.Path("disc/Clip/C0002.MXF"),
+                fs::copy_options::overwrite_existing);
+  const Json report = Json::parse(RunSorvik({"check", tree.Path("disc"), "--json"}).output);
+  EXPECT_EQ(report["findings"][0]["kind"], "unreadable");
+  const Json quick =
+      Json::parse(RunSorvik({"check", tree.Path("disc"), "--quick", "--json"}).output);
+  EXPECT_EQ(quick["depth"], "names");
+  EXPECT_EQ(quick["complete"], true) << "no media file is opened";
+}
+
+TEST(CardDamages, ListsAndDiskDisagree) {
+  const TempTree tree;
+  MakeAllCards(tree);
+  fs::remove_all(tree.Path("proav/PROAV/CLPR/C0002"));
+  fs::copy(tree.Path("proav/PROAV/CLPR/C0001"), tree.Path("proav/PROAV/CLPR/C0009"));
+  fs::rename(tree.Path("proav/PROAV/CLPR/C0009/C0001M01.XML"),
+             tree.Path("proav/PROAV/CLPR/C0009/C0009M01.XML"));
+  fs::rename(tree.Path("proav/PROAV/CLPR/C0009/C0001V01.MXF"),
+             tree.Path("proav/PROAV/CLPR/C0009/C0009V01.MXF"));
+  const Json report =
+      Json::parse(RunSorvik({"check", tree.Path("proav"), "--files", "--json"}).output);
+  std::vector<std::string> kinds;
+  for (const Json& finding : report["findings"]) kinds.push_back(finding["kind"]);
+  EXPECT_EQ(kinds, (std::vector<std::string>{"stale", "unlisted"}));
+  for (const Json& file : report["files"]) EXPECT_NE(file["role"], "foreign") << file;
+}
+
+// A copy by the list of files is complete and has the same score.
+TEST(CardDamages, CopyListsMakeCompleteCopies) {
+  const TempTree tree;
+  for (const MadeCard& card : MakeAllCards(tree)) {
+    const std::string copy = tree.Path("copy/" + fs::path(card.root).filename().string());
+    const ProgramResult list = RunSorvik({"files", card.root, "--relative", "--dirs"});
+    ASSERT_EQ(list.exitCode, 0) << list.errors;
+    std::istringstream lines(list.output);
+    for (std::string line; std::getline(lines, line);) {
+      fs::create_directories(fs::path(copy + "/" + line).parent_path());
+      fs::copy(card.root + "/" + line, copy + "/" + line);
+    }
+    EXPECT_EQ(RunSorvik({"check", copy}).exitCode, 0) << card.root;
+    EXPECT_EQ(RunSorvik({"check", card.root, "--against", copy, "--hash"}).exitCode, 0);
+    const auto scores = [](const std::string& path) {
+      return Json::parse(RunSorvik({"who", path, "--json"}).output);
+    };
+    EXPECT_EQ(scores(copy), scores(card.root)) << card.root;
+  }
+}
+
+TEST(CardDamages, CopiesAreComparedByClip) {
+  const TempTree tree;
+  MakeAllCards(tree);
+  const std::string card = tree.Path("disc");
+  fs::copy(card, tree.Path("copy"), fs::copy_options::recursive);
+  fs::remove(tree.Path("copy/Clip/C0001.MXF"));
+  fs::resize_file(tree.Path("copy/Sub/C0002S01.MP4"), 10);
+  {
+    std::fstream changed(tree.Path("copy/Clip/C0002.MXF"), std::ios::in | std::ios::out);
+    changed.seekp(200);
+    changed.put('x');
+  }
+  const auto differences = [&](std::vector<std::string> more) {
+    std::vector<std::string> arguments{"check", card, "--against", tree.Path("copy"), "--json"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const ProgramResult result = RunSorvik(arguments);
+    EXPECT_EQ(result.exitCode, 1);
+    std::vector<std::string> files;
+    const Json report = Json::parse(result.output);
+    for (const Json& finding : report["findings"]) {
+      EXPECT_EQ(finding["kind"], "differs");
+      EXPECT_EQ(finding["entries"].size(), 1U);
+      files.push_back(fs::path(finding["path"].get<std::string>()).filename());
+    }
+    return files;
+  };
+  EXPECT_EQ(differences({}), (std::vector<std::string>{"C0001.MXF", "C0002S01.MP4"}));
+  EXPECT_EQ(differences({"--hash"}),
+            (std::vector<std::string>{"C0001.MXF", "C0002.MXF", "C0002S01.MP4"}));
+}
+
+TEST(CardDamages, PicturesNeverReplaceFilesOfACard) {
+  const TempTree tree;
+  MakeAllCards(tree);
+  const std::string video = tree.Path("p2/CONTENTS/VIDEO/0004BB.MXF");
+  const auto before = fs::file_size(video);
+  for (const std::vector<std::string>& command :
+       {std::vector<std::string>{"thumb", tree.Path("p2"), "0004BB", "-o", video},
+        std::vector<std::string>{"sheet", tree.Path("p2"), "-o", video}}) {
+    EXPECT_EQ(RunSorvik(command).exitCode, 1);
+    EXPECT_EQ(fs::file_size(video), before);
+  }
+  EXPECT_EQ(RunSorvik({"thumb", tree.Path("p2"), "0004BB", "--force", "-o", video}).exitCode, 0);
+  EXPECT_NE(fs::file_size(video), before);
+}
+
+}  // namespace
+}  // namespace sorvik_test
