@@ -60,6 +60,23 @@ TEST_F(Localized, FallsBackToDefaultText) {
   EXPECT_EQ(localizer.GetUTF8String("$$$/A/Yes=Yes"), "Yes");
 }
 
+TEST_F(Localized, TriesEachLanguageOfList) {
+  const sorvik_test::TempTree tree;
+  tree.File("de/sorvik.mo", Catalogue("$$$/A/Yes\x04Yes", "Ja"));
+  Localizer& localizer = Localizer::Get();
+  localizer.SetCatalogueFolder(tree.Root());
+  const auto text = [&localizer](const char* list) {
+    setenv("LANGUAGE", list, 1);
+    localizer.SetLanguage("");
+    return localizer.GetUTF8String("$$$/A/Yes=Yes");
+  };
+  EXPECT_EQ(text("xx:de"), "Ja");
+  EXPECT_EQ(text(":xx:de_AT"), "Ja");
+  EXPECT_EQ(text("en:de"), "Yes") << "the default texts are English";
+  EXPECT_EQ(text("xx"), "Yes");
+  unsetenv("LANGUAGE");
+}
+
 TEST_F(Localized, ReadsLanguageFromEnvironment) {
   const char* names[] = {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"};
   for (const char* name : names) unsetenv(name);
@@ -75,6 +92,8 @@ TEST_F(Localized, ReadsLanguageFromEnvironment) {
   EXPECT_EQ(language(), u"x-default");
   setenv("LANGUAGE", "de_DE:de", 1);
   EXPECT_EQ(language(), u"de-DE");
+  setenv("LANGUAGE", ":de", 1);
+  EXPECT_EQ(language(), u"de") << "an empty item";
   for (const char* name : names) unsetenv(name);
 }
 

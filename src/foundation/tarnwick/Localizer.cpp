@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "SorvikProvider/foundation/Environment.h"
 #include "foundation/Published.h"
@@ -14,17 +16,31 @@ namespace {
 
 constexpr std::string_view kNoLanguage = "x-default";
 
-// Converts "de_DE.UTF-8@euro" or the list "de_DE:de" to "de-DE".
+// Converts "de_DE.UTF-8@euro" to "de-DE".
 std::string TagOfLocale(std::string_view locale) {
-  std::string tag(locale.substr(0, locale.find_first_of(".@:")));
+  std::string tag(locale.substr(0, locale.find_first_of(".@")));
   std::replace(tag.begin(), tag.end(), '_', '-');
   return tag == "C" || tag == "POSIX" ? std::string() : tag;
 }
 
-std::string TagOfEnvironment() {
+// The languages of a list such as "de_AT:de:fr", by preference. Empty items are skipped; C and
+// POSIX, which select the default texts, are empty tags.
+std::vector<std::string> TagsOfList(std::string_view list) {
+  std::vector<std::string> tags;
+  while (!list.empty()) {
+    const std::size_t end = std::min(list.find(':'), list.size());
+    if (end != 0) tags.push_back(TagOfLocale(list.substr(0, end)));
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return tags;
+}
+
+std::vector<std::string> TagsOfEnvironment() {
   for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
     const char* value = std::getenv(name);
-    if (value != nullptr && *value != '\0') return TagOfLocale(value);
+    if (value == nullptr) continue;
+    auto tags = TagsOfList(value);
+    if (!tags.empty()) return tags;
   }
   return {};
 }
@@ -52,6 +68,16 @@ Catalogue LoadCatalogue(const std::string& folder, const std::string& tag) {
   return {};
 }
 
+// Returns the catalogue of the first language that has one. The default texts are English.
+Catalogue LoadFirstCatalogue(const std::string& folder, const std::vector<std::string>& tags) {
+  for (const std::string& tag : tags) {
+    Catalogue catalogue = LoadCatalogue(folder, tag);
+    if (!catalogue.Empty()) return catalogue;
+    if (tag.empty() || tag == "en" || tag.starts_with("en-")) break;
+  }
+  return {};
+}
+
 struct State {
   std::string language;  // as set by the host
   std::string folder;    // as set by the host
@@ -60,9 +86,11 @@ struct State {
 };
 
 void Load(State& state) {
-  state.tag = state.language.empty() ? TagOfEnvironment() : state.language;
+  const std::vector<std::string> tags =
+      state.language.empty() ? TagsOfEnvironment() : std::vector<std::string>{state.language};
+  state.tag = tags.empty() ? std::string() : tags.front();
   const std::string folder = state.folder.empty() ? OwnCatalogueFolder() : state.folder;
-  state.catalogue = std::make_shared<const Catalogue>(LoadCatalogue(folder, state.tag));
+  state.catalogue = std::make_shared<const Catalogue>(LoadFirstCatalogue(folder, tags));
 }
 
 // Never destroyed: workers may still read it while the process exits.
