@@ -126,6 +126,7 @@ TEST(RiffReader, ParsesDatesOfCameras) {
         .Get(kNsXMP, "CreateDate");
   };
   EXPECT_EQ(date("Mon Mar 10 15:04:43 2003\n"), "2003-03-10T15:04:43");
+  EXPECT_EQ(date("WED SEP 10 15:04:43 2003\n"), "2003-09-10T15:04:43");
   EXPECT_EQ(date("2003:03:10 15:04:43"), "2003-03-10T15:04:43");
   EXPECT_EQ(date("2003/03/10/ 15:04"), "2003-03-10T15:04:00");
   EXPECT_EQ(date("2003-03-10"), "2003-03-10");

@@ -302,6 +302,15 @@ TEST(TransportStreamReader, ReadsAudioFromTheProgramDescriptors) {
   EXPECT_EQ(result.Get(kNsDM, "audioChannelType"), "Stereo");
 }
 
+TEST(TransportStreamReader, WritesUTCWithoutASign) {
+  auto tags = kTags;
+  for (auto& tag : tags) {
+    if (tag.starts_with("18")) tag = "18 20202101";
+  }
+  EXPECT_EQ(ReadWith(kTransportStreamReader, MakeAvchd(tags)).Get(kNsDM, "shotDate"),
+            "2021-01-17T17:33:17+00:00");
+}
+
 TEST(TransportStreamReader, DropsPositionsWithoutAFix) {
   auto tags = kTags;
   for (auto& tag : tags) {

@@ -127,9 +127,10 @@ void ReadRecordingDate(const std::array<std::byte, 8>& bytes, RecordingFacts& fa
   const unsigned hours = zone >> 1 & 0x0F;
   facts.zone.clear();
   if ((zone & 0x80) != 0 || hours > 14) return;
+  const unsigned minutes = (zone & 1) != 0 ? 30 : 0;
+  const bool west = (zone & 0x20) != 0 && (hours != 0 || minutes != 0);  // UTC is +00:00
   char text[16];
-  std::snprintf(text, sizeof text, "%c%02u:%02u", (zone & 0x20) != 0 ? '-' : '+', hours,
-                (zone & 1) != 0 ? 30u : 0u);
+  std::snprintf(text, sizeof text, "%c%02u:%02u", west ? '-' : '+', hours, minutes);
   facts.zone = text;
 }
 

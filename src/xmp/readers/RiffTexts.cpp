@@ -48,10 +48,12 @@ void SetInfoText(std::uint32_t id, const std::string& text, TXMPMeta& meta) {
   }
 }
 
-// The month of "Mon Mar 10 ..."; 0 if invalid.
+// The month of "Mon Mar 10 ..." or "MON MAR 10 ..."; 0 if invalid.
 unsigned MonthOf(std::string_view name) {
-  constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
-  const std::size_t at = name.size() == 3 ? kMonths.find(name) : std::string_view::npos;
+  constexpr std::string_view kMonths = "janfebmaraprmayjunjulaugsepoctnovdec";
+  std::string lower(name);
+  for (char& c : lower) c = static_cast<char>(c | 0x20);
+  const std::size_t at = lower.size() == 3 ? kMonths.find(lower) : std::string_view::npos;
   return at == std::string_view::npos || at % 3 != 0 ? 0 : static_cast<unsigned>(at / 3 + 1);
 }
 
