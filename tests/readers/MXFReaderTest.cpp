@@ -70,6 +70,7 @@ struct Maker {
   bool timecodeOnTape = false;
   std::uint64_t footer = 0;
   bool incomplete = false;  // declares a header of 0 bytes
+  const char* primaries = nullptr;
 };
 
 Bytes MakeSets(const Maker& m) {
@@ -100,8 +101,10 @@ Bytes MakeSets(const Maker& m) {
   b.Add(Set(0x37, 45, {{0x4401, Umid(3)}, {0x4403, Ids({11})}, {0x4701, Id(46)}}));
   b.Add(Set(0x2E, 46, {}));
   b.Add(Set(0x44, 50, {{0x3F01, Ids({51, 52, 53})}, {0x3001, rate}, {0x3002, Num(~0ULL, 8)}}));
+  const Bytes primaries = m.primaries == nullptr ? Bytes() : Hex(m.primaries);
   b.Add(Set(0x28, 51,
-            {{0x3202, Num(304, 4)},
+            {{0x3219, primaries},
+             {0x3202, Num(304, 4)},
              {0x3203, Num(720, 4)},
              {0x3208, Num(288, 4)},
              {0x3209, Num(720, 4)},
@@ -182,6 +185,17 @@ TEST(MXFReader, ReadsTheHeaderOfARecorder) {
             "duration=250 @ 1/25\n");
 }
 
+TEST(MXFReader, PrimariesDecideBeforeCodingEquations) {
+  const auto space = [](const char* primaries) {
+    Maker maker;
+    maker.primaries = primaries;
+    return ReadWith(kMXFReader, MakeFile(maker).str()).Get(kNsDM, "videoColorSpace");
+  };
+  EXPECT_EQ(space("060E2B34 04010106 04010101 03030000"), "CCIR-709");
+  EXPECT_EQ(space("060E2B34 0401010D 04010101 03040000"), "BT.2020");
+  EXPECT_EQ(space("060E2B34 0401010D 04010101 03060000"), "") << "of cinema displays";
+}
+
 TEST(MXFReader, ReadsTheTimecodeOfTheTapePackage) {
   Maker m;
   m.timecodeOnTape = true;
@@ -204,7 +218,7 @@ std::string MakeOpen(bool footerKnown) {
   m.duration = -1;
   m.status = 1;
   Bytes body = MakeFile(m);
-  if (footerKnown) body = MakeFile({-1, 1, 0, false, body.size() + 200'000, false});
+  if (footerKnown) body = MakeFile({-1, 1, 0, false, body.size() + 200'000, false, nullptr});
   const std::size_t footerAt = body.size() + 200'000;
   body.Fill(200'000);
   const Bytes sets = Bytes(Primer().str()).Add(MakeSets({}));
@@ -426,8 +440,9 @@ TEST(MXFLabels, NameCodecsAndColorSpaces) {
                                     "0402020203020500", "0402020203030100", "0402020101000000"}),
       "A-law;AC3;Dolby E;MPEG;AAC;PCM;");
   EXPECT_EQ(
-      names(ColorSpaceName, Labels{"0401010102010000", "0401010102020000", "0401010102030000"}),
-      "CCIR-601;CCIR-709;-;");
+      names(ColorSpaceName, Labels{"0401010102010000", "0401010102020000", "0401010102030000",
+                                   "0401010103020000", "0401010103030000", "0401010103040000"}),
+      "CCIR-601;CCIR-709;-;CCIR-601;CCIR-709;BT.2020;");
 }
 
 }  // namespace

@@ -38,7 +38,6 @@ enum Tag : std::uint16_t {
   kFrameLayout = 0x320C,
   kVideoLineMap = 0x320D,
   kAspectRatio = 0x320E,
-  kTransferCharacteristic = 0x3210,
   kFieldDominance = 0x3212,
   kColorPrimaries = 0x3219,
   kCodingEquations = 0x321A,
@@ -424,11 +423,11 @@ void Facts::StorePicture(const LocalSet& picture, const std::optional<Key>& cont
   if (codec == nullptr) codec = ContainerName(picture.Reference(kEssenceContainer));
   if (codec == nullptr) codec = ContainerName(container);
   if (codec != nullptr) meta.SetProperty(kNsDM, "videoCompressor", codec);
-  for (const std::uint16_t tag : {kCodingEquations, kColorPrimaries, kTransferCharacteristic}) {
-    const char* space = ColorSpaceName(picture.Reference(tag));
-    if (space == nullptr) continue;
+  // Primaries that are present decide: wide-gamut video often has the equations of BT.709.
+  const auto primaries = picture.Reference(kColorPrimaries);
+  const auto equations = picture.Reference(kCodingEquations);
+  if (const char* space = ColorSpaceName(primaries ? primaries : equations)) {
     meta.SetProperty(kNsDM, "videoColorSpace", space);
-    break;
   }
   const std::uint32_t bits = picture.Item(header_.TagOf(kBitRateItem)).U32BE(0).value_or(0);
   constexpr std::uint32_t kBitsInMegabyte = 8'000'000;
