@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/NativeValues.h"
 
+#include <cmath>
 #include <cstdio>
 #include <numeric>
 
@@ -62,6 +63,19 @@ Rate Normalise(Rate rate) {
     if (ApproximatelyEqual(reduced, standard.rate)) return standard.rate;
   }
   return reduced;
+}
+
+Rate NearestStandardRate(double perSecond, double maxDeviation) {
+  Rate nearest;
+  for (const StandardRate& standard : kStandardRates) {
+    const double rate =
+        static_cast<double>(standard.rate.num) / static_cast<double>(standard.rate.den);
+    const double deviation = std::fabs(perSecond / rate - 1);
+    if (!(deviation <= maxDeviation)) continue;
+    maxDeviation = deviation;
+    nearest = standard.rate;
+  }
+  return nearest;
 }
 
 std::optional<unsigned> FromBCD(std::byte value, unsigned mask) noexcept {
@@ -197,6 +211,22 @@ void SetPixelDepth(TXMPMeta& meta, unsigned bits) {
   if (bits == 0) return;
   const bool named = bits == 8 || bits == 16 || bits == 24 || bits == 32;
   meta.SetProperty(kNsDM, "videoPixelDepth", named ? std::to_string(bits) + "Int" : "Other");
+}
+
+void SetColorSpace(TXMPMeta& meta, unsigned primaries, unsigned matrix) {
+  constexpr unsigned kUnspecified = 2;
+  if (primaries == 0 || primaries == kUnspecified) primaries = matrix;
+  switch (primaries) {
+    case 1:
+      return meta.SetProperty(kNsDM, "videoColorSpace", "CCIR-709");
+    case 5:
+    case 6:
+      return meta.SetProperty(kNsDM, "videoColorSpace", "CCIR-601");
+    case 9:
+      return meta.SetProperty(kNsDM, "videoColorSpace", "BT.2020");
+    default:
+      break;
+  }
 }
 
 void SetAudioSampleRate(TXMPMeta& meta, std::uint64_t perSecond) {

@@ -28,6 +28,10 @@ struct Rate {
 // so 2997/100 becomes 30000/1001.
 Rate Normalise(Rate rate);
 
+// Returns the standard rate nearest to `perSecond` if it is within that relative deviation,
+// otherwise an unknown rate.
+Rate NearestStandardRate(double perSecond, double maxDeviation);
+
 // Decodes two BCD digits after clearing the bits outside `mask`. Returns nullopt if a digit is
 // above 9.
 std::optional<unsigned> FromBCD(std::byte value, unsigned mask = 0xFF) noexcept;
@@ -79,6 +83,9 @@ void SetFrameSize(TXMPMeta& meta, std::uint32_t width, std::uint32_t height);
 void SetPixelAspectRatio(TXMPMeta& meta, std::uint64_t width, std::uint64_t height);
 // xmpDM:videoPixelDepth from the bits per component.
 void SetPixelDepth(TXMPMeta& meta, unsigned bits);
+// xmpDM:videoColorSpace from colour primaries, or matrix coefficients if these are unspecified
+// (ITU-T H.273).
+void SetColorSpace(TXMPMeta& meta, unsigned primaries, unsigned matrix);
 // xmpDM:audioSampleRate, xmpDM:audioSampleType from the bits per sample, xmpDM:audioChannelType. 0
 // means unknown.
 void SetAudioSampleRate(TXMPMeta& meta, std::uint64_t perSecond);

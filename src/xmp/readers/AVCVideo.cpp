@@ -114,7 +114,11 @@ void ReadVUI(BitReader& bits, VideoFacts& facts, Sequence& sequence) {
   if (bits.Flag()) bits.Skip(1);  // overscan
   if (bits.Flag()) {              // video signal
     bits.Skip(4);
-    if (bits.Flag()) bits.Skip(24);
+    if (bits.Flag()) {  // primaries, transfer, matrix
+      facts.primaries = bits.Bits(8);
+      bits.Skip(8);
+      facts.matrix = bits.Bits(8);
+    }
   }
   if (bits.Flag()) {  // chroma location
     bits.Unsigned();
@@ -236,6 +240,15 @@ void ReadSEI(ByteReader bytes, const Sequence& sequence, VideoFacts& facts) {
 }
 
 }  // namespace
+
+VideoFacts ReadAVCSequence(ByteReader nal) {
+  VideoFacts facts;
+  if ((nal.U8(0).value_or(0) & 0x1Fu) != kSPS) return facts;
+  const auto payload = RemoveEmulationPrevention(nal.Clip(1, kMaxNalBytes));
+  const Sequence sequence = ReadSPS(ByteReader(payload), facts);
+  if (sequence.good && sequence.progressive) facts.fieldOrder = "Progressive";
+  return facts;
+}
 
 VideoFacts ReadAVC(ByteReader stream) {
   VideoFacts facts;

@@ -24,6 +24,8 @@ constexpr CodecName kVideoCodecs[] = {
     {"dvh1", "HEVC"},
     {"dvhe", "HEVC"},
     {"av01", "AV1"},
+    {"vvc1", "VVC"},
+    {"vvi1", "VVC"},
     {"vp08", "VP8"},
     {"vp09", "VP9"},
     {"apch", "ProRes 422 HQ"},
@@ -122,13 +124,58 @@ std::string VideoCodecName(std::string_view code) {
   return Printable(code);
 }
 
+unsigned BitsOfVideoCodec(std::string_view code) {
+  struct Depth {
+    std::string_view name;
+    unsigned bits;
+  };
+  constexpr Depth kDepths[] = {
+      {"ProRes 422 HQ", 10},
+      {"ProRes 422", 10},
+      {"ProRes 422 LT", 10},
+      {"ProRes 422 Proxy", 10},
+      {"ProRes 4444", 12},
+      {"ProRes 4444 XQ", 12},
+      {"ProRes RAW", 12},
+      {"ProRes RAW HQ", 12},
+      {"AVC-Intra 50", 10},
+      {"AVC-Intra 100", 10},
+      {"AVC-Intra 200", 10},
+      {"DV", 8},
+      {"DVCPRO 50", 8},
+      {"DVCPRO HD", 8},
+      {"IMX", 8},
+      {"MPEG-2", 8},
+      {"MPEG-4", 8},
+      {"Motion JPEG", 8},
+      {"H.263", 8},
+      {"VP8", 8},
+  };
+  constexpr Depth kUncompressed[] = {{"2vuy", 8},  {"yuv2", 8},  {"yuy2", 8},
+                                     {"uyvy", 8},  {"v308", 8},  {"v210", 10},
+                                     {"v410", 10}, {"r210", 10}, {"v216", 16}};
+  const std::string lower = LowerASCII(code);
+  for (const Depth& depth : kUncompressed) {
+    if (lower == depth.name) return depth.bits;
+  }
+  const std::string name = VideoCodecName(code);
+  for (const Depth& depth : kDepths) {
+    if (name == depth.name) return depth.bits;
+  }
+  return 0;
+}
+
+std::string FourCCText(std::uint32_t code) {
+  std::string text;
+  for (const int shift : {24, 16, 8, 0}) text.push_back(static_cast<char>(code >> shift & 0xFF));
+  return text;
+}
+
 std::string AudioCodecName(std::uint32_t type) {
   for (const AudioCodec& codec : kAudioCodecs) {
     if (codec.type == type) return std::string(codec.name);
   }
-  std::string code;
-  for (const int shift : {24, 16, 8, 0}) code.push_back(static_cast<char>(type >> shift & 0xFF));
-  return Printable(code);
+  return Printable(FourCCText(type));
 }
 
 bool IsFloatPCM(std::uint32_t type) noexcept {

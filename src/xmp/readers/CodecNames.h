@@ -13,6 +13,11 @@ namespace Sorvik::xmp {
 // printable. Codes of RIFF files are case-insensitive.
 std::string VideoCodecName(std::string_view code);
 
+// Returns the bits per component of codecs that have only one depth; 0 for all others.
+unsigned BitsOfVideoCodec(std::string_view code);
+// Returns a four-character code as text.
+std::string FourCCText(std::uint32_t code);
+
 // Audio of ISO base media files, by the type of the sample description.
 std::string AudioCodecName(std::uint32_t type);
 // Whether PCM samples are floating-point, and their bits per sample if the type implies them,

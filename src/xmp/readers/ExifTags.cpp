@@ -51,16 +51,25 @@ class ExifStore {
   ExifStore(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta)
       : walker_(walker), first_(first), meta_(meta) {}
 
-  bool Store() {
-    StoreTexts();
-    const TiffDirectory exif = walker_.Sub(first_, tiff::kExifIFD);
-    StoreDates(exif);
-    Set(kNsAux, "SerialNumber", walker_.Text(exif, kBodySerialNumber));
-    StoreGPS(walker_.Sub(first_, tiff::kGPSIFD));
+  bool Store(ExifPart part) {
+    if (part == ExifPart::kAll) {
+      StoreTexts();
+      StoreExif(walker_.Sub(first_, tiff::kExifIFD));
+      StoreGPS(walker_.Sub(first_, tiff::kGPSIFD));
+    } else if (part == ExifPart::kExif) {
+      StoreExif(first_);
+    } else {
+      StoreGPS(first_);
+    }
     return any_;
   }
 
  private:
+  void StoreExif(const TiffDirectory& exif) {
+    StoreDates(exif);
+    Set(kNsAux, "SerialNumber", walker_.Text(exif, kBodySerialNumber));
+  }
+
   void Set(std::string_view schema, std::string_view name, const std::string& value) {
     if (value.empty()) return;
     meta_.SetProperty(schema, name, value);
@@ -166,13 +175,15 @@ class ExifStore {
 }  // namespace
 
 bool SetExifTags(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta) {
-  return ExifStore(walker, first, meta).Store();
+  return ExifStore(walker, first, meta).Store(ExifPart::kAll);
 }
 
-bool SetExifBlock(ByteReader block, TXMPMeta& meta) {
+bool SetExifBlock(ByteReader block, TXMPMeta& meta, ExifPart part) {
   FileWindow file(block);
   auto walker = TiffWalker::Open(file);
-  return walker && SetExifTags(*walker, walker->First(), meta);
+  if (!walker) return false;
+  const TiffDirectory first = walker->First();
+  return ExifStore(*walker, first, meta).Store(part);
 }
 
 }  // namespace Sorvik::xmp

@@ -33,7 +33,9 @@ enum Tag : std::uint16_t {
 // true if any property was stored.
 bool SetExifTags(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta);
 
-// Same for an Exif block that begins with a TIFF header.
-bool SetExifBlock(foundation::ByteReader block, TXMPMeta& meta);
+// Same for an Exif block that begins with a TIFF header. Some makers store the Exif and the GPS
+// directory in blocks of their own, as the first directory.
+enum class ExifPart { kAll, kExif, kGPS };
+bool SetExifBlock(foundation::ByteReader block, TXMPMeta& meta, ExifPart part = ExifPart::kAll);
 
 }  // namespace Sorvik::xmp

@@ -2,9 +2,13 @@
 #include "xmp/readers/IsoMediaReader.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "xmp/Namespaces.h"
+#include "xmp/readers/IsoFragments.h"
 #include "xmp/readers/IsoItems.h"
+#include "xmp/readers/IsoMakers.h"
 #include "xmp/readers/IsoTexts.h"
 #include "xmp/readers/IsoTracks.h"
 
@@ -13,10 +17,6 @@ namespace Sorvik::xmp {
 namespace {
 
 using foundation::ByteReader;
-
-// The 'uuid' box of XMP (ISO 16684-3, 1.2.6).
-constexpr std::string_view kXMPUUID{
-    "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC", 16};
 
 // The first boxes of such files; JPEG 2000 has its own signature.
 constexpr std::uint32_t kFirstBoxes[] = {
@@ -31,42 +31,101 @@ bool Recognises(const ReaderInput& input) {
   return std::find(std::begin(kFirstBoxes), std::end(kFirstBoxes), *type) != std::end(kFirstBoxes);
 }
 
-void ReadMoov(FileWindow& file, const IsoBox& moov, const WantedProperties& wanted,
-              ReaderOutput& output) {
-  const IsoMovie movie = ReadMovie(file, moov);
-  SetMovieFacts(file, movie, output.native);
-  for (const IsoBox& box : movie.texts) {
-    if (box.type == FourCC("udta")) {
-      SetUserData(file, box, output.native, output.packet);
-    } else {
-      SetMetaItems(file, box, output.native);
-    }
-  }
-  if (wanted.Wants(kNsDM, "startTimecode")) SetMovieTimecode(file, movie, output.native);
-  output.hasNative = true;
-}
+class IsoFile {
+ public:
+  IsoFile(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output)
+      : input_(input), file_(input), wanted_(wanted), output_(output) {}
 
-// Media data is skipped, wherever it is.
-void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
-  if (!Recognises(input)) return;
-  FileWindow file(input);
-  IsoBoxes boxes(file, 0, file.Size());
-  bool moov = false;
-  while (const auto box = boxes.Next()) {
-    if (box->type == FourCC("moov") && !moov) {
-      ReadMoov(file, *box, wanted, output);
-      moov = true;
-    } else if (box->type == FourCC("uuid") && output.packet.empty() &&
-               file.At(box->body, kXMPUUID.size()).Text() == kXMPUUID &&
-               box->Size() > kXMPUUID.size()) {
-      output.packet = file.Copy(box->body + kXMPUUID.size(), box->Size() - kXMPUUID.size());
-    } else if (box->type == FourCC("meta")) {
-      const bool exif = ReadItemMetadata(file, *box, output.native, output.packet);
-      output.hasNative = output.hasNative || exif;
-    } else if (box->type == FourCC("moof")) {
-      return;  // the rest of a fragmented stream is the same
+  // Media data is skipped, wherever it is.
+  void Read() {
+    IsoBoxes boxes(file_, 0, file_.Size());
+    while (const auto box = boxes.Next()) {
+      if (!Take(*box)) break;
     }
+    if (movie_) StoreMovie();
   }
+
+ private:
+  // Returns false after the first fragment: only the end of the file is read after it.
+  bool Take(const IsoBox& box) {
+    switch (box.type) {
+      case FourCC("moov"):
+        if (movie_) break;
+        movie_ = ReadMovie(file_, box);
+        if (movie_->fragmented) fragments_.emplace(file_, *movie_);
+        break;
+      case FourCC("uuid"):
+        TakeXMP(box);
+        break;
+      case FourCC("meta"):
+        TakeMeta(box);
+        break;
+      case FourCC("sidx"):
+        if (fragments_) fragments_->TakeIndex(box);
+        break;
+      case FourCC("moof"):
+        if (!fragments_) break;
+        fragments_->TakeFirst(box);
+        fragments_->ReadTail(output_.packet);
+        return false;
+      default:
+        break;
+    }
+    return true;
+  }
+
+  void TakeXMP(const IsoBox& uuid) {
+    if (!output_.packet.empty() || uuid.Size() <= kXMPBoxId.size()) return;
+    if (file_.At(uuid.body, kXMPBoxId.size()).Text() != kXMPBoxId) return;
+    output_.packet = file_.Copy(uuid.body + kXMPBoxId.size(), uuid.Size() - kXMPBoxId.size());
+  }
+
+  void TakeMeta(const IsoBox& box) {
+    if (SetNonRealTimeBox(file_, box, camera_)) {
+      hasCamera_ = true;
+      return;
+    }
+    const bool exif = ReadItemMetadata(file_, box, output_.native, output_.packet);
+    output_.hasNative = output_.hasNative || exif;
+  }
+
+  void StoreMovie() {
+    if (fragments_) fragments_->Store(*movie_);
+    TXMPMeta& native = output_.native;
+    SetMovieFacts(file_, *movie_, native);
+    for (const IsoBox& box : movie_->texts) {
+      if (box.type == FourCC("udta")) {
+        SetUserData(file_, box, native, output_.packet);
+      } else if (box.type == FourCC("uuid")) {
+        SetMakerBox(file_, box, native);
+      } else if (SetNonRealTimeBox(file_, box, camera_)) {
+        hasCamera_ = true;
+      } else {
+        SetMetaItems(file_, box, native);
+      }
+    }
+    if (wanted_.Wants(kNsDM, "startTimecode")) SetMovieTimecode(file_, *movie_, native);
+    if (wanted_.Wants(kNsDM, "videoFieldOrder") || wanted_.Wants(kNsDM, "videoColorSpace")) {
+      SetFirstFrame(file_, *movie_, native);
+    }
+    if (hasCamera_) {
+      AddNonRealTimeFacts(std::move(camera_), native);
+    }
+    output_.hasNative = true;
+  }
+
+  const ReaderInput& input_;
+  FileWindow file_;
+  const WantedProperties& wanted_;
+  ReaderOutput& output_;
+  std::optional<IsoMovie> movie_;
+  std::optional<IsoFragments> fragments_;
+  TXMPMeta camera_;
+  bool hasCamera_ = false;
+};
+
+void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
+  if (Recognises(input)) IsoFile(input, wanted, output).Read();
 }
 
 }  // namespace

@@ -18,10 +18,6 @@ using foundation::ByteReader;
 // of its data reference.
 constexpr std::uint64_t kType = 4;
 constexpr std::uint64_t kVersion = 16;
-// Video.
-constexpr std::uint64_t kWidth = 32;
-constexpr std::uint64_t kHeight = 34;
-constexpr std::uint64_t kVideoBoxes = 86;
 // Audio.
 constexpr std::uint64_t kChannels = 24;
 constexpr std::uint64_t kSampleBits = 26;
@@ -37,36 +33,6 @@ constexpr std::uint64_t kTimecodeScale = 24;
 constexpr std::uint64_t kFrameDuration = 28;
 constexpr std::uint64_t kFramesPerSecond = 32;
 constexpr std::uint64_t kTimecodeBoxes = 34;
-
-// fiel: number of fields, order. Upper first if the top field is stored (1) or displayed (9) first.
-const char* FieldOrder(ByteReader fiel) {
-  if (fiel.U8(0) == 1) return "Progressive";
-  if (fiel.U8(0) != 2) return "";
-  switch (fiel.U8(1).value_or(0)) {
-    case 1:
-    case 9:
-      return "Upper";
-    case 6:
-    case 14:
-      return "Lower";
-    default:
-      return "";
-  }
-}
-
-// colr: type, primaries (ITU-T H.273).
-const char* ColorSpace(ByteReader colr) {
-  if (!colr.Matches(0, "nclc") && !colr.Matches(0, "nclx")) return "";
-  switch (colr.U16BE(4).value_or(0)) {
-    case 1:
-      return "CCIR-709";
-    case 5:
-    case 6:
-      return "CCIR-601";
-    default:
-      return "";
-  }
-}
 
 struct Sound {
   std::uint32_t type = 0;
@@ -142,11 +108,16 @@ unsigned ChannelsOfDecoder(ByteReader entry, std::uint64_t boxes) {
 
 Sound ReadSound(ByteReader entry) {
   Sound sound;
-  sound.type = entry.U32BE(kType).value_or(0);
+  const unsigned version = entry.U16BE(kVersion).value_or(0);
+  sound.type = OriginalFormat(entry, version == 1 ? kSoundBoxesV1 : kSoundBoxes);
   sound.channels = entry.U16BE(kChannels).value_or(0);
   sound.bits = entry.U16BE(kSampleBits).value_or(0);
   sound.rate = entry.U32BE(kSampleRate).value_or(0) >> 16;
-  const unsigned version = entry.U16BE(kVersion).value_or(0);
+  // 3GPP TS 26.244, 6.5: entries of AMR contain two channels, but the codec has one.
+  if (sound.type == FourCC("samr") || sound.type == FourCC("sawb")) {
+    sound.channels = 1;
+    return sound;
+  }
   if (version != 2) {
     // MP4 writers store two channels in the entry for any number of channels.
     const unsigned channels =
@@ -165,24 +136,6 @@ Sound ReadSound(ByteReader entry) {
 }
 
 }  // namespace
-
-void SetVideoEntry(ByteReader entry, TXMPMeta& meta) {
-  SetFrameSize(meta, entry.U16BE(kWidth).value_or(0), entry.U16BE(kHeight).value_or(0));
-  meta.SetProperty(kNsDM, "videoCompressor", VideoCodecName(entry.TextAt(kType, 4)));
-
-  FileWindow memory(entry);
-  IsoBoxes boxes(memory, kVideoBoxes, entry.Size());
-  while (const auto box = boxes.Next()) {
-    const ByteReader body = entry.Clip(box->body, box->Size());
-    if (box->type == FourCC("pasp")) {
-      SetPixelAspectRatio(meta, body.U32BE(0).value_or(0), body.U32BE(4).value_or(0));
-    } else if (box->type == FourCC("fiel")) {
-      meta.SetProperty(kNsDM, "videoFieldOrder", FieldOrder(body));
-    } else if (box->type == FourCC("colr")) {
-      meta.SetProperty(kNsDM, "videoColorSpace", ColorSpace(body));
-    }
-  }
-}
 
 void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta) {
   Sound first;
@@ -211,11 +164,26 @@ void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta) {
   }
 }
 
+std::uint32_t OriginalFormat(ByteReader entry, std::uint64_t boxes) {
+  const std::uint32_t type = entry.U32BE(kType).value_or(0);
+  if (type >> 8 != FourCC("enc") || entry.Size() <= boxes) return type;
+  FileWindow memory(entry);
+  const auto sinf = FindBox(memory, IsoBox{0, boxes, entry.Size()}, FourCC("sinf"));
+  const auto frma = sinf ? FindBox(memory, *sinf, FourCC("frma")) : std::nullopt;
+  return frma ? entry.U32BE(frma->body).value_or(type) : type;
+}
+
 TimecodeEntry ReadTimecodeEntry(ByteReader entry) {
   TimecodeEntry result;
   result.base = entry.U8(kFramesPerSecond).value_or(0);
   result.drop = (entry.U32BE(kTimecodeFlags).value_or(0) & 1) != 0;
   result.rate = {entry.U32BE(kTimecodeScale).value_or(0), entry.U32BE(kFrameDuration).value_or(0)};
+  // Some cameras round 29.97 down to 29 frames.
+  constexpr std::uint64_t kMaxBase = 255;
+  if (result.rate.Known()) {
+    const std::uint64_t base = (result.rate.num + result.rate.den / 2) / result.rate.den;
+    if (base != 0 && base <= kMaxBase) result.base = static_cast<unsigned>(base);
+  }
 
   FileWindow memory(entry);
   IsoBoxes boxes(memory, kTimecodeBoxes, entry.Size());

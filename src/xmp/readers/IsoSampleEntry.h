@@ -12,8 +12,9 @@
 
 namespace Sorvik::xmp {
 
-// Size in pixels, codec, pixel aspect ratio, field order and colour space.
-void SetVideoEntry(foundation::ByteReader entry, TXMPMeta& meta);
+// The type of the entry, whose child boxes start at `boxes`; for an encrypted track, the type
+// before encryption.
+std::uint32_t OriginalFormat(foundation::ByteReader entry, std::uint64_t boxes);
 
 // The first audio track; if each channel has a separate track, the number of these tracks.
 void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta);

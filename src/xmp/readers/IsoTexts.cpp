@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "xmp/Namespaces.h"
+#include "xmp/readers/IsoMakers.h"
 #include "xmp/readers/NativeText.h"
 
 namespace Sorvik::xmp {
@@ -80,11 +81,19 @@ constexpr Name kNames[] = {
      "creationdate", Fact::kDate},
     {"\xA9mak", "make", Fact::kMake},
     {"\xA9mod", "model", Fact::kModel},
+    {"\xA9mdl", {}, Fact::kModel},
+    {"manu", {}, Fact::kMake},
+    {"modl", {}, Fact::kModel},
     {"\xA9swr", "software", Fact::kSoftware},
     {"\xA9too", {}, Fact::kSoftware},
     {"\xA9xyz", "location.ISO6709", Fact::kPlace},
 };
 constexpr std::string_view kKeyPrefix = "com.apple.quicktime.";
+// Complete keys.
+constexpr Name kOtherKeys[] = {
+    {{}, "com.android.manufacturer", Fact::kMake},
+    {{}, "com.android.model", Fact::kModel},
+};
 
 const Name* FindCode(std::uint32_t type) {
   const auto found = std::find_if(std::begin(kNames), std::end(kNames),
@@ -93,6 +102,9 @@ const Name* FindCode(std::uint32_t type) {
 }
 
 const Name* FindKey(std::string_view key) {
+  for (const Name& name : kOtherKeys) {
+    if (name.key == key) return &name;
+  }
   if (!key.starts_with(kKeyPrefix)) return nullptr;
   key.remove_prefix(kKeyPrefix.size());
   const auto found = std::find_if(std::begin(kNames), std::end(kNames),
@@ -220,6 +232,8 @@ void SetUserData(FileWindow& file, const IsoBox& udta, TXMPMeta& meta, std::stri
     } else if (const Name* name = FindCode(box->type)) {
       const ByteReader body = file.At(box->body, std::min(kMaxTextBytes, box->Size()));
       Store(meta, name->fact, UserText(box->type, body));
+    } else {
+      SetMakerBox(file, *box, meta);
     }
   }
 }

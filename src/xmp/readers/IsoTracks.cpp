@@ -6,6 +6,7 @@
 #include "xmp/Namespaces.h"
 #include "xmp/NativeValues.h"
 #include "xmp/readers/IsoSampleEntry.h"
+#include "xmp/readers/IsoVideoEntry.h"
 #include "xmp/readers/NativeText.h"
 
 namespace Sorvik::xmp {
@@ -17,6 +18,8 @@ using foundation::ByteReader;
 constexpr std::size_t kMaxTracks = 64;
 // A description with all parts that are used; the largest contain the parameter sets of the video.
 constexpr std::uint64_t kMaxEntryBytes = 4096;
+// Durations of samples: more than a minute of different ones.
+constexpr std::uint64_t kMaxTimesBytes = 64 * 1024;
 
 // The two layouts of the same record: times and durations of four or of eight bytes.
 struct Times {
@@ -44,6 +47,10 @@ Times ReadTimes(ByteReader box) {
   return times;
 }
 
+bool IsProRes(std::string_view entry) {
+  return entry.size() > 8 && (entry.substr(4, 3) == "apc" || entry.substr(4, 3) == "ap4");
+}
+
 class TrackParser {
  public:
   explicit TrackParser(FileWindow& file) : file_(file) {}
@@ -54,6 +61,7 @@ class TrackParser {
       if (box->type == FourCC("tkhd")) ReadHeader(Body(*box, 96));
       if (box->type == FourCC("mdia")) ReadMedia(*box);
     }
+    Finish();
     return track_;
   }
 
@@ -64,7 +72,9 @@ class TrackParser {
 
   // Width and height are at the end of the record, as 16.16 fixed-point numbers.
   void ReadHeader(ByteReader tkhd) {
-    const std::uint64_t size = tkhd.U8(0) == 1 ? 88 : 76;
+    const bool wide = tkhd.U8(0) == 1;
+    track_.id = tkhd.U32BE(wide ? 20 : 12).value_or(0);
+    const std::uint64_t size = wide ? 88 : 76;
     track_.width = tkhd.U32BE(size).value_or(0) >> 16;
     track_.height = tkhd.U32BE(size + 4).value_or(0) >> 16;
   }
@@ -95,7 +105,8 @@ class TrackParser {
           ReadDescriptions(*box);
           break;
         case FourCC("stts"):
-          ReadDurations(Body(*box, 24));
+          track_.times = ReadSampleTimes(Body(*box, kMaxTimesBytes), completeTimes_);
+          timed_ = true;
           break;
         case FourCC("stsz"):
         case FourCC("stz2"):
@@ -117,7 +128,21 @@ class TrackParser {
   bool Complete() const {
     if (track_.entry.empty()) return false;
     if (track_.handler == FourCC("tmcd")) return track_.firstChunk != 0;
-    return track_.sampleUnits != 0 || sized_;
+    if (IsProRes(track_.entry) && track_.firstChunk == 0) return false;
+    return track_.handler == FourCC("vide") ? timed_ && sized_ : timed_ || sized_;
+  }
+
+  // Of a long table only the first part was read.
+  void Finish() {
+    track_.empty = sized_ ? track_.samples == 0 : timed_ && track_.times.Samples() < 1;
+    double mean = 0;
+    if (completeTimes_) {
+      if (!sized_) track_.samples = static_cast<std::uint64_t>(track_.times.Samples());
+    } else if (track_.duration != 0) {
+      mean = static_cast<double>(track_.samples) * track_.timescale /
+             static_cast<double>(track_.duration);
+    }
+    track_.timing = FrameTimingOf(track_.times, track_.timescale, mean);
   }
 
   // Version and flags, number of entries, entries with their own sizes.
@@ -130,29 +155,26 @@ class TrackParser {
         file_.Copy(stsd.body + 8, std::min<std::uint64_t>({size, stsd.Size() - 8, kMaxEntryBytes}));
   }
 
-  // Version and flags, number of entries, each a count and a duration. With a constant rate all
-  // samples but the last have the same duration.
-  void ReadDurations(ByteReader stts) {
-    const std::uint32_t entries = stts.U32BE(4).value_or(0);
-    const std::uint64_t count = stts.U32BE(8).value_or(0);
-    const std::uint32_t units = stts.U32BE(12).value_or(0);
-    const bool lastCut = entries == 2 && count > 1 && stts.U32BE(16) == 1;
-    if (entries != 1 && !lastCut) return;
-    track_.samples = count + (lastCut ? 1 : 0);
-    track_.sampleUnits = units;
-  }
-
   FileWindow& file_;
   IsoTrack track_;
   bool sized_ = false;
+  bool timed_ = false;
+  bool completeTimes_ = true;
 };
 
-// Fragmented files store durations outside the tables.
+// Fragmented files store durations outside the tables. trex: track, description, duration.
 void ReadFragmentDefaults(FileWindow& file, const IsoBox& mvex, IsoMovie& movie) {
-  const auto mehd = FindBox(file, mvex, FourCC("mehd"));
-  if (!mehd || movie.duration != 0) return;
-  const ByteReader body = file.At(mehd->body, std::min<std::uint64_t>(12, mehd->Size()));
-  movie.duration = body.U8(0) == 1 ? body.U64BE(4).value_or(0) : body.U32BE(4).value_or(0);
+  movie.fragmented = true;
+  IsoBoxes boxes(file, mvex);
+  while (const auto box = boxes.Next()) {
+    const ByteReader body = file.At(box->body, std::min<std::uint64_t>(16, box->Size()));
+    if (box->type == FourCC("mehd")) {
+      movie.fragmentDuration =
+          body.U8(0) == 1 ? body.U64BE(4).value_or(0) : body.U32BE(4).value_or(0);
+    } else if (box->type == FourCC("trex") && movie.fragmentDefaults.size() < kMaxTracks) {
+      movie.fragmentDefaults.emplace_back(body.U32BE(4).value_or(0), body.U32BE(12).value_or(0));
+    }
+  }
 }
 
 const IsoTrack* FirstTrack(const IsoMovie& movie, std::uint32_t handler) {
@@ -162,21 +184,15 @@ const IsoTrack* FirstTrack(const IsoMovie& movie, std::uint32_t handler) {
   return nullptr;
 }
 
-Rate RateOf(const IsoTrack& track) {
-  if (track.sampleUnits != 0) return Rate{track.timescale, track.sampleUnits};
-  if (track.duration == 0 || track.samples < 2) return Rate();
-  // The mean of a variable rate.
-  const double rate =
-      static_cast<double>(track.samples) * track.timescale / static_cast<double>(track.duration);
-  if (!(rate > 0.001 && rate < 100'000)) return Rate();
-  return Normalise(Rate{static_cast<std::uint64_t>(rate * 1000 + 0.5), 1000});
-}
-
-// In frames if all have the same duration, otherwise in units of the movie.
+// In frames if the rate is constant, otherwise in units of the movie. A movie without samples, such
+// as the first segment of a stream, has no duration.
 void SetMovieDuration(const IsoMovie& movie, const IsoTrack* video, TXMPMeta& meta) {
-  if (video != nullptr && video->sampleUnits != 0 && video->samples > 1) {
-    SetDuration(meta, video->samples, RateOf(*video));
-  } else if (movie.duration != 0) {
+  const bool frames = video != nullptr && video->timing.constant && video->samples > 1;
+  const bool samples = std::any_of(movie.tracks.begin(), movie.tracks.end(),
+                                   [](const IsoTrack& track) { return !track.empty; });
+  if (frames) {
+    SetDuration(meta, video->samples, video->timing.rate);
+  } else if (movie.duration != 0 && (samples || movie.fragmented)) {
     SetDuration(meta, movie.duration, Rate{movie.timescale, 1});
   }
 }
@@ -223,7 +239,8 @@ IsoMovie ReadMovie(FileWindow& file, const IsoBox& moov) {
       movie.tracks.push_back(TrackParser(file).Parse(*box));
     } else if (box->type == FourCC("mvex")) {
       ReadFragmentDefaults(file, *box, movie);
-    } else if (box->type == FourCC("udta") || box->type == FourCC("meta")) {
+    } else if (box->type == FourCC("udta") || box->type == FourCC("meta") ||
+               box->type == FourCC("uuid")) {
       movie.texts.push_back(*box);
     }
   }
@@ -237,8 +254,8 @@ void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
   const IsoTrack* video = FirstTrack(movie, FourCC("vide"));
   if (video != nullptr) {
     SetFrameSize(meta, video->width, video->height);
-    SetFrameRate(meta, RateOf(*video));
-    SetVideoEntry(foundation::ReaderOf(video->entry), meta);
+    SetFrameRate(meta, video->timing.rate);
+    SetVideoEntry(foundation::ReaderOf(video->entry), video->width, video->height, meta);
   }
   SetAudioEntries(movie.tracks, meta);
   SetMovieDuration(movie, video, meta);
@@ -248,6 +265,13 @@ void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
   if (timecode == nullptr) return;
   meta.SetProperty(kNsDM, "tapeName",
                    ReadTimecodeEntry(foundation::ReaderOf(timecode->entry)).reel);
+}
+
+void SetFirstFrame(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
+  const IsoTrack* video = FirstTrack(movie, FourCC("vide"));
+  if (video == nullptr || video->firstChunk == 0 || !IsProRes(video->entry)) return;
+  constexpr std::uint64_t kHeaderBytes = 32;
+  SetProResFrame(file.At(video->firstChunk, kHeaderBytes), meta);
 }
 
 void SetMovieTimecode(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {

@@ -3,18 +3,26 @@
 // Facts: ISO/IEC 14496-12, clauses 8 and 12; QuickTime File Format, "Media Data Atom Types".
 #pragma once
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "xmp/readers/IsoBoxes.h"
+#include "xmp/readers/IsoSampleTimes.h"
 
 namespace Sorvik::xmp {
 
 // The facts kept of one track.
 struct IsoTrack {
+  std::uint32_t id = 0;
   std::uint32_t handler = 0;    // 'vide', 'soun', 'tmcd', ...
   std::uint32_t timescale = 0;  // units per second
   std::uint64_t duration = 0;   // in these units
   std::uint64_t samples = 0;
-  std::uint32_t sampleUnits = 0;  // of each sample; 0 if they differ
-  std::uint32_t width = 0;        // display size, from the track header
+  bool empty = false;  // its tables say that there are no samples
+  SampleTimes times;
+  FrameTiming timing;
+  std::uint32_t width = 0;  // display size, from the track header
   std::uint32_t height = 0;
   std::string entry;             // the first sample description, with its size and type
   std::uint64_t firstChunk = 0;  // offset of the first sample; 0 unknown
@@ -27,13 +35,21 @@ struct IsoMovie {
   std::uint32_t timescale = 0;
   std::uint64_t duration = 0;
   std::vector<IsoTrack> tracks;
-  std::vector<IsoBox> texts;  // its 'udta' and 'meta' boxes
+  std::vector<IsoBox> texts;  // its 'udta', 'meta' and 'uuid' boxes
+  // Of fragmented movies.
+  bool fragmented = false;
+  std::uint64_t fragmentDuration = 0;  // of 'mehd', in units of the movie; 0 unknown
+  // Track ids and durations of samples, of 'trex'.
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> fragmentDefaults;
 };
 
 IsoMovie ReadMovie(FileWindow& file, const IsoBox& moov);
 
 // Stores the facts of the movie and its tracks.
 void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta);
+// Sets facts that are missing in the description of the video track from the header of its first
+// frame, which takes a read: of ProRes only.
+void SetFirstFrame(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta);
 // Sets xmpDM:startTimecode. The sample of a timecode track is in the media data, which takes a
 // read.
 void SetMovieTimecode(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta);

@@ -20,6 +20,8 @@ struct VideoFacts {
   std::uint64_t aspectWidth = 0;  // of a sample; 0 unknown
   std::uint64_t aspectHeight = 0;
   unsigned depth = 8;
+  unsigned primaries = 0;  // ITU-T H.273; 0 unknown
+  unsigned matrix = 0;
   const char* fieldOrder = nullptr;     // "Upper", "Lower", "Progressive"
   std::optional<Timecode> gopTimecode;  // of the first group of pictures
   // The recording block of the first picture that has one, without its name and emulation
@@ -32,6 +34,8 @@ struct VideoFacts {
 std::uint64_t FindStartCode(foundation::ByteReader stream, std::uint64_t from) noexcept;
 
 VideoFacts ReadAVC(foundation::ByteReader stream);
+// The same of one sequence parameter set. The field order of interlaced video is unknown.
+VideoFacts ReadAVCSequence(foundation::ByteReader nal);
 VideoFacts ReadMPEG2(foundation::ByteReader stream);
 
 }  // namespace Sorvik::xmp

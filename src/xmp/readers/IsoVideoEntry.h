@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// Sample descriptions of video tracks of ISO base media files, with the configuration of the codec.
+// Facts: ISO/IEC 14496-12, 12.1, and 14496-15 (AVC, HEVC, VVC); the codec bindings of AV1 and VP9;
+// QuickTime File Format, "Video Sample Description".
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/ByteReader.h"
+#include "xmp/XMPMeta.h"
+
+namespace Sorvik::xmp {
+
+// Size in pixels, codec, bit depth, pixel aspect ratio, field order and colour space. The track is
+// displayed at `displayWidth` by `displayHeight`; 0 means unknown.
+void SetVideoEntry(foundation::ByteReader entry, std::uint32_t displayWidth,
+                   std::uint32_t displayHeight, TXMPMeta& meta);
+
+// Field order, colour space and pixel aspect ratio from the header of a ProRes frame, where the
+// description lacks them.
+void SetProResFrame(foundation::ByteReader frame, TXMPMeta& meta);
+
+}  // namespace Sorvik::xmp
