@@ -271,8 +271,7 @@ void CardEvaluation::Finish() {
     return std::make_tuple(finding.severity, std::string_view(finding.path), finding.role,
                            RankOf(finding.kind));
   });
-  const auto repeated = std::ranges::unique(findings, IsRepeated);
-  findings.erase(repeated.begin(), repeated.end());
+  findings.erase(std::unique(findings.begin(), findings.end(), IsRepeated), findings.end());
   result_.complete = !aborted_ && !ProviderRequest::TestAborted(request_) &&
                      std::ranges::none_of(findings, [](const Finding& finding) {
                        return finding.severity == Finding::Severity::kError;

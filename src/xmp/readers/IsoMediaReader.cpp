@@ -34,7 +34,7 @@ bool Recognises(const ReaderInput& input) {
 class IsoFile {
  public:
   IsoFile(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output)
-      : input_(input), file_(input), wanted_(wanted), output_(output) {}
+      : file_(input), wanted_(wanted), output_(output) {}
 
   // Media data is skipped, wherever it is.
   void Read() {
@@ -114,7 +114,6 @@ class IsoFile {
     output_.hasNative = true;
   }
 
-  const ReaderInput& input_;
   FileWindow file_;
   const WantedProperties& wanted_;
   ReaderOutput& output_;
