@@ -42,6 +42,8 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/host/completion/sorvik.bash)
       DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
   install(FILES host/completion/_sorvik
       DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT program)
+  install(FILES host/completion/sorvik.fish
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
 endif()
 
 set(CPACK_GENERATOR DEB)

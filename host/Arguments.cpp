@@ -19,31 +19,47 @@ struct CommandRow {
   std::size_t maxOperands;
   std::string_view options;
   std::string_view summary;
+  std::string_view example;
 };
 
 constexpr std::size_t kAnyCount = std::numeric_limits<std::size_t>::max();
 
 constexpr CommandRow kCommands[] = {
-    {"ls", "[PATH]", 0, 1, "--json --provider --fields --all --thumbs --size",
-     "list the entries of a path as a table; without PATH the volumes"},
-    {"who", "PATH", 1, 1, "--json", "list the providers that support PATH, best first"},
+    {"ls", "[PATH]", 0, 1, "--json --tsv --csv --provider --fields --all --thumbs --size",
+     "list the entries of a path as a table; without PATH the volumes",
+     "sorvik ls /media/CARD --csv > clips.csv"},
+    {"who", "PATH", 1, 1, "--json --tsv --csv", "list the providers that support PATH, best first",
+     "sorvik who /media/CARD"},
     {"entry", "PATH KEY", 2, 2, "--json --provider --fields --all",
-     "show one entry with its fields"},
+     "show one entry with its fields", "sorvik entry /media/CARD 0001AB"},
     {"files", "PATH [KEY]", 1, 2, "--json --provider -0 --dirs --all-cards --relative",
-     "list the files of a card or of one clip, one path per line"},
-    {"places", "PATH", 1, 1, "--json --provider", "list the entries that can be browsed further"},
-    {"owner", "FILE", 1, 1, "--json --clips-only", "show the entry that a file belongs to"},
-    {"thumb", "PATH KEY | --folder", 0, 2, "--json --provider --size --folder --force -o",
-     "write the thumbnail of an entry, or the folder picture, as PNG"},
+     "list the files of a card or of one clip, one path per line",
+     "sorvik files /media/CARD 0001AB -0 | xargs -0 cp -t /backup"},
+    {"places", "PATH", 1, 1, "--json --tsv --csv --provider",
+     "list the entries that can be browsed further", "sorvik places /media"},
+    {"owner", "FILE...", 1, kAnyCount, "--json --ndjson --clips-only",
+     "show the entry that a file belongs to",
+     "sorvik owner /media/CARD/CONTENTS/AUDIO/0001AB00.MXF"},
+    {"thumb", "PATH KEY... | --folder", 0, kAnyCount,
+     "--json --ndjson --provider --size --folder --force -o",
+     "write the thumbnail of an entry, or the folder picture, as PNG",
+     "sorvik thumb /media/CARD 0001AB -o clip.png --size 320x240"},
     {"sheet", "PATH", 1, 1, "--json --provider --fields --all --size --force -o",
-     "write a contact sheet as one HTML file"},
+     "write a contact sheet as one HTML file", "sorvik sheet /media/CARD -o sheet.html"},
     {"check", "PATH", 1, 1, "--json --provider --files --quick --against --hash",
-     "check whether a card is complete; report missing and damaged files"},
+     "check whether a card is complete; report missing and damaged files",
+     "sorvik check /media/CARD"},
     {"cards", "PATH...", 1, kAnyCount, "--json -0",
-     "find the cards at, around and below each path, one path per line"},
-    {"providers", "", 0, 0, "--json", "list the registered providers with their fields"},
-    {"meta", "FILE | --packet", 0, 1, "--json --fields --all --packet",
-     "show the metadata of a file, or of an XMP packet on standard input"},
+     "find the cards at, around and below each path, one path per line",
+     "sorvik cards /media -0 | xargs -0 -n 1 sorvik check"},
+    {"providers", "", 0, 0, "--json", "list the registered providers with their fields",
+     "sorvik providers"},
+    {"fields", "[PROVIDER]", 0, 1, "--json --tsv --csv", "list fields with label, type and meaning",
+     "sorvik fields p2"},
+    {"meta", "FILE... | --packet", 0, kAnyCount, "--json --ndjson --fields --all --packet",
+     "show the metadata of a file, or of an XMP packet on standard input",
+     "sorvik meta clip.mov --fields 'Start Timecode,Duration'"},
+    {"help", "[COMMAND]", 0, 1, "", "show this help, or that of a command", "sorvik help ls"},
 };
 
 struct OptionRow {
@@ -54,8 +70,11 @@ struct OptionRow {
 
 constexpr OptionRow kOptions[] = {
     {"--json", "", "print one JSON document instead of a table"},
-    {"--provider", "ID", "use this provider instead of the best one"},
-    {"--fields", "A,B,C", "these fields, comma-separated; '' for none"},
+    {"--ndjson", "", "print one JSON document per line, for several files or keys"},
+    {"--tsv", "", "print complete values separated by tabs"},
+    {"--csv", "", "print complete values as CSV (RFC 4180)"},
+    {"--provider", "ID", "use this provider instead of the best one, such as p2"},
+    {"--fields", "A,B,C", "these fields by name or label, comma-separated; '' for none"},
     {"--all", "", "all fields that the provider supports"},
     {"--thumbs", "", "show pictures if the terminal supports them"},
     {"--size", "WxH", "maximum picture size in pixels (default: 80x60)"},
@@ -70,7 +89,7 @@ constexpr OptionRow kOptions[] = {
     {"--all-cards", "", "list parts of the clips on other cards, too"},
     {"--relative", "", "print paths relative to PATH, for rsync --files-from"},
     {"--force", "", "allow -o to replace a file of a card"},
-    {"-o", "FILE", "output file; - for standard output"},
+    {"-o", "FILE", "output file, - for standard output; a folder for several keys"},
     {"--core", "", "without the providers of newer cards; accepted by all commands"},
     {"-0", "", "end each path with a NUL byte, for xargs -0"},
 };
@@ -128,6 +147,9 @@ PictureProtocol ParseProtocol(const std::string& text) {
 
 void Apply(Options& options, std::string_view name, const std::string& value) {
   if (name == "--json") options.json = true;
+  if (name == "--ndjson") options.json = options.ndjson = true;
+  if (name == "--tsv") options.form = TableForm::kTsv;
+  if (name == "--csv") options.form = TableForm::kCsv;
   if (name == "--all") options.all = true;
   if (name == "--core") options.core = true;
   if (name == "-0") options.zero = true;
@@ -165,7 +187,8 @@ class Parser {
         TakeOperand(word);
       }
     }
-    if (!options_.command.empty() && FindCommand(options_.command) == nullptr) return options_;
+    if (options_.command == "version") return options_;
+    if (help_) return HelpOptions();
     options_.nearby = !commandNamed_;
     if (options_.command.empty()) options_.command = "ls";
     CheckUsage(*FindCommand(options_.command));
@@ -173,6 +196,14 @@ class Parser {
   }
 
  private:
+  // --help after a command is the help of that command.
+  Options HelpOptions() const {
+    Options options;
+    options.command = "help";
+    if (commandNamed_) options.operands = {options_.command};
+    return options;
+  }
+
   // The first operand is the command name, or the path to list if it isn't one.
   void TakeOperand(const std::string& word) {
     if (options_.command.empty() && !onlyOperands_ && FindCommand(word) != nullptr) {
@@ -185,9 +216,9 @@ class Parser {
   }
 
   void ParseOption(const std::string& word) {
-    if (word == "--help" || word == "-h") options_.command = "help";
-    if (word == "--version") options_.command = "version";
-    if (options_.command == "help" || options_.command == "version") return;
+    if (word == "--help" || word == "-h") help_ = true;
+    if (word == "--version" || word == "-V") options_.command = "version";
+    if (help_ || options_.command == "version") return;
     const std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
     const std::string name = word.substr(0, equals);
     const auto* const row =
@@ -224,27 +255,41 @@ class Parser {
     if (count > command.maxOperands) FailUsage(name + ": too many arguments");
     if (count < command.minOperands)
       FailUsage(name + ": too few arguments, expected " + std::string(command.operands));
-    if (name == "thumb" && count != (options_.folder ? 0U : 2U)) {
-      FailUsage("thumb: expected PATH KEY, or --folder");
-    }
-    if (name == "meta" && count != (options_.packet ? 0U : 1U)) {
-      FailUsage("meta: expected FILE, or --packet");
-    }
+    CheckOperandCount(name, count);
     if (Accepts(command, "-o") && options_.output.empty())
       FailUsage(name + ": missing option -o FILE");
     if (options_.output == "-" && options_.json)
       FailUsage("-o - and --json both write to standard output");
     if (options_.hash && options_.against.empty()) FailUsage("--hash needs --against COPY");
     if (options_.all && options_.fields) FailUsage("--fields and --all are mutually exclusive");
+    if (options_.json && options_.form != TableForm::kAligned)
+      FailUsage("--json, --tsv and --csv are mutually exclusive");
+  }
+
+  void CheckOperandCount(const std::string& name, std::size_t count) const {
+    if (name == "thumb" && (options_.folder ? count != 0 : count < 2)) {
+      FailUsage("thumb: expected PATH KEY, or --folder");
+    }
+    if (name == "meta" && (options_.packet ? count != 0 : count == 0)) {
+      FailUsage("meta: expected FILE, or --packet");
+    }
+    const std::size_t single = name == "thumb" ? 2 : 1;
+    const bool several = Accepts(*FindCommand(name), "--ndjson") && count > single;
+    if (several && options_.json && !options_.ndjson) {
+      FailUsage(name + ": several documents need --ndjson instead of --json");
+    }
   }
 
   const std::vector<std::string>& words_;
   std::size_t next_ = 0;
   bool onlyOperands_ = false;
   bool commandNamed_ = false;
+  bool help_ = false;
   std::vector<std::string> seen_;
   Options options_;
 };
+
+constexpr std::size_t kHelpColumn = 32;
 
 std::string Padded(std::string text, std::size_t width) {
   text.resize(std::max(width, text.size() + 2), ' ');
@@ -257,29 +302,64 @@ Options ParseArguments(const std::vector<std::string>& arguments) {
   return Parser(arguments).Parse();
 }
 
-std::string HelpText() {
-  constexpr std::size_t kColumn = 30;
+bool WantsJson(const std::vector<std::string>& arguments) {
+  for (const std::string& word : arguments) {
+    if (word == "--") break;
+    if (word == "--json" || word == "--ndjson") return true;
+  }
+  return false;
+}
+
+namespace {
+
+std::string OptionLine(const OptionRow& row) {
+  return Padded("  " + std::string(row.name) + " " + std::string(row.value), kHelpColumn) +
+         std::string(row.summary) + "\n";
+}
+
+std::string CommandHelp(const CommandRow& command) {
+  const std::string name(command.name);
+  std::string text = "usage: sorvik " + name;
+  if (!command.options.empty()) text += " [OPTIONS]";
+  if (!command.operands.empty()) text += " " + std::string(command.operands);
+  text += "\n\n" + std::string(command.summary) + "\n";
+  std::string options;
+  for (const OptionRow& row : kOptions) {
+    if (Accepts(command, row.name)) options += OptionLine(row);
+  }
+  if (!options.empty()) text += "\noptions:\n" + options;
+  return text + "\nexample:\n  " + std::string(command.example) + "\n";
+}
+
+std::string GeneralHelp() {
   std::string text =
       "sorvik shows camera cards and folders as places with clips.\n\n"
       "usage: sorvik [COMMAND] [OPTIONS] [PATH]\n\n"
       "Without a command, lists the cards at, around and next to PATH, or PATH itself if there is\n"
       "none; without PATH the volumes.\n\ncommands:\n";
   for (const CommandRow& row : kCommands) {
-    text += Padded("  " + std::string(row.name) + " " + std::string(row.operands), kColumn);
+    text += Padded("  " + std::string(row.name) + " " + std::string(row.operands), kHelpColumn);
     text += std::string(row.summary) + "\n";
-    if (!row.options.empty()) text += std::string(kColumn, ' ') + std::string(row.options) + "\n";
   }
   text += "\noptions:\n";
-  for (const OptionRow& row : kOptions) {
-    text += Padded("  " + std::string(row.name) + " " + std::string(row.value), kColumn);
-    text += std::string(row.summary) + "\n";
-  }
-  text +=
-      "\n--thumbs detects what the terminal supports; --thumbs=kitty, --thumbs=sixel and\n"
-      "--thumbs=none select it. A path that begins with \"volumes:\" and every KEY are passed to\n"
-      "the library unchanged; any other path is made absolute. -- ends the options.\n\n"
-      "exit status: 0 success, 1 error or incomplete card, 2 usage error, 130 interrupted\n";
-  return text;
+  for (const OptionRow& row : kOptions) text += OptionLine(row);
+  text += Padded("  --help, -h", kHelpColumn) + "show help, also after a command\n";
+  text += Padded("  --version, -V", kHelpColumn) + "show the version\n";
+  return text +
+         "\n'sorvik help COMMAND' shows the options of a command and an example.\n"
+         "\nKEY is what 'sorvik ls' shows in the column Key; the file name of a clip, its path or\n"
+         "its name work as well. A path that begins with \"volumes:\" is passed to the library\n"
+         "unchanged; any other path is made absolute. -- ends the options.\n"
+         "\nexit status: 0 success, 1 error or incomplete card, 2 usage error, 130 interrupted\n";
+}
+
+}  // namespace
+
+std::string HelpText(const std::string& command) {
+  if (command.empty()) return GeneralHelp();
+  const CommandRow* row = FindCommand(command);
+  if (row == nullptr) FailUsage("help: unknown command '" + command + "'");
+  return CommandHelp(*row);
 }
 
 }  // namespace host

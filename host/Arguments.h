@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Table.h"
+
 namespace host {
 
 enum class PictureProtocol { kNone, kAutomatic, kKitty, kSixel };
@@ -14,6 +16,7 @@ struct Options {
   std::string command;
   std::vector<std::string> operands;
   bool json = false;
+  bool ndjson = false;  // one document per line; implies json
   bool all = false;
   bool core = false;  // without the providers of newer cards
   bool zero = false;
@@ -29,7 +32,8 @@ struct Options {
   bool relative = false;
   bool force = false;
   PictureProtocol thumbs = PictureProtocol::kNone;
-  std::optional<std::vector<std::string>> fields;  // in the order of the command line
+  TableForm form = TableForm::kAligned;
+  std::optional<std::vector<std::string>> fields;  // as typed, in the order of the command line
   std::string provider;
   std::string output;
   std::string against;
@@ -38,10 +42,14 @@ struct Options {
 };
 
 // Throws Failure with kUsageError for invalid arguments. --help and --version become the commands
-// "help" and "version".
+// "help" and "version"; the operand of "help" is the command that it is about, if any.
 Options ParseArguments(const std::vector<std::string>& arguments);
 
-// The text of --help.
-std::string HelpText();
+// Returns true if the arguments ask for JSON. For errors found before the options are parsed.
+bool WantsJson(const std::vector<std::string>& arguments);
+
+// Returns the text of --help, or that of one command. Throws Failure with kUsageError for an
+// unknown command.
+std::string HelpText(const std::string& command);
 
 }  // namespace host

@@ -2,6 +2,7 @@
 // The commands of the program, each in its own file in commands/.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,8 +34,18 @@ int RunCheck(Context& context);
 int RunProviders(Context& context);
 int RunMeta(Context& context);
 int RunCards(Context& context);
+int RunFields(Context& context);
 
-// Throws Failure for a path that no provider claims, with the system's reason if there is one.
+// Calls `run` with each operand. If there are several, a Failure is reported and the others follow.
+// Returns the exit code.
+int ForEachOperand(Context& context, const std::vector<std::string>& operands,
+                   const std::function<void(const std::string&)>& run);
+
+// True for the providers of cards and clip folders; false for plain directories and volumes.
+bool IsStructure(const Sorvik::ProviderWrapper& provider);
+
+// Throws Failure for a path that no provider claims, with the system's reason if there is one,
+// and the card above the path.
 [[noreturn]] void FailUnclaimedPath(Context& context, const std::string& path);
 
 // Throws Failure for a folder that can't be read. The library returns an empty result for both an
@@ -49,15 +60,18 @@ std::vector<Sorvik::FoundCard> CardsFor(Context& context, const std::string& pat
 const Sorvik::ProviderWrapper& ProviderOf(const Sorvik::FoundCard& card);
 
 // Returns the provider given by --provider, or the best one. Throws Failure if it doesn't claim
-// `path`. --provider accepts an identification or its last component.
+// `path`. --provider accepts a name as IsNamed does.
 const Sorvik::ProviderWrapper& ChooseProvider(Context& context, const std::string& path);
+// True if `name` is the identification, its last component, or that without "Provider", such as
+// "p2". Case-insensitive.
 bool IsNamed(const std::string& identification, const std::string& name);
 
 // Throws Failure if `path` exists and belongs to a camera card, unless --force is given. For files
 // that a command is about to write.
 void RefuseFileOfCard(Context& context, const std::string& path);
 
-// Returns the fields to request, in display order: those of --fields, all, or `usual`.
+// Returns the fields to request, in display order: those of --fields, all, or `usual`. Throws
+// Failure for an unknown field.
 Sorvik::FieldNameList ChosenFields(const Options& options, const Sorvik::ProviderWrapper& provider,
                                    const Sorvik::FieldNameList& usual);
 // Returns all fields of a provider, its default fields first.
@@ -75,12 +89,35 @@ Sorvik::FieldValueMap ReadEntry(Context& context, const Sorvik::ProviderWrapper&
 // Writes {"path","provider","entries"}.
 void WriteEntriesJson(Output& output, const std::string& path, const std::string& provider,
                       const Sorvik::ContentMap& content);
-// Returns those of `fields` that have a value in at least one entry.
-Sorvik::FieldNameList NonEmptyFields(Sorvik::FieldNameList fields,
-                                     const Sorvik::ContentMap& content);
-// Writes the entries as a table with `fields` as columns.
-void WriteEntriesTable(Output& output, const Sorvik::ProviderWrapper& provider,
-                       const Sorvik::FieldNameList& fields, const Sorvik::ContentMap& content);
+// A column of a table of entries.
+struct Column {
+  std::string heading;
+  // Shows the first of these fields that has a value; the key if there are none.
+  Sorvik::FieldNameList fields;
+};
+
+// Returns the columns that are shown unless --fields or --all is given.
+std::vector<Column> DefaultColumns(const Sorvik::ProviderWrapper& provider);
+// Returns the key and one column per field.
+std::vector<Column> ColumnsOf(const Sorvik::ProviderWrapper& provider,
+                              const Sorvik::FieldNameList& fields);
+// Returns all fields that the columns show.
+Sorvik::FieldNameList FieldsOf(const std::vector<Column>& columns);
+
+// How values are written: complete for machines, short dates on a terminal.
+struct CellStyle {
+  bool complete = false;
+  bool shortDates = false;
+};
+
+// Returns the text of an entry in a column other than that of the key.
+std::string CellOf(const Column& column, const std::string& key,
+                   const Sorvik::FieldValueMap& fields, CellStyle style);
+
+// Writes the entries of `path` as a table. Columns without any value are omitted, and so are keys
+// that all equal the names.
+void WriteEntriesTable(Context& context, const std::string& path, std::vector<Column> columns,
+                       const Sorvik::ContentMap& content);
 // Writes each field as a line of label and value; empty values are omitted.
 void WriteFieldLines(Output& output, const Sorvik::FieldLabelMap& labels,
                      const Sorvik::FieldNameList& order, const Sorvik::FieldValueMap& fields);

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "Paths.h"
-#include "Picture.h"
 #include "Text.h"
+#include "Values.h"
 
 namespace host {
 namespace {
@@ -18,43 +18,60 @@ h1 { font-size: 1.3rem; margin: 0; overflow-wrap: anywhere; }
 header p { margin: 0; opacity: .7; }
 input { font: inherit; padding: .3rem .6rem; min-width: 16rem; margin: 1rem 0; }
 main { display: grid; grid-template-columns: repeat(auto-fill, minmax(14rem, 1fr)); gap: 1rem; }
-article { border: 1px solid #8886; border-radius: .4rem; padding: .7rem; break-inside: avoid; }
+article { border: 1px solid #8886; border-radius: .4rem; padding: .7rem; break-inside: avoid;
+          content-visibility: auto; contain-intrinsic-size: auto 18rem; }
 article[hidden] { display: none; }
 .picture { height: 7rem; display: flex; align-items: center; justify-content: center;
            background: #8882; border-radius: .3rem; margin-bottom: .5rem; }
-.picture img { max-width: 100%; max-height: 100%; }
+.picture img { width: 100%; height: 100%; object-fit: contain; }
+a { color: inherit; }
+a:focus-visible, input:focus-visible { outline: 2px solid Highlight; outline-offset: 2px; }
 h2 { font-size: 1rem; margin: 0 0 .3rem; overflow-wrap: anywhere; }
 dl { display: grid; grid-template-columns: auto 1fr; gap: 0 .7rem; margin: 0; font-size: .85rem; }
 dt { opacity: .65; } dd { margin: 0; overflow-wrap: anywhere; }
-@media print { input { display: none; } }
+@media print {
+  input { display: none; }
+  body { margin: 0; font-size: 10px; }
+  main { grid-template-columns: repeat(4, 1fr); gap: .5rem; }
+  article { content-visibility: visible; }
+}
 )";
 
 constexpr std::string_view kScript = R"(
 const box = document.querySelector("input"), count = document.querySelector("#count");
 const clips = [...document.querySelectorAll("article")];
 const texts = clips.map(clip => clip.textContent.toLowerCase());
+const all = count.textContent;
 function filter() {
   const words = box.value.toLowerCase().split(/\s+/).filter(Boolean);
   let shown = 0;
   clips.forEach((clip, i) => {
-    clip.hidden = !words.every(word => texts[i].includes(word));
-    shown += clip.hidden ? 0 : 1;
+    const hide = !words.every(word => texts[i].includes(word));
+    if (clip.hidden !== hide) clip.hidden = hide;
+    shown += hide ? 0 : 1;
   });
-  count.textContent = shown === clips.length ? `${shown}` : `${shown} / ${clips.length}`;
+  count.textContent = shown === clips.length ? all : `${shown} / ${all}`;
 }
 box.addEventListener("input", filter);
-filter();
 )";
+
+std::string FactHtml(const std::string& label, const std::string& html) {
+  return "<dt>" + HtmlText(label) + "</dt><dd>" + html + "</dd>";
+}
 
 std::string ClipHtml(const SheetClip& clip) {
   std::string html = "<article><div class=\"picture\">";
-  if (!clip.png.empty()) {
-    html += "<img alt=\"\" src=\"data:image/png;base64," + Base64(clip.png) + "\">";
+  if (!clip.picture.empty()) {
+    html += "<img loading=\"lazy\" alt=\"\" src=\"" + HtmlText(clip.picture) + "\">";
   }
   html += "</div><h2>" + HtmlText(clip.name) + "</h2><dl>";
-  for (const auto& [label, text] : clip.facts) {
-    html += "<dt>" + HtmlText(label) + "</dt><dd>" + HtmlText(text) + "</dd>";
+  html += FactHtml(Translated("$$$/Sorvik/Column/Key=Key"), HtmlText(clip.key));
+  if (!clip.path.empty()) {
+    html += FactHtml(
+        Translated("$$$/Sorvik/Sheet/File=File"),
+        "<a href=\"" + FileUrl(clip.path) + "\">" + HtmlText(FileName(clip.path)) + "</a>");
   }
+  for (const auto& [label, text] : clip.facts) html += FactHtml(label, HtmlText(text));
   return html + "</dl></article>\n";
 }
 
@@ -85,17 +102,41 @@ std::string HtmlText(std::string_view text) {
   return html;
 }
 
-std::string SheetHtml(const std::string& path, const std::string& provider,
-                      const std::vector<SheetClip>& clips) {
-  const std::string title = HtmlText(FileName(path));
-  std::string html = "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>" + title +
+std::string UrlPath(std::string_view path) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  constexpr std::string_view kPlain =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+  std::string url;
+  for (const char c : path) {
+    if (kPlain.find(c) != std::string_view::npos) {
+      url += c;
+    } else {
+      const auto byte = static_cast<unsigned char>(c);
+      url += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
+    }
+  }
+  return url;
+}
+
+std::string FileUrl(std::string_view path) { return "file://" + UrlPath(path); }
+
+std::string SheetHtml(const SheetPage& page) {
+  const std::string title = HtmlText(FileName(page.path));
+  const std::string filter = HtmlText(Translated("$$$/Sorvik/Sheet/Filter=Filter"));
+  std::string html = "<!DOCTYPE html>\n<html lang=\"" + HtmlText(page.language) +
+                     "\"><head><meta charset=\"utf-8\"><title>" + title +
                      "</title>\n<meta name=\"viewport\" content=\"width=device-width\">\n<style>";
   html += kStyle;
-  html += "</style></head><body>\n<header><h1>" + title + "</h1><p>" + HtmlText(provider) +
-          "</p><p>" + HtmlText(path) + "</p><p id=\"count\">" + std::to_string(clips.size()) +
-          "</p></header>\n<input type=\"search\" placeholder=\"Filter\" "
-          "aria-label=\"Filter\">\n<main>\n";
-  for (const SheetClip& clip : clips) html += ClipHtml(clip);
+  html += "</style></head><body>\n<header><h1>" + title + "</h1><p>" + HtmlText(page.provider) +
+          "</p><p>" + HtmlText(page.path) + "</p><p>" +
+          HtmlText(Translated("$$$/Sorvik/Sheet/Clips=Clips")) + ": <span id=\"count\">" +
+          std::to_string(page.clips.size()) + "</span></p>";
+  for (const auto& [label, text] : page.totals) {
+    html += "<p>" + HtmlText(label) + ": " + HtmlText(text) + "</p>";
+  }
+  html += "</header>\n<input type=\"search\" placeholder=\"" + filter + "\" aria-label=\"" +
+          filter + "\">\n<main>\n";
+  for (const SheetClip& clip : page.clips) html += ClipHtml(clip);
   html += "</main>\n<script>";
   html += kScript;
   return html + "</script>\n</body></html>\n";

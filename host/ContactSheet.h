@@ -11,12 +11,26 @@ namespace host {
 
 struct SheetClip {
   std::string name;
-  std::string png;  // a PNG file; empty if there is no picture
+  std::string key;      // as `sorvik ls` shows it
+  std::string path;     // the main file; empty if there is none
+  std::string picture;  // URL of the picture; empty if there is none
   std::vector<std::pair<std::string, std::string>> facts;  // label and text
 };
 
-std::string SheetHtml(const std::string& path, const std::string& provider,
-                      const std::vector<SheetClip>& clips);
+struct SheetPage {
+  std::string path;
+  std::string provider;
+  std::string language;                                     // such as "de-DE"
+  std::vector<std::pair<std::string, std::string>> totals;  // label and text
+  std::vector<SheetClip> clips;
+};
+
+std::string SheetHtml(const SheetPage& page);
+
+// Returns the URL of an absolute path.
+std::string FileUrl(std::string_view path);
+// Escapes a path for the part of a URL after the scheme.
+std::string UrlPath(std::string_view path);
 
 // Escapes markup, and replaces characters that HTML doesn't allow by U+FFFD.
 std::string HtmlText(std::string_view text);

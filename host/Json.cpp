@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 
+#include "Failure.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/Provider.h"
 
@@ -41,7 +42,7 @@ bool NeedsEscape(char16_t unit) {
 void JsonWriter::Key(std::string_view key) {
   BeforeValue();
   Quoted(Hestra::MakeString(key));
-  output_.Write(output_.IsTerminal() ? ": " : ":");
+  output_.Write(output_.IndentsJson() ? ": " : ":");
   afterKey_ = true;
 }
 
@@ -140,7 +141,7 @@ void JsonWriter::BeforeValue() {
 }
 
 void JsonWriter::NewLine() {
-  if (output_.IsTerminal()) output_.Write("\n" + std::string(2 * filled_.size(), ' '));
+  if (output_.IndentsJson()) output_.Write("\n" + std::string(2 * filled_.size(), ' '));
 }
 
 void JsonWriter::Quoted(std::u16string_view text) {
@@ -160,6 +161,19 @@ void JsonWriter::Quoted(std::u16string_view text) {
     text.remove_prefix(length);
   }
   output_.Write(quoted + "\"");
+}
+
+void WriteErrorJson(Output& output, const Failure& failure) {
+  JsonWriter json(output);
+  json.BeginObject();
+  json.Key("error");
+  json.BeginObject();
+  json.Key("path");
+  json.String(failure.Path());
+  json.Key("message");
+  json.String(failure.Message());
+  json.EndObject();
+  json.EndObject();
 }
 
 }  // namespace host

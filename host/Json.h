@@ -55,4 +55,9 @@ class JsonWriter {
   bool afterKey_ = false;
 };
 
+class Failure;
+
+// Writes the document {"error":{"path","message"}}.
+void WriteErrorJson(Output& output, const Failure& failure);
+
 }  // namespace host

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -33,6 +34,14 @@ std::string OnOneLine(std::string_view text) {
   return line;
 }
 
+// NO_COLOR: see https://no-color.org.
+bool WantsColour() {
+  const char* const refused = std::getenv("NO_COLOR");
+  const char* const terminal = std::getenv("TERM");
+  return (refused == nullptr || *refused == '\0') && terminal != nullptr &&
+         std::strcmp(terminal, "dumb") != 0;
+}
+
 // Devices and links are never removed.
 bool IsRegularFileNotLink(const std::string& path) {
   struct stat facts {};
@@ -54,6 +63,7 @@ std::string Output::Shown(std::string_view text) const {
 }
 
 void Output::Write(std::string_view bytes) {
+  hasWritten_ = hasWritten_ || !bytes.empty();
   waiting_ += bytes;
   if (waiting_.size() >= kBufferSize) Flush();
 }
@@ -71,7 +81,8 @@ void Output::Flush() {
 void WriteError(std::string_view message) {
   const bool terminal = isatty(STDERR_FILENO) == 1;
   const std::string line = terminal ? EscapedForTerminal(message) : OnOneLine(message);
-  std::fprintf(stderr, "sorvik: %s\n", line.c_str());
+  const char* const program = terminal && WantsColour() ? "\x1b[31msorvik:\x1b[0m" : "sorvik:";
+  std::fprintf(stderr, "%s %s\n", program, line.c_str());
 }
 
 int TerminalColumns() {
@@ -86,7 +97,7 @@ void WriteFile(Output& output, const std::string& path, std::string_view bytes) 
   }
   const auto fail = [&] {
     const std::string reason = std::strerror(errno);
-    throw Failure(kFailed, path + ": cannot write (" + reason + ")");
+    throw Failure(kFailed, path, "cannot write (" + reason + ")");
   };
   std::FILE* file = std::fopen(path.c_str(), "wbe");
   if (file == nullptr) fail();

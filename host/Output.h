@@ -15,6 +15,11 @@ class Output {
   Output& operator=(const Output&) = delete;
 
   bool IsTerminal() const noexcept { return isTerminal_; }
+  // JSON is indented on a terminal, unless each document has to be one line.
+  bool IndentsJson() const noexcept { return isTerminal_ && !jsonLines_; }
+  void SetJsonLines(bool lines) noexcept { jsonLines_ = lines; }
+  // True once anything has been written.
+  bool HasWritten() const noexcept { return hasWritten_; }
   // Returns `text` escaped for a terminal, or unchanged if the output isn't a terminal.
   std::string Shown(std::string_view text) const;
 
@@ -26,6 +31,8 @@ class Output {
  private:
   std::string waiting_;
   bool isTerminal_;
+  bool hasWritten_ = false;
+  bool jsonLines_ = false;
 };
 
 // One line on stderr: "sorvik: <message>".

@@ -112,24 +112,24 @@ bool IsSameFile(const std::string& one, const std::string& other) {
 }
 
 std::string DescribePathError(const std::string& path, const std::string& fallback) {
-  if (IsBrowseRoot(path)) return path + ": " + fallback;
+  if (IsBrowseRoot(path)) return fallback;
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (status.type() == fs::file_type::not_found) {
     std::error_code ignored;
     const bool link = fs::is_symlink(fs::symlink_status(path, ignored));
-    return path + (link ? ": dangling symbolic link" : ": No such file or directory");
+    return link ? "dangling symbolic link" : "No such file or directory";
   }
-  if (error) return path + ": cannot access (" + error.message() + ")";
+  if (error) return "cannot access (" + error.message() + ")";
   const bool opens = fs::is_regular_file(status) || fs::is_directory(status);
   if (opens && access(path.c_str(), R_OK) != 0) {
-    return path + ": cannot read (" + std::generic_category().message(errno) + ")";
+    return "cannot read (" + std::generic_category().message(errno) + ")";
   }
-  return path + ": " + fallback;
+  return fallback;
 }
 
 std::string DescribeUnclaimedPath(const std::string& path) {
-  if (!IsBrowseRoot(path) && Exists(path) && !IsFolder(path)) return path + ": Not a directory";
+  if (!IsBrowseRoot(path) && Exists(path) && !IsFolder(path)) return "Not a directory";
   return DescribePathError(path, "no provider for this path");
 }
 

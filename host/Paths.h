@@ -27,9 +27,8 @@ bool Exists(const std::string& path);
 // True if both paths refer to one file.
 bool IsSameFile(const std::string& one, const std::string& other);
 
-// Returns the error message for a path that gave no result: "PATH: No such file or directory",
-// "PATH: dangling symbolic link", "PATH: cannot read (reason)", or "PATH: <fallback>". Accesses the
-// disk.
+// Returns the error message for a path that gave no result, without the path: "No such file or
+// directory", "dangling symbolic link", "cannot read (reason)", or `fallback`. Accesses the disk.
 std::string DescribePathError(const std::string& path, const std::string& fallback);
 
 // The same for a path that no provider claims.

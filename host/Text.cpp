@@ -5,6 +5,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
+#include <utility>
 
 namespace host {
 namespace {
@@ -117,6 +119,117 @@ std::string WithoutFraction(std::string_view text) {
     if (kForm[i] == 'd' ? !digit : text[i] != kForm[i]) return std::string(text);
   }
   return std::string(text.substr(0, kForm.find('.')));
+}
+
+namespace {
+
+// Returns the length in bytes of the first character; an invalid byte counts as one.
+std::size_t FirstLength(std::string_view text) {
+  char32_t character = 0;
+  return std::max<std::size_t>(DecodeUTF8(text, character), 1);
+}
+
+// Returns the position up to which `text` fills at most `width` cells.
+std::size_t PositionAt(std::string_view text, std::size_t width) {
+  std::size_t position = 0;
+  std::size_t used = 0;
+  while (position < text.size()) {
+    const std::size_t length = FirstLength(text.substr(position));
+    used += CellWidth(text.substr(position, length));
+    if (used > width) break;
+    position += length;
+  }
+  return position;
+}
+
+}  // namespace
+
+std::string ShortenedMiddle(const std::string& text, std::size_t width) {
+  constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
+  const std::size_t all = CellWidth(text);
+  if (all <= width) return text;
+  if (width == 0) return {};
+  const std::size_t head = (width - 1) / 2;
+  const std::size_t tail = width - 1 - head;
+  std::size_t start = PositionAt(text, all - tail);
+  // A wide character in front of the tail doesn't fit completely.
+  if (CellWidth(std::string_view(text).substr(start)) > tail) {
+    start += FirstLength(std::string_view(text).substr(start));
+  }
+  return text.substr(0, PositionAt(text, head)) + std::string(kEllipsis) + text.substr(start);
+}
+
+std::vector<std::string> WrappedWords(const std::string& text, std::size_t width) {
+  std::vector<std::string> lines;
+  std::string line;
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    const std::size_t blank = std::min(rest.find(' '), rest.size());
+    const std::string_view word = rest.substr(0, blank);
+    rest.remove_prefix(std::min(blank + 1, rest.size()));
+    if (!line.empty() && CellWidth(line) + 1 + CellWidth(word) > width) {
+      lines.push_back(std::exchange(line, std::string(word)));
+    } else {
+      line += (line.empty() ? "" : " ") + std::string(word);
+    }
+  }
+  lines.push_back(line);
+  return lines;
+}
+
+std::string ShortLocalDate(const std::string& text) {
+  std::tm parts{};
+  int length = 0;
+  const int read =
+      std::sscanf(text.c_str(), "%4d-%2d-%2d%*1[T ]%2d:%2d%n", &parts.tm_year, &parts.tm_mon,
+                  &parts.tm_mday, &parts.tm_hour, &parts.tm_min, &length);
+  if (read != 5 || length == 0) return text;
+  std::string_view rest = std::string_view(text).substr(static_cast<std::size_t>(length));
+  rest.remove_prefix(std::min(rest.find_first_of("Z+-"), rest.size()));
+  parts.tm_year -= 1900;
+  parts.tm_mon -= 1;
+  if (!rest.empty()) {
+    int hours = 0;
+    int minutes = 0;
+    if (rest.front() != 'Z' &&
+        std::sscanf(std::string(rest.substr(1)).c_str(), "%2d:%2d", &hours, &minutes) < 1) {
+      return text;
+    }
+    constexpr int kMinutes = 60;
+    const int offset = (hours * kMinutes + minutes) * (rest.front() == '-' ? -1 : 1);
+    const std::time_t utc = timegm(&parts) - static_cast<std::time_t>(offset) * kMinutes;
+    if (localtime_r(&utc, &parts) == nullptr) return text;
+  }
+  std::array<char, 32> formatted{};
+  if (std::strftime(formatted.data(), formatted.size(), "%Y-%m-%d %H:%M", &parts) == 0) return text;
+  return formatted.data();
+}
+
+std::string LowerAscii(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lower;
+}
+
+double DurationSeconds(const std::string& text, double rate) {
+  int hours = 0;
+  int minutes = 0;
+  int seconds = 0;
+  int frames = 0;
+  const int read =
+      std::sscanf(text.c_str(), "%4d:%2d:%2d%*1[:;]%3d", &hours, &minutes, &seconds, &frames);
+  if (read < 3) return 0;
+  return (hours * 60.0 + minutes) * 60.0 + seconds + (rate > 0 ? frames / rate : 0);
+}
+
+std::string DurationText(double seconds) {
+  const auto total = static_cast<long long>(seconds + 0.5);
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", total / 3600, total / 60 % 60,
+                total % 60);
+  return text.data();
 }
 
 }  // namespace host

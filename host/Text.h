@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace host {
 
@@ -24,5 +25,26 @@ std::string SizeText(unsigned long long bytes);
 
 // Removes the fractional seconds of a date text; returns any other text unchanged.
 std::string WithoutFraction(std::string_view text);
+
+// Shortens a text to `width` terminal cells with an ellipsis in the middle, so that the end of a
+// path stays visible.
+std::string ShortenedMiddle(const std::string& text, std::size_t width);
+
+// Breaks a text at blanks into lines of at most `width` cells. A longer word gets a line of its
+// own.
+std::vector<std::string> WrappedWords(const std::string& text, std::size_t width);
+
+// Returns an ISO 8601 date with time as "YYYY-MM-DD HH:MM", in the local time zone if it has a zone
+// offset; returns any other text unchanged.
+std::string ShortLocalDate(const std::string& text);
+
+// Returns the text with A to Z in lower case.
+std::string LowerAscii(std::string_view text);
+
+// Returns the seconds of a duration "HH:MM:SS:FF" (or with ';') at `rate` frames per second, or 0
+// if it isn't one.
+double DurationSeconds(const std::string& text, double rate);
+// Returns seconds as "H:MM:SS".
+std::string DurationText(double seconds);
 
 }  // namespace host

@@ -17,8 +17,14 @@ namespace {
 using Sorvik::any_regular_t;
 using List = std::vector<any_regular_t>;
 
+// Formats of composed values keep their separators if all parts are empty.
+bool IsOnlySeparators(const std::string& text) {
+  return text.find_first_not_of(" @;,|") == std::string::npos;
+}
+
 std::string TextOf(const any_regular_t& value) {
-  if (const auto* text = value.get_if<std::string>()) return WithoutFraction(*text);
+  if (const auto* text = value.get_if<std::string>())
+    return IsOnlySeparators(*text) ? std::string() : WithoutFraction(*text);
   if (const auto* wide = value.get_if<Hestra::UTF16String>()) return Hestra::MakeStdString(*wide);
   if (const auto* size = value.get_if<Sorvik::Provider::ByteSize_t>()) return SizeText(size->value);
   return {};
@@ -31,6 +37,23 @@ std::string CellText(const any_regular_t& value) {
   if (list == nullptr) return TextOf(value);
   if (list->size() == 1) return TextOf(list->front());
   return list->empty() ? std::string() : "(" + std::to_string(list->size()) + ")";
+}
+
+std::string FullText(const any_regular_t& value) {
+  if (const auto* text = value.get_if<std::string>()) {
+    return IsOnlySeparators(*text) ? std::string() : *text;
+  }
+  if (const auto* size = value.get_if<Sorvik::Provider::ByteSize_t>()) {
+    return std::to_string(size->value);
+  }
+  const auto* list = value.get_if<List>();
+  if (list == nullptr) return TextOf(value);
+  std::string joined;
+  for (const any_regular_t& item : *list) {
+    const std::string text = FullText(item);
+    if (!text.empty()) joined += (joined.empty() ? "" : "; ") + text;
+  }
+  return joined;
 }
 
 std::vector<std::string> ValueLines(const any_regular_t& value) {
@@ -86,6 +109,10 @@ std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& fiel
     if (field == row.propertyName) return localizer.GetUTF8String(row.labelKey);
   }
   return field;
+}
+
+std::string Translated(const char* key) {
+  return tarnwick::config::Localizer::Get().GetUTF8String(key);
 }
 
 }  // namespace host

@@ -10,8 +10,11 @@
 
 namespace host {
 
-// Returns the value for a table cell: sizes with a unit, a list of several items as its length.
+// Returns the value for a table cell: sizes with a unit, a list of several items as its length. A
+// text of separators only, such as " @ ", counts as empty.
 std::string CellText(const Sorvik::any_regular_t& value);
+// Returns the complete value: sizes in bytes, the items of a list separated by "; ".
+std::string FullText(const Sorvik::any_regular_t& value);
 // Returns the value as lines, one per list item; no line for an empty value.
 std::vector<std::string> ValueLines(const Sorvik::any_regular_t& value);
 bool IsSize(const Sorvik::any_regular_t& value);
@@ -28,5 +31,8 @@ std::vector<std::string> EntryPaths(const Sorvik::FieldValueMap& fields);
 // Returns the label of a field in the user's language: the provider's, else that of the metadata
 // field table, else the field's name.
 std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& field);
+
+// Returns the text of a localization key in the language of the user.
+std::string Translated(const char* key);
 
 }  // namespace host

@@ -11,6 +11,7 @@
 #include "Arguments.h"
 #include "Commands.h"
 #include "Failure.h"
+#include "Json.h"
 #include "Output.h"
 #include "Session.h"
 
@@ -26,6 +27,7 @@ constexpr CommandRow kCommands[] = {
     {"ls", RunLs},         {"who", RunWho},     {"entry", RunEntry}, {"files", RunFiles},
     {"places", RunPlaces}, {"owner", RunOwner}, {"thumb", RunThumb}, {"providers", RunProviders},
     {"meta", RunMeta},     {"sheet", RunSheet}, {"check", RunCheck}, {"cards", RunCards},
+    {"fields", RunFields},
 };
 
 int RunCommand(Context& context) {
@@ -34,6 +36,13 @@ int RunCommand(Context& context) {
   }
   throw Failure(kUsageError,
                 "unknown command '" + context.options.command + "' (try 'sorvik --help')");
+}
+
+// Reports a failure on stderr and, with --json, as the document if none has been started.
+void ReportFailure(Output& output, bool json, const Failure& failure) {
+  if (json && !output.HasWritten()) WriteErrorJson(output, failure);
+  output.Flush();
+  WriteError(failure.what());
 }
 
 // Reports a failure before the session ends, because ending it may wait for workers or exit the
@@ -48,8 +57,7 @@ int RunSession(const Options& options, Output& output) {
     session.CheckInterrupt();
   } catch (const Failure& failure) {
     session.GetProgress().Clear();
-    output.Flush();
-    WriteError(failure.what());
+    ReportFailure(output, options.json, failure);
     code = failure.Code();
   } catch (const Interrupted&) {
     code = kInterrupted;
@@ -66,12 +74,10 @@ void FillStandardStreams() {
   }
 }
 
-int Run(const std::vector<std::string>& arguments) {
-  FillStandardStreams();
-  Output output;
-  const Options options = ParseArguments(arguments);
+int RunParsed(const Options& options, Output& output) {
+  output.SetJsonLines(options.ndjson);
   if (options.command == "help") {
-    output.Write(HelpText());
+    output.Write(HelpText(options.operands.empty() ? "" : options.operands.front()));
   } else if (options.command == "version") {
     output.Write("sorvik " SORVIK_VERSION "\n");
   } else {
@@ -79,6 +85,17 @@ int Run(const std::vector<std::string>& arguments) {
   }
   output.Flush();
   return kDone;
+}
+
+int Run(const std::vector<std::string>& arguments) {
+  FillStandardStreams();
+  Output output;
+  try {
+    return RunParsed(ParseArguments(arguments), output);
+  } catch (const Failure& failure) {
+    ReportFailure(output, WantsJson(arguments), failure);
+    return failure.Code();
+  }
 }
 
 }  // namespace

@@ -64,7 +64,7 @@ const ProviderWrapper& ProviderOf(const FoundCard& card) {
   for (const ProviderWrapper* provider : Sorvik::ProviderHost::GetAllProviders()) {
     if (provider->GetIdentification() == card.identification) return *provider;
   }
-  throw Failure(kFailed, card.path + ": unknown provider '" + card.identification + "'");
+  throw Failure(kFailed, card.path, "unknown provider '" + card.identification + "'");
 }
 
 std::vector<FoundCard> NearbyCards(Context& context, const std::string& path) {
@@ -88,7 +88,7 @@ int RunCards(Context& context) {
     code = kFailed;
     const auto reason = context.session.OnWorker<std::string>(
         [path] { return DescribePathError(path, "no card found"); });
-    WriteError(reason);
+    WriteError(path + ": " + reason);
   }
   return code;
 }

@@ -96,7 +96,7 @@ int RunCheck(Context& context) {
   const std::vector<Sorvik::FoundCard> cards = CardsFor(context, path);
   if (cards.empty()) {
     RequireReadable(context, path);
-    throw Failure(kFailed, path + ": not a camera card or clip folder");
+    throw Failure(kFailed, path, "not a camera card or clip folder");
   }
   std::vector<CardReport> reports;
   for (const Sorvik::FoundCard& card : cards) {

@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <map>
+#include <string_view>
+#include <utility>
 
 #include "Commands.h"
 #include "Failure.h"
+#include "Fields.h"
 #include "Json.h"
+#include "Keys.h"
 #include "Paths.h"
 #include "Table.h"
+#include "Text.h"
 #include "Values.h"
 
 namespace host {
@@ -17,19 +23,78 @@ using Sorvik::FieldNameSet;
 using Sorvik::FieldValueMap;
 using Sorvik::ProviderWrapper;
 
+namespace {
+
+// Removes the prefix that the last components of all identifications have.
+std::string_view WithoutClassPrefix(std::string_view name) {
+  for (const std::string_view prefix : {"winprovider", "provider"}) {
+    if (name.starts_with(prefix) && name.size() > prefix.size()) return name.substr(prefix.size());
+  }
+  return name;
+}
+
+}  // namespace
+
 bool IsNamed(const std::string& identification, const std::string& name) {
-  return identification == name || identification.ends_with("." + name);
+  const std::string whole = LowerAscii(identification);
+  const std::string wanted = LowerAscii(name);
+  const std::string_view last = std::string_view(whole).substr(whole.rfind('.') + 1);
+  return whole == wanted || last == wanted || WithoutClassPrefix(last) == wanted;
+}
+
+int ForEachOperand(Context& context, const std::vector<std::string>& operands,
+                   const std::function<void(const std::string&)>& run) {
+  if (operands.size() == 1) {
+    run(operands.front());
+    return kDone;
+  }
+  int code = kDone;
+  for (std::size_t i = 0; i < operands.size(); ++i) {
+    if (i != 0 && !context.options.json) context.output.Write("\n");
+    try {
+      run(operands[i]);
+    } catch (const Failure& failure) {
+      context.session.GetProgress().Clear();
+      if (context.options.json) WriteErrorJson(context.output, failure);
+      context.output.Flush();
+      WriteError(failure.what());
+      code = failure.Code();
+    }
+  }
+  return code;
+}
+
+namespace {
+
+// Returns " (in card FOLDER: NAME)" if a folder above `path` is a card, else the empty string.
+std::string NearbyCard(Context& context, const std::string& path) {
+  constexpr int kMaxParents = 4;
+  std::string folder = path;
+  for (int i = 0; i < kMaxParents && folder.find('/') == 0 && folder != "/"; ++i) {
+    folder.erase(std::max<std::size_t>(folder.rfind('/'), 1));
+    const std::vector<ProviderWrapper*> providers = context.session.Providers(folder);
+    if (providers.empty() || !IsStructure(*providers.front())) continue;
+    return " (in card " + folder + ": " + providers.front()->GetUIString() + ")";
+  }
+  return {};
+}
+
+}  // namespace
+
+bool IsStructure(const ProviderWrapper& provider) {
+  return provider.IsFileBased() && !provider.ShouldCheckFilter();
 }
 
 // Accesses the disk on a worker, because a dead share can block the call.
 void FailUnclaimedPath(Context& context, const std::string& path) {
-  throw Failure(kFailed, context.session.OnWorker<std::string>(
-                             [path] { return DescribeUnclaimedPath(path); }));
+  const auto reason =
+      context.session.OnWorker<std::string>([path] { return DescribeUnclaimedPath(path); });
+  throw Failure(kFailed, path, reason + NearbyCard(context, path));
 }
 
 void RequireReadable(Context& context, const std::string& path) {
   const auto reason = context.session.OnWorker<std::string>([path] { return ListingError(path); });
-  if (!reason.empty()) throw Failure(kFailed, path + ": cannot read (" + reason + ")");
+  if (!reason.empty()) throw Failure(kFailed, path, "cannot read (" + reason + ")");
 }
 
 const ProviderWrapper& ChooseProvider(Context& context, const std::string& path) {
@@ -40,7 +105,7 @@ const ProviderWrapper& ChooseProvider(Context& context, const std::string& path)
   for (const ProviderWrapper* provider : providers) {
     if (IsNamed(provider->GetIdentification(), name)) return *provider;
   }
-  throw Failure(kFailed, path + ": not supported by provider '" + name + "'");
+  throw Failure(kFailed, path, "not supported by provider '" + name + "'");
 }
 
 FieldNameList AllFields(const ProviderWrapper& provider) {
@@ -53,7 +118,7 @@ FieldNameList AllFields(const ProviderWrapper& provider) {
 
 FieldNameList ChosenFields(const Options& options, const ProviderWrapper& provider,
                            const FieldNameList& usual) {
-  if (options.fields) return *options.fields;
+  if (options.fields) return ResolveFields(*options.fields, provider.GetFieldLabelList());
   return options.all ? AllFields(provider) : usual;
 }
 
@@ -74,7 +139,7 @@ FieldValueMap ReadEntry(Context& context, const ProviderWrapper& provider, const
   const auto entry = content.find(key);
   if (entry != content.end()) return entry->second;
   RequireReadable(context, path);
-  throw Failure(kFailed, path + ": no entry '" + key + "'");
+  throw Failure(kFailed, path, "no entry '" + key + "'" + NearbyCard(context, path));
 }
 
 void WriteEntriesJson(Output& output, const std::string& path, const std::string& provider,
@@ -92,65 +157,173 @@ void WriteEntriesJson(Output& output, const std::string& path, const std::string
 
 namespace {
 
-std::string CellOf(const std::string& field, const std::string& key, const FieldValueMap& fields) {
-  if (field == Sorvik::kNameField) return EntryName(key, fields);
-  const auto value = fields.find(field);
-  return value == fields.end() ? std::string() : CellText(value->second);
+bool IsDate(const std::string& field) { return DescribeField({}, field).type == "date"; }
+
+}  // namespace
+
+std::string CellOf(const Column& column, const std::string& key, const FieldValueMap& fields,
+                   CellStyle style) {
+  for (const std::string& field : column.fields) {
+    if (field == Sorvik::kNameField) return EntryName(key, fields);
+    const auto value = fields.find(field);
+    if (value == fields.end()) continue;
+    const std::string text = style.complete ? FullText(value->second) : CellText(value->second);
+    if (text.empty()) continue;
+    return style.shortDates && IsDate(field) ? ShortLocalDate(text) : text;
+  }
+  return {};
 }
 
-bool HasSizes(const ContentMap& content, const std::string& field) {
+namespace {
+
+constexpr char kKeyHeading[] = "$$$/Sorvik/Column/Key=Key";
+constexpr char kDateHeading[] = "$$$/Sorvik/Column/Date=Date";
+constexpr char kModifiedHeading[] = "$$$/Sorvik/Column/Modified=Modified";
+
+// Fields of plain folders.
+constexpr char kSizeField[] = "26";
+constexpr char kModifiedField[] = "21";
+
+CellStyle StyleOf(const Context& context) {
+  return {context.options.form != TableForm::kAligned, context.output.IsTerminal()};
+}
+
+bool HasSizes(const ContentMap& content, const Column& column) {
   return std::any_of(content.begin(), content.end(), [&](const auto& entry) {
-    const auto value = entry.second.find(field);
-    return value != entry.second.end() && IsSize(value->second);
+    return std::any_of(column.fields.begin(), column.fields.end(), [&](const std::string& field) {
+      const auto value = entry.second.find(field);
+      return value != entry.second.end() && IsSize(value->second);
+    });
+  });
+}
+
+// True if no entry has a value in this column, or if it repeats the names.
+bool IsRedundant(const Column& column, const ContentMap& content, CellStyle style) {
+  return std::all_of(content.begin(), content.end(), [&](const auto& entry) {
+    const auto& [key, fields] = entry;
+    if (column.fields.empty()) return key == EntryName(key, fields);
+    return CellOf(column, key, fields, style).empty();
   });
 }
 
 }  // namespace
 
-FieldNameList NonEmptyFields(FieldNameList fields, const ContentMap& content) {
-  const auto empty = [&](const std::string& field) {
-    return std::all_of(content.begin(), content.end(), [&](const auto& entry) {
-      return CellOf(field, entry.first, entry.second).empty();
-    });
-  };
-  std::erase_if(fields, empty);
+std::vector<Column> DefaultColumns(const ProviderWrapper& provider) {
+  const FieldNameSet known = provider.GetFieldList();
+  const FieldLabelMap labels = provider.GetFieldLabelList();
+  std::vector<Column> columns = {{Translated(kKeyHeading), {}},
+                                 {LabelOf(labels, Sorvik::kNameField), {Sorvik::kNameField}}};
+  for (const char* field : {"startTimecode", "duration", "videoFrameRate", "videoFrameSize"}) {
+    if (known.contains(field)) columns.push_back({LabelOf(labels, field), {field}});
+  }
+  if (known.contains("shotDate")) {
+    columns.push_back({Translated(kDateHeading), {"shotDate", "CreateDate"}});
+  }
+  if (known.contains(kSizeField)) {
+    columns.push_back({LabelOf(labels, kSizeField), {kSizeField}});
+    columns.push_back({Translated(kModifiedHeading), {kModifiedField}});
+  }
+  return columns;
+}
+
+std::vector<Column> ColumnsOf(const ProviderWrapper& provider, const FieldNameList& fields) {
+  const FieldLabelMap labels = provider.GetFieldLabelList();
+  std::vector<Column> columns = {{Translated(kKeyHeading), {}}};
+  for (const std::string& field : fields) columns.push_back({LabelOf(labels, field), {field}});
+  return columns;
+}
+
+FieldNameList FieldsOf(const std::vector<Column>& columns) {
+  FieldNameList fields;
+  for (const Column& column : columns) {
+    fields.insert(fields.end(), column.fields.begin(), column.fields.end());
+  }
   return fields;
 }
 
-void WriteEntriesTable(Output& output, const ProviderWrapper& provider, const FieldNameList& fields,
+void WriteEntriesTable(Context& context, const std::string& path, std::vector<Column> columns,
                        const ContentMap& content) {
-  if (content.empty() || fields.empty()) return;
-  const FieldLabelMap labels = provider.GetFieldLabelList();
-  std::vector<std::string> headings;
-  for (const std::string& field : fields) headings.push_back(LabelOf(labels, field));
-  Table table(headings);
-  for (std::size_t i = 0; i < fields.size(); ++i) {
-    if (HasSizes(content, fields[i])) table.SetAlign(i, Table::Align::kRight);
+  const CellStyle style = StyleOf(context);
+  if (context.options.form == TableForm::kAligned) {
+    if (content.empty()) return;
+    std::erase_if(columns,
+                  [&](const Column& column) { return IsRedundant(column, content, style); });
   }
+  std::vector<std::string> headings;
+  for (const Column& column : columns) headings.push_back(column.heading);
+  Table table(headings);
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (columns[i].fields.empty()) table.SetFixed(i);
+    if (HasSizes(content, columns[i])) table.SetAlign(i, Table::Align::kRight);
+  }
+  const std::map<std::string, std::string> shortKeys = ShortKeys(path, content);
   for (const auto& [key, values] : content) {
     std::vector<std::string> row;
-    for (const std::string& field : fields) row.push_back(CellOf(field, key, values));
+    for (const Column& column : columns) {
+      row.push_back(column.fields.empty() ? shortKeys.at(key) : CellOf(column, key, values, style));
+    }
     table.Add(std::move(row));
   }
-  table.Write(output);
+  table.Write(context.output, context.options.form);
 }
+
+namespace {
+
+std::vector<std::string> FieldLines(const std::string& field, const Sorvik::any_regular_t& value) {
+  // A name may consist of separators.
+  if (field == Sorvik::kNameField) return FieldTexts({{field, value}}, Sorvik::kNameField);
+  return ValueLines(value);
+}
+
+// Breaks values at blanks to the width of the terminal, next to the labels.
+class FieldLineWriter {
+ public:
+  FieldLineWriter(Output& output, const FieldLabelMap& labels) : output_(output), labels_(labels) {}
+
+  void Add(const std::string& field, const Sorvik::any_regular_t& value) {
+    std::string label = output_.Shown(LabelOf(labels_, field));
+    for (const std::string& line : FieldLines(field, value)) {
+      labelWidth_ = std::max(labelWidth_, CellWidth(label));
+      lines_.emplace_back(std::exchange(label, std::string()), output_.Shown(line));
+    }
+  }
+
+  void Write() const {
+    constexpr std::size_t kGap = 2;
+    const auto columns = static_cast<std::size_t>(TerminalColumns());
+    const std::size_t indent = labelWidth_ + kGap;
+    const bool wraps = output_.IsTerminal() && columns > indent;
+    for (const auto& [label, value] : lines_) {
+      std::string start = label + std::string(indent - CellWidth(label), ' ');
+      const std::vector<std::string> parts =
+          wraps ? WrappedWords(value, columns - indent) : std::vector<std::string>{value};
+      for (const std::string& part : parts) {
+        output_.Write(std::exchange(start, std::string(indent, ' ')) + part + "\n");
+      }
+    }
+  }
+
+ private:
+  Output& output_;
+  const FieldLabelMap& labels_;
+  std::size_t labelWidth_ = 0;
+  std::vector<std::pair<std::string, std::string>> lines_;
+};
+
+}  // namespace
 
 void WriteFieldLines(Output& output, const FieldLabelMap& labels, const FieldNameList& order,
                      const FieldValueMap& fields) {
-  Table table({"", ""});
-  const auto add = [&](const std::string& field, const Sorvik::any_regular_t& value) {
-    std::string label = LabelOf(labels, field);
-    for (std::string& line : ValueLines(value)) {
-      table.Add({std::exchange(label, std::string()), std::move(line)});
-    }
-  };
+  FieldLineWriter writer(output, labels);
   for (const std::string& field : order) {
-    if (const auto found = fields.find(field); found != fields.end()) add(field, found->second);
+    if (const auto found = fields.find(field); found != fields.end()) {
+      writer.Add(field, found->second);
+    }
   }
   for (const auto& [field, value] : fields) {
-    if (std::find(order.begin(), order.end(), field) == order.end()) add(field, value);
+    if (std::find(order.begin(), order.end(), field) == order.end()) writer.Add(field, value);
   }
-  table.Write(output);
+  writer.Write();
 }
 
 }  // namespace host

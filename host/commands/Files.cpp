@@ -5,6 +5,7 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "Json.h"
+#include "Keys.h"
 #include "Paths.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "Values.h"
@@ -91,8 +92,8 @@ int RunFiles(Context& context) {
   const std::string path = ResolvePath(operands[0]);
   if (operands.size() > 1) {
     const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
-    const ContentMap content{
-        {operands[1], ReadEntry(context, provider, path, operands[1], kPathFields)}};
+    const std::string key = FindKey(context, provider, path, operands[1]);
+    const ContentMap content{{key, ReadEntry(context, provider, path, key, kPathFields)}};
     WriteFiles(context, path, FilesOfEntries(context, content));
     return kDone;
   }

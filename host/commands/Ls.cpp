@@ -16,10 +16,16 @@ using Sorvik::ProviderWrapper;
 // Looking for cards in each of many folders takes too long for a hint.
 constexpr std::size_t kMaxEntriesForHint = 256;
 
+// JSON has the provider's default fields; tables have columns of their own.
+std::vector<Column> ChosenColumns(const Options& options, const ProviderWrapper& provider) {
+  if (!options.fields && !options.all && !options.json) return DefaultColumns(provider);
+  return ColumnsOf(provider, ChosenFields(options, provider, provider.GetDefaultFieldList()));
+}
+
 ContentMap List(Context& context, const ProviderWrapper& provider, const std::string& path) {
   const Options& options = context.options;
-  const Sorvik::FieldNameList fields =
-      ChosenFields(options, provider, provider.GetDefaultFieldList());
+  const std::vector<Column> columns = ChosenColumns(options, provider);
+  const Sorvik::FieldNameList fields = FieldsOf(columns);
   ContentMap content = ListEntries(context, provider, path, fields);
   if (options.json) {
     WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
@@ -29,9 +35,7 @@ ContentMap List(Context& context, const ProviderWrapper& provider, const std::st
   if (protocol != PictureProtocol::kNone) {
     WritePictureList(context, provider, path, fields, content, protocol);
   } else {
-    // With --all, columns without any value are omitted.
-    WriteEntriesTable(context.output, provider,
-                      options.all ? NonEmptyFields(fields, content) : fields, content);
+    WriteEntriesTable(context, path, columns, content);
   }
   return content;
 }

@@ -6,6 +6,7 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "Fields.h"
 #include "Json.h"
 #include "Paths.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
@@ -56,31 +57,43 @@ void WriteJson(Output& output, const std::string& path, const FieldValueMap& fie
   json.EndObject();
 }
 
-}  // namespace
-
-int RunMeta(Context& context) {
-  const Options& options = context.options;
-  const std::string path = options.packet ? "-" : ResolvePath(options.operands.front());
-  const FieldNameList wanted = options.fields.value_or(TableFields());
+// `file` is empty for an XMP packet on standard input.
+void RunOne(Context& context, const std::string& file, const FieldNameList& wanted) {
+  const bool packet = file.empty();
+  const std::string path = packet ? "-" : ResolvePath(file);
   const auto bits = XMPSupport::ParseFields(FieldNameSet(wanted.begin(), wanted.end()));
   const auto& stop = context.session.Stopped();
   context.session.GetProgress().Begin("reading");
-  const auto fields =
-      context.session.OnWorker<FieldValueMap>([packet = options.packet, path, bits, &stop] {
-        return packet ? XMPSupport::MakeValue(bits, ReadStandardInput(stop))
-                      : XMPSupport::MakeValue(path, bits);
-      });
-  if (options.json) {
+  const auto fields = context.session.OnWorker<FieldValueMap>([packet, path, bits, &stop] {
+    return packet ? XMPSupport::MakeValue(bits, ReadStandardInput(stop))
+                  : XMPSupport::MakeValue(path, bits);
+  });
+  if (fields.empty()) {
+    if (packet) throw Failure(kFailed, "standard input: no metadata");
+    throw Failure(kFailed, path, context.session.OnWorker<std::string>([path] {
+      return DescribePathError(path, "no metadata");
+    }));
+  }
+  if (context.options.json) {
     WriteJson(context.output, path, fields);
   } else {
     WriteFieldLines(context.output, {}, wanted, fields);
   }
-  if (fields.empty()) {
-    if (options.packet) throw Failure(kFailed, "standard input: no metadata");
-    throw Failure(kFailed, context.session.OnWorker<std::string>(
-                               [path] { return DescribePathError(path, "no metadata"); }));
+}
+
+}  // namespace
+
+int RunMeta(Context& context) {
+  const Options& options = context.options;
+  const FieldNameList wanted = options.fields ? ResolveFields(*options.fields, {}) : TableFields();
+  if (options.packet) {
+    RunOne(context, {}, wanted);
+    return kDone;
   }
-  return kDone;
+  return ForEachOperand(context, options.operands, [&](const std::string& file) {
+    if (file.empty()) throw Failure(kUsageError, "FILE must not be empty (try 'sorvik --help')");
+    RunOne(context, file, wanted);
+  });
 }
 
 }  // namespace host

@@ -6,6 +6,7 @@
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/RelatedFiles.h"
 #include "Table.h"
+#include "Values.h"
 
 namespace host {
 namespace {
@@ -34,12 +35,12 @@ Owner FindOwner(const std::string& path, bool clipsOnly) {
 void WriteJson(Output& output, const Owner& owner) {
   JsonWriter json(output);
   json.BeginObject();
-  json.Key("entryKey");
-  json.String(owner.entryKey);
-  json.Key("folderPath");
+  json.Key("path");
   json.String(owner.folderPath);
-  json.Key("providerId");
+  json.Key("provider");
   json.String(owner.providerId);
+  json.Key("key");
+  json.String(owner.entryKey);
   json.Key("fields");
   json.Fields(owner.fields);
   json.EndObject();
@@ -54,30 +55,36 @@ Sorvik::FieldLabelMap LabelsOf(const std::string& providerId) {
 
 void WriteText(Output& output, const Owner& owner) {
   Table table({"", ""});
-  table.Add({"Entry", Hestra::MakeStdString(owner.entryKey)});
-  table.Add({"Folder", Hestra::MakeStdString(owner.folderPath)});
-  table.Add({"Provider", Hestra::MakeStdString(owner.providerId)});
+  table.Add({Translated("$$$/Sorvik/Column/Key=Key"), Hestra::MakeStdString(owner.entryKey)});
+  table.Add(
+      {Translated("$$$/Sorvik/Column/Folder=Folder"), Hestra::MakeStdString(owner.folderPath)});
+  table.Add(
+      {Translated("$$$/Sorvik/Column/Provider=Provider"), Hestra::MakeStdString(owner.providerId)});
   table.Write(output);
   output.Write("\n");
   WriteFieldLines(output, LabelsOf(Hestra::MakeStdString(owner.providerId)), {Sorvik::kNameField},
                   owner.fields);
 }
 
-}  // namespace
-
-int RunOwner(Context& context) {
-  const std::string path = ResolvePath(context.options.operands.front());
+void RunOne(Context& context, const std::string& file) {
+  const std::string path = ResolvePath(file);
   context.session.GetProgress().Begin("looking");
   const bool clipsOnly = context.options.clipsOnly;
   const auto owner =
       context.session.OnWorker<Owner>([path, clipsOnly] { return FindOwner(path, clipsOnly); });
-  if (!owner.error.empty()) throw Failure(kFailed, owner.error);
+  if (!owner.error.empty()) throw Failure(kFailed, path, owner.error);
   if (context.options.json) {
     WriteJson(context.output, owner);
   } else {
     WriteText(context.output, owner);
   }
-  return kDone;
+}
+
+}  // namespace
+
+int RunOwner(Context& context) {
+  return ForEachOperand(context, context.options.operands,
+                        [&](const std::string& file) { RunOne(context, file); });
 }
 
 }  // namespace host

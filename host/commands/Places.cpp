@@ -26,13 +26,14 @@ int RunPlaces(Context& context) {
   const std::string identification = answer.provider->GetIdentification();
   // The library falls back to the best provider if the wanted one doesn't claim the path.
   if (!wanted.empty() && identification != wanted) {
-    throw Failure(kFailed, path + ": not supported by provider '" + context.options.provider + "'");
+    throw Failure(kFailed, path, "not supported by provider '" + context.options.provider + "'");
   }
   if (answer.content.empty()) RequireReadable(context, path);
   if (context.options.json) {
     WriteEntriesJson(context.output, path, identification, answer.content);
   } else {
-    WriteEntriesTable(context.output, *answer.provider, {Sorvik::kNameField, Sorvik::kPathField},
+    WriteEntriesTable(context, path,
+                      ColumnsOf(*answer.provider, {Sorvik::kNameField, Sorvik::kPathField}),
                       answer.content);
   }
   return kDone;

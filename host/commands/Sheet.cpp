@@ -1,11 +1,21 @@
 // SPDX-License-Identifier: MIT
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <set>
 
 #include "Commands.h"
 #include "ContactSheet.h"
 #include "Failure.h"
 #include "Json.h"
+#include "Keys.h"
 #include "Paths.h"
+#include "SorvikProvider/foundation/Localizer.h"
+#include "Text.h"
 #include "Values.h"
 
 namespace host {
@@ -13,61 +23,145 @@ namespace {
 
 using Sorvik::ContentMap;
 using Sorvik::FieldNameList;
+using Sorvik::FieldValueMap;
 using Sorvik::ProviderWrapper;
 
-// Fields that help to find a shot, shown if the provider has them.
-constexpr const char* kTimeFields[] = {"shotDate", "CreateDate", "startTimecode", "duration", "21"};
+// With more clips, the pictures are files of their own that the browser loads when they are
+// visible.
+constexpr std::size_t kMaxEmbeddedPictures = 1000;
 
-void AddOnce(FieldNameList& list, const std::string& field) {
-  if (std::find(list.begin(), list.end(), field) == list.end()) list.push_back(field);
-}
+const FieldNameList kTotalFields = {"duration", "videoFrameRate", Sorvik::kPathField,
+                                    Sorvik::kExtraPathField, Sorvik::kProxyPathField};
 
-// Name and times, then the selected fields. Path is omitted unless selected.
-FieldNameList SheetFields(const Options& options, const ProviderWrapper& provider) {
-  const Sorvik::FieldNameSet known = provider.GetFieldList();
-  FieldNameList fields = {Sorvik::kNameField};
-  for (const char* field : kTimeFields) {
-    if (known.contains(field)) AddOnce(fields, field);
+// The columns of the listing, then the selected fields. Key, name and path have places of their
+// own.
+std::vector<Column> SheetColumns(const Options& options, const ProviderWrapper& provider) {
+  std::vector<Column> columns = DefaultColumns(provider);
+  if (options.fields || options.all) {
+    const FieldNameList shown = FieldsOf(columns);
+    FieldNameList others = ChosenFields(options, provider, {});
+    std::erase_if(others, [&](const std::string& field) {
+      return std::find(shown.begin(), shown.end(), field) != shown.end();
+    });
+    std::erase(others, Sorvik::kPathField);
+    const std::vector<Column> further = ColumnsOf(provider, others);
+    columns.insert(columns.end(), further.begin() + 1, further.end());
   }
-  FieldNameList usual = provider.GetDefaultFieldList();
-  std::erase(usual, Sorvik::kPathField);
-  for (const std::string& field : ChosenFields(options, provider, usual)) AddOnce(fields, field);
-  return fields;
+  std::erase_if(columns, [](const Column& column) {
+    return column.fields.empty() || column.fields.front() == Sorvik::kNameField;
+  });
+  return columns;
 }
 
-SheetClip MakeClip(const std::string& key, const Sorvik::FieldValueMap& values,
-                   const FieldNameList& fields, const Sorvik::FieldLabelMap& labels) {
+SheetClip MakeClip(const std::string& key, const std::string& shortKey, const FieldValueMap& values,
+                   const std::vector<Column>& columns) {
   SheetClip clip;
   clip.name = EntryName(key, values);
-  for (const std::string& field : fields) {
-    const auto value = values.find(field);
-    if (field == Sorvik::kNameField || value == values.end()) continue;
-    const std::string text = CellText(value->second);
-    if (!text.empty()) clip.facts.emplace_back(LabelOf(labels, field), text);
+  clip.key = shortKey;
+  const std::vector<std::string> paths = FieldTexts(values, Sorvik::kPathField);
+  if (!paths.empty() && paths.front().starts_with('/')) clip.path = paths.front();
+  for (const Column& column : columns) {
+    const std::string text = CellOf(column, key, values, {.complete = false, .shortDates = true});
+    if (!text.empty()) clip.facts.emplace_back(column.heading, text);
   }
   return clip;
 }
 
-std::vector<SheetClip> MakeClips(Context& context, const ProviderWrapper& provider,
-                                 const std::string& path) {
-  const FieldNameList fields = SheetFields(context.options, provider);
-  const ContentMap content = ListEntries(context, provider, path, fields);
-  const Sorvik::FieldLabelMap labels = provider.GetFieldLabelList();
-  std::vector<SheetClip> clips;
-  for (const auto& [key, values] : content) clips.push_back(MakeClip(key, values, fields, labels));
+std::string TotalDuration(const ContentMap& content) {
+  double seconds = 0;
+  for (const auto& [key, values] : content) {
+    const std::vector<std::string> rate = FieldTexts(values, "videoFrameRate");
+    const double frames = rate.empty() ? 0 : std::strtod(rate.front().c_str(), nullptr);
+    for (const std::string& text : FieldTexts(values, "duration")) {
+      seconds += DurationSeconds(text, frames);
+    }
+  }
+  return seconds > 0 ? DurationText(seconds) : std::string();
+}
 
+// Returns the size of the regular files of all entries. Accesses the disk.
+unsigned long long TotalBytes(const ContentMap& content, const std::atomic<bool>& stop) {
+  unsigned long long bytes = 0;
+  std::set<std::string> seen;
+  for (const auto& [key, values] : content) {
+    for (const std::string& path : EntryPaths(values)) {
+      if (stop) return bytes;
+      struct stat facts {};
+      if (!seen.insert(path).second || stat(path.c_str(), &facts) != 0) continue;
+      if (S_ISREG(facts.st_mode)) bytes += static_cast<unsigned long long>(facts.st_size);
+    }
+  }
+  return bytes;
+}
+
+// Appends the keys of the clips to `keys`, in the order of the page.
+SheetPage MakePage(Context& context, const ProviderWrapper& provider, const std::string& path,
+                   std::vector<std::string>& keys) {
+  const std::vector<Column> columns = SheetColumns(context.options, provider);
+  FieldNameList fields = FieldsOf(columns);
+  fields.push_back(Sorvik::kNameField);
+  fields.insert(fields.end(), kTotalFields.begin(), kTotalFields.end());
+  const ContentMap content = ListEntries(context, provider, path, fields);
+  const std::map<std::string, std::string> shortKeys = ShortKeys(path, content);
+  SheetPage page{
+      path, provider.GetUIString(), Hestra::MakeStdString(Hestra::GetLanguageString()), {}, {}};
+  if (page.language == "x-default") page.language = "en";
+  for (const auto& [key, values] : content) {
+    keys.push_back(key);
+    page.clips.push_back(MakeClip(key, shortKeys.at(key), values, columns));
+  }
+  const std::string duration = TotalDuration(content);
+  if (!duration.empty()) {
+    page.totals.emplace_back(Translated("$$$/Sorvik/Sheet/Duration=Total duration"), duration);
+  }
+  context.session.GetProgress().Begin("looking for files");
+  const auto& stop = context.session.Stopped();
+  const auto bytes = context.session.OnWorker<unsigned long long>(
+      [&content, &stop] { return TotalBytes(content, stop); });
+  page.totals.emplace_back(Translated("$$$/Sorvik/Sheet/Bytes=Size"), SizeText(bytes));
+  return page;
+}
+
+// Stores the pictures in the page, or in a folder next to it if there are many.
+class PictureStore {
+ public:
+  PictureStore(Context& context, std::size_t clips) : output_(context.output) {
+    const std::string& page = context.options.output;
+    if (clips <= kMaxEmbeddedPictures || page == "-") return;
+    folder_ = page + "_files";
+    if (mkdir(folder_.c_str(), 0777) != 0 && errno != EEXIST) {
+      throw Failure(kFailed, folder_, std::string("cannot create (") + std::strerror(errno) + ")");
+    }
+  }
+
+  // Returns the URL of the picture.
+  std::string Add(const Picture& picture) {
+    const std::string png = EncodePng(picture);
+    if (folder_.empty()) return "data:image/png;base64," + Base64(png);
+    const std::string name = std::to_string(++count_) + ".png";
+    WriteFile(output_, folder_ + "/" + name, png);
+    return UrlPath("./" + FileName(folder_) + "/" + name);
+  }
+
+ private:
+  Output& output_;
+  std::string folder_;
+  std::size_t count_ = 0;
+};
+
+void AddPictures(Context& context, const ProviderWrapper& provider, const std::string& path,
+                 const std::vector<std::string>& keys, std::vector<SheetClip>& clips) {
+  PictureStore store(context, clips.size());
   context.session.GetProgress().Begin("drawing", clips.size());
   const int height = provider.GetMaximumThumbnailHeight(context.options.height);
-  std::size_t index = 0;
-  for (const auto& [key, values] : content) {
-    context.session.RequestPicture(provider, path, key, context.options.width, height,
-                                   [&context, &clip = clips[index++]](Picture picture) {
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    context.session.RequestPicture(provider, path, keys[i], context.options.width, height,
+                                   [&context, &store, &clip = clips[i]](const Picture& picture) {
                                      context.session.GetProgress().Advance();
-                                     if (!picture.Empty()) clip.png = EncodePng(picture);
+                                     if (!picture.Empty()) clip.picture = store.Add(picture);
                                    });
   }
   context.session.WaitForPictures();
-  return clips;
 }
 
 }  // namespace
@@ -77,16 +171,18 @@ int RunSheet(Context& context) {
   const std::string path = ResolvePath(options.operands.front());
   RefuseFileOfCard(context, options.output);
   const ProviderWrapper& provider = ChooseProvider(context, path);
-  const std::vector<SheetClip> clips = MakeClips(context, provider, path);
-  if (clips.empty()) throw Failure(kFailed, path + ": no entries");
-  WriteFile(context.output, options.output, SheetHtml(path, provider.GetUIString(), clips));
+  std::vector<std::string> keys;
+  SheetPage page = MakePage(context, provider, path, keys);
+  if (page.clips.empty()) throw Failure(kFailed, path, "no entries");
+  AddPictures(context, provider, path, keys, page.clips);
+  WriteFile(context.output, options.output, SheetHtml(page));
   if (options.json) {
     JsonWriter json(context.output);
     json.BeginObject();
     json.Key("file");
     json.String(ResolvePath(options.output));
     json.Key("entries");
-    json.Number(static_cast<unsigned long long>(clips.size()));
+    json.Number(static_cast<unsigned long long>(page.clips.size()));
     json.EndObject();
   }
   return kDone;

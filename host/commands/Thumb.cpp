@@ -1,16 +1,22 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <vector>
+
 #include "Commands.h"
 #include "Failure.h"
 #include "Json.h"
+#include "Keys.h"
 #include "Paths.h"
 #include "SorvikProvider/thumbnails/Thumbnails.h"
 
 namespace host {
 namespace {
 
-Picture EntryPicture(Context& context, const std::string& path, const std::string& key) {
+using Sorvik::ProviderWrapper;
+
+Picture EntryPicture(Context& context, const ProviderWrapper& provider, const std::string& path,
+                     const std::string& key) {
   const Options& options = context.options;
-  const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
   Picture picture;
   context.session.GetProgress().Begin("drawing");
   context.session.RequestPicture(provider, path, key, options.width,
@@ -27,11 +33,11 @@ Picture FolderPicture(Context& context) {
       [width, height] { return PictureFromBitplate(Sorvik::GetFolderThumbnail(width, height)); });
 }
 
-void WriteJson(Output& output, const Options& options, const Picture& picture) {
+void WriteJson(Output& output, const std::string& file, const Picture& picture) {
   JsonWriter json(output);
   json.BeginObject();
   json.Key("file");
-  json.String(options.output == "-" ? options.output : ResolvePath(options.output));
+  json.String(file == "-" ? file : ResolvePath(file));
   json.Key("width");
   json.Number(picture.width);
   json.Key("height");
@@ -39,25 +45,49 @@ void WriteJson(Output& output, const Options& options, const Picture& picture) {
   json.EndObject();
 }
 
+void WritePicture(Context& context, const std::string& file, const Picture& picture) {
+  WriteFile(context.output, file, EncodePng(picture));
+  if (context.options.json) WriteJson(context.output, file, picture);
+}
+
+// Returns the name of the picture of an entry in a folder: its key, in which slashes are replaced.
+std::string PictureFile(const std::string& folder, const std::string& path,
+                        const std::string& key) {
+  std::string name = RelativePath(key, path);
+  std::replace(name.begin(), name.end(), '/', '_');
+  return folder + "/" + name + ".png";
+}
+
+void RunOne(Context& context, const ProviderWrapper& provider, const std::string& path,
+            const std::string& typed, bool several) {
+  const std::string key = FindKey(context, provider, path, typed);
+  const Picture picture = EntryPicture(context, provider, path, key);
+  if (picture.Empty()) throw Failure(kFailed, path, "no thumbnail for entry '" + typed + "'");
+  const std::string& output = context.options.output;
+  WritePicture(context, several ? PictureFile(output, path, key) : output, picture);
+}
+
 }  // namespace
 
 int RunThumb(Context& context) {
   const Options& options = context.options;
   RefuseFileOfCard(context, options.output);
-  Picture picture;
   if (options.folder) {
-    picture = FolderPicture(context);
+    const Picture picture = FolderPicture(context);
     if (picture.Empty()) throw Failure(kFailed, "no folder picture available");
-  } else {
-    const std::string path = ResolvePath(options.operands[0]);
-    picture = EntryPicture(context, path, options.operands[1]);
-    if (picture.Empty()) {
-      throw Failure(kFailed, path + ": no thumbnail for entry '" + options.operands[1] + "'");
-    }
+    WritePicture(context, options.output, picture);
+    return kDone;
   }
-  WriteFile(context.output, options.output, EncodePng(picture));
-  if (options.json) WriteJson(context.output, options, picture);
-  return kDone;
+  const std::string path = ResolvePath(options.operands[0]);
+  const std::vector<std::string> keys(options.operands.begin() + 1, options.operands.end());
+  const bool several = keys.size() > 1;
+  if (several && !IsFolder(options.output)) {
+    throw Failure(kUsageError, "thumb: several keys need an existing folder as -o");
+  }
+  const ProviderWrapper& provider = ChooseProvider(context, path);
+  return ForEachOperand(context, keys, [&](const std::string& key) {
+    RunOne(context, provider, path, key, several);
+  });
 }
 
 }  // namespace host

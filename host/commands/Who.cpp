@@ -6,6 +6,7 @@
 #include "Json.h"
 #include "Paths.h"
 #include "Table.h"
+#include "Values.h"
 
 namespace host {
 namespace {
@@ -29,15 +30,17 @@ void WriteJson(Output& output, const std::vector<ProviderWrapper*>& providers,
   json.EndArray();
 }
 
-void WriteTable(Output& output, const std::vector<ProviderWrapper*>& providers,
+void WriteTable(Context& context, const std::vector<ProviderWrapper*>& providers,
                 const std::vector<int>& scores) {
-  Table table({"Score", "Name", "Identification"});
+  Table table({Translated("$$$/Sorvik/Column/Score=Score"),
+               Translated("$$$/Sorvik/Column/Name=Name"),
+               Translated("$$$/Sorvik/Column/Identification=Identification")});
   table.SetAlign(0, Table::Align::kRight);
   for (std::size_t i = 0; i < providers.size(); ++i) {
     table.Add({std::to_string(scores[i]), providers[i]->GetUIString(),
                providers[i]->GetIdentification()});
   }
-  table.Write(output);
+  table.Write(context.output, context.options.form);
 }
 
 }  // namespace
@@ -45,6 +48,7 @@ void WriteTable(Output& output, const std::vector<ProviderWrapper*>& providers,
 int RunWho(Context& context) {
   const std::string path = ResolvePath(context.options.operands.front());
   const std::vector<ProviderWrapper*> providers = context.session.Providers(path);
+  if (providers.empty()) FailUnclaimedPath(context, path);
   // The sorted list doesn't include the scores.
   const auto scores = context.session.OnWorker<std::vector<int>>([providers, path] {
     std::vector<int> result;
@@ -54,10 +58,9 @@ int RunWho(Context& context) {
   });
   if (context.options.json) {
     WriteJson(context.output, providers, scores);
-  } else if (!providers.empty()) {
-    WriteTable(context.output, providers, scores);
+  } else {
+    WriteTable(context, providers, scores);
   }
-  if (providers.empty()) FailUnclaimedPath(context, path);
   return kDone;
 }
 

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <sstream>
 
 #include "support/AllCards.h"
 #include "support/Program.h"
@@ -99,11 +100,116 @@ TEST_F(OnCard, EntryAndOwnerFindTheClip) {
 
   const std::string sound = card_ + "/CONTENTS/AUDIO/0001AB00.MXF";
   const Json owner = RunJson({"owner", sound});
-  EXPECT_EQ(Keys(owner), (std::set<std::string>{"entryKey", "fields", "folderPath", "providerId"}));
-  EXPECT_EQ(owner["entryKey"], "0001AB");
-  EXPECT_EQ(owner["folderPath"], card_);
-  EXPECT_EQ(owner["providerId"], kP2);
-  EXPECT_EQ(RunJson({"owner", sound, "--clips-only"})["entryKey"], sound);
+  EXPECT_EQ(Keys(owner), (std::set<std::string>{"fields", "key", "path", "provider"}));
+  EXPECT_EQ(owner["key"], "0001AB");
+  EXPECT_EQ(owner["path"], card_);
+  EXPECT_EQ(owner["provider"], kP2);
+  EXPECT_EQ(RunJson({"owner", sound, "--clips-only"})["key"], sound);
+}
+
+TEST_F(OnCard, EveryFormOfAKeyFindsTheEntry) {
+  const std::string record = card_ + "/CONTENTS/CLIP/0002CC.XML";
+  for (const std::string key : {"0002CC", "0002CC.MXF", "CONTENTS/VIDEO/0002CC.MXF",
+                                "Gull on the pier", "0002CC00.MXF", record.c_str()}) {
+    EXPECT_EQ(Keys(RunJson({"entry", card_, key})["entries"]), std::set<std::string>{"0002CC"})
+        << key;
+  }
+  EXPECT_EQ(RunSorvik({"files", card_, "Harbour walk"}).output.substr(0, card_.size()), card_);
+  // CONTENTS/VIDEO belongs to all clips.
+  const ProgramResult several = RunSorvik({"entry", card_, "CONTENTS/VIDEO"});
+  EXPECT_EQ(several.exitCode, 1);
+  EXPECT_EQ(several.errors,
+            "sorvik: " + card_ + ": key 'CONTENTS/VIDEO' is ambiguous: 0001AB, 0002CC, 0003ED\n");
+}
+
+// Every key that a table shows is accepted, for all structures.
+TEST(Commands, ShownKeysAreAccepted) {
+  TempTree tree;
+  for (const MadeCard& card : MakeAllCards(tree)) {
+    const std::string table =
+        RunSorvik({"ls", card.root, "--tsv", "--provider", card.providerId, "--fields", ""}).output;
+    std::istringstream lines(table);
+    std::string key;
+    std::getline(lines, key);
+    EXPECT_EQ(key, "Key");
+    std::size_t count = 0;
+    for (; std::getline(lines, key); ++count) {
+      EXPECT_EQ(key.find(card.root), std::string::npos) << key << " isn't short";
+      const ProgramResult entry =
+          RunSorvik({"entry", card.root, key, "--provider", card.providerId, "--json"});
+      EXPECT_EQ(entry.exitCode, 0) << card.providerId << ": " << entry.errors;
+    }
+    EXPECT_GT(count, 0U) << card.providerId;
+  }
+}
+
+TEST_F(OnCard, EntryShowsNameAndDurationOfTheListing) {
+  const std::string listed = RunSorvik({"ls", card_, "--tsv", "--fields", "duration"}).output;
+  EXPECT_NE(listed.find("0003ED\t00:05:43:12\n"), std::string::npos) << listed;
+  const std::string first = RunSorvik({"entry", card_, "0003ED", "--fields", "duration"}).output;
+  EXPECT_NE(first.find("  00:05:43:12\n"), std::string::npos) << first;
+  EXPECT_NE(first.find("this part alone: 00:04:59:07\n"), std::string::npos) << first;
+  // A part that the listing doesn't contain.
+  const std::string second = RunSorvik({"entry", card_, "0004FA", "--fields", "duration"}).output;
+  EXPECT_NE(second.find("this part alone: 00:00:44:05\n"), std::string::npos) << second;
+}
+
+TEST_F(OnCard, TablesHaveCompleteValuesForMachines) {
+  tree_.File("PLAIN/a, \"b\".mov", std::string(1234, 'x'));
+  tree_.File("PLAIN/c\td.mov", "x");
+  const std::string csv =
+      RunSorvik({"ls", tree_.Path("PLAIN"), "--csv", "--fields", "Name,size"}).output;
+  EXPECT_EQ(csv,
+            "Key,Name,Size\r\n\"a, \"\"b\"\".mov\",\"a, \"\"b\"\".mov\",1234\r\n"
+            "c\td.mov,c\td.mov,1\r\n");
+  const std::string tsv =
+      RunSorvik({"ls", tree_.Path("PLAIN"), "--tsv", "--fields", "Name,size"}).output;
+  EXPECT_NE(tsv.find("\nc\\td.mov\tc\\td.mov\t1\n"), std::string::npos) << tsv;
+
+  const std::string table = RunSorvik({"ls", card_}).output;
+  EXPECT_TRUE(
+      table.starts_with("Key     Name              Start Timecode  Duration     Frame Rate"));
+  EXPECT_NE(table.find("2026-05-14T11:20:05+02:00"), std::string::npos);
+  EXPECT_EQ(table.find("Relations"), std::string::npos);
+  const std::string all = RunSorvik({"ls", card_, "--all"}).output;
+  EXPECT_EQ(all.find("Album"), std::string::npos) << "a column without values";
+  EXPECT_NE(RunSorvikOnTerminal({"ls", card_}).output.find("2026-05-14 "), std::string::npos);
+}
+
+TEST_F(OnCard, FieldsAreFoundByNameAndLabelInAnyCase) {
+  const Json byLabel =
+      RunJson({"ls", card_, "--fields", "DURATION,date created", "--provider", "p2"});
+  EXPECT_EQ(byLabel["entries"]["0001AB"]["duration"], "00:00:29:07");
+  EXPECT_TRUE(byLabel["entries"]["0001AB"].contains("CreateDate"));
+  const Json sizes = RunJson({"ls", card_, "--fields", "size", "--provider", "directory"});
+  EXPECT_EQ(sizes["entries"]["LASTCLIP.TXT"]["26"], Json({{"bytes", 16}}));
+  const ProgramResult unknown = RunSorvik({"ls", card_, "--fields", "duratoin"});
+  EXPECT_EQ(unknown.exitCode, 2);
+  EXPECT_NE(unknown.errors.find("unknown field 'duratoin' (nearest: duration"), std::string::npos)
+      << unknown.errors;
+  for (const Json& field : RunJson({"fields"})) {
+    EXPECT_NE(field["meaning"], "") << field["name"] << " has no description";
+  }
+}
+
+TEST_F(OnCard, SeveralOperandsGiveOneDocumentPerLine) {
+  const std::string clip = card_ + "/CONTENTS/CLIP/0001AB.XML";
+  const ProgramResult owners = RunSorvik({"owner", clip, tree_.Path("none"), clip, "--ndjson"});
+  EXPECT_EQ(owners.exitCode, 1);
+  std::istringstream lines(owners.output);
+  std::vector<Json> documents;
+  for (std::string line; std::getline(lines, line);) documents.push_back(Json::parse(line));
+  ASSERT_EQ(documents.size(), 3U);
+  EXPECT_EQ(documents[0]["key"], "0001AB");
+  EXPECT_EQ(documents[1]["error"]["path"], tree_.Path("none"));
+  EXPECT_EQ(documents[2], documents[0]);
+  EXPECT_EQ(RunSorvik({"owner", clip, clip, "--json"}).exitCode, 2);
+
+  fs::create_directory(tree_.Path("out"));
+  EXPECT_EQ(
+      RunSorvik({"thumb", card_, "0001AB", "Gull on the pier", "-o", tree_.Path("out")}).exitCode,
+      0);
+  EXPECT_TRUE(fs::exists(tree_.Path("out/0002CC.png")));
 }
 
 TEST_F(OnCard, PlacesListsBrowsableEntries) {
@@ -153,8 +259,11 @@ TEST_F(OnCard, SheetIsSelfContained) {
   EXPECT_EQ(RunSorvik({"sheet", card_, "-o", out, "--fields", "videoFrameRate"}).exitCode, 0);
   const std::string card = ReadFile(out);
   EXPECT_EQ(card.find("http"), std::string::npos);
-  for (const char* part : {"Gull on the pier", "src=\"data:image/png;base64,iVBOR", "10:09:40:00",
-                           "<dt>Frame Rate</dt><dd>25</dd>", "type=\"search\""}) {
+  for (const char* part :
+       {"Gull on the pier", "src=\"data:image/png;base64,iVBOR", "10:09:40:00",
+        "<dt>Frame Rate</dt><dd>25</dd>", "type=\"search\"", "<html lang=\"en\">",
+        "<dt>Key</dt><dd>0002CC</dd>", "/CONTENTS/VIDEO/0002CC.MXF\">0002CC.MXF</a>",
+        "Total duration: 0:06:21"}) {
     EXPECT_NE(card.find(part), std::string::npos) << part;
   }
   EXPECT_EQ(RunSorvik({"sheet", tree_.Path("PLAIN"), "-o", out}).exitCode, 0);
@@ -289,8 +398,10 @@ TEST(Commands, MetaReadsFilesAndPackets) {
   const Json meta = RunJson({"meta", file});
   EXPECT_EQ(Keys(meta), (std::set<std::string>{"fields", "path"}));
   EXPECT_EQ(meta["fields"]["Label"], "Red");
-  EXPECT_EQ(RunJson({"meta", tree.File("none.txt", "text")}, 1)["fields"], Json::object());
-  EXPECT_EQ(RunJson({"meta", "--packet"}, 1)["path"], "-") << "an empty input";
+  const Json error = RunJson({"meta", tree.File("none.txt", "text")}, 1);
+  EXPECT_EQ(error,
+            Json({{"error", {{"path", tree.Path("none.txt")}, {"message", "no metadata"}}}}));
+  EXPECT_EQ(RunJson({"meta", "--packet"}, 1)["error"]["message"], "standard input: no metadata");
 }
 
 }  // namespace

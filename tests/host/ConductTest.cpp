@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "support/Program.h"
 #include "support/TempTree.h"
@@ -107,16 +108,36 @@ TEST(Conduct, NoResultExitsWithOneAndOneLine) {
     EXPECT_TRUE(IsOneLine(result.errors)) << result.errors;
     EXPECT_EQ(result.output, "");
   }
-  EXPECT_EQ(RunSorvik({"who", missing, "--json"}).output, "[]\n");
+  const std::string error = RunSorvik({"who", missing, "--json"}).output;
+  EXPECT_EQ(nlohmann::json::parse(error)["error"]["message"], "No such file or directory");
+  EXPECT_TRUE(IsOneLine(RunSorvik({"who", "--json"}).output)) << "a usage error";
 }
 
 TEST(Conduct, HelpAndVersionSucceed) {
-  for (const char* word : {"--help", "--version"}) {
-    const ProgramResult result = RunSorvik({word});
+  const std::vector<Arguments> cases = {
+      {"--help"}, {"-h"},         {"help"},     {"--version"},
+      {"-V"},     {"help", "ls"}, {"ls", "-h"}, {"sheet", "--help"}};
+  for (const Arguments& words : cases) {
+    const ProgramResult result = RunSorvik(words);
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_FALSE(result.output.empty());
     EXPECT_EQ(result.errors, "");
   }
+}
+
+TEST(Conduct, HelpOfEachCommandHasAnExample) {
+  std::istringstream help(RunSorvik({"--help"}).output);
+  std::size_t commands = 0;
+  for (std::string line; std::getline(help, line);) {
+    if (line == "options:") break;
+    if (!line.starts_with("  ")) continue;
+    const std::string command = line.substr(2, line.find(' ', 2) - 2);
+    const std::string text = RunSorvik({"help", command}).output;
+    EXPECT_NE(text.find("example:\n  sorvik " + command), std::string::npos) << text;
+    ++commands;
+  }
+  EXPECT_GE(commands, 13U);
+  EXPECT_EQ(RunSorvik({"help", "bogus"}).exitCode, 2);
 }
 
 TEST(Conduct, PathsAreMadeAbsoluteAndNormalised) {

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <utility>
+#include <vector>
 
 #include "Paths.h"
+#include "Table.h"
 #include "Text.h"
 
 namespace sorvik_test {
@@ -50,6 +53,39 @@ TEST(HostText, FileNameOfAKey) {
   EXPECT_EQ(host::FileName("/card/CLIP/A001.XML"), "A001.XML");
   EXPECT_EQ(host::FileName("A001"), "A001");
   EXPECT_EQ(host::FileName("/"), "/");
+}
+
+TEST(HostText, ShortensInTheMiddle) {
+  EXPECT_EQ(host::ShortenedMiddle("/media/card/clip.mxf", 20), "/media/card/clip.mxf");
+  EXPECT_EQ(host::ShortenedMiddle("/media/card/clip.mxf", 12), "/medi\xE2\x80\xA6ip.mxf");
+  for (std::size_t width = 1; width < 9; ++width) {
+    const std::string wide =
+        host::ShortenedMiddle("\xe6\xbc\xa2\xe5\xad\x97\xe6\xbc\xa2\xe5\xad\x97\xff", width);
+    EXPECT_LE(host::CellWidth(wide), width) << wide;
+  }
+}
+
+TEST(HostText, WrapsAtBlanks) {
+  EXPECT_EQ(host::WrappedWords("a day at sea", 6), (std::vector<std::string>{"a day", "at sea"}));
+  EXPECT_EQ(host::WrappedWords("an /unbroken/path x", 5),
+            (std::vector<std::string>{"an", "/unbroken/path", "x"}));
+}
+
+TEST(HostText, DatesBecomeShortAndLocal) {
+  setenv("TZ", "XYZ-3", 1);  // three hours east of UTC
+  EXPECT_EQ(host::ShortLocalDate("2026-05-14T11:20:05+02:00"), "2026-05-14 12:20");
+  EXPECT_EQ(host::ShortLocalDate("2026-12-31T23:30:05Z"), "2027-01-01 02:30");
+  EXPECT_EQ(host::ShortLocalDate("2026-05-14 11:20:05"), "2026-05-14 11:20");
+  EXPECT_EQ(host::ShortLocalDate("2026-05-14"), "2026-05-14");
+  unsetenv("TZ");
+}
+
+TEST(HostTable, FitsColumnsIntoALine) {
+  using Widths = std::vector<std::size_t>;
+  EXPECT_EQ(host::FitWidths({6, 30, 10}, {true, false, false}, 60), (Widths{6, 30, 10}));
+  EXPECT_EQ(host::FitWidths({6, 30, 10}, {true, false, false}, 40), (Widths{6, 20, 10}));
+  EXPECT_EQ(host::FitWidths({6, 30, 10}, {true, false, false}, 20), (Widths{6, 12}));
+  EXPECT_EQ(host::FitWidths({90, 30}, {true, false}, 20), (Widths{90}));
 }
 
 }  // namespace
