@@ -53,6 +53,14 @@ function filter() {
   count.textContent = shown === clips.length ? all : `${shown} / ${all}`;
 }
 box.addEventListener("input", filter);
+const seen = new IntersectionObserver(entries => entries.forEach(entry => {
+  if (!entry.isIntersecting) return;
+  entry.target.src = entry.target.dataset.src;
+  seen.unobserve(entry.target);
+}), { rootMargin: "100%" });
+document.querySelectorAll("img[data-src]").forEach(image => seen.observe(image));
+window.addEventListener("beforeprint", () => document.querySelectorAll("img[data-src]")
+  .forEach(image => { image.src = image.dataset.src; }));
 )";
 
 std::string FactHtml(const std::string& label, const std::string& html) {
@@ -62,7 +70,11 @@ std::string FactHtml(const std::string& label, const std::string& html) {
 std::string ClipHtml(const SheetClip& clip) {
   std::string html = "<article><div class=\"picture\">";
   if (!clip.picture.empty()) {
-    html += "<img loading=\"lazy\" alt=\"\" src=\"" + HtmlText(clip.picture) + "\">";
+    // Thousands of files with loading="lazy" delay the page by seconds; the script loads those in
+    // view.
+    const bool embedded = clip.picture.starts_with("data:");
+    html += std::string("<img alt=\"\" ") + (embedded ? "src" : "data-src") + "=\"" +
+            HtmlText(clip.picture) + "\">";
   }
   html += "</div><h2>" + HtmlText(clip.name) + "</h2><dl>";
   html += FactHtml(Translated("$$$/Sorvik/Column/Key=Key"), HtmlText(clip.key));

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 
+#include "Paths.h"
 #include "TerminalPictures.h"
 #include "Values.h"
 
@@ -22,11 +23,13 @@ std::map<std::string, Picture> RequestPictures(Context& context,
   std::map<std::string, Picture> pictures;
   context.session.GetProgress().Begin("drawing", content.size());
   for (const auto& [key, fields] : content) {
-    context.session.RequestPicture(provider, path, key, options.width, height,
-                                   [&context, &picture = pictures[key]](Picture answer) {
-                                     context.session.GetProgress().Advance();
-                                     picture = std::move(answer);
-                                   });
+    context.session.GetProgress().AddItem(FileName(key));
+    context.session.RequestPicture(
+        provider, path, key, options.width, height,
+        [&context, &picture = pictures[key], name = FileName(key)](Picture answer) {
+          context.session.GetProgress().FinishItem(name);
+          picture = std::move(answer);
+        });
   }
   context.session.WaitForPictures();
   return pictures;

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <deque>
 #include <string>
 
 namespace host {
@@ -17,9 +18,16 @@ class Progress {
 
   // Starts an operation; a `total` of 0 means unknown.
   void Begin(std::string what, std::size_t total = 0);
-  void Advance() { ++done_; }
+  // Names an item of the operation that isn't finished. The first of them is taken to be in work.
+  void AddItem(std::string name);
+  // The item has been finished.
+  void FinishItem(const std::string& name);
   // Draws the line if the delay has passed.
   void Tick();
+  // Returns the line: what is done, the count, the item in work, and for how long it has been
+  // waited for if that takes seconds. At most `columns` cells; 0 means no limit.
+  using Clock = std::chrono::steady_clock;
+  std::string Line(Clock::time_point now, std::size_t columns) const;
   // Removes the line. Call it before other output.
   void Clear();
 
@@ -30,6 +38,8 @@ class Progress {
   const bool shown_;
   bool drawn_ = false;
   std::string what_;
+  std::deque<std::string> items_;
+  std::chrono::steady_clock::time_point itemBegun_;
   std::size_t done_ = 0;
   std::size_t total_ = 0;
   std::chrono::steady_clock::time_point begun_;

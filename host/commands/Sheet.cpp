@@ -7,6 +7,7 @@
 #include <cstring>
 #include <map>
 #include <set>
+#include <string_view>
 
 #include "Commands.h"
 #include "ContactSheet.h"
@@ -126,9 +127,11 @@ SheetPage MakePage(Context& context, const ProviderWrapper& provider, const std:
 class PictureStore {
  public:
   PictureStore(Context& context, std::size_t clips) : output_(context.output) {
+    constexpr std::string_view kSuffix = ".html";
     const std::string& page = context.options.output;
     if (clips <= kMaxEmbeddedPictures || page == "-") return;
-    folder_ = page + "_files";
+    folder_ = page.ends_with(kSuffix) ? page.substr(0, page.size() - kSuffix.size()) : page;
+    folder_ += "_files";
     if (mkdir(folder_.c_str(), 0777) != 0 && errno != EEXIST) {
       throw Failure(kFailed, folder_, std::string("cannot create (") + std::strerror(errno) + ")");
     }
@@ -155,9 +158,10 @@ void AddPictures(Context& context, const ProviderWrapper& provider, const std::s
   context.session.GetProgress().Begin("drawing", clips.size());
   const int height = provider.GetMaximumThumbnailHeight(context.options.height);
   for (std::size_t i = 0; i < keys.size(); ++i) {
+    context.session.GetProgress().AddItem(clips[i].key);
     context.session.RequestPicture(provider, path, keys[i], context.options.width, height,
                                    [&context, &store, &clip = clips[i]](const Picture& picture) {
-                                     context.session.GetProgress().Advance();
+                                     context.session.GetProgress().FinishItem(clip.key);
                                      if (!picture.Empty()) clip.picture = store.Add(picture);
                                    });
   }

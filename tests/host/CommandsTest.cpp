@@ -267,9 +267,21 @@ TEST_F(OnCard, SheetIsSelfContained) {
     EXPECT_NE(card.find(part), std::string::npos) << part;
   }
   EXPECT_EQ(RunSorvik({"sheet", tree_.Path("PLAIN"), "-o", out}).exitCode, 0);
+  EXPECT_FALSE(fs::exists(tree_.Path("sheet_files")));
   const std::string plain = ReadFile(out);
   EXPECT_NE(plain.find("&lt;b&gt;&amp;.mov"), std::string::npos);
   EXPECT_EQ(plain.find("<b>"), std::string::npos);
+}
+
+TEST(Commands, PicturesOfALargeSheetAreFiles) {
+  TempTree tree;
+  for (int i = 0; i <= 1000; ++i) tree.File("many/" + std::to_string(i) + ".mov");
+  const std::string out = tree.Path("sheet.html");
+  ASSERT_EQ(RunSorvik({"sheet", tree.Path("many"), "-o", out}).exitCode, 0);
+  const std::string page = ReadFile(out);
+  EXPECT_EQ(page.find("data:image"), std::string::npos);
+  EXPECT_NE(page.find("data-src=\"./sheet_files/1001.png\""), std::string::npos);
+  EXPECT_EQ(ReadFile(tree.Path("sheet_files/1001.png")).substr(0, 4), "\x89PNG");
 }
 
 TEST_F(OnCard, CheckReportsOwnersRolesAndMissingFiles) {

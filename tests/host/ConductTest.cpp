@@ -225,7 +225,7 @@ TEST(Conduct, ClosedStreamsAreNotReplacedByOtherFiles) {
 
 TEST(Conduct, LoadsNoLibraryFromTheCurrentDirectory) {
   TempTree card;
-  for (const char* name : {"libSorvikProvider.so.1", "libpng16.so.16", "libc.so.6"}) {
+  for (const char* name : {"libSorvikProvider.so.2", "libpng16.so.16", "libc.so.6"}) {
     card.File(name, "not a library");
   }
   const std::string command =

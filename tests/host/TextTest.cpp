@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <utility>
 #include <vector>
 
 #include "Paths.h"
+#include "Progress.h"
 #include "Table.h"
 #include "Text.h"
 
@@ -86,6 +88,23 @@ TEST(HostTable, FitsColumnsIntoALine) {
   EXPECT_EQ(host::FitWidths({6, 30, 10}, {true, false, false}, 40), (Widths{6, 20, 10}));
   EXPECT_EQ(host::FitWidths({6, 30, 10}, {true, false, false}, 20), (Widths{6, 12}));
   EXPECT_EQ(host::FitWidths({90, 30}, {true, false}, 20), (Widths{90}));
+}
+
+TEST(HostProgress, NamesTheItemThatIsWaitedFor) {
+  using std::chrono::seconds;
+  host::Progress progress;
+  progress.Begin("drawing", 3);
+  for (const char* name : {"A001", "A002", "A003"}) progress.AddItem(name);
+  const auto now = host::Progress::Clock::now();
+  EXPECT_EQ(progress.Line(now, 0), "drawing 0 of 3: A001");
+  EXPECT_EQ(progress.Line(now + seconds(5), 0), "drawing 0 of 3: waiting for A001 (5 s)");
+  progress.FinishItem("A002");
+  EXPECT_EQ(progress.Line(now + seconds(5), 0), "drawing 1 of 3: waiting for A001 (5 s)");
+  progress.FinishItem("A001");
+  EXPECT_EQ(progress.Line(now, 0), "drawing 2 of 3: A003");
+  EXPECT_LE(host::CellWidth(progress.Line(now, 12)), 12U);
+  progress.Begin("looking");
+  EXPECT_TRUE(progress.Line(now + seconds(9), 0).starts_with("looking "));
 }
 
 }  // namespace
