@@ -41,3 +41,19 @@ find_program(SORVIK_LLD ld.lld)
 if(SORVIK_LLD)
   target_link_options(sorvik_build_settings INTERFACE -fuse-ld=lld)
 endif()
+
+# harden(TARGET...): makes exploits of memory errors harder. The sanitizers replace it in their builds.
+# Code without optimization can't be fortified.
+include(CheckPIESupported)
+check_pie_supported()
+function(harden)
+  if(SORVIK_SANITIZE OR SORVIK_FUZZ)
+    return()
+  endif()
+  foreach(target ${ARGN})
+    target_compile_options(${target} PRIVATE
+        -fstack-protector-strong $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>)
+    target_link_options(${target} PRIVATE -Wl,-z,relro -Wl,-z,now)
+    set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  endforeach()
+endfunction()

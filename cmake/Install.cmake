@@ -1,5 +1,5 @@
-# Installs library, headers, CMake package, pkg-config file, program, man page and completions.
-# Resources.cmake installs the pictures and translations.
+# Installs library, headers, CMake package, pkg-config file, program and completions. Resources.cmake
+# installs the pictures and translations, Packages.cmake the man page.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS SorvikProvider EXPORT SorvikProviderTargets
@@ -34,9 +34,6 @@ install(FILES ${PROJECT_BINARY_DIR}/SorvikProvider.pc
 if(TARGET sorvik)
   install(TARGETS sorvik RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
 endif()
-if(EXISTS ${PROJECT_SOURCE_DIR}/docs/sorvik.1)
-  install(FILES docs/sorvik.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
-endif()
 if(EXISTS ${PROJECT_SOURCE_DIR}/host/completion/sorvik.bash)
   install(FILES host/completion/sorvik.bash RENAME sorvik
       DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
@@ -45,19 +42,3 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/host/completion/sorvik.bash)
   install(FILES host/completion/sorvik.fish
       DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
 endif()
-
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME sorvikprovider)
-set(CPACK_PACKAGE_VENDOR "the SorvikProvider authors")
-set(CPACK_PACKAGE_CONTACT "the SorvikProvider authors <authors@sorvikprovider.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Lists camera cards and folders as clips")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION video)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "shared-mime-info")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "adwaita-icon-theme")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libboost-dev")
-include(CPack)

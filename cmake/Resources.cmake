@@ -42,4 +42,4 @@ add_custom_target(sorvik_resources ALL
 add_dependencies(sorvik_objects sorvik_resources)
 
 install(DIRECTORY ${SORVIK_RESOURCES}/
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/SorvikProvider/resources)
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/SorvikProvider/resources COMPONENT library)

@@ -1,0 +1,10 @@
+# Run by cpack before it makes the packages.
+set(programs dpkg-shlibdeps file)
+set(packages dpkg-dev file)
+foreach(program package IN ZIP_LISTS programs packages)
+  unset(found CACHE)
+  find_program(found ${program} PATHS ENV PATH NO_DEFAULT_PATH)
+  if(NOT found)
+    message(FATAL_ERROR "cannot make Debian packages: ${program} is missing (apt-get install ${package})")
+  endif()
+endforeach()

@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Packages.sh SOURCE_DIR BUILD_DIR: makes the Debian packages of the build, and runs the program from an
+# extracted copy.
+set -euo pipefail
+source_dir=$1
+build_dir=$2
+skip() { echo "skipped: $1"; exit 77; }
+fail() { echo "FAIL: $*"; exit 1; }
+grep '^SORVIK_SANITIZE:STRING=$' "$build_dir/CMakeCache.txt" > /dev/null || skip "an instrumented library isn't packaged"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# Without the programs that cpack needs, it says so.
+cmake=$(command -v cmake)
+require=$source_dir/cmake/package/RequirePrograms.cmake
+if PATH=$work "$cmake" -P "$require" > "$work/log" 2>&1; then fail "no program is required"; fi
+tr -s '\n ' ' ' < "$work/log" | grep 'dpkg-shlibdeps is missing (apt-get install dpkg-dev)' > /dev/null ||
+  fail "$(cat "$work/log")"
+for program in dpkg-shlibdeps dpkg-gensymbols file; do
+  command -v "$program" > /dev/null || skip "$program is not installed"
+done
+
+cpack --config "$build_dir/CPackConfig.cmake" -B "$work" > "$work/log" 2>&1 || fail "cpack: $(tail -5 "$work/log")"
+version=$(sed -n 's/^project(SorvikProvider VERSION \([0-9.]*\).*/\1/p' "$source_dir/CMakeLists.txt")
+major=${version%%.*}
+[ "$(cd "$work" && ls -- *.deb | sed 's/_.*//' | sort | tr '\n' ' ')" = \
+  "libsorvikprovider-dev libsorvikprovider$major sorvik " ] || fail "packages: $(ls "$work")"
+for package in "$work"/*.deb; do dpkg-deb -x "$package" "$work/root"; done
+
+depends() { dpkg-deb -f "$work/$1"_*.deb Depends; }
+[[ $(depends libsorvikprovider-dev) == *"libsorvikprovider$major (= $version)"*libboost-dev* ]] ||
+  fail "libsorvikprovider-dev depends on $(depends libsorvikprovider-dev)"
+[[ $(depends sorvik) == *"libsorvikprovider$major (= $version)"* ]] || fail "sorvik depends on $(depends sorvik)"
+[[ $(depends "libsorvikprovider$major") == *libxerces-c* ]] || fail "the library lacks the dependencies of its module"
+dpkg-deb --ctrl-tarfile "$work/libsorvikprovider$major"_*.deb | tar -xO ./symbols |
+  grep "^libSorvikProvider.so.$major libsorvikprovider$major" > /dev/null || fail "no symbols file"
+
+for package in "libsorvikprovider$major" libsorvikprovider-dev sorvik; do
+  doc=$work/root/usr/share/doc/$package
+  grep -q 'Permission is hereby granted' "$doc/copyright" || fail "$package has no licence text"
+  gzip -dc "$doc/changelog.gz" | grep "($version)" > /dev/null || fail "$package: the changelog lacks $version"
+done
+gzip -dc "$work/root/usr/share/man/man1/sorvik.1.gz" | grep '^.TH SORVIK' > /dev/null || fail "no man page"
+
+bash "$source_dir/tools/make-sample-card" "$work/CARD"
+"$work/root/usr/bin/sorvik" ls "$work/CARD" | grep 'Ferry leaves' > /dev/null || fail "the packaged program doesn't run"
+[ "$("$work/root/usr/bin/sorvik" --version)" = "sorvik $version" ] || fail "version"
+
+# Hardening: read-only relocations, immediate binding, position-independent code, stack protector.
+for binary in "$work/root/usr/bin/sorvik" "$(find "$work/root" -name "libSorvikProvider.so.$version")"; do
+  readelf -d "$binary" | grep BIND_NOW > /dev/null || fail "$binary: lazy binding"
+  readelf -l "$binary" | grep GNU_RELRO > /dev/null || fail "$binary: writable relocations"
+  readelf -h "$binary" | grep 'Type:.*DYN' > /dev/null || fail "$binary: not position-independent"
+  nm -D "$binary" | grep __stack_chk_fail > /dev/null || fail "$binary: no stack protector"
+done
+if command -v lintian > /dev/null; then
+  lintian --allow-root --fail-on error "$work"/*.deb > "$work/lintian" 2>&1 || fail "$(grep '^E:' "$work/lintian")"
+fi
