@@ -12,8 +12,8 @@ namespace {
 
 using Row = std::vector<std::string>;
 
-constexpr std::size_t kGap = 2;  // cells between columns
-constexpr std::size_t kMinWidth = 8;
+constexpr std::size_t kGap = 2;        // cells between columns
+constexpr std::size_t kMinWidth = 12;  // a timecode stays complete
 
 Row Shown(const Output& output, const Row& row) {
   Row shown;

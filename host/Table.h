@@ -44,7 +44,7 @@ class Table {
 };
 
 // Reduces column widths, separated by two cells, to a line of `limit` cells. Columns that are not
-// `fixed` become narrower, the widest first, but no narrower than 8. The last columns are removed
+// `fixed` become narrower, the widest first, but no narrower than 12. The last columns are removed
 // if that isn't enough; the first stays. Exposed for tests.
 std::vector<std::size_t> FitWidths(std::vector<std::size_t> widths, const std::vector<bool>& fixed,
                                    std::size_t limit);

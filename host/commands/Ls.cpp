@@ -52,10 +52,11 @@ void ReportNearbyCards(Context& context, const std::string& path) {
 
 // Lists each card, with its path as a heading unless it is the path that was asked for.
 void ListCards(Context& context, const std::string& path, const std::vector<FoundCard>& cards) {
-  const bool headings = cards.size() > 1 || cards.front().path != path;
+  const bool forPeople = !context.options.json && context.options.form == TableForm::kAligned;
+  const bool headings = forPeople && (cards.size() > 1 || cards.front().path != path);
   for (std::size_t i = 0; i < cards.size(); ++i) {
     const ProviderWrapper& provider = ProviderOf(cards[i]);
-    if (headings && !context.options.json) {
+    if (headings) {
       context.output.Write(i == 0 ? "" : "\n");
       context.output.Write(
           context.output.Shown(cards[i].path + " (" + provider.GetUIString() + ")") + "\n");

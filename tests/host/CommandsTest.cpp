@@ -166,6 +166,9 @@ TEST_F(OnCard, TablesHaveCompleteValuesForMachines) {
       RunSorvik({"ls", tree_.Path("PLAIN"), "--tsv", "--fields", "Name,size"}).output;
   EXPECT_NE(tsv.find("\nc\\td.mov\tc\\td.mov\t1\n"), std::string::npos) << tsv;
 
+  EXPECT_TRUE(RunSorvik({card_ + "/CONTENTS", "--csv"}).output.starts_with("Key,"))
+      << "no heading for a card nearby";
+
   const std::string table = RunSorvik({"ls", card_}).output;
   EXPECT_TRUE(
       table.starts_with("Key     Name              Start Timecode  Duration     Frame Rate"));
