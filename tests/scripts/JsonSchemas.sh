@@ -39,7 +39,8 @@ save providers providers --json
 save fields fields --json
 save check check "$card" --json
 rm "$sound"
-save check check "$work" --json
+save check check "$work" --json --files
+save check check "$card" --json --quick
 save error ls "$work/missing" --json
 save error ls --json --bogus
 save error entry "$card" bogus --json
