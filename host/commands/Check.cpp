@@ -34,7 +34,9 @@ void CompareWithCopy(Context& context, CardReport& report) {
   const auto& stop = session.Stopped();
   session.GetProgress().Begin("comparing", files.size());
   for (const CardFile* file : files) {
-    const std::string copy = report.against + "/" + RelativePath(file->path, report.path);
+    const std::string name = RelativePath(file->path, report.path);
+    const std::string copy = report.against + "/" + name;
+    session.GetProgress().AddItem(name);
     auto difference = session.OnWorker<std::optional<std::string>>(
         [file, copy, hashed = report.hashed, &stop]() -> std::optional<std::string> {
           if (auto size = CompareSize(*file, copy)) return size;
@@ -42,7 +44,7 @@ void CompareWithCopy(Context& context, CardReport& report) {
           return std::nullopt;
         });
     if (difference) differences.push_back(MakeDifference(*file, std::move(*difference)));
-    session.GetProgress().Advance();
+    session.GetProgress().FinishItem(name);
   }
   if (!differences.empty()) report.result.complete = false;
   auto& findings = report.result.findings;
