@@ -38,23 +38,75 @@ bool IsBigEndian(std::string_view bytes, std::size_t begin, std::size_t stride) 
   return bytes[quote + stride - 1] == '\xFE' && bytes[quote + stride] == '\xFF';
 }
 
-// Returns the packet from the "<" of its header to the ">" of its trailer, with the zero bytes that
-// belong to these characters; empty if the trailer isn't closed.
-std::string_view Packet(std::string_view bytes, std::size_t begin, std::size_t end,
-                        std::size_t stride) {
-  constexpr std::size_t kMaxTrailerLength = 32;
-  for (std::size_t i = kEnd.size(); i < kMaxTrailerLength; ++i) {
-    const std::size_t at = end + i * stride;
-    if (at >= bytes.size()) return {};
-    if (bytes[at] != '>') continue;
-    const std::size_t zeros = stride - 1;
-    const bool bigEndian = stride > 1 && IsBigEndian(bytes, begin, stride);
-    const std::size_t first = bigEndian && begin >= zeros ? begin - zeros : begin;
-    const std::size_t last = bigEndian ? at : at + zeros;
-    return bytes.substr(first, last + 1 - first);
+// Returns the length of a tag from its "<" to its ">" in bytes; 0 if it isn't closed within
+// `maxCharacters`.
+std::size_t TagLength(std::string_view bytes, std::size_t at, std::size_t maxCharacters,
+                      std::size_t stride) {
+  for (std::size_t i = 0; i < maxCharacters; ++i) {
+    const std::size_t character = at + i * stride;
+    if (character >= bytes.size()) return 0;
+    if (bytes[character] == '>') return (i + 1) * stride;
   }
-  return {};
+  return 0;
 }
+
+// Matches the end tag of a root element, with any prefix: "</x:xmpmeta>", "</rdf:RDF>".
+bool IsRootEnd(std::string_view bytes, std::size_t at, std::size_t length, std::size_t stride) {
+  constexpr std::string_view kNames[] = {"xmpmeta>", "xapmeta>", "RDF>"};
+  if (!MatchesSpaced(bytes, at, "</", stride)) return false;
+  for (const std::string_view name : kNames) {
+    const std::size_t nameBytes = name.size() * stride;
+    if (length > nameBytes && MatchesSpaced(bytes, at + length - nameBytes, name, stride)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Collects the packets of one character width.
+class PacketFinder {
+ public:
+  PacketFinder(std::string_view bytes, std::size_t stride) : bytes_(bytes), stride_(stride) {}
+
+  // Looks at the "<" at `at`. Returns a packet that ends here; empty if none does.
+  std::string_view Visit(std::size_t at) {
+    constexpr std::size_t kMaxTagLength = 64;
+    if (MatchesSpaced(bytes_, at, kBegin, stride_)) {
+      const std::string_view previous = UntilRootEnd();
+      begin_ = at;
+      rootEnd_ = 0;
+      return previous;
+    }
+    if (begin_ == bytes_.npos) return {};
+    const std::size_t length = TagLength(bytes_, at, kMaxTagLength, stride_);
+    if (IsRootEnd(bytes_, at, length, stride_)) rootEnd_ = at + length;
+    if (!MatchesSpaced(bytes_, at, kEnd, stride_)) return {};
+    constexpr std::size_t kMaxTrailerLength = 32;
+    const bool closed = length != 0 && length <= kMaxTrailerLength * stride_;
+    const std::string_view packet = closed ? Until(at + length) : UntilRootEnd();
+    begin_ = bytes_.npos;
+    return packet;
+  }
+  // Returns the packet whose trailer is missing or truncated, if its root element is complete;
+  // otherwise empty.
+  std::string_view UntilRootEnd() const {
+    return begin_ == bytes_.npos || rootEnd_ == 0 ? std::string_view() : Until(rootEnd_);
+  }
+
+ private:
+  // From the "<" of the header, with the zero bytes that belong to the first and last character.
+  std::string_view Until(std::size_t end) const {
+    const std::size_t zeros = stride_ - 1;
+    const bool bigEndian = stride_ > 1 && IsBigEndian(bytes_, begin_, stride_);
+    const std::size_t shift = bigEndian && begin_ >= zeros ? zeros : 0;
+    return bytes_.substr(begin_ - shift, end - begin_);
+  }
+
+  std::string_view bytes_;
+  std::size_t stride_;
+  std::size_t begin_ = std::string_view::npos;  // of the header
+  std::size_t rootEnd_ = 0;                     // after the root element; 0 while it is open
+};
 
 std::string_view TextOf(const std::vector<std::byte>& bytes) {
   return foundation::ByteReader(bytes).Text();
@@ -63,21 +115,21 @@ std::string_view TextOf(const std::vector<std::byte>& bytes) {
 }  // namespace
 
 std::string_view FindPacket(std::string_view bytes) {
-  constexpr std::array<std::size_t, 3> kStrides = {1, 2, 4};
-  std::array<std::size_t, 3> begins;
-  begins.fill(bytes.npos);
+  std::array<PacketFinder, 3> finders = {PacketFinder(bytes, 1), PacketFinder(bytes, 2),
+                                         PacketFinder(bytes, 4)};
   std::string_view found;
   for (std::size_t at = bytes.find('<'); at != bytes.npos; at = bytes.find('<', at + 1)) {
     const char next = at + 1 < bytes.size() ? bytes[at + 1] : '\0';
-    if (next != '?' && next != '\0')
-      continue;  // neither a header nor the start of a UTF-16 or UTF-32 one
-    for (std::size_t i = 0; i < kStrides.size(); ++i) {
-      if (MatchesSpaced(bytes, at, kBegin, kStrides[i])) begins[i] = at;
-      if (begins[i] == bytes.npos || !MatchesSpaced(bytes, at, kEnd, kStrides[i])) continue;
-      const std::string_view packet = Packet(bytes, begins[i], at, kStrides[i]);
+    if (next != '?' && next != '/' && next != '\0')
+      continue;  // neither a header, nor an end tag, nor the start of a UTF-16 or UTF-32 one
+    for (PacketFinder& finder : finders) {
+      const std::string_view packet = finder.Visit(at);
       if (!packet.empty()) found = packet;
-      begins[i] = bytes.npos;
     }
+  }
+  for (const PacketFinder& finder : finders) {
+    const std::string_view last = finder.UntilRootEnd();
+    if (!last.empty()) found = last;
   }
   return found;
 }

@@ -59,6 +59,24 @@ TEST(PacketScan, FindsTheLastCompletePacket) {
   EXPECT_EQ(FindPacket(""), "");
 }
 
+TEST(PacketScan, AcceptsATruncatedTrailer) {
+  const std::string noise(100, '\xE9');
+  const std::string complete = Packet("a\xC3\xA9");
+  const std::size_t root = complete.find("</r:RDF>") + 8;
+  for (const std::size_t size : {root, complete.find("end=") + 7, complete.size() - 1}) {
+    const std::string truncated = complete.substr(0, size);
+    EXPECT_EQ(LabelOf(FindPacket(truncated)), "a\xC3\xA9") << size;
+    EXPECT_EQ(LabelOf(FindPacket(truncated + noise)), "a\xC3\xA9") << size;
+    EXPECT_EQ(LabelOf(FindPacket(truncated + noise + Packet("b"))), "b") << size;
+    for (const bool bigEndian : {false, true}) {
+      const std::string wide =
+          Widen(Packet("w", "\xFE").substr(0, Packet("w", "\xFE").size() - 1), 2, bigEndian);
+      EXPECT_EQ(LabelOf(FindPacket("noise" + wide)), "w") << bigEndian;
+    }
+  }
+  EXPECT_EQ(FindPacket(complete.substr(0, root - 1)), "");
+}
+
 TEST(PacketScan, FindsUTF16AndUTF32) {
   for (const std::size_t width : {2u, 4u}) {
     for (const bool bigEndian : {false, true}) {
