@@ -8,6 +8,7 @@ find_package(EXPAT REQUIRED)
 find_package(JPEG REQUIRED)
 find_package(ZLIB REQUIRED)
 find_package(PNG REQUIRED)
+find_package(TIFF 4.5 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(GDK_PIXBUF REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
 pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
@@ -18,5 +19,5 @@ pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
 # Public signatures use boost::shared_ptr.
 set(SORVIK_PUBLIC_LIBRARIES Boost::boost)
 set(SORVIK_LIBRARIES
-    Boost::boost Threads::Threads ICU::uc EXPAT::EXPAT JPEG::JPEG ZLIB::ZLIB
+    Boost::boost Threads::Threads ICU::uc EXPAT::EXPAT JPEG::JPEG ZLIB::ZLIB TIFF::TIFF
     PkgConfig::GDK_PIXBUF PkgConfig::GIO PkgConfig::MOUNT PkgConfig::UDEV)

@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <future>
 #include <string>
 #include <vector>
@@ -12,6 +14,7 @@
 #include "foundation/imaging/ImageSource.h"
 #include "support/ImageFiles.h"
 #include "support/TempTree.h"
+#include "support/TiffBytes.h"
 #include "thumbnails/OwnedBitplate.h"
 #include "thumbnails/Rendering.h"
 
@@ -109,9 +112,60 @@ TEST_F(Formats, PngTiffGifAndIco) {
   ExpectDrawn("PNG with alpha that is never used", Saved(six, "png", true), six);
   ExpectDrawn("PNG with alpha", Saved(seeThrough, "png", true), seeThrough);
   ExpectDrawn("TIFF", Saved(six, "tiff"), six);
-  ExpectDrawn("TIFF with alpha", Saved(seeThrough, "tiff", true), seeThrough);
   ExpectDrawn("GIF", SixColourGif(), six);
   ExpectDrawn("ICO", Saved(Plain(16, 16, kRed), "ico", true), Plain(16, 16, kRed));
+}
+
+// An uncompressed TIFF of four samples. `place` has the tags of strips or tiles for an offset.
+std::string Tiff(unsigned width, unsigned height, unsigned extraSample, const std::string& pixels,
+                 const std::function<std::vector<TiffEntry>(std::uint32_t)>& place) {
+  TiffBytes t;
+  const auto build = [&](std::uint32_t offset) {
+    std::vector<TiffEntry> tags = {t.Shorts(256, {width}),      t.Shorts(257, {height}),
+                                   t.Shorts(258, {8, 8, 8, 8}), t.Shorts(259, {1}),
+                                   t.Shorts(262, {2}),          t.Shorts(277, {4}),
+                                   t.Shorts(338, {extraSample})};
+    for (const TiffEntry& tag : place(offset)) tags.push_back(tag);
+    std::sort(tags.begin(), tags.end(),
+              [](const TiffEntry& a, const TiffEntry& b) { return a.tag < b.tag; });
+    return t.File(tags);
+  };
+  return build(static_cast<std::uint32_t>(build(0).size())) + pixels;
+}
+
+TEST_F(Formats, TiffWithAlpha) {
+  const TiffBytes t;
+  const auto strip = [&](std::uint32_t offset) {
+    return std::vector{t.Long(273, offset), t.Long(278, 1), t.Long(279, 8)};
+  };
+  constexpr unsigned kAssociated = 1;
+  constexpr unsigned kUnassociated = 2;
+  const Drawing expected{2, 1, {{100, 50, 25, 128}, kGreen}};
+  const std::string green("\0\xFF\0\xFF", 4);
+  ExpectDrawn("straight", Tiff(2, 1, kUnassociated, "\xC8\x64\x32\x80" + green, strip), expected);
+  ExpectDrawn("premultiplied", Tiff(2, 1, kAssociated, "\x64\x32\x19\x80" + green, strip),
+              expected);
+  ExpectDrawn("colours above alpha", Tiff(2, 1, kAssociated, "\xC8\x32\x19\x80" + green, strip),
+              {2, 1, {{128, 50, 25, 128}, kGreen}});
+}
+
+TEST_F(Formats, TiffInSmallTiles) {
+  const TiffBytes t;
+  constexpr std::size_t kPixels = 16 * 16;
+  std::string rgb;  // two tiles of 768 bytes
+  for (std::size_t i = 0; i < kPixels; ++i) rgb += std::string("\xFF\0\0", 3);
+  for (std::size_t i = 0; i < kPixels; ++i) rgb += std::string("\0\0\xFF", 3);
+  const auto file = [&](std::uint32_t offset) {
+    TiffEntry offsets = t.Ratios(324, {{offset, offset + 768}}, 4);
+    offsets.count = 2;
+    return TiffBytes().File({t.Shorts(256, {32}), t.Shorts(257, {16}), t.Shorts(258, {8, 8, 8}),
+                             t.Shorts(259, {1}), t.Shorts(262, {2}), t.Shorts(277, {3}),
+                             t.Shorts(322, {16}), t.Shorts(323, {16}), offsets,
+                             t.Shorts(325, {768, 768})});
+  };
+  Drawing expected{32, 16, {}};
+  for (int i = 0; i < 32 * 16; ++i) expected.pixels.push_back(i % 32 < 16 ? kRed : kBlue);
+  ExpectDrawn("16-pixel tiles", file(static_cast<std::uint32_t>(file(0).size())) + rgb, expected);
 }
 
 TEST_F(Formats, IcoUsesTheLargestPicture) {

@@ -13,6 +13,7 @@
 #include "foundation/imaging/GifFile.h"
 #include "foundation/imaging/IcoFile.h"
 #include "foundation/imaging/Premultiply.h"
+#include "foundation/imaging/TiffFile.h"
 
 namespace Sorvik::imaging {
 namespace {
@@ -138,35 +139,43 @@ bool IsCompletePng(const ImageSource& source) {
   return false;
 }
 
-std::optional<Image> DecodeAs(const ImageSource& source, const char* type, bool ignoreAlpha,
+std::optional<Image> DecodeAs(const ImageSource& source, const char* type, Image::Alpha alpha,
                               int side = 0) {
   auto pixbuf = Load(source, type, side);
   if (!pixbuf) return std::nullopt;
-  return Image(std::move(pixbuf), ignoreAlpha);
+  return Image(std::move(pixbuf), alpha);
 }
 
 std::optional<Image> DecodeBmp(const ImageSource& source) {
   const BmpHeader header = ReadBmpHeader(source);
   if (!header.isValid) return std::nullopt;
-  return DecodeAs(source, "bmp", !header.hasAlpha);
+  return DecodeAs(source, "bmp",
+                  header.hasAlpha ? Image::Alpha::kStraight : Image::Alpha::kIgnored);
 }
 
 std::optional<Image> DecodePng(const ImageSource& source) {
   if (!IsCompletePng(source)) return std::nullopt;
-  return DecodeAs(source, "png", false);
+  return DecodeAs(source, "png", Image::Alpha::kStraight);
 }
 
 std::optional<Image> DecodeGif(const ImageSource& source) {
   const auto frame = FirstGifFrame(source);
   if (!frame) return std::nullopt;
-  return DecodeAs(ImageSource(*frame), "gif", false);
+  return DecodeAs(ImageSource(*frame), "gif", Image::Alpha::kStraight);
+}
+
+// libtiff gives associated alpha, whichever kind the file has.
+std::optional<Image> DecodeTiffPicture(const ImageSource& source) {
+  auto pixbuf = DecodeTiff(source);
+  if (!pixbuf) return std::nullopt;
+  return Image(std::move(pixbuf), Image::Alpha::kPremultiplied);
 }
 
 std::optional<Image> DecodeIco(const ImageSource& source) {
   const auto picture = LargestIcoPicture(source);
   if (!picture) return std::nullopt;
   const ImageSource bytes(picture->bytes);
-  return picture->isPng ? DecodePng(bytes) : DecodeAs(bytes, "ico", false);
+  return picture->isPng ? DecodePng(bytes) : DecodeAs(bytes, "ico", Image::Alpha::kStraight);
 }
 
 bool HasTransparency(std::span<const std::uint8_t> row) {
@@ -181,6 +190,13 @@ void PremultiplyRow(std::span<std::uint8_t> row) {
     const std::uint8_t alpha = row[i + 3];
     if (alpha == 255) continue;
     for (std::size_t c = i; c < i + 3; ++c) row[c] = Premultiplied(row[c], alpha);
+  }
+}
+
+// Files can contain associated colours that exceed their alpha.
+void LimitToAlpha(std::span<std::uint8_t> row) {
+  for (std::size_t i = 0; i + 3 < row.size(); i += 4) {
+    for (std::size_t c = i; c < i + 3; ++c) row[c] = std::min(row[c], row[i + 3]);
   }
 }
 
@@ -210,19 +226,20 @@ std::optional<ImageType> SniffImageType(const ImageSource& source) {
 
 void Image::Release::operator()(GdkPixbuf* pixbuf) const noexcept { g_object_unref(pixbuf); }
 
-Image::Image(Pixbuf pixbuf, bool ignoreAlpha)
+Image::Image(Pixbuf pixbuf, Alpha alpha)
     : pixbuf_(std::move(pixbuf)),
       pixels_(gdk_pixbuf_get_pixels(pixbuf_.get())),
       rowBytes_(static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf_.get()))),
       width_(gdk_pixbuf_get_width(pixbuf_.get())),
       height_(gdk_pixbuf_get_height(pixbuf_.get())),
       channels_(gdk_pixbuf_get_n_channels(pixbuf_.get())) {
-  if (channels_ != 4 || ignoreAlpha) return;
+  if (channels_ != 4 || alpha == Alpha::kIgnored) return;
   for (int y = 0; y < height_ && opaque_; ++y) opaque_ = !HasTransparency(Row(y));
   if (opaque_) return;
   const auto rowLength = static_cast<std::size_t>(width_) * 4;
   for (int y = 0; y < height_; ++y) {
-    PremultiplyRow({pixels_ + static_cast<std::size_t>(y) * rowBytes_, rowLength});
+    const std::span<std::uint8_t> row(pixels_ + static_cast<std::size_t>(y) * rowBytes_, rowLength);
+    alpha == Alpha::kStraight ? PremultiplyRow(row) : LimitToAlpha(row);
   }
 }
 
@@ -240,9 +257,9 @@ std::optional<Image> DecodeImage(const ImageSource& source) {
     case ImageType::kPng:
       return DecodePng(source);
     case ImageType::kJpeg:
-      return DecodeAs(source, "jpeg", true);
+      return DecodeAs(source, "jpeg", Image::Alpha::kIgnored);
     case ImageType::kTiff:
-      return DecodeAs(source, "tiff", false);
+      return DecodeTiffPicture(source);
     case ImageType::kGif:
       return DecodeGif(source);
     case ImageType::kIco:
@@ -252,7 +269,7 @@ std::optional<Image> DecodeImage(const ImageSource& source) {
 }
 
 std::optional<Image> DecodeSvgIcon(const ImageSource& source, int side) {
-  return DecodeAs(source, "svg", false, side);
+  return DecodeAs(source, "svg", Image::Alpha::kStraight, side);
 }
 
 }  // namespace Sorvik::imaging

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Decodes images with gdk-pixbuf: BMP, PNG, JPEG, TIFF, GIF (its first frame) and ICO (its largest
-// picture). Input is untrusted: the format is detected by the first bytes only, and sizes are
-// checked before memory is allocated. Any thread.
+// Decodes images with gdk-pixbuf, BMP, PNG, JPEG, GIF (its first frame) and ICO (its largest
+// picture), or with libtiff. Input is untrusted: the format is detected by the first bytes only,
+// and sizes are checked before memory is allocated. Any thread.
 #pragma once
 
 #include <cstddef>
@@ -37,13 +37,14 @@ class Image {
   // The bytes of one row.
   std::span<const std::uint8_t> Row(int y) const noexcept;
 
-  // Takes ownership of a decoded picture. `ignoreAlpha` makes it opaque regardless of a fourth
-  // channel; otherwise a picture with transparency is premultiplied in place.
+  // Takes ownership of a decoded picture. kIgnored makes it opaque regardless of a fourth channel;
+  // straight colours of a picture with transparency are premultiplied in place.
+  enum class Alpha { kStraight, kPremultiplied, kIgnored };
   struct Release {
     void operator()(GdkPixbuf* pixbuf) const noexcept;
   };
   using Pixbuf = std::unique_ptr<GdkPixbuf, Release>;
-  Image(Pixbuf pixbuf, bool ignoreAlpha);
+  Image(Pixbuf pixbuf, Alpha alpha);
 
  private:
   Pixbuf pixbuf_;
