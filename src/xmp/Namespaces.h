@@ -14,6 +14,8 @@ inline constexpr char kNsCRS[] = "http://ns.adobe.com/camera-raw-settings/1.0/";
 // Of the clip records of Sony cameras, for facts that XMP has no property for. The records append
 // their version.
 inline constexpr char kNsNonRealTimeMeta[] = "urn:schemas-professionalDisc:nonRealTimeMeta";
+inline constexpr char kNsPhotoshop[] = "http://ns.adobe.com/photoshop/1.0/";
+inline constexpr char kNsIptcCore[] = "http://iptc.org/std/Iptc4xmpCore/1.0/xmlns/";
 inline constexpr char kNsDimensions[] = "http://ns.adobe.com/xap/1.0/sType/Dimensions#";
 inline constexpr char kNsRDF[] = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
 inline constexpr char kNsXML[] = "http://www.w3.org/XML/1998/namespace";

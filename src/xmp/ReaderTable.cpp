@@ -8,17 +8,21 @@
 #include "xmp/readers/CanonXFReader.h"
 #include "xmp/readers/DVReader.h"
 #include "xmp/readers/GifReader.h"
+#include "xmp/readers/Id3Reader.h"
 #include "xmp/readers/IsoMediaReader.h"
 #include "xmp/readers/JpegReader.h"
 #include "xmp/readers/MXFReader.h"
 #include "xmp/readers/NonRealTimeMetaReader.h"
 #include "xmp/readers/P2ClipReader.h"
+#include "xmp/readers/PdfReader.h"
 #include "xmp/readers/PlainXMPReader.h"
 #include "xmp/readers/PngReader.h"
+#include "xmp/readers/PsdReader.h"
 #include "xmp/readers/R3dReader.h"
 #include "xmp/readers/RiffReader.h"
 #include "xmp/readers/RmfReader.h"
 #include "xmp/readers/ScanReader.h"
+#include "xmp/readers/SvgReader.h"
 #include "xmp/readers/TiffReader.h"
 #include "xmp/readers/TransportStreamReader.h"
 
@@ -30,6 +34,7 @@ constexpr const Reader* kReaders[] = {
     &kP2ClipReader,
     &kNonRealTimeMetaReader,
     &kPlainXMPReader,
+    &kSvgReader,
     // Formats detected by their path on a card. They have a second file next to them.
     &kCanonXFReader,
     // Formats with a signature.
@@ -38,16 +43,20 @@ constexpr const Reader* kReaders[] = {
     &kTiffReader,
     &kPngReader,
     &kGifReader,
+    &kPsdReader,
     &kIsoMediaReader,
     &kRiffReader,
     &kAriReader,
     &kR3dReader,
     &kRmfReader,
+    &kId3Reader,
     // Detected by file name.
     &kRmdReader,
     // Formats detected by byte patterns: after all formats with a signature.
     &kTransportStreamReader,
     &kDVReader,
+    // The header may follow other data.
+    &kPdfReader,
     // Fallback for all other files.
     &kScanReader,
 };
