@@ -32,8 +32,15 @@ TEST(GifReader, FindsThePacketAtStartAndEnd) {
   EXPECT_EQ(packet(Start().Add(Extension("<p/>")).Add(picture), 0), "<p/>");
   EXPECT_EQ(packet(Start().Add(picture).Add(Extension("<p/>")).U8(0x3B), 1), "<p/>");
   EXPECT_EQ(packet(Start().Add(Extension(longPacket)).Add(picture), 1), longPacket);
+  EXPECT_EQ(packet(Start().Add(picture).Add(Extension(longPacket)).U8(0x3B), 2), longPacket);
   EXPECT_EQ(packet(Start().Add(picture), 1), "");
   EXPECT_EQ(packet(Start(), 0), "");
+}
+
+TEST(GifReader, GivesTheSizeOfTheScreen) {
+  const auto result = ReadWith(kGifReader, Bytes().Text("GIF89a").Hex("2C01 C800").Fill(3).str());
+  EXPECT_EQ(sorvik_test::Facts(result), "videoFrameSize=300x200 pixel\n");
+  EXPECT_TRUE(result.output.hasNative);
 }
 
 TEST(GifReader, IgnoresATruncatedPacket) {

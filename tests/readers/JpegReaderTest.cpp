@@ -66,6 +66,71 @@ TEST(JpegReader, ReadsPacketAndExifAmongOtherSegments) {
   }
 }
 
+// Precision, height, width, components.
+Bytes Frame(unsigned marker) {
+  return Segment(marker, Bytes().U8(8).U16(200).U16(300).U8(3).str());
+}
+
+TEST(JpegReader, GivesTheSizeAsShown) {
+  TiffBytes t;
+  for (const unsigned orientation : {1u, 4u, 5u, 8u}) {
+    const Bytes exif = Exif(t.File({t.Shorts(274, {orientation})}));
+    for (const unsigned marker : {0xC0u, 0xC2u, 0xCFu}) {
+      const auto result =
+          ReadWith(kJpegReader, Jpeg({exif, Segment(0xC4, "1234567"), Frame(marker)}));
+      EXPECT_EQ(Facts(result), orientation < 5 ? "videoFrameSize=300x200 pixel\n"
+                                               : "videoFrameSize=200x300 pixel\n");
+    }
+  }
+  // Without a tag, or with an invalid one.
+  EXPECT_EQ(Facts(ReadWith(kJpegReader, Jpeg({Frame(0xC1)}))), "videoFrameSize=300x200 pixel\n");
+  EXPECT_EQ(Facts(ReadWith(kJpegReader, Jpeg({Exif(t.File({t.Shorts(274, {9})})), Frame(0xC1)}))),
+            "videoFrameSize=300x200 pixel\n");
+}
+
+Bytes Dataset(unsigned number, const std::string& text) {
+  return Bytes().U8(0x1C).U8(2).U8(number).U16(text.size()).Text(text);
+}
+
+// IPTC records fill what Exif lacks. Resources longer than a segment continue in the next one.
+TEST(JpegReader, ReadsIptcOfSeveralSegments) {
+  TiffBytes t;
+  Bytes iptc;
+  iptc.Hex("1C 01 5A 0003 1B2547");  // the character set, in the envelope record
+  for (const auto& [number, text] :
+       {std::pair(5u, "Title"), std::pair(25u, "one"), std::pair(25u, "two"),
+        std::pair(55u, "20210304"), std::pair(60u, "050607+0100"), std::pair(80u, "IPTC author"),
+        std::pair(90u, "K\xC3\xB6ln"), std::pair(116u, "Rights"), std::pair(120u, "Caption")}) {
+    iptc.Add(Dataset(number, text));
+  }
+  Bytes resources;
+  resources.Text("8BIM").U16(1005).Hex("03414243").U32(3).Text("odd").U8(0);  // named, padded
+  resources.Text("8BIM").U16(1028).U16(0).U32(iptc.size()).Add(iptc);
+  const std::string header("Photoshop 3.0\0", 14);
+  const std::string bytes = resources.str();
+  const auto result = ReadWith(
+      kJpegReader,
+      Jpeg({Segment(0xED, header + bytes.substr(0, 50)), Segment(0xED, header + bytes.substr(50)),
+            Segment(0xED, "other"), Exif(t.File({t.Ascii(315, "Exif author")}))}));
+  EXPECT_EQ(sorvik_test::TextFacts(result),
+            "title=Title\ndescription=Caption\nrights=Rights\ncreator=Exif author\n"
+            "copyright=Rights\n");
+  EXPECT_EQ(result.Get(kNsPhotoshop, "City"), "K\xC3\xB6ln");
+  EXPECT_EQ(result.Get(kNsPhotoshop, "DateCreated"), "2021-03-04T05:06:07+01:00");
+  std::string keyword;
+  EXPECT_TRUE(result.output.native.GetArrayItem(kNsDC, "subject", 2, &keyword));
+  EXPECT_EQ(keyword, "two");
+  EXPECT_TRUE(result.output.hasNative);
+  // A dataset that extends past the end, and an unknown date.
+  const Bytes partial = Bytes().Add(Dataset(55, "20210000")).Hex("1C 02 05 0100").Text("cut");
+  const auto damaged = ReadWith(
+      kJpegReader,
+      Jpeg({Segment(
+          0xED,
+          header + Bytes().Text("8BIM").U16(1028).U16(0).U32(partial.size()).Add(partial).str())}));
+  EXPECT_FALSE(damaged.output.hasNative);
+}
+
 TEST(JpegReader, StopsAtTheScan) {
   const std::string file = Bytes(Jpeg({})).Add(Packet("<late/>")).str();
   EXPECT_EQ(ReadWith(kJpegReader, file).output.packet, "");
@@ -84,6 +149,11 @@ TEST(JpegReader, JoinsExtendedXMPInAnyOrder) {
 
   EXPECT_EQ(extension({second, Packet(Main(guid)), Part(other, n, 0, full), first}), full);
   EXPECT_EQ(extension({Packet(Main(guid)), first, first, second}), full) << "duplicate part";
+  std::string lower = guid;
+  for (char& c : lower) c = c >= 'A' && c <= 'F' ? static_cast<char>(c + 32) : c;
+  ASSERT_NE(lower, guid);
+  EXPECT_EQ(extension({Packet(Main(lower)), first, second}), full) << "digest in lower case";
+  EXPECT_EQ(extension({Packet(Main(guid)), Part(lower, n, 0, full)}), full);
   EXPECT_EQ(extension({Packet(Main(guid)), first}), "") << "a part is missing";
   EXPECT_EQ(extension({Packet(Main(other)), first, second}), "") << "of another image";
   EXPECT_EQ(extension({first, second}), "") << "unreferenced";
@@ -159,7 +229,8 @@ TEST(JpegReader, ReadsSamples) {
             "CreatorTool=Maker PixelDesk 7.0\n"
             "Make=FUJIFILM\n"
             "Model=FinePix2400Zoom\n"
-            "software=Maker PixelDesk 7.0\n");
+            "software=Maker PixelDesk 7.0\n"
+            "videoFrameSize=8x8 pixel\n");
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <cstdio>
+
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
 #include "support/TiffBytes.h"
@@ -84,16 +86,71 @@ TEST(PngReader, ReadsTextsTimeAndExif) {
   EXPECT_FALSE(ReadWith(kPngReader, Png({Text("Source", "unknown")})).output.hasNative);
 }
 
-TEST(PngReader, FindsTextsAfterALargeImageInOneRead) {
+TEST(PngReader, FindsTextsAfterALargeImageInFewReads) {
   const Bytes picture = Chunk("IDAT", std::string(300'000, 'p'));
   const auto result = ReadWith(kPngReader, Png({Text("Title", "In front"), picture, picture,
                                                 Text("Author", "After"), IText(kXMP, "<p/>")}));
   EXPECT_EQ(result.output.packet, "<p/>");
   EXPECT_EQ(TextFacts(result), "title=In front\ncreator=After\n");
-  EXPECT_EQ(result.reads, 1);
+  EXPECT_EQ(result.reads, 3);
   // Data inside the image that looks like a chunk doesn't lead to the end of the file.
   const Bytes false1 = Chunk("IDAT", std::string(300'000, 'p') + IText(kXMP, "<no/>").str());
   EXPECT_EQ(ReadWith(kPngReader, Png({false1})).output.packet, "");
+}
+
+TEST(PngReader, FindsALongPacketAfterTheImage) {
+  const std::string packet = "<p>" + std::string(200'000, ' ') + "</p>";
+  for (const std::size_t chunkSize : {8192u, 70'000u, 600'000u}) {
+    std::vector<Bytes> chunks(1'800'000 / chunkSize, Chunk("IDAT", std::string(chunkSize, 'p')));
+    chunks.push_back(Chunk("IDAT", "last"));
+    chunks.push_back(IText(kXMP, packet));
+    chunks.push_back(Text("Author", "After"));
+    const auto result = ReadWith(kPngReader, Png(chunks));
+    EXPECT_EQ(result.output.packet, packet) << chunkSize;
+    EXPECT_EQ(TextFacts(result), "creator=After\n") << chunkSize;
+    EXPECT_LE(result.reads, 16) << chunkSize;
+  }
+}
+
+// The size of IHDR, exchanged by the orientation of an Exif block behind the picture.
+TEST(PngReader, GivesTheSizeAsShown) {
+  TiffBytes t;
+  const Bytes exif = Chunk("eXIf", t.File({t.Shorts(274, {8})}));
+  const Bytes header = Chunk("IHDR", Bytes().U32(300).U32(200).Fill(5).str());
+  EXPECT_EQ(Facts(ReadWith(kPngReader, Png({header}))), "videoFrameSize=300x200 pixel\n");
+  EXPECT_EQ(Facts(ReadWith(kPngReader, Png({header, Chunk("IDAT", "p"), exif}))),
+            "videoFrameSize=200x300 pixel\n");
+}
+
+TEST(PngReader, ReadsRawProfiles) {
+  const auto profile = [](const std::string& type, const std::string& bytes, bool packed) {
+    std::string text = "\n" + type + "\n    " + std::to_string(bytes.size()) + "\n";
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+      char digits[4];
+      std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(bytes[i]));
+      text += digits;
+      if (i % 36 == 35) text += "\n";
+    }
+    const std::string keyword = "Raw profile type " + type;
+    return packed ? Chunk("zTXt", keyword + std::string(2, '\0') + Deflated(text))
+                  : Text(keyword, text);
+  };
+  TiffBytes t;
+  const std::string exif = std::string("Exif\0\0", 6) + t.File({t.Ascii(271, "Maker")});
+  const std::string iptc = Bytes().Hex("1C 02 05").U16(5).Text("Title").str();
+  const std::string resources =
+      Bytes().Text("8BIM").U16(1028).U16(0).U32(iptc.size()).Text(iptc).str();
+  for (const bool packed : {false, true}) {
+    EXPECT_EQ(Facts(ReadWith(kPngReader, Png({profile("exif", exif, packed)}))), "Make=Maker\n");
+    EXPECT_EQ(Facts(ReadWith(kPngReader, Png({profile("APP1", exif, packed)}))), "Make=Maker\n");
+    for (const std::string& records : {iptc, resources}) {
+      EXPECT_EQ(TextFacts(ReadWith(kPngReader, Png({profile("iptc", records, packed)}))),
+                "title=Title\n");
+    }
+    EXPECT_EQ(ReadWith(kPngReader, Png({profile("xmp", "<p/>", packed)})).output.packet, "<p/>");
+  }
+  EXPECT_FALSE(
+      ReadWith(kPngReader, Png({Text("Raw profile type iptc", "\niptc\n")})).output.hasNative);
 }
 
 TEST(PngReader, SurvivesTruncationAndCorruption) {

@@ -213,7 +213,21 @@ TEST(RiffReader, ReadsWebP) {
       kRiffReader, Riff("WEBP", {Chunk("VP8X", Bytes().Fill(10)), Chunk("EXIF", Bytes(exif)),
                                  Chunk("XMP ", Bytes("<p/>"))}));
   EXPECT_EQ(result.output.packet, "<p/>");
-  EXPECT_EQ(Facts(result), "Make=Maker\n");
+  EXPECT_EQ(Facts(result), "Make=Maker\nvideoFrameSize=1x1 pixel\n");
+}
+
+TEST(RiffReader, GivesTheSizeOfWebPAsShown) {
+  TiffBytes t;
+  const Bytes turned = Chunk("EXIF", Bytes(t.File({t.Shorts(274, {6})})));
+  const Bytes canvas = Chunk("VP8X", Bytes().Fill(4).Hex("2B0100 C70000"));  // 300, 200
+  const Bytes lossless = Chunk("VP8L", Bytes().Hex("2F 2BC13100"));
+  const Bytes lossy = Chunk("VP8 ", Bytes().Hex("000000 9D012A 2C41 C840"));  // with scales
+  for (const Bytes& picture : {canvas, lossless, lossy}) {
+    EXPECT_EQ(Facts(ReadWith(kRiffReader, Riff("WEBP", {picture}))),
+              "videoFrameSize=300x200 pixel\n");
+  }
+  EXPECT_EQ(Facts(ReadWith(kRiffReader, Riff("WEBP", {canvas, lossy, turned}))),
+            "videoFrameSize=200x300 pixel\n");
 }
 
 // Format tags as registered in RFC 2361 and later by their owners.

@@ -105,6 +105,96 @@ TEST(TiffReader, ReadsADirectoryAtTheEndOfALargeFileInOneRead) {
   EXPECT_LE(result.longestRead, 64u * 1024);
 }
 
+// The size of the main picture, exchanged by the orientation.
+TEST(TiffReader, GivesTheSizeAsShown) {
+  TiffBytes t;
+  const auto size = [](const std::string& file) { return Facts(ReadWith(kTiffReader, file)); };
+  const std::vector<TiffEntry> picture = {t.Shorts(256, {300}), t.Shorts(257, {200})};
+  EXPECT_EQ(size(t.File(picture)), "videoFrameSize=300x200 pixel\n");
+  for (const unsigned orientation : {3u, 6u}) {
+    EXPECT_EQ(
+        size(t.File({picture[0], picture[1], t.Shorts(274, {orientation})})),
+        orientation == 3 ? "videoFrameSize=300x200 pixel\n" : "videoFrameSize=200x300 pixel\n");
+  }
+  // Raw files with a thumbnail in the first directory; else the size of the Exif directory.
+  const std::vector<TiffEntry> thumbnail = {t.Long(254, 1), t.Shorts(256, {16}),
+                                            t.Shorts(257, {12})};
+  const std::vector<TiffEntry> raw = {t.Long(254, 0), picture[0], picture[1]};
+  const std::vector<TiffEntry> dimensions = {t.Shorts(40962, {400}), t.Shorts(40963, {250})};
+  EXPECT_EQ(size(t.File(thumbnail, {{330, raw}})), "videoFrameSize=300x200 pixel\n");
+  EXPECT_EQ(size(t.File(thumbnail, {{34665, dimensions}})), "videoFrameSize=400x250 pixel\n");
+  // CR2: the first directory is that of a preview, without a tag that says so.
+  TiffBytes little(false);
+  std::string cr2 =
+      little.File({little.Shorts(256, {16}), little.Shorts(257, {12})},
+                  {{34665, {little.Shorts(40962, {400}), little.Shorts(40963, {250})}}});
+  EXPECT_EQ(size(cr2), "videoFrameSize=16x12 pixel\n");
+  Bytes moved;  // two bytes of signature between the header and the directories
+  moved.Text(cr2.substr(0, 4)).U32LE(16).Text("CR").Hex("02 00").Fill(4).Text(cr2.substr(8));
+  moved.Set(16 + 2 + 2 * 12 + 8, 16 + 2 + 3 * 12 + 4, 1);  // the Exif directory
+  EXPECT_EQ(size(moved.str()), "videoFrameSize=400x250 pixel\n");
+}
+
+TEST(TiffReader, ReadsRawFilesOfOtherVersions) {
+  TiffBytes t(false);
+  for (const char* version : {"RO", "RS"}) {  // Olympus ORF
+    std::string orf = t.File({t.Ascii(271, "OLYMPUS"), t.Shorts(256, {300}), t.Shorts(257, {200})});
+    orf.replace(2, 2, version);
+    EXPECT_EQ(Facts(ReadWith(kTiffReader, orf)), "Make=OLYMPUS\nvideoFrameSize=300x200 pixel\n");
+  }
+  // Panasonic RW2: borders of the sensor, and a preview with the Exif block.
+  const std::string exif = t.File({t.Ascii(306, "2021:03:04 05:06:07")});
+  Bytes jpeg;
+  jpeg.Hex("FFD8 FFE1").U16(exif.size() + 8).Text(std::string("Exif\0\0", 6)).Text(exif);
+  jpeg.Hex("FFC0 0008 08 0010 0020 03 FFDA");
+  std::string rw2 =
+      t.File({t.Shorts(4, {10}), t.Shorts(5, {20}), t.Shorts(6, {210}), t.Shorts(7, {320}),
+              t.Raw(0x2E, 7, jpeg.str()), t.Ascii(271, "Panasonic")});
+  rw2.replace(2, 2, std::string("U\0", 2));
+  const auto result = ReadWith(kTiffReader, rw2);
+  EXPECT_EQ(Facts(result),
+            "ModifyDate=2021-03-04T05:06:07\nMake=Panasonic\nvideoFrameSize=300x200 pixel\n");
+  EXPECT_EQ(result.reads, 1);
+}
+
+TEST(TiffReader, ReadsIptcAndImageResources) {
+  TiffBytes t;
+  const auto dataset = [](const std::string& title) {
+    return Bytes().Hex("1C 02 05").U16(title.size()).Text(title).str();
+  };
+  EXPECT_EQ(TextFacts(ReadWith(kTiffReader, t.File({t.Raw(33723, 7, dataset("Title"))}))),
+            "title=Title\n");
+  TiffEntry longs = t.Raw(33723, 4, dataset("Title.."));  // of type LONG
+  longs.count = static_cast<std::uint32_t>(longs.value.size() / 4);
+  EXPECT_EQ(TextFacts(ReadWith(kTiffReader, t.File({longs}))), "title=Title..\n");
+  const std::string iptc = dataset("Resource");
+  const std::string resources =
+      Bytes().Text("8BIM").U16(1028).U16(0).U32(iptc.size()).Text(iptc).str();
+  EXPECT_EQ(TextFacts(ReadWith(kTiffReader, t.File({t.Raw(34377, 1, resources)}))),
+            "title=Resource\n");
+}
+
+TEST(TiffReader, ReadsUserCommentAndExposure) {
+  for (const bool bigEndian : {true, false}) {
+    TiffBytes t(bigEndian);
+    const auto comment = [&](const std::string& bytes) {
+      const auto result = ReadWith(
+          kTiffReader, t.File({}, {{34665,
+                                    {t.Raw(37510, 7, bytes), t.Ratios(33434, {{1, 250}}),
+                                     t.Ratios(33437, {{28, 10}}), t.Shorts(34855, {400})}}}));
+      EXPECT_EQ(result.Get(kNsEXIF, "ExposureTime"), "1/250");
+      EXPECT_EQ(result.Get(kNsEXIF, "FNumber"), "28/10");
+      return result.Get(kNsDM, "comment");
+    };
+    EXPECT_EQ(comment(std::string("ASCII\0\0\0Hello  ", 15)), "Hello");
+    EXPECT_EQ(comment(std::string("\0\0\0\0\0\0\0\0Hello", 13)), "Hello");
+    const std::string wide(bigEndian ? "UNICODE\0\0H\0i" : "UNICODE\0H\0i\0", 12);
+    EXPECT_EQ(comment(wide), "Hi");
+    EXPECT_EQ(comment(std::string("JIS\0\0\0\0\0xx", 10)), "");
+    EXPECT_EQ(comment(std::string("ASCII\0\0\0   ", 11)), "");
+  }
+}
+
 TEST(TiffReader, ReadsBigTiff) {
   Bytes b;
   b.Text("MM").U16(43).U16(8).U16(0).U64(16);      // version, size of offsets, first directory

@@ -66,6 +66,13 @@ class TiffBytes {
     return b.str();
   }
 
+  // One directory at offset `at`, without a header.
+  std::string DirectoryAt(const std::vector<TiffEntry>& entries, std::size_t at) const {
+    Bytes b;
+    AddDirectory(b, entries, at);
+    return b.str();
+  }
+
  private:
   static std::size_t DirectorySize(const std::vector<TiffEntry>& entries) {
     std::size_t size = 2 + 12 * entries.size() + 4;
@@ -76,9 +83,10 @@ class TiffBytes {
   }
   void Short(Bytes& b, unsigned v) const { bigEndian_ ? b.U16(v) : b.U16LE(v); }
   void Long(Bytes& b, std::uint32_t v) const { bigEndian_ ? b.U32(v) : b.U32LE(v); }
-  void AddDirectory(Bytes& b, const std::vector<TiffEntry>& entries) const {
+  // `base` is the offset of the start of `b`.
+  void AddDirectory(Bytes& b, const std::vector<TiffEntry>& entries, std::size_t base = 0) const {
     Bytes values;
-    const std::size_t valuesAt = b.size() + 2 + 12 * entries.size() + 4;
+    const std::size_t valuesAt = base + b.size() + 2 + 12 * entries.size() + 4;
     Short(b, static_cast<unsigned>(entries.size()));
     for (const TiffEntry& entry : entries) {
       Short(b, entry.tag);

@@ -7,6 +7,7 @@
 #include "xmp/NativeValues.h"
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/NativeText.h"
+#include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
 
@@ -30,38 +31,24 @@ constexpr std::uint16_t kDefaultScale = 50718;
 constexpr std::uint16_t kDefaultCropSize = 50720;
 constexpr std::uint16_t kActiveArea = 50829;
 
-// Converters write one or two previews next to the raw image.
-constexpr std::uint64_t kMaxSubIFDs = 16;
-
-// The directory of the raw image: cameras write it first, converters put a thumbnail in front of
-// it.
-TiffDirectory RawDirectory(TiffWalker& walker, const TiffDirectory& first) {
-  constexpr std::uint64_t kMainPicture = 0;
-  if (walker.Number(first, tiff::kSubfileType).value_or(kMainPicture) == kMainPicture) return first;
-  for (std::uint64_t i = 0; i < kMaxSubIFDs; ++i) {
-    TiffDirectory sub = walker.Sub(first, tiff::kSubIFDs, i);
-    if (sub.Empty()) break;
-    if (walker.Number(sub, tiff::kSubfileType) == kMainPicture) return sub;
-  }
-  return {};
-}
-
 std::uint32_t Pixels(const std::optional<std::uint64_t>& value) {
   return value && *value <= 0xFFFF'FFFF ? static_cast<std::uint32_t>(*value) : 0;
 }
 
 // The crop to be shown, otherwise the active area of the sensor, otherwise the stored size.
-void SetSize(TiffWalker& walker, const TiffDirectory& raw, TXMPMeta& meta) {
-  SetFrameSize(meta, Pixels(walker.Number(raw, tiff::kImageWidth)),
-               Pixels(walker.Number(raw, tiff::kImageLength)));
+// `orientation` is that of a photograph.
+void SetSize(TiffWalker& walker, const TiffDirectory& raw, std::optional<std::uint64_t> orientation,
+             TXMPMeta& meta) {
+  SetPictureSize(meta, Pixels(walker.Number(raw, tiff::kImageWidth)),
+                 Pixels(walker.Number(raw, tiff::kImageLength)), orientation);
   std::array<std::uint32_t, 4> area = {};  // top, left, bottom, right
   for (std::uint64_t i = 0; i < area.size(); ++i)
     area[i] = Pixels(walker.Number(raw, kActiveArea, i));
   if (area[2] > area[0] && area[3] > area[1]) {
-    SetFrameSize(meta, area[3] - area[1], area[2] - area[0]);
+    SetPictureSize(meta, area[3] - area[1], area[2] - area[0], orientation);
   }
-  SetFrameSize(meta, Pixels(walker.Number(raw, kDefaultCropSize, 0)),
-               Pixels(walker.Number(raw, kDefaultCropSize, 1)));
+  SetPictureSize(meta, Pixels(walker.Number(raw, kDefaultCropSize, 0)),
+                 Pixels(walker.Number(raw, kDefaultCropSize, 1)), orientation);
 }
 
 void SetScale(TiffWalker& walker, const TiffDirectory& raw, TXMPMeta& meta) {
@@ -131,8 +118,10 @@ void SetDngTags(TiffWalker& walker, const TiffDirectory& first, TXMPMeta& meta) 
     // Cameras that write no Exif directory store the time of recording here.
     meta.SetProperty(kNsXMP, "CreateDate", ExifDate(walker.Text(first, tiff::kDateTime)));
   }
-  const TiffDirectory raw = RawDirectory(walker, first);
-  SetSize(walker, raw, meta);
+  const TiffDirectory raw = MainDirectory(walker, first);
+  // Frames of a sequence are shown as they are stored.
+  const bool frame = rate.Known() || first.Find(kTimeCodes) != nullptr;
+  SetSize(walker, raw, frame ? std::nullopt : walker.Number(first, tiff::kOrientation), meta);
   SetScale(walker, raw, meta);
   if (const auto bits = walker.Number(raw, tiff::kBitsPerSample)) {
     SetPixelDepth(meta, static_cast<unsigned>(*bits & 0xFF));

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/ExifTags.h"
 
+#include <cstdio>
+
 #include "xmp/Namespaces.h"
+#include "xmp/readers/MakerNotes.h"
 #include "xmp/readers/NativeText.h"
 
 namespace Sorvik::xmp {
@@ -15,7 +18,22 @@ constexpr std::uint16_t kDateTimeOriginal = 36867;
 constexpr std::uint16_t kDateTimeDigitized = 36868;
 constexpr std::uint16_t kOffsetTime = 36880;  // then of Original, of Digitized
 constexpr std::uint16_t kSubSecTime = 37520;  // then of Original, of Digitized
+constexpr std::uint16_t kUserComment = 37510;
+constexpr std::uint16_t kISO = 34855;
+constexpr std::uint16_t kOwnerName = 42032;
 constexpr std::uint16_t kBodySerialNumber = 42033;
+constexpr std::uint16_t kLensSpecification = 42034;
+constexpr std::uint16_t kLensModel = 42036;
+constexpr std::uint16_t kLensSerialNumber = 42037;
+struct RatioTag {
+  std::uint16_t tag;
+  const char* name;
+};
+constexpr RatioTag kExposure[] = {
+    {33434, "ExposureTime"},
+    {33437, "FNumber"},
+    {37386, "FocalLength"},
+};
 
 // GPS directory.
 constexpr std::uint16_t kLatitudeRef = 1;
@@ -26,7 +44,17 @@ constexpr std::uint16_t kAltitudeRef = 5;
 constexpr std::uint16_t kAltitude = 6;
 constexpr std::uint16_t kProcessingMethod = 27;
 
-constexpr std::uint64_t kMaxProcessingMethodBytes = 4096;
+// Texts with a character set.
+constexpr std::uint64_t kMaxTextBytes = 64 * 1024;
+
+// "35" or "3.5": at most one decimal, or empty for an unknown value.
+std::string OneDecimal(const TiffRatio& ratio) {
+  if (ratio.num == 0 || ratio.den == 0 || ratio.negative) return {};
+  const std::uint64_t tenths = (std::uint64_t{ratio.num} * 10 + ratio.den / 2) / ratio.den;
+  std::string text = std::to_string(tenths / 10);
+  if (tenths % 10 != 0) text += "." + std::to_string(tenths % 10);
+  return text;
+}
 
 // ".123" from the digits of a SubSecTime tag; empty for zeros and for invalid text.
 std::string SubSeconds(const std::string& digits) {
@@ -68,6 +96,46 @@ class ExifStore {
   void StoreExif(const TiffDirectory& exif) {
     StoreDates(exif);
     Set(kNsAux, "SerialNumber", walker_.Text(exif, kBodySerialNumber));
+    StoreEquipment(exif);
+    for (const RatioTag& ratio : kExposure) StoreRatio(exif, ratio);
+    if (const auto iso = walker_.Number(exif, kISO); iso && *iso != 0) {
+      meta_.AppendArrayItem(kNsEXIF, "ISOSpeedRatings", ArrayForm::kSeq, std::to_string(*iso));
+    }
+    const std::string comment = CharsetText(walker_.Bytes(exif, kUserComment, kMaxTextBytes));
+    if (comment.empty()) return;
+    meta_.SetLocalizedText(kNsEXIF, "UserComment", "x-default", comment);
+    Set(kNsDM, "comment", comment);
+  }
+
+  // Tags of Exif 2.3 first: the maker notes repeat some of them in forms of their own.
+  void StoreEquipment(const TiffDirectory& exif) {
+    Set(kNsAux, "OwnerName", walker_.Text(exif, kOwnerName));
+    Set(kNsAux, "LensSerialNumber", walker_.Text(exif, kLensSerialNumber));
+    const std::string model = walker_.Text(exif, kLensModel);
+    Set(kNsAux, "Lens", model.empty() ? LensText(walker_, exif, kLensSpecification) : model);
+    const MakerNoteFacts notes = ReadMakerNote(walker_, first_, exif);
+    SetMissing("SerialNumber", notes.serialNumber);
+    SetMissing("OwnerName", notes.owner);
+    SetMissing("Lens", notes.lens);
+    SetMissing("LensSerialNumber", notes.lensSerialNumber);
+  }
+
+  void SetMissing(std::string_view name, const std::string& value) {
+    if (!meta_.HasProperty(kNsAux, name)) Set(kNsAux, name, value);
+  }
+
+  void StoreRatio(const TiffDirectory& exif, const RatioTag& tag) {
+    const auto ratio = walker_.Ratio(exif, tag.tag);
+    if (!ratio || ratio->num == 0 || ratio->den == 0 || ratio->negative) return;
+    Set(kNsEXIF, tag.name, std::to_string(ratio->num) + "/" + std::to_string(ratio->den));
+  }
+
+  // The first eight bytes name the character set (Exif, 4.6.5 and 4.6.6).
+  std::string CharsetText(const std::string& bytes) const {
+    if (bytes.size() <= 8) return {};
+    const std::string_view text = std::string_view(bytes).substr(8);
+    if (bytes.starts_with("UNICODE")) return UTF16Text(text, walker_.BigEndian());
+    return bytes.starts_with("JIS") ? std::string() : NativeText(text);
   }
 
   void Set(std::string_view schema, std::string_view name, const std::string& value) {
@@ -154,16 +222,8 @@ class ExifStore {
       const auto below = walker_.Number(gps, kAltitudeRef);
       if (below && *below <= 1) Set(kNsEXIF, "GPSAltitudeRef", std::to_string(*below));
     }
-    StoreProcessingMethod(walker_.Bytes(gps, kProcessingMethod, kMaxProcessingMethodBytes));
-  }
-
-  // The first eight bytes name the character set (Exif, 4.6.6).
-  void StoreProcessingMethod(const std::string& bytes) {
-    if (bytes.size() <= 8) return;
-    const std::string_view text = std::string_view(bytes).substr(8);
-    const bool unicode = bytes.starts_with("UNICODE");
     Set(kNsEXIF, "GPSProcessingMethod",
-        unicode ? UTF16Text(text, walker_.BigEndian()) : NativeText(text));
+        CharsetText(walker_.Bytes(gps, kProcessingMethod, kMaxTextBytes)));
   }
 
   TiffWalker& walker_;
@@ -184,6 +244,38 @@ bool SetExifBlock(ByteReader block, TXMPMeta& meta, ExifPart part) {
   if (!walker) return false;
   const TiffDirectory first = walker->First();
   return ExifStore(*walker, first, meta).Store(part);
+}
+
+TiffDirectory MainDirectory(TiffWalker& walker, const TiffDirectory& first) {
+  constexpr std::uint64_t kMainPicture = 0;
+  // Converters write one or two previews next to the raw image.
+  constexpr std::uint64_t kMaxSubIFDs = 16;
+  if (walker.Number(first, tiff::kSubfileType).value_or(kMainPicture) == kMainPicture) return first;
+  for (std::uint64_t i = 0; i < kMaxSubIFDs; ++i) {
+    TiffDirectory sub = walker.Sub(first, tiff::kSubIFDs, i);
+    if (sub.Empty()) break;
+    if (walker.Number(sub, tiff::kSubfileType) == kMainPicture) return sub;
+  }
+  return {};
+}
+
+std::optional<std::uint64_t> ExifOrientation(ByteReader block) {
+  FileWindow file(block);
+  auto walker = TiffWalker::Open(file);
+  return walker ? walker->Number(walker->First(), tiff::kOrientation) : std::nullopt;
+}
+
+std::string LensText(TiffWalker& walker, const TiffDirectory& directory, std::uint16_t tag) {
+  const auto value = [&](std::uint64_t index) {
+    return OneDecimal(walker.Ratio(directory, tag, index).value_or(TiffRatio()));
+  };
+  const auto range = [](const std::string& from, const std::string& to) {
+    return to.empty() || to == from ? from : from + "-" + to;
+  };
+  if (value(0).empty()) return {};
+  const std::string aperture = range(value(2), value(3));
+  const std::string focal = range(value(0), value(1)) + "mm";
+  return aperture.empty() ? focal : focal + " f/" + aperture;
 }
 
 }  // namespace Sorvik::xmp

@@ -2,6 +2,7 @@
 #include "xmp/readers/GifReader.h"
 
 #include "xmp/readers/FileWindow.h"
+#include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
 
@@ -32,20 +33,31 @@ bool Recognises(const ReaderInput& input) {
 
 // Searches for the 14-byte signature, which doesn't occur in compressed pixels by chance. Following
 // the sub-blocks would mean reading the complete file.
-void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
-  if (!Recognises(input)) return;
+std::string ReadPacket(const ReaderInput& input) {
   FileWindow file(input);
   const std::string_view head = input.head.Text();
-  output.packet = FindPacket(head);
-  if (!output.packet.empty() || file.Size() <= input.head.Size()) return;
+  const std::string_view packet = FindPacket(head);
+  if (!packet.empty() || file.Size() <= input.head.Size()) return std::string(packet);
 
   const std::size_t begun = head.find(kExtension);
   if (begun != std::string_view::npos) {
-    output.packet = FindPacket(file.At(begun, FileWindow::kMaxBytes).Text());
-    return;
+    return std::string(FindPacket(file.At(begun, FileWindow::kMaxBytes).Text()));
   }
   std::uint64_t start = 0;
-  output.packet = FindPacket(file.Tail(kTailLength, start).Text());
+  const std::string_view tail = file.Tail(kTailLength, start).Text();
+  const std::string_view last = FindPacket(tail);
+  // The end of a packet that is longer than the tail.
+  if (!last.empty() || tail.find(kTrailerStart) == tail.npos) return std::string(last);
+  return std::string(FindPacket(file.Tail(FileWindow::kMaxBytes, start).Text()));
+}
+
+void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
+  if (!Recognises(input)) return;
+  output.packet = ReadPacket(input);
+  const std::uint16_t width = input.head.U16LE(6).value_or(0);
+  const std::uint16_t height = input.head.U16LE(8).value_or(0);
+  SetPictureSize(output.native, width, height);
+  output.hasNative = width != 0 && height != 0;
 }
 
 }  // namespace

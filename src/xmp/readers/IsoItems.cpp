@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "xmp/readers/ExifTags.h"
+#include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
 
@@ -102,6 +103,89 @@ class Locations {
   bool failed_ = false;
 };
 
+// The properties of the primary item that determine its size as it is shown.
+class PrimaryItem {
+ public:
+  PrimaryItem(FileWindow& file, const IsoBox& metaBox) : file_(file), meta_(metaBox) {}
+
+  bool StoreSize(TXMPMeta& meta) {
+    const auto pitm = FindBox(file_, meta_, FourCC("pitm"), kVersionAndFlags);
+    const auto iprp = FindBox(file_, meta_, FourCC("iprp"), kVersionAndFlags);
+    if (!pitm || !iprp) return false;
+    const auto ipco = FindBox(file_, *iprp, FourCC("ipco"));
+    const auto ipma = FindBox(file_, *iprp, FourCC("ipma"));
+    if (!ipco || !ipma) return false;
+    const ByteReader primary = file_.At(pitm->body, 8);
+    const std::uint32_t item = primary.U8(0) == 0 ? primary.U16BE(kVersionAndFlags).value_or(0)
+                                                  : primary.U32BE(kVersionAndFlags).value_or(0);
+    const std::vector<unsigned> used = Associations(*ipma, item);
+    IsoBoxes properties(file_, *ipco);
+    for (unsigned index = 1; const auto property = properties.Next(); ++index) {
+      if (std::find(used.begin(), used.end(), index) != used.end()) Take(*property);
+    }
+    // Rotations by a quarter exchange the sides like an orientation of 6.
+    SetPictureSize(meta, width_, height_, turned_ ? 6 : 1);
+    return width_ != 0 && height_ != 0;
+  }
+
+ private:
+  // ipma: entries of an item, each with the one-based indexes of its properties; the highest bit of
+  // an index marks essential ones.
+  std::vector<unsigned> Associations(const IsoBox& box, std::uint32_t item) {
+    const ByteReader ipma = file_.At(box.body, std::min(kMaxTableBytes, box.Size()));
+    const bool wideItems = ipma.U8(0).value_or(0) >= 1;
+    const bool wideIndexes = (ipma.U8(3).value_or(0) & 1) != 0;
+    const std::uint64_t entries =
+        std::min<std::uint64_t>(ipma.U32BE(kVersionAndFlags).value_or(0), kMaxItems);
+    std::vector<unsigned> indexes;
+    std::uint64_t at = kVersionAndFlags + 4;
+    for (std::uint64_t i = 0; i < entries; ++i) {
+      const std::uint32_t id = wideItems ? ipma.U32BE(at).value_or(0) : ipma.U16BE(at).value_or(0);
+      at += wideItems ? 4 : 2;
+      const unsigned count = ipma.U8(at).value_or(0);
+      ++at;
+      for (unsigned n = 0; n < count; ++n) {
+        const unsigned index =
+            wideIndexes ? ipma.U16BE(at).value_or(0) & 0x7FFFU : ipma.U8(at).value_or(0) & 0x7FU;
+        if (id == item) indexes.push_back(index);
+        at += wideIndexes ? 2 : 1;
+      }
+    }
+    return indexes;
+  }
+
+  void Take(const IsoBox& property) {
+    constexpr std::uint64_t kMaxPropertyBytes = 32;
+    const ByteReader body = file_.At(property.body, std::min(kMaxPropertyBytes, property.Size()));
+    if (property.type == FourCC("ispe")) {
+      width_ = body.U32BE(kVersionAndFlags).value_or(0);
+      height_ = body.U32BE(kVersionAndFlags + 4).value_or(0);
+    } else if (property.type == FourCC("clap")) {
+      TakeAperture(body);
+    } else if (property.type == FourCC("irot")) {
+      turned_ = (body.U8(0).value_or(0) & 1) != 0;
+    }
+  }
+
+  // Width and height as fractions, then the offset of the centre. Follows the size in the list.
+  void TakeAperture(ByteReader clap) {
+    const std::uint32_t widthUnits = clap.U32BE(4).value_or(0);
+    const std::uint32_t heightUnits = clap.U32BE(12).value_or(0);
+    if (widthUnits == 0 || heightUnits == 0) return;
+    const std::uint32_t width = *clap.U32BE(0) / widthUnits;
+    const std::uint32_t height = *clap.U32BE(8) / heightUnits;
+    if (width == 0 || height == 0 || width > width_ || height > height_) return;
+    width_ = width;
+    height_ = height;
+  }
+
+  FileWindow& file_;
+  const IsoBox& meta_;
+  std::uint32_t width_ = 0;
+  std::uint32_t height_ = 0;
+  bool turned_ = false;
+};
+
 std::string ItemBytes(FileWindow& file, const IsoBox& iloc, std::optional<std::uint32_t> item) {
   if (!item) return {};
   const auto place =
@@ -114,16 +198,18 @@ std::string ItemBytes(FileWindow& file, const IsoBox& iloc, std::optional<std::u
 bool ReadItemMetadata(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta,
                       std::string& packet) {
   if (metaBox.Size() < kVersionAndFlags) return false;
+  const bool size = PrimaryItem(file, metaBox).StoreSize(meta);
   const auto iinf = FindBox(file, metaBox, FourCC("iinf"), kVersionAndFlags);
   const auto iloc = FindBox(file, metaBox, FourCC("iloc"), kVersionAndFlags);
-  if (!iinf || !iloc) return false;
+  if (!iinf || !iloc) return size;
   const Items items = ReadItems(file, *iinf);
   if (packet.empty()) packet = ItemBytes(file, *iloc, items.xmp);
   // The offset of the TIFF header after this field, then the block.
   const std::string exif = ItemBytes(file, *iloc, items.exif);
   const ByteReader bytes = foundation::ReaderOf(exif);
   const auto skip = bytes.U32BE(0);
-  return skip && SetExifBlock(bytes.Clip(std::uint64_t{4} + *skip), meta);
+  const bool facts = skip && SetExifBlock(bytes.Clip(std::uint64_t{4} + *skip), meta);
+  return facts || size;
 }
 
 }  // namespace Sorvik::xmp

@@ -6,6 +6,8 @@
 #include "foundation/Digest.h"
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/FileWindow.h"
+#include "xmp/readers/PhotoshopResources.h"
+#include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
 
@@ -16,16 +18,24 @@ using foundation::ByteReader;
 // Markers (ITU-T T.81, table B.1).
 constexpr std::uint8_t kMarkerStart = 0xFF;
 constexpr std::uint8_t kTEM = 0x01;
+constexpr std::uint8_t kSOF0 = 0xC0;
+constexpr std::uint8_t kDHT = 0xC4;
+constexpr std::uint8_t kJPG = 0xC8;
+constexpr std::uint8_t kDAC = 0xCC;
+constexpr std::uint8_t kSOF15 = 0xCF;
 constexpr std::uint8_t kRST0 = 0xD0;
 constexpr std::uint8_t kSOI = 0xD8;
 constexpr std::uint8_t kEOI = 0xD9;
 constexpr std::uint8_t kSOS = 0xDA;
 constexpr std::uint8_t kAPP1 = 0xE1;
+constexpr std::uint8_t kAPP13 = 0xED;
 
 // Signatures of APP1 segments (Exif 4.7.2; ISO 16684-3, 1.1.3).
 constexpr std::string_view kExif{"Exif\0\0", 6};
 constexpr std::string_view kXMP{"http://ns.adobe.com/xap/1.0/\0", 29};
 constexpr std::string_view kExtension{"http://ns.adobe.com/xmp/extension/\0", 35};
+// Image resources of APP13, with IPTC records.
+constexpr std::string_view kResources{"Photoshop 3.0\0", 14};
 constexpr char kNsXMPNote[] = "http://ns.adobe.com/xmp/note/";
 
 // An extension part: signature, 32 hex digits, total length, offset of this part, data.
@@ -42,6 +52,17 @@ struct ExtensionPart {
 constexpr std::uint64_t kSegmentsAtOnce = 256 * 1024;
 // Cameras write a few dozen segments at most, unless an extension is long.
 constexpr unsigned kMaxSegments = 1024;
+
+// Compares hexadecimal digests, which some writers store in lower case.
+bool SameDigest(std::string_view a, std::string_view b) {
+  const auto upper = [](char c) { return c >= 'a' && c <= 'f' ? static_cast<char>(c - 32) : c; };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](char x, char y) { return upper(x) == upper(y); });
+}
+
+bool IsFrameHeader(std::uint8_t marker) {
+  return marker >= kSOF0 && marker <= kSOF15 && marker != kDHT && marker != kJPG && marker != kDAC;
+}
 
 class Segments {
  public:
@@ -65,12 +86,18 @@ class Segments {
       }
       const std::uint64_t length = header.U16BE(2).value_or(0);
       if (*marker == kSOS || *marker == kEOI || length < 2) return;
-      if (*marker == kAPP1) Take(file_.At(at, 2 + length).Clip(4));
+      const ByteReader body = file_.At(at, 2 + length).Clip(4);
+      if (*marker == kAPP1) Take(body);
+      if (*marker == kAPP13) TakeResources(body);
+      if (IsFrameHeader(*marker)) TakeSize(body);
       at += 2 + length;
     }
   }
 
   void Finish() {
+    ReadPhotoshopResources(foundation::ReaderOf(resources_), output_);
+    SetPictureSize(output_.native, width_, height_, orientation_);
+    output_.hasNative |= width_ != 0 && height_ != 0;
     if (output_.packet.empty() || parts_.empty()) return;
     output_.extendedPacket = Extension(ExtensionName());
   }
@@ -79,12 +106,28 @@ class Segments {
   void Take(ByteReader body) {
     if (body.Matches(0, kExif)) {
       // Borrowed from the window, which isn't moved before the end of the call.
-      output_.hasNative |= SetExifBlock(body.Clip(kExif.size()), output_.native);
+      const ByteReader block = body.Clip(kExif.size());
+      output_.hasNative |= SetExifBlock(block, output_.native);
+      if (!orientation_) orientation_ = ExifOrientation(block);
     } else if (body.Matches(0, kXMP)) {
       if (output_.packet.empty()) output_.packet = body.Clip(kXMP.size()).Text();
     } else if (body.Matches(0, kExtension)) {
       TakePart(body);
     }
+  }
+
+  // Resources longer than a segment continue in the next one.
+  void TakeResources(ByteReader body) {
+    if (!body.Matches(0, kResources)) return;
+    const std::string_view part = body.Clip(kResources.size()).Text();
+    if (part.size() <= FileWindow::kMaxBytes - resources_.size()) resources_ += part;
+  }
+
+  // Bits per sample, lines, samples per line.
+  void TakeSize(ByteReader body) {
+    if (width_ != 0) return;
+    height_ = body.U16BE(1).value_or(0);
+    width_ = body.U16BE(3).value_or(0);
   }
 
   void TakePart(ByteReader body) {
@@ -120,18 +163,22 @@ class Segments {
               [](const auto& a, const auto& b) { return a.offset < b.offset; });
     std::string all;
     for (const ExtensionPart& part : parts_) {
-      if (part.guid != guid || part.offset < all.size()) continue;
+      if (!SameDigest(part.guid, guid) || part.offset < all.size()) continue;
       if (part.offset != all.size()) return {};
       all += part.data;
       if (all.size() >= part.fullLength) break;
     }
-    return foundation::MD5Hex(all) == guid ? all : std::string();
+    return SameDigest(foundation::MD5Hex(all), guid) ? all : std::string();
   }
 
   FileWindow file_;
   ReaderOutput& output_;
   std::vector<ExtensionPart> parts_;
   std::uint64_t partBytes_ = 0;
+  std::string resources_;
+  std::uint32_t width_ = 0;
+  std::uint32_t height_ = 0;
+  std::optional<std::uint64_t> orientation_;
 };
 
 bool Recognises(const ReaderInput& input) {

@@ -4,6 +4,7 @@
 #include "xmp/Namespaces.h"
 #include "xmp/readers/AviHeader.h"
 #include "xmp/readers/ExifTags.h"
+#include "xmp/readers/PictureSize.h"
 #include "xmp/readers/RiffTexts.h"
 #include "xmp/readers/WaveFacts.h"
 
@@ -73,6 +74,8 @@ class RiffFile {
         }
       } else if (chunk->id == FourCC("EXIF")) {
         TakeExif(*chunk);
+      } else if (form_ == kWebP) {
+        TakePicture(*chunk);
       }
     }
   }
@@ -103,6 +106,26 @@ class RiffFile {
     const ByteReader block = foundation::ReaderOf(bytes);
     const bool signature = block.Matches(0, std::string_view("Exif\0\0", 6));
     output_.hasNative |= SetExifBlock(block.Clip(signature ? 6 : 0), output_.native);
+    orientation_ = ExifOrientation(block.Clip(signature ? 6 : 0));
+  }
+
+  // The first chunk of a WebP picture has its size: the canvas, or the only frame (RFC 9649, 2.5 to
+  // 2.7).
+  void TakePicture(const RiffChunk& chunk) {
+    constexpr std::uint64_t kHeaderBytes = 10;
+    if (width_ != 0) return;
+    const foundation::ByteReader body = ChunkBytes(file_, chunk, kHeaderBytes);
+    if (chunk.id == FourCC("VP8X") && body.Holds(0, kHeaderBytes)) {
+      width_ = (*body.U32LE(4) & 0xFF'FFFF) + 1;
+      height_ = (*body.U32LE(6) >> 8) + 1;
+    } else if (chunk.id == FourCC("VP8L") && body.U8(0) == 0x2F) {
+      const std::uint32_t bits = body.U32LE(1).value_or(0);
+      width_ = (bits & 0x3FFF) + 1;
+      height_ = (bits >> 14 & 0x3FFF) + 1;
+    } else if (chunk.id == FourCC("VP8 ") && body.Matches(3, "\x9D\x01\x2A")) {
+      width_ = body.U16LE(6).value_or(0) & 0x3FFFU;
+      height_ = body.U16LE(8).value_or(0) & 0x3FFFU;
+    }
   }
 
   void Finish() {
@@ -115,6 +138,8 @@ class RiffFile {
     }
     if (form_ == kWAVE) output_.hasNative |= wave_.Store(facts);
     output_.hasNative |= header_.has_value();
+    SetPictureSize(facts, width_, height_, orientation_);
+    output_.hasNative |= width_ != 0 && height_ != 0;
     // The texts of an INFO list were written by a user, so they win.
     output_.native.FillFrom(facts);
   }
@@ -126,6 +151,9 @@ class RiffFile {
   std::optional<AviHeader> header_;
   std::optional<RiffChunk> movi_;
   WaveFacts wave_;
+  std::uint32_t width_ = 0;
+  std::uint32_t height_ = 0;
+  std::optional<std::uint64_t> orientation_;
 };
 
 bool Recognises(const ReaderInput& input) {

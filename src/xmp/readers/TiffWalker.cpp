@@ -2,6 +2,7 @@
 #include "xmp/readers/TiffWalker.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "xmp/readers/NativeText.h"
 
@@ -26,6 +27,9 @@ enum Type : std::uint16_t {
 // Bytes per value by type; 0 for invalid types.
 constexpr std::uint8_t kTypeSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
 
+// TIFF, BigTIFF, Panasonic RW2 and two versions of Olympus ORF.
+constexpr std::uint16_t kVersions[] = {42, 43, 0x55, 0x4F52, 0x5352};
+
 // Cameras write fewer than 200 tags per directory.
 constexpr std::uint64_t kMaxTags = 1024;
 constexpr std::uint64_t kMaxTextBytes = 64 * 1024;
@@ -47,7 +51,15 @@ const TiffTag* TiffDirectory::Find(std::uint16_t id) const noexcept {
 bool TiffWalker::IsTiff(ByteReader head) noexcept {
   if (!head.Matches(0, "II") && !head.Matches(0, "MM")) return false;
   const auto version = head.U16(2, IsBigEndian(head));
-  return version == 42 || version == 43;
+  return version &&
+         std::find(std::begin(kVersions), std::end(kVersions), *version) != std::end(kVersions);
+}
+
+TiffWalker TiffWalker::WithoutHeader(FileWindow& file, bool bigEndian, std::uint64_t first) {
+  TiffWalker walker(file);
+  walker.bigEndian_ = bigEndian;
+  walker.first_ = first;
+  return walker;
 }
 
 std::optional<TiffWalker> TiffWalker::Open(FileWindow& file) {
@@ -174,6 +186,13 @@ std::string TiffWalker::Bytes(const TiffDirectory& directory, std::uint16_t id,
   const TiffTag* tag = directory.Find(id);
   if (tag == nullptr || SizeOf(tag->type) != 1 || tag->count > maxBytes) return {};
   return file_->Copy(tag->offset, tag->count);
+}
+
+std::string TiffWalker::Head(const TiffDirectory& directory, std::uint16_t id,
+                             std::uint64_t maxBytes) {
+  const TiffTag* tag = directory.Find(id);
+  if (tag == nullptr) return {};
+  return file_->Copy(tag->offset, std::min(tag->count * SizeOf(tag->type), maxBytes));
 }
 
 }  // namespace Sorvik::xmp

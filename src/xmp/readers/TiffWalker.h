@@ -46,6 +46,10 @@ class TiffWalker {
  public:
   // Returns nullopt if `file`, which must outlive the walker, doesn't start with a TIFF header.
   static std::optional<TiffWalker> Open(FileWindow& file);
+  // A structure of directories without a header, such as the maker notes of some cameras. `first`
+  // is the offset of the first directory in `file`.
+  static TiffWalker WithoutHeader(FileWindow& file, bool bigEndian, std::uint64_t first);
+  // TIFF, BigTIFF, and the raw files of cameras that use another version number.
   static bool IsTiff(foundation::ByteReader head) noexcept;
   bool BigEndian() const noexcept { return bigEndian_; }
 
@@ -66,6 +70,8 @@ class TiffWalker {
   std::string Text(const TiffDirectory& directory, std::uint16_t id);
   // Returns the value's unmodified bytes; empty if it is longer than `maxBytes`.
   std::string Bytes(const TiffDirectory& directory, std::uint16_t id, std::uint64_t maxBytes);
+  // Same for any type, truncated to `maxBytes`: some writers store bytes with the type LONG.
+  std::string Head(const TiffDirectory& directory, std::uint16_t id, std::uint64_t maxBytes);
 
  private:
   explicit TiffWalker(FileWindow& file) : file_(&file) {}
