@@ -6,6 +6,7 @@
 
 #include "xmp/readers/AriReader.h"
 #include "xmp/readers/CanonXFReader.h"
+#include "xmp/readers/CrwReader.h"
 #include "xmp/readers/DVReader.h"
 #include "xmp/readers/GifReader.h"
 #include "xmp/readers/Id3Reader.h"
@@ -19,6 +20,7 @@
 #include "xmp/readers/PngReader.h"
 #include "xmp/readers/PsdReader.h"
 #include "xmp/readers/R3dReader.h"
+#include "xmp/readers/RafReader.h"
 #include "xmp/readers/RiffReader.h"
 #include "xmp/readers/RmfReader.h"
 #include "xmp/readers/ScanReader.h"
@@ -41,6 +43,8 @@ constexpr const Reader* kReaders[] = {
     &kMXFReader,
     &kJpegReader,
     &kTiffReader,
+    &kCrwReader,
+    &kRafReader,
     &kPngReader,
     &kGifReader,
     &kPsdReader,

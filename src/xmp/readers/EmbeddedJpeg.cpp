@@ -32,17 +32,18 @@ class FileRange final : public FileBytes {
 
 }  // namespace
 
-void AddEmbeddedJpeg(const FileBytes& file, std::uint64_t offset, std::uint64_t length,
-                     ReaderOutput& output) {
+std::optional<std::uint64_t> AddEmbeddedJpeg(const FileBytes& file, std::uint64_t offset,
+                                             std::uint64_t length, ReaderOutput& output) {
   const FileRange range(file, offset, length);
   const auto head = range.Read(0, kHeadSize);
   ReaderOutput jpeg;
-  kJpegReader.read({{}, range, foundation::ByteReader(head)}, WantedProperties::All(), jpeg);
+  const auto orientation = ReadJpeg({{}, range, foundation::ByteReader(head)}, jpeg);
   output.native.FillFrom(jpeg.native);
   output.hasNative |= jpeg.hasNative;
-  if (!output.packet.empty()) return;
+  if (!output.packet.empty()) return orientation;
   output.packet = std::move(jpeg.packet);
   output.extendedPacket = std::move(jpeg.extendedPacket);
+  return orientation;
 }
 
 }  // namespace Sorvik::xmp

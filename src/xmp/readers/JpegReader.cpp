@@ -102,6 +102,8 @@ class Segments {
     output_.extendedPacket = Extension(ExtensionName());
   }
 
+  std::optional<std::uint64_t> Orientation() const { return orientation_; }
+
  private:
   void Take(ByteReader body) {
     if (body.Matches(0, kExif)) {
@@ -187,13 +189,18 @@ bool Recognises(const ReaderInput& input) {
 }
 
 void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
-  if (!Recognises(input)) return;
-  Segments segments(input, output);
-  segments.Read();
-  segments.Finish();
+  ReadJpeg(input, output);
 }
 
 }  // namespace
+
+std::optional<std::uint64_t> ReadJpeg(const ReaderInput& input, ReaderOutput& output) {
+  if (!Recognises(input)) return std::nullopt;
+  Segments segments(input, output);
+  segments.Read();
+  segments.Finish();
+  return segments.Orientation();
+}
 
 const Reader kJpegReader = {"JPEG", Recognises, Read};
 

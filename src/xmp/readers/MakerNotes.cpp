@@ -23,20 +23,6 @@ struct Notes {
   const TiffDirectory& directory;
 };
 
-// Canon stores the number as an integer; its digits on the camera depend on the model.
-std::string CanonSerialNumber(std::uint64_t number, const std::string& model) {
-  if (number == 0) return {};
-  char text[32];
-  if (model == "Canon EOS D30") {
-    std::snprintf(text, sizeof text, "%04x%05u", static_cast<unsigned>(number >> 16),
-                  static_cast<unsigned>(number & 0xFFFF));
-  } else {
-    const int digits = model.starts_with("Canon EOS-1D") ? 6 : 10;
-    std::snprintf(text, sizeof text, "%0*u", digits, static_cast<unsigned>(number));
-  }
-  return text;
-}
-
 void ReadCanon(const Notes& notes, const std::string& model, MakerNoteFacts& facts) {
   constexpr std::uint16_t kOwner = 0x09;
   constexpr std::uint16_t kSerialNumber = 0x0C;
@@ -153,6 +139,19 @@ void ReadLayout(const Layout& layout, const std::string& note, std::uint64_t at,
 }
 
 }  // namespace
+
+std::string CanonSerialNumber(std::uint64_t number, const std::string& model) {
+  if (number == 0) return {};
+  char text[32];
+  if (model == "Canon EOS D30") {
+    std::snprintf(text, sizeof text, "%04x%05u", static_cast<unsigned>(number >> 16),
+                  static_cast<unsigned>(number & 0xFFFF));
+  } else {
+    const int digits = model.starts_with("Canon EOS-1D") ? 6 : 10;
+    std::snprintf(text, sizeof text, "%0*u", digits, static_cast<unsigned>(number));
+  }
+  return text;
+}
 
 MakerNoteFacts ReadMakerNote(TiffWalker& walker, const TiffDirectory& first,
                              const TiffDirectory& exif) {

@@ -5,6 +5,7 @@
 // layouts were derived from the tables that independent readers publish.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "xmp/readers/TiffWalker.h"
@@ -24,5 +25,9 @@ struct MakerNoteFacts {
 // are skipped.
 MakerNoteFacts ReadMakerNote(TiffWalker& walker, const TiffDirectory& first,
                              const TiffDirectory& exif);
+
+// Returns the serial number of a Canon camera in the form that the camera shows, which depends on
+// the model; empty for 0.
+std::string CanonSerialNumber(std::uint64_t number, const std::string& model);
 
 }  // namespace Sorvik::xmp
