@@ -48,9 +48,10 @@ class XmlBuilder {
     if (parser_ == nullptr) return std::nullopt;
     XML_SetEncoding(parser_, "UTF-8");
     const auto status = XML_Parse(parser_, utf8.data(), static_cast<int>(utf8.size()), XML_TRUE);
-    // The rest of a previous, longer document may follow the root element.
-    const bool complete =
-        status == XML_STATUS_OK || XML_GetErrorCode(parser_) == XML_ERROR_JUNK_AFTER_DOC_ELEMENT;
+    // What follows the root element doesn't count: the rest of a previous, longer document, or a
+    // truncated processing instruction.
+    const bool stopped = XML_GetErrorCode(parser_) == XML_ERROR_ABORTED;
+    const bool complete = status == XML_STATUS_OK || (open_.empty() && !stopped);
     if (!complete || document_.elements_.empty()) return std::nullopt;
     return std::move(document_);
   }

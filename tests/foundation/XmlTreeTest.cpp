@@ -34,9 +34,15 @@ TEST(XmlTree, FindsByLocalNameInAnyNamespace) {
 }
 
 TEST(XmlTree, IgnoresContentAfterRootElement) {
-  const auto document = ParseXml("<a>1</a>\n<b></c>");
-  ASSERT_TRUE(document);
-  EXPECT_EQ(document->Root().Text(), "1");
+  for (const char* rest : {"\n<b></c>", "<?xpacket end=\"w\"", "<?xpacket end=", "<!-- cut", "<"}) {
+    const auto document = ParseXml(std::string("<a>1</a>") + rest);
+    ASSERT_TRUE(document) << rest;
+    EXPECT_EQ(document->Root().Text(), "1");
+  }
+  // A limit that is exceeded by an element without content, which ends at once.
+  XmlLimits one;
+  one.nodes = 0;
+  EXPECT_FALSE(ParseXml("<a/>", one));
 }
 
 TEST(XmlTree, RejectsMalformedAndMaliciousDocuments) {
