@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
-#include <zlib.h>
 
+#include <array>
+#include <cstdio>
 #include <map>
 
 #include "support/Bytes.h"
+#include "support/Deflated.h"
 #include "support/ReadWith.h"
 #include "xmp/readers/PdfReader.h"
 
@@ -12,19 +14,11 @@ namespace {
 
 using namespace Sorvik::xmp;
 using sorvik_test::Bytes;
+using sorvik_test::Deflated;
 using sorvik_test::ReadWith;
 
 const std::string kOwn = "<rdf:RDF>own</rdf:RDF>";
 const std::string kOther = "<?xpacket begin=''?><rdf:RDF>other</rdf:RDF><?xpacket end='w'?>";
-
-std::string Deflated(const std::string& text) {
-  uLongf size = compressBound(text.size());
-  std::string packed(size, '\0');
-  compress(reinterpret_cast<Bytef*>(packed.data()), &size,
-           reinterpret_cast<const Bytef*>(text.data()), text.size());
-  packed.resize(size);
-  return packed;
-}
 
 std::string Stream(const std::string& dictionary, const std::string& data) {
   return "<<" + dictionary + "/Length " + std::to_string(data.size()) + ">>\nstream\r\n" + data +

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <cstdio>
 
 #include "support/Bytes.h"
+#include "support/Deflated.h"
 #include "support/ReadWith.h"
 #include "support/TiffBytes.h"
 #include "xmp/readers/PngReader.h"
@@ -13,6 +13,7 @@ namespace {
 
 using namespace Sorvik::xmp;
 using sorvik_test::Bytes;
+using sorvik_test::Deflated;
 using sorvik_test::Facts;
 using sorvik_test::ReadDamaged;
 using sorvik_test::ReadSample;
@@ -28,14 +29,6 @@ std::string Png(const std::vector<Bytes>& chunks) {
   b.Hex("89 504E47 0D0A 1A 0A").Add(Chunk("IHDR", std::string(13, '\0')));
   for (const Bytes& chunk : chunks) b.Add(chunk);
   return b.Add(Chunk("IEND", "")).str();
-}
-std::string Deflated(const std::string& text) {
-  uLongf size = compressBound(text.size());
-  std::string packed(size, '\0');
-  compress(reinterpret_cast<Bytef*>(packed.data()), &size,
-           reinterpret_cast<const Bytef*>(text.data()), text.size());
-  packed.resize(size);
-  return packed;
 }
 // Keyword, NUL, compression flag, method, language, NUL, translated keyword, NUL, text.
 Bytes IText(const std::string& keyword, const std::string& text, bool packed = false) {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/ExifTags.h"
 
-#include <cstdio>
-
 #include "xmp/Namespaces.h"
 #include "xmp/readers/MakerNotes.h"
 #include "xmp/readers/NativeText.h"
@@ -98,7 +96,8 @@ class ExifStore {
     Set(kNsAux, "SerialNumber", walker_.Text(exif, kBodySerialNumber));
     StoreEquipment(exif);
     for (const RatioTag& ratio : kExposure) StoreRatio(exif, ratio);
-    if (const auto iso = walker_.Number(exif, kISO); iso && *iso != 0) {
+    const auto iso = walker_.Number(exif, kISO);
+    if (iso.value_or(0) != 0 && !meta_.HasProperty(kNsEXIF, "ISOSpeedRatings")) {
       meta_.AppendArrayItem(kNsEXIF, "ISOSpeedRatings", ArrayForm::kSeq, std::to_string(*iso));
     }
     const std::string comment = CharsetText(walker_.Bytes(exif, kUserComment, kMaxTextBytes));

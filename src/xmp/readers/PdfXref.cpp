@@ -17,6 +17,7 @@ using foundation::ReaderOf;
 constexpr std::size_t kMaxSections = 64;
 constexpr std::size_t kMaxRanges = 1024;
 constexpr std::uint64_t kMaxObjectBytes = 64 * 1024;
+constexpr std::uint64_t kMaxTableBytes = std::uint64_t{32} << 20;  // of all sections
 constexpr std::uint64_t kTailLength = 2048;
 constexpr std::uint64_t kEntryLength = 20;  // in a table: "0000000015 00000 n \r\n"
 
@@ -102,8 +103,11 @@ bool PdfXref::ReadSection(std::uint64_t offset) {
   const bool table = file_.At(base_ + offset, kTable.size()).Text() == kTable;
   const bool read = table ? ReadTable(base_ + offset + kTable.size(), section)
                           : ReadXrefStream(base_ + offset, section);
-  if (read) sections_.push_back(std::move(section));
-  return read;
+  // Compressed tables can be a thousand times larger than the file.
+  if (!read || section.data.size() > kMaxTableBytes - tableBytes_) return false;
+  tableBytes_ += section.data.size();
+  sections_.push_back(std::move(section));
+  return true;
 }
 
 bool PdfXref::ReadTable(std::uint64_t at, Section& section) {

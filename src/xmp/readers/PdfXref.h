@@ -59,6 +59,7 @@ class PdfXref {
   FileWindow& file_;
   std::uint64_t base_;
   std::vector<Section> sections_;
+  std::uint64_t tableBytes_ = 0;
   bool resolving_ = false;  // while the length of a stream is read
 };
 
