@@ -86,10 +86,7 @@ class Segments {
       }
       const std::uint64_t length = header.U16BE(2).value_or(0);
       if (*marker == kSOS || *marker == kEOI || length < 2) return;
-      const ByteReader body = file_.At(at, 2 + length).Clip(4);
-      if (*marker == kAPP1) Take(body);
-      if (*marker == kAPP13) TakeResources(body);
-      if (IsFrameHeader(*marker)) TakeSize(body);
+      if (IsKnown(*marker)) Take(*marker, file_.At(at, 2 + length).Clip(4));
       at += 2 + length;
     }
   }
@@ -105,7 +102,22 @@ class Segments {
   std::optional<std::uint64_t> Orientation() const { return orientation_; }
 
  private:
-  void Take(ByteReader body) {
+  // Others are skipped without a read.
+  static bool IsKnown(std::uint8_t marker) {
+    return marker == kAPP1 || marker == kAPP13 || IsFrameHeader(marker);
+  }
+
+  void Take(std::uint8_t marker, ByteReader body) {
+    if (marker == kAPP1) {
+      TakeMetadata(body);
+    } else if (marker == kAPP13) {
+      TakeResources(body);
+    } else {
+      TakeSize(body);
+    }
+  }
+
+  void TakeMetadata(ByteReader body) {
     if (body.Matches(0, kExif)) {
       // Borrowed from the window, which isn't moved before the end of the call.
       const ByteReader block = body.Clip(kExif.size());
