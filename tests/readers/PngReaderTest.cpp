@@ -105,7 +105,7 @@ TEST(PngReader, FindsALongPacketAfterTheImage) {
   }
 }
 
-// The size of IHDR, exchanged by the orientation of an Exif block behind the picture.
+// The size of IHDR, exchanged by the orientation of an Exif block after the picture.
 TEST(PngReader, GivesTheSizeAsShown) {
   TiffBytes t;
   const Bytes exif = Chunk("eXIf", t.File({t.Shorts(274, {8})}));

@@ -6,7 +6,7 @@
 #include "foundation/Digest.h"
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/FileWindow.h"
-#include "xmp/readers/PhotoshopResources.h"
+#include "xmp/readers/ImageResources.h"
 #include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
@@ -92,7 +92,7 @@ class Segments {
   }
 
   void Finish() {
-    ReadPhotoshopResources(foundation::ReaderOf(resources_), output_);
+    ReadImageResources(foundation::ReaderOf(resources_), output_);
     SetPictureSize(output_.native, width_, height_, orientation_);
     output_.hasNative |= width_ != 0 && height_ != 0;
     if (output_.packet.empty() || parts_.empty()) return;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Maker notes of cameras (the Exif tag MakerNote), for the serial number, the lens and the owner.
 //
-// Facts: the notes are tag directories like those of TIFF, each behind the header of its maker. The
+// Facts: the notes are tag directories like those of TIFF, each after the header of its maker. The
 // layouts were derived from the tables that independent readers publish.
 #pragma once
 

@@ -7,9 +7,9 @@
 #include "xmp/Namespaces.h"
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/FileWindow.h"
+#include "xmp/readers/ImageResources.h"
 #include "xmp/readers/IptcRecords.h"
 #include "xmp/readers/NativeText.h"
-#include "xmp/readers/PhotoshopResources.h"
 #include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
@@ -54,7 +54,7 @@ int HexDigit(char c) {
 }
 
 // Decodes the text of a profile: a line with its name, one with its length, then hexadecimal
-// digits. The form was introduced by ImageMagick, for Exif, IPTC and XMP in PNG.
+// digits. Some writers store Exif, IPTC and XMP in this form.
 std::string ProfileBytes(std::string_view text) {
   const std::size_t name = text.find_first_not_of('\n');
   const std::size_t nameEnd = text.find('\n', name);
@@ -250,7 +250,7 @@ class Chunks {
     } else if (bytes.Matches(0, "<")) {
       TakePacket(profile);
     } else if (bytes.Matches(0, "8BIM")) {
-      ReadPhotoshopResources(bytes, output_);
+      ReadImageResources(bytes, output_);
     } else {
       output_.hasNative |= SetIptcRecords(bytes, output_.native);
     }

@@ -3,7 +3,7 @@
 
 #include "xmp/NativeValues.h"
 #include "xmp/readers/FileWindow.h"
-#include "xmp/readers/PhotoshopResources.h"
+#include "xmp/readers/ImageResources.h"
 #include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
@@ -12,7 +12,7 @@ namespace {
 
 using foundation::ByteReader;
 
-// Facts: the published description of the Photoshop file format. The header is followed by the
+// Facts: the published description of the PSD file format. The header is followed by the
 // sections "color mode data" and "image resources", each with its length.
 constexpr std::uint64_t kHeaderLength = 26;
 
@@ -27,7 +27,7 @@ void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& outpu
   const std::uint64_t resources =
       kHeaderLength + 4 + file.At(kHeaderLength, 4).U32BE(0).value_or(0);
   const std::uint64_t length = file.At(resources, 4).U32BE(0).value_or(0);
-  ReadPhotoshopResources(file.At(resources + 4, length), output);
+  ReadImageResources(file.At(resources + 4, length), output);
   // The layers are upright, whatever the Exif block says about the original picture.
   SetPictureSize(output.native, *input.head.U32BE(18), *input.head.U32BE(14));
   SetPixelDepth(output.native, *input.head.U16BE(22));

@@ -8,8 +8,8 @@
 #include "xmp/readers/EmbeddedJpeg.h"
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/FileWindow.h"
+#include "xmp/readers/ImageResources.h"
 #include "xmp/readers/IptcRecords.h"
-#include "xmp/readers/PhotoshopResources.h"
 #include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
@@ -57,7 +57,7 @@ class TiffFile {
     output_.hasNative |= SetIptcRecords(ReaderOf(iptc), output_.native);
     const std::string resources =
         walker_.Head(first_, tiff::kImageResources, FileWindow::kMaxBytes);
-    ReadPhotoshopResources(ReaderOf(resources), output_);
+    ReadImageResources(ReaderOf(resources), output_);
   }
 
   void StoreSize() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "xmp/readers/PhotoshopResources.h"
+#include "xmp/readers/ImageResources.h"
 
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/IptcRecords.h"
@@ -19,7 +19,7 @@ constexpr unsigned kMaxResources = 4096;
 
 }  // namespace
 
-void ReadPhotoshopResources(ByteReader resources, ReaderOutput& output) {
+void ReadImageResources(ByteReader resources, ReaderOutput& output) {
   std::uint64_t at = 0;
   for (unsigned i = 0; i < kMaxResources && resources.Matches(at, kSignature); ++i) {
     // Signature, id, a Pascal string padded to even length, size, data padded to even length.
