@@ -22,8 +22,9 @@ struct FileStatus {
   }
 };
 
-// After links; nullopt if the path doesn't exist or can't be looked at.
-std::optional<FileStatus> StatusOf(const std::string& path) noexcept;
+// After links; nullopt if the path doesn't exist, can't be accessed, or is on a share that doesn't
+// answer (ShareAccess.h).
+std::optional<FileStatus> StatusOf(const std::string& path);
 
 // Why the regular file or folder at `path` can't be read, in the system's words; empty if it can.
 std::string ReadError(const std::string& path);

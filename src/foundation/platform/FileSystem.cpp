@@ -13,8 +13,10 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <system_error>
 #include <utility>
 
+#include "foundation/platform/FileStatus.h"
 #include "foundation/platform/NameOrder.h"
 #include "foundation/platform/ShareAccess.h"
 
@@ -170,7 +172,7 @@ std::optional<FileKind> KindOf(const std::string& path) {
 
 namespace {
 
-std::int64_t ModificationTimeOf(const struct stat& facts) {
+std::optional<std::int64_t> ModificationTimeOf(const struct stat& facts) {
   constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
   constexpr auto kMaxSeconds = std::numeric_limits<std::int64_t>::max() / kNanosecondsPerSecond - 1;
   const std::int64_t seconds =
@@ -178,21 +180,60 @@ std::int64_t ModificationTimeOf(const struct stat& facts) {
   return seconds * kNanosecondsPerSecond + facts.st_mtim.tv_nsec;
 }
 
-}  // namespace
+std::optional<FileStatus> MakeStatus(const struct stat& facts) {
+  const FileKind kind = KindOfMode(facts.st_mode);
+  const auto bytes = kind == FileKind::kRegular ? static_cast<std::uint64_t>(facts.st_size) : 0;
+  return FileStatus{kind, bytes, static_cast<std::uint64_t>(facts.st_dev),
+                    static_cast<std::uint64_t>(facts.st_ino)};
+}
 
-std::optional<std::int64_t> ModificationTime(const std::string& path) {
+std::string ReadErrorDirectly(const std::string& path) {
+  if (access(path.c_str(), R_OK) == 0) return {};
+  return std::generic_category().message(errno);
+}
+
+// Returns what `read` gives for the file that `path` leads to; nullopt if it doesn't exist or is on
+// a share that doesn't answer.
+template <class Fact>
+std::optional<Fact> FactOf(const std::string& path,
+                           std::optional<Fact> (*read)(const struct stat& facts)) {
   const auto access = ShareAccess::Current();
   struct stat facts;
   ShareAccess::Place place;
   const Located located = Locate(access.get(), path, facts, place);
   if (located == Located::kMissing) return std::nullopt;
-  if (located == Located::kHere) return ModificationTimeOf(facts);
-  using Time = std::optional<std::int64_t>;
-  const auto ask = [path]() -> Time {
+  if (located == Located::kHere) return read(facts);
+  const auto ask = [path, read]() -> std::optional<Fact> {
     struct stat target;
-    return stat(path.c_str(), &target) == 0 ? Time(ModificationTimeOf(target)) : std::nullopt;
+    return stat(path.c_str(), &target) == 0 ? read(target) : std::nullopt;
   };
-  return access->Ask<Time>(*place.share, ask).value_or(Time());
+  return access->Ask<std::optional<Fact>>(*place.share, ask).value_or(std::optional<Fact>());
+}
+
+}  // namespace
+
+std::optional<std::int64_t> ModificationTime(const std::string& path) {
+  return FactOf<std::int64_t>(path, ModificationTimeOf);
+}
+
+std::optional<FileStatus> StatusOf(const std::string& path) {
+  return FactOf<FileStatus>(path, MakeStatus);
+}
+
+std::string ReadError(const std::string& path) {
+  const auto access = ShareAccess::Current();
+  const auto place =
+      access && access->HasShares() ? access->OtherShareAt(path) : ShareAccess::Place();
+  if (place.share == nullptr) return ReadErrorDirectly(path);
+  return access->Ask<std::string>(*place.share, [path] { return ReadErrorDirectly(path); })
+      .value_or("the network share doesn't answer");
+}
+
+bool IsOnUnresponsiveShare(const std::string& path) {
+  const auto access = ShareAccess::Current();
+  if (!access || !access->HasShares()) return false;
+  const auto place = access->OtherShareAt(path);
+  return place.share != nullptr && access->IsUnresponsive(*place.share);
 }
 
 // A file of which every access, closing included, is a call on the thread of its share.

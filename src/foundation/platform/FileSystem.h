@@ -46,6 +46,10 @@ std::optional<FileKind> KindOf(const std::string& path);
 // Returns the modification time in nanoseconds since 1970; nullopt if it can't be read.
 std::optional<std::int64_t> ModificationTime(const std::string& path);
 
+// True if `path` leads to a share other than the operation's own that hasn't answered in this
+// operation. Accesses nothing on the share.
+bool IsOnUnresponsiveShare(const std::string& path);
+
 // A regular file open for reading. FIFOs, sockets, devices and folders are never opened. Movable;
 // one object must not be used by two threads at a time.
 class RegularFile {
