@@ -17,8 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kMaxDepth = 64;
-
 bool IsBrowseRoot(std::string_view argument) {
   return argument.starts_with(Sorvik::kVolumeListPath) ||
          argument.starts_with(Sorvik::kSDKNetworkVolumeListPath) ||
@@ -48,27 +46,6 @@ std::string Normalised(std::string_view path) {
   std::string normalised;
   for (const std::string_view part : parts) normalised.append("/").append(part);
   return normalised.empty() ? "/" : normalised;
-}
-
-void WalkFolder(const fs::path& folder, int depth, const std::atomic<bool>& stop,
-                const std::function<void(const std::string&)>& visit) {
-  std::error_code error;
-  std::vector<fs::directory_entry> entries;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-    if (stop) return;
-    entries.push_back(*it);
-  }
-  std::sort(entries.begin(), entries.end(),
-            [](const auto& a, const auto& b) { return a.path().native() < b.path().native(); });
-  for (const fs::directory_entry& entry : entries) {
-    if (stop) return;
-    std::error_code ignored;
-    if (entry.is_regular_file(ignored)) {
-      visit(entry.path().native());
-    } else if (depth > 1 && !entry.is_symlink(ignored) && entry.is_directory(ignored)) {
-      WalkFolder(entry.path(), depth - 1, stop, visit);
-    }
-  }
 }
 
 }  // namespace
@@ -138,11 +115,6 @@ std::string ListingError(const std::string& path) {
   std::error_code error;
   const fs::directory_iterator listing(path, error);
   return error ? error.message() : std::string();
-}
-
-void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,
-               const std::function<void(const std::string&)>& visit) {
-  WalkFolder(folder, kMaxDepth, stop, visit);
 }
 
 }  // namespace host

@@ -38,9 +38,4 @@ std::string DescribeUnclaimedPath(const std::string& path);
 // `path` isn't a folder.
 std::string ListingError(const std::string& path);
 
-// Calls `visit` with every regular file below `folder`, sorted by name. Does not follow links to
-// folders or descend more than 64 levels. Returns early once `stop` is set.
-void WalkFiles(const std::string& folder, const std::atomic<bool>& stop,
-               const std::function<void(const std::string&)>& visit);
-
 }  // namespace host

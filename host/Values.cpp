@@ -100,6 +100,17 @@ std::vector<std::string> EntryPaths(const Sorvik::FieldValueMap& fields) {
   return paths;
 }
 
+std::vector<std::string> AllPaths(const Sorvik::ContentMap& content) {
+  std::vector<std::string> paths;
+  std::set<std::string> seen;  // entries of a card share most of their paths
+  for (const auto& [key, fields] : content) {
+    for (std::string& path : EntryPaths(fields)) {
+      if (seen.insert(path).second) paths.push_back(std::move(path));
+    }
+  }
+  return paths;
+}
+
 std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& field) {
   const auto& localizer = tarnwick::config::Localizer::Get();
   const auto label = labels.find(field);

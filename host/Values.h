@@ -28,6 +28,9 @@ std::string EntryName(const std::string& key, const Sorvik::FieldValueMap& field
 // Returns all paths of the entry without duplicates: Path, ExtraPath and ProxyPath, in this order.
 std::vector<std::string> EntryPaths(const Sorvik::FieldValueMap& fields);
 
+// Returns the paths of all entries without duplicates, in their order.
+std::vector<std::string> AllPaths(const Sorvik::ContentMap& content);
+
 // Returns the label of a field in the user's language: the provider's, else that of the metadata
 // field table, else the field's name.
 std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& field);

@@ -8,6 +8,7 @@
 #include "Keys.h"
 #include "Paths.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/cardtools/EntryFiles.h"
 #include "Values.h"
 
 namespace host {
@@ -27,16 +28,9 @@ class FileList {
   void Add(const std::string& path) {
     if (seen_.insert(path).second) files_.push_back(path);
   }
-  void AddEntry(const Sorvik::FieldValueMap& entry) {
-    for (const std::string& path : EntryPaths(entry)) {
-      // Clips of a folder share most of their paths; each is examined once.
-      if (examined_.insert(path).second && IsRegularFile(path)) Add(path);
-    }
-  }
   std::vector<std::string> Take() { return std::move(files_); }
 
  private:
-  std::set<std::string> examined_;
   std::set<std::string> seen_;
   std::vector<std::string> files_;
 };
@@ -76,13 +70,20 @@ bool AddCard(Context& context, const std::string& path, const CardFindings& card
   return readable;
 }
 
-// All files of a folder that isn't a card: those of its entries.
-std::vector<std::string> FilesOfEntries(Context& context, const ContentMap& content) {
-  return context.session.OnWorker<std::vector<std::string>>([&content] {
-    FileList list;
-    for (const auto& [key, entry] : content) list.AddEntry(entry);
-    return list.Take();
+// Writes the existing files of entries. Returns kFailed if a share with some of them doesn't
+// answer.
+int WriteFilesOfEntries(Context& context, const std::string& path, const ContentMap& content) {
+  const auto& stop = context.session.Stopped();
+  const auto found = context.session.OnWorker<Sorvik::EntryFiles>([&path, &content, &stop] {
+    return Sorvik::FindEntryFiles(path, AllPaths(content), [&stop] { return stop.load(); });
   });
+  std::vector<std::string> files;
+  for (const Sorvik::EntryFile& file : found.files) files.push_back(file.path);
+  WriteFiles(context, path, std::move(files));
+  for (const std::string& file : found.unreachable) {
+    WriteError(file + ": cannot access (the network share doesn't answer)");
+  }
+  return found.unreachable.empty() ? kDone : kFailed;
 }
 
 }  // namespace
@@ -94,15 +95,12 @@ int RunFiles(Context& context) {
     const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
     const std::string key = FindKey(context, provider, path, operands[1]);
     const ContentMap content{{key, ReadEntry(context, provider, path, key, kPathFields)}};
-    WriteFiles(context, path, FilesOfEntries(context, content));
-    return kDone;
+    return WriteFilesOfEntries(context, path, content);
   }
   const std::vector<Sorvik::FoundCard> cards = CardsFor(context, path);
   if (cards.empty()) {
     const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
-    WriteFiles(context, path,
-               FilesOfEntries(context, ListEntries(context, provider, path, kPathFields)));
-    return kDone;
+    return WriteFilesOfEntries(context, path, ListEntries(context, provider, path, kPathFields));
   }
   FileList list;
   bool readable = true;

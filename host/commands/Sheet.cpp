@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
-#include <set>
 #include <string_view>
 
 #include "Commands.h"
@@ -15,6 +14,7 @@
 #include "Json.h"
 #include "Keys.h"
 #include "Paths.h"
+#include "SorvikProvider/cardtools/EntryFiles.h"
 #include "SorvikProvider/foundation/Localizer.h"
 #include "Text.h"
 #include "Values.h"
@@ -80,17 +80,13 @@ std::string TotalDuration(const ContentMap& content) {
   return seconds > 0 ? DurationText(seconds) : std::string();
 }
 
-// Returns the size of the regular files of all entries. Accesses the disk.
-unsigned long long TotalBytes(const ContentMap& content, const std::atomic<bool>& stop) {
+// Returns the size of the existing files of all entries. Accesses the disk.
+unsigned long long TotalBytes(const std::string& path, const ContentMap& content,
+                              const std::atomic<bool>& stop) {
+  const auto isStopped = [&stop] { return stop.load(); };
   unsigned long long bytes = 0;
-  std::set<std::string> seen;
-  for (const auto& [key, values] : content) {
-    for (const std::string& path : EntryPaths(values)) {
-      if (stop) return bytes;
-      struct stat facts {};
-      if (!seen.insert(path).second || stat(path.c_str(), &facts) != 0) continue;
-      if (S_ISREG(facts.st_mode)) bytes += static_cast<unsigned long long>(facts.st_size);
-    }
+  for (const auto& file : Sorvik::FindEntryFiles(path, AllPaths(content), isStopped).files) {
+    bytes += file.bytes;
   }
   return bytes;
 }
@@ -118,7 +114,7 @@ SheetPage MakePage(Context& context, const ProviderWrapper& provider, const std:
   context.session.GetProgress().Begin("looking for files");
   const auto& stop = context.session.Stopped();
   const auto bytes = context.session.OnWorker<unsigned long long>(
-      [&content, &stop] { return TotalBytes(content, stop); });
+      [&path, &content, &stop] { return TotalBytes(path, content, stop); });
   page.totals.emplace_back(Translated("$$$/Sorvik/Sheet/Bytes=Size"), SizeText(bytes));
   return page;
 }

@@ -63,6 +63,25 @@ TEST_F(LinksToShare, DoNotBlockWhileTheShareIsUnreachable) {
   Run({"check", folder_});
   Run({"thumb", folder_, "link", "-o", tree_.Path("out.png")});
   Run({"thumb", "--folder", folder_, "-o", tree_.Path("folder.png")});
+  EXPECT_EQ(Run({"sheet", folder_, "-o", tree_.Path("sheet.html")}).exitCode, 0);
+  const ProgramResult files = Run({"files", folder_});
+  EXPECT_EQ(files.exitCode, 1) << "files on the share may be missing in the list";
+  EXPECT_THAT(files.output, HasSubstr(folder_ + "/local.mov\n"));
+  EXPECT_THAT(files.errors, HasSubstr(folder_ + "/clip.mov: cannot access (the network share"));
+}
+
+// The media of a card can be links to files on a share.
+TEST_F(LinksToShare, DoNotBlockTheCheckOfACard) {
+  MakeP2Card(tree_, "card");
+  AddP2Clip(tree_, "card", {.id = "0001AA"});
+  const std::string video = tree_.Path("card/CONTENTS/VIDEO/0001AA.MXF");
+  fs::rename(video, tree_.Path("server/0001AA.MXF"));
+  fs::create_symlink(tree_.Path("share/0001AA.MXF"), video);
+  EXPECT_THAT(Run({"check", tree_.Path("card")}).output, Not(HasSubstr("0001AA.MXF")));
+  share_.Stop();
+  const ProgramResult silent = Run({"check", tree_.Path("card")}, 4000);
+  EXPECT_EQ(silent.exitCode, 1) << "a card isn't complete if its media can't be read";
+  EXPECT_THAT(silent.output, HasSubstr("missing essence: CONTENTS/VIDEO/0001AA.MXF"));
 }
 
 TEST_F(LinksToShare, KeepOnlyKnownFactsWhileTheShareIsUnreachable) {
