@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "SorvikProvider/foundation/UTF16String.h"
+#include "foundation/XmlTree.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/OwnModule.h"
 
@@ -72,6 +73,9 @@ void GetElementAttribute(XercesElement element, std::string_view name, std::stri
 std::optional<XercesDocument> XercesDocument::Parse(std::string_view bytes,
                                                     const XercesLimits& limits) {
   auto tree = Module().Parse(bytes, limits);
+  if (!tree && bytes.size() <= limits.bytes) {
+    tree = Module().Parse(foundation::NormalizeXml(bytes), limits);
+  }
   if (!tree) return std::nullopt;
   return XercesDocument(std::move(tree));
 }

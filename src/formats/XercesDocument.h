@@ -51,7 +51,8 @@ void GetElementAttribute(XercesElement element, std::string_view name, std::stri
 
 class XercesDocument {
  public:
-  // Returns nullopt if the bytes aren't well-formed, exceed a limit or contain a DOCTYPE. Throws
+  // Returns nullopt if the bytes aren't well-formed, exceed a limit or contain a DOCTYPE. Tolerates
+  // what foundation::NormalizeXml removes, and text in another encoding than declared. Throws
   // std::runtime_error if the module can't be loaded: with a broken installation a card must not
   // look as if it had no index.
   static std::optional<XercesDocument> Parse(std::string_view bytes,

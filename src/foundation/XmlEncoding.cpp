@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/XmlEncoding.h"
 
+#include <unicode/ucnv.h>
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cstdint>
+#include <memory>
 
 #include "foundation/ByteReader.h"
 #include "foundation/tarnwick/Text.h"
@@ -54,6 +57,40 @@ bool IsValidUTF8(std::string_view bytes) {
 
 std::string FromLatin1(std::string_view bytes) {
   return tarnwick::utility::UTF16to8(tarnwick::utility::AsciiToUTF16(bytes));
+}
+
+// The encoding in the XML declaration; empty if there is none.
+std::string DeclaredEncoding(std::string_view bytes) {
+  if (!bytes.starts_with("<?xml")) return {};
+  const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
+  constexpr std::string_view kName = "encoding";
+  auto at = declaration.find(kName);
+  if (at == declaration.npos) return {};
+  at = declaration.find_first_of("\"'", at + kName.size());
+  if (at == declaration.npos) return {};
+  const auto end = declaration.find(declaration[at], at + 1);
+  return std::string(declaration.substr(at + 1, end == declaration.npos ? 0 : end - at - 1));
+}
+
+struct CloseConverter {
+  void operator()(UConverter* converter) const noexcept { ucnv_close(converter); }
+};
+
+// Decodes text that isn't UTF-8 by the encoding that it declares, such as Shift_JIS; as Latin-1 if
+// it declares none that is known.
+std::string FromDeclared(std::string_view bytes) {
+  const std::string name = DeclaredEncoding(bytes);
+  if (name.empty()) return FromLatin1(bytes);
+  UErrorCode error = U_ZERO_ERROR;
+  const std::unique_ptr<UConverter, CloseConverter> converter(ucnv_open(name.c_str(), &error));
+  if (U_FAILURE(error) || ucnv_getType(converter.get()) == UCNV_UTF8) return FromLatin1(bytes);
+  Hestra::UTF16String units(bytes.size() * 2, u'\0');
+  const auto length =
+      ucnv_toUChars(converter.get(), units.data(), static_cast<std::int32_t>(units.size()),
+                    bytes.data(), static_cast<std::int32_t>(bytes.size()), &error);
+  if (U_FAILURE(error)) return FromLatin1(bytes);
+  units.resize(static_cast<std::size_t>(length));
+  return tarnwick::utility::UTF16to8(units);
 }
 
 std::string FromUnits(std::string_view bytes, const Encoding& encoding) {
@@ -127,7 +164,7 @@ std::string ToUTF8(std::string_view bytes) {
   if (encoding.unit > 1) {
     utf8 = FromUnits(text, encoding);
   } else {
-    utf8 = IsValidUTF8(text) ? std::string(text) : FromLatin1(text);
+    utf8 = IsValidUTF8(text) ? std::string(text) : FromDeclared(text);
   }
   ReplaceForbiddenCharacters(utf8);
   return utf8;

@@ -161,4 +161,58 @@ std::optional<XmlDocument> ReadXmlFile(const std::string& path, const XmlLimits&
   return ParseXml({reinterpret_cast<const char*>(bytes->data()), bytes->size()}, limits);
 }
 
+namespace {
+
+// Finds the end of the root element of a document in UTF-8.
+class RootEndFinder {
+ public:
+  // The offset after the end tag; nullopt if the document is malformed up to there, too deep, or
+  // declares entities.
+  std::optional<std::size_t> Find(std::string_view text) {
+    const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(
+        XML_ParserCreate("UTF-8"), XML_ParserFree);
+    if (!parser) return std::nullopt;
+    parser_ = parser.get();
+    XML_SetUserData(parser_, this);
+    XML_SetElementHandler(parser_, OnStart, OnEnd);
+    XML_SetEntityDeclHandler(parser_, OnEntity);
+    XML_Parse(parser_, text.data(), static_cast<int>(text.size()), XML_TRUE);
+    return end_;
+  }
+
+ private:
+  static void OnStart(void* self, const char*, const char**) {
+    auto* finder = static_cast<RootEndFinder*>(self);
+    if (++finder->depth_ > XmlLimits().depth) XML_StopParser(finder->parser_, XML_FALSE);
+  }
+  static void OnEnd(void* self, const char*) {
+    auto* finder = static_cast<RootEndFinder*>(self);
+    if (--finder->depth_ > 0) return;
+    finder->end_ = static_cast<std::size_t>(XML_GetCurrentByteIndex(finder->parser_) +
+                                            XML_GetCurrentByteCount(finder->parser_));
+    XML_StopParser(finder->parser_, XML_FALSE);
+  }
+  static void OnEntity(void* self, const char*, int, const char*, int, const char*, const char*,
+                       const char*, const char*) {
+    XML_StopParser(static_cast<RootEndFinder*>(self)->parser_, XML_FALSE);
+  }
+
+  XML_Parser parser_ = nullptr;
+  std::size_t depth_ = 0;
+  std::optional<std::size_t> end_;
+};
+
+}  // namespace
+
+std::string NormalizeXml(std::string_view bytes) {
+  bytes.remove_prefix(std::min(bytes.find_first_not_of(kWhiteSpace), bytes.size()));
+  std::string text = ToUTF8(bytes);
+  if (text.starts_with("<?xml") && text.size() > 5 && kWhiteSpace.find(text[5]) != text.npos) {
+    const auto end = text.find("?>");
+    if (end != text.npos) text.erase(0, end + 2);
+  }
+  if (const auto end = RootEndFinder().Find(text)) text.resize(*end);
+  return text;
+}
+
 }  // namespace Sorvik::foundation

@@ -80,4 +80,9 @@ std::optional<XmlDocument> ParseXml(std::string_view bytes, const XmlLimits& lim
 // Parses a regular file. Returns nullopt in the same cases, or if the file can't be read.
 std::optional<XmlDocument> ReadXmlFile(const std::string& path, const XmlLimits& limits = {});
 
+// Returns a document as a strict parser accepts it: in UTF-8, without XML declaration, blanks in
+// front of it, and anything after the root element. For files of writers that declare another
+// encoding than they use or append to an older file. Other faults stay.
+std::string NormalizeXml(std::string_view bytes);
+
 }  // namespace Sorvik::foundation

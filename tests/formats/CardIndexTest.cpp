@@ -59,7 +59,7 @@ TEST(XercesDocument, RejectsInvalidAndUnsafeDocuments) {
         "<!DOCTYPE a [<!ENTITY x SYSTEM \"file://" + secret + "\">]><a>&x;</a>",
         std::string("<!DOCTYPE a SYSTEM \"http://127.0.0.1:9/a.dtd\"><a>t</a>"),
         std::string("<a>&undeclared;</a>"), std::string("<a b='1' b='2'>t</a>"),
-        std::string("<a>\xFF\xFE</a>"), std::string(512, '\0')}) {
+        std::string("<a>caf\xE9</b>"), std::string(512, '\0')}) {
     EXPECT_FALSE(XercesDocument::Parse(text)) << text;
   }
   std::string deep;
@@ -71,6 +71,34 @@ TEST(XercesDocument, RejectsInvalidAndUnsafeDocuments) {
   EXPECT_FALSE(XercesDocument::ReadFile(tree.Root()));
   EXPECT_FALSE(
       XercesDocument::Parse("<a/>")->Root());  // an element without children counts as missing
+}
+
+TEST(XercesDocument, ToleratesOtherEncodingsAndTextAroundTheRoot) {
+  struct Case {
+    std::string text;
+    const char* value;
+  };
+  const std::string index = "<a><b c='d'/></a>";
+  for (const Case& c : {
+           Case{" \r\n<?xml version='1.0'?>" + index, "d"},
+           Case{"<?xml version='1.0' encoding='x-unknown'?>" + index, "d"},
+           Case{"<?xml version='1.0' encoding='UTF-16'?>" + index, "d"},
+           Case{index + std::string("\0\0\0", 3), "d"},
+           Case{index + "\n" + index, "d"},
+           Case{index + "left over from an older file</a>", "d"},
+           Case{"<a><b c='caf\xE9'/></a>", "caf\xC3\xA9"},
+           Case{"<?xml version='1.0' encoding='UTF-8'?><a><b c='caf\xE9'/></a>", "caf\xC3\xA9"},
+           Case{"\n<?xml version='1.0' encoding='Shift_JIS'?><a><b c='\x93\x8C'/></a>",
+                "\xE6\x9D\xB1"},
+           Case{"\n<?xml version='1.0' encoding='windows-1252'?><a><b c='\x80'/></a>",
+                "\xE2\x82\xAC"},
+       }) {
+    const auto document = XercesDocument::Parse(c.text);
+    ASSERT_TRUE(document) << c.text;
+    EXPECT_EQ(AttributeOf(FindChildElement(document->Root(), "b"), "c"), c.value) << c.text;
+  }
+  EXPECT_FALSE(XercesDocument::Parse("\n<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>junk"));
+  EXPECT_FALSE(XercesDocument::Parse(index.substr(0, index.size() - 1))) << "truncated";
 }
 
 TEST(XercesDocument, ParsesOnSeveralThreads) {
