@@ -59,7 +59,7 @@ CardReport MakeReport(Context& context, const std::string& path, const std::stri
   if (options.against.empty()) return report;
   report.against = ResolvePath(options.against);
   if (!IsFolder(report.against)) {
-    throw Failure(kFailed, DescribePathError(report.against, "Not a directory"));
+    throw Failure(kFailed, report.against, DescribePathError(report.against, "Not a directory"));
   }
   report.hashed = options.hash;
   CompareWithCopy(context, report);

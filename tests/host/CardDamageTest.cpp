@@ -240,6 +240,9 @@ TEST(CardDamages, CopiesAreComparedByClip) {
   EXPECT_EQ(differences({}), (std::vector<std::string>{"C0001.MXF", "C0002S01.MP4"}));
   EXPECT_EQ(differences({"--hash"}),
             (std::vector<std::string>{"C0001.MXF", "C0002.MXF", "C0002S01.MP4"}));
+  const ProgramResult missing = RunSorvik({"check", card, "--against", tree.Path("missing")});
+  EXPECT_EQ(missing.exitCode, 1);
+  EXPECT_EQ(missing.errors, "sorvik: " + tree.Path("missing") + ": No such file or directory\n");
 }
 
 TEST(CardDamages, PicturesNeverReplaceFilesOfACard) {
