@@ -89,6 +89,31 @@ TEST_F(CardCheck, KnowsTheFilesOfP2Clips) {
   }
 }
 
+// A case-insensitive file system finds a file under another spelling. Elsewhere a file with another
+// spelling is another file.
+TEST_F(CardCheck, ComparesSpellingsByTheFileTheyLeadTo) {
+  MakeXDCAMDisc(tree_, "disc", {{.name = "C0001"}});
+  const std::string clip = tree_.Path("disc/Clip/");
+  fs::rename(clip + "C0001.MXF", clip + "c0001.mxf");
+  EXPECT_THAT(
+      Findings("disc", "ProviderXDCAM"),
+      UnorderedElementsAre("missing essence Clip/C0001.MXF", "orphaned essence Clip/c0001.mxf"));
+  fs::create_hard_link(clip + "c0001.mxf", clip + "C0001.MXF");
+  EXPECT_THAT(Findings("disc", "ProviderXDCAM"), IsEmpty());
+}
+
+TEST_F(CardCheck, NamesNoPathOutsideTheCard) {
+  const std::string material = XmlElement(
+      "Material", "uri=\"./../../outside.MXF\" type=\"MXF\" umid=\"" + UmidOf("C0002") + "\"",
+      XmlElement("RelevantInfo", "uri=\"../../outside.XML\" type=\"XML\""));
+  MakeXDCAMDisc(tree_, "disc", {{.name = "C0001"}});
+  tree_.File("disc/MEDIAPRO.XML", MediaProXml(material));
+  const auto result = CheckCard(tree_.Path("disc"), "com.halvane.Merisk.ProviderXDCAM");
+  for (const Finding& finding : result.findings) {
+    EXPECT_EQ(finding.path.find("outside"), std::string::npos) << finding.path;
+  }
+}
+
 TEST_F(CardCheck, FindsPartsOfTakesOnOtherCards) {
   MakeXDCAMEXCard(tree_, "one", {{.name = "A_01"}}, {{.name = "A", .clips = {"A_01", "A_02"}}});
   EXPECT_THAT(Findings("one", "ProviderXDCAMEX"), ElementsAre("missing span " + UmidOf("A_02")));
