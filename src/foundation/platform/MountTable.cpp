@@ -248,17 +248,6 @@ const Mount* MountTable::At(std::string_view path) const noexcept {
   return found == mounts_.end() ? nullptr : &*found;
 }
 
-const Mount* MountTable::Containing(std::string_view path) const noexcept {
-  const Mount* deepest = nullptr;
-  for (const Mount& mount : mounts_) {
-    if (!IsAtOrBelow(path, mount.mountPoint)) continue;
-    if (deepest == nullptr || mount.mountPoint.size() > deepest->mountPoint.size()) {
-      deepest = &mount;
-    }
-  }
-  return deepest;
-}
-
 bool MountTable::LeadsToNetwork(std::string_view path) const noexcept {
   return hasNetworkMounts_ && std::any_of(mounts_.begin(), mounts_.end(), [&](const Mount& mount) {
            return mount.isNetwork && IsAtOrBelow(path, mount.mountPoint);

@@ -49,17 +49,10 @@ class MountTable {
   const std::vector<Mount>& Mounts() const noexcept { return mounts_; }
   // The mount whose mount point is `path`; nullptr if there is none. Valid while the table lives.
   const Mount* At(std::string_view path) const noexcept;
-  // The mount that contains the absolute path `path`, or nullptr. Lexical: links are not followed.
-  // Valid while the table lives.
-  const Mount* Containing(std::string_view path) const noexcept;
 
   bool HasNetworkMounts() const noexcept { return hasNetworkMounts_; }
   // True if `path` is on or below a mount of a network file system. Lexical.
   bool LeadsToNetwork(std::string_view path) const noexcept;
-  // The same, but false if `from` is on the same mount.
-  bool LeadsToOtherNetwork(std::string_view path, std::string_view from) const noexcept {
-    return LeadsToNetwork(path) && Containing(path) != Containing(from);
-  }
 
  private:
   std::vector<Mount> mounts_;
