@@ -2,6 +2,7 @@
 // Camera XML as an element tree, within its limits and in all encodings.
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -45,7 +46,10 @@ std::size_t Walk(const XmlElement& root) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto document = ParseXml({reinterpret_cast<const char*>(data), size}, kLimits);
+  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  const std::string normal = NormalizeXml(text.substr(0, kLimits.bytes));
+  Check(NormalizeXml(normal).size() <= normal.size());
+  const auto document = ParseXml(text, kLimits);
   if (document) {
     Check(size <= kLimits.bytes);
     Check(Walk(document->Root()) <= kLimits.nodes);
