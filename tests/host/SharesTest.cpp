@@ -41,15 +41,29 @@ class LinksToShare : public ShareTest {
     setenv("ASAN_OPTIONS", (std::string(options ? options : "") + ":detect_leaks=0").c_str(), 1);
   }
 
-  // Runs the program. Fails if it blocks or takes longer than `limit` milliseconds.
-  ProgramResult Run(const std::vector<std::string>& arguments, long long limit = 2000) {
+  // Runs the program. Fails if it blocks or waits again and again.
+  ProgramResult Run(const std::vector<std::string>& arguments) {
+    constexpr long long kMaxMilliseconds = 5000;
     ProgramResult result;
     const auto time = share_.Milliseconds([&] { result = RunSorvik(arguments); });
     std::string command;
     for (const std::string& argument : arguments) command += argument + ' ';
     EXPECT_GE(time, 0) << command << "blocks on the share";
-    EXPECT_LT(time, limit) << command;
+    EXPECT_LT(time, kMaxMilliseconds) << command;
     return result;
+  }
+
+  // Runs the program until its output has the text `expected`: on a busy machine a share can take
+  // longer than the program waits, and then its facts are missing. Facts are never wrong.
+  std::string OutputWith(const std::string& expected, const std::vector<std::string>& arguments) {
+    constexpr int kMaxRuns = 20;
+    std::string output;
+    for (int run = 0; run < kMaxRuns; ++run) {
+      output = Run(arguments).output;
+      if (output.find(expected) != std::string::npos) break;
+    }
+    EXPECT_THAT(output, HasSubstr(expected));
+    return output;
   }
 
   std::string folder_;
@@ -77,9 +91,9 @@ TEST_F(LinksToShare, DoNotBlockTheCheckOfACard) {
   const std::string video = tree_.Path("card/CONTENTS/VIDEO/0001AA.MXF");
   fs::rename(video, tree_.Path("server/0001AA.MXF"));
   fs::create_symlink(tree_.Path("share/0001AA.MXF"), video);
-  EXPECT_THAT(Run({"check", tree_.Path("card")}).output, Not(HasSubstr("0001AA.MXF")));
+  OutputWith(" 2 errors", {"check", tree_.Path("card")});  // it has no sound files
   share_.Stop();
-  const ProgramResult silent = Run({"check", tree_.Path("card")}, 4000);
+  const ProgramResult silent = Run({"check", tree_.Path("card")});
   EXPECT_EQ(silent.exitCode, 1) << "a card isn't complete if its media can't be read";
   EXPECT_THAT(silent.output, HasSubstr("missing essence: CONTENTS/VIDEO/0001AA.MXF"));
 }
@@ -101,13 +115,12 @@ TEST_F(LinksToShare, AreBrowsableOnlyIfTheyLeadToAMountPoint) {
 }
 
 TEST_F(LinksToShare, HaveTheFactsOfTheirTargets) {
-  const std::string listing = Run({"ls", folder_, "--json", "--fields", "06,09,14,26"}).output;
-  EXPECT_THAT(listing,
-              HasSubstr("\"sub\":{\"06\":\"D\",\"09\":\"\",\"14\":\"\",\"26\":{\"bytes\":0}"));
-  EXPECT_THAT(listing, HasSubstr("\"link\":{\"06\":\"D\""));
-  EXPECT_THAT(listing, HasSubstr("\"clip.mov\":{\"06\":\"\",\"09\":\"\",\"14\":\"\","
-                                 "\"26\":{\"bytes\":10}"));
-  EXPECT_THAT(Run({"places", folder_, "--json"}).output, HasSubstr("\"sub\""));
+  const std::string facts = "{\"06\":\"\",\"09\":\"\",\"14\":\"\",\"26\":{\"bytes\":10}";
+  const std::vector<std::string> list = {"ls", folder_, "--json", "--fields", "06,09,14,26"};
+  OutputWith("\"sub\":{\"06\":\"D\",\"09\":\"\",\"14\":\"\",\"26\":{\"bytes\":0}", list);
+  OutputWith("\"link\":{\"06\":\"D\"", list);
+  OutputWith("\"clip.mov\":" + facts, list);
+  OutputWith("\"sub\"", {"places", folder_, "--json"});
 }
 
 TEST_F(LinksToShare, FilesWithoutReportedBlocksAreNormal) {
@@ -121,7 +134,7 @@ TEST_F(LinksToShare, CanContainTheClipsOfACard) {
   AddP2Clip(tree_, "server/card", P2Shot({"0001AA"}, "SHOT").front());
   fs::create_directory(folder_ + "/card");
   fs::create_directory_symlink("../../share/card/CONTENTS", folder_ + "/card/CONTENTS");
-  EXPECT_THAT(Run({"ls", folder_ + "/card"}).output, HasSubstr("0001AA"));
+  OutputWith("0001AA", {"ls", folder_ + "/card"});
   share_.Stop();
   EXPECT_THAT(Run({"ls", folder_ + "/card"}).output, Not(HasSubstr("0001AA")));
 }
