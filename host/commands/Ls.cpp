@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include <map>
+#include <memory>
+#include <mutex>
+
 #include "Commands.h"
 #include "Failure.h"
 #include "Paths.h"
 #include "PictureList.h"
+#include "SorvikProvider/foundation/ReadFailures.h"
 #include "TerminalPictures.h"
 
 namespace host {
@@ -15,6 +20,42 @@ using Sorvik::ProviderWrapper;
 
 // Looking for cards in each of many folders takes too long for a hint.
 constexpr std::size_t kMaxEntriesForHint = 256;
+
+// Collects the indexes, clip records and folders that a listing can't read while it exists.
+class UnreadableFiles {
+ public:
+  UnreadableFiles() {
+    Sorvik::SetReadFailureHandler([list = list_](const Sorvik::ReadFailure& failure) {
+      const std::lock_guard lock(list->mutex);
+      list->reasons.emplace(failure.path, failure.reason);
+    });
+  }
+  ~UnreadableFiles() { Sorvik::SetReadFailureHandler({}); }
+  UnreadableFiles(const UnreadableFiles&) = delete;
+  UnreadableFiles& operator=(const UnreadableFiles&) = delete;
+
+  // Writes one line for each on stderr. Returns the exit code.
+  int Report(Output& output) const {
+    const std::lock_guard lock(list_->mutex);
+    if (list_->reasons.empty()) return kDone;
+    output.Flush();
+    for (const auto& [path, reason] : list_->reasons) {
+      WriteError(path + ": cannot read (" + reason + ")");
+    }
+    return kFailed;
+  }
+
+ private:
+  struct List {
+    std::mutex mutex;
+    std::map<std::string, std::string> reasons;  // by path
+  };
+  const std::shared_ptr<List> list_ = std::make_shared<List>();  // outlives a late call
+};
+
+bool IsPlainFolder(const ProviderWrapper& provider) {
+  return provider.ShouldCheckFilter() && provider.IsFileBased();
+}
 
 // JSON has the provider's default fields; tables have columns of their own.
 std::vector<Column> ChosenColumns(const Options& options, const ProviderWrapper& provider) {
@@ -74,16 +115,19 @@ int RunLs(Context& context) {
   if (options.nearby && options.provider.empty()) {
     const std::vector<FoundCard> cards = NearbyCards(context, path);
     if (!cards.empty()) {
+      const UnreadableFiles unreadable;
       ListCards(context, path, cards);
-      return kDone;
+      return unreadable.Report(context.output);
     }
   }
   const ProviderWrapper& provider = ChooseProvider(context, path);
-  const ContentMap content = List(context, provider, path);
-  const bool isPlainFolder = provider.ShouldCheckFilter() && provider.IsFileBased();
-  if (!options.nearby && isPlainFolder && content.size() <= kMaxEntriesForHint) {
-    ReportNearbyCards(context, path);
+  if (!IsPlainFolder(provider)) {
+    const UnreadableFiles unreadable;
+    List(context, provider, path);
+    return unreadable.Report(context.output);
   }
+  const ContentMap content = List(context, provider, path);
+  if (!options.nearby && content.size() <= kMaxEntriesForHint) ReportNearbyCards(context, path);
   return kDone;
 }
 

@@ -129,7 +129,7 @@ void CardEvaluation::CheckFile(const CardContents::Part& part, const std::string
 void CardEvaluation::CheckContent(const CardContents::Part& part, const std::string& path) {
   if (part.expectation.content == CardPart::Content::kXml) {
     if (!foundation::ReadXmlFile(path)) {
-      AddFinding(part, Finding::Kind::kUnreadable, "not well-formed XML");
+      AddFinding(part, Finding::Kind::kUnreadable, std::string(foundation::kMalformedXml));
     }
     return;
   }

@@ -9,6 +9,7 @@
 #include "foundation/XmlTree.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/OwnModule.h"
+#include "foundation/platform/ReadReports.h"
 
 namespace Sorvik::formats {
 namespace {
@@ -83,10 +84,16 @@ std::optional<XercesDocument> XercesDocument::Parse(std::string_view bytes,
 std::optional<XercesDocument> XercesDocument::ReadFile(const std::string& path,
                                                        const XercesLimits& limits) {
   const auto file = platform::RegularFile::Open(path);
-  if (!file || file->Size() > limits.bytes) return std::nullopt;
+  if (!file) return std::nullopt;
+  if (file->Size() > limits.bytes) {
+    platform::ReportReadFailure(path, "too large");
+    return std::nullopt;
+  }
   std::vector<std::byte> bytes(static_cast<std::size_t>(file->Size()));
   bytes.resize(file->ReadAt(0, bytes));
-  return Parse({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, limits);
+  auto document = Parse({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, limits);
+  if (!document) platform::ReportReadFailure(path, foundation::kMalformedXml);
+  return document;
 }
 
 XercesElement XercesDocument::Root() const noexcept {

@@ -8,6 +8,7 @@
 
 #include "foundation/XmlEncoding.h"
 #include "foundation/platform/FileSystem.h"
+#include "foundation/platform/ReadReports.h"
 
 namespace Sorvik::foundation {
 namespace {
@@ -158,7 +159,9 @@ std::optional<XmlDocument> ParseXml(std::string_view bytes, const XmlLimits& lim
 std::optional<XmlDocument> ReadXmlFile(const std::string& path, const XmlLimits& limits) {
   const auto bytes = platform::ReadHead(path, limits.bytes + 1);
   if (!bytes) return std::nullopt;
-  return ParseXml({reinterpret_cast<const char*>(bytes->data()), bytes->size()}, limits);
+  auto document = ParseXml({reinterpret_cast<const char*>(bytes->data()), bytes->size()}, limits);
+  if (!document) platform::ReportReadFailure(path, kMalformedXml);
+  return document;
 }
 
 namespace {

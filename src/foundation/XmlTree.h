@@ -77,7 +77,11 @@ class XmlDocument {
 // exceeds the limits. Ignores everything after the root element.
 std::optional<XmlDocument> ParseXml(std::string_view bytes, const XmlLimits& limits = {});
 
-// Parses a regular file. Returns nullopt in the same cases, or if the file can't be read.
+// Why a file that can be read is no document, for reports.
+inline constexpr std::string_view kMalformedXml = "not well-formed XML";
+
+// Parses a regular file. Returns nullopt in the same cases, or if the file can't be read, and
+// reports a file that exists and can't be parsed.
 std::optional<XmlDocument> ReadXmlFile(const std::string& path, const XmlLimits& limits = {});
 
 // Returns a document as a strict parser accepts it: in UTF-8, without XML declaration, blanks in

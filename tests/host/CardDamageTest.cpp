@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <ostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -190,25 +190,73 @@ TEST(CardDamages, ListsAndDiskDisagree) {
   for (const Json& file : report["files"]) EXPECT_NE(file["role"], "foreign") << file;
 }
 
-// A copy by the list of files is complete and has the same score.
+// A copy that a tool makes by the list of files is complete and has the same score.
 TEST(CardDamages, CopyListsMakeCompleteCopies) {
+  if (std::system("rsync --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "rsync is missing";
   const TempTree tree;
+  const auto scores = [](const std::string& path) {
+    return Json::parse(RunSorvik({"who", path, "--json"}).output);
+  };
   for (const MadeCard& card : MakeAllCards(tree)) {
-    const std::string copy = tree.Path("copy/" + fs::path(card.root).filename().string());
-    const ProgramResult list = RunSorvik({"files", card.root, "--relative", "--dirs"});
-    ASSERT_EQ(list.exitCode, 0) << list.errors;
-    std::istringstream lines(list.output);
-    for (std::string line; std::getline(lines, line);) {
-      fs::create_directories(fs::path(copy + "/" + line).parent_path());
-      fs::copy(card.root + "/" + line, copy + "/" + line);
-    }
-    EXPECT_EQ(RunSorvik({"check", copy}).exitCode, 0) << card.root;
-    EXPECT_EQ(RunSorvik({"check", card.root, "--against", copy, "--hash"}).exitCode, 0);
-    const auto scores = [](const std::string& path) {
-      return Json::parse(RunSorvik({"who", path, "--json"}).output);
+    const std::string name = fs::path(card.root).filename().string();
+    const std::string list =
+        SORVIK_BINARY_DIR "/sorvik files " + card.root + " -0 --relative --dirs | ";
+    const auto copy = [&](const char* folder, const std::string& tool) {
+      const std::string to = tree.Folder(std::string(folder) + "/" + name);
+      EXPECT_EQ(std::system((list + tool + to).c_str()), 0) << card.root;
+      EXPECT_EQ(RunSorvik({"check", to}).exitCode, 0) << to;
+      EXPECT_EQ(RunSorvik({"check", card.root, "--against", to, "--hash"}).exitCode, 0) << to;
+      EXPECT_EQ(scores(to), scores(card.root)) << to;
     };
-    EXPECT_EQ(scores(copy), scores(card.root)) << card.root;
+    copy("rsync", "rsync --from0 --files-from=- " + card.root + " ");
+    copy("tar", "tar -C " + card.root + " --null -T - -c | tar -x -C ");
   }
+}
+
+// A listing has all entries that can be had, and errors for the indexes that can't be read.
+TEST(CardDamages, UnreadableIndexesAreErrorsOfListings) {
+  const TempTree tree;
+  MakeAllCards(tree);
+  for (const char* index : {"disc/MEDIAPRO.XML", "proav/PROAV/INDEX.XML", "ex/BPAV/MEDIAPRO.XML",
+                            "ex/BPAV/TAKR/A/A.SMI", "avchd/BDMV/PLAYLIST/00000.MPL"}) {
+    const std::string card = tree.Path(std::string(index, std::string_view(index).find('/')));
+    const std::vector<std::string> list = {"ls", card, "--all", "--json"};
+    EXPECT_EQ(RunSorvik(list).exitCode, 0) << index;
+    tree.File(index, "damaged");
+    const ProgramResult result = RunSorvik(list);
+    EXPECT_EQ(result.exitCode, 1) << index;
+    const bool isOnlyList = std::string_view(index).starts_with("avchd");
+    EXPECT_EQ(Json::parse(result.output)["entries"].empty(), isOnlyList) << index;
+    EXPECT_TRUE(result.errors.starts_with("sorvik: " + tree.Path(index) + ": cannot read (not "))
+        << result.errors;
+    EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1) << result.errors;
+    MakeAllCards(tree);
+  }
+}
+
+TEST(CardDamages, FilesAndFoldersWithoutPermissionAreErrors) {
+  const TempTree tree;
+  MakeAllCards(tree);
+  const std::string folder = tree.Path("p2/CONTENTS/AUDIO");
+  const std::string index = tree.Path("ex/BPAV/MEDIAPRO.XML");
+  const std::string video = tree.Path("disc/Clip/C0001.MXF");
+  for (const std::string& path : {folder, index, video}) fs::permissions(path, fs::perms::none);
+  const auto errors = [](const std::string& command, const std::string& card) {
+    const ProgramResult result = RunSorvikAsPlainUser({command, card});
+    EXPECT_EQ(result.exitCode, 1) << command << ' ' << card;
+    return result.errors + result.output;
+  };
+  const std::string reason = "Permission denied)\n";
+  const auto has = [](const std::string& text, const std::string& expected) {
+    EXPECT_NE(text.find(expected), std::string::npos) << text;
+  };
+  has(errors("ls", tree.Path("ex")), index + ": cannot read (" + reason);
+  has(errors("files", tree.Path("ex")), index + ": cannot read (" + reason);
+  has(errors("files", tree.Path("p2")), folder + ": cannot read (" + reason);
+  has(errors("check", tree.Path("p2")), "unreadable folder: CONTENTS/AUDIO (" + reason);
+  has(errors("check", tree.Path("ex")), "unreadable index: BPAV/MEDIAPRO.XML (" + reason);
+  has(errors("check", tree.Path("disc")), "unreadable essence: Clip/C0001.MXF (");
+  fs::permissions(folder, fs::perms::owner_all);
 }
 
 TEST(CardDamages, CopiesAreComparedByClip) {

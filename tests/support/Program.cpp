@@ -2,10 +2,12 @@
 #include "support/Program.h"
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -50,6 +52,12 @@ struct Pipe {
   _exit(127);
 }
 
+// Without them permissions of files bind root, too. Other users don't have them.
+void DropCapabilitiesOfFiles() {
+  prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+  prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+}
+
 int CodeOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status); }
 
 int WaitForEnd(pid_t process) {
@@ -67,9 +75,7 @@ bool ReadSome(int descriptor, std::string& text) {
   return got > 0 || (got < 0 && errno == EINTR);
 }
 
-}  // namespace
-
-ProgramResult RunSorvik(const std::vector<std::string>& arguments) {
+ProgramResult Run(const std::vector<std::string>& arguments, void (*prepare)()) {
   Pipe output;
   Pipe errors;
   const pid_t process = fork();
@@ -77,6 +83,7 @@ ProgramResult RunSorvik(const std::vector<std::string>& arguments) {
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     dup2(output.ends[1], STDOUT_FILENO);
     dup2(errors.ends[1], STDERR_FILENO);
+    if (prepare != nullptr) prepare();
     ExecSorvik(arguments);
   }
   output.CloseWrite();
@@ -91,6 +98,16 @@ ProgramResult RunSorvik(const std::vector<std::string>& arguments) {
   reader.join();
   result.exitCode = WaitForEnd(process);
   return result;
+}
+
+}  // namespace
+
+ProgramResult RunSorvik(const std::vector<std::string>& arguments) {
+  return Run(arguments, nullptr);
+}
+
+ProgramResult RunSorvikAsPlainUser(const std::vector<std::string>& arguments) {
+  return Run(arguments, DropCapabilitiesOfFiles);
 }
 
 ProgramResult RunSorvikOnTerminal(const std::vector<std::string>& arguments) {

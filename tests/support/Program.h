@@ -19,7 +19,10 @@ struct ProgramResult {
 // Runs sorvik to its end; both outputs are pipes and there is no input.
 ProgramResult RunSorvik(const std::vector<std::string>& arguments);
 
-// The same with a terminal of 200 columns for both outputs. All text is in `output`, with \r\n.
+// The same bound by the permissions of files, even if the tests run as root.
+ProgramResult RunSorvikAsPlainUser(const std::vector<std::string>& arguments);
+
+// RunSorvik with a terminal of 200 columns for both outputs. All text is in `output`, with \r\n.
 ProgramResult RunSorvikOnTerminal(const std::vector<std::string>& arguments);
 
 // A running sorvik whose standard input is a pipe that never ends.

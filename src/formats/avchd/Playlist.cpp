@@ -12,6 +12,7 @@
 #include "foundation/Paths.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/platform/FileSystem.h"
+#include "foundation/platform/ReadReports.h"
 #include "foundation/tarnwick/Text.h"
 
 namespace Sorvik::formats::avchd {
@@ -32,6 +33,7 @@ constexpr std::uint64_t kMarkStartAt = 12;
 constexpr std::uint64_t kExtensionStartAt = 16;
 
 // Play-list block: length 0, reserved 4, number of items 6, number of sub-paths 8, items.
+constexpr std::uint64_t kItemCountAt = 6;
 constexpr std::uint64_t kFirstItemAt = 10;
 // Play item after its head: IN time 14, OUT time 18.
 constexpr std::uint64_t kInTimeAt = 14;
@@ -58,7 +60,7 @@ std::vector<PlayItem> WalkItems(ByteReader file) {
   const std::uint64_t start = file.U32BE(kPlayListStartAt).value_or(0);
   if (bytes < start + kFirstItemAt) return items;
   const std::uint64_t blockLength = file.U32BE(start).value_or(0);
-  const std::uint16_t count = file.U16BE(start + 6).value_or(0);
+  const std::uint16_t count = file.U16BE(start + kItemCountAt).value_or(0);
   if (count == 0 || bytes < start + blockLength + 4) return items;
   std::uint64_t at = start + kFirstItemAt;
   for (std::uint16_t i = 0; i < count; ++i) {
@@ -219,6 +221,14 @@ struct ItemAllowance {
   }
 };
 
+// What is wrong with a playlist of which `items` were read; empty if nothing is.
+std::string_view FaultOf(ByteReader file, const std::vector<PlayItem>& items) {
+  if (!file.Matches(0, kTypeAndVersion)) return "not a playlist";
+  const std::uint64_t start = file.U32BE(kPlayListStartAt).value_or(0);
+  const auto count = file.U16BE(start + kItemCountAt);
+  return !count || items.size() < *count ? "truncated playlist" : std::string_view();
+}
+
 }  // namespace
 
 Playlist ParsePlaylist(ByteReader file) {
@@ -237,6 +247,9 @@ std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path) {
     std::vector<std::byte> bytes(static_cast<std::size_t>(file->Size()));
     bytes.resize(file->ReadAt(0, bytes));
     Playlist playlist = ParsePlaylist(ByteReader(bytes));
+    if (const auto fault = FaultOf(ByteReader(bytes), playlist.items); !fault.empty()) {
+      platform::ReportReadFailure(path, fault);
+    }
     return allowance->Take(playlist.items.size() + playlist.marks.size()) ? std::move(playlist)
                                                                           : Playlist();
   });

@@ -18,6 +18,7 @@
 
 #include "foundation/platform/FileStatus.h"
 #include "foundation/platform/NameOrder.h"
+#include "foundation/platform/ReadReports.h"
 #include "foundation/platform/ShareAccess.h"
 
 namespace Sorvik::platform {
@@ -72,7 +73,10 @@ class FolderLister {
 
   std::optional<std::vector<FolderItem>> List() {
     descriptor_ = open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor_ < 0) return std::nullopt;
+    if (descriptor_ < 0) {
+      ReportReadError(path_, errno);
+      return std::nullopt;
+    }
     const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(descriptor_));
     if (!folder) {
       close(descriptor_);
@@ -295,7 +299,10 @@ std::optional<RegularFile> RegularFile::Open(const std::string& path) {
 
 std::optional<RegularFile> RegularFile::OpenDirectly(const std::string& path) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (descriptor < 0) return std::nullopt;
+  if (descriptor < 0) {
+    ReportReadError(path, errno);
+    return std::nullopt;
+  }
   struct stat facts;
   if (fstat(descriptor, &facts) != 0 || !S_ISREG(facts.st_mode)) {
     close(descriptor);
