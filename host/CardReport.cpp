@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "CheckWords.h"
 #include "Paths.h"
 #include "Text.h"
+#include "Values.h"
 
 namespace host {
 namespace {
@@ -15,10 +17,6 @@ using Sorvik::CardFindings;
 using Sorvik::Finding;
 
 using Severity = Finding::Severity;
-
-std::string Counted(std::size_t count, const char* one, const char* many) {
-  return std::to_string(count) + " " + (count == 1 ? one : many);
-}
 
 std::size_t CountOf(const CardFindings& result, Severity severity) {
   return static_cast<std::size_t>(
@@ -44,7 +42,7 @@ std::string JoinedKeys(const std::vector<std::string>& keys) {
     text += (i == 0 ? "" : ", ") + FileName(keys[i]);
   }
   if (keys.size() > kMaxShownKeys) {
-    text += " and " + std::to_string(keys.size() - kMaxShownKeys) + " more";
+    text += ", " + CountText(keys.size() - kMaxShownKeys, Counted::kMore);
   }
   return text;
 }
@@ -52,9 +50,8 @@ std::string JoinedKeys(const std::vector<std::string>& keys) {
 // "error: missing sound channel: CONTENTS/AUDIO/0001AB01.MXF (0001AB; 0 bytes)"
 void WriteFinding(Output& output, const CardReport& report, const Finding& finding) {
   std::string text =
-      Coloured(output, std::string(NameOf(finding.severity)) + ":", ColourOf(finding.severity));
-  text += " " + std::string(NameOf(finding.kind)) + " " + finding.role + ": " +
-          output.Shown(RelativePath(finding.path, report.path));
+      Coloured(output, SeverityWord(finding.severity) + ":", ColourOf(finding.severity));
+  text += " " + FaultText(finding) + ": " + output.Shown(RelativePath(finding.path, report.path));
   std::string more = JoinedKeys(finding.entryKeys);
   if (!finding.detail.empty()) more += (more.empty() ? "" : "; ") + finding.detail;
   if (!more.empty()) text += " (" + output.Shown(more) + ")";
@@ -62,8 +59,10 @@ void WriteFinding(Output& output, const CardReport& report, const Finding& findi
 }
 
 void WriteFileLine(Output& output, const CardReport& report, const CardFile& file) {
-  std::string line = std::string(NameOf(file.role));
-  line.resize(std::max<std::size_t>(line.size(), 10), ' ');
+  constexpr std::size_t kRoleColumns = 10;
+  std::string line = FileRoleWord(file.role);
+  const std::size_t width = CellWidth(line);
+  line.append(width < kRoleColumns ? kRoleColumns - width : 1, ' ');
   line += output.Shown(RelativePath(file.path, report.path));
   if (!file.owners.empty()) line += "  (" + output.Shown(JoinedKeys(file.owners)) + ")";
   output.Write(line + "\n");
@@ -74,8 +73,10 @@ std::size_t CountFilesOfCard(const CardFindings& result) {
 }
 
 std::string DepthText(const CardReport& report) {
-  if (report.hashed) return ", contents compared";
-  if (report.result.depth == Sorvik::CheckDepth::kNames) return ", names and sizes only";
+  if (report.hashed) return ", " + Translated("$$$/Sorvik/Check/Hashed=contents compared");
+  if (report.result.depth == Sorvik::CheckDepth::kNames) {
+    return ", " + Translated("$$$/Sorvik/Check/NamesOnly=names and sizes only");
+  }
   return {};
 }
 
@@ -83,12 +84,12 @@ void WriteSummary(Output& output, const CardReport& report) {
   const CardFindings& result = report.result;
   const std::size_t errors = CountOf(result, Severity::kError);
   const std::size_t warnings = CountOf(result, Severity::kWarning);
-  std::string text = result.complete ? Coloured(output, "complete", "1;32")
-                                     : Coloured(output, "INCOMPLETE", "1;31");
-  text += ": " + Counted(result.clips, "clip", "clips") + ", " +
-          Counted(CountFilesOfCard(result), "file", "files") + ", " + SizeText(result.bytes);
-  if (errors != 0) text += ", " + Counted(errors, "error", "errors");
-  if (warnings != 0) text += ", " + Counted(warnings, "warning", "warnings");
+  std::string text =
+      Coloured(output, VerdictWord(result.complete), result.complete ? "1;32" : "1;31");
+  text += ": " + CountText(result.clips, Counted::kClips) + ", " +
+          CountText(CountFilesOfCard(result), Counted::kFiles) + ", " + SizeText(result.bytes);
+  if (errors != 0) text += ", " + CountText(errors, Counted::kErrors);
+  if (warnings != 0) text += ", " + CountText(warnings, Counted::kWarnings);
   output.Write(text + DepthText(report) + "\n");
 }
 

@@ -213,6 +213,24 @@ TEST(CardDamages, CopyListsMakeCompleteCopies) {
   }
 }
 
+TEST(CardDamages, AreReportedInTheLanguageOfTheUser) {
+  const TempTree tree;
+  MakeAllCards(tree);
+  fs::remove(tree.Path("disc/Clip/C0001.MXF"));
+  const std::string report = tree.Path("report");
+  const std::string command = "LC_ALL=C.UTF-8 LANGUAGE=de " SORVIK_BINARY_DIR "/sorvik check " +
+                              tree.Path("disc") + " --quick > " + report;
+  EXPECT_NE(std::system(command.c_str()), 0);
+  std::ifstream file(report);
+  std::string first;
+  std::string last;
+  std::getline(file, first);
+  for (std::string line; std::getline(file, line);) last = line;
+  EXPECT_EQ(first, "Fehler: Essenz fehlt: Clip/C0001.MXF (C0001M01.XML)");
+  EXPECT_TRUE(last.starts_with("UNVOLLSTÄNDIG: 1 Clip, ")) << last;
+  EXPECT_TRUE(last.ends_with(", 1 Fehler, nur Namen und Größen")) << last;
+}
+
 // A listing has all entries that can be had, and errors for the indexes that can't be read.
 TEST(CardDamages, UnreadableIndexesAreErrorsOfListings) {
   const TempTree tree;
