@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+// The results of the C interface. They own their texts; the structs of the public header that they
+// contain refer to them.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "SorvikProvider/c/sorvik.h"
+#include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/foundation/Bitplate.h"
+#include "SorvikProvider/frame/ProviderWrapper.h"
+
+namespace Sorvik::c {
+
+// The text must be followed by a NUL, as in std::string and in literals.
+inline sorvik_text TextOf(std::string_view text) noexcept { return {text.data(), text.size()}; }
+
+}  // namespace Sorvik::c
+
+struct sorvik_card {
+  std::string path;
+  std::string provider;
+  std::string name;
+  int score = 0;
+};
+
+struct sorvik_entry {
+  sorvik_text key;
+  std::vector<sorvik_field> fields;
+};
+
+struct sorvik_listing {
+  // Labels are those of `wrapper`, which may be null.
+  sorvik_listing(std::string folder, std::string identification, Sorvik::ContentMap entries,
+                 const Sorvik::ProviderWrapper* wrapper);
+  sorvik_listing(const sorvik_listing&) = delete;
+  sorvik_listing& operator=(const sorvik_listing&) = delete;
+
+  std::string path;
+  std::string provider;
+  Sorvik::ContentMap content;
+  std::map<std::string, std::string, std::less<>> labels;  // field name to label
+  std::vector<sorvik_entry> entries;
+
+ private:
+  sorvik_value ValueOf(const Sorvik::any_regular_t& value);
+
+  std::deque<std::vector<sorvik_value>> lists_;
+  std::deque<std::string> texts_;  // converted from UTF-16
+};
+
+struct sorvik_files {
+  explicit sorvik_files(std::vector<Sorvik::CardFile> cardFiles);
+  sorvik_files(const sorvik_files&) = delete;
+  sorvik_files& operator=(const sorvik_files&) = delete;
+
+  // Adds a file that entries require and that is missing. Before the first use of `files`.
+  void AddMissing(const Sorvik::Finding& finding);
+  // Sets `files` from what was added.
+  void Complete();
+
+  std::vector<sorvik_file> files;
+
+ private:
+  struct Row {
+    Sorvik::CardFile file;
+    bool present;
+    std::vector<sorvik_text> owners = {};
+  };
+  std::deque<Row> rows_;
+};
+
+struct sorvik_report {
+  sorvik_report(std::string card, std::string identification, Sorvik::CardFindings findings);
+  sorvik_report(const sorvik_report&) = delete;
+  sorvik_report& operator=(const sorvik_report&) = delete;
+
+  std::string path;
+  std::string provider;
+  Sorvik::CardFindings result;  // without its files
+  std::vector<sorvik_finding> findings;
+  sorvik_files files;
+
+ private:
+  std::deque<std::vector<sorvik_text>> entries_;
+};
+
+struct sorvik_picture {
+  // Converts a thumbnail of the library, which stays with the caller.
+  explicit sorvik_picture(Bitplate** plate);
+
+  int width;
+  int height;
+  std::vector<std::uint8_t> pixels;
+};

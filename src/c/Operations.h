@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// What the requests of the C interface do on their worker. Arguments have been checked.
+#pragma once
+
+#include <string>
+
+#include "SorvikProvider/frame/FieldModel.h"
+#include "c/Requests.h"
+
+namespace Sorvik::c {
+
+// Which fields a listing shall have.
+struct FieldChoice {
+  enum class Kind { kDefault, kAll, kNamed };
+  Kind kind = Kind::kDefault;
+  FieldNameSet names = {};
+};
+
+struct Place {
+  std::string path;
+  std::string provider;  // an identification or its last component
+};
+
+Outcome Open(TaskRequest& request, const Place& place, sorvik_open_mode mode);
+Outcome List(TaskRequest& request, const Place& place, const FieldChoice& fields);
+Outcome ReadEntry(TaskRequest& request, const Place& place, const std::string& key,
+                  const FieldChoice& fields);
+// Without a key the files of all entries and of the card.
+Outcome ListFiles(TaskRequest& request, const Place& place, const std::string& key);
+Outcome Check(TaskRequest& request, const Place& place, CheckDepth depth);
+Outcome FindOwner(TaskRequest& request, const std::string& path);
+Outcome RenderPicture(TaskRequest& request, const Place& place, const std::string& key, int width,
+                      int height);
+Outcome Scan(TaskRequest& request, const std::string& path, unsigned flags,
+             const FieldChoice& fields);
+
+}  // namespace Sorvik::c

@@ -1,0 +1,470 @@
+// SPDX-License-Identifier: MIT
+// The C interface: the same answers as the C++ interface, requests, and wrong use.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "SorvikProvider/c/sorvik.h"
+#include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/cardtools/CardFinder.h"
+#include "SorvikProvider/foundation/UTF16String.h"
+#include "SorvikProvider/frame/ProviderHost.h"
+#include "SorvikProvider/metadata/RelatedFiles.h"
+#include "support/AllCards.h"
+#include "support/Cards.h"
+#include "support/FakeProvider.h"
+#include "support/ModernCards.h"
+#include "support/TempTree.h"
+
+extern "C" int CountEntriesFromC(const char* path, const char* provider);
+
+namespace {
+
+using namespace Sorvik;
+using namespace sorvik_test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+template <class T>
+using Owned = std::unique_ptr<T, void (*)(T*)>;
+
+std::string Text(sorvik_text text) { return std::string(text.data, text.size); }
+
+any_regular_t ValueOf(const sorvik_value& value) {
+  if (value.kind == SORVIK_VALUE_TEXT) return any_regular_t(Text(value.text));
+  if (value.kind == SORVIK_VALUE_SIZE) return any_regular_t(Provider::ByteSize_t(value.bytes));
+  if (value.kind == SORVIK_VALUE_NONE) return any_regular_t();
+  std::vector<any_regular_t> items;
+  for (std::size_t i = 0; i < value.count; ++i) items.push_back(ValueOf(value.items[i]));
+  return any_regular_t(items);
+}
+
+ContentMap ContentOf(const sorvik_listing* listing) {
+  ContentMap content;
+  for (std::size_t i = 0; i < sorvik_listing_size(listing); ++i) {
+    const sorvik_entry* entry = sorvik_listing_at(listing, i);
+    FieldValueMap& fields = content[Text(sorvik_entry_key(entry))];
+    for (std::size_t f = 0; f < sorvik_entry_field_count(entry); ++f) {
+      const sorvik_field* field = sorvik_entry_field_at(entry, f);
+      fields.emplace(Text(field->name), ValueOf(field->value));
+    }
+  }
+  return content;
+}
+
+class CInterface : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(sorvik_initialize(), SORVIK_OK); }
+  void TearDown() override { sorvik_shutdown(); }
+
+  Owned<sorvik_listing> List(const std::string& path, const std::string& provider,
+                             const sorvik_fields* fields = nullptr) {
+    sorvik_listing* listing = nullptr;
+    EXPECT_EQ(sorvik_list(path.c_str(), provider.c_str(), fields, &listing), SORVIK_OK)
+        << path << ": " << sorvik_error_text();
+    return {listing, sorvik_listing_free};
+  }
+
+  std::vector<MadeCard> MakeCards() const {
+    std::vector<MadeCard> cards = MakeAllCards(tree_);
+    MakeXAVCCard(tree_, "M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}, {.name = "C0002"}});
+    cards.push_back({tree_.Path("M4ROOT"), "com.halvane.Merisk.ProviderSonyXAVC"});
+    MakeCanonFlatCard(tree_, "flat", {"A001C001_1.CRM", "A001C002_1.CRM"});
+    cards.push_back({tree_.Path("flat"), "com.halvane.Merisk.ProviderCanonXFAVC"});
+    tree_.File("folder/a.txt", "12345");
+    tree_.Folder("folder/b");
+    cards.push_back({tree_.Path("folder"), "com.halvane.Merisk.WinProviderDirectory"});
+    return cards;
+  }
+
+  // Registers a provider that claims the path "/fake".
+  std::shared_ptr<FakeAnswers> RegisterFake() {
+    auto answers = std::make_shared<FakeAnswers>();
+    answers->score = [](const std::string& path) { return path == "/fake" ? 200 : 0; };
+    ProviderHost::RegisterProvider(
+        std::make_unique<AsyncProviderWrapper>(new FakeProvider(answers)));
+    return answers;
+  }
+
+  const TempTree tree_;
+};
+
+TEST_F(CInterface, GivesTheAnswersOfTheCppInterface) {
+  for (const MadeCard& made : MakeCards()) {
+    SCOPED_TRACE(made.root);
+    const ProviderWrapper* best = ProviderHost::GetProviderList(made.root).front();
+    ASSERT_EQ(best->GetIdentification(), made.providerId);
+    sorvik_card* opened = nullptr;
+    ASSERT_EQ(sorvik_open(made.root.c_str(), nullptr, SORVIK_OPEN_NEARBY, &opened), SORVIK_OK);
+    const Owned<sorvik_card> card(opened, sorvik_card_free);
+    EXPECT_EQ(Text(sorvik_card_path(opened)), made.root);
+    EXPECT_EQ(Text(sorvik_card_provider(opened)), made.providerId);
+    EXPECT_EQ(Text(sorvik_card_name(opened)), best->GetUIString());
+    EXPECT_EQ(sorvik_card_score(opened), best->CanProvideFor(made.root));
+
+    const FieldNameSet all = best->GetFieldList();
+    const ContentMap content = best->GetContent(made.root, all, nullptr);
+    const sorvik_fields wanted{nullptr, SORVIK_ALL_FIELDS};
+    const auto listing = List(made.root, made.providerId, &wanted);
+    EXPECT_EQ(ContentOf(listing.get()), content);
+    EXPECT_EQ(CountEntriesFromC(made.root.c_str(), made.providerId.c_str()),
+              static_cast<int>(content.size()));
+    const FieldNameList usual = best->GetDefaultFieldList();
+    EXPECT_EQ(ContentOf(List(made.root, made.providerId).get()),
+              best->GetContent(made.root, FieldNameSet(usual.begin(), usual.end()), nullptr));
+
+    const std::string key = content.begin()->first;
+    sorvik_listing* entry = nullptr;
+    ASSERT_EQ(
+        sorvik_read_entry(made.root.c_str(), made.providerId.c_str(), key.c_str(), &wanted, &entry),
+        SORVIK_OK);
+    EXPECT_EQ(ContentOf(entry), best->GetContent(made.root, key, all));
+    EXPECT_EQ(Text(sorvik_entry_key(sorvik_listing_find(entry, key.c_str()))), key);
+    sorvik_listing_free(entry);
+  }
+}
+
+TEST_F(CInterface, ReportsAndFilesAreThoseOfCheckCard) {
+  for (const MadeCard& made : MakeCards()) {
+    SCOPED_TRACE(made.root);
+    sorvik_report* checked = nullptr;
+    const sorvik_status status =
+        sorvik_check(made.root.c_str(), made.providerId.c_str(), SORVIK_DEPTH_STRUCTURE, &checked);
+    if (!CanCheckCard(made.root, made.providerId)) {
+      EXPECT_EQ(status, SORVIK_NO_PROVIDER);
+      continue;
+    }
+    ASSERT_EQ(status, SORVIK_OK) << sorvik_error_text();
+    const Owned<sorvik_report> report(checked, sorvik_report_free);
+    const CardFindings expected = CheckCard(made.root, made.providerId);
+    EXPECT_EQ(sorvik_report_complete(checked), expected.complete);
+    EXPECT_EQ(sorvik_report_clips(checked), expected.clips);
+    EXPECT_EQ(sorvik_report_bytes(checked), expected.bytes);
+    ASSERT_EQ(sorvik_report_finding_count(checked), expected.findings.size());
+    for (std::size_t i = 0; i < expected.findings.size(); ++i) {
+      const sorvik_finding* finding = sorvik_report_finding_at(checked, i);
+      EXPECT_EQ(Text(finding->kind), NameOf(expected.findings[i].kind));
+      EXPECT_EQ(Text(finding->path), expected.findings[i].path);
+      EXPECT_EQ(finding->entry_count, expected.findings[i].entryKeys.size());
+    }
+    const sorvik_files* files = sorvik_report_files(checked);
+    ASSERT_EQ(sorvik_files_count(files), expected.files.size());
+    for (std::size_t i = 0; i < expected.files.size(); ++i) {
+      const sorvik_file* file = sorvik_files_at(files, i);
+      EXPECT_EQ(Text(file->path), expected.files[i].path);
+      EXPECT_EQ(Text(file->role), NameOf(expected.files[i].role));
+      EXPECT_EQ(file->owner_count, expected.files[i].owners.size());
+      EXPECT_EQ(file->bytes, expected.files[i].bytes);
+    }
+  }
+}
+
+TEST_F(CInterface, FilesOfAnEntryIncludeMissingOnes) {
+  MakeP2Card(tree_, "p2");
+  AddP2Clip(tree_, "p2", {.id = "0001AA"});
+  AddP2Clip(tree_, "p2", {.id = "0002BB"});
+  ASSERT_EQ(remove(tree_.Path("p2/CONTENTS/VIDEO/0001AA.MXF").c_str()), 0);
+  sorvik_files* files = nullptr;
+  ASSERT_EQ(sorvik_list_files(tree_.Path("p2").c_str(), "ProviderP2", "0001AA", &files), SORVIK_OK)
+      << sorvik_error_text();
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < sorvik_files_count(files); ++i) {
+    const sorvik_file* file = sorvik_files_at(files, i);
+    texts.push_back(Text(file->path).substr(tree_.Path("p2/CONTENTS/").size()) + " " +
+                    Text(file->part) + (file->present ? "" : " missing"));
+  }
+  sorvik_files_free(files);
+  EXPECT_THAT(texts, ElementsAre("CLIP/0001AA.XML clip record", "ICON/0001AA.BMP thumbnail",
+                                 "AUDIO/0001AA00.MXF sound channel missing",
+                                 "AUDIO/0001AA01.MXF sound channel missing",
+                                 "VIDEO/0001AA.MXF essence missing"));
+}
+
+TEST_F(CInterface, OwnerIsThatOfGetRelatedFiles) {
+  MakeAllCards(tree_);
+  for (const char* name : {"p2/CONTENTS/VIDEO/0002AA.MXF", "avchd/BDMV/STREAM/00001.MTS"}) {
+    const std::string file = tree_.Path(name);
+    UTF16String key;
+    UTF16String folder;
+    UTF16String provider;
+    const FieldValueMap fields = GetRelatedFiles(Hestra::MakeString(file), key, folder, provider);
+    sorvik_listing* owner = nullptr;
+    ASSERT_EQ(sorvik_find_owner(file.c_str(), &owner), SORVIK_OK) << sorvik_error_text();
+    EXPECT_EQ(ContentOf(owner), (ContentMap{{Hestra::MakeStdString(key), fields}}));
+    EXPECT_EQ(Text(sorvik_listing_path(owner)), Hestra::MakeStdString(folder));
+    EXPECT_EQ(Text(sorvik_listing_provider(owner)), Hestra::MakeStdString(provider));
+    sorvik_listing_free(owner);
+  }
+  sorvik_listing* none = nullptr;
+  EXPECT_EQ(sorvik_find_owner(tree_.Path("gone.MXF").c_str(), &none), SORVIK_MISSING);
+}
+
+TEST_F(CInterface, PicturesAreTopDownRgbaWithStraightColours) {
+  RegisterFake()->thumbnail = [](ProviderRequest*) {
+    Bitplate** plate = bitplateNew({0, 0, 1, 2});
+    bitplateSetRowOrder(plate, BitplateRowOrder::kBottomUp);
+    unsigned char* pixels = bitplateGetPixels(plate);
+    const unsigned char bottom[] = {10, 20, 40, 128};
+    const unsigned char top[] = {1, 2, 3, 255};
+    std::copy(std::begin(bottom), std::end(bottom), pixels);
+    std::copy(std::begin(top), std::end(top), pixels + bitplateGetRowbytes(plate));
+    return plate;
+  };
+  sorvik_picture* picture = nullptr;
+  ASSERT_EQ(sorvik_render_thumbnail("/fake", "test.Fake", "key", 1, 2, &picture), SORVIK_OK);
+  ASSERT_EQ(sorvik_picture_width(picture), 1);
+  ASSERT_EQ(sorvik_picture_height(picture), 2);
+  const uint8_t* pixels = sorvik_picture_pixels(picture);
+  EXPECT_THAT(std::vector<int>(pixels, pixels + 8), ElementsAre(3, 2, 1, 255, 80, 40, 20, 128));
+  sorvik_picture_free(picture);
+}
+
+struct ScanResult {
+  std::vector<std::string> cards;
+  std::size_t entries = 0;
+  std::size_t problems = 0;
+  sorvik_status status = SORVIK_OK;
+  bool ended = false;
+};
+
+void Receive(sorvik_request*, sorvik_event* event, void* context) {
+  auto& result = *static_cast<ScanResult*>(context);
+  if (sorvik_card* card = sorvik_event_take_card(event)) {
+    result.cards.push_back(Text(sorvik_card_path(card)));
+    EXPECT_EQ(sorvik_event_take_card(event), nullptr);
+    sorvik_card_free(card);
+  } else if (sorvik_listing* listing = sorvik_event_take_listing(event)) {
+    result.entries += sorvik_listing_size(listing);
+    sorvik_listing_free(listing);
+  } else if (sorvik_event_get_kind(event) == SORVIK_EVENT_PROBLEM) {
+    ++result.problems;
+  } else {
+    EXPECT_EQ(sorvik_event_get_kind(event), SORVIK_EVENT_END);
+    result.status = sorvik_event_status(event);
+    result.ended = true;
+  }
+}
+
+class CQueue : public CInterface {
+ protected:
+  void SetUp() override {
+    CInterface::SetUp();
+    sorvik_queue* queue = nullptr;
+    ASSERT_EQ(sorvik_queue_create(&queue), SORVIK_OK);
+    queue_.reset(queue);
+  }
+  void TearDown() override {
+    queue_.reset();
+    CInterface::TearDown();
+  }
+
+  // Dispatches when the descriptor is readable, until `done` or ten seconds have passed.
+  void DispatchUntil(const std::function<bool()>& done) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    pollfd waiting{sorvik_queue_descriptor(queue_.get()), POLLIN, 0};
+    while (!done() && std::chrono::steady_clock::now() < end) {
+      if (poll(&waiting, 1, 100) > 0) sorvik_queue_dispatch(queue_.get(), 1);
+    }
+  }
+
+  Owned<sorvik_queue> queue_{nullptr, sorvik_queue_free};
+};
+
+TEST_F(CQueue, ScanDeliversCardsAndEntries) {
+  std::vector<std::string> expected;
+  std::size_t entries = 0;
+  for (const FoundCard& card :
+       (MakeAllCards(tree_), FindCards(tree_.Root(), SearchDirection::kDeep))) {
+    expected.push_back(card.path);
+    entries += sorvik_listing_size(List(card.path, card.identification).get());
+  }
+  ScanResult result;
+  const sorvik_receiver receiver{queue_.get(), Receive, &result};
+  sorvik_request* request = nullptr;
+  ASSERT_EQ(
+      sorvik_start_scan(tree_.Root().c_str(), SORVIK_SCAN_ENTRIES, nullptr, &receiver, &request),
+      SORVIK_OK);
+  DispatchUntil([&] { return result.ended; });
+  sorvik_request_free(request);
+  EXPECT_EQ(result.cards, expected);
+  EXPECT_EQ(result.entries, entries);
+  EXPECT_EQ(result.status, SORVIK_OK);
+
+  result = {};
+  tree_.Folder("empty");
+  ASSERT_EQ(sorvik_start_scan(tree_.Path("empty").c_str(), 0, nullptr, &receiver, &request),
+            SORVIK_OK);
+  DispatchUntil([&] { return result.ended; });
+  sorvik_request_free(request);
+  EXPECT_EQ(result.status, SORVIK_NO_PROVIDER);
+}
+
+TEST_F(CQueue, FreedRequestsCallNoCallback) {
+  const auto answers = RegisterFake();
+  Turnstile turnstile;
+  answers->listing = [&](ProviderRequest*) {
+    turnstile.ArriveAndWait();
+    return ContentMap{{"key", {}}};
+  };
+  ScanResult result;
+  const sorvik_receiver receiver{queue_.get(), Receive, &result};
+  sorvik_request* request = nullptr;
+  ASSERT_EQ(sorvik_start_list("/fake", "test.Fake", nullptr, &receiver, &request), SORVIK_OK);
+  turnstile.WaitForArrival();
+  sorvik_request_free(request);
+  turnstile.Open();
+
+  // A callback frees its own request, with events still queued.
+  sorvik_callback freeing = [](sorvik_request* own, sorvik_event* event, void* context) {
+    sorvik_request_free(own);
+    EXPECT_NE(sorvik_event_get_kind(event), SORVIK_EVENT_END);
+    ++*static_cast<int*>(context);
+  };
+  int calls = 0;
+  const sorvik_receiver counter{queue_.get(), freeing, &calls};
+  ASSERT_EQ(sorvik_start_list("/fake", "test.Fake", nullptr, &counter, &request), SORVIK_OK);
+  DispatchUntil([&] { return calls > 0; });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  sorvik_queue_dispatch(queue_.get(), 100);
+  EXPECT_EQ(calls, 1);
+  EXPECT_FALSE(result.ended);
+}
+
+TEST_F(CInterface, AbortedRequestEndsWhileItsWorkerIsStuck) {
+  const auto answers = RegisterFake();
+  Turnstile turnstile;
+  answers->listing = [&](ProviderRequest*) {
+    turnstile.ArriveAndWait();
+    return ContentMap{{"key", {}}};
+  };
+  sorvik_request* request = nullptr;
+  ASSERT_EQ(sorvik_start_list("/fake", "test.Fake", nullptr, nullptr, &request), SORVIK_OK);
+  turnstile.WaitForArrival();
+  sorvik_event* event = nullptr;
+  EXPECT_EQ(sorvik_request_next(request, 10, &event), SORVIK_TIMED_OUT);
+  EXPECT_EQ(event, nullptr);
+  sorvik_request_abort(request);
+  ASSERT_EQ(sorvik_request_next(request, 5000, &event), SORVIK_OK);
+  EXPECT_EQ(sorvik_event_get_kind(event), SORVIK_EVENT_END);
+  EXPECT_EQ(sorvik_event_status(event), SORVIK_ABORTED);
+  sorvik_event_free(event);
+  EXPECT_EQ(sorvik_request_next(request, 0, &event), SORVIK_INVALID_ARGUMENT);
+  EXPECT_EQ(sorvik_stalled_workers(), 1U);
+  turnstile.Open();
+  sorvik_request_free(request);
+}
+
+TEST_F(CInterface, ShutdownAbortsRunningRequests) {
+  const auto answers = RegisterFake();
+  std::atomic<bool> begun{false};
+  answers->listing = [&](ProviderRequest* request) {
+    begun = true;
+    begun.notify_one();
+    while (!request->TestAborted()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return ContentMap();
+  };
+  sorvik_request* request = nullptr;
+  ASSERT_EQ(sorvik_start_list("/fake", "test.Fake", nullptr, nullptr, &request), SORVIK_OK);
+  begun.wait(false);
+  sorvik_shutdown();
+  sorvik_event* event = nullptr;
+  ASSERT_EQ(sorvik_request_next(request, 5000, &event), SORVIK_OK);
+  EXPECT_EQ(sorvik_event_status(event), SORVIK_ABORTED);
+  sorvik_event_free(event);
+  sorvik_request_free(request);
+  sorvik_card* card = nullptr;
+  EXPECT_EQ(sorvik_open("/", nullptr, SORVIK_OPEN_EXACT, &card), SORVIK_NOT_INITIALIZED);
+  ASSERT_EQ(sorvik_initialize(), SORVIK_OK);
+}
+
+TEST_F(CInterface, FailuresHaveAStatusTextAndPath) {
+  const std::string root = tree_.Root();
+  tree_.File("file.txt");
+  const auto open = [](const std::string& path, const char* provider = nullptr) {
+    sorvik_card* card = nullptr;
+    const sorvik_status status = sorvik_open(path.c_str(), provider, SORVIK_OPEN_EXACT, &card);
+    EXPECT_EQ(card != nullptr, status == SORVIK_OK);
+    sorvik_card_free(card);
+    return status;
+  };
+  struct Case {
+    sorvik_status got;
+    sorvik_status expected;
+    const char* text;
+  };
+  EXPECT_EQ(open(root + "/./x/.."), SORVIK_OK);
+  const auto check = [](Case c) {
+    EXPECT_EQ(c.got, c.expected) << c.text;
+    EXPECT_THAT(sorvik_error_text(), HasSubstr(c.text));
+  };
+  check({open("relative"), SORVIK_INVALID_ARGUMENT, "path must be absolute"});
+  check({open(""), SORVIK_INVALID_ARGUMENT, "path must not be empty"});
+  check({open("/" + std::string(5000, 'x')), SORVIK_INVALID_ARGUMENT, "path is too long"});
+  check({open(root + "/gone"), SORVIK_MISSING, "No such file or directory"});
+  EXPECT_EQ(sorvik_error_path(), root + "/gone");
+  check({open(root + "/file.txt"), SORVIK_NO_PROVIDER, "no provider for this path"});
+  check({open(root, "ProviderP2"), SORVIK_NO_PROVIDER, "not supported by this provider"});
+  check({open(root, "Nonsense"), SORVIK_INVALID_ARGUMENT, "unknown provider 'Nonsense'"});
+  check({sorvik_open(nullptr, nullptr, SORVIK_OPEN_EXACT, nullptr), SORVIK_INVALID_ARGUMENT,
+         "output must not be NULL"});
+  sorvik_listing* listing = nullptr;
+  check({sorvik_list(root.c_str(), nullptr, nullptr, &listing), SORVIK_INVALID_ARGUMENT,
+         "provider must not be empty"});
+  check({sorvik_list((root + "/gone").c_str(), "WinProviderDirectory", nullptr, &listing),
+         SORVIK_MISSING, "No such file"});
+  check({sorvik_read_entry(root.c_str(), "WinProviderDirectory", "nothing", nullptr, &listing),
+         SORVIK_NO_ENTRY, "no entry 'nothing'"});
+  sorvik_picture* picture = nullptr;
+  check({sorvik_render_thumbnail(root.c_str(), "WinProviderDirectory", "k", 0, 5, &picture),
+         SORVIK_INVALID_ARGUMENT, "width and height must be 1 to 16384"});
+  check({sorvik_render_thumbnail(root.c_str(), "ProviderP2", "k", 5, 5, &picture),
+         SORVIK_NO_PICTURE, "no picture of 'k'"});
+  check({sorvik_start_list(root.c_str(), "ProviderP2", nullptr, nullptr, nullptr),
+         SORVIK_INVALID_ARGUMENT, "request must not be NULL"});
+  RegisterFake()->listing = [](ProviderRequest*) -> ContentMap {
+    throw std::runtime_error("broken card");
+  };
+  check({sorvik_list("/fake", "test.Fake", nullptr, &listing), SORVIK_FAILED, "broken card"});
+}
+
+TEST_F(CInterface, ThreadsShareTheLibrary) {
+  MakeAllCards(tree_);
+  std::atomic<int> failures{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < 25; ++i) {
+        const std::string path = tree_.Path((t + i) % 2 == 0 ? "p2" : "gone" + std::to_string(t));
+        sorvik_card* card = nullptr;
+        sorvik_initialize();
+        const bool opened =
+            sorvik_open(path.c_str(), nullptr, SORVIK_OPEN_NEARBY, &card) == SORVIK_OK;
+        if (opened != ((t + i) % 2 == 0)) ++failures;
+        if (!opened && sorvik_error_path() != path) ++failures;
+        sorvik_card_free(card);
+        sorvik_shutdown();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(failures, 0);
+}
+
+TEST_F(CInterface, LabelsAreThoseOfTheProvider) {
+  MakeP2Card(tree_, "p2");
+  AddP2Clip(tree_, "p2", {.id = "0001AA"});
+  ASSERT_EQ(sorvik_set_language("de-DE"), SORVIK_OK);
+  const auto listing = List(tree_.Path("p2"), "ProviderP2");
+  EXPECT_EQ(Text(sorvik_listing_label(listing.get(), "duration")), "Dauer");
+  EXPECT_EQ(Text(sorvik_listing_label(listing.get(), "unknown")), "unknown");
+  sorvik_set_language("");
+}
+
+}  // namespace
