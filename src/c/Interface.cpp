@@ -59,11 +59,9 @@ Outcome TakeKey(const char* argument, std::string& key) {
 
 Outcome TakeFields(const sorvik_fields* fields, FieldChoice& choice) {
   if (fields == nullptr) return {};
-  if (fields->count == SORVIK_ALL_FIELDS) {
-    choice.kind = FieldChoice::Kind::kAll;
-    return {};
-  }
-  choice.kind = FieldChoice::Kind::kNamed;
+  choice.all = fields->count == SORVIK_ALL_FIELDS;
+  choice.defaults = fields->with_defaults;
+  if (choice.all) return {};
   for (std::size_t i = 0; i < fields->count; ++i) {
     if (fields->names == nullptr || fields->names[i] == nullptr) {
       return Invalid("names of fields must not be NULL");

@@ -63,10 +63,11 @@ std::unique_ptr<sorvik_card> MakeCard(const std::string& path, const ProviderWra
 }
 
 FieldNameSet FieldsOf(const ProviderWrapper& provider, const FieldChoice& choice) {
-  if (choice.kind == FieldChoice::Kind::kNamed) return choice.names;
-  const FieldNameList usual = provider.GetDefaultFieldList();
-  FieldNameSet fields(usual.begin(), usual.end());
-  if (choice.kind == FieldChoice::Kind::kAll) fields.merge(provider.GetFieldList());
+  FieldNameSet fields = choice.names;
+  if (choice.defaults || choice.all) {
+    for (const std::string& name : provider.GetDefaultFieldList()) fields.insert(name);
+  }
+  if (choice.all) fields.merge(provider.GetFieldList());
   return fields;
 }
 

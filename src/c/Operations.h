@@ -11,8 +11,8 @@ namespace Sorvik::c {
 
 // Which fields a listing shall have.
 struct FieldChoice {
-  enum class Kind { kDefault, kAll, kNamed };
-  Kind kind = Kind::kDefault;
+  bool defaults = true;  // those of the provider
+  bool all = false;      // all that the provider knows
   FieldNameSet names = {};
 };
 

@@ -158,7 +158,8 @@ SORVIK_C_EXPORT void sorvik_listing_free(sorvik_listing* listing);
 /* The fields that a listing shall have. Names that the provider doesn't know are ignored. */
 typedef struct sorvik_fields {
   const char* const* names;
-  size_t count; /* with SORVIK_ALL_FIELDS, `names` isn't used */
+  size_t count;       /* with SORVIK_ALL_FIELDS, `names` isn't used */
+  bool with_defaults; /* the default fields of the provider, too */
 } sorvik_fields;
 
 #define SORVIK_ALL_FIELDS SIZE_MAX
