@@ -1,43 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Json.h"
 
-#include <array>
-#include <cstdio>
-
 #include "Failure.h"
+#include "SorvikProvider/foundation/JsonText.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/Provider.h"
 
 namespace host {
-namespace {
-
-bool IsHigh(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
-bool IsLow(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
-
-std::string Escape(char16_t unit) {
-  switch (unit) {
-    case u'"':
-      return "\\\"";
-    case u'\\':
-      return "\\\\";
-    case u'\n':
-      return "\\n";
-    case u'\t':
-      return "\\t";
-    default:
-      break;
-  }
-  std::array<char, 8> text{};
-  std::snprintf(text.data(), text.size(), "\\u%04x", static_cast<unsigned>(unit));
-  return text.data();
-}
-
-bool NeedsEscape(char16_t unit) {
-  return unit < 0x20 || unit == u'"' || unit == u'\\' || (unit >= 0x7F && unit < 0xA0) ||
-         IsHigh(unit) || IsLow(unit);
-}
-
-}  // namespace
 
 void JsonWriter::Key(std::string_view key) {
   BeforeValue();
@@ -145,22 +114,9 @@ void JsonWriter::NewLine() {
 }
 
 void JsonWriter::Quoted(std::u16string_view text) {
-  std::string quoted = "\"";
-  while (!text.empty()) {
-    const bool pair = text.size() > 1 && IsHigh(text[0]) && IsLow(text[1]);
-    std::size_t length = pair ? 2 : 0;
-    if (!pair) {
-      while (length < text.size() && !NeedsEscape(text[length])) ++length;
-    }
-    if (length == 0) {
-      quoted += Escape(text[0]);
-      length = 1;
-    } else {
-      quoted += Hestra::MakeStdString(text.substr(0, length));
-    }
-    text.remove_prefix(length);
-  }
-  output_.Write(quoted + "\"");
+  std::string quoted;
+  Hestra::AppendJsonString(quoted, text);
+  output_.Write(quoted);
 }
 
 void WriteErrorJson(Output& output, const Failure& failure) {

@@ -55,3 +55,15 @@ FieldValueMap MakeValue(const XMPFieldBits& fields, const std::string& xmpPacket
 }
 
 }  // namespace Sorvik::XMPSupport
+
+namespace Sorvik {
+
+MachineFields ReadMachineValues(const std::string& path, const XMPSupport::XMPFieldBits& fields) {
+  const foundation::CallScope scope;
+  const platform::ShareScope shares(path);
+  xmp::SXMPMeta meta;
+  if (!XMPSupport::ReadMetadata(path, fields, meta)) return {};
+  return XMPSupport::ConvertToMachineValues(meta, fields);
+}
+
+}  // namespace Sorvik

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "metadata/FieldRules.h"
+#include "metadata/MachineRecord.h"
+#include "metadata/MachineRules.h"
 #include "xmp/Namespaces.h"
 
 namespace Sorvik::XMPSupport {
@@ -145,6 +147,52 @@ constexpr std::array<FieldRule, kFieldCount> MakeRules() {
 
 constexpr std::array<FieldRule, kFieldCount> kRules = MakeRules();
 
+using MachineRuleTable = std::array<const MachineRule*, kFieldCount>;
+
+// Rows without an entry here are texts.
+constexpr MachineRuleTable MakeMachineRules() {
+  using namespace MachineRules;  // NOLINT(google-build-using-namespace): the column of rules
+  MachineRuleTable rules{};
+  for (const MachineRule*& rule : rules) rule = &kText;
+  rules[RowOf("Name")] = &kAlternativeText;
+  rules[RowOf("creator")] = &kFirstItem;
+  rules[RowOf("description")] = &kAlternativeText;
+  rules[RowOf("relation")] = &kList;
+  rules[RowOf("CreateDate")] = &kTime;
+  rules[RowOf("MetadataDate")] = &kTime;
+  rules[RowOf("ModifyDate")] = &kTime;
+  rules[RowOf("Rating")] = &kReal;
+  rules[RowOf("projectRef")] = &kProject;
+  rules[RowOf("videoFrameRate")] = &kFrameRate;
+  rules[RowOf("videoFrameSize")] = &kFrameSize;
+  rules[RowOf("videoPixelAspectRatio")] = &kFraction;
+  rules[RowOf("videoAlphaUnityIsTransparent")] = &kBoolean;
+  rules[RowOf("audioSampleRate")] = &kInteger;
+  rules[RowOf("fileDataRate")] = &kDataRate;
+  rules[RowOf("startTimecode")] = &kTimecode;
+  rules[RowOf("duration")] = &kDuration;
+  rules[RowOf("scale")] = &kScale;
+  rules[RowOf("good")] = &kBoolean;
+  rules[RowOf("takeNumber")] = &kInteger;
+  rules[RowOf("shotDate")] = &kTime;
+  rules[RowOf("videoModDate")] = &kTime;
+  rules[RowOf("audioModDate")] = &kTime;
+  rules[RowOf("metadataModDate")] = &kTime;
+  rules[RowOf("trackNumber")] = &kInteger;
+  rules[RowOf("releaseDate")] = &kTime;
+  rules[RowOf("tempo")] = &kReal;
+  rules[RowOf("loop")] = &kBoolean;
+  rules[RowOf("numberOfBeats")] = &kReal;
+  rules[RowOf("frameCount")] = &kFrameCount;
+  rules[RowOf("GPSAltitude")] = &kFraction;
+  rules[RowOf("GPSAltitudeRef")] = &kInteger;
+  rules[RowOf("GPSLatitude")] = &kCoordinate;
+  rules[RowOf("GPSLongitude")] = &kCoordinate;
+  return rules;
+}
+
+constexpr MachineRuleTable kMachineRules = MakeMachineRules();
+
 }  // namespace
 
 XMPFieldBits ParseFields(const FieldNameSet& fields) {
@@ -157,14 +205,39 @@ XMPFieldBits ParseFields(const FieldNameSet& fields) {
 
 FieldValueMap ConvertFields(const SXMPMeta& meta, const XMPFieldBits& fields) {
   FieldValueMap values;
+  MachineRecord record;
+  const bool isRecording = MachineValueScope::IsActive();
   for (std::size_t row = 0; row < kFieldCount; ++row) {
     if (!fields.test(row)) continue;
     const XMPCrossReference& reference = kXMPCrossReference[row];
     if (auto text = kRules[row].convert(meta, reference)) {
+      if (isRecording) {
+        record.Add(reference.propertyName, *text,
+                   kMachineRules[row]->fromProperty(meta, reference));
+      }
       values[reference.propertyName] = any_regular_t(std::move(*text));
     }
   }
+  MachineRecord::AddTo(values, std::move(record));
   return values;
+}
+
+MachineFields ConvertToMachineValues(const SXMPMeta& meta, const XMPFieldBits& fields) {
+  MachineFields values;
+  for (std::size_t row = 0; row < kFieldCount; ++row) {
+    const XMPCrossReference& reference = kXMPCrossReference[row];
+    if (!fields.test(row) || kRules[row].convert == FieldRules::SetByProviders) continue;
+    MachineValue value = kMachineRules[row]->fromProperty(meta, reference);
+    if (value.index() != 0) values.emplace(reference.propertyName, std::move(value));
+  }
+  return values;
+}
+
+MachineValue MachineValueOfText(std::string_view field, const std::string& text) {
+  for (std::size_t row = 0; row < kFieldCount; ++row) {
+    if (field == kXMPCrossReference[row].propertyName) return kMachineRules[row]->fromText(text);
+  }
+  return text;
 }
 
 WantedProperties PropertiesOf(const XMPFieldBits& fields) {
