@@ -44,17 +44,25 @@ bool IsBoxType(std::string_view type) {
          });
 }
 
-// The largest chunk offset in the sample tables of a movie, among media in the same file.
-class ChunkSearch {
+// Finds the end of the last sample in the sample tables of a movie, among media in the same file.
+class SampleSearch {
  public:
-  explicit ChunkSearch(ByteReader movie) : movie_(movie) {}
+  explicit SampleSearch(ByteReader movie) : movie_(movie) {}
 
-  std::uint64_t LastChunk() {
+  std::uint64_t EndOfSamples() {
     Visit(0, movie_.Size(), 0);
-    return last_;
+    return end_;
   }
 
  private:
+  // The tables of one track. Each has its number of entries at 4, the sizes at 8.
+  struct Track {
+    bool isExternal = false;
+    std::optional<Box> chunks;           // "stco" or "co64"
+    std::optional<Box> samplesPerChunk;  // "stsc"
+    std::optional<Box> sizes;            // "stsz"
+  };
+
   void Visit(std::uint64_t at, std::uint64_t end, int depth) {
     if (depth > kMaxDepth) return;
     while (at + 8 <= end) {
@@ -67,34 +75,66 @@ class ChunkSearch {
 
   void VisitBox(const Box& box, int depth) {
     static constexpr std::string_view kContainers[] = {"trak", "mdia", "minf", "stbl", "dinf"};
-    if (box.type == "trak") isExternal_ = false;
+    if (box.type == "trak") track_ = Track();
     if (std::ranges::find(kContainers, box.type) != std::end(kContainers)) {
       Visit(box.bodyAt, box.end, depth + 1);
     }
     // The first data reference: flag 1 means that the media is in this file.
     if (box.type == "dref") {
-      isExternal_ = (movie_.U32BE(box.bodyAt + 16).value_or(1) & 1U) == 0;
+      track_.isExternal = (movie_.U32BE(box.bodyAt + 16).value_or(1) & 1U) == 0;
     }
-    if (box.type == "stco" || box.type == "co64") AddChunks(box);
+    if (box.type == "stco" || box.type == "co64") track_.chunks = box;
+    if (box.type == "stsc") track_.samplesPerChunk = box;
+    if (box.type == "stsz") track_.sizes = box;
+    if (box.type == "trak" && track_.chunks && !track_.isExternal) AddTrack(*track_.chunks);
   }
 
-  void AddChunks(const Box& box) {
-    const std::uint64_t width = box.type == "stco" ? 4 : 8;
-    const std::uint64_t room = (box.end - box.bodyAt) / width;
-    const std::uint64_t count =
-        std::min<std::uint64_t>(movie_.U32BE(box.bodyAt + 4).value_or(0), room);
-    if (isExternal_) return;
+  std::uint64_t EntriesOf(const Box& box, std::uint64_t firstAt, std::uint64_t width) const {
+    const std::uint64_t first = box.bodyAt + firstAt;
+    const std::uint64_t room = box.end < first ? 0 : (box.end - first) / width;
+    return std::min<std::uint64_t>(movie_.U32BE(first - 4).value_or(0), room);
+  }
+
+  void AddTrack(const Box& chunks) {
+    const std::uint64_t width = chunks.type == "stco" ? 4 : 8;
+    const std::uint64_t count = EntriesOf(chunks, 8, width);
+    std::uint64_t offset = 0;
     for (std::uint64_t i = 0; i < count; ++i) {
-      const std::uint64_t at = box.bodyAt + 8 + i * width;
-      const auto offset =
-          width == 4 ? std::optional<std::uint64_t>(movie_.U32BE(at)) : movie_.U64BE(at);
-      last_ = std::max(last_, offset.value_or(0));
+      const std::uint64_t at = chunks.bodyAt + 8 + i * width;
+      offset = width == 4 ? movie_.U32BE(at).value_or(0) : movie_.U64BE(at).value_or(0);
+      end_ = std::max(end_, offset == UINT64_MAX ? offset : offset + 1);
     }
+    const std::uint64_t bytes = BytesOfLastChunk(count);
+    end_ = std::max(end_, bytes > UINT64_MAX - offset ? UINT64_MAX : offset + bytes);
+  }
+
+  // The sum of the sizes of the samples in the last of `count` chunks; 0 if it is unknown.
+  std::uint64_t BytesOfLastChunk(std::uint64_t count) const {
+    constexpr std::uint64_t kFirstSizeAt = 12;
+    if (count == 0 || !track_.samplesPerChunk || !track_.sizes) return 0;
+    const Box& runs = *track_.samplesPerChunk;
+    constexpr std::uint64_t kRunBytes = 12;  // first chunk, samples per chunk, description
+    const std::uint64_t runCount = EntriesOf(runs, 8, kRunBytes);
+    if (runCount == 0) return 0;
+    const std::uint64_t lastRun = runs.bodyAt + 8 + (runCount - 1) * kRunBytes;
+    if (movie_.U32BE(lastRun).value_or(0) > count) return 0;
+    const std::uint64_t samples = movie_.U32BE(lastRun + 4).value_or(0);
+    const Box& sizes = *track_.sizes;
+    const std::uint64_t equalSize = movie_.U32BE(sizes.bodyAt + 4).value_or(0);
+    // QuickTime counts compressed sound in units of 1, whatever their bytes.
+    if (equalSize == 1) return 0;
+    if (equalSize != 0) return samples * equalSize;
+    const std::uint64_t sizeCount = EntriesOf(sizes, kFirstSizeAt, 4);
+    std::uint64_t bytes = 0;
+    for (std::uint64_t i = sizeCount - std::min(samples, sizeCount); i < sizeCount; ++i) {
+      bytes += movie_.U32BE(sizes.bodyAt + kFirstSizeAt + 4 * i).value_or(0);
+    }
+    return bytes;
   }
 
   ByteReader movie_;
-  bool isExternal_ = false;
-  std::uint64_t last_ = 0;
+  Track track_;
+  std::uint64_t end_ = 0;
 };
 
 }  // namespace
@@ -122,8 +162,8 @@ MediaProbe ProbeIsoMedia(const RegularFile& file) {
   if (movie->end - movie->bodyAt > kMaxMovieBytes) return Passed();
   const auto bytes =
       ReadPart(file, movie->bodyAt, static_cast<std::size_t>(movie->end - movie->bodyAt));
-  const std::uint64_t last = ChunkSearch(ByteReader{bytes}).LastChunk();
-  if (last >= file.Size()) return TooShort(file, last + 1, "its sample tables");
+  const std::uint64_t end = SampleSearch(ByteReader{bytes}).EndOfSamples();
+  if (end > file.Size()) return TooShort(file, end, "its sample tables");
   return Passed();
 }
 
