@@ -3,7 +3,7 @@
 find_package(GTest REQUIRED)
 find_package(nlohmann_json REQUIRED)
 include(GoogleTest)
-set(SORVIK_THREAD_TESTS c foundation frame host robustness thumbnails)
+set(SORVIK_THREAD_TESTS c cardtools foundation frame host robustness thumbnails)
 
 file(GLOB SORVIK_TEST_SUPPORT CONFIGURE_DEPENDS tests/support/*.cpp)
 add_library(sorvik_test_support OBJECT ${SORVIK_TEST_SUPPORT})

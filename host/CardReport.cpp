@@ -138,7 +138,7 @@ void WriteReportText(Output& output, const CardReport& report, bool withFiles) {
   if (withFiles) {
     for (const CardFile& file : report.result.files) WriteFileLine(output, report, file);
   }
-  WriteSummary(output, report);
+  if (!report.isMedium) WriteSummary(output, report);
 }
 
 void WriteReportJson(JsonWriter& json, const CardReport& report, bool withFiles) {

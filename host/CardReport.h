@@ -16,9 +16,11 @@ struct CardReport {
   std::string against;   // the copy that the card was compared with; empty for none
   bool hashed = false;   // the contents were compared, too
   Sorvik::CardFindings result;
+  bool isMedium = false;  // only the files of the medium that are in none of its cards
 };
 
-// Findings first, one per line, then all files if `withFiles`, and a summary at the end.
+// Findings first, one per line, then all files if `withFiles`, and a summary at the end
+// unless it is about the medium.
 void WriteReportText(Output& output, const CardReport& report, bool withFiles);
 // {"path","provider","complete","depth","against","clips","bytes","findings"} and, if `withFiles`,
 // "files".

@@ -10,6 +10,7 @@
 #include "Output.h"
 #include "Session.h"
 #include "SorvikProvider/cardtools/CardFinder.h"
+#include "SorvikProvider/cardtools/MediumFiles.h"
 #include "SorvikProvider/frame/FieldModel.h"
 #include "SorvikProvider/frame/ProviderWrapper.h"
 
@@ -54,9 +55,14 @@ void RequireReadable(Context& context, const std::string& path);
 
 // Returns the cards at, around and next to `path`.
 std::vector<Sorvik::FoundCard> NearbyCards(Context& context, const std::string& path);
-// Returns `path` with its provider, or, if it is only a plain folder, the cards nearby; empty if
-// there are none. Throws Failure if no provider claims `path`.
+// Returns `path` with each provider that checks it, and the cards nearby that are below it; if it
+// is only a plain folder, all cards nearby. With --provider only that one. Empty if there are none.
+// Throws Failure if no provider claims `path`.
 std::vector<Sorvik::FoundCard> CardsFor(Context& context, const std::string& path);
+// Returns the files of the medium at `path` that are in none of `cards`.
+std::vector<Sorvik::CardFile> MediumFiles(Context& context, const std::string& path,
+                                          const std::vector<Sorvik::FoundCard>& cards,
+                                          Sorvik::MediumFileScope scope);
 const Sorvik::ProviderWrapper& ProviderOf(const Sorvik::FoundCard& card);
 
 // Returns the provider given by --provider, or the best one. Throws Failure if it doesn't claim

@@ -90,8 +90,52 @@ std::vector<Sorvik::FoundCard> CardsFor(Context& context, const std::string& pat
     });
   };
   std::vector<Sorvik::FoundCard> cards = checkable(candidates);
-  return cards.empty() && !isChosen ? checkable(NearbyCards(context, path)) : cards;
+  if (isChosen) return cards;
+  const bool isCard = !cards.empty();
+  for (Sorvik::FoundCard& card : checkable(NearbyCards(context, path))) {
+    const bool isBelow = RelativePath(card.path, path) != card.path;
+    if (!isCard || isBelow) cards.push_back(std::move(card));
+  }
+  return cards;
 }
+
+std::vector<CardFile> MediumFiles(Context& context, const std::string& path,
+                                  const std::vector<Sorvik::FoundCard>& cards,
+                                  Sorvik::MediumFileScope scope) {
+  const auto& stop = context.session.Stopped();
+  return context.session.OnWorker<std::vector<CardFile>>([&path, &cards, scope, &stop] {
+    return Sorvik::ListMediumFiles(path, cards, scope, [&stop] { return stop.load(); });
+  });
+}
+
+namespace {
+
+// A file below another card's root belongs to that card.
+void RemoveFilesOfInnerCards(std::vector<CardReport>& reports) {
+  for (CardReport& report : reports) {
+    std::erase_if(report.result.files, [&](const CardFile& file) {
+      return file.role == Sorvik::CardFileRole::kForeign &&
+             std::ranges::any_of(reports, [&](const CardReport& other) {
+               return RelativePath(other.path, report.path) != other.path &&
+                      RelativePath(file.path, other.path) != file.path;
+             });
+    });
+  }
+}
+
+CardReport MakeMediumReport(Context& context, const std::string& path,
+                            const std::vector<Sorvik::FoundCard>& cards) {
+  CardReport report{path, ChooseProvider(context, path).GetIdentification(), {}, false, {}};
+  report.isMedium = true;
+  report.result.complete = true;
+  report.result.files = MediumFiles(context, path, cards, Sorvik::MediumFileScope::kAll);
+  for (const CardFile& file : report.result.files) {
+    if (file.isPartOfCopy) report.result.bytes += file.bytes;
+  }
+  return report;
+}
+
+}  // namespace
 
 int RunCheck(Context& context) {
   const std::string path = ResolvePath(context.options.operands.front());
@@ -103,6 +147,11 @@ int RunCheck(Context& context) {
   std::vector<CardReport> reports;
   for (const Sorvik::FoundCard& card : cards) {
     reports.push_back(MakeReport(context, card.path, card.identification));
+  }
+  RemoveFilesOfInnerCards(reports);
+  if (context.options.files) {
+    CardReport medium = MakeMediumReport(context, path, cards);
+    if (!medium.result.files.empty()) reports.push_back(std::move(medium));
   }
   if (context.options.json) {
     JsonWriter json(context.output);

@@ -109,6 +109,10 @@ int RunFiles(Context& context) {
         context.session.Check(found.path, found.identification, Sorvik::CheckDepth::kNames);
     readable = AddCard(context, found.path, card, list) && readable;
   }
+  for (const CardFile& file :
+       MediumFiles(context, path, cards, Sorvik::MediumFileScope::kStructure)) {
+    list.Add(file.path);
+  }
   WriteFiles(context, path, list.Take());
   return readable ? kDone : kFailed;
 }

@@ -71,7 +71,8 @@ CardFindings CheckCard(const std::string& path, const std::string& identificatio
       others.emplace_back(*other, *second, path, CheckDepth::kNames, request);
     }
   }
-  const CardInventory inventory(path, request);
+  const CardInventory inventory(
+      path, [request](const std::string&) { return !ProviderRequest::TestAborted(request); });
   return CardEvaluation(inventory, contents, others, request).Run();
 }
 

@@ -29,9 +29,9 @@ bool IsDesktopName(std::string_view name) {
 
 }  // namespace
 
-CardInventory::CardInventory(const std::string& root, ProviderRequest* request)
+CardInventory::CardInventory(const std::string& root, const Filter& isListed)
     : root_(foundation::WithoutTrailingSlash(root)) {
-  AddFolder(root_, false, kMaxFolderDepth, request);
+  AddFolder(root_, false, kMaxFolderDepth, isListed);
   for (std::size_t i = 0; i < files_.size(); ++i) {
     byPath_.emplace(files_[i].path, i);
     byFoldedPath_.emplace(FoldCase(files_[i].path), i);
@@ -39,8 +39,8 @@ CardInventory::CardInventory(const std::string& root, ProviderRequest* request)
 }
 
 void CardInventory::AddFolder(const std::string& folder, bool hidden, std::size_t depth,
-                              ProviderRequest* request) {
-  if (ProviderRequest::TestAborted(request)) return;
+                              const Filter& isListed) {
+  if (!isListed(folder)) return;
   const auto items = platform::ListFolder(folder);
   if (!items) {
     if (!hidden) unreadableFolders_.push_back(folder);
@@ -53,7 +53,7 @@ void CardInventory::AddFolder(const std::string& folder, bool hidden, std::size_
       const auto status = platform::StatusOf(path);
       files_.push_back({std::move(path), status ? status->bytes : 0, itemHidden});
     } else if (item.kind == FileKind::kDirectory && !item.isLink && depth > 1) {
-      AddFolder(path, itemHidden, depth - 1, request);
+      AddFolder(path, itemHidden, depth - 1, isListed);
     }
   }
 }

@@ -5,13 +5,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-#include "SorvikProvider/frame/ProviderRequest.h"
 #include "foundation/platform/FileStatus.h"
 
 namespace Sorvik {
@@ -24,9 +24,11 @@ struct InventoryFile {
 
 class CardInventory {
  public:
-  // Lists all folders below `root`, without following links to folders. Ends early if `request` is
-  // aborted.
-  CardInventory(const std::string& root, ProviderRequest* request);
+  // Whether a folder, which isn't a link, is to be listed.
+  using Filter = std::function<bool(const std::string& folder)>;
+
+  // Lists all folders below `root` that `isListed` accepts, without following links to folders.
+  CardInventory(const std::string& root, const Filter& isListed);
 
   const std::string& Root() const noexcept { return root_; }
   // By path, in order of 16-bit code units within each folder.
@@ -40,8 +42,7 @@ class CardInventory {
   std::optional<std::size_t> OtherSpelling(std::size_t index) const;
 
  private:
-  void AddFolder(const std::string& folder, bool hidden, std::size_t depth,
-                 ProviderRequest* request);
+  void AddFolder(const std::string& folder, bool hidden, std::size_t depth, const Filter& isListed);
 
   std::string root_;
   std::vector<InventoryFile> files_;

@@ -88,6 +88,38 @@ TEST_F(Cards, CheckAndFilesOfAPlainFolderTakeTheCardsNearby) {
   EXPECT_EQ(RunSorvik({"files", tree_.Path("plain")}).output, tree_.Path("plain/a.txt") + "\n");
 }
 
+TEST_F(Cards, CheckAndFilesCoverTheRestOfTheMedium) {
+  MakeXAVCCard(tree_, "x/PRIVATE/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}});
+  const std::string database = tree_.File("x/Private/Database/DATABASE.BIN", "12345");
+  const std::string note = tree_.File("x/note.txt", "note");
+  const std::string files = RunSorvik({"files", tree_.Path("x")}).output;
+  EXPECT_THAT(files, HasSubstr(database + "\n"));
+  EXPECT_THAT(files, Not(HasSubstr(note)));
+  const auto reports = nlohmann::json::parse(
+      RunSorvik({"check", "--quick", "--json", "--files", tree_.Path("x")}).output);
+  ASSERT_EQ(reports.size(), 2u);
+  const auto& medium = reports[1];
+  EXPECT_EQ(medium["path"], tree_.Path("x"));
+  EXPECT_EQ(medium["bytes"], 5);
+  ASSERT_EQ(medium["files"].size(), 2u) << medium;
+  for (const auto& file : medium["files"]) {
+    EXPECT_EQ(file["role"], file["path"] == database ? "structure" : "foreign") << file;
+  }
+}
+
+// A card below the root of another one is no foreign part of it.
+TEST_F(Cards, CheckAndFilesCoverCardsBelowACard) {
+  const std::string sd = tree_.Path("sd");
+  const auto reports = nlohmann::json::parse(RunSorvik({"check", "--json", "--files", sd}).output);
+  ASSERT_EQ(reports.size(), 2u);
+  EXPECT_EQ(reports[1]["path"], sd + "/PRIVATE/JVC");
+  for (const auto& file : reports[0]["files"]) EXPECT_NE(file["role"], "foreign") << file;
+  const ProgramResult files = RunSorvik({"files", sd});
+  EXPECT_THAT(files.output, HasSubstr(sd + "/CONTENTS/CLIP/0001AB.XML\n"));
+  EXPECT_THAT(files.output, HasSubstr(sd + "/PRIVATE/JVC/BPAV/CLPR/A_01/A_01.MP4\n"));
+  EXPECT_THAT(RunSorvik({"files", sd, "--provider", "p2"}).output, Not(HasSubstr("JVC")));
+}
+
 TEST_F(Cards, LsIsLiteralAndReportsNearbyCards) {
   const std::string folder = tree_.Path("sd/PRIVATE");
   const ProgramResult result = RunSorvik({"ls", folder});
