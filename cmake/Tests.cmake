@@ -28,6 +28,23 @@ if(FUSE3_FOUND)
       SORVIK_TEST_SHARE="$<TARGET_FILE:sorvik-test-share>")
 endif()
 
+# Cards for tests in other languages.
+add_executable(sorvik-test-cards tests/support/cards/main.cpp)
+target_link_libraries(sorvik-test-cards PRIVATE sorvik_test_support sorvik_objects)
+
+if(TARGET sorvik_python)
+  # With the interpreter that the module was built for.
+  file(GLOB python_tests CONFIGURE_DEPENDS python/tests/test_*.py)
+  foreach(source ${python_tests})
+    get_filename_component(area ${source} NAME_WE)
+    string(REPLACE "test_" "" area ${area})
+    add_test(NAME python.${area}
+        COMMAND ${SORVIK_PYTHON} -m pytest -q -p no:cacheprovider ${source})
+    set_tests_properties(python.${area} PROPERTIES LABELS python TIMEOUT 300
+        ENVIRONMENT "PYTHONPATH=${SORVIK_PYTHON_FOLDER};PYTHONDONTWRITEBYTECODE=1;LC_ALL=C.UTF-8;LANGUAGE=;SORVIK_BINARY_DIR=${PROJECT_BINARY_DIR};SORVIK_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+  endforeach()
+endif()
+
 file(GLOB SORVIK_TEST_FOLDERS CONFIGURE_DEPENDS LIST_DIRECTORIES true tests/*)
 foreach(folder ${SORVIK_TEST_FOLDERS})
   get_filename_component(area ${folder} NAME)

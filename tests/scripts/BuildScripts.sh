@@ -66,8 +66,8 @@ printf 'bash build\nno-such-package-c test\n' > cmake/packages.txt
 [ "$(./browse ls CARD 2> errors)" = 'ran ls CARD' ] || fail "the program wasn't run"
 grep -q '^building' errors || fail "no message about the build"
 [ "$(cat log)" = 'cmake --preset release -DSORVIK_BUILD_TESTS=OFF
-ninja -C build/release -t commands sorvik sorvik_resources
-ninja -C build/release sorvik sorvik_resources' ] || fail "the first run did: $(cat log)"
+ninja -C build/release -t commands sorvik sorvik_resources sorvik_python
+ninja -C build/release sorvik sorvik_resources sorvik_python' ] || fail "the first run did: $(cat log)"
 rm log
 
 # A build of another user, on a machine without ninja and packages: root can write everywhere.

@@ -10,6 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/build/demo"
 bash "$source_dir/tools/make-sample-card" "$work/build/demo/CARD"
+ln -s "$build_dir" "$work/build/release"
 ln -s "$build_dir/sorvik" "$work/browse"
 ln -s "$build_dir/sorvik" "$work/sorvik"
 

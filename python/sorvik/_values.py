@@ -1,0 +1,294 @@
+# SPDX-License-Identifier: MIT
+"""The values of the package: frozen, comparable, hashable and picklable."""
+
+from __future__ import annotations
+
+import os
+import struct
+import sys
+import zlib
+from collections.abc import Mapping
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Any, Iterator, Literal, Optional, Union
+
+from . import _core
+
+# A value as the library returns it: a text, a list, a size in bytes, or no value.
+RawValue = Union[str, tuple[Any, ...], int, None]
+
+Severity = Literal["error", "warning", "note"]
+Depth = Literal["names", "structure"]
+FileRole = Literal["clip", "structure", "foreign", "hidden"]
+
+_UTF8 = sys.getfilesystemencoding().lower() == "utf-8"
+
+
+def path_of(text: str) -> Path:
+    """Returns the path of a text of the library, whose bytes are those of the file system."""
+    return Path(text if _UTF8 else os.fsdecode(text.encode("utf-8", "surrogateescape")))
+
+
+def text_of(path: Path) -> str:
+    """The inverse of `path_of`."""
+    return str(path) if _UTF8 else os.fsencode(path).decode("utf-8", "surrogateescape")
+
+
+def json_value(value: RawValue) -> Any:
+    """Returns a value in the form that it has in the JSON of the program."""
+    if isinstance(value, tuple):
+        return [json_value(item) for item in value]
+    return {"bytes": value} if isinstance(value, int) else value
+
+
+@dataclass(frozen=True, slots=True, kw_only=True)
+class Field:
+    """One field of an entry.
+
+    `text` is the text for people; empty if the field has no value. `value` is None for a field
+    without a value, a str, an int for a size in bytes, or a tuple for a list. `label` is in the
+    language of the user.
+    """
+
+    name: str
+    label: str
+    text: str
+    value: RawValue
+
+
+def _text_of_value(value: RawValue) -> str:
+    if isinstance(value, tuple):
+        return "; ".join(text for text in map(_text_of_value, value) if text)
+    return "" if value is None else str(value)
+
+
+class Fields(Mapping[str, Field]):
+    """The fields of an entry by name; only those that were requested or that the provider adds."""
+
+    __slots__ = ("_values", "_labels")
+
+    def __init__(self, values: Mapping[str, RawValue], labels: Labels) -> None:
+        self._values = values
+        self._labels = labels
+
+    def __getitem__(self, name: str) -> Field:
+        value = self._values[name]
+        empty = value == "" or value == ()
+        return Field(
+            name=name,
+            label=self._labels[name],
+            text=_text_of_value(value),
+            value=None if empty else value,
+        )
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._values)
+
+    def __len__(self) -> int:
+        return len(self._values)
+
+    def __contains__(self, name: object) -> bool:
+        return name in self._values
+
+    def __eq__(self, other: object) -> bool:
+        return isinstance(other, Fields) and self._values == other._values
+
+    def __hash__(self) -> int:
+        return hash(frozenset(self._values.items()))
+
+    def __repr__(self) -> str:
+        return f"Fields({dict(self._values)!r})"
+
+    def __reduce__(self) -> tuple[type[Fields], tuple[dict[str, RawValue], Labels]]:
+        return Fields, (dict(self._values), Labels({name: self._labels[name] for name in self}))
+
+    def raw(self, name: str) -> RawValue:
+        """Returns a value as the library returned it; None if the entry lacks the field."""
+        return self._values.get(name)
+
+    def to_dict(self) -> dict[str, Any]:
+        """Returns {FIELD: VALUE} as in the JSON of the program."""
+        return {name: json_value(value) for name, value in self._values.items()}
+
+
+class Labels(dict[str, str]):
+    """Labels by field, looked up in a listing when they are first used."""
+
+    def __init__(
+        self, known: Mapping[str, str] = {}, listing: Optional[_core.Listing] = None
+    ) -> None:
+        super().__init__(known)
+        self._listing = listing
+
+    def __missing__(self, name: str) -> str:
+        label = self[name] = name if self._listing is None else self._listing.label(name)
+        return label
+
+    def __reduce__(self) -> tuple[type[Labels], tuple[dict[str, str]]]:
+        return Labels, (dict(self),)
+
+
+@dataclass(frozen=True, slots=True, kw_only=True)
+class File:
+    """A file of a card or clip. `part` is what it is, such as "essence" or "sound channel"; empty if
+    that isn't known. `owners` are the keys of the entries that it belongs to."""
+
+    path: Path
+    role: FileRole
+    part: str
+    size: int
+    present: bool
+    owners: tuple[str, ...]
+
+    def to_dict(self) -> dict[str, Any]:
+        """Returns the file as in the JSON of `sorvik check --files`."""
+        return {"path": text_of(self.path), "role": self.role, "owners": list(self.owners)}
+
+
+def file_of(raw: tuple[Any, ...]) -> File:
+    path, role, part, size, present, owners = raw
+    return File(
+        path=path_of(path), role=role, part=part, size=size, present=present, owners=owners
+    )
+
+
+@dataclass(frozen=True, slots=True, kw_only=True)
+class Problem:
+    """Something that is wrong with a card: of a check, or of a card that a scan can't list.
+
+    `kind` is missing, empty, truncated, unreadable, orphaned, unlisted or stale. `path` is where it is
+    or should be; None if it is not known.
+    """
+
+    kind: str
+    severity: Severity
+    role: str
+    path: Optional[Path]
+    entries: tuple[str, ...] = ()
+    detail: str = ""
+
+    def __str__(self) -> str:
+        where = "" if self.path is None else f": {self.path}"
+        why = f" ({self.detail})" if self.detail else ""
+        return f"{self.severity}: {self.kind} {self.role}{where}{why}"
+
+    def to_dict(self) -> dict[str, Any]:
+        """Returns the problem as in the findings of the JSON of `sorvik check`."""
+        return {
+            "kind": self.kind,
+            "severity": self.severity,
+            "role": self.role,
+            "path": "" if self.path is None else text_of(self.path),
+            "entries": list(self.entries),
+            "detail": self.detail,
+        }
+
+
+def problem_of(raw: tuple[Any, ...]) -> Problem:
+    kind, severity, role, path, entries, detail = raw
+    return Problem(
+        kind=kind,
+        severity=severity,
+        role=role,
+        path=path_of(path) if path else None,
+        entries=entries,
+        detail=detail,
+    )
+
+
+@dataclass(frozen=True, slots=True, kw_only=True)
+class Verdict:
+    """Whether a card is complete; false as a bool if it isn't."""
+
+    path: Path
+    provider: str
+    complete: bool
+    depth: Depth
+    clips: int
+    size: int
+    problems: tuple[Problem, ...]
+    files: tuple[File, ...]
+
+    def __bool__(self) -> bool:
+        return self.complete
+
+    @property
+    def unlisted(self) -> tuple[Problem, ...]:
+        """The clips that the card's own list doesn't know."""
+        return tuple(problem for problem in self.problems if problem.kind == "unlisted")
+
+    def to_dict(self, *, files: bool = False) -> dict[str, Any]:
+        """Returns the JSON of `sorvik check`; with `files`, that of `sorvik check --files`."""
+        document: dict[str, Any] = {
+            "path": text_of(self.path),
+            "provider": self.provider,
+            "complete": self.complete,
+            "depth": self.depth,
+            "against": None,
+            "clips": self.clips,
+            "bytes": self.size,
+            "findings": [problem.to_dict() for problem in self.problems],
+        }
+        if files:
+            document["files"] = [file.to_dict() for file in self.files]
+        return document
+
+
+def verdict_of(raw: tuple[Any, ...]) -> Verdict:
+    path, provider, complete, depth, clips, size, findings, files = raw
+    return Verdict(
+        path=path_of(path),
+        provider=provider,
+        complete=complete,
+        depth=depth,
+        clips=clips,
+        size=size,
+        problems=tuple(map(problem_of, findings)),
+        files=tuple(map(file_of, files)),
+    )
+
+
+class Picture(_core.Picture):
+    """Top-down RGBA pixels with straight alpha, as a read-only buffer of (height, width, 4) bytes.
+
+    Without a copy: `numpy.asarray(picture)`, and
+    `PIL.Image.frombuffer("RGBA", picture.size, picture, "raw", "RGBA", 0, 1)`.
+    """
+
+    __slots__ = ()
+
+    @property
+    def size(self) -> tuple[int, int]:
+        """Width and height, as in Pillow."""
+        return self.width, self.height
+
+    def __bytes__(self) -> bytes:
+        return memoryview(self).tobytes()  # type: ignore[arg-type]
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Picture):
+            return NotImplemented
+        return self.size == other.size and bytes(self) == bytes(other)
+
+    def __hash__(self) -> int:
+        return hash((self.size, bytes(self)))
+
+    def __repr__(self) -> str:
+        return f"<sorvik.Picture {self.width} x {self.height}>"
+
+    def __reduce__(self) -> tuple[type[Picture], tuple[int, int, bytes]]:
+        return Picture, (self.width, self.height, bytes(self))
+
+    def png(self) -> bytes:
+        """Returns the picture as a PNG file."""
+        row = 4 * self.width
+        pixels = bytes(self)
+        rows = b"".join(
+            b"\0" + pixels[start : start + row] for start in range(0, len(pixels), row)
+        )
+        header = struct.pack(">IIBBBBB", self.width, self.height, 8, 6, 0, 0, 0)
+        chunks = ((b"IHDR", header), (b"IDAT", zlib.compress(rows, 1)), (b"IEND", b""))
+        return b"\x89PNG\r\n\x1a\n" + b"".join(
+            struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
+            for name, data in chunks
+        )

@@ -1,0 +1,105 @@
+# SPDX-License-Identifier: MIT
+"""The package gives the answers of the program."""
+
+import io
+import os
+import subprocess
+
+import numpy
+import pytest
+from PIL import Image
+
+import sorvik
+from conftest import BINARIES
+
+
+def test_documents_are_those_of_the_program(made_cards, program):
+    assert len(made_cards) > 10
+    for provider, path in made_cards:
+        card = sorvik.open(path)
+        assert (card.provider, str(card.path)) == (provider, path)
+        listing = program("ls", path)
+        assert card.to_dict() == listing
+        names = ["Name", "Path", "duration", "startTimecode"]
+        clips = list(card.clips(names))
+        assert [clip.key for clip in clips] == list(listing["entries"])
+        assert {clip.key: clip.fields.to_dict() for clip in clips} == program(
+            "ls", path, "--fields", ",".join(names)
+        )["entries"]
+        key = next(iter(listing["entries"]))
+        assert card.clip(key).to_dict() == program("entry", path, key)
+
+
+def test_verdicts_owners_and_files_are_those_of_the_program(made_cards, program):
+    for provider, path in made_cards:
+        card = sorvik.open(path, provider=provider)
+        if card.score <= 30:
+            with pytest.raises(sorvik.NotACard):
+                card.verdict()
+            continue
+        verdict = card.verdict()
+        document = program("check", path, "--provider", provider, "--files")
+        assert verdict.to_dict(files=True) == document
+        assert bool(verdict) == document["complete"]
+        assert card.verdict("names").to_dict() == program(
+            "check", path, "--provider", provider, "--quick"
+        )
+        file = next(file for file in verdict.files if file.role == "clip")
+        assert sorvik.owner(file.path).to_dict() == program("owner", str(file.path))
+        assert [f for f in card.files() if f.present] == list(verdict.files)
+
+
+def test_found_cards_are_those_of_the_program(made_cards):
+    root = os.path.dirname(made_cards[0][1])
+    lines = subprocess.run(
+        [BINARIES / "sorvik", "cards", root, "--json"], stdout=subprocess.PIPE, check=True
+    ).stdout.splitlines()
+    import json
+
+    expected = [json.loads(line) for line in lines]
+    cards = sorvik.cards(root)
+    assert [card.summary() for card in cards] == expected
+    found = list(sorvik.scan(root, fields=["Name"]))
+    assert [each for each in found if isinstance(each, sorvik.Card)] == cards
+    clips = [each for each in found if isinstance(each, sorvik.Clip)]
+    assert clips == [clip for card in cards for clip in card.clips(["Name"])]
+
+
+def test_pictures_are_those_of_the_program(sample, tmp_path):
+    clip = next(iter(sorvik.open(sample)))
+    picture = clip.thumbnail(160, 90)
+    output = tmp_path / "out.png"
+    subprocess.run(
+        [BINARIES / "sorvik", "thumb", sample, clip.key, "-o", output, "--size", "160x90"],
+        check=True,
+        stdout=subprocess.DEVNULL,
+    )
+    with Image.open(output) as expected:
+        rgba = expected.convert("RGBA")
+    assert picture.size == rgba.size
+    assert bytes(picture) == rgba.tobytes()
+    assert Image.open(io.BytesIO(picture.png())).tobytes() == rgba.tobytes()
+    pixels = numpy.asarray(picture)
+    assert pixels.shape == (picture.height, picture.width, 4) and not pixels.flags.writeable
+    shared = Image.frombuffer("RGBA", picture.size, picture, "raw", "RGBA", 0, 1)
+    assert shared.tobytes() == rgba.tobytes()
+
+
+def test_missing_files_of_a_clip(sample, tmp_path):
+    subprocess.run(["cp", "-r", sample, tmp_path / "CARD"], check=True)
+    missing = tmp_path / "CARD/CONTENTS/AUDIO/0001AB01.MXF"
+    missing.unlink()
+    card = sorvik.open(tmp_path / "CARD")
+    files = card.clip("0001AB").files
+    assert [file.path for file in files if not file.present] == [missing]
+    assert not card.verdict()
+    assert card.verdict().problems[0].path == missing
+
+
+def test_opens_the_card_around_a_path(sample, tmp_path):
+    inside = sample / "CONTENTS" / "VIDEO"
+    assert sorvik.open(inside).path == sample
+    assert sorvik.open(sample.parent).path == sample
+    assert sorvik.open(inside, nearby=False).path == inside
+    assert sorvik.open(tmp_path).provider.endswith("Directory")
+    assert [clip.path for clip in sorvik.open("volumes:")]
