@@ -1,4 +1,4 @@
-# Debian packages by CPack: libsorvikprovider2, libsorvikprovider-dev and sorvik. The preset "package"
+# Debian packages by CPack: libsorvikprovider2, libsorvikprovider-dev, sorvik and python3-sorvik. The preset "package"
 # installs to /usr, so that libraries go to the multiarch folder.
 set(SORVIK_PACKAGE_FILES ${PROJECT_SOURCE_DIR}/cmake/package)
 set(library libsorvikprovider${PROJECT_VERSION_MAJOR})
@@ -19,6 +19,10 @@ install(FILES ${PROJECT_BINARY_DIR}/sorvik.1.gz
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
 set(components library development program)
 set(packages ${library} libsorvikprovider-dev sorvik)
+if(TARGET sorvik_python)
+  list(APPEND components python)
+  list(APPEND packages python3-sorvik)
+endif()
 foreach(component package IN ZIP_LISTS components packages)
   install(FILES ${SORVIK_PACKAGE_FILES}/copyright ${PROJECT_BINARY_DIR}/changelog.gz
       DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
@@ -81,4 +85,17 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "list camera cards and folders as clips - program
  The program lists the clips of a card, their files and metadata, checks whether
  a card is complete, and writes contact sheets.")
+
+if(TARGET sorvik_python)
+  # The extension module works with one minor version of Python.
+  math(EXPR next_minor "${Python3_VERSION_MINOR} + 1")
+  set(python_version "${Python3_VERSION_MAJOR}.${Python3_VERSION_MINOR}")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-sorvik)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}), \
+python3 (>= ${python_version}), python3 (<< ${Python3_VERSION_MAJOR}.${next_minor})")
+  set(CPACK_COMPONENT_PYTHON_DESCRIPTION "list camera cards and folders as clips - Python
+ The package sorvik lists the clips of a card with their files, metadata and
+ pictures, checks whether a card is complete, and searches for cards.")
+endif()
 include(CPack)

@@ -25,18 +25,20 @@ cpack --config "$build_dir/CPackConfig.cmake" -B "$work" > "$work/log" 2>&1 || f
 version=$(sed -n 's/^project(SorvikProvider VERSION \([0-9.]*\).*/\1/p' "$source_dir/CMakeLists.txt")
 major=${version%%.*}
 [ "$(cd "$work" && ls -- *.deb | sed 's/_.*//' | sort | tr '\n' ' ')" = \
-  "libsorvikprovider-dev libsorvikprovider$major sorvik " ] || fail "packages: $(ls "$work")"
+  "libsorvikprovider-dev libsorvikprovider$major python3-sorvik sorvik " ] || fail "packages: $(ls "$work")"
 for package in "$work"/*.deb; do dpkg-deb -x "$package" "$work/root"; done
 
 depends() { dpkg-deb -f "$work/$1"_*.deb Depends; }
 [[ $(depends libsorvikprovider-dev) == *"libsorvikprovider$major (= $version)"*libboost-dev* ]] ||
   fail "libsorvikprovider-dev depends on $(depends libsorvikprovider-dev)"
 [[ $(depends sorvik) == *"libsorvikprovider$major (= $version)"* ]] || fail "sorvik depends on $(depends sorvik)"
+[[ $(depends python3-sorvik) == *"libsorvikprovider$major (= $version)"*"python3 (<< 3."* ]] ||
+  fail "python3-sorvik depends on $(depends python3-sorvik)"
 [[ $(depends "libsorvikprovider$major") == *libxerces-c* ]] || fail "the library lacks the dependencies of its module"
 dpkg-deb --ctrl-tarfile "$work/libsorvikprovider$major"_*.deb | tar -xO ./symbols |
   grep "^libSorvikProvider.so.$major libsorvikprovider$major" > /dev/null || fail "no symbols file"
 
-for package in "libsorvikprovider$major" libsorvikprovider-dev sorvik; do
+for package in "libsorvikprovider$major" libsorvikprovider-dev sorvik python3-sorvik; do
   doc=$work/root/usr/share/doc/$package
   grep -q 'Permission is hereby granted' "$doc/copyright" || fail "$package has no licence text"
   gzip -dc "$doc/changelog.gz" | grep "($version)" > /dev/null || fail "$package: the changelog lacks $version"
@@ -45,6 +47,9 @@ gzip -dc "$work/root/usr/share/man/man1/sorvik.1.gz" | grep '^.TH SORVIK' > /dev
 
 bash "$source_dir/tools/make-sample-card" "$work/CARD"
 "$work/root/usr/bin/sorvik" ls "$work/CARD" | grep 'Ferry leaves' > /dev/null || fail "the packaged program doesn't run"
+PYTHONPATH=$work/root/usr/lib/python3/dist-packages /usr/bin/python3 -c \
+  "import sorvik, sys; print(*sorvik.open(sys.argv[1]))" "$work/CARD" | grep 'Ferry leaves' > /dev/null ||
+  fail "the packaged Python package doesn't work"
 [ "$("$work/root/usr/bin/sorvik" --version)" = "sorvik $version" ] || fail "version"
 
 # Hardening: read-only relocations, immediate binding, position-independent code, stack protector.
