@@ -57,8 +57,8 @@ sorvik_listing::sorvik_listing(std::string folder, std::string identification,
     : path(std::move(folder)), provider(std::move(identification)), content(std::move(entryMap)) {
   if (wrapper != nullptr) labels = LabelsOf(*wrapper);
   entries.reserve(content.size());
-  for (const auto& [key, values] : content) {
-    sorvik_entry entry{TextOf(key), {}};
+  for (auto& [key, values] : content) {
+    sorvik_entry entry{TextOf(key), {}, Sorvik::TakeMachineValues(values)};
     entry.fields.reserve(values.size());
     for (const auto& [name, value] : values) {
       entry.fields.push_back({TextOf(name), ValueOf(value)});
@@ -159,6 +159,82 @@ const sorvik_field* sorvik_entry_field(const sorvik_entry* entry, const char* na
         return std::string_view(field.name.data, field.name.size) == wanted;
       });
   return found == entry->fields.end() ? nullptr : &*found;
+}
+
+namespace {
+
+const Sorvik::MachineValue* FindTyped(const sorvik_entry* entry, const char* field) {
+  if (field == nullptr) return nullptr;
+  const auto found = entry->typed.find(field);
+  return found == entry->typed.end() ? nullptr : &found->second;
+}
+
+// Sets the members of a sorvik_typed_value.
+struct TypedSetter {
+  sorvik_typed_value& to;
+
+  void Set(sorvik_typed_kind kind, std::int64_t integer = 0) const {
+    to.kind = kind;
+    to.integer = integer;
+  }
+  void Set(sorvik_typed_kind kind, const std::string& text, bool flag) const {
+    to.kind = kind;
+    to.text = TextOf(text);
+    to.flag = flag;
+  }
+  void SetFraction(const Sorvik::Fraction& value) const {
+    to.fraction = {value.numerator, value.denominator};
+  }
+
+  void operator()(std::monostate) const {}
+  void operator()(bool value) const {
+    Set(SORVIK_TYPED_BOOLEAN);
+    to.flag = value;
+  }
+  void operator()(std::int64_t value) const { Set(SORVIK_TYPED_INTEGER, value); }
+  void operator()(double value) const {
+    Set(SORVIK_TYPED_REAL);
+    to.real = value;
+  }
+  void operator()(const Sorvik::Fraction& value) const {
+    Set(SORVIK_TYPED_FRACTION);
+    SetFraction(value);
+  }
+  void operator()(const std::string& value) const { Set(SORVIK_TYPED_TEXT, value, false); }
+  void operator()(const Sorvik::IsoTime& value) const {
+    Set(SORVIK_TYPED_TIME, value.text, value.hasZone);
+  }
+  void operator()(const Sorvik::TimecodeValue& value) const {
+    Set(SORVIK_TYPED_TIMECODE, value.text, value.dropFrame);
+    SetFraction(value.rate);
+  }
+  void operator()(const Sorvik::DurationValue& value) const {
+    Set(SORVIK_TYPED_DURATION, value.count);
+    SetFraction(value.rate);
+  }
+  void operator()(const Sorvik::FrameSizeValue& value) const {
+    Set(SORVIK_TYPED_FRAME_SIZE, value.unit, false);
+    to.integer = value.width;
+    to.height = value.height;
+  }
+  void operator()(const std::vector<std::string>& value) const {
+    Set(SORVIK_TYPED_TEXTS, static_cast<std::int64_t>(value.size()));
+  }
+};
+
+}  // namespace
+
+bool sorvik_entry_typed(const sorvik_entry* entry, const char* field, sorvik_typed_value* value) {
+  *value = {SORVIK_TYPED_NONE, false, 0, 0, 0, {0, 1}, TextOf("")};
+  if (const auto* typed = FindTyped(entry, field)) std::visit(TypedSetter{*value}, *typed);
+  return value->kind != SORVIK_TYPED_NONE;
+}
+
+sorvik_text sorvik_entry_typed_item(const sorvik_entry* entry, const char* field, size_t index) {
+  const auto* typed = FindTyped(entry, field);
+  const auto* texts = typed == nullptr ? nullptr : std::get_if<std::vector<std::string>>(typed);
+  return TextOf(texts == nullptr || index >= texts->size() ? std::string_view("")
+                                                           : (*texts)[index]);
 }
 
 sorvik_text sorvik_listing_path(const sorvik_listing* listing) { return TextOf(listing->path); }

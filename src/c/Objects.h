@@ -15,6 +15,7 @@
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/foundation/Bitplate.h"
 #include "SorvikProvider/frame/ProviderWrapper.h"
+#include "SorvikProvider/metadata/MachineValues.h"
 
 namespace Sorvik::c {
 
@@ -33,10 +34,12 @@ struct sorvik_card {
 struct sorvik_entry {
   sorvik_text key;
   std::vector<sorvik_field> fields;
+  Sorvik::MachineFields typed;
 };
 
 struct sorvik_listing {
-  // Labels are those of `wrapper`, which may be null.
+  // Entries that were made within a MachineValueScope have exact typed values. Labels are those of
+  // `wrapper`, which may be null.
   sorvik_listing(std::string folder, std::string identification, Sorvik::ContentMap entries,
                  const Sorvik::ProviderWrapper* wrapper);
   sorvik_listing(const sorvik_listing&) = delete;

@@ -11,6 +11,7 @@
 #include "SorvikProvider/cardtools/EntryFiles.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/ProviderHost.h"
+#include "SorvikProvider/metadata/MachineValues.h"
 #include "SorvikProvider/metadata/RelatedFiles.h"
 #include "foundation/Paths.h"
 #include "foundation/platform/FileStatus.h"
@@ -169,6 +170,7 @@ Outcome List(TaskRequest& request, const Place& place, const FieldChoice& fields
   const ProviderWrapper* provider = FindProvider(place.provider);
   if (provider == nullptr) return UnknownProvider(place);
   const platform::ShareScope shares(place.path);
+  const MachineValueScope typed;
   ContentMap content = provider->GetContent(place.path, FieldsOf(*provider, fields), &request);
   if (content.empty()) {
     if (Outcome problem = AccessProblem(place.path); !problem.Ok()) return problem;
@@ -182,6 +184,7 @@ Outcome ReadEntry(TaskRequest& request, const Place& place, const std::string& k
   const ProviderWrapper* provider = FindProvider(place.provider);
   if (provider == nullptr) return UnknownProvider(place);
   const platform::ShareScope shares(place.path);
+  const MachineValueScope typed;
   ContentMap content = provider->GetContent(place.path, key, FieldsOf(*provider, fields));
   if (!content.contains(key)) {
     Outcome problem = AccessProblem(place.path);

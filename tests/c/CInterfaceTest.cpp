@@ -16,6 +16,7 @@
 #include "SorvikProvider/cardtools/CardFinder.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/ProviderHost.h"
+#include "SorvikProvider/metadata/MachineValues.h"
 #include "SorvikProvider/metadata/RelatedFiles.h"
 #include "support/BindingCards.h"
 #include "support/Cards.h"
@@ -56,6 +57,42 @@ ContentMap ContentOf(const sorvik_listing* listing) {
     }
   }
   return content;
+}
+
+// The typed value of a field, in the form that the JSON of the catalogue uses.
+std::string TypedOf(const sorvik_entry* entry, const std::string& field) {
+  sorvik_typed_value value;
+  sorvik_entry_typed(entry, field.c_str(), &value);
+  const Fraction fraction{value.fraction.numerator, value.fraction.denominator};
+  switch (value.kind) {
+    case SORVIK_TYPED_BOOLEAN:
+      return ToJson(value.flag);
+    case SORVIK_TYPED_INTEGER:
+      return ToJson(value.integer);
+    case SORVIK_TYPED_REAL:
+      return ToJson(value.real);
+    case SORVIK_TYPED_FRACTION:
+      return ToJson(fraction);
+    case SORVIK_TYPED_TEXT:
+      return ToJson(Text(value.text));
+    case SORVIK_TYPED_TIME:
+      return ToJson(IsoTime{Text(value.text), value.flag});
+    case SORVIK_TYPED_TIMECODE:
+      return ToJson(TimecodeValue{Text(value.text), fraction, value.flag});
+    case SORVIK_TYPED_DURATION:
+      return ToJson(DurationValue{value.integer, fraction});
+    case SORVIK_TYPED_FRAME_SIZE:
+      return ToJson(FrameSizeValue{value.integer, value.height, Text(value.text)});
+    case SORVIK_TYPED_TEXTS: {
+      std::vector<std::string> texts;
+      for (std::size_t i = 0; i < static_cast<std::size_t>(value.integer); ++i) {
+        texts.push_back(Text(sorvik_entry_typed_item(entry, field.c_str(), i)));
+      }
+      return ToJson(texts);
+    }
+    default:
+      return ToJson(MachineValue());
+  }
 }
 
 class CInterface : public testing::Test {
@@ -124,6 +161,31 @@ TEST_F(CInterface, GivesTheAnswersOfTheCppInterface) {
     EXPECT_EQ(ContentOf(entry), best->GetContent(made.root, key, all));
     EXPECT_EQ(Text(sorvik_entry_key(sorvik_listing_find(entry, key.c_str()))), key);
     sorvik_listing_free(entry);
+  }
+}
+
+TEST_F(CInterface, TypedValuesAreThoseOfMachineValues) {
+  for (const MadeCard& made : MakeBindingCards(tree_)) {
+    SCOPED_TRACE(made.root);
+    const ProviderWrapper* best = ProviderHost::GetProviderList(made.root).front();
+    ContentMap content;
+    {
+      const MachineValueScope scope;
+      content = best->GetContent(made.root, best->GetFieldList(), nullptr);
+    }
+    const sorvik_fields wanted{nullptr, SORVIK_ALL_FIELDS, false};
+    const auto listing = List(made.root, made.providerId, &wanted);
+    ASSERT_EQ(sorvik_listing_size(listing.get()), content.size());
+    for (auto& [key, fields] : content) {
+      const MachineFields expected = TakeMachineValues(fields);
+      const sorvik_entry* entry = sorvik_listing_find(listing.get(), key.c_str());
+      for (const auto& [name, value] : fields) {
+        const auto typed = expected.find(name);
+        EXPECT_EQ(TypedOf(entry, name),
+                  ToJson(typed == expected.end() ? MachineValue() : typed->second))
+            << name;
+      }
+    }
   }
 }
 

@@ -64,7 +64,7 @@ SORVIK_C_EXPORT const char* sorvik_error_text(void);
 SORVIK_C_EXPORT const char* sorvik_error_path(void);
 
 /* `size` bytes and a terminating NUL that isn't counted. `data` is never NULL. Texts of metadata
- * can contain further NULs. */
+ * can contain further NULs. This struct doesn't change. */
 typedef struct sorvik_text {
   const char* data;
   size_t size;
@@ -115,6 +115,7 @@ typedef enum sorvik_value_kind {
   SORVIK_VALUE_SIZE = 3  /* `bytes` */
 } sorvik_value_kind;
 
+/* This struct doesn't change. */
 typedef struct sorvik_value {
   sorvik_value_kind kind;
   sorvik_text text;
@@ -139,6 +140,45 @@ SORVIK_C_EXPORT size_t sorvik_entry_field_count(const sorvik_entry* entry);
 SORVIK_C_EXPORT const sorvik_field* sorvik_entry_field_at(const sorvik_entry* entry, size_t index);
 /* NULL if the entry has no field of this name. */
 SORVIK_C_EXPORT const sorvik_field* sorvik_entry_field(const sorvik_entry* entry, const char* name);
+
+typedef struct sorvik_fraction {
+  int64_t numerator;
+  int64_t denominator; /* positive */
+} sorvik_fraction;
+
+typedef enum sorvik_typed_kind {
+  SORVIK_TYPED_NONE = 0,
+  SORVIK_TYPED_BOOLEAN = 1,    /* `flag` */
+  SORVIK_TYPED_INTEGER = 2,    /* `integer` */
+  SORVIK_TYPED_REAL = 3,       /* `real` */
+  SORVIK_TYPED_FRACTION = 4,   /* `fraction` */
+  SORVIK_TYPED_TEXT = 5,       /* `text` */
+  SORVIK_TYPED_TIME = 6,       /* `text` in the form of ISO 8601; `flag`: it has a zone */
+  SORVIK_TYPED_TIMECODE = 7,   /* `text`, `fraction`: frames per second; `flag`: it drops frames */
+  SORVIK_TYPED_DURATION = 8,   /* `integer`: frames or other units, `fraction`: units per second */
+  SORVIK_TYPED_FRAME_SIZE = 9, /* `integer`: width, `height`, `text`: the unit */
+  SORVIK_TYPED_TEXTS = 10      /* `integer`: their number; see sorvik_entry_typed_item */
+} sorvik_typed_kind;
+
+/* A value for programs, independent of the language. A rate that isn't known has the numerator 0.
+ * This struct doesn't change. */
+typedef struct sorvik_typed_value {
+  sorvik_typed_kind kind;
+  bool flag;
+  int64_t integer;
+  int64_t height;
+  double real;
+  sorvik_fraction fraction;
+  sorvik_text text;
+} sorvik_typed_value;
+
+/* Sets `value` to the typed value of a field. Returns false, and sets it to SORVIK_TYPED_NONE, if
+ * the entry has no such field or the field has no value. */
+SORVIK_C_EXPORT bool sorvik_entry_typed(const sorvik_entry* entry, const char* field,
+                                        sorvik_typed_value* value);
+/* One of the texts of a field of the kind SORVIK_TYPED_TEXTS; empty if there are not that many. */
+SORVIK_C_EXPORT sorvik_text sorvik_entry_typed_item(const sorvik_entry* entry, const char* field,
+                                                    size_t index);
 
 /* The entries of a place, ordered by key. */
 typedef struct sorvik_listing sorvik_listing;
