@@ -1,4 +1,5 @@
-# Debian packages by CPack: libsorvikprovider2, libsorvikprovider-dev, sorvik and python3-sorvik. The preset "package"
+# Debian packages by CPack: libsorvikprovider2, libsorvikprovider-dev, sorvik, python3-sorvik and
+# sorvik-frame. The preset "package"
 # installs to /usr, so that libraries go to the multiarch folder.
 set(SORVIK_PACKAGE_FILES ${PROJECT_SOURCE_DIR}/cmake/package)
 set(library libsorvikprovider${PROJECT_VERSION_MAJOR})
@@ -22,6 +23,10 @@ set(packages ${library} libsorvikprovider-dev sorvik)
 if(TARGET sorvik_python)
   list(APPEND components python)
   list(APPEND packages python3-sorvik)
+endif()
+if(TARGET sorvik-frame)
+  list(APPEND components frame)
+  list(APPEND packages sorvik-frame)
 endif()
 foreach(component package IN ZIP_LISTS components packages)
   install(FILES ${SORVIK_PACKAGE_FILES}/copyright ${PROJECT_BINARY_DIR}/changelog.gz
@@ -62,7 +67,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "shared-mime-info")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "adwaita-icon-theme")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "adwaita-icon-theme, sorvik-frame (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "list camera cards and folders as clips - library
  Given a path, the library detects which camera wrote the card, and returns
  each clip with its metadata, its files and a thumbnail.")
@@ -98,4 +103,12 @@ python3 (>= ${python_version}), python3 (<< ${Python3_VERSION_MAJOR}.${next_mino
  The package sorvik lists the clips of a card with their files, metadata and
  pictures, checks whether a card is complete, and searches for cards.")
 endif()
+
+# A package of its own: the library works without it, and it depends on more than a hundred others.
+set(CPACK_DEBIAN_FRAME_PACKAGE_NAME sorvik-frame)
+set(CPACK_DEBIAN_FRAME_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_FRAME_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_FRAME_DESCRIPTION "list camera cards and folders as clips - video frames
+ The library runs this helper program to decode pictures of video clips and raw
+ frames in a separate process.")
 include(CPack)

@@ -24,8 +24,9 @@ done
 cpack --config "$build_dir/CPackConfig.cmake" -B "$work" > "$work/log" 2>&1 || fail "cpack: $(tail -5 "$work/log")"
 version=$(sed -n 's/^project(SorvikProvider VERSION \([0-9.]*\).*/\1/p' "$source_dir/CMakeLists.txt")
 major=${version%%.*}
-[ "$(cd "$work" && ls -- *.deb | sed 's/_.*//' | sort | tr '\n' ' ')" = \
-  "libsorvikprovider-dev libsorvikprovider$major python3-sorvik sorvik " ] || fail "packages: $(ls "$work")"
+packages="libsorvikprovider-dev libsorvikprovider$major python3-sorvik sorvik"
+[ ! -x "$build_dir/sorvik-frame" ] || packages+=" sorvik-frame"
+[ "$(cd "$work" && ls -- *.deb | sed 's/_.*//' | sort | tr '\n' ' ')" = "$packages " ] || fail "packages: $(ls "$work")"
 for package in "$work"/*.deb; do dpkg-deb -x "$package" "$work/root"; done
 
 depends() { dpkg-deb -f "$work/$1"_*.deb Depends; }
@@ -38,7 +39,7 @@ depends() { dpkg-deb -f "$work/$1"_*.deb Depends; }
 dpkg-deb --ctrl-tarfile "$work/libsorvikprovider$major"_*.deb | tar -xO ./symbols |
   grep "^libSorvikProvider.so.$major libsorvikprovider$major" > /dev/null || fail "no symbols file"
 
-for package in "libsorvikprovider$major" libsorvikprovider-dev sorvik python3-sorvik; do
+for package in $packages; do
   doc=$work/root/usr/share/doc/$package
   grep -q 'Permission is hereby granted' "$doc/copyright" || fail "$package has no licence text"
   gzip -dc "$doc/changelog.gz" | grep "($version)" > /dev/null || fail "$package: the changelog lacks $version"
@@ -53,7 +54,8 @@ PYTHONPATH=$work/root/usr/lib/python3/dist-packages /usr/bin/python3 -c \
 [ "$("$work/root/usr/bin/sorvik" --version)" = "sorvik $version" ] || fail "version"
 
 # Hardening: read-only relocations, immediate binding, position-independent code, stack protector.
-for binary in "$work/root/usr/bin/sorvik" "$(find "$work/root" -name "libSorvikProvider.so.$version")"; do
+for binary in "$work/root/usr/bin/sorvik" "$(find "$work/root" -name "libSorvikProvider.so.$version")" \
+    $(find "$work/root/usr/libexec" -name sorvik-frame); do
   readelf -d "$binary" | grep BIND_NOW > /dev/null || fail "$binary: lazy binding"
   readelf -l "$binary" | grep GNU_RELRO > /dev/null || fail "$binary: writable relocations"
   readelf -h "$binary" | grep 'Type:.*DYN' > /dev/null || fail "$binary: not position-independent"
