@@ -10,13 +10,6 @@
 namespace Sorvik {
 namespace {
 
-void AddPaths(const any_regular_t& value, std::vector<std::string>& paths) {
-  if (const auto* text = value.get_if<std::string>()) paths.push_back(*text);
-  if (const auto* list = value.get_if<std::vector<any_regular_t>>()) {
-    for (const any_regular_t& item : *list) AddPaths(item, paths);
-  }
-}
-
 void AddKeys(const std::vector<std::string>& keys, std::vector<std::string>& to) {
   for (const std::string& key : keys) {
     if (std::ranges::find(to, key) == to.end()) to.push_back(key);
@@ -24,6 +17,13 @@ void AddKeys(const std::vector<std::string>& keys, std::vector<std::string>& to)
 }
 
 }  // namespace
+
+void AddPaths(const any_regular_t& value, std::vector<std::string>& paths) {
+  if (const auto* text = value.get_if<std::string>()) paths.push_back(*text);
+  if (const auto* list = value.get_if<std::vector<any_regular_t>>()) {
+    for (const any_regular_t& item : *list) AddPaths(item, paths);
+  }
+}
 
 const char* RoleOfName(std::string_view path) {
   struct Row {

@@ -44,6 +44,9 @@ struct CardContents {
   void AddDescribedPart(const CardPart& part);
 };
 
+// Appends the path, or the paths of the list, that a field contains.
+void AddPaths(const any_regular_t& value, std::vector<std::string>& paths);
+
 // The role of a file that no description mentions, by its extension.
 const char* RoleOfName(std::string_view path);
 
