@@ -13,6 +13,7 @@
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
+#include "providers/modern/ProviderDCIM.h"
 #include "providers/modern/ProviderSonyXAVC.h"
 #include "support/Cards.h"
 #include "support/ModernCards.h"
@@ -125,6 +126,22 @@ void XAVCExtraPaths(benchmark::State& state) {
   List(state, Sorvik::ProviderSonyXAVC(), MakeXAVC, {"Name", "Path", "ExtraPath", "ProxyPath"});
 }
 
+void MakeDCIM(const TempTree& tree, long count) {
+  constexpr long kPerFolder = 900;
+  for (long i = 0; i < count; ++i) {
+    const std::string stem = "card/DCIM/" + Numbered("%03ldCANON", 100 + i / kPerFolder) +
+                             Numbered("/IMG_%04ld", i % kPerFolder);
+    tree.File(stem + ".CR3", "raw");
+    tree.File(stem + ".JPG", "picture");
+  }
+}
+void DCIMNamesAndPaths(benchmark::State& state) {
+  List(state, Sorvik::ProviderDCIM(), MakeDCIM, {"Name", "Path"});
+}
+void DCIMExtraPaths(benchmark::State& state) {
+  List(state, Sorvik::ProviderDCIM(), MakeDCIM, {"Name", "Path", "ExtraPath", "ProxyPath"});
+}
+
 // Lower bound of the P2 listings: lists the clip folder and reads each clip XML.
 void PlainReads(benchmark::State& state) {
   const std::string clips = CardOf(MakeP2, state.range(0)).Path("card/CONTENTS/CLIP");
@@ -151,6 +168,8 @@ BENCHMARK(EXDefaultFields)->Apply(Sizes);
 BENCHMARK(EXExtraPaths)->Apply(Sizes);
 BENCHMARK(XAVCNamesAndPaths)->Apply(Sizes);
 BENCHMARK(XAVCExtraPaths)->Apply(Sizes);
+BENCHMARK(DCIMNamesAndPaths)->Apply(Sizes)->Arg(10'000);
+BENCHMARK(DCIMExtraPaths)->Apply(Sizes)->Arg(10'000);
 
 }  // namespace
 

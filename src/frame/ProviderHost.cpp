@@ -19,6 +19,7 @@
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
 #include "providers/modern/ProviderCanonXFAVC.h"
+#include "providers/modern/ProviderDCIM.h"
 #include "providers/modern/ProviderSonyXAVC.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
@@ -58,6 +59,7 @@ constexpr Provider* (*kProviders[])() = {
 constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderSonyXAVC>,
     Make<ProviderCanonXFAVC>,
+    Make<ProviderDCIM>,
 };
 
 constexpr std::chrono::milliseconds kNoLimit{-1};

@@ -2,10 +2,10 @@
 #include "formats/sony/ClipRecord.h"
 
 #include <charconv>
-#include <chrono>
 #include <cmath>
 
 #include "foundation/CallScope.h"
+#include "foundation/DateTime.h"
 #include "foundation/Paths.h"
 
 namespace Sorvik::formats::sony {
@@ -112,33 +112,6 @@ double RateOfCounting(const Counting& counting) {
   return counting.base == 25 ? rate : rate * 1000 / 1001;
 }
 
-// "2022-09-25T11:57:59+10:00". Seconds may have decimals; without a zone the time counts as UTC.
-std::optional<std::int64_t> ParseDate(std::string_view text) {
-  constexpr std::string_view kForm = "####-##-##T##:##:##";
-  if (text.size() < kForm.size() || text[4] != '-' || text[7] != '-' || text[10] != 'T') {
-    return std::nullopt;
-  }
-  const auto number = [text](std::size_t at, std::size_t size) {
-    return Parse<unsigned>(text.substr(at, size));
-  };
-  const auto year = number(0, 4), month = number(5, 2), day = number(8, 2);
-  const auto hour = number(11, 2), minute = number(14, 2), second = number(17, 2);
-  if (!year || !month || !day || !hour || !minute || !second) return std::nullopt;
-  const std::chrono::year_month_day date(std::chrono::year(static_cast<int>(*year)),
-                                         std::chrono::month(*month), std::chrono::day(*day));
-  if (!date.ok()) return std::nullopt;
-  const std::int64_t days = std::chrono::sys_days(date).time_since_epoch().count();
-  std::int64_t time = days * 86400 + *hour * 3600 + *minute * 60 + *second;
-  const auto sign = text.find_first_of("+-", kForm.size());
-  if (sign != text.npos && text.size() >= sign + 6) {
-    const auto hours = number(sign + 1, 2), minutes = number(sign + 4, 2);
-    if (!hours || !minutes) return std::nullopt;
-    const std::int64_t offset = *hours * 3600 + *minutes * 60;
-    time -= text[sign] == '+' ? offset : -offset;
-  }
-  return time;
-}
-
 struct KeptRecord {
   std::shared_ptr<const ClipRecord> record;
 };
@@ -160,7 +133,7 @@ ClipRecord ClipRecord::FromRoot(const XmlElement& root) {
   double rate = RateOfText(AttributeOf(frame, "formatFps"));
   if (rate == 0) rate = RateOfCounting(counting);
   if (rate > 0) record.seconds = static_cast<double>(record.frames) / rate;
-  record.created = ParseDate(AttributeOf(root.Child("CreationDate"), "value"));
+  record.created = foundation::SecondsSince1970(AttributeOf(root.Child("CreationDate"), "value"));
   ReadTimecodes(table, counting, record);
   return record;
 }

@@ -11,6 +11,7 @@
 #include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
+#include "providers/common/NameMask.h"
 
 namespace Sorvik::canonflat {
 namespace {
@@ -27,27 +28,13 @@ constexpr std::string_view kIndex = "INDEX.MIF";
 // In this order the essence of a recording is chosen among files of one name.
 constexpr std::string_view kExtensions[] = {".crm", ".mxf", ".mp4"};
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-
-// In a mask "#" is a digit, "@" a letter, "*" either of them, and any other character itself.
-bool MatchesMask(std::string_view text, std::string_view mask) {
-  return text.size() == mask.size() &&
-         std::equal(text.begin(), text.end(), mask.begin(), [](char c, char wanted) {
-           if (wanted == '#') return IsDigit(c);
-           if (wanted == '@') return IsLetter(c);
-           if (wanted == '*') return IsDigit(c) || IsLetter(c);
-           return c == wanted;
-         });
-}
-
 constexpr std::string_view kNumberedName = "@_####@###@######_######**";
 
 bool IsClipsFolder(std::string_view name) {
   constexpr std::string_view kPrefix = "CLIPS";
   return name.size() == kPrefix.size() + 3 &&
          EqualIgnoringCase(name.substr(0, kPrefix.size()), kPrefix) &&
-         MatchesMask(name.substr(kPrefix.size()), "###");
+         MatchesPattern(name.substr(kPrefix.size()), "###");
 }
 
 std::size_t ExtensionRank(std::string_view name) {
@@ -81,11 +68,11 @@ ClipName ParseClipName(std::string_view stem) {
   }
   constexpr std::size_t kNumberSize = 4;  // "-008"; manuals show "_008"
   if (name.base.size() < kNumberedName.size() + kNumberSize ||
-      !MatchesMask(name.base.substr(0, kNumberedName.size()), kNumberedName)) {
+      !MatchesPattern(name.base.substr(0, kNumberedName.size()), kNumberedName)) {
     return name;
   }
   const std::string_view number = name.base.substr(name.base.size() - kNumberSize);
-  if (!MatchesMask(number, "-###") && !MatchesMask(number, "_###")) return name;
+  if (!MatchesPattern(number, "-###") && !MatchesPattern(number, "_###")) return name;
   name.part = 0;
   for (const char digit : number.substr(1)) {
     name.part = *name.part * 10 + static_cast<unsigned>(digit - '0');
