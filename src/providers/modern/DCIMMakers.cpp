@@ -33,9 +33,8 @@ constexpr StemPattern kGoProStems[] = {
     {"G#######", "-kkknnnn", "G", Form::kOriginal, Numbering::kFrames},
 };
 constexpr ExtensionRole kGoProExtensions[] = {
-    {".360", Role::kOriginal}, {".mp4", Role::kOriginal}, {".gpr", Role::kOriginal},
-    {".jpg", Role::kOriginal}, {".lrv", Role::kProxy},    {".thm", Role::kThumbnail},
-    {".wav", Role::kSound},
+    {".360", Role::kOriginal}, {".mp4", Role::kOriginal},  {".jpg", Role::kOriginal},
+    {".lrv", Role::kProxy},    {".thm", Role::kThumbnail}, {".wav", Role::kSound},
 };
 constexpr CompanionFolder kGoProCompanions[] = {
     {"Proxy", "", Role::kProxy},
@@ -52,14 +51,15 @@ constexpr StemPattern kDJIStems[] = {
     {"HYPERLAPSE_####", "-----------nnnn", "HYPERLAPSE", Form::kOriginal, Numbering::kFrames},
 };
 constexpr ExtensionRole kDJIExtensions[] = {
-    {".osv", Role::kOriginal},  {".mov", Role::kOriginal},  {".mp4", Role::kOriginal},
-    {".dng", Role::kOriginal},  {".jpg", Role::kOriginal},  {".lrf", Role::kProxy},
-    {".thm", Role::kThumbnail}, {".scr", Role::kThumbnail}, {".srt", Role::kSidecar},
-    {".wav", Role::kSound},
+    {".osv", Role::kOriginal},  {".mov", Role::kOriginal}, {".mp4", Role::kOriginal},
+    {".jpg", Role::kOriginal},  {".lrf", Role::kProxy},    {".thm", Role::kThumbnail},
+    {".scr", Role::kThumbnail}, {".srt", Role::kSidecar},  {".wav", Role::kSound},
 };
 // Of survey missions.
 constexpr std::string_view kDJIFolderFiles[] = {"*_Timestamp.MRK", "*_PPKRAW.bin", "*_PPKNAV.bin",
                                                 "*_Rinex.obs"};
+
+constexpr std::uint64_t kDJIFileLimits[] = {4'000'000'000, 16'000'000'000};
 
 // Insta360: the two lenses have the same time and number, and 00 and 10 between them.
 constexpr std::string_view kInsta360Folders[] = {"Camera##"};
@@ -71,11 +71,8 @@ constexpr StemPattern kInsta360Stems[] = {
 };
 constexpr ExtensionRole kInsta360Extensions[] = {
     {".insv", Role::kOriginal}, {".insp", Role::kOriginal}, {".mp4", Role::kOriginal},
-    {".dng", Role::kOriginal},  {".jpg", Role::kOriginal},  {".lrv", Role::kProxy},
-    {".gyro", Role::kSidecar},
+    {".jpg", Role::kOriginal},  {".lrv", Role::kProxy},     {".gyro", Role::kSidecar},
 };
-
-constexpr std::uint64_t kDJIFileLimits[] = {4'000'000'000, 16'000'000'000};
 
 constexpr bool HaveUseOfEachCharacter(std::span<const StemPattern> patterns) {
   for (const StemPattern& pattern : patterns) {
@@ -91,42 +88,44 @@ static_assert(HaveUseOfEachCharacter(kGoProStems) && HaveUseOfEachCharacter(kDJI
 constexpr std::string_view kNikonFolders[] = {"###NCZ_*", "###NZ_*", "###NZ_**", "###NIKON"};
 constexpr ExtensionRole kNikonExtensions[] = {
     {".nev", Role::kOriginal}, {".mov", Role::kOriginal}, {".mp4", Role::kOriginal},
-    {".nef", Role::kOriginal}, {".hif", Role::kOriginal}, {".jpg", Role::kOriginal},
-    {".ndf", Role::kOriginal}, {".wav", Role::kSound},    {".nksc", Role::kSidecar},
+    {".hif", Role::kOriginal}, {".jpg", Role::kOriginal}, {".ndf", Role::kOriginal},
+    {".wav", Role::kSound},    {".nksc", Role::kSidecar},
 };
 constexpr CompanionFolder kNikonCompanions[] = {{"NKSC_PARAM", "", Role::kSidecar}};
 constexpr std::string_view kNikonFolderFiles[] = {"NC_FLLST.DAT"};
 
 constexpr std::string_view kLumixFolders[] = {"###_PANA"};
 constexpr ExtensionRole kLumixExtensions[] = {
-    {".rw2", Role::kOriginal}, {".mov", Role::kOriginal}, {".mp4", Role::kOriginal},
-    {".hsp", Role::kOriginal}, {".jpg", Role::kOriginal},
+    {".mov", Role::kOriginal},
+    {".mp4", Role::kOriginal},
+    {".hsp", Role::kOriginal},
+    {".jpg", Role::kOriginal},
 };
 
 // Canon: folders by model or by date (###_mmdd, ###___mm).
 constexpr std::string_view kCanonFolders[] = {"###CANON", "###EOS**", "###_####", "###___##"};
 constexpr ExtensionRole kCanonExtensions[] = {
-    {".crm", Role::kOriginal}, {".cr3", Role::kOriginal},  {".cr2", Role::kOriginal},
-    {".mov", Role::kOriginal}, {".mp4", Role::kOriginal},  {".hif", Role::kOriginal},
-    {".jpg", Role::kOriginal}, {".thm", Role::kThumbnail}, {".wav", Role::kSound},
-    {".xml", Role::kSidecar},
+    {".crm", Role::kOriginal}, {".mov", Role::kOriginal}, {".mp4", Role::kOriginal},
+    {".hif", Role::kOriginal}, {".jpg", Role::kOriginal}, {".thm", Role::kThumbnail},
+    {".wav", Role::kSound},    {".xml", Role::kSidecar},
 };
 
 constexpr std::string_view kSonyFolders[] = {"###MSDCF"};
 constexpr ExtensionRole kSonyExtensions[] = {
-    {".arw", Role::kOriginal}, {".hif", Role::kOriginal}, {".jpg", Role::kOriginal},
-    {".mp4", Role::kOriginal}, {".wav", Role::kSound},
+    {".hif", Role::kOriginal},
+    {".jpg", Role::kOriginal},
+    {".mp4", Role::kOriginal},
+    {".wav", Role::kSound},
 };
 
 constexpr std::string_view kFujiFolders[] = {"###_FUJI"};
 constexpr ExtensionRole kFujiExtensions[] = {
-    {".raf", Role::kOriginal}, {".mov", Role::kOriginal}, {".mp4", Role::kOriginal},
-    {".hif", Role::kOriginal}, {".jpg", Role::kOriginal}, {".wav", Role::kSound},
+    {".mov", Role::kOriginal}, {".mp4", Role::kOriginal}, {".hif", Role::kOriginal},
+    {".jpg", Role::kOriginal}, {".wav", Role::kSound},
 };
 
 constexpr std::string_view kOlympusFolders[] = {"###OLYMP"};
 constexpr ExtensionRole kOlympusExtensions[] = {
-    {".orf", Role::kOriginal},
     {".mov", Role::kOriginal},
     {".jpg", Role::kOriginal},
     {".wav", Role::kSound},
@@ -141,27 +140,29 @@ constexpr StemPattern kAppleStems[] = {
 };
 static_assert(HaveUseOfEachCharacter(kAppleStems));
 constexpr ExtensionRole kAppleExtensions[] = {
-    {".dng", Role::kOriginal}, {".heic", Role::kOriginal}, {".jpg", Role::kOriginal},
-    {".png", Role::kOriginal}, {".mov", Role::kOriginal},  {".mp4", Role::kOriginal},
-    {".aae", Role::kSidecar},
+    {".heic", Role::kOriginal}, {".jpg", Role::kOriginal}, {".png", Role::kOriginal},
+    {".mov", Role::kOriginal},  {".mp4", Role::kOriginal}, {".aae", Role::kSidecar},
 };
 
 constexpr std::string_view kDCFFolders[] = {"###*****"};
 constexpr ExtensionRole kDCFExtensions[] = {
-    {".raf", Role::kOriginal},  {".rw2", Role::kOriginal},  {".nef", Role::kOriginal},
-    {".cr3", Role::kOriginal},  {".cr2", Role::kOriginal},  {".crw", Role::kOriginal},
-    {".arw", Role::kOriginal},  {".orf", Role::kOriginal},  {".pef", Role::kOriginal},
-    {".dng", Role::kOriginal},  {".mov", Role::kOriginal},  {".mp4", Role::kOriginal},
-    {".avi", Role::kOriginal},  {".mts", Role::kOriginal},  {".m2ts", Role::kOriginal},
-    {".mxf", Role::kOriginal},  {".insv", Role::kOriginal}, {".insp", Role::kOriginal},
-    {".osv", Role::kOriginal},  {".360", Role::kOriginal},  {".nev", Role::kOriginal},
-    {".braw", Role::kOriginal}, {".r3d", Role::kOriginal},  {".crm", Role::kOriginal},
-    {".heic", Role::kOriginal}, {".heif", Role::kOriginal}, {".hif", Role::kOriginal},
-    {".tif", Role::kOriginal},  {".jpg", Role::kOriginal},  {".jpeg", Role::kOriginal},
-    {".png", Role::kOriginal},  {".gif", Role::kOriginal},  {".lrv", Role::kProxy},
-    {".lrf", Role::kProxy},     {".thm", Role::kThumbnail}, {".wav", Role::kSound},
-    {".srt", Role::kSidecar},   {".xmp", Role::kSidecar},   {".xml", Role::kSidecar},
-    {".aae", Role::kSidecar},
+    {".mov", Role::kOriginal},  {".mp4", Role::kOriginal},  {".avi", Role::kOriginal},
+    {".mts", Role::kOriginal},  {".m2ts", Role::kOriginal}, {".mxf", Role::kOriginal},
+    {".insv", Role::kOriginal}, {".insp", Role::kOriginal}, {".osv", Role::kOriginal},
+    {".360", Role::kOriginal},  {".nev", Role::kOriginal},  {".braw", Role::kOriginal},
+    {".r3d", Role::kOriginal},  {".crm", Role::kOriginal},  {".heic", Role::kOriginal},
+    {".heif", Role::kOriginal}, {".hif", Role::kOriginal},  {".tif", Role::kOriginal},
+    {".jpg", Role::kOriginal},  {".jpeg", Role::kOriginal}, {".png", Role::kOriginal},
+    {".gif", Role::kOriginal},  {".lrv", Role::kProxy},     {".lrf", Role::kProxy},
+    {".thm", Role::kThumbnail}, {".wav", Role::kSound},     {".srt", Role::kSidecar},
+    {".xmp", Role::kSidecar},   {".xml", Role::kSidecar},   {".aae", Role::kSidecar},
+};
+// Raw pictures of any maker come before the originals that their cameras derive from them.
+constexpr ExtensionRole kRawExtensions[] = {
+    {".raf", Role::kOriginal}, {".rw2", Role::kOriginal}, {".nef", Role::kOriginal},
+    {".cr3", Role::kOriginal}, {".cr2", Role::kOriginal}, {".crw", Role::kOriginal},
+    {".arw", Role::kOriginal}, {".orf", Role::kOriginal}, {".pef", Role::kOriginal},
+    {".gpr", Role::kOriginal}, {".dng", Role::kOriginal},
 };
 
 constexpr Maker kMakers[] = {
@@ -203,8 +204,9 @@ constexpr const Maker& kPlainMaker = kMakers[std::size(kMakers) - 1];
 
 void SetRole(const Maker& maker, std::string_view name, FileIdentity& identity) {
   std::size_t rank = 0;
-  for (const auto* extensions : {&maker.extensions, &kPlainMaker.extensions}) {
-    for (const ExtensionRole& row : *extensions) {
+  const std::span<const ExtensionRole> lists[] = {kRawExtensions, maker.extensions, kDCFExtensions};
+  for (const std::span<const ExtensionRole> extensions : lists) {
+    for (const ExtensionRole& row : extensions) {
       ++rank;
       if (!foundation::HasExtension(name, row.extension)) continue;
       identity.role = row.role;

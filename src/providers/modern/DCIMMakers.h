@@ -71,8 +71,8 @@ struct Maker {
   std::string_view name;
   std::span<const std::string_view> folders;  // patterns of the names of folders below DCIM
   std::span<const StemPattern> stems = {};    // all other stems are DCF objects
-  // In the order in which the first original of an object is chosen. Extensions that a row lacks
-  // are those of the last row.
+  // In the order in which the first original of an object is chosen, after raw pictures. Extensions
+  // that a row lacks are those of the last row.
   std::span<const ExtensionRole> extensions;
   // An original with the second extension is the proxy of one with the first and the same stem.
   std::string_view rawExtension = {};
