@@ -20,6 +20,7 @@
 #include "providers/cards/ProviderXDCAMEX.h"
 #include "providers/modern/ProviderCanonXFAVC.h"
 #include "providers/modern/ProviderDCIM.h"
+#include "providers/modern/ProviderPanaGroup.h"
 #include "providers/modern/ProviderSonyXAVC.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
@@ -60,6 +61,7 @@ constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderSonyXAVC>,
     Make<ProviderCanonXFAVC>,
     Make<ProviderDCIM>,
+    Make<ProviderPanaGroup>,
 };
 
 constexpr std::chrono::milliseconds kNoLimit{-1};
