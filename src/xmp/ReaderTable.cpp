@@ -24,6 +24,7 @@
 #include "xmp/readers/RiffReader.h"
 #include "xmp/readers/RmfReader.h"
 #include "xmp/readers/ScanReader.h"
+#include "xmp/readers/SubtitleTelemetryReader.h"
 #include "xmp/readers/SvgReader.h"
 #include "xmp/readers/TiffReader.h"
 #include "xmp/readers/TransportStreamReader.h"
@@ -56,6 +57,7 @@ constexpr const Reader* kReaders[] = {
     &kId3Reader,
     // Detected by file name.
     &kRmdReader,
+    &kSubtitleTelemetryReader,
     // Formats detected by byte patterns: after all formats with a signature.
     &kTransportStreamReader,
     &kDVReader,

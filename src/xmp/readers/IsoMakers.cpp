@@ -7,6 +7,7 @@
 
 #include "xmp/Namespaces.h"
 #include "xmp/readers/ExifTags.h"
+#include "xmp/readers/GpmfTelemetry.h"
 #include "xmp/readers/NativeText.h"
 #include "xmp/readers/NonRealTimeMetaReader.h"
 
@@ -97,67 +98,6 @@ void SetNikonTags(ByteReader tags, TXMPMeta& meta) {
   }
 }
 
-// Type, size of an item, number of items, items, padding to four bytes.
-struct ActionItem {
-  std::uint32_t key = 0;
-  char type = 0;
-  ByteReader value;
-};
-constexpr int kMaxActionDepth = 8;
-constexpr unsigned kMaxActionItems = 4096;
-
-void SetActionItem(const ActionItem& item, TXMPMeta& meta) {
-  const std::string text = NativeText(item.value.Text());
-  if (item.type != 'c' || text.empty()) return;
-  switch (item.key) {
-    case FourCC("MINF"):
-      meta.SetProperty(kNsTIFF, "Model", text);
-      meta.SetProperty(kNsDM, "cameraModel", text);
-      break;
-    case FourCC("DVNM"):
-      // "Hero5 Black"; elsewhere the name of a part, such as "Video Global Settings".
-      if (!meta.HasProperty(kNsTIFF, "Model") &&
-          (text.starts_with("Hero") || text.starts_with("HERO"))) {
-        meta.SetProperty(kNsTIFF, "Model", text);
-      }
-      break;
-    case FourCC("CASN"):
-      meta.SetProperty(kNsAux, "SerialNumber", text);
-      break;
-    case FourCC("FMWR"):
-      SetSoftware(meta, text);
-      break;
-    default:
-      break;
-  }
-}
-
-void WalkActionItems(ByteReader bytes, int depth, unsigned& budget, TXMPMeta& meta) {
-  std::uint64_t at = 0;
-  while (bytes.Holds(at, 8) && budget > 0) {
-    --budget;
-    ActionItem item;
-    item.key = bytes.U32BE(at).value_or(0);
-    item.type = static_cast<char>(bytes.U8(at + 4).value_or(0));
-    const std::uint64_t size =
-        std::uint64_t{bytes.U8(at + 5).value_or(0)} * bytes.U16BE(at + 6).value_or(0);
-    if (item.key == 0) return;
-    item.value = bytes.Clip(at + 8, size);
-    if (item.type != 0) {
-      SetActionItem(item, meta);
-    } else if (depth < kMaxActionDepth) {
-      WalkActionItems(item.value, depth + 1, budget, meta);
-    }
-    at += 8 + (size + 3) / 4 * 4;
-  }
-}
-
-// Key-length-value metadata of action cameras.
-void SetActionCameraFacts(ByteReader bytes, TXMPMeta& meta) {
-  unsigned budget = kMaxActionItems;
-  WalkActionItems(bytes, 0, budget, meta);
-}
-
 // 3GPP TS 26.244, 8.2: version and flags, language, name, role, longitude, latitude, altitude. The
 // numbers are signed, with 16 fractional bits.
 void SetLocationBox(ByteReader body, TXMPMeta& meta) {
@@ -225,7 +165,7 @@ void SetMakerBox(FileWindow& file, const IsoBox& box, TXMPMeta& meta) {
       break;
     case FourCC("GPMF"): {
       const std::string bytes = CopyOf(file, box);
-      SetActionCameraFacts(foundation::ReaderOf(bytes), meta);
+      SetGpmfFacts(foundation::ReaderOf(bytes), meta);
       meta.SetProperty(kNsTIFF, "Make", "GoPro");
       break;
     }

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "xmp/Namespaces.h"
+#include "xmp/readers/GpmfTelemetry.h"
+#include "xmp/readers/Insta360Trailer.h"
 #include "xmp/readers/IsoFragments.h"
 #include "xmp/readers/IsoItems.h"
 #include "xmp/readers/IsoMakers.h"
@@ -34,7 +36,7 @@ bool Recognises(const ReaderInput& input) {
 class IsoFile {
  public:
   IsoFile(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output)
-      : file_(input), wanted_(wanted), output_(output) {}
+      : file_(input), path_(input.path), wanted_(wanted), output_(output) {}
 
   // Media data is skipped, wherever it is.
   void Read() {
@@ -108,6 +110,8 @@ class IsoFile {
     if (wanted_.Wants(kNsDM, "videoFieldOrder") || wanted_.Wants(kNsDM, "videoColorSpace")) {
       SetFirstFrame(file_, *movie_, native);
     }
+    SetTelemetryTrack(file_, *movie_, wanted_, native);
+    if (MayHaveInsta360Trailer(path_)) SetInsta360Trailer(file_, wanted_, native);
     if (hasCamera_) {
       AddNonRealTimeFacts(std::move(camera_), native);
     }
@@ -115,6 +119,7 @@ class IsoFile {
   }
 
   FileWindow file_;
+  const std::string& path_;
   const WantedProperties& wanted_;
   ReaderOutput& output_;
   std::optional<IsoMovie> movie_;

@@ -127,7 +127,7 @@ class TrackParser {
 
   bool Complete() const {
     if (track_.entry.empty()) return false;
-    if (track_.handler == FourCC("tmcd")) return track_.firstChunk != 0;
+    if (track_.handler == FourCC("tmcd") || track_.IsTelemetry()) return track_.firstChunk != 0;
     if (IsProRes(track_.entry) && track_.firstChunk == 0) return false;
     return track_.handler == FourCC("vide") ? timed_ && sized_ : timed_ || sized_;
   }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,9 @@ struct IsoTrack {
   std::uint32_t height = 0;
   std::string entry;             // the first sample description, with its size and type
   std::uint64_t firstChunk = 0;  // offset of the first sample; 0 unknown
+
+  // Samples in GPMF, the telemetry format of action cameras.
+  bool IsTelemetry() const { return std::string_view(entry).substr(0, 8).ends_with("gpmd"); }
 };
 
 // The complete movie.
