@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "Commands.h"
 #include "Failure.h"
+#include "FileGroups.h"
 #include "Json.h"
 #include "Keys.h"
 #include "Paths.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/cardtools/EntryFiles.h"
+#include "SorvikProvider/metadata/RelatedFiles.h"
 #include "Values.h"
 
 namespace host {
@@ -17,6 +20,7 @@ namespace {
 using Sorvik::CardFile;
 using Sorvik::CardFindings;
 using Sorvik::ContentMap;
+using Sorvik::FieldValueMap;
 using Sorvik::Finding;
 
 const Sorvik::FieldNameList kPathFields = {Sorvik::kPathField, Sorvik::kExtraPathField,
@@ -86,6 +90,18 @@ int WriteFilesOfEntries(Context& context, const std::string& path, const Content
   return found.unreachable.empty() ? kDone : kFailed;
 }
 
+// The fields of the group of a loose file; empty if there is none, or if a card owns the file.
+FieldValueMap GroupOf(Context& context, const std::string& file) {
+  return context.session.OnWorker<FieldValueMap>([file] {
+    FieldValueMap fields;
+    if (!AddFileGroup(file, fields)) return fields;
+    const Hestra::UTF16String path = Hestra::MakeString(file);
+    Hestra::UTF16String key, folder, provider;
+    Sorvik::GetRelatedFilesWithoutExtraFiles(path, key, folder, provider);
+    return key == path ? fields : FieldValueMap();
+  });
+}
+
 }  // namespace
 
 int RunFiles(Context& context) {
@@ -94,8 +110,13 @@ int RunFiles(Context& context) {
   if (operands.size() > 1) {
     const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
     const std::string key = FindKey(context, provider, path, operands[1]);
-    const ContentMap content{{key, ReadEntry(context, provider, path, key, kPathFields)}};
+    ContentMap content{{key, ReadEntry(context, provider, path, key, kPathFields)}};
+    if (!IsStructure(provider)) content.emplace("", GroupOf(context, path + "/" + key));
     return WriteFilesOfEntries(context, path, content);
+  }
+  if (FieldValueMap group = GroupOf(context, path); !group.empty()) {
+    const std::string folder = path.substr(0, path.rfind('/'));
+    return WriteFilesOfEntries(context, folder, {{"", std::move(group)}});
   }
   const std::vector<Sorvik::FoundCard> cards = CardsFor(context, path);
   if (cards.empty()) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands.h"
 #include "Failure.h"
+#include "FileGroups.h"
 #include "Json.h"
 #include "Paths.h"
 #include "SorvikProvider/frame/ProviderHost.h"
@@ -27,8 +28,12 @@ Owner FindOwner(const std::string& path, bool clipsOnly) {
   const auto find = clipsOnly ? Sorvik::GetRelatedFilesWithoutExtraFiles : Sorvik::GetRelatedFiles;
   owner.fields = find(file, owner.entryKey, owner.folderPath, owner.providerId);
   // A missing file can still belong to a clip. Without an owning clip the file must exist.
-  if (owner.entryKey == file && !Exists(path))
+  if (owner.entryKey != file) return owner;
+  if (!Exists(path)) {
     owner.error = DescribePathError(path, "cannot access");
+  } else if (!clipsOnly && AddFileGroup(path, owner.fields)) {
+    owner.entryKey = Hestra::MakeString(*owner.fields[Sorvik::kPathField].get_if<std::string>());
+  }
   return owner;
 }
 

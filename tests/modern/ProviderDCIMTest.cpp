@@ -351,6 +351,18 @@ TEST_F(DCIMChecks, AreFoundNextToOtherCardsOfTheMedium) {
   EXPECT_EQ(inside.front().identification, kId);
 }
 
+TEST(ProviderDCIM, TakesThePositionFromFlightData) {
+  const TempTree tree;
+  tree.File("card/DCIM/100MEDIA/DJI_0001.MP4", MadeMedia(".MP4"));
+  tree.File("card/DCIM/100MEDIA/DJI_0001.SRT",
+            "1\n00:00:00,000 --> 00:00:00,033\n[iso: 100] [latitude: 48.5] [longitude: -11.25]\n");
+  const FieldNameSet fields{"GPSLatitude", "GPSLongitude", "Model"};
+  const FieldValueMap clip =
+      kProvider.GetContent(tree.Path("card"), "100MEDIA/DJI_0001", fields).begin()->second;
+  EXPECT_EQ(TextOf(clip, "GPSLatitude"), "48,30.00000N");
+  EXPECT_EQ(TextOf(clip, "GPSLongitude"), "11,15.00000W");
+}
+
 TEST(ProviderDCIM, ShowsTheCamerasPicture) {
   const TempTree tree;
   MakeXAVCCard(tree, "other", XAVCLayout::kM4Root, {{.name = "C0001"}});

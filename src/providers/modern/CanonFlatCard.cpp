@@ -98,12 +98,9 @@ class Card::Builder {
     if (!sounds.empty()) AddSounds(sounds);
   }
 
- private:
-  using Parts = std::map<unsigned, PartFiles>;
-
   void AddFolder(const std::string& path) {
     const auto folder = CardFolder::Of(path);
-    std::map<std::string, Parts> recordings;  // by folded base
+    std::map<std::string, std::map<unsigned, PartFiles>> recordings;  // by folded base
     std::vector<std::string> others;
     for (std::string& name : folder->VisibleFiles()) {
       if (!IsClipFile(name)) {
@@ -118,6 +115,9 @@ class Card::Builder {
     for (const std::string& name : others) AddSidecar(folder->PathOf(name));
     byStem_.clear();  // sidecars are in the folder of their clip
   }
+
+ private:
+  using Parts = std::map<unsigned, PartFiles>;
 
   void AddRecording(std::string_view folder, const std::string& base, Parts& parts) {
     Recording recording;
@@ -179,6 +179,12 @@ std::shared_ptr<const Card> Card::Of(const std::string& root) {
     Builder(*card).Build(root);
     return card;
   });
+}
+
+Card Card::OfClipFolder(const std::string& path) {
+  Card card;
+  Builder(card).AddFolder(path);
+  return card;
 }
 
 const Recording* Card::Find(std::string_view key) const {

@@ -42,6 +42,8 @@ class Card {
  public:
   // The card at `root`, listed once within a call scope.
   static std::shared_ptr<const Card> Of(const std::string& root);
+  // The recordings of one folder of clips.
+  static Card OfClipFolder(const std::string& path);
 
   // Ordered by folder and name.
   const std::vector<Recording>& Recordings() const noexcept { return recordings_; }

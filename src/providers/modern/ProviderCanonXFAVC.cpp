@@ -121,4 +121,25 @@ Bitplate** ProviderCanonXFAVC::GetThumbnail(const std::string& path, const std::
   return GetFolderThumbnail(path, key, std::min(width, side), side);
 }
 
+std::optional<FileGroup> ProviderCanonXFAVC::GroupOf(const std::string& folder,
+                                                     const std::string& name) const {
+  const std::string path = foundation::JoinPath(folder, name);
+  const Card card = Card::OfClipFolder(folder);
+  for (const Recording& recording : card.Recordings()) {
+    FileGroup group;
+    group.parts = recording.parts;
+    group.others = recording.proxies;
+    group.others.insert(group.others.end(), recording.files.begin(), recording.files.end());
+    const auto files = group.AllFiles();
+    // Without parts or proxies it may be anybody's name.
+    const bool isNamed = canonflat::ParseClipName(foundation::FileStem(files.front())).part ||
+                         !recording.proxies.empty();
+    if (!isNamed || !std::ranges::count(files, path)) continue;
+    group.name = foundation::FileStem(files.front());
+    if (!recording.proxies.empty()) group.proxy = recording.proxies.front();
+    return group;
+  }
+  return std::nullopt;
+}
+
 }  // namespace Sorvik

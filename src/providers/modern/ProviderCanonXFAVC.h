@@ -5,14 +5,16 @@
 // listed by ProviderCanonXF.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "frame/CardChecker.h"
+#include "frame/FileGrouper.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderCanonXFAVC final : public ClipProvider, public CardChecker {
+class ProviderCanonXFAVC final : public ClipProvider, public CardChecker, public FileGrouper {
  public:
   ProviderCanonXFAVC();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -28,6 +30,9 @@ class ProviderCanonXFAVC final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  // Groups the parts of a recording, with proxies and sidecars.
+  std::optional<FileGroup> GroupOf(const std::string& folder,
+                                   const std::string& name) const override;
 };
 
 }  // namespace Sorvik

@@ -67,8 +67,7 @@ bool HasDuration(const Object& object) {
          object.PartNumbering() == dcim::Numbering::kLoop;
 }
 
-FieldValueMap MetadataOf(const Object& object, const FieldNameSet& wanted) {
-  if (wanted.empty()) return {};
+FieldValueMap MetadataOfMedia(const Object& object, const FieldNameSet& wanted) {
   if (object.parts.empty()) {
     return object.proxies.empty()
                ? FieldValueMap()
@@ -87,6 +86,28 @@ FieldValueMap MetadataOf(const Object& object, const FieldNameSet& wanted) {
         kFrameCountField));
   }
   durations.SetTotal(values);
+  return values;
+}
+
+// Fills the position from the flight data next to the recording.
+void AddPosition(const Object& object, const FieldNameSet& wanted, FieldValueMap& values) {
+  FieldNameSet missing;
+  for (const char* name : {"GPSLatitude", "GPSLongitude", "GPSAltitude", "GPSAltitudeRef"}) {
+    if (wanted.contains(name) && TextOf(values, name).empty()) missing.insert(name);
+  }
+  if (missing.empty()) return;
+  const auto subtitles = std::ranges::find_if(
+      object.files, [](const std::string& file) { return HasExtension(file, ".srt"); });
+  if (subtitles == object.files.end()) return;
+  for (auto& [name, value] : XMPSupport::MakeValue(*subtitles, XMPSupport::ParseFields(missing))) {
+    values.insert_or_assign(name, std::move(value));
+  }
+}
+
+FieldValueMap MetadataOf(const Object& object, const FieldNameSet& wanted) {
+  if (wanted.empty()) return {};
+  FieldValueMap values = MetadataOfMedia(object, wanted);
+  AddPosition(object, wanted, values);
   return values;
 }
 
@@ -204,6 +225,26 @@ Bitplate** ProviderDCIM::GetThumbnail(const std::string& path, const std::string
   const int side = std::min(height, kIconHeight);
   return GetFolderThumbnail(std::string(foundation::ParentFolder(file)),
                             std::string(foundation::FileName(file)), std::min(width, side), side);
+}
+
+std::optional<FileGroup> ProviderDCIM::GroupOf(const std::string& folder,
+                                               const std::string& name) const {
+  const dcim::ObjectFolder listed(folder, {}, dcim::MakerOfFolder(foundation::FileName(folder)));
+  const std::string path = foundation::JoinPath(folder, name);
+  for (const Object& object : listed.Objects()) {
+    FileGroup group;
+    for (const dcim::Part& part : object.parts) group.parts.push_back(part.path);
+    for (const auto* more : {&object.proxies, &object.thumbnails, &object.files}) {
+      group.others.insert(group.others.end(), more->begin(), more->end());
+    }
+    if (!std::ranges::count(group.parts, path) && !std::ranges::count(group.others, path)) {
+      continue;
+    }
+    group.name = object.key;
+    group.proxy = object.proxies.empty() ? ProxyOfRawMovie(object) : object.proxies.front();
+    return group;
+  }
+  return std::nullopt;
 }
 
 }  // namespace Sorvik

@@ -4,14 +4,16 @@
 // ("100GOPRO/GX010001").
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "frame/CardChecker.h"
+#include "frame/FileGrouper.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderDCIM final : public ClipProvider, public CardChecker {
+class ProviderDCIM final : public ClipProvider, public CardChecker, public FileGrouper {
  public:
   ProviderDCIM();
   // Lists only the folder of the key.
@@ -28,6 +30,9 @@ class ProviderDCIM final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  // Groups files of any maker: those that no form of stems knows by their stems.
+  std::optional<FileGroup> GroupOf(const std::string& folder,
+                                   const std::string& name) const override;
 };
 
 }  // namespace Sorvik

@@ -215,4 +215,45 @@ Bitplate** ProviderSonyXAVC::GetThumbnail(const std::string& path, const std::st
   return GetFolderThumbnail(root, key, std::min(width, side), side);
 }
 
+namespace {
+
+// M: record, T: thumbnail, S: proxy, R: real-time metadata.
+bool IsNextToEssence(std::string_view name) {
+  return std::ranges::any_of(std::string_view("MTSR"),
+                             [name](char kind) { return xavc::IsFileOfKind(name, kind); });
+}
+
+std::string_view StemOfClip(std::string_view name) {
+  std::string_view stem = foundation::FileStem(name);
+  if (IsNextToEssence(name)) stem.remove_suffix(xavc::kKindSize);
+  return stem;
+}
+
+}  // namespace
+
+std::optional<FileGroup> ProviderSonyXAVC::GroupOf(const std::string& folder,
+                                                   const std::string& name) const {
+  FileGroup group;
+  const std::string_view wanted = StemOfClip(name);
+  const auto listed = CardFolder::Of(folder);
+  std::vector<std::string> others;
+  for (const std::string& file : listed->VisibleFiles()) {
+    const bool isAlone = EqualIgnoringCase(foundation::FileStem(file), wanted);
+    const std::string path = listed->PathOf(file);
+    if (isAlone && xavc::IsEssenceName(file)) {
+      group.parts.push_back(path);
+    } else if (!isAlone && IsNextToEssence(file) && EqualIgnoringCase(StemOfClip(file), wanted)) {
+      if (group.proxy.empty() && xavc::IsEssenceName(file)) group.proxy = path;
+      group.others.push_back(path);
+    } else if (isAlone) {
+      others.push_back(path);
+    }
+  }
+  // Without both it may be anybody's name.
+  if (group.parts.size() != 1 || group.others.empty()) return std::nullopt;
+  group.name = wanted;
+  group.others.insert(group.others.end(), others.begin(), others.end());
+  return group;
+}
+
 }  // namespace Sorvik

@@ -3,14 +3,16 @@
 // each recording, keyed by the file name of its essence.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "frame/CardChecker.h"
+#include "frame/FileGrouper.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderSonyXAVC final : public ClipProvider, public CardChecker {
+class ProviderSonyXAVC final : public ClipProvider, public CardChecker, public FileGrouper {
  public:
   ProviderSonyXAVC();
   // The parts of a recording that the camera cut are one entry, keyed by the first part.
@@ -28,6 +30,9 @@ class ProviderSonyXAVC final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  // Groups a clip with files of its stem that end in a letter and two digits (C0001M01.XML).
+  std::optional<FileGroup> GroupOf(const std::string& folder,
+                                   const std::string& name) const override;
 };
 
 }  // namespace Sorvik
