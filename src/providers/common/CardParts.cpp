@@ -55,6 +55,13 @@ void AddIndexFiles(const std::string& folder, std::initializer_list<std::string_
   }
 }
 
+std::string FindFolder(const std::string& parent, std::string_view name) {
+  if (parent.empty()) return {};
+  const auto folder = CardFolder::Of(parent);
+  const auto found = folder->Find(name);
+  return found && folder->ContainsFolder(*found) ? folder->PathOf(*found) : std::string();
+}
+
 EntryOfPath::EntryOfPath(const ContentMap& entries,
                          std::initializer_list<std::string_view> extensions) {
   for (const auto& [entryKey, fields] : entries) {

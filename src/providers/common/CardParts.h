@@ -25,6 +25,9 @@ void AddStructureFilesBelow(const std::string& folder, CardDescription& card);
 void AddIndexFiles(const std::string& folder, std::initializer_list<std::string_view> names,
                    CardDescription& card);
 
+// The folder `name` of `parent`, in any case; empty if there is none or `parent` is empty.
+std::string FindFolder(const std::string& parent, std::string_view name);
+
 // The entry that a path belongs to, by the fields Path, ExtraPath and ProxyPath.
 class EntryOfPath {
  public:

@@ -11,6 +11,7 @@
 #include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
+#include "providers/common/CardParts.h"
 #include "providers/common/NameMask.h"
 
 namespace Sorvik::canonflat {
@@ -42,13 +43,6 @@ std::size_t ExtensionRank(std::string_view name) {
     return foundation::HasExtension(name, extension);
   });
   return static_cast<std::size_t>(found - std::begin(kExtensions));
-}
-
-// A folder of the root or of another folder, in any case; empty if there is none.
-std::string FindFolder(const std::string& parent, std::string_view name) {
-  const auto folder = CardFolder::Of(parent);
-  const auto found = folder->Find(name);
-  return found && folder->ContainsFolder(*found) ? folder->PathOf(*found) : std::string();
 }
 
 // The files of one part: those of one name, with different extensions.

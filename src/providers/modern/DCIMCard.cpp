@@ -12,6 +12,7 @@
 #include "foundation/Paths.h"
 #include "foundation/hestra/PathUtils.h"
 #include "foundation/platform/FileStatus.h"
+#include "providers/common/CardParts.h"
 
 namespace Sorvik::dcim {
 namespace {
@@ -24,13 +25,6 @@ using foundation::FoldCase;
 using foundation::JoinPath;
 
 constexpr int kMaxDepth = 8;  // of folders below DCIM; cameras use two
-
-std::string FindFolder(const std::string& parent, std::string_view name) {
-  if (parent.empty()) return {};
-  const auto folder = CardFolder::Of(parent);
-  const auto found = folder->Find(name);
-  return found && folder->ContainsFolder(*found) ? folder->PathOf(*found) : std::string();
-}
 
 bool IsCompanionFolder(const Maker* maker, std::string_view name) {
   return maker != nullptr &&

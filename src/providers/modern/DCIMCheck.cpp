@@ -12,7 +12,6 @@
 
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "formats/MediaNames.h"
-#include "foundation/CardFolder.h"
 #include "foundation/DateTime.h"
 #include "foundation/Paths.h"
 #include "foundation/platform/FileStatus.h"
@@ -217,10 +216,7 @@ void AddFilesOfMedium(const std::string& root, CardDescription& card) {
     for (std::string_view rest = relative; !rest.empty();) {
       const std::string_view name = rest.substr(0, rest.find('/'));
       rest.remove_prefix(std::min(name.size() + 1, rest.size()));
-      const auto listed = foundation::CardFolder::Of(folder);
-      const auto found = listed->Find(name);
-      folder = found && listed->ContainsFolder(*found) ? listed->PathOf(*found) : std::string();
-      if (folder.empty()) break;
+      folder = FindFolder(folder, name);
     }
     if (!folder.empty()) AddStructureFilesBelow(folder, card);
   }
