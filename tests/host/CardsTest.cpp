@@ -120,6 +120,29 @@ TEST_F(Cards, CheckAndFilesCoverCardsBelowACard) {
   EXPECT_THAT(RunSorvik({"files", sd, "--provider", "p2"}).output, Not(HasSubstr("JVC")));
 }
 
+TEST_F(Cards, OwnerAndFilesGroupLooseClips) {
+  for (const char* file : {"GX010001.MP4", "GX020001.MP4", "GL010001.LRV", "GX010002.MP4"}) {
+    tree_.File(std::string("plain/") + file, "x");
+  }
+  const std::string plain = tree_.Path("plain/");
+  const auto owner =
+      nlohmann::json::parse(RunSorvik({"owner", "--json", plain + "GL010001.LRV"}).output);
+  EXPECT_EQ(owner["key"], plain + "GX010001.MP4");
+  EXPECT_EQ(owner["path"], tree_.Path("plain"));
+  EXPECT_EQ(owner["fields"]["ProxyPath"], plain + "GL010001.LRV");
+  EXPECT_EQ(owner["fields"]["ExtraPath"].size(), 2u);
+  const std::string files =
+      plain + "GX010001.MP4\n" + plain + "GX020001.MP4\n" + plain + "GL010001.LRV\n";
+  EXPECT_EQ(RunSorvik({"files", plain + "GX020001.MP4"}).output, files);
+  EXPECT_THAT(RunSorvik({"files", plain, "GX020001.MP4"}).output,
+              HasSubstr(plain + "GL010001.LRV\n"));
+  EXPECT_EQ(RunSorvik({"owner", "--clips-only", "--json", plain + "GL010001.LRV"})
+                .output.find("GX010001"),
+            std::string::npos);
+  EXPECT_EQ(RunSorvik({"files", tree_.Path("sd/CONTENTS/VIDEO/0001AB.MXF")}).exitCode, 1)
+      << "a card owns it";
+}
+
 TEST_F(Cards, LsIsLiteralAndReportsNearbyCards) {
   const std::string folder = tree_.Path("sd/PRIVATE");
   const ProgramResult result = RunSorvik({"ls", folder});
