@@ -206,8 +206,10 @@ class CardSearch {
     });
     // A card that has lost all its media still has clips, which some providers list by their
     // metadata only.
-    return !hasMedia &&
-           claim.candidate.provider->GetContent(path, {kPathField, "duration"}, request_).empty();
+    if (hasMedia) return false;
+    FieldNameSet fields{kPathField};
+    if (!claim.candidate.layout->hasClipsByName) fields.insert("duration");
+    return claim.candidate.provider->GetContent(path, fields, request_).empty();
   }
 
   // Reports the innermost card that contains `path`. Returns false if there is none.

@@ -20,6 +20,8 @@ struct CardLayout {
   std::vector<std::string_view> ownFolders = {};
   // The identification of another provider that lists the same clips of a root.
   std::string_view alternativeTo = {};
+  // Names show whether there are clips: a search needs no metadata for that.
+  bool hasClipsByName = false;
 };
 
 class ClipProvider : public Provider {

@@ -168,18 +168,19 @@ std::vector<std::string> PicturesOf(const Object& object) {
 }  // namespace
 
 ProviderDCIM::ProviderDCIM()
-    : ClipProvider(
-          {.identification = "com.halvane.Merisk.ProviderDCIM",
-           .uiString = "$$$/Ortlane/Libraries/Sorvik/DCIMUIString=Camera card (DCIM)",
-           .defaultFields = {kNameField, "CreateDate", "startTimecode", "duration",
-                             "videoFrameSize", "videoFrameRate", "Model"},
-           .labelFields = {"Name", "Path", "CreateDate", "ModifyDate", "identifier",
-                           "startTimecode", "duration", "videoFrameSize", "videoFrameRate",
-                           "videoPixelAspectRatio", "videoCompressor", "audioSampleRate",
-                           "audioChannelType", "audioCompressor", "Make", "Model", "SerialNumber",
-                           "GPSLatitude", "GPSLongitude"},
-           .layout = {.rootNames = {dcim::kDCIM}, .ownFolders = {dcim::kDCIM, dcim::kMisc}},
-           .maxThumbnailHeight = std::numeric_limits<int>::max()}) {}
+    : ClipProvider({.identification = "com.halvane.Merisk.ProviderDCIM",
+                    .uiString = "$$$/Ortlane/Libraries/Sorvik/DCIMUIString=Camera card (DCIM)",
+                    .defaultFields = {kNameField, "CreateDate", "startTimecode", "duration",
+                                      "videoFrameSize", "videoFrameRate", "Model"},
+                    .labelFields = {"Name", "Path", "CreateDate", "ModifyDate", "identifier",
+                                    "startTimecode", "duration", "videoFrameSize", "videoFrameRate",
+                                    "videoPixelAspectRatio", "videoCompressor", "audioSampleRate",
+                                    "audioChannelType", "audioCompressor", "Make", "Model",
+                                    "SerialNumber", "GPSLatitude", "GPSLongitude"},
+                    .layout = {.rootNames = {dcim::kDCIM},
+                               .ownFolders = {dcim::kDCIM, dcim::kMisc},
+                               .hasClipsByName = true},
+                    .maxThumbnailHeight = std::numeric_limits<int>::max()}) {}
 
 ContentMap ProviderDCIM::GetContent(const std::string& path, const std::string& key,
                                     const FieldNameSet& fields) const {
