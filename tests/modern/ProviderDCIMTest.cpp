@@ -273,8 +273,10 @@ TEST_F(DCIMChecks, ReportWhatNamesProve) {
         "100GOPRO/GXAA0007.MP4", "100GOPRO/GXAA0009.MP4"}) {
     Media(file);
   }
-  for (const char* file : {"100GOPRO/GL010003.LRV", "100GOPRO/GX010004.THM",
-                           "100GOPRO/G0010005.JPG", "100GOPRO/G0010008.JPG"}) {
+  tree_.File("card/DCIM/100GOPRO/GL010003.LRV", MadeMedia(".MP4"));
+  tree_.File("card/DCIM/100GOPRO/GL010001.LRV", MadeMedia(".MP4").substr(0, 200));
+  for (const char* file :
+       {"100GOPRO/GX010004.THM", "100GOPRO/G0010005.JPG", "100GOPRO/G0010008.JPG"}) {
     tree_.File(std::string("card/DCIM/") + file, "x");
   }
   tree_.File("card/DCIM/101GOPRO/GX010001.MP4");
