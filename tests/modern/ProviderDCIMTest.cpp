@@ -281,7 +281,8 @@ TEST_F(DCIMChecks, ReportWhatNamesProve) {
   }
   tree_.File("card/DCIM/101GOPRO/GX010001.MP4");
   const CardFindings result = CheckCard(tree_.Path("card"), kId);
-  EXPECT_THAT(Findings(result), ElementsAre("missing error essence 100GOPRO/GL010003",
+  EXPECT_THAT(Findings(result), ElementsAre("truncated error proxy 100GOPRO/GL010001.LRV",
+                                            "missing error essence 100GOPRO/GL010003",
                                             "missing error segment 100GOPRO/GOPR0002.MP4",
                                             "missing error segment 100GOPRO/GP010002.MP4",
                                             "missing error essence 100GOPRO/GX010004",
