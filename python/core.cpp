@@ -77,7 +77,57 @@ py::object ValueOf(const sorvik_value& value) {
   }
 }
 
-class Listing {
+py::object TypedOf(const sorvik_entry* entry, const char* field) {
+  sorvik_typed_value value;
+  sorvik_entry_typed(entry, field, &value);
+  const py::tuple fraction = py::make_tuple(value.fraction.numerator, value.fraction.denominator);
+  switch (value.kind) {
+    case SORVIK_TYPED_BOOLEAN:
+      return py::bool_(value.flag);
+    case SORVIK_TYPED_INTEGER:
+      return py::int_(value.integer);
+    case SORVIK_TYPED_REAL:
+      return py::float_(value.real);
+    case SORVIK_TYPED_FRACTION:
+      return py::make_tuple("fraction", fraction);
+    case SORVIK_TYPED_TEXT:
+      return Decoded(value.text);
+    case SORVIK_TYPED_TIME:
+      return py::make_tuple("time", Decoded(value.text));
+    case SORVIK_TYPED_TIMECODE:
+      return py::make_tuple("timecode", Decoded(value.text), fraction, value.flag);
+    case SORVIK_TYPED_DURATION:
+      return py::make_tuple("duration", value.integer, fraction);
+    case SORVIK_TYPED_FRAME_SIZE:
+      return py::make_tuple("frame size", value.integer, value.height, Decoded(value.text));
+    case SORVIK_TYPED_TEXTS: {
+      py::tuple texts(static_cast<std::size_t>(value.integer));
+      for (std::size_t i = 0; i < texts.size(); ++i) {
+        texts[i] = Decoded(sorvik_entry_typed_item(entry, field, i));
+      }
+      return py::make_tuple("texts", texts);
+    }
+    default:
+      return py::none();
+  }
+}
+
+class Listing;
+
+// The typed values of one entry.
+class Typed {
+ public:
+  Typed(std::shared_ptr<Listing> listing, const sorvik_entry* entry)
+      : listing_(std::move(listing)), entry_(entry) {}
+
+  py::object Get(const std::string& field) const { return TypedOf(entry_, field.c_str()); }
+
+ private:
+  std::shared_ptr<Listing> listing_;  // owns the entry
+  const sorvik_entry* entry_;
+};
+
+class Listing : public std::enable_shared_from_this<Listing> {
  public:
   explicit Listing(sorvik_listing* listing) : listing_(listing) {}
 
@@ -85,7 +135,7 @@ class Listing {
   py::str Provider() const { return Decoded(sorvik_listing_provider(listing_.get())); }
   std::size_t Size() const { return sorvik_listing_size(listing_.get()); }
 
-  // (key, {name: value})
+  // (key, {name: value}, Typed)
   py::tuple At(std::size_t index) {
     const sorvik_entry* entry = sorvik_listing_at(listing_.get(), index);
     if (entry == nullptr) throw py::index_error("no such entry");
@@ -95,7 +145,8 @@ class Listing {
       const sorvik_field* field = sorvik_entry_field_at(entry, i);
       fields[Name(i, field->name)] = ValueOf(field->value);
     }
-    return py::make_tuple(Decoded(sorvik_entry_key(entry)), std::move(fields));
+    return py::make_tuple(Decoded(sorvik_entry_key(entry)), std::move(fields),
+                          Typed(shared_from_this(), entry));
   }
 
   py::str Label(const std::string& field) const {
@@ -199,7 +250,7 @@ py::object ContentOf(sorvik_event* event) {
       return CardOf(card.get());
     }
     case SORVIK_EVENT_LISTING:
-      return py::cast(std::make_unique<Listing>(sorvik_event_take_listing(event)));
+      return py::cast(std::make_shared<Listing>(sorvik_event_take_listing(event)));
     case SORVIK_EVENT_FILES: {
       const Owned<sorvik_files, sorvik_files_free> files(sorvik_event_take_files(event));
       return FilesOf(files.get());
@@ -442,7 +493,8 @@ PYBIND11_MODULE(_core, module) {
   module.def("stalled_workers", sorvik_stalled_workers);
   module.def("set_language", SetLanguage);
 
-  py::class_<Listing>(module, "Listing")
+  py::class_<Typed>(module, "Typed").def("get", &Typed::Get);
+  py::class_<Listing, std::shared_ptr<Listing>>(module, "Listing")
       .def_property_readonly("path", &Listing::Path)
       .def_property_readonly("provider", &Listing::Provider)
       .def("__len__", &Listing::Size)

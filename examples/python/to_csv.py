@@ -6,15 +6,27 @@ import sys
 
 import sorvik
 
-COLUMNS = ("card", "provider", "key", "name", "path", "startTimecode", "duration", "CreateDate")
+COLUMNS = ("card", "provider", "key", "name", "path", "start", "seconds", "frames", "created")
+
+
+def row_of(clip: sorvik.Clip) -> tuple[object, ...]:
+    seconds = clip.duration.seconds if clip.duration else None
+    return (
+        clip.card.path,
+        clip.card.provider.rsplit(".", 1)[-1],
+        clip.key,
+        clip.name,
+        clip.path,
+        clip.start,
+        None if seconds is None else float(seconds),
+        int(clip.duration) if clip.duration else None,
+        clip.created.isoformat() if clip.created else None,
+    )
+
 
 with open(sys.argv[2], "w", newline="", encoding="utf-8") as output:
-    table = csv.DictWriter(output, COLUMNS)
-    table.writeheader()
-    for clip in sorvik.scan(sys.argv[1]):
-        if not isinstance(clip, sorvik.Clip):
-            continue
-        row: dict[str, object] = {name: clip.fields.raw(name) for name in COLUMNS[5:]}
-        row |= {"card": clip.card.path, "provider": clip.card.provider.rsplit(".", 1)[-1]}
-        row |= {"key": clip.key, "name": clip.name, "path": clip.path}
-        table.writerow(row)
+    table = csv.writer(output)
+    table.writerow(COLUMNS)
+    for found in sorvik.scan(sys.argv[1]):
+        if isinstance(found, sorvik.Clip):
+            table.writerow(row_of(found))

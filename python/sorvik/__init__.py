@@ -5,7 +5,7 @@
 
     card = sorvik.open("/media/CARD")
     for clip in card:
-        print(clip.name, clip.fields["duration"].text)
+        print(clip.name, clip.start, clip.duration, clip.created)
 
 Everything that reads a disk runs on the worker threads of the library with the GIL released: other threads
 go on, Ctrl-C works while a share doesn't answer, and `timeout` limits the wait. The functions whose names
@@ -41,6 +41,7 @@ from ._errors import (
     Unreadable,
 )
 from ._requests import set_language, stalled_workers
+from ._typed import Frames, FrameSize, Timecode, Value
 from ._values import Field, Fields, File, Picture, Problem, Verdict
 
 __version__ = _core.version()
@@ -55,6 +56,8 @@ __all__ = [
     "Fields",
     "File",
     "Found",
+    "FrameSize",
+    "Frames",
     "Gone",
     "InvalidArgument",
     "NoEntry",
@@ -65,7 +68,9 @@ __all__ = [
     "Problem",
     "Scan",
     "TimedOut",
+    "Timecode",
     "Unreadable",
+    "Value",
     "Verdict",
     "aopen",
     "aowner",

@@ -6,6 +6,7 @@ from __future__ import annotations
 import contextlib
 import os
 from dataclasses import dataclass
+from datetime import date, datetime
 from pathlib import Path
 from types import TracebackType
 from typing import (
@@ -21,6 +22,7 @@ from typing import (
 
 from . import _core, _requests
 from ._errors import NotACard
+from ._typed import Frames, Timecode
 from ._values import (
     Depth,
     Fields,
@@ -29,6 +31,7 @@ from ._values import (
     Picture,
     Problem,
     RawValue,
+    TypedValues,
     Verdict,
     file_of,
     json_value,
@@ -191,9 +194,8 @@ class Card:
         listing = _requests.result(
             lambda queue, number: _core.start_list(*place, names, defaults, queue, number)
         )
-        return _document(
-            self, {key: values for key, values in map(listing.at, range(len(listing)))}
-        )
+        entries = map(listing.at, range(len(listing)))
+        return _document(self, {key: values for key, values, _ in entries})
 
 
 def _document(card: Card, entries: dict[str, dict[str, RawValue]]) -> dict[str, Any]:
@@ -226,6 +228,34 @@ class Clip:
         """The file to open, or the folder to browse next; None if there is none."""
         path = self.fields.raw("Path")
         return path_of(path) if isinstance(path, str) and path else None
+
+    @property
+    def duration(self) -> Optional[Frames]:
+        """None if it isn't known, or if the clip was listed without the field "duration"."""
+        duration = self.fields.value("duration")
+        return duration if isinstance(duration, Frames) else None
+
+    @property
+    def start(self) -> Optional[Timecode]:
+        """The timecode of the first frame. None as for `duration`; its field is "startTimecode"."""
+        start = self.fields.value("startTimecode")
+        return start if isinstance(start, Timecode) else None
+
+    @property
+    def created(self) -> Union[datetime, date, None]:
+        """When it was recorded, from the fields "shotDate" and "CreateDate". A datetime without a zone
+        is the local time of the camera; a date is known without its time."""
+        for name in ("shotDate", "CreateDate"):
+            created = self.fields.value(name)
+            if isinstance(created, date):  # a datetime, too
+                return created
+        return None
+
+    @property
+    def created_is_local(self) -> bool:
+        """True if `created` has no zone."""
+        created = self.created
+        return created is not None and getattr(created, "tzinfo", None) is None
 
     def __str__(self) -> str:
         times = (self.fields.raw("startTimecode"), self.fields.raw("duration"))
@@ -264,8 +294,8 @@ class Clip:
 def _clips_of(card: Card, listing: _core.Listing) -> Iterator[Clip]:
     labels = Labels(listing=listing)
     for index in range(len(listing)):
-        key, values = listing.at(index)
-        yield Clip(card=card, key=key, fields=Fields(values, labels))
+        key, values, typed = listing.at(index)
+        yield Clip(card=card, key=key, fields=Fields(values, TypedValues(entry=typed), labels))
 
 
 class _Stream:
@@ -479,12 +509,12 @@ def _start_owner(path: PathLike) -> _requests.Start:
 
 
 def _owner_of(listing: _core.Listing) -> Owner:
-    key, values = listing.at(0)
+    key, values, typed = listing.at(0)
     return Owner(
         path=path_of(listing.path),
         provider=listing.provider,
         key=key,
-        fields=Fields(values, Labels(listing=listing)),
+        fields=Fields(values, TypedValues(entry=typed), Labels(listing=listing)),
     )
 
 

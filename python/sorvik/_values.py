@@ -13,6 +13,7 @@ from pathlib import Path
 from typing import Any, Iterator, Literal, Optional, Union
 
 from . import _core
+from ._typed import Value, value_of
 
 # A value as the library returns it: a text, a list, a size in bytes, or no value.
 RawValue = Union[str, tuple[Any, ...], int, None]
@@ -45,15 +46,15 @@ def json_value(value: RawValue) -> Any:
 class Field:
     """One field of an entry.
 
-    `text` is the text for people; empty if the field has no value. `value` is None for a field
-    without a value, a str, an int for a size in bytes, or a tuple for a list. `label` is in the
-    language of the user.
+    `text` is the text for people; empty if the field has no value. `value` is for programs and doesn't
+    depend on the language: a number, Fraction, datetime, date, Timecode, Frames, FrameSize, str, bool, a
+    tuple of str, or None for a field without a value. `label` is in the language of the user.
     """
 
     name: str
     label: str
     text: str
-    value: RawValue
+    value: Value
 
 
 def _text_of_value(value: RawValue) -> str:
@@ -65,21 +66,16 @@ def _text_of_value(value: RawValue) -> str:
 class Fields(Mapping[str, Field]):
     """The fields of an entry by name; only those that were requested or that the provider adds."""
 
-    __slots__ = ("_values", "_labels")
+    __slots__ = ("_values", "_typed", "_labels")
 
-    def __init__(self, values: Mapping[str, RawValue], labels: Labels) -> None:
+    def __init__(self, values: Mapping[str, RawValue], typed: TypedValues, labels: Labels) -> None:
         self._values = values
+        self._typed = typed
         self._labels = labels
 
     def __getitem__(self, name: str) -> Field:
-        value = self._values[name]
-        empty = value == "" or value == ()
-        return Field(
-            name=name,
-            label=self._labels[name],
-            text=_text_of_value(value),
-            value=None if empty else value,
-        )
+        text = _text_of_value(self._values[name])
+        return Field(name=name, label=self._labels[name], text=text, value=self._typed[name])
 
     def __iter__(self) -> Iterator[str]:
         return iter(self._values)
@@ -99,8 +95,14 @@ class Fields(Mapping[str, Field]):
     def __repr__(self) -> str:
         return f"Fields({dict(self._values)!r})"
 
-    def __reduce__(self) -> tuple[type[Fields], tuple[dict[str, RawValue], Labels]]:
-        return Fields, (dict(self._values), Labels({name: self._labels[name] for name in self}))
+    def __reduce__(self) -> tuple[type[Fields], tuple[dict[str, RawValue], TypedValues, Labels]]:
+        typed = TypedValues({name: self._typed[name] for name in self})
+        labels = Labels({name: self._labels[name] for name in self})
+        return Fields, (dict(self._values), typed, labels)
+
+    def value(self, name: str) -> Value:
+        """Returns the value of a field; None if the entry lacks the field or the field has none."""
+        return self._typed[name] if name in self._values else None
 
     def raw(self, name: str) -> RawValue:
         """Returns a value as the library returned it; None if the entry lacks the field."""
@@ -109,6 +111,23 @@ class Fields(Mapping[str, Field]):
     def to_dict(self) -> dict[str, Any]:
         """Returns {FIELD: VALUE} as in the JSON of the program."""
         return {name: json_value(value) for name, value in self._values.items()}
+
+
+class TypedValues(dict[str, Value]):
+    """Values by field, converted when they are first used."""
+
+    def __init__(
+        self, known: Mapping[str, Value] = {}, entry: Optional[_core.Typed] = None
+    ) -> None:
+        super().__init__(known)
+        self._entry = entry
+
+    def __missing__(self, name: str) -> Value:
+        value = self[name] = None if self._entry is None else value_of(self._entry.get(name))
+        return value
+
+    def __reduce__(self) -> tuple[type[TypedValues], tuple[dict[str, Value]]]:
+        return TypedValues, (dict(self),)
 
 
 class Labels(dict[str, str]):

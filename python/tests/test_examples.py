@@ -49,4 +49,6 @@ def test_to_csv(sample, tmp_path):
     with open(tmp_path / "out.csv", newline="") as table:
         rows = list(csv.DictReader(table))
     assert [row["name"] for row in rows] == ["Harbour walk", "Gull on the pier", "Ferry leaves"]
-    assert rows[0]["provider"] == "ProviderP2" and rows[0]["duration"]
+    assert rows[0]["provider"] == "ProviderP2" and rows[0]["start"] == "10:04:11:08"
+    assert [float(row["seconds"]) for row in rows] == [29.28, 8.56, 343.48]
+    assert rows[0]["created"] == "2026-05-14T11:20:05+02:00"
