@@ -79,7 +79,7 @@ std::unique_ptr<sorvik_listing> MakeListing(const std::string& path,
 }
 
 // Calls `receive` with each card until it returns false.
-void ForEachNearbyCard(TaskRequest& request, const std::string& path,
+void ForEachFoundCard(TaskRequest& request, const std::string& path,
                        const std::function<bool(const FoundCard&, const ProviderWrapper&)>& receive,
                        SearchDirection direction) {
   const auto receiveFound = [&](const FoundCard& found) {
@@ -152,7 +152,7 @@ Outcome Open(TaskRequest& request, const Place& place, sorvik_open_mode mode) {
       found = request.Send(MakeCard(card.path, provider, card.score));
       return false;
     };
-    ForEachNearbyCard(request, place.path, receive, SearchDirection::kNearby);
+    ForEachFoundCard(request, place.path, receive, SearchDirection::kNearby);
     if (found || request.TestAborted()) return {};
   }
   for (const ProviderWrapper* provider : ProviderHost::GetProviderList(place.path)) {
@@ -294,7 +294,7 @@ Outcome Scan(TaskRequest& request, const std::string& path, unsigned flags,
     return !request.TestAborted();
   };
   const bool isNearby = (flags & SORVIK_SCAN_NEARBY) != 0;
-  ForEachNearbyCard(request, path, receive,
+  ForEachFoundCard(request, path, receive,
                     isNearby ? SearchDirection::kNearby : SearchDirection::kDeep);
   return found ? Outcome() : NoProvider(path, "no card found");
 }

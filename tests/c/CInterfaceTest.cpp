@@ -366,18 +366,18 @@ TEST_F(CQueue, ScanDeliversCardsAndEntries) {
 
 TEST_F(CQueue, FreedRequestsCallNoCallback) {
   const auto answers = RegisterFake();
-  Turnstile turnstile;
-  answers->listing = [&](ProviderRequest*) {
-    turnstile.ArriveAndWait();
+  const auto turnstile = std::make_shared<Turnstile>();  // the worker may outlive the test
+  answers->listing = [turnstile](ProviderRequest*) {
+    turnstile->ArriveAndWait();
     return ContentMap{{"key", {}}};
   };
   ScanResult result;
   const sorvik_receiver receiver{queue_.get(), Receive, &result};
   sorvik_request* request = nullptr;
   ASSERT_EQ(sorvik_start_list("/fake", "test.Fake", nullptr, &receiver, &request), SORVIK_OK);
-  turnstile.WaitForArrival();
+  turnstile->WaitForArrival();
   sorvik_request_free(request);
-  turnstile.Open();
+  turnstile->Open();
 
   // A callback frees its own request, with events still queued.
   sorvik_callback freeing = [](sorvik_request* own, sorvik_event* event, void* context) {
@@ -397,14 +397,14 @@ TEST_F(CQueue, FreedRequestsCallNoCallback) {
 
 TEST_F(CInterface, AbortedRequestEndsWhileItsWorkerIsStuck) {
   const auto answers = RegisterFake();
-  Turnstile turnstile;
-  answers->listing = [&](ProviderRequest*) {
-    turnstile.ArriveAndWait();
+  const auto turnstile = std::make_shared<Turnstile>();  // the worker may outlive the test
+  answers->listing = [turnstile](ProviderRequest*) {
+    turnstile->ArriveAndWait();
     return ContentMap{{"key", {}}};
   };
   sorvik_request* request = nullptr;
   ASSERT_EQ(sorvik_start_list("/fake", "test.Fake", nullptr, nullptr, &request), SORVIK_OK);
-  turnstile.WaitForArrival();
+  turnstile->WaitForArrival();
   sorvik_event* event = nullptr;
   EXPECT_EQ(sorvik_request_next(request, 10, &event), SORVIK_TIMED_OUT);
   EXPECT_EQ(event, nullptr);
@@ -419,7 +419,7 @@ TEST_F(CInterface, AbortedRequestEndsWhileItsWorkerIsStuck) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   EXPECT_EQ(sorvik_stalled_workers(), 1U);
-  turnstile.Open();
+  turnstile->Open();
   sorvik_request_free(request);
 }
 
