@@ -439,12 +439,21 @@ std::unique_ptr<Request> StartFindOwner(const std::string& path, const QueueRef&
   });
 }
 
-std::unique_ptr<Request> StartRender(const std::string& path, const std::string& provider,
-                                     const std::string& key, int width, int height,
-                                     const QueueRef& queue, std::uint64_t id) {
+std::unique_ptr<Request> StartRenderThumbnail(const std::string& path, const std::string& provider,
+                                              const std::string& key, int width, int height,
+                                              const QueueRef& queue, std::uint64_t id) {
   return Start(queue, id, [&](const sorvik_receiver* receiver, sorvik_request** request) {
     return sorvik_start_render_thumbnail(path.c_str(), provider.c_str(), key.c_str(), width, height,
                                          receiver, request);
+  });
+}
+
+std::unique_ptr<Request> StartRenderPicture(const std::string& path, const std::string& provider,
+                                            const std::string& key, int width, int height,
+                                            const QueueRef& queue, std::uint64_t id) {
+  return Start(queue, id, [&](const sorvik_receiver* receiver, sorvik_request** request) {
+    return sorvik_start_render_picture(path.c_str(), provider.c_str(), key.c_str(), width, height,
+                                       receiver, request);
   });
 }
 
@@ -518,6 +527,7 @@ PYBIND11_MODULE(_core, module) {
   module.def("start_list_files", StartListFiles);
   module.def("start_check", StartCheck);
   module.def("start_find_owner", StartFindOwner);
-  module.def("start_render_thumbnail", StartRender);
+  module.def("start_render_thumbnail", StartRenderThumbnail);
+  module.def("start_render_picture", StartRenderPicture);
   module.def("start_scan", StartScan);
 }

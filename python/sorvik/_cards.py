@@ -13,6 +13,7 @@ from typing import (
     Any,
     AsyncGenerator,
     AsyncIterator,
+    Callable,
     Iterable,
     Iterator,
     Literal,
@@ -47,6 +48,7 @@ FieldNames = Union[Iterable[str], Literal["all"], None]
 
 _BROWSE_ROOTS = (b"volumes:", b"networkvolumes:", b"easervers:")
 _PLAIN_SCORE = 30
+_MAX_SIDE = 16384
 _USUAL_FIELDS = (
     "startTimecode",
     "duration",
@@ -268,23 +270,40 @@ class Clip:
         clips use `Card.files` and their owners."""
         return tuple(map(file_of, _requests.result(self.card._start_files(self.key))))
 
-    def _start_picture(self, width: int, height: int) -> _requests.Start:
+    def _start_render(
+        self, start: Callable[..., _core.Request], width: int, height: int
+    ) -> _requests.Start:
         place, key = self.card._place(), _text_argument(self.key, "key")
-        if not (1 <= width <= 16384 and 1 <= height <= 16384):
-            raise ValueError("width and height must be 1 to 16384")
-        return lambda queue, number: _core.start_render_thumbnail(
-            *place, key, width, height, queue, number
-        )
+        if not (1 <= width <= _MAX_SIDE and 1 <= height <= _MAX_SIDE):
+            raise ValueError(f"width and height must be 1 to {_MAX_SIDE}")
+        return lambda queue, number: start(*place, key, width, height, queue, number)
 
     def thumbnail(
         self, width: int = 320, height: int = 180, *, timeout: Optional[float] = None
     ) -> Picture:
-        """Renders a picture that fits the size in pixels. Raises NoPicture if there is none."""
-        return Picture(_requests.result(self._start_picture(width, height), timeout))
+        """Renders the thumbnail of the clip in this size, as `sorvik thumb` does: for many kinds of clips
+        an icon. Raises NoPicture if there is none."""
+        start = self._start_render(_core.start_render_thumbnail, width, height)
+        return Picture(_requests.result(start, timeout))
 
     async def athumbnail(self, width: int = 320, height: int = 180) -> Picture:
         """The same as `thumbnail` in an asyncio event loop."""
-        return Picture(await _requests.async_result(self._start_picture(width, height)))
+        start = self._start_render(_core.start_render_thumbnail, width, height)
+        return Picture(await _requests.async_result(start))
+
+    def picture(
+        self, width: int = 640, height: int = 360, *, timeout: Optional[float] = None
+    ) -> Picture:
+        """Renders the best picture by which the clip can be recognised: that of the camera, else a preview
+        inside the file, else a frame of the video. It fits the size and is never enlarged. Raises
+        NoPicture if there is none."""
+        start = self._start_render(_core.start_render_picture, width, height)
+        return Picture(_requests.result(start, timeout))
+
+    async def apicture(self, width: int = 640, height: int = 360) -> Picture:
+        """The same as `picture` in an asyncio event loop."""
+        start = self._start_render(_core.start_render_picture, width, height)
+        return Picture(await _requests.async_result(start))
 
     def to_dict(self) -> dict[str, Any]:
         """Returns the JSON of `sorvik entry` with the fields that were read."""

@@ -74,6 +74,15 @@ def start_render_thumbnail(
     queue: Optional[Queue],
     id: int,
 ) -> Request: ...
+def start_render_picture(
+    path: bytes,
+    provider: bytes,
+    key: bytes,
+    width: int,
+    height: int,
+    queue: Optional[Queue],
+    id: int,
+) -> Request: ...
 def start_scan(
     path: bytes,
     nearby: bool,

@@ -85,6 +85,17 @@ def test_pictures_are_those_of_the_program(sample, tmp_path):
     assert shared.tobytes() == rgba.tobytes()
 
 
+def test_picture_is_that_of_the_camera(sample):
+    clip = next(iter(sorvik.open(sample)))
+    with Image.open(sample / "CONTENTS/ICON/0001AB.BMP") as icon:
+        expected = icon.convert("RGBA")
+    picture = clip.picture()
+    assert picture.size == expected.size
+    assert bytes(picture) == expected.tobytes()
+    width, height = clip.picture(expected.width // 2, expected.height).size
+    assert width == expected.width // 2 and height <= expected.height // 2 + 1
+
+
 def test_missing_files_of_a_clip(sample, tmp_path):
     subprocess.run(["cp", "-r", sample, tmp_path / "CARD"], check=True)
     missing = tmp_path / "CARD/CONTENTS/AUDIO/0001AB01.MXF"

@@ -71,6 +71,7 @@ def test_asyncio_gives_the_same_answers(sample):
         assert await card.afiles() == card.files()
         pictures = await asyncio.gather(*(clip.athumbnail(32, 18) for clip in clips))
         assert pictures == [clip.thumbnail(32, 18) for clip in clips]
+        assert await clips[0].apicture() == clips[0].picture()
         assert await sorvik.aowner(clips[0].path) == sorvik.owner(clips[0].path)
         assert [found async for found in sorvik.ascan(sample)] == list(sorvik.scan(sample))
         async for _ in sorvik.ascan(sample):
@@ -196,6 +197,7 @@ def test_processes(sample, method):
         (lambda card: card.clips([1]), TypeError, "name of a field must be a str"),
         (lambda card: card.verdict("deep"), ValueError, "depth must be"),
         (lambda card: next(iter(card)).thumbnail(0, 5), ValueError, "1 to 16384"),
+        (lambda card: next(iter(card)).picture(5, -1), ValueError, "1 to 16384"),
         (lambda card: list(sorvik.scan("/no/such")), sorvik.Gone, "No such file"),
         (lambda card: sorvik.owner("/no/such"), sorvik.Gone, "No such file"),
     ],

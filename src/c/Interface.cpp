@@ -151,8 +151,11 @@ Outcome FindOwner(const char* path, const Target& target) {
   return target.Run([file](TaskRequest& request) { return FindOwner(request, file); });
 }
 
-Outcome RenderPicture(const char* path, const char* provider, const char* key, int width,
-                      int height, const Target& target) {
+// Which picture of an entry is rendered.
+using Render = Outcome(TaskRequest&, const Place&, const std::string&, int, int);
+
+Outcome RenderWith(Render* render, const char* path, const char* provider, const char* key,
+                   int width, int height, const Target& target) {
   Place place;
   std::string entry;
   Outcome outcome = TakePlace(path, provider, place);
@@ -161,8 +164,8 @@ Outcome RenderPicture(const char* path, const char* provider, const char* key, i
   if (width < 1 || height < 1 || width > kMaxPictureSide || height > kMaxPictureSide) {
     return Invalid("width and height must be 1 to 16384", place.path);
   }
-  return target.Run([place, entry, width, height](TaskRequest& request) {
-    return RenderPicture(request, place, entry, width, height);
+  return target.Run([render, place, entry, width, height](TaskRequest& request) {
+    return render(request, place, entry, width, height);
   });
 }
 
@@ -231,7 +234,14 @@ sorvik_status sorvik_find_owner(const char* path, sorvik_listing** owner) {
 sorvik_status sorvik_render_thumbnail(const char* path, const char* provider, const char* key,
                                       int width, int height, sorvik_picture** picture) {
   return Wait(picture, [&](const Target& target) {
-    return RenderPicture(path, provider, key, width, height, target);
+    return RenderWith(RenderThumbnail, path, provider, key, width, height, target);
+  });
+}
+
+sorvik_status sorvik_render_picture(const char* path, const char* provider, const char* key,
+                                    int width, int height, sorvik_picture** picture) {
+  return Wait(picture, [&](const Target& target) {
+    return RenderWith(RenderPicture, path, provider, key, width, height, target);
   });
 }
 
@@ -276,7 +286,16 @@ sorvik_status sorvik_start_render_thumbnail(const char* path, const char* provid
                                             int width, int height, const sorvik_receiver* receiver,
                                             sorvik_request** request) {
   const Target target(receiver, request);
-  return Guarded([&] { return RenderPicture(path, provider, key, width, height, target); });
+  return Guarded(
+      [&] { return RenderWith(RenderThumbnail, path, provider, key, width, height, target); });
+}
+
+sorvik_status sorvik_start_render_picture(const char* path, const char* provider, const char* key,
+                                          int width, int height, const sorvik_receiver* receiver,
+                                          sorvik_request** request) {
+  const Target target(receiver, request);
+  return Guarded(
+      [&] { return RenderWith(RenderPicture, path, provider, key, width, height, target); });
 }
 
 sorvik_status sorvik_start_scan(const char* path, unsigned flags, const sorvik_fields* fields,

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "SorvikProvider/cardtools/CardFinder.h"
+#include "SorvikProvider/cardtools/ClipPicture.h"
 #include "SorvikProvider/cardtools/EntryFiles.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/ProviderHost.h"
@@ -80,8 +81,8 @@ std::unique_ptr<sorvik_listing> MakeListing(const std::string& path,
 
 // Calls `receive` with each card until it returns false.
 void ForEachFoundCard(TaskRequest& request, const std::string& path,
-                       const std::function<bool(const FoundCard&, const ProviderWrapper&)>& receive,
-                       SearchDirection direction) {
+                      const std::function<bool(const FoundCard&, const ProviderWrapper&)>& receive,
+                      SearchDirection direction) {
   const auto receiveFound = [&](const FoundCard& found) {
     const ProviderWrapper* provider = FindProvider(found.identification);
     return provider == nullptr || receive(found, *provider);
@@ -247,12 +248,11 @@ Outcome FindOwner(TaskRequest& request, const std::string& path) {
   return {};
 }
 
-Outcome RenderPicture(TaskRequest& request, const Place& place, const std::string& key, int width,
-                      int height) {
-  const ProviderWrapper* provider = FindProvider(place.provider);
-  if (provider == nullptr) return UnknownProvider(place);
-  const platform::ShareScope shares(place.path);
-  const OwnedBitplate plate(provider->GetThumbnail(place.path, key, width, height, &request));
+namespace {
+
+Outcome SendPicture(TaskRequest& request, const Place& place, const std::string& key,
+                    Bitplate** picture) {
+  const OwnedBitplate plate(picture);
   if (!plate) {
     Outcome problem = AccessProblem(place.path);
     return problem.Ok() ? Outcome{SORVIK_NO_PICTURE, place.path, "no picture of '" + key + "'"}
@@ -260,6 +260,26 @@ Outcome RenderPicture(TaskRequest& request, const Place& place, const std::strin
   }
   request.Send(std::make_unique<sorvik_picture>(plate.get()));
   return {};
+}
+
+}  // namespace
+
+Outcome RenderThumbnail(TaskRequest& request, const Place& place, const std::string& key, int width,
+                        int height) {
+  const ProviderWrapper* provider = FindProvider(place.provider);
+  if (provider == nullptr) return UnknownProvider(place);
+  const platform::ShareScope shares(place.path);
+  return SendPicture(request, place, key,
+                     provider->GetThumbnail(place.path, key, width, height, &request));
+}
+
+Outcome RenderPicture(TaskRequest& request, const Place& place, const std::string& key, int width,
+                      int height) {
+  const ProviderWrapper* provider = FindProvider(place.provider);
+  if (provider == nullptr) return UnknownProvider(place);
+  return SendPicture(
+      request, place, key,
+      RenderClipPicture(place.path, provider->GetIdentification(), key, width, height, &request));
 }
 
 namespace {
@@ -295,7 +315,7 @@ Outcome Scan(TaskRequest& request, const std::string& path, unsigned flags,
   };
   const bool isNearby = (flags & SORVIK_SCAN_NEARBY) != 0;
   ForEachFoundCard(request, path, receive,
-                    isNearby ? SearchDirection::kNearby : SearchDirection::kDeep);
+                   isNearby ? SearchDirection::kNearby : SearchDirection::kDeep);
   return found ? Outcome() : NoProvider(path, "no card found");
 }
 

@@ -29,6 +29,8 @@ Outcome ReadEntry(TaskRequest& request, const Place& place, const std::string& k
 Outcome ListFiles(TaskRequest& request, const Place& place, const std::string& key);
 Outcome Check(TaskRequest& request, const Place& place, CheckDepth depth);
 Outcome FindOwner(TaskRequest& request, const std::string& path);
+Outcome RenderThumbnail(TaskRequest& request, const Place& place, const std::string& key, int width,
+                        int height);
 Outcome RenderPicture(TaskRequest& request, const Place& place, const std::string& key, int width,
                       int height);
 Outcome Scan(TaskRequest& request, const std::string& path, unsigned flags,

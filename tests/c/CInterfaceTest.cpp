@@ -21,6 +21,7 @@
 #include "support/BindingCards.h"
 #include "support/Cards.h"
 #include "support/FakeProvider.h"
+#include "support/ImageFiles.h"
 #include "support/TempTree.h"
 
 extern "C" int CountEntriesFromC(const char* path, const char* provider);
@@ -282,6 +283,25 @@ TEST_F(CInterface, PicturesAreTopDownRgbaWithStraightColours) {
   const uint8_t* pixels = sorvik_picture_pixels(picture);
   EXPECT_THAT(std::vector<int>(pixels, pixels + 8), ElementsAre(3, 2, 1, 255, 80, 40, 20, 128));
   sorvik_picture_free(picture);
+}
+
+TEST_F(CInterface, PicturesOfClipsAreThoseOfRenderClipPicture) {
+  MakeP2Card(tree_, "p2");
+  AddP2Clip(tree_, "p2", {.id = "0001AA"});
+  AddP2Clip(tree_, "p2", {.id = "0002BB"});
+  tree_.File("p2/CONTENTS/ICON/0001AA.BMP", Saved(Plain(40, 30, {1, 2, 3}), "bmp"));
+  ASSERT_EQ(remove(tree_.Path("p2/CONTENTS/ICON/0002BB.BMP").c_str()), 0);
+  const std::string root = tree_.Path("p2");
+  sorvik_picture* picture = nullptr;
+  ASSERT_EQ(sorvik_render_picture(root.c_str(), "ProviderP2", "0001AA", 200, 200, &picture),
+            SORVIK_OK)
+      << sorvik_error_text();
+  EXPECT_EQ(sorvik_picture_width(picture), 40);
+  EXPECT_EQ(sorvik_picture_height(picture), 30);
+  sorvik_picture_free(picture);
+  EXPECT_EQ(sorvik_render_picture(root.c_str(), "ProviderP2", "0002BB", 200, 200, &picture),
+            SORVIK_NO_PICTURE);
+  EXPECT_EQ(picture, nullptr);
 }
 
 struct ScanResult {

@@ -308,10 +308,18 @@ SORVIK_C_EXPORT sorvik_status sorvik_check(const char* path, const char* provide
 /* Finds the entry that a file belongs to: a listing with one element, whose path is the folder of
  * the structure. For a file that no structure claims it is that of the plain folder. */
 SORVIK_C_EXPORT sorvik_status sorvik_find_owner(const char* path, sorvik_listing** owner);
-/* Renders a picture of an entry that fits the size in pixels (1 to 16384). */
+/* Renders the thumbnail of an entry in the size in pixels (1 to 16384): for many kinds of clips, an
+ * icon with a border. */
 SORVIK_C_EXPORT sorvik_status sorvik_render_thumbnail(const char* path, const char* provider,
                                                       const char* key, int width, int height,
                                                       sorvik_picture** picture);
+
+/* Renders the best picture by which a clip can be recognised: that of the camera, else a preview
+ * inside the file, else a frame of the video. It keeps its aspect ratio and is reduced to fit the
+ * size, but never enlarged. SORVIK_NO_PICTURE if there is none. */
+SORVIK_C_EXPORT sorvik_status sorvik_render_picture(const char* path, const char* provider,
+                                                    const char* key, int width, int height,
+                                                    sorvik_picture** picture);
 
 /* ---- Requests ----
  *
@@ -401,6 +409,11 @@ SORVIK_C_EXPORT sorvik_status sorvik_start_render_thumbnail(const char* path, co
                                                             const char* key, int width, int height,
                                                             const sorvik_receiver* receiver,
                                                             sorvik_request** request);
+
+SORVIK_C_EXPORT sorvik_status sorvik_start_render_picture(const char* path, const char* provider,
+                                                          const char* key, int width, int height,
+                                                          const sorvik_receiver* receiver,
+                                                          sorvik_request** request);
 
 enum {
   SORVIK_SCAN_NEARBY = 1, /* only the known places around the path instead of all folders below */
