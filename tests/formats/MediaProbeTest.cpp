@@ -4,6 +4,7 @@
 #include "formats/MediaProbe.h"
 #include "support/IsoBytes.h"
 #include "support/TempTree.h"
+#include "support/TiffBytes.h"
 
 namespace {
 
@@ -43,6 +44,20 @@ TEST(MediaProbe, FindsTheEndOfTheLastSample) {
   const std::string sound = OpenEndedMovie(1).str();
   const std::string path = tree.File("c.mov", sound.substr(0, sound.size() - 40));
   EXPECT_EQ(Sorvik::formats::ProbeMedia(path).result, Result::kPassed);
+}
+
+TEST(MediaProbe, FindsTheEndOfTheTilesOfADng) {
+  const TempTree tree;
+  TiffBytes tiff;
+  constexpr std::uint32_t kTilesAt = 200;
+  const std::string head = tiff.File({tiff.Long(324, kTilesAt), tiff.Long(325, 1000)});
+  const auto resultWith = [&](std::size_t bytes) {
+    std::string frame = head;
+    frame.resize(bytes);
+    return Sorvik::formats::ProbeMedia(tree.File("a.dng", frame)).result;
+  };
+  EXPECT_EQ(resultWith(kTilesAt + 1000), Result::kPassed);
+  EXPECT_EQ(resultWith(kTilesAt + 999), Result::kTruncated);
 }
 
 }  // namespace

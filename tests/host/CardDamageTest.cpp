@@ -157,6 +157,13 @@ TEST(CardDamages, SoundCardsRaiseNoAlarm) {
     EXPECT_EQ(report["findings"], Json::array()) << card.root;
     EXPECT_EQ(report["complete"], true);
     EXPECT_FALSE(report.contains("files"));
+    const Json full = Json::parse(RunSorvik({"check", card.root, "--json", "--files"}).output);
+    std::uintmax_t bytes = 0;
+    for (const Json& file : full["files"]) {
+      const std::string path = file["path"];
+      if (path.starts_with(card.root)) bytes += fs::file_size(path);
+    }
+    EXPECT_EQ(report["bytes"], bytes) << card.root << " has files of the card only";
   }
 }
 
