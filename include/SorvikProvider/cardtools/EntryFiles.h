@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The files among the paths of entries that exist. Entries can name files that are missing,
-// folders, and files behind a link to a network share.
+// folders, and files on a network share that a link leads to.
 #pragma once
 
 #include <cstdint>
