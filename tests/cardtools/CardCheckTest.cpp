@@ -76,10 +76,15 @@ TEST_F(CardCheck, KnowsTheFilesOfP2Clips) {
   clip.extraXml = "<Proxy><ProxyFormat>MOV</ProxyFormat></Proxy><Thumbnail/>";
   AddCompleteP2Clip("card", clip);
   AddP2Clip(tree_, "card", {.id = "0002BB", .essence = "AVCLIP"});
+  const P2Clip longGop{.id = "0003CC", .essence = ""};
+  AddP2Clip(tree_, "card", longGop);
+  std::string xml = P2ClipXml(longGop);
+  tree_.File("card/CONTENTS/CLIP/0003CC.XML", xml.replace(xml.find("AVC-I_"), 6, "AVC-LongG25_"));
   Media({"card/CONTENTS/VOICE/0001AA00.WAV", "card/CONTENTS/VIDEO/0009ZZ.MXF"});
   const std::string contents = "CONTENTS/";
   EXPECT_THAT(Findings("card", "ProviderP2"),
               UnorderedElementsAre("missing proxy CONTENTS/PROXY/0001AA.MOV",
+                                   "missing essence CONTENTS/AVCLIP/0003CC.MXF",
                                    "missing clip record CONTENTS/CLIP/0009ZZ.XML",
                                    "orphaned essence CONTENTS/VIDEO/0009ZZ.MXF"));
   const auto result = CheckCard(tree_.Path("card"), "com.halvane.Merisk.ProviderP2");
