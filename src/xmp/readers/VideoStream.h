@@ -23,6 +23,7 @@ struct VideoFacts {
   unsigned primaries = 0;  // ITU-T H.273; 0 unknown
   unsigned matrix = 0;
   const char* fieldOrder = nullptr;     // "Upper", "Lower", "Progressive"
+  bool mpeg1 = false;                   // MPEG-1 instead of MPEG-2
   std::optional<Timecode> gopTimecode;  // of the first group of pictures
   // The recording block of the first picture that has one, without its name and emulation
   // prevention bytes. Empty if there is none.
@@ -36,6 +37,12 @@ std::uint64_t FindStartCode(foundation::ByteReader stream, std::uint64_t from) n
 VideoFacts ReadAVC(foundation::ByteReader stream);
 // The same of one sequence parameter set. The field order of interlaced video is unknown.
 VideoFacts ReadAVCSequence(foundation::ByteReader nal);
+// Of MPEG-1, too, which has the same headers without extensions.
 VideoFacts ReadMPEG2(foundation::ByteReader stream);
+
+// The number of frames from the earliest of the `first` presentation times of a file to the latest
+// of the `last` ones. Times have 90 kHz and 33 bits, and wrap. Returns nullopt if there are none.
+std::optional<std::uint64_t> CountFrames(const std::vector<std::uint64_t>& first,
+                                         const std::vector<std::uint64_t>& last, Rate rate);
 
 }  // namespace Sorvik::xmp
