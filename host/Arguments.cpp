@@ -56,7 +56,8 @@ constexpr CommandRow kCommands[] = {
      "sorvik providers"},
     {"fields", "[PROVIDER]", 0, 1, "--json --tsv --csv", "list fields with label, type and meaning",
      "sorvik fields p2"},
-    {"meta", "FILE... | --packet", 0, kAnyCount, "--json --ndjson --fields --all --packet",
+    {"meta", "FILE... | --packet", 0, kAnyCount,
+     "--json --ndjson --fields --all --sources --packet",
      "show the metadata of a file, or of an XMP packet on standard input",
      "sorvik meta clip.mov --fields 'Start Timecode,Duration'"},
     {"help", "[COMMAND]", 0, 1, "", "show this help, or that of a command", "sorvik help ls"},
@@ -81,6 +82,7 @@ constexpr OptionRow kOptions[] = {
     {"--clips-only", "", "search the main file of each clip only, not its extra files"},
     {"--folder", "", "the picture for a folder"},
     {"--packet", "", "read an XMP packet from standard input"},
+    {"--sources", "", "show the source of each value, and what other sources contain"},
     {"--files", "", "list all files with their roles, too"},
     {"--quick", "", "check names and sizes only, without opening media files"},
     {"--against", "COPY", "compare the files of the card with a copy of it"},
@@ -156,6 +158,7 @@ void Apply(Options& options, std::string_view name, const std::string& value) {
   if (name == "--clips-only") options.clipsOnly = true;
   if (name == "--folder") options.folder = true;
   if (name == "--packet") options.packet = true;
+  if (name == "--sources") options.sources = true;
   if (name == "--files") options.files = true;
   if (name == "--quick") options.quick = true;
   if (name == "--hash") options.hash = true;
@@ -272,6 +275,9 @@ class Parser {
     }
     if (name == "meta" && (options_.packet ? count != 0 : count == 0)) {
       FailUsage("meta: expected FILE, or --packet");
+    }
+    if (options_.packet && options_.sources) {
+      FailUsage("--sources needs a file, not --packet");
     }
     const std::size_t single = name == "thumb" ? 2 : 1;
     const bool several = Accepts(*FindCommand(name), "--ndjson") && count > single;

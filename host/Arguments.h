@@ -23,6 +23,7 @@ struct Options {
   bool clipsOnly = false;
   bool folder = false;
   bool packet = false;
+  bool sources = false;
   bool nearby = false;  // no command was given: list the cards near the path
   bool files = false;
   bool quick = false;

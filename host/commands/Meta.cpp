@@ -1,15 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 #include "Commands.h"
 #include "Failure.h"
 #include "Fields.h"
 #include "Json.h"
 #include "Paths.h"
+#include "SorvikProvider/frame/ProviderHost.h"
+#include "SorvikProvider/metadata/RelatedFiles.h"
+#include "SorvikProvider/metadata/ValueSources.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
+#include "Table.h"
+#include "Values.h"
 
 namespace host {
 namespace {
@@ -17,6 +24,7 @@ namespace {
 using Sorvik::FieldNameList;
 using Sorvik::FieldNameSet;
 using Sorvik::FieldValueMap;
+using Sorvik::XMPSupport::SourcedValueMap;
 namespace XMPSupport = Sorvik::XMPSupport;
 
 constexpr std::size_t kMaxPacketBytes = 64U << 20;
@@ -47,14 +55,124 @@ FieldNameList TableFields() {
   return fields;
 }
 
-void WriteJson(Output& output, const std::string& path, const FieldValueMap& fields) {
+// Whether the value is in `fields`, too.
+bool HasValue(const FieldValueMap& fields, const std::string& name, const std::string& value) {
+  const auto found = fields.find(name);
+  const auto* text = found == fields.end() ? nullptr : found->second.get_if<std::string>();
+  return text != nullptr && *text == value;
+}
+
+void WriteSources(JsonWriter& json, const FieldValueMap& fields, const SourcedValueMap& sources) {
+  json.BeginObject();
+  for (const auto& [name, sourced] : sources) {
+    json.Key(name);
+    json.BeginObject();
+    json.Key("from");
+    json.String(XMPSupport::GetSourceName(sourced.from));
+    if (!HasValue(fields, name, sourced.value)) {
+      json.Key("value");
+      json.String(sourced.value);
+    }
+    json.Key("others");
+    json.BeginArray();
+    for (const XMPSupport::SourceValue& other : sourced.others) {
+      json.BeginObject();
+      json.Key("from");
+      json.String(XMPSupport::GetSourceName(other.from));
+      json.Key("value");
+      json.String(other.value);
+      json.EndObject();
+    }
+    json.EndArray();
+    json.EndObject();
+  }
+  json.EndObject();
+}
+
+void WriteJson(Output& output, const std::string& path, const FieldValueMap& fields,
+               const std::optional<SourcedValueMap>& sources) {
   JsonWriter json(output);
   json.BeginObject();
   json.Key("path");
   json.String(path);
   json.Key("fields");
   json.Fields(fields);
+  if (sources) {
+    json.Key("sources");
+    WriteSources(json, fields, *sources);
+  }
   json.EndObject();
+}
+
+Sorvik::FieldLabelMap FurtherLabels() {
+  Sorvik::FieldLabelMap labels;
+  for (const XMPSupport::FurtherProperty& property : XMPSupport::kFurtherProperties) {
+    labels[property.name] = property.labelKey;
+  }
+  return labels;
+}
+
+// "value (source); value (source)"
+std::string OtherTexts(const std::vector<XMPSupport::SourceValue>& others) {
+  std::string texts;
+  for (const XMPSupport::SourceValue& other : others) {
+    texts += texts.empty() ? "" : "; ";
+    texts += other.value + " (" + XMPSupport::GetSourceName(other.from) + ")";
+  }
+  return texts;
+}
+
+// Fields in the order of `wanted`, then further properties.
+void WriteSourceTable(Output& output, const FieldNameList& wanted, const SourcedValueMap& sources) {
+  Table table({Translated("$$$/Sorvik/Column/Field=Field"),
+               Translated("$$$/Sorvik/Column/Value=Value"),
+               Translated("$$$/Sorvik/Column/Source=Source"),
+               Translated("$$$/Sorvik/Column/Others=Other values")});
+  FieldNameList order = wanted;
+  for (const auto& [name, sourced] : sources) {
+    if (std::find(wanted.begin(), wanted.end(), name) == wanted.end()) order.push_back(name);
+  }
+  const Sorvik::FieldLabelMap labels = FurtherLabels();
+  for (const std::string& name : order) {
+    const auto found = sources.find(name);
+    if (found == sources.end()) continue;
+    const XMPSupport::SourcedValue& sourced = found->second;
+    table.Add({LabelOf(labels, name), sourced.value, XMPSupport::GetSourceName(sourced.from),
+               OtherTexts(sourced.others)});
+  }
+  table.Write(output);
+}
+
+// Returns what the best provider of the card says about the entry that the file is the main file
+// of; empty if there is no such entry.
+FieldValueMap EntryFields(const std::string& path, const FieldNameList& wanted) {
+  Hestra::UTF16String key;
+  Hestra::UTF16String folder;
+  Hestra::UTF16String identification;
+  const Hestra::UTF16String file = Hestra::MakeString(path);
+  Sorvik::GetRelatedFilesWithoutExtraFiles(file, key, folder, identification);
+  if (key == file) return {};
+  for (const Sorvik::ProviderWrapper* provider : Sorvik::ProviderHost::GetAllProviders()) {
+    if (Hestra::MakeString(provider->GetIdentification()) != identification) continue;
+    const Sorvik::ContentMap content =
+        provider->GetContent(Hestra::MakeStdString(folder), Hestra::MakeStdString(key),
+                             FieldNameSet(wanted.begin(), wanted.end()));
+    return content.empty() ? FieldValueMap() : content.begin()->second;
+  }
+  return {};
+}
+
+// Sources of the wanted fields, and of further properties if no fields were selected.
+SourcedValueMap FindSources(const std::string& path, const FieldNameList& wanted, bool further) {
+  SourcedValueMap sources = XMPSupport::GetValueSources(path);
+  XMPSupport::AddProviderValues(EntryFields(path, wanted), sources);
+  const FieldNameSet names(wanted.begin(), wanted.end());
+  const XMPSupport::XMPFieldBits none;
+  std::erase_if(sources, [&](const auto& source) {
+    const bool isField = XMPSupport::ParseFields({source.first}) != none;
+    return isField ? !names.contains(source.first) : !further;
+  });
+  return sources;
 }
 
 // `file` is empty for an XMP packet on standard input.
@@ -74,8 +192,16 @@ void RunOne(Context& context, const std::string& file, const FieldNameList& want
       return DescribePathError(path, "no metadata");
     }));
   }
+  std::optional<SourcedValueMap> sources;
+  if (context.options.sources) {
+    const bool further = !context.options.fields;
+    sources = context.session.OnWorker<SourcedValueMap>(
+        [path, wanted, further] { return FindSources(path, wanted, further); });
+  }
   if (context.options.json) {
-    WriteJson(context.output, path, fields);
+    WriteJson(context.output, path, fields, sources);
+  } else if (sources) {
+    WriteSourceTable(context.output, wanted, *sources);
   } else {
     WriteFieldLines(context.output, {}, wanted, fields);
   }

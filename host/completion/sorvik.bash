@@ -38,7 +38,7 @@ _sorvik() {
     [cards]='--json -0'
     [providers]='--json'
     [fields]='--json --tsv --csv'
-    [meta]='--json --ndjson --fields --all --packet'
+    [meta]='--json --ndjson --fields --all --sources --packet'
   )
   COMPREPLY=()
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do

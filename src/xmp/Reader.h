@@ -62,12 +62,25 @@ class WantedProperties {
   std::vector<std::pair<std::string, std::string>> names_;
 };
 
+// Where native facts are stored: in the file's own structures, in the record of one clip that the
+// camera wrote (XML), or in a list of several clips (playlist, clip information, material list).
+enum class NativeOrigin { kHeader, kRecord, kIndex };
+
+struct NativeFacts {
+  NativeOrigin origin;
+  TXMPMeta properties;
+};
+
 // The result of a reader.
 struct ReaderOutput {
-  TXMPMeta native;             // native facts as properties; they only fill in what XMP lacks
-  bool hasNative = false;      // the file holds native metadata that the reader knows
-  std::string packet;          // serialised XMP of the file, empty if there is none
-  std::string extendedPacket;  // further XMP (JPEG extended XMP); fills the first
+  TXMPMeta native;  // native facts as properties; they only fill in what XMP lacks
+  NativeOrigin origin = NativeOrigin::kHeader;  // of `native`
+  std::vector<NativeFacts> overriding;          // facts that take precedence over `native`
+  std::vector<NativeFacts> completing;          // facts that fill in what `native` lacks
+  bool hasNative = false;        // the file holds native metadata that the reader knows
+  std::string packet;            // serialised XMP of the file, empty if there is none
+  std::string extendedPacket;    // further XMP (JPEG extended XMP); fills the first
+  bool packetIsSidecar = false;  // `packet` is from a further file next to this one
   // Set if native facts take precedence over sidecars: identifier, relation and duration of P2 and
   // XDCAM EX camera XML.
   bool nativeIdentityWins = false;

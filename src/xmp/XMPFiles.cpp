@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/XMPFiles.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -17,11 +19,11 @@
 namespace Sorvik::xmp {
 namespace {
 
-// The merged metadata of a file. Sources are added from strongest to weakest.
-class MergedMetadata {
+// Collects the parts of a file's metadata, from strongest to weakest.
+class PartCollector {
  public:
   // A packet that can't be parsed is ignored.
-  void AddPacket(std::string_view packet) {
+  void AddPacket(std::string_view packet, MetadataSource source) {
     if (packet.empty()) return;
     TXMPMeta parsed;
     try {
@@ -30,38 +32,56 @@ class MergedMetadata {
       anyBroken_ = true;
       return;
     }
-    anyFound_ = true;
-    merged_.FillFrom(parsed);
+    parts_.push_back({source, std::move(parsed)});
   }
-  void AddNative(const TXMPMeta& native) {
-    anyFound_ = true;
-    merged_.FillFrom(native);
+  void AddNative(NativeFacts facts) {
+    parts_.push_back({SourceOf(facts.origin), std::move(facts.properties)});
   }
   // Properties by which clips are grouped into shots and takes.
-  void AddNativeIdentity(const TXMPMeta& native) {
-    merged_.TakeFrom(native, kNsDC, "identifier");
-    merged_.TakeFrom(native, kNsDC, "relation");
-    merged_.TakeFrom(native, kNsDM, "duration");
+  void AddNativeIdentity(const NativeFacts& facts) {
+    TXMPMeta identity;
+    identity.TakeFrom(facts.properties, kNsDC, "identifier");
+    identity.TakeFrom(facts.properties, kNsDC, "relation");
+    identity.TakeFrom(facts.properties, kNsDM, "duration");
+    if (!identity.Empty()) parts_.push_back({SourceOf(facts.origin), std::move(identity)});
   }
 
-  bool AnyFound() const { return anyFound_; }
   bool AnyBroken() const { return anyBroken_; }
-  TXMPMeta&& Take() && { return std::move(merged_); }
+  std::vector<MetadataPart>&& Take() && { return std::move(parts_); }
 
  private:
-  TXMPMeta merged_;
-  bool anyFound_ = false;
+  static MetadataSource SourceOf(NativeOrigin origin) {
+    switch (origin) {
+      case NativeOrigin::kRecord:
+        return MetadataSource::kRecord;
+      case NativeOrigin::kIndex:
+        return MetadataSource::kIndex;
+      case NativeOrigin::kHeader:
+        break;
+    }
+    return MetadataSource::kHeader;
+  }
+
+  std::vector<MetadataPart> parts_;
   bool anyBroken_ = false;
 };
 
-void AddSidecars(const std::string& path, MergedMetadata& merged) {
+// All native facts, strongest first.
+std::vector<NativeFacts> TakeNative(ReaderOutput& output) {
+  std::vector<NativeFacts> native = std::move(output.overriding);
+  native.push_back({output.origin, std::move(output.native)});
+  std::ranges::move(output.completing, std::back_inserter(native));
+  return native;
+}
+
+void AddSidecars(const std::string& path, PartCollector& parts) {
   if (IsPlainXMP(path)) return;
   for (const std::vector<std::string>& spellings : SidecarCandidates(path)) {
     for (const std::string& sidecar : spellings) {
       if (!foundation::MayExistOnCard(sidecar)) continue;
       const auto bytes = platform::ReadHead(sidecar, foundation::XmlLimits().bytes + 1);
       if (!bytes) continue;
-      merged.AddPacket(foundation::ByteReader(*bytes).Text());
+      parts.AddPacket(foundation::ByteReader(*bytes).Text(), MetadataSource::kSidecar);
       break;
     }
   }
@@ -88,26 +108,44 @@ bool TXMPFiles::OpenFile(const std::string& path, XMP_FileFormat, XMP_OptionBits
   return true;
 }
 
-bool TXMPFiles::GetXMP(SXMPMeta* meta, std::string* packet, XMP_PacketInfo* info) {
+std::vector<MetadataPart> TXMPFiles::GetParts(std::string* packet) {
   if (file_ == nullptr) throw XMP_Error(kXMPErr_BadFile, "no file is open");
   const ReaderInput& input = file_->input;
   ReaderOutput output;
   ReaderFor(input).read(input, wanted_, output);
+  std::vector<NativeFacts> native;
+  if (output.hasNative) native = TakeNative(output);
 
-  MergedMetadata merged;
-  if (output.hasNative && output.nativeIdentityWins) merged.AddNativeIdentity(output.native);
-  AddSidecars(input.path, merged);
-  merged.AddPacket(output.packet);
-  merged.AddPacket(output.extendedPacket);
-  if (output.hasNative) merged.AddNative(output.native);
+  PartCollector collector;
+  if (output.nativeIdentityWins) {
+    for (const NativeFacts& facts : native) collector.AddNativeIdentity(facts);
+  }
+  AddSidecars(input.path, collector);
+  const auto own = output.packetIsSidecar ? MetadataSource::kSidecar : MetadataSource::kXMP;
+  collector.AddPacket(output.packet, own);
+  collector.AddPacket(output.extendedPacket, own);
+  for (NativeFacts& facts : native) collector.AddNative(std::move(facts));
 
-  if (!merged.AnyFound() && merged.AnyBroken()) {
+  const bool anyBroken = collector.AnyBroken();
+  std::vector<MetadataPart> parts = std::move(collector).Take();
+  if (parts.empty() && anyBroken) {
     throw XMP_Error(kXMPErr_BadXML, "the file's XMP is not well-formed");
   }
-  if (!merged.AnyFound()) return false;
-  if (info != nullptr) info->length = output.packet.size();
   if (packet != nullptr) *packet = std::move(output.packet);
-  if (meta != nullptr) *meta = std::move(merged).Take();
+  return parts;
+}
+
+bool TXMPFiles::GetXMP(SXMPMeta* meta, std::string* packet, XMP_PacketInfo* info) {
+  std::string own;
+  std::vector<MetadataPart> parts = GetParts(&own);
+  if (parts.empty()) return false;
+  if (info != nullptr) info->length = own.size();
+  if (packet != nullptr) *packet = std::move(own);
+  if (meta == nullptr) return true;
+  SXMPMeta merged = std::move(parts.front().properties);
+  for (auto part = parts.begin() + 1; part != parts.end(); ++part)
+    merged.FillFrom(part->properties);
+  *meta = std::move(merged);
   return true;
 }
 

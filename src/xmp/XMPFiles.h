@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "xmp/Reader.h"
 #include "xmp/XMPMeta.h"
@@ -22,6 +23,20 @@ inline constexpr XMP_OptionBits kXMPFiles_OpenLimitedScanning = 0x80;
 // The location of a packet in its file. Only the length is used here.
 struct XMP_PacketInfo {
   std::uint64_t length = 0;
+};
+
+// Where a part of a file's metadata comes from.
+enum class MetadataSource {
+  kSidecar,  // a file with XMP next to it
+  kXMP,      // the XMP in the file
+  kRecord,   // the camera's XML of the clip
+  kIndex,    // a list of several clips
+  kHeader,   // other structures of the file
+};
+
+struct MetadataPart {
+  MetadataSource source;
+  TXMPMeta properties;
 };
 
 // Opens one file at a time, read-only. The format code is ignored: the reader is chosen by the
@@ -44,6 +59,9 @@ class TXMPFiles {
   // only sources are packets that can't be parsed. `packet` receives the file's own serialised XMP;
   // `packet` and `info` may be null.
   bool GetXMP(SXMPMeta* meta, std::string* packet = nullptr, XMP_PacketInfo* info = nullptr);
+  // Returns the parts of which GetXMP makes its result, strongest first. Empty if there is neither
+  // XMP nor native metadata. Throws like GetXMP.
+  std::vector<MetadataPart> GetParts(std::string* packet = nullptr);
   void CloseFile(XMP_OptionBits options = 0) noexcept;
 
  private:

@@ -279,6 +279,14 @@ void TXMPMeta::TakeFrom(const TXMPMeta& other, std::string_view schema, std::str
   if (stronger != nullptr) PropertyFor(Root(), schema, name) = XMPNode(*stronger);
 }
 
+void TXMPMeta::RemoveEqual(const TXMPMeta& other) {
+  if (Empty()) return;
+  std::erase_if(root_->children, [&other](const XMPNode& node) {
+    const XMPNode* same = FindProperty(other.root_.get(), node.nameSpace, node.name);
+    return same != nullptr && *same == node;
+  });
+}
+
 void TXMPMeta::DeleteProperty(std::string_view schema, std::string_view name) noexcept {
   if (!HasProperty(schema, name)) return;
   root_->children.erase(FindPosition(root_->children, schema, name));

@@ -87,6 +87,8 @@ class TXMPMeta {
   void FillFrom(const TXMPMeta& weaker);
   // Copies one property of `other` over the one in this object, if `other` has it.
   void TakeFrom(const TXMPMeta& other, std::string_view schema, std::string_view name);
+  // Deletes each property that has the same value in `other`.
+  void RemoveEqual(const TXMPMeta& other);
   void DeleteProperty(std::string_view schema, std::string_view name) noexcept;
   void Clear() noexcept;
 

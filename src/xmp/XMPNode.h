@@ -22,6 +22,8 @@ struct XMPNode {
   std::vector<XMPNode> children;  // fields or items
   std::vector<XMPNode> qualifiers;
 
+  friend bool operator==(const XMPNode&, const XMPNode&) = default;
+
   bool Is(std::string_view ns, std::string_view local) const noexcept {
     return name == local && nameSpace == ns;
   }

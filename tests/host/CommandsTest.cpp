@@ -419,5 +419,25 @@ TEST(Commands, MetaReadsFilesAndPackets) {
   EXPECT_EQ(RunJson({"meta", "--packet"}, 1)["error"]["message"], "standard input: no metadata");
 }
 
+TEST_F(OnCard, MetaShowsSources) {
+  const std::string file = card_ + "/CONTENTS/CLIP/0001AB.XML";
+  std::ofstream(file + ".xmp")
+      << "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+         "xmlns:tiff='http://ns.adobe.com/tiff/1.0/' tiff:Make='Export' "
+         "xmlns:aux='http://ns.adobe.com/exif/1.0/aux/' aux:Lens='50mm'/></rdf:RDF>";
+  const Json sources = RunJson({"meta", file, "--sources"})["sources"];
+  EXPECT_EQ(sources["identifier"], Json({{"from", "record"}, {"others", Json::array()}}));
+  EXPECT_EQ(sources["Make"]["from"], "sidecar");
+  EXPECT_EQ(sources["Make"]["others"][0]["from"], "record");
+  EXPECT_EQ(sources["aux:Lens"]["value"], "50mm");
+  // Without further properties if fields are selected.
+  EXPECT_EQ(Keys(RunJson({"meta", file, "--sources", "--fields", "Make"})["sources"]),
+            (std::set<std::string>{"Make"}));
+  const ProgramResult table = RunSorvik({"meta", file, "--sources"});
+  EXPECT_NE(table.output.find("Other values"), std::string::npos);
+  EXPECT_NE(table.output.find("sidecar"), std::string::npos);
+  EXPECT_EQ(RunSorvik({"meta", "--packet", "--sources"}).exitCode, 2);
+}
+
 }  // namespace
 }  // namespace sorvik_test

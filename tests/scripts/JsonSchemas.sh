@@ -32,6 +32,7 @@ save who who "$card" --json
 save files files "$card" --json
 save owner owner "$sound" "$work" "$card/LASTCLIP.TXT" --ndjson
 save meta meta "$card/CONTENTS/CLIP/0001AB.XML" --json
+save meta meta "$card/CONTENTS/CLIP/0001AB.XML" --json --sources
 save thumb thumb "$card" 0001AB -o "$work/clip.png" --json
 save sheet sheet "$card" -o "$work/sheet.html" --json
 save cards cards "$work" --json

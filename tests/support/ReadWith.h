@@ -60,6 +60,11 @@ inline ReadResult ReadWith(
       std::move(path), file, Sorvik::foundation::ReaderOf(bytes.substr(0, Sorvik::xmp::kHeadSize))};
   result.recognised = reader.recognises(input);
   reader.read(input, wanted, result.output);
+  Sorvik::xmp::TXMPMeta native;
+  for (const auto& facts : result.output.overriding) native.FillFrom(facts.properties);
+  native.FillFrom(result.output.native);
+  for (const auto& facts : result.output.completing) native.FillFrom(facts.properties);
+  result.output.native = std::move(native);
   result.reads = file.reads;
   result.longestRead = file.most;
   return result;

@@ -183,13 +183,15 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   ofSpan.read(input, wanted, output);
   const auto spanPath = ParseSpanPath(input.path);
   if (!spanPath) return;
-  TXMPMeta facts;
+  TXMPMeta record;
   const auto file = FindFile(spanPath->folder, spanPath->clipId + ".xml");
   const auto xml = file ? foundation::ReadXmlFile(*file, kClipXmlLimits) : std::nullopt;
-  if (xml && SetFacts(xml->Root(), facts)) output.hasNative = true;
-  if (output.hasNative && wanted.Wants(kNsDC, "relation")) SetRelation(*spanPath, facts);
-  facts.FillFrom(output.native);
-  output.native = std::move(facts);
+  if (xml && SetFacts(xml->Root(), record)) output.hasNative = true;
+  output.overriding.push_back({NativeOrigin::kRecord, std::move(record)});
+  if (!output.hasNative || !wanted.Wants(kNsDC, "relation")) return;
+  TXMPMeta spans;
+  SetRelation(*spanPath, spans);
+  output.overriding.push_back({NativeOrigin::kIndex, std::move(spans)});
 }
 
 }  // namespace

@@ -402,7 +402,15 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   const bool onXDCAMEX = IsOnXDCAMEX(input.path);
   std::shared_ptr<const Material> material;
   if (!input.path.empty() && WantsMaterial(root, wanted)) material = MaterialOfClip(input.path);
-  ReadRoot(root, material.get(), onXDCAMEX, output.native);
+  ReadRoot(root, nullptr, onXDCAMEX, output.native);
+  if (material != nullptr) {
+    // The record's facts and those that need the list, such as a rate that both describe.
+    TXMPMeta both;
+    ReadRoot(root, material.get(), onXDCAMEX, both);
+    both.RemoveEqual(output.native);
+    output.overriding.push_back({NativeOrigin::kIndex, std::move(both)});
+  }
+  output.origin = NativeOrigin::kRecord;
   output.hasNative = true;
   output.nativeIdentityWins = onXDCAMEX;
   // Providers of cards on which cameras cut takes need the same record.
@@ -410,7 +418,9 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   if (!onXDCAMEX || !wanted.Wants(kNsDC, "relation")) return;
   const std::string take = TakeOfClip(input.path);
   if (take.empty()) return;
-  output.native.AppendArrayItem(kNsDC, "relation", ArrayForm::kBag, take);
+  TXMPMeta index;
+  index.AppendArrayItem(kNsDC, "relation", ArrayForm::kBag, take);
+  output.overriding.push_back({NativeOrigin::kIndex, std::move(index)});
 }
 
 }  // namespace

@@ -323,6 +323,7 @@ void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& outpu
   const auto document = ParseClipXml(input);
   if (!document || !IsRoot(document->Root().Name())) return;
   ReadRoot(document->Root(), output.native);
+  output.origin = NativeOrigin::kRecord;
   output.hasNative = true;
   output.nativeIdentityWins = document->Root().Name() == "P2Main";
 }

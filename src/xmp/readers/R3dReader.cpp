@@ -248,6 +248,7 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   TXMPMeta& meta = output.native;
   output.hasNative = true;
   output.packet = PacketOfRmdFile(input.path);
+  output.packetIsSidecar = true;
   meta.SetProperty(kNsTIFF, "Make", "RED");
   meta.SetProperty(kNsDM, "videoCompressor", "REDCODE");
   SetFrameSize(meta, head.width, head.height);

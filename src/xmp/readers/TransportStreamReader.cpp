@@ -2,7 +2,6 @@
 #include "xmp/readers/TransportStreamReader.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "formats/avchd/Playlist.h"
 #include "xmp/Namespaces.h"
@@ -261,9 +260,17 @@ class StreamFile {
       facts = ReadRecordingBlock(ByteReader(found_.video.recordingBlock), meta);
     }
     FillFromHDV(facts);
+    StoreFacts(facts, meta);
     const bool complete = facts.recorded && facts.timecode && !facts.maker.empty();
     if (!complete && WantsShot()) FillFromPlaylist(facts);
-    if (!facts.recorded) facts.recorded = DateFromRecorderName(input_.path);
+    TXMPMeta fromPlaylist;
+    StoreFacts(facts, fromPlaylist);
+    Complete(std::move(fromPlaylist));
+    if (facts.recorded) return;
+    if (const auto named = DateFromRecorderName(input_.path)) SetRecordingDate(meta, *named);
+  }
+
+  void StoreFacts(RecordingFacts facts, TXMPMeta& meta) const {
     if (facts.recorded) SetRecordingDate(meta, *facts.recorded, facts.zone);
     meta.SetProperty(kNsTIFF, "Make", facts.maker);
     meta.SetProperty(kNsTIFF, "Model", facts.model);
@@ -272,6 +279,12 @@ class StreamFile {
     // Only rates of 1001 drop frame numbers; otherwise the bit has another meaning.
     if (rate.den != 1001 || rate.num == 24000) facts.timecode->drop = false;
     SetStartTimecode(meta, *facts.timecode, rate);
+  }
+
+  // Facts of the card's playlist or clip information.
+  void Complete(TXMPMeta facts) {
+    facts.RemoveEqual(output_.native);
+    if (!facts.Empty()) output_.completing.push_back({NativeOrigin::kIndex, std::move(facts)});
   }
 
   // The clip's length in ticks of 1/45000 s from the clip information.
@@ -291,30 +304,12 @@ class StreamFile {
     constexpr std::uint64_t kTicksPerSecond = 45000;
     if (ticks) {
       const std::uint64_t unit = kTicksPerSecond * rate.den;
-      SetDuration(output_.native, (*ticks * rate.num + unit / 2) / unit, rate);
-    } else if (const auto frames = FramesByTime(rate)) {
+      TXMPMeta index;
+      SetDuration(index, (*ticks * rate.num + unit / 2) / unit, rate);
+      Complete(std::move(index));
+    } else if (const auto frames = CountFrames(found_.times, LastTimes(), rate)) {
       SetDuration(output_.native, *frames, rate);
     }
-  }
-
-  // Last minus first presentation time. Time stamps have 33 bits and wrap.
-  std::optional<std::uint64_t> FramesByTime(const Rate& rate) {
-    if (found_.times.empty()) return std::nullopt;
-    const std::uint64_t base = found_.times.front();
-    const auto since = [base](std::uint64_t time) {
-      constexpr std::int64_t kWrap = std::int64_t{1} << 33;
-      const auto delta = static_cast<std::int64_t>((time - base) & (kWrap - 1));
-      return delta >= kWrap / 2 ? delta - kWrap : delta;
-    };
-    std::int64_t first = 0;
-    for (const std::uint64_t time : found_.times) first = std::min(first, since(time));
-    std::int64_t last = std::numeric_limits<std::int64_t>::min();
-    for (const std::uint64_t time : LastTimes()) last = std::max(last, since(time));
-    if (last < first) return std::nullopt;
-    // Fields may have separate packets: half a frame more is not a further frame.
-    const double frames = static_cast<double>(last - first) / 90000 *
-                          static_cast<double>(rate.num) / static_cast<double>(rate.den);
-    return static_cast<std::uint64_t>(frames + 0.25) + 1;
   }
 
   std::vector<std::uint64_t> LastTimes() {
