@@ -105,6 +105,32 @@ std::string DateText(const DateTime& date) {
   return result;
 }
 
+std::string DateOf1904(std::uint64_t seconds) {
+  // From 1904 to 1970; earlier dates come from clocks that were never set.
+  constexpr std::uint64_t kTo1970 = 2'082'844'800;
+  if (seconds <= kTo1970) return {};
+  std::uint64_t days = (seconds - kTo1970) / 86400;
+  const std::uint64_t rest = (seconds - kTo1970) % 86400;
+  if (days > 3'000'000) return {};
+  // Converts a day count to a civil date, in years that begin in March.
+  days += 719'468;
+  const std::uint64_t era = days / 146'097;
+  const std::uint64_t dayOfEra = days % 146'097;
+  const std::uint64_t yearOfEra =
+      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36'524 - dayOfEra / 146'096) / 365;
+  const std::uint64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const std::uint64_t month = (5 * dayOfYear + 2) / 153;
+  DateTime date;
+  date.day = static_cast<unsigned>(dayOfYear - (153 * month + 2) / 5 + 1);
+  date.month = static_cast<unsigned>(month < 10 ? month + 3 : month - 9);
+  date.year = static_cast<unsigned>(yearOfEra + era * 400 + (date.month <= 2 ? 1 : 0));
+  date.hour = static_cast<unsigned>(rest / 3600);
+  date.minute = static_cast<unsigned>(rest / 60 % 60);
+  date.second = static_cast<unsigned>(rest % 60);
+  const std::string text = DateText(date);
+  return text.empty() ? text : text + "Z";
+}
+
 std::optional<DateTime> ParseDate(std::string_view text) {
   DateTime date;
   constexpr std::size_t kLength = 19;

@@ -49,6 +49,9 @@ struct DateTime {
 };
 // "YYYY-MM-DDThh:mm:ss", with ".mmm" unless the milliseconds are 0; no time zone. Empty if invalid.
 std::string DateText(const DateTime& date);
+// The date in UTC, with "Z", of a number of seconds since 1904. Empty for dates before 1970, which
+// come from clocks that were never set.
+std::string DateOf1904(std::uint64_t seconds);
 // Parses the date and time at the start of `text`, which must have exactly that form ("-", ":" and
 // " " or "T" as separators). Returns nullopt if it doesn't.
 std::optional<DateTime> ParseDate(std::string_view text);

@@ -13,11 +13,13 @@
 #include "xmp/readers/IsoMediaReader.h"
 #include "xmp/readers/JpegReader.h"
 #include "xmp/readers/MXFReader.h"
+#include "xmp/readers/MatroskaReader.h"
 #include "xmp/readers/NonRealTimeMetaReader.h"
 #include "xmp/readers/P2ClipReader.h"
 #include "xmp/readers/PdfReader.h"
 #include "xmp/readers/PlainXMPReader.h"
 #include "xmp/readers/PngReader.h"
+#include "xmp/readers/ProgramStreamReader.h"
 #include "xmp/readers/PsdReader.h"
 #include "xmp/readers/R3dReader.h"
 #include "xmp/readers/RafReader.h"
@@ -51,6 +53,8 @@ constexpr const Reader* kReaders[] = {
     &kPsdReader,
     &kIsoMediaReader,
     &kRiffReader,
+    &kMatroskaReader,
+    &kProgramStreamReader,
     &kAriReader,
     &kR3dReader,
     &kRmfReader,

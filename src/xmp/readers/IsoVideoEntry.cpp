@@ -108,23 +108,6 @@ void SetConfiguration(const Configuration& configuration, TXMPMeta& meta) {
   SetPixelAspectRatio(meta, configuration.aspectWidth, configuration.aspectHeight);
 }
 
-void SetCodecBox(const IsoBox& box, ByteReader body, TXMPMeta& meta) {
-  switch (box.type) {
-    case FourCC("avcC"):
-      return SetConfiguration(OfAVC(body), meta);
-    case FourCC("hvcC"):
-      return SetConfiguration(OfHEVC(body), meta);
-    case FourCC("av1C"):
-      return SetConfiguration(OfAV1(body), meta);
-    case FourCC("vpcC"):
-      return SetConfiguration(OfVP9(body), meta);
-    case FourCC("vvcC"):
-      return SetConfiguration(OfVVC(body), meta);
-    default:
-      break;
-  }
-}
-
 // Boxes that describe the picture for all codecs, and take precedence.
 void SetPictureBox(const IsoBox& box, ByteReader body, TXMPMeta& meta) {
   if (box.type == FourCC("pasp")) {
@@ -152,6 +135,23 @@ void SetDisplayAspect(std::uint32_t width, std::uint32_t height, std::uint32_t d
 
 }  // namespace
 
+void SetCodecConfiguration(std::uint32_t type, ByteReader body, TXMPMeta& meta) {
+  switch (type) {
+    case FourCC("avcC"):
+      return SetConfiguration(OfAVC(body), meta);
+    case FourCC("hvcC"):
+      return SetConfiguration(OfHEVC(body), meta);
+    case FourCC("av1C"):
+      return SetConfiguration(OfAV1(body), meta);
+    case FourCC("vpcC"):
+      return SetConfiguration(OfVP9(body), meta);
+    case FourCC("vvcC"):
+      return SetConfiguration(OfVVC(body), meta);
+    default:
+      break;
+  }
+}
+
 void SetVideoEntry(ByteReader entry, std::uint32_t displayWidth, std::uint32_t displayHeight,
                    TXMPMeta& meta) {
   const std::uint32_t width = entry.U16BE(kWidth).value_or(0);
@@ -164,7 +164,7 @@ void SetVideoEntry(ByteReader entry, std::uint32_t displayWidth, std::uint32_t d
   FileWindow memory(entry);
   IsoBoxes codecBoxes(memory, kBoxes, entry.Size());
   while (const auto box = codecBoxes.Next()) {
-    SetCodecBox(*box, entry.Clip(box->body, box->Size()), meta);
+    SetCodecConfiguration(box->type, entry.Clip(box->body, box->Size()), meta);
   }
   IsoBoxes boxes(memory, kBoxes, entry.Size());
   while (const auto box = boxes.Next()) {

@@ -16,6 +16,10 @@ namespace Sorvik::xmp {
 void SetVideoEntry(foundation::ByteReader entry, std::uint32_t displayWidth,
                    std::uint32_t displayHeight, TXMPMeta& meta);
 
+// Bit depth, field order, colour space and pixel aspect ratio from the configuration of a codec:
+// the body of a box of that type, such as 'avcC'.
+void SetCodecConfiguration(std::uint32_t type, foundation::ByteReader body, TXMPMeta& meta);
+
 // Field order, colour space and pixel aspect ratio from the header of a ProRes frame, where the
 // description lacks them.
 void SetProResFrame(foundation::ByteReader frame, TXMPMeta& meta);
