@@ -5,6 +5,7 @@
 
 #include "support/IsoBytes.h"
 #include "support/ReadWith.h"
+#include "support/TempTree.h"
 #include "support/TiffBytes.h"
 #include "xmp/readers/IsoMediaReader.h"
 
@@ -68,6 +69,103 @@ TEST(IsoMovies, TimecodeCountsAtTheRateOfItsClock) {
   EXPECT_EQ(movie(90000, 3003, 29), "01:00:56:12") << "a camera that rounds down";
   EXPECT_EQ(movie(25, 1, 25), "01:13:07:17");
   EXPECT_EQ(movie(0, 0, 30), "01:00:56:12") << "no clock";
+}
+
+TEST(IsoMovies, TimecodeOfTheDayDecidesBetweenRates) {
+  // The movie header says 05:06:07.
+  const auto movie = [](std::uint32_t frames) {
+    const Bytes track =
+        Track("tmcd", MediaHeader(90000, 3003),
+              {Descriptions(TimecodeEntry(false, 90000, 3003, 29)), Sizes(1), Chunks(28)});
+    return ReadWith(kIsoMediaReader, FileType()
+                                         .Add(Box("mdat", Bytes().U32(frames)))
+                                         .Add(Box("moov", {MovieHeader(600, 0), track}))
+                                         .str())
+        .Field("startTimecode", kNsDM, "timeValue");
+  };
+  constexpr std::uint32_t kTime = 5 * 3600 + 6 * 60 + 7;
+  EXPECT_EQ(movie(kTime * 29), "05:06:07:00");
+  EXPECT_EQ(movie(kTime * 30 + 2), "05:06:07:02");
+  EXPECT_EQ(movie(900), "00:00:30:00") << "neither";
+}
+
+TEST(IsoMovies, FieldOrderOfAVCIsInTheFirstFrame) {
+  const Bytes avc = Box("avcC", Bytes().Hex("014D401E FFE1001C 674D401E F405A126 FFC01000 0B440000"
+                                            "03000400 000300C8 7C50AA80 01000468 DE0FC8"));
+  const auto order = [&](const char* timing, const WantedProperties& wanted) {
+    const Bytes media =
+        Box("mdat", Bytes().Hex("00000006 0605 02 FFFF80").Hex(timing).Hex("00000004 6588822C"));
+    const Bytes track = Track("vide", MediaHeader(25, 25),
+                              {Descriptions(VideoEntry("avc1", 720, 576, {avc})),
+                               Durations({{25, 1}}), Sizes(25), Chunks(28)});
+    return ReadWith(kIsoMediaReader,
+                    FileType().Add(media).Add(Box("moov", {MovieHeader(600, 600), track})).str(),
+                    {}, wanted)
+        .Get(kNsDM, "videoFieldOrder");
+  };
+  EXPECT_EQ(order("00000005 0601013280", WantedProperties::All()), "Upper");
+  EXPECT_EQ(order("00000005 0601014280", WantedProperties::All()), "Lower");
+  EXPECT_EQ(order("00000005 0601010280", WantedProperties::All()), "Progressive");
+  EXPECT_EQ(order("00000005 0601014280", WantedProperties::None()), "");
+}
+
+TEST(IsoMovies, RatesOfSoundAreInTheDecoderConfiguration) {
+  const auto rate = [](const std::string& codec, const Bytes& box) {
+    return ReadMovie({MovieHeader(600, 600),
+                      Track("soun", MediaHeader(96000, 96000),
+                            {Descriptions(SoundEntry(codec, 2, 16, 0, box)), Sizes(1)})})
+        .Get(kNsDM, "audioSampleRate");
+  };
+  EXPECT_EQ(
+      rate("fLaC", Box("dfLa", Bytes().Hex("00000000 80000022 10001000 000000000000 17700170"))),
+      "96000");
+  EXPECT_EQ(
+      rate("mp4a", Box("esds", Bytes().Hex("00000000 0313000100 040B 40150000000000000000000000"
+                                           "0502 1010"))),
+      "96000");
+}
+
+TEST(IsoMovies, RecordNextToAClipDescribesTheCamera) {
+  TempTree tree;
+  tree.File("C0001M01.XML",
+            "<NonRealTimeMeta><CreationDate value='2022-02-03T04:05:06+09:00'/><Device "
+            "manufacturer='Sony' modelName='ILME-FX6V' serialNo='0004000'/></NonRealTimeMeta>");
+  const std::string file = FileType().Add(Box("moov", {MovieHeader(600, 600)})).str();
+  const auto read = [&](const char* name, const WantedProperties& wanted) {
+    return ReadWith(kIsoMediaReader, file, tree.Path(name), wanted);
+  };
+  const ReadResult clip = read("C0001.MP4", WantedProperties::All());
+  EXPECT_EQ(clip.Get(kNsTIFF, "Model"), "ILME-FX6V");
+  EXPECT_EQ(clip.Get(kNsXMP, "CreateDate"), "2022-02-03T04:05:06+09:00");
+  EXPECT_EQ(clip.Get(kNsXMP, "ModifyDate"), "2021-03-04T05:06:08Z");
+  EXPECT_EQ(read("C0002.MP4", WantedProperties::All()).Get(kNsTIFF, "Model"), "");
+  EXPECT_EQ(read("C0001.MOV", WantedProperties::All()).Get(kNsTIFF, "Model"), "");
+  WantedProperties duration = WantedProperties::None();
+  duration.Add(kNsDM, "duration");
+  EXPECT_EQ(read("C0001.MP4", duration).Get(kNsTIFF, "Model"), "");
+}
+
+TEST(IsoMovies, PhotographsHaveASizeButNoRate) {
+  TiffBytes t;
+  const std::string first = t.File({t.Ascii(271, "Canon"), t.Shorts(274, {6})});
+  const auto read = [&](const std::string& version) {
+    const Bytes canon = Box("uuid", Bytes()
+                                        .Hex("85C0B687 820F11E0 8111F4CE 462B6A48")
+                                        .Add(Box("CNCV", Bytes(version)))
+                                        .Add(Box("CMT1", Bytes(first))));
+    return ReadMovie(
+        {canon, MovieHeader(1, 1),
+         Track("vide", MediaHeader(1, 1),
+               {Descriptions(VideoEntry("CRAW", 6000, 4000)), Durations({{1, 1}}), Sizes(1)})});
+  };
+  const ReadResult photo = read("CanonCR3_001/00.10.00/00.00.00");
+  EXPECT_EQ(photo.Field("videoFrameSize", kNsDimensions, "w"), "4000");
+  EXPECT_EQ(photo.Get(kNsTIFF, "Make"), "Canon");
+  EXPECT_EQ(RateAndDuration(photo), ",  @ ");
+  EXPECT_EQ(photo.Get(kNsDM, "videoCompressor"), "");
+  const ReadResult movie = read("CanonCRM0001/02.09.00/00.00.00");
+  EXPECT_EQ(movie.Field("videoFrameSize", kNsDimensions, "w"), "6000");
+  EXPECT_EQ(movie.Get(kNsDM, "videoFrameRate"), "1");
 }
 
 // moof: a sequence number; for one track the start, and the durations of the samples or their

@@ -336,7 +336,7 @@ std::string MakeHdv(const std::vector<std::string>& records) {
   video.Hex("000001B3 5A0438 34 FFFFE018");                    // 1440x1080, 16:9, 29.97
   video.Hex("000001B5 1442 0001 0000");                        // main profile, interlaced
   video.Hex("000001B8 84286240");                              // 01:02:03;04
-  video.Hex("00000100 000FFFF8").Hex("000001B5 8FFFF3C0 80");  // picture, top field first
+  video.Hex("00000100 000FFFF8").Hex("000001B5 8FFFF3C0 00");  // picture, top field first
   stream.Add(0x810, Pes(0xE0, 90000, video));
   stream.Add(0x814, Pes(0xC0, 90000, Hex("FFFD E404").Fill(100)));
   for (const std::string& record : records) {

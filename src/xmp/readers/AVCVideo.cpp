@@ -199,13 +199,14 @@ Sequence ReadSPS(ByteReader payload, VideoFacts& facts) {
   return sequence;
 }
 
-// D.1.3: the field that is displayed first.
-const char* FieldOrderOf(ByteReader payload, const Sequence& sequence) {
+// D.1.3: a frame, or the field that is displayed first.
+const char* FieldOrderOf(ByteReader payload, const Sequence& sequence, VideoFacts& facts) {
   if (!sequence.pictureStructure) return nullptr;
   BitReader bits(payload);
   if (sequence.delaysPresent) bits.Skip(sequence.removalBits + sequence.outputBits);
   const std::uint32_t structure = bits.Bits(4);
   if (!bits.Good()) return nullptr;
+  facts.pictureStructure = structure;
   if (structure == 1 || structure == 3 || structure == 5) return "Upper";
   if (structure == 2 || structure == 4 || structure == 6) return "Lower";
   return nullptr;
@@ -229,7 +230,7 @@ void ReadSEI(ByteReader bytes, const Sequence& sequence, VideoFacts& facts) {
     const std::uint64_t size = ReadSEIValue(bytes, at);
     const ByteReader payload = bytes.Clip(at, size);
     if (type == kPictureTiming && sequence.good && facts.fieldOrder == nullptr) {
-      facts.fieldOrder = FieldOrderOf(payload, sequence);
+      facts.fieldOrder = FieldOrderOf(payload, sequence, facts);
     }
     if (type == kUserData && payload.Matches(0, kRecordingBlock)) {
       const auto block = payload.Clip(kRecordingBlock.size()).Bytes();

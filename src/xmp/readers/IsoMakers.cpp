@@ -2,6 +2,7 @@
 #include "xmp/readers/IsoMakers.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -10,6 +11,7 @@
 #include "xmp/readers/GpmfTelemetry.h"
 #include "xmp/readers/NativeText.h"
 #include "xmp/readers/NonRealTimeMetaReader.h"
+#include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
 
@@ -140,7 +142,28 @@ void SetNikonBox(FileWindow& file, const IsoBox& box, TXMPMeta& meta) {
   SetNikonTags(foundation::ReaderOf(bytes), meta);
 }
 
+// The child of a Canon box; nullopt if it is another box.
+std::optional<IsoBox> FindCanonBox(FileWindow& file, const IsoBox& uuid, std::uint32_t type) {
+  if (uuid.type != FourCC("uuid") || file.At(uuid.body, kCanonUUID.size()).Text() != kCanonUUID) {
+    return std::nullopt;
+  }
+  return FindBox(file, uuid, type, kCanonUUID.size());
+}
+
 }  // namespace
+
+bool IsCanonStill(FileWindow& file, const IsoBox& uuid) {
+  constexpr std::string_view kStill = "CanonCR3";
+  const auto version = FindCanonBox(file, uuid, FourCC("CNCV"));
+  return version && file.At(version->body, kStill.size()).Text() == kStill;
+}
+
+void SetCanonStillSize(FileWindow& file, const IsoBox& uuid, std::uint32_t width,
+                       std::uint32_t height, TXMPMeta& meta) {
+  const auto first = FindCanonBox(file, uuid, FourCC("CMT1"));
+  const std::string block = first ? CopyOf(file, *first) : std::string();
+  SetPictureSize(meta, width, height, ExifOrientation(foundation::ReaderOf(block)));
+}
 
 void SetMakerBox(FileWindow& file, const IsoBox& box, TXMPMeta& meta) {
   switch (box.type) {
@@ -172,16 +195,6 @@ void SetMakerBox(FileWindow& file, const IsoBox& box, TXMPMeta& meta) {
     default:
       break;
   }
-}
-
-void AddNonRealTimeFacts(TXMPMeta&& document, TXMPMeta& meta) {
-  for (const char* name : {"CreateDate", "ModifyDate"}) {
-    std::string date;
-    if (document.GetProperty(kNsXMP, name, &date) && !date.empty()) {
-      meta.SetProperty(kNsXMP, name, date);
-    }
-  }
-  meta.FillFrom(document);
 }
 
 bool SetNonRealTimeBox(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta) {

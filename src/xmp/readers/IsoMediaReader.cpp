@@ -5,7 +5,10 @@
 #include <optional>
 #include <utility>
 
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
 #include "xmp/Namespaces.h"
+#include "xmp/readers/CameraXml.h"
 #include "xmp/readers/GpmfTelemetry.h"
 #include "xmp/readers/Insta360Trailer.h"
 #include "xmp/readers/IsoFragments.h"
@@ -13,6 +16,7 @@
 #include "xmp/readers/IsoMakers.h"
 #include "xmp/readers/IsoTexts.h"
 #include "xmp/readers/IsoTracks.h"
+#include "xmp/readers/NonRealTimeMetaReader.h"
 
 namespace Sorvik::xmp {
 
@@ -46,6 +50,9 @@ class IsoFile {
     }
     if (movie_) StoreMovie();
   }
+
+  bool IsMovie() const { return movie_.has_value(); }
+  bool HasCameraDocument() const { return hasCamera_; }
 
  private:
   // Returns false after the first fragment: only the end of the file is read after it.
@@ -91,7 +98,24 @@ class IsoFile {
     output_.hasNative = output_.hasNative || exif;
   }
 
+  // The tracks of a photograph have neither a rate nor a duration.
+  bool StoreStill() {
+    for (const IsoBox& box : movie_->texts) {
+      if (!IsCanonStill(file_, box)) continue;
+      TXMPMeta facts;
+      SetMovieFacts(file_, *movie_, facts);
+      output_.native.TakeFrom(facts, kNsXMP, "CreateDate");
+      const auto [width, height] = VideoSizeOf(*movie_);
+      SetCanonStillSize(file_, box, width, height, output_.native);
+      SetMakerBox(file_, box, output_.native);
+      output_.hasNative = true;
+      return true;
+    }
+    return false;
+  }
+
   void StoreMovie() {
+    if (StoreStill()) return;
     if (fragments_) fragments_->Store(*movie_);
     TXMPMeta& native = output_.native;
     SetMovieFacts(file_, *movie_, native);
@@ -128,8 +152,45 @@ class IsoFile {
   bool hasCamera_ = false;
 };
 
+// What a clip record adds to the facts of the tracks.
+bool WantsRecord(const WantedProperties& wanted) {
+  constexpr std::pair<const char*, const char*> kProperties[] = {
+      {kNsTIFF, "Make"},        {kNsTIFF, "Model"},        {kNsTIFF, "software"},
+      {kNsAux, "SerialNumber"}, {kNsDM, "cameraModel"},    {kNsDM, "startTimecode"},
+      {kNsDC, "identifier"},    {kNsDC, "title"},          {kNsDC, "description"},
+      {kNsDC, "creator"},       {kNsXMP, "CreateDate"},    {kNsXMP, "ModifyDate"},
+      {kNsEXIF, "GPSLatitude"}, {kNsEXIF, "GPSLongitude"}, {kNsEXIF, "GPSAltitude"},
+      {kNsDM, "good"},          {kNsDM, "scene"},          {kNsDM, "takeNumber"},
+  };
+  return std::any_of(std::begin(kProperties), std::end(kProperties), [&](const auto& property) {
+    return wanted.Wants(property.first, property.second);
+  });
+}
+
+// The record that Sony cameras write next to a clip: C0001M01.XML of C0001.MP4.
+void AddClipRecord(const std::string& path, const WantedProperties& wanted, ReaderOutput& output) {
+  constexpr std::string_view kExtension = ".MP4";
+  if (path.size() <= kExtension.size() || !WantsRecord(wanted)) return;
+  const std::string stem = path.substr(0, path.size() - kExtension.size());
+  if (!foundation::EqualIgnoringCase(path.substr(stem.size()), kExtension)) return;
+  const std::string record = stem + "M01.XML";
+  if (!foundation::MayExistOnCard(record)) return;
+  const auto bytes = platform::ReadHead(record, kMaxClipXmlBytes + 1);
+  TXMPMeta facts;
+  if (!bytes || !ReadNonRealTimeMeta(foundation::ByteReader(*bytes).Text(), facts)) return;
+  TXMPMeta dates;
+  dates.TakeFrom(facts, kNsXMP, "CreateDate");
+  dates.TakeFrom(facts, kNsXMP, "ModifyDate");
+  output.overriding.push_back({NativeOrigin::kRecord, std::move(dates)});
+  output.completing.push_back({NativeOrigin::kRecord, std::move(facts)});
+}
+
 void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
-  if (Recognises(input)) IsoFile(input, wanted, output).Read();
+  if (!Recognises(input)) return;
+  IsoFile file(input, wanted, output);
+  file.Read();
+  // The document in the file is the same.
+  if (file.IsMovie() && !file.HasCameraDocument()) AddClipRecord(input.path, wanted, output);
 }
 
 }  // namespace

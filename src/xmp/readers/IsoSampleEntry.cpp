@@ -2,6 +2,7 @@
 #include "xmp/readers/IsoSampleEntry.h"
 
 #include <bit>
+#include <iterator>
 
 #include "xmp/Namespaces.h"
 #include "xmp/readers/BitReader.h"
@@ -49,33 +50,62 @@ std::uint64_t OffsetAfterLength(ByteReader bytes, std::uint64_t at) {
   return at + 1;
 }
 
-// The channels from the decoder configuration in an elementary stream descriptor (ISO/IEC 14496-1,
-// 7.2.6, and 14496-3, 1.6.2); 0 if unknown.
-unsigned ChannelsOfDecoder(ByteReader esds) {
+// What the configuration of the decoder says; 0 if unknown. Sample entries of MP4 files contain two
+// channels for any number, and no rate above 65535.
+struct Decoder {
+  unsigned channels = 0;
+  std::uint64_t rate = 0;
+};
+
+// ISO/IEC 14496-3, 1.6.2: the audio specific configuration.
+Decoder ReadAudioConfiguration(ByteReader bytes) {
+  constexpr std::uint32_t kRates[] = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
+                                      22050, 16000, 12000, 11025, 8000,  7350};
+  constexpr unsigned kExplicitRate = 15;
+  constexpr unsigned kParametricStereo = 29;  // one channel decoded to two
+  Decoder decoder;
+  BitReader bits(bytes);
+  const unsigned type = bits.Bits(5);
+  if (type == kParametricStereo) return decoder;
+  if (type == 31) bits.Skip(6);
+  const unsigned rate = bits.Bits(4);
+  if (rate < std::size(kRates)) decoder.rate = kRates[rate];
+  if (rate == kExplicitRate) decoder.rate = bits.Bits(24);
+  const unsigned configuration = bits.Bits(4);
+  if (!bits.Good() || configuration > 7) return Decoder();
+  decoder.channels = configuration == 7 ? 8 : configuration;
+  return decoder;
+}
+
+// The decoder configuration in an elementary stream descriptor (ISO/IEC 14496-1, 7.2.6).
+Decoder ReadStreamDescriptor(ByteReader esds) {
   constexpr std::uint64_t kFlags = 4;  // of the box
   const auto at = [&esds](std::uint64_t place) { return esds.U8(place).value_or(0); };
-  if (at(kFlags) != 3) return 0;  // ES_Descriptor
+  if (at(kFlags) != 3) return {};  // ES_Descriptor
   std::uint64_t place = OffsetAfterLength(esds, kFlags + 1);
   const unsigned parts = at(place + 2);
   place += 3;
   if ((parts & 0x80) != 0) place += 2;
   if ((parts & 0x40) != 0) place += std::uint64_t{1} + at(place);
   if ((parts & 0x20) != 0) place += 2;
-  if (at(place) != 4) return 0;  // DecoderConfigDescriptor
+  if (at(place) != 4) return {};  // DecoderConfigDescriptor
   place = OffsetAfterLength(esds, place + 1);
   constexpr unsigned kMPEG4Audio = 0x40;
-  if (at(place) != kMPEG4Audio) return 0;
+  if (at(place) != kMPEG4Audio) return {};
   place += 13;
-  if (at(place) != 5) return 0;  // DecoderSpecificInfo
-  BitReader bits(esds.Clip(OffsetAfterLength(esds, place + 1)));
-  const unsigned type = bits.Bits(5);
-  constexpr unsigned kParametricStereo = 29;  // one channel decoded to two
-  if (type == kParametricStereo) return 0;
-  if (type == 31) bits.Skip(6);
-  if (bits.Bits(4) == 15) bits.Skip(24);
-  const unsigned configuration = bits.Bits(4);
-  if (!bits.Good() || configuration > 7) return 0;
-  return configuration == 7 ? 8 : configuration;
+  if (at(place) != 5) return {};  // DecoderSpecificInfo
+  return ReadAudioConfiguration(esds.Clip(OffsetAfterLength(esds, place + 1)));
+}
+
+// Version and flags, type and length of the block; sizes of blocks and frames, 20 bits rate, 3 bits
+// channels (RFC 9639, 8.2).
+Decoder ReadFLAC(ByteReader dfLa) {
+  Decoder decoder;
+  constexpr std::uint64_t kRate = 18;
+  BitReader bits(dfLa.Clip(kRate));
+  decoder.rate = bits.Bits(20);
+  decoder.channels = bits.Bits(3) + 1;
+  return bits.Good() ? decoder : Decoder();
 }
 
 // The channels of AC-3 and of the first stream of Enhanced AC-3 (ETSI TS 102 366, annex F),
@@ -90,20 +120,23 @@ unsigned ChannelsOfAC3(ByteReader box, unsigned before) {
 }
 
 // In QuickTime files the descriptor is one level deeper.
-unsigned ChannelsOfDecoder(ByteReader entry, std::uint64_t boxes) {
+Decoder ReadDecoder(ByteReader entry, std::uint64_t boxes) {
   FileWindow memory(entry);
   const IsoBox all{0, boxes, entry.Size()};
   const auto bytesOf = [&entry](const IsoBox& box) { return entry.Clip(box.body, box.Size()); };
-  if (const auto ac3 = FindBox(memory, all, FourCC("dac3")))
-    return ChannelsOfAC3(bytesOf(*ac3), 10);
-  if (const auto ac3 = FindBox(memory, all, FourCC("dec3")))
-    return ChannelsOfAC3(bytesOf(*ac3), 28);
+  if (const auto ac3 = FindBox(memory, all, FourCC("dac3"))) {
+    return {ChannelsOfAC3(bytesOf(*ac3), 10), 0};
+  }
+  if (const auto ac3 = FindBox(memory, all, FourCC("dec3"))) {
+    return {ChannelsOfAC3(bytesOf(*ac3), 28), 0};
+  }
+  if (const auto flac = FindBox(memory, all, FourCC("dfLa"))) return ReadFLAC(bytesOf(*flac));
   auto esds = FindBox(memory, all, FourCC("esds"));
   if (!esds) {
     const auto wave = FindBox(memory, all, FourCC("wave"));
     if (wave) esds = FindBox(memory, *wave, FourCC("esds"));
   }
-  return esds ? ChannelsOfDecoder(bytesOf(*esds)) : 0;
+  return esds ? ReadStreamDescriptor(bytesOf(*esds)) : Decoder();
 }
 
 Sound ReadSound(ByteReader entry) {
@@ -119,12 +152,10 @@ Sound ReadSound(ByteReader entry) {
     return sound;
   }
   if (version != 2) {
-    // MP4 writers store two channels in the entry for any number of channels.
-    const unsigned channels =
-        entry.Size() > kSoundBoxes
-            ? ChannelsOfDecoder(entry, version == 1 ? kSoundBoxesV1 : kSoundBoxes)
-            : 0;
-    if (channels != 0) sound.channels = channels;
+    if (entry.Size() <= kSoundBoxes) return sound;
+    const Decoder decoder = ReadDecoder(entry, version == 1 ? kSoundBoxesV1 : kSoundBoxes);
+    if (decoder.channels != 0) sound.channels = decoder.channels;
+    if (sound.rate == 0) sound.rate = decoder.rate;
     return sound;
   }
 
@@ -182,6 +213,7 @@ TimecodeEntry ReadTimecodeEntry(ByteReader entry) {
   constexpr std::uint64_t kMaxBase = 255;
   if (result.rate.Known()) {
     const std::uint64_t base = (result.rate.num + result.rate.den / 2) / result.rate.den;
+    result.statedBase = result.base;
     if (base != 0 && base <= kMaxBase) result.base = static_cast<unsigned>(base);
   }
 

@@ -20,7 +20,8 @@ std::uint32_t OriginalFormat(foundation::ByteReader entry, std::uint64_t boxes);
 void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta);
 
 struct TimecodeEntry {
-  unsigned base = 0;  // frames per second of the timecode text; 0 unknown
+  unsigned base = 0;        // frames per second of the timecode text, by the clock; 0 unknown
+  unsigned statedBase = 0;  // the same as the entry says
   bool drop = false;
   Rate rate;
   std::string reel;

@@ -2,6 +2,7 @@
 #include "xmp/readers/IsoTracks.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "xmp/Namespaces.h"
 #include "xmp/NativeValues.h"
@@ -18,6 +19,8 @@ using foundation::ByteReader;
 constexpr std::size_t kMaxTracks = 64;
 // A description with all parts that are used; the largest contain the parameter sets of the video.
 constexpr std::uint64_t kMaxEntryBytes = 4096;
+// The picture timing is in front of the first slice.
+constexpr std::uint64_t kMaxFrameBytes = 4096;
 // Durations of samples: more than a minute of different ones.
 constexpr std::uint64_t kMaxTimesBytes = 64 * 1024;
 
@@ -49,6 +52,11 @@ Times ReadTimes(ByteReader box) {
 
 bool IsProRes(std::string_view entry) {
   return entry.size() > 8 && (entry.substr(4, 3) == "apc" || entry.substr(4, 3) == "ap4");
+}
+
+// Whether facts about the video are only in its first frame.
+bool NeedsFirstFrame(std::string_view entry) {
+  return IsProRes(entry) || HasUnknownFieldOrder(foundation::ReaderOf(entry));
 }
 
 class TrackParser {
@@ -128,7 +136,7 @@ class TrackParser {
   bool Complete() const {
     if (track_.entry.empty()) return false;
     if (track_.handler == FourCC("tmcd") || track_.IsTelemetry()) return track_.firstChunk != 0;
-    if (IsProRes(track_.entry) && track_.firstChunk == 0) return false;
+    if (needsFrame_ && track_.firstChunk == 0) return false;
     return track_.handler == FourCC("vide") ? timed_ && sized_ : timed_ || sized_;
   }
 
@@ -153,6 +161,7 @@ class TrackParser {
     if (size < 16 || stsd.Size() < 8) return;
     track_.entry =
         file_.Copy(stsd.body + 8, std::min<std::uint64_t>({size, stsd.Size() - 8, kMaxEntryBytes}));
+    needsFrame_ = track_.handler == FourCC("vide") && NeedsFirstFrame(track_.entry);
   }
 
   FileWindow& file_;
@@ -160,6 +169,7 @@ class TrackParser {
   bool sized_ = false;
   bool timed_ = false;
   bool completeTimes_ = true;
+  bool needsFrame_ = false;
 };
 
 // Fragmented files store durations outside the tables. trex: track, description, duration.
@@ -197,6 +207,29 @@ void SetMovieDuration(const IsoMovie& movie, const IsoTrack* video, TXMPMeta& me
   }
 }
 
+constexpr std::int64_t kSecondsPerDay = 86400;
+
+// The difference of a timecode and the time of day of a date in seconds since 1904.
+std::int64_t DistanceFromClock(const Timecode& timecode, std::uint64_t date) {
+  const std::int64_t time = timecode.hours * 3600 + timecode.minutes * 60 + timecode.seconds;
+  const std::int64_t day = static_cast<std::int64_t>(date % kSecondsPerDay);
+  const std::int64_t distance = std::abs(time - day);
+  return std::min(distance, kSecondsPerDay - distance);
+}
+
+// If the entry contradicts its clock, the clock counts, unless only the other base gives the time
+// of the movie header: cameras that record the time of day write that time to both.
+unsigned ChooseBase(const TimecodeEntry& entry, std::uint32_t counter, std::uint64_t created) {
+  constexpr std::int64_t kMaxDistance = 60;
+  if (entry.statedBase == entry.base || entry.statedBase == 0 || created == 0) return entry.base;
+  const auto distance = [&](unsigned base) {
+    return DistanceFromClock(TimecodeOfFrames(counter, base, entry.drop), created);
+  };
+  const bool stated =
+      distance(entry.statedBase) <= kMaxDistance && distance(entry.base) > kMaxDistance;
+  return stated ? entry.statedBase : entry.base;
+}
+
 }  // namespace
 
 IsoMovie ReadMovie(FileWindow& file, const IsoBox& moov) {
@@ -221,6 +254,12 @@ IsoMovie ReadMovie(FileWindow& file, const IsoBox& moov) {
   return movie;
 }
 
+std::pair<std::uint32_t, std::uint32_t> VideoSizeOf(const IsoMovie& movie) {
+  const IsoTrack* video = FirstTrack(movie, FourCC("vide"));
+  if (video == nullptr) return {0, 0};
+  return VideoEntrySize(foundation::ReaderOf(video->entry));
+}
+
 void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
   meta.SetProperty(kNsXMP, "CreateDate", DateOf1904(movie.created));
   meta.SetProperty(kNsXMP, "ModifyDate", DateOf1904(movie.modified));
@@ -243,9 +282,14 @@ void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
 
 void SetFirstFrame(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
   const IsoTrack* video = FirstTrack(movie, FourCC("vide"));
-  if (video == nullptr || video->firstChunk == 0 || !IsProRes(video->entry)) return;
+  if (video == nullptr || video->firstChunk == 0) return;
   constexpr std::uint64_t kHeaderBytes = 32;
-  SetProResFrame(file.At(video->firstChunk, kHeaderBytes), meta);
+  if (IsProRes(video->entry)) {
+    SetProResFrame(file.At(video->firstChunk, kHeaderBytes), meta);
+  } else if (HasUnknownFieldOrder(foundation::ReaderOf(video->entry))) {
+    SetAVCFrame(foundation::ReaderOf(video->entry), file.At(video->firstChunk, kMaxFrameBytes),
+                meta);
+  }
 }
 
 void SetMovieTimecode(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
@@ -255,7 +299,8 @@ void SetMovieTimecode(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
   // The sample is a frame count from 00:00:00:00.
   const auto counter = file.At(track->firstChunk, 4).U32BE(0);
   if (!counter || entry.base == 0) return;
-  SetStartTimecode(meta, TimecodeOfFrames(*counter, entry.base, entry.drop), entry.rate);
+  const unsigned base = ChooseBase(entry, *counter, movie.created);
+  SetStartTimecode(meta, TimecodeOfFrames(*counter, base, entry.drop), entry.rate);
 }
 
 }  // namespace Sorvik::xmp

@@ -49,10 +49,13 @@ struct IsoMovie {
 
 IsoMovie ReadMovie(FileWindow& file, const IsoBox& moov);
 
+// Width and height of the pictures in the first video track; 0 unknown.
+std::pair<std::uint32_t, std::uint32_t> VideoSizeOf(const IsoMovie& movie);
+
 // Stores the facts of the movie and its tracks.
 void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta);
 // Sets facts that are missing in the description of the video track from the header of its first
-// frame, which takes a read: of ProRes only.
+// frame, which takes a read: of ProRes, and the field order of interlaced AVC.
 void SetFirstFrame(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta);
 // Sets xmpDM:startTimecode. The sample of a timecode track is in the media data, which takes a
 // read.

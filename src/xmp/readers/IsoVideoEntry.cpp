@@ -47,11 +47,15 @@ struct Configuration {
 };
 
 // Version, profile, compatibility, level, size of lengths, number of parameter sets, each with its
-// size.
+// size. Returns the first one.
+ByteReader SequenceOfAVC(ByteReader avcC) {
+  if ((avcC.U8(5).value_or(0) & 0x1F) == 0) return ByteReader();
+  return avcC.Clip(8, avcC.U16BE(6).value_or(0));
+}
+
 Configuration OfAVC(ByteReader avcC) {
   Configuration configuration;
-  if ((avcC.U8(5).value_or(0) & 0x1F) == 0) return configuration;
-  const auto facts = ReadAVCSequence(avcC.Clip(8, avcC.U16BE(6).value_or(0)));
+  const auto facts = ReadAVCSequence(SequenceOfAVC(avcC));
   if (facts.width == 0) return configuration;
   configuration.depth = facts.depth;
   configuration.progressive = facts.fieldOrder != nullptr;
@@ -152,10 +156,13 @@ void SetCodecConfiguration(std::uint32_t type, ByteReader body, TXMPMeta& meta) 
   }
 }
 
+std::pair<std::uint32_t, std::uint32_t> VideoEntrySize(ByteReader entry) {
+  return {entry.U16BE(kWidth).value_or(0), entry.U16BE(kHeight).value_or(0)};
+}
+
 void SetVideoEntry(ByteReader entry, std::uint32_t displayWidth, std::uint32_t displayHeight,
                    TXMPMeta& meta) {
-  const std::uint32_t width = entry.U16BE(kWidth).value_or(0);
-  const std::uint32_t height = entry.U16BE(kHeight).value_or(0);
+  const auto [width, height] = VideoEntrySize(entry);
   SetFrameSize(meta, width, height);
   const std::string type = FourCCText(OriginalFormat(entry, kBoxes));
   meta.SetProperty(kNsDM, "videoCompressor", VideoCodecName(type));
@@ -173,6 +180,45 @@ void SetVideoEntry(ByteReader entry, std::uint32_t displayWidth, std::uint32_t d
   if (!meta.HasProperty(kNsDM, "videoPixelAspectRatio")) {
     SetDisplayAspect(width, height, displayWidth, displayHeight, meta);
   }
+}
+
+bool HasUnknownFieldOrder(ByteReader entry) {
+  FileWindow memory(entry);
+  const IsoBox all{0, kBoxes, entry.Size()};
+  if (entry.Size() <= kBoxes || FindBox(memory, all, FourCC("fiel"))) return false;
+  const auto avcC = FindBox(memory, all, FourCC("avcC"));
+  if (!avcC) return false;
+  const ByteReader body = entry.Clip(avcC->body, avcC->Size());
+  const auto facts = ReadAVCSequence(SequenceOfAVC(body));
+  return facts.width != 0 && facts.fieldOrder == nullptr;
+}
+
+void SetAVCFrame(ByteReader entry, ByteReader frame, TXMPMeta& meta) {
+  if (meta.HasProperty(kNsDM, "videoFieldOrder")) return;
+  FileWindow memory(entry);
+  const auto avcC = FindBox(memory, IsoBox{0, kBoxes, entry.Size()}, FourCC("avcC"));
+  if (!avcC) return;
+  const ByteReader body = entry.Clip(avcC->body, avcC->Size());
+  // As a stream with start codes: the sequence, then the parts in front of the first slice.
+  constexpr std::string_view kStart{"\0\0\1", 3};
+  constexpr unsigned kSupplement = 6;
+  std::string stream = std::string(kStart).append(SequenceOfAVC(body).Text());
+  const std::uint64_t lengthBytes = (body.U8(4).value_or(3) & 3u) + 1u;
+  for (std::uint64_t at = 0; frame.Holds(at, lengthBytes + 1);) {
+    std::uint64_t length = 0;
+    for (std::uint64_t i = 0; i < lengthBytes; ++i)
+      length = length << 8 | frame.U8(at + i).value_or(0);
+    const ByteReader unit = frame.Clip(at + lengthBytes, length);
+    const unsigned type = unit.U8(0).value_or(0) & 0x1Fu;
+    if (type == kSupplement) stream.append(kStart).append(unit.Text());
+    if (type >= 1 && type < kSupplement) break;
+    at += lengthBytes + length;
+  }
+  const auto facts = ReadAVC(foundation::ReaderOf(stream));
+  if (!facts.pictureStructure) return;
+  meta.SetProperty(kNsDM, "videoFieldOrder",
+                   *facts.pictureStructure == 0 || *facts.pictureStructure > 6 ? "Progressive"
+                                                                               : facts.fieldOrder);
 }
 
 // Size, 'icpf', header size, version, creator, width, height, flags, aspect ratio and rate,

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "foundation/ByteReader.h"
 #include "xmp/XMPMeta.h"
@@ -16,9 +17,17 @@ namespace Sorvik::xmp {
 void SetVideoEntry(foundation::ByteReader entry, std::uint32_t displayWidth,
                    std::uint32_t displayHeight, TXMPMeta& meta);
 
+// Width and height in pixels; 0 unknown.
+std::pair<std::uint32_t, std::uint32_t> VideoEntrySize(foundation::ByteReader entry);
+
 // Bit depth, field order, colour space and pixel aspect ratio from the configuration of a codec:
 // the body of a box of that type, such as 'avcC'.
 void SetCodecConfiguration(std::uint32_t type, foundation::ByteReader body, TXMPMeta& meta);
+
+// Whether the video is AVC whose parameter sets allow fields, and no box says more.
+bool HasUnknownFieldOrder(foundation::ByteReader entry);
+// Field order from the first frame of such a track.
+void SetAVCFrame(foundation::ByteReader entry, foundation::ByteReader frame, TXMPMeta& meta);
 
 // Field order, colour space and pixel aspect ratio from the header of a ProRes frame, where the
 // description lacks them.

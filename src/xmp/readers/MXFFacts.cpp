@@ -54,6 +54,7 @@ enum Tag : std::uint16_t {
   kSoundChannels = 0x3D07,
   kSubDescriptors = 0x3F01,
   kPackageUID = 0x4401,
+  kPackageName = 0x4402,
   kTracks = 0x4403,
   kPackageModified = 0x4404,
   kPackageCreated = 0x4405,
@@ -473,6 +474,16 @@ void Facts::StoreComment(TXMPMeta& meta) const {
   }
 }
 
+// The package of the tape or film that the clip was recorded on.
+void Facts::StoreTape(TXMPMeta& meta) const {
+  for (const LocalSet& set : header_.Sets()) {
+    if (set.Kind() != SetKind::kSourcePackage) continue;
+    const LocalSet* descriptor = header_.Find(set.Reference(kDescriptor));
+    if (descriptor == nullptr || descriptor->Kind() != SetKind::kTapeDescriptor) continue;
+    return meta.SetProperty(kNsDM, "tapeName", TextOf(set.Item(kPackageName)));
+  }
+}
+
 void Facts::Store(const std::optional<Key>& container, TXMPMeta& meta) const {
   const LocalSet* material = header_.First(SetKind::kMaterialPackage);
   if (material == nullptr) return;
@@ -483,6 +494,7 @@ void Facts::Store(const std::optional<Key>& container, TXMPMeta& meta) const {
   StoreDates(meta);
   StoreWriter(meta);
   StoreComment(meta);
+  StoreTape(meta);
   Rate rate;
   // In an audio file, too, the material package contains the frame rate.
   if (const auto track = FindTrack(*material, Essence::kPicture)) {

@@ -71,6 +71,7 @@ class Facts {
                     TXMPMeta& meta) const;
   void StoreSound(const std::vector<const LocalSet*>& descriptors, TXMPMeta& meta) const;
   void StoreComment(TXMPMeta& meta) const;
+  void StoreTape(TXMPMeta& meta) const;
 
   const HeaderMetadata& header_;
 };

@@ -4,8 +4,11 @@
 #include <algorithm>
 
 #include "xmp/Namespaces.h"
+#include "xmp/readers/MXFAcquisition.h"
 #include "xmp/readers/MXFFacts.h"
 #include "xmp/readers/MXFSets.h"
+#include "xmp/readers/NativeText.h"
+#include "xmp/readers/NonRealTimeMetaReader.h"
 
 namespace Sorvik::xmp {
 
@@ -18,6 +21,8 @@ using foundation::ByteReader;
 constexpr std::size_t kMaxHeaderBytes = 4 * 1024 * 1024;
 // Holds the random index pack of a 10-hour file with partitions of 10 s, and most footers.
 constexpr std::size_t kTail = 64 * 1024;
+// The camera's document, of which the header may contain the beginning only.
+constexpr std::size_t kMaxRecordBytes = 256 * 1024;
 
 // A key at offset 0 is sufficient; after a run-in, which may contain any bytes, the extension must
 // match too.
@@ -37,15 +42,20 @@ struct Span {
   ByteReader bytes;
 };
 
+// Returns the offset of the header metadata, the bytes of which are counted from the primer. It may
+// follow a fill item.
+std::uint64_t PrimerOffset(ByteReader bytes, const mxf::Partition& partition) {
+  const auto first = mxf::ReadKLV(bytes, partition.end);
+  return first && mxf::IsFill(first->key) ? first->next : partition.end;
+}
+
 // Returns the bytes from the partition pack at `offset` of the file to the end of its header
 // metadata. `have` is the part that was read already; the rest is read if necessary.
 Span WithHeader(const FileBytes& file, std::uint64_t offset, ByteReader have,
                 const mxf::Partition& partition) {
   Span span;
   span.bytes = have;
-  // The byte count starts at the primer, which may follow a fill item.
-  const auto first = mxf::ReadKLV(have, partition.end);
-  const std::uint64_t primer = first && mxf::IsFill(first->key) ? first->next : partition.end;
+  const std::uint64_t primer = PrimerOffset(have, partition);
   if (partition.headerBytes == 0 || primer > kMaxHeaderBytes) return span;
   const std::uint64_t need =
       primer + std::min<std::uint64_t>(partition.headerBytes, kMaxHeaderBytes);
@@ -82,6 +92,38 @@ std::optional<mxf::Facts::Duration> FooterDuration(const FileBytes& file, std::u
   return mxf::Facts(metadata).GetDuration();
 }
 
+// The document of Sony cameras is in an item of its own in the header. Returns an empty text if
+// there is none.
+std::string EmbeddedRecord(const FileBytes& file, std::uint64_t offset, ByteReader header) {
+  constexpr std::string_view kBegin = "<NonRealTimeMeta";
+  constexpr std::string_view kEnd = "</NonRealTimeMeta>";
+  const std::string_view text = header.Text();
+  const std::size_t begin = text.find(kBegin);
+  if (begin == text.npos) return {};
+  std::size_t end = text.find(kEnd, begin);
+  if (end != text.npos) return std::string(text.substr(begin, end + kEnd.size() - begin));
+  const auto bytes = file.Read(offset + begin, kMaxRecordBytes);
+  const std::string_view record = ByteReader(bytes).Text();
+  end = record.find(kEnd);
+  return end == record.npos ? std::string() : std::string(record.substr(0, end + kEnd.size()));
+}
+
+// Settings of lens and camera with the first frame, after the header metadata.
+void AddAcquisition(const ReaderInput& input, std::uint64_t primer, std::uint64_t headerBytes,
+                    TXMPMeta& meta) {
+  if (primer >= input.file.Size() || headerBytes >= input.file.Size() - primer) return;
+  TXMPMeta settings;
+  mxf::SetAcquisition(input, primer + headerBytes, settings);
+  meta.FillFrom(settings);
+}
+
+// The mean rate of files whose descriptor has none.
+void SetMeanDataRate(std::uint64_t bytes, const std::optional<mxf::Facts::Duration>& duration,
+                     TXMPMeta& meta) {
+  if (!duration || !duration->rate.Known() || meta.HasProperty(kNsDM, "fileDataRate")) return;
+  SetFileDataRate(meta, bytes, duration->frames * duration->rate.den, duration->rate.num);
+}
+
 void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
   const auto runIn = mxf::FindFirstPartition(input.head);
   if (!runIn) return;
@@ -94,12 +136,26 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   if (!facts.HasMaterialPackage()) return;
   output.hasNative = true;
   facts.Store(partition->essenceContainer, output.native);
-  if (!wanted.Wants(kNsDM, "duration")) return;
+  TXMPMeta record;
+  if (ReadNonRealTimeMeta(EmbeddedRecord(input.file, *runIn, span.bytes), record)) {
+    // The writer in the header may be a part of the camera, such as its recorder.
+    output.native.TakeFrom(record, kNsTIFF, "Make");
+    output.native.TakeFrom(record, kNsTIFF, "Model");
+    output.native.TakeFrom(record, kNsDM, "cameraModel");
+    AddNonRealTimeFacts(std::move(record), output.native);
+  }
+  if (wanted.Wants(kNsAux, "Lens") || wanted.Wants(kNsCRS, "WhiteBalance")) {
+    AddAcquisition(input, *runIn + PrimerOffset(head, *partition), partition->headerBytes,
+                   output.native);
+  }
+  const bool wantsDuration = wanted.Wants(kNsDM, "duration");
+  if (!wantsDuration && !wanted.Wants(kNsDM, "fileDataRate")) return;
   auto duration = facts.GetDuration();
-  if (partition->open) {
+  if (partition->open && (wantsDuration || !duration)) {
     if (const auto last = FooterDuration(input.file, *runIn, *partition)) duration = last;
   }
-  if (duration) SetDuration(output.native, duration->frames, duration->rate);
+  if (duration && wantsDuration) SetDuration(output.native, duration->frames, duration->rate);
+  SetMeanDataRate(input.file.Size(), duration, output.native);
 }
 
 }  // namespace

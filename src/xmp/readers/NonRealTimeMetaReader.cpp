@@ -432,6 +432,16 @@ bool ReadNonRealTimeMeta(std::string_view bytes, TXMPMeta& native) {
   return true;
 }
 
+void AddNonRealTimeFacts(TXMPMeta&& document, TXMPMeta& meta) {
+  for (const char* name : {"CreateDate", "ModifyDate"}) {
+    std::string date;
+    if (document.GetProperty(kNsXMP, name, &date) && !date.empty()) {
+      meta.SetProperty(kNsXMP, name, date);
+    }
+  }
+  meta.FillFrom(document);
+}
+
 const Reader kNonRealTimeMetaReader = {"NonRealTimeMeta", Recognises, Read};
 
 }  // namespace Sorvik::xmp

@@ -15,4 +15,8 @@ extern const Reader kNonRealTimeMetaReader;
 // Reads a document in memory, so without a card. Returns false if it isn't NonRealTimeMeta XML.
 bool ReadNonRealTimeMeta(std::string_view bytes, TXMPMeta& native);
 
+// Adds the facts of a document inside a media file: its dates, which have a time zone, replace
+// those in `meta`, other facts only fill in what is missing.
+void AddNonRealTimeFacts(TXMPMeta&& document, TXMPMeta& meta);
+
 }  // namespace Sorvik::xmp

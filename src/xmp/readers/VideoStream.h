@@ -22,9 +22,10 @@ struct VideoFacts {
   unsigned depth = 8;
   unsigned primaries = 0;  // ITU-T H.273; 0 unknown
   unsigned matrix = 0;
-  const char* fieldOrder = nullptr;     // "Upper", "Lower", "Progressive"
-  bool mpeg1 = false;                   // MPEG-1 instead of MPEG-2
-  std::optional<Timecode> gopTimecode;  // of the first group of pictures
+  const char* fieldOrder = nullptr;          // "Upper", "Lower", "Progressive"
+  std::optional<unsigned> pictureStructure;  // of the first picture timing of AVC; 0: a frame
+  bool mpeg1 = false;                        // MPEG-1 instead of MPEG-2
+  std::optional<Timecode> gopTimecode;       // of the first group of pictures
   // The recording block of the first picture that has one, without its name and emulation
   // prevention bytes. Empty if there is none.
   std::vector<std::byte> recordingBlock;
