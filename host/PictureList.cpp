@@ -43,7 +43,11 @@ std::vector<std::string> EntryLines(const std::string& key, const FieldValueMap&
   for (const std::string& field : fields) {
     const auto value = values.find(field);
     if (field == Sorvik::kNameField || value == values.end()) continue;
-    const std::string text = CellText(value->second);
+    if (field == kFrameCountField && values.contains(kDurationField)) continue;
+    const bool seconds = field == kDurationField && FieldTexts(values, kDurationField).empty();
+    const auto count = values.find(kFrameCountField);
+    const std::string text =
+        seconds && count != values.end() ? SecondsText(count->second) : CellText(value->second);
     if (!text.empty()) lines.push_back(LabelOf(labels, field) + "  " + text);
   }
   return lines;

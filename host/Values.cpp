@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Values.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
 #include <set>
 #include <utility>
 
@@ -54,6 +58,37 @@ std::string FullText(const any_regular_t& value) {
     if (!text.empty()) joined += (joined.empty() ? "" : "; ") + text;
   }
   return joined;
+}
+
+std::string SecondsText(const any_regular_t& frameCount) {
+  const auto* text = frameCount.get_if<std::string>();
+  std::int64_t frames = 0;
+  std::string scale;
+  if (text == nullptr || !Sorvik::XMPSupport::ParseFrameCount(*text, frames, scale)) return {};
+  const std::size_t slash = std::min(scale.find('/'), scale.size());
+  const double units = std::strtod(scale.c_str(), nullptr);
+  const double perSecond =
+      slash == scale.size() ? 1 : std::strtod(scale.c_str() + slash + 1, nullptr);
+  const double seconds = static_cast<double>(frames) * units / perSecond;
+  constexpr double kMaxSeconds = 1e9;
+  if (!(seconds > 0 && seconds < kMaxSeconds)) return {};
+  char number[32];
+  const auto [end, error] =
+      std::to_chars(number, number + sizeof number, seconds, std::chars_format::fixed, 3);
+  if (error != std::errc()) return {};
+  std::string digits(number, end);
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.back() == '.') digits.pop_back();
+  return digits + " s";
+}
+
+void ShowDuration(Sorvik::FieldValueMap& fields) {
+  const auto duration = fields.find(kDurationField);
+  const auto count = fields.find(kFrameCountField);
+  if (duration == fields.end() || count == fields.end()) return;
+  if (FieldTexts(fields, kDurationField).empty()) {
+    duration->second = any_regular_t(SecondsText(count->second));
+  }
 }
 
 std::vector<std::string> ValueLines(const any_regular_t& value) {

@@ -10,11 +10,20 @@
 
 namespace host {
 
+inline constexpr char kDurationField[] = "duration";
+inline constexpr char kFrameCountField[] = "frameCount";
+
 // Returns the value for a table cell: sizes with a unit, a list of several items as its length. A
 // text of separators only, such as " @ ", counts as empty.
 std::string CellText(const Sorvik::any_regular_t& value);
 // Returns the complete value: sizes in bytes, the items of a list separated by "; ".
 std::string FullText(const Sorvik::any_regular_t& value);
+// Returns the duration in seconds of a frame count such as "7500 @ 1/1000": "7.5 s". Empty if it
+// isn't one, or is 0.
+std::string SecondsText(const Sorvik::any_regular_t& frameCount);
+// Sets an empty duration to that text. Durations at rates without a timecode are empty.
+void ShowDuration(Sorvik::FieldValueMap& fields);
+
 // Returns the value as lines, one per list item; no line for an empty value.
 std::vector<std::string> ValueLines(const Sorvik::any_regular_t& value);
 bool IsSize(const Sorvik::any_regular_t& value);

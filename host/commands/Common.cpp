@@ -167,7 +167,10 @@ std::string CellOf(const Column& column, const std::string& key, const FieldValu
     if (field == Sorvik::kNameField) return EntryName(key, fields);
     const auto value = fields.find(field);
     if (value == fields.end()) continue;
-    const std::string text = style.complete ? FullText(value->second) : CellText(value->second);
+    const bool seconds = field == kFrameCountField && column.fields.front() == kDurationField;
+    const std::string text = seconds          ? SecondsText(value->second)
+                             : style.complete ? FullText(value->second)
+                                              : CellText(value->second);
     if (text.empty()) continue;
     return style.shortDates && IsDate(field) ? ShortLocalDate(text) : text;
   }
@@ -206,6 +209,16 @@ bool IsRedundant(const Column& column, const ContentMap& content, CellStyle styl
   });
 }
 
+// Durations at rates without a timecode are shown in seconds.
+Column FieldColumn(const FieldLabelMap& labels, const FieldNameSet& known,
+                   const std::string& field) {
+  Column column{LabelOf(labels, field), {field}};
+  if (field == kDurationField && known.contains(kFrameCountField)) {
+    column.fields.emplace_back(kFrameCountField);
+  }
+  return column;
+}
+
 }  // namespace
 
 std::vector<Column> DefaultColumns(const ProviderWrapper& provider) {
@@ -214,7 +227,7 @@ std::vector<Column> DefaultColumns(const ProviderWrapper& provider) {
   std::vector<Column> columns = {{Translated(kKeyHeading), {}},
                                  {LabelOf(labels, Sorvik::kNameField), {Sorvik::kNameField}}};
   for (const char* field : {"startTimecode", "duration", "videoFrameRate", "videoFrameSize"}) {
-    if (known.contains(field)) columns.push_back({LabelOf(labels, field), {field}});
+    if (known.contains(field)) columns.push_back(FieldColumn(labels, known, field));
   }
   if (known.contains("shotDate")) {
     columns.push_back({Translated(kDateHeading), {"shotDate", "CreateDate"}});
@@ -228,8 +241,9 @@ std::vector<Column> DefaultColumns(const ProviderWrapper& provider) {
 
 std::vector<Column> ColumnsOf(const ProviderWrapper& provider, const FieldNameList& fields) {
   const FieldLabelMap labels = provider.GetFieldLabelList();
+  const FieldNameSet known = provider.GetFieldList();
   std::vector<Column> columns = {{Translated(kKeyHeading), {}}};
-  for (const std::string& field : fields) columns.push_back({LabelOf(labels, field), {field}});
+  for (const std::string& field : fields) columns.push_back(FieldColumn(labels, known, field));
   return columns;
 }
 

@@ -56,6 +56,7 @@ void WriteText(Context& context, const ProviderWrapper& provider, const std::str
     const auto listed = FindListed(listing, key, entry);
     if (listed != listing.end()) MergeListed(listed->second, entry);
   }
+  ShowDuration(entry);
   WriteFieldLines(context.output, provider.GetFieldLabelList(), fields, entry);
 }
 

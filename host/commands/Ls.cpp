@@ -57,21 +57,26 @@ bool IsPlainFolder(const ProviderWrapper& provider) {
   return provider.ShouldCheckFilter() && provider.IsFileBased();
 }
 
-// JSON has the provider's default fields; tables have columns of their own.
 std::vector<Column> ChosenColumns(const Options& options, const ProviderWrapper& provider) {
-  if (!options.fields && !options.all && !options.json) return DefaultColumns(provider);
-  return ColumnsOf(provider, ChosenFields(options, provider, provider.GetDefaultFieldList()));
+  if (!options.fields && !options.all) return DefaultColumns(provider);
+  return ColumnsOf(provider, ChosenFields(options, provider, {}));
+}
+
+// JSON has the provider's default fields; tables have columns of their own.
+ContentMap ListJson(Context& context, const ProviderWrapper& provider, const std::string& path) {
+  ContentMap content =
+      ListEntries(context, provider, path,
+                  ChosenFields(context.options, provider, provider.GetDefaultFieldList()));
+  WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
+  return content;
 }
 
 ContentMap List(Context& context, const ProviderWrapper& provider, const std::string& path) {
   const Options& options = context.options;
+  if (options.json) return ListJson(context, provider, path);
   const std::vector<Column> columns = ChosenColumns(options, provider);
   const Sorvik::FieldNameList fields = FieldsOf(columns);
   ContentMap content = ListEntries(context, provider, path, fields);
-  if (options.json) {
-    WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
-    return content;
-  }
   const PictureProtocol protocol = ChooseProtocol(options.thumbs, context.output.IsTerminal());
   if (protocol != PictureProtocol::kNone) {
     WritePictureList(context, provider, path, fields, content, protocol);

@@ -179,10 +179,15 @@ SourcedValueMap FindSources(const std::string& path, const FieldNameList& wanted
 void RunOne(Context& context, const std::string& file, const FieldNameList& wanted) {
   const bool packet = file.empty();
   const std::string path = packet ? "-" : ResolvePath(file);
-  const auto bits = XMPSupport::ParseFields(FieldNameSet(wanted.begin(), wanted.end()));
+  FieldNameSet asked(wanted.begin(), wanted.end());
+  // For durations without a timecode, which are shown in seconds.
+  const bool addsCount =
+      !context.options.json && asked.contains(kDurationField) && !asked.contains(kFrameCountField);
+  if (addsCount) asked.insert(kFrameCountField);
+  const auto bits = XMPSupport::ParseFields(asked);
   const auto& stop = context.session.Stopped();
   context.session.GetProgress().Begin("reading");
-  const auto fields = context.session.OnWorker<FieldValueMap>([packet, path, bits, &stop] {
+  auto fields = context.session.OnWorker<FieldValueMap>([packet, path, bits, &stop] {
     return packet ? XMPSupport::MakeValue(bits, ReadStandardInput(stop))
                   : XMPSupport::MakeValue(path, bits);
   });
@@ -203,6 +208,8 @@ void RunOne(Context& context, const std::string& file, const FieldNameList& want
   } else if (sources) {
     WriteSourceTable(context.output, wanted, *sources);
   } else {
+    ShowDuration(fields);
+    if (addsCount) fields.erase(kFrameCountField);
     WriteFieldLines(context.output, {}, wanted, fields);
   }
 }

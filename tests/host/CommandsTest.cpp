@@ -419,6 +419,19 @@ TEST(Commands, MetaReadsFilesAndPackets) {
   EXPECT_EQ(RunJson({"meta", "--packet"}, 1)["error"]["message"], "standard input: no metadata");
 }
 
+TEST(Commands, DurationsWithoutTimecodeAreInSeconds) {
+  TempTree tree;
+  const std::string file = tree.File(
+      "a.xmp",
+      "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+      "xmlns:d='http://ns.adobe.com/xmp/1.0/DynamicMedia/'><d:duration rdf:parseType='Resource'>"
+      "<d:value>7500</d:value><d:scale>1/1000</d:scale></d:duration></rdf:Description></rdf:RDF>");
+  EXPECT_EQ(RunSorvik({"meta", file, "--fields", "duration"}).output, "Duration  7.5 s\n");
+  EXPECT_NE(RunSorvik({"meta", file}).output.find("7500 @ 1/1000"), std::string::npos);
+  EXPECT_EQ(RunJson({"meta", file})["fields"]["duration"], "");
+  EXPECT_EQ(RunJson({"meta", file, "--fields", "duration"})["fields"], Json({{"duration", ""}}));
+}
+
 TEST_F(OnCard, MetaShowsSources) {
   const std::string file = card_ + "/CONTENTS/CLIP/0001AB.XML";
   std::ofstream(file + ".xmp")
