@@ -28,7 +28,7 @@ CODECS = {
     "dv": "dv", "dvvideo": "dv", "dvcpro 50": "dv", "dvcpro hd": "dv", "motion jpeg": "jpeg", "mjpeg": "jpeg",
     "jpeg": "jpeg", "mjpg": "jpeg", "jpeg 2000": "jpeg2000", "jpeg2000": "jpeg2000", "vc-3": "vc3", "dnxhd": "vc3",
     "vc-5": "vc5", "cineform": "vc5", "cfhd": "vc5", "h.263": "h263", "h263": "h263", "uncompressed": "raw",
-    "rawvideo": "raw", "v210": "raw", "yuv": "raw", "rgb": "raw", "ffv1": "ffv1", "theora": "theora", "huffyuv": "huffyuv",
+    "rawvideo": "raw", "v210": "raw", "yuv": "raw", "rgb": "raw", "ffv1": "ffv1", "theora": "theora", "huffyuv": "huffyuv", "hfyu": "huffyuv",
     "prores raw": "prores raw", "prores_raw": "prores raw", "aprn": "prores raw", "aprh": "prores raw",
 }
 SOUND = {
@@ -100,7 +100,7 @@ def close(field, a, b):
     if field in ("rate", "altitude"):
         return abs(a - b) <= 0.002 * abs(b) + 1e-6
     if field == "aspect":
-        return abs(a - b) < 0.02
+        return abs(a - b) <= 0.03 * b  # both conventions for standard definition, such as 12/11 and 16/15
     if field in ("make", "model", "software", "artist"):
         return a == b or a in b or b in a
     return a == b
@@ -288,10 +288,23 @@ def read_all(sorvik, files):
             own[document.get("path")] = document.get("fields", {})
         for file in part:
             probe = load(run(["ffprobe", "-v", "quiet", "-print_format", "json", "-show_format", "-show_streams", file]), {})
-            yield file, of_sorvik(own.get(os.path.abspath(file), {})), {
-                "exiftool": of_exiftool(exif.get(file, {})),
-                "mediainfo": of_mediainfo(load(run(["mediainfo", "--Output=JSON", file]), {})),
-                "ffprobe": of_ffprobe(probe)}
+            tools = {"exiftool": of_exiftool(exif.get(file, {})),
+                     "mediainfo": of_mediainfo(load(run(["mediainfo", "--Output=JSON", file]), {})),
+                     "ffprobe": of_ffprobe(probe)}
+            describe_still(exif.get(file, {}), tools)
+            yield file, of_sorvik(own.get(os.path.abspath(file), {})), tools
+
+
+def describe_still(tags, tools):
+    """Other programs give the stored size of photographs, and the compression as a codec."""
+    if not tags.get("MIMEType", "").startswith("image"):
+        return
+    turned = str(tags.get("Orientation", 1)) in ("5", "6", "7", "8")
+    for tool, values in tools.items():
+        values.pop("codec", None)
+        values.pop("space", None)
+        if turned and tool != "exiftool" and "size" in values:
+            values["size"] = "x".join(reversed(values["size"].split("x")))
 
 
 def agreed(field, tools):

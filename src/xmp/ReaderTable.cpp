@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "xmp/readers/AriReader.h"
+#include "xmp/readers/BmpReader.h"
 #include "xmp/readers/CanonXFReader.h"
 #include "xmp/readers/CrwReader.h"
 #include "xmp/readers/DVReader.h"
@@ -50,6 +51,7 @@ constexpr const Reader* kReaders[] = {
     &kRafReader,
     &kPngReader,
     &kGifReader,
+    &kBmpReader,
     &kPsdReader,
     &kIsoMediaReader,
     &kRiffReader,

@@ -109,6 +109,24 @@ TEST(IsoMovies, FieldOrderOfAVCIsInTheFirstFrame) {
   EXPECT_EQ(order("00000005 0601014280", WantedProperties::None()), "");
 }
 
+TEST(IsoMovies, DepthOfVC3IsInTheFirstFrame) {
+  const auto depth = [](const char* prefix, unsigned code) {
+    Bytes frame = Bytes().Hex(prefix).PadTo(33).U8(code << 5).Fill(10);
+    const Bytes track =
+        Track("vide", MediaHeader(25, 25),
+              {Descriptions(VideoEntry("AVdn", 1920, 1080)), Sizes(25), Chunks(28)});
+    return ReadWith(kIsoMediaReader, FileType()
+                                         .Add(Box("mdat", frame))
+                                         .Add(Box("moov", {MovieHeader(600, 600), track}))
+                                         .str())
+        .Get(kNsDM, "videoPixelDepth");
+  };
+  EXPECT_EQ(depth("00000280 01", 1), "8Int");
+  EXPECT_EQ(depth("00000280 03", 2), "Other");
+  EXPECT_EQ(depth("0000038C 03", 0), "");
+  EXPECT_EQ(depth("12345678 03", 1), "");
+}
+
 TEST(IsoMovies, RatesOfSoundAreInTheDecoderConfiguration) {
   const auto rate = [](const std::string& codec, const Bytes& box) {
     return ReadMovie({MovieHeader(600, 600),
@@ -219,6 +237,11 @@ TEST(IsoMovies, FragmentsDescribeTheirSamples) {
                    Box("mfro", Bytes().U32(0).U32(67))}));
   EXPECT_EQ(RateAndDuration(read(file)), "23.976, 984 @ 1001/24000");
 
+  // The delay of the encoder in the first sample.
+  EXPECT_EQ(
+      RateAndDuration(read(
+          FragmentedMovie(30000, Defaults(0)).Add(Fragment(7, 0, 4, {1641, 1001, 1001, 1001})))),
+      "29.97, 5 @ 1001/30000");
   // Durations of each sample, on a coarse clock, then varying.
   EXPECT_EQ(RateAndDuration(read(FragmentedMovie(1000, Defaults(0))
                                      .Add(Fragment(7, 0, 4, {33, 33, 34, 33}))
@@ -274,6 +297,9 @@ TEST(IsoMovies, CodecConfigurationsDescribeThePicture) {
   EXPECT_EQ(
       Picture("avc1", {avc, Box("pasp", Bytes().U32(1).U32(1)), Box("fiel", Bytes().U8(2).U8(9))}),
       "Other, Upper, 1/1, CCIR-709");
+  EXPECT_EQ(
+      Picture("av01", {Box("av1C", Bytes().Hex("81210000 0A0D2000 000CC4FF 6736BE48 086801"))}),
+      "8Int, Progressive, 1/1, CCIR-709");
   EXPECT_EQ(
       Picture("hvc1", {Box("hvcC", Bytes().Hex("01 02 20000000 900000000000 78 F000 FC FD FA FA "
                                                "0000 0F 00"))}),

@@ -78,14 +78,15 @@ TEST(JpegReader, GivesTheSizeAsShown) {
     for (const unsigned marker : {0xC0u, 0xC2u, 0xCFu}) {
       const auto result =
           ReadWith(kJpegReader, Jpeg({exif, Segment(0xC4, "1234567"), Frame(marker)}));
-      EXPECT_EQ(Facts(result), orientation < 5 ? "videoFrameSize=300x200 pixel\n"
-                                               : "videoFrameSize=200x300 pixel\n");
+      EXPECT_EQ(Facts(result), std::string("videoPixelDepth=8Int\nvideoFrameSize=") +
+                                   (orientation < 5 ? "300x200 pixel\n" : "200x300 pixel\n"));
     }
   }
   // Without a tag, or with an invalid one.
-  EXPECT_EQ(Facts(ReadWith(kJpegReader, Jpeg({Frame(0xC1)}))), "videoFrameSize=300x200 pixel\n");
+  EXPECT_EQ(Facts(ReadWith(kJpegReader, Jpeg({Frame(0xC1)}))),
+            "videoPixelDepth=8Int\nvideoFrameSize=300x200 pixel\n");
   EXPECT_EQ(Facts(ReadWith(kJpegReader, Jpeg({Exif(t.File({t.Shorts(274, {9})})), Frame(0xC1)}))),
-            "videoFrameSize=300x200 pixel\n");
+            "videoPixelDepth=8Int\nvideoFrameSize=300x200 pixel\n");
 }
 
 Bytes Dataset(unsigned number, const std::string& text) {
@@ -227,6 +228,7 @@ TEST(JpegReader, ReadsSamples) {
             "CreateDate=2001-05-19T18:36:41\n"
             "ModifyDate=2004-02-26T09:36:46\n"
             "CreatorTool=Maker PixelDesk 7.0\n"
+            "videoPixelDepth=8Int\n"
             "Make=FUJIFILM\n"
             "Model=FinePix2400Zoom\n"
             "software=Maker PixelDesk 7.0\n"

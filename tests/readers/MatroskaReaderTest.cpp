@@ -100,6 +100,48 @@ TEST(MatroskaReader, FindsTagsAfterTheMediaData) {
   EXPECT_EQ(result.reads, 1);
 }
 
+Bytes Track(const std::string& codec, const Bytes& setup, const Bytes& video) {
+  return Element(0xAE,
+                 Number(0xD7, 1)
+                     .Add(Number(0x83, 1))
+                     .Add(Text(0x86, codec))
+                     .Add(Element(0x63A2, setup))
+                     .Add(Element(0xE0, Number(0xB0, 640).Add(Number(0xBA, 360)).Add(video))));
+}
+
+TEST(MatroskaReader, ReadsTheFirstFrame) {
+  const auto read = [](const Bytes& track, const char* frame) {
+    const Bytes other = Element(0xA3, Bytes().Hex("82 0000 80 FFFF"));
+    const Bytes block = Element(0xA3, Bytes().Hex("81 0000 80").Hex(frame));
+    return Read(Segment(Info(1000)
+                            .Add(Element(0x1654AE6B, track))
+                            .Add(Element(0x1F43B675, Bytes(other).Add(block)))));
+  };
+  const Bytes vp9 = Track("V_VP9", {}, {});
+  const ReadResult shallow = read(vp9, "82 498342 40");
+  EXPECT_EQ(shallow.Get(kNsDM, "videoPixelDepth"), "8Int");
+  EXPECT_EQ(shallow.Get(kNsDM, "videoColorSpace"), "CCIR-709");
+  EXPECT_EQ(read(vp9, "92 498342 A8").Get(kNsDM, "videoPixelDepth"), "Other");
+  EXPECT_EQ(read(vp9, "86 498342 40").Get(kNsDM, "videoPixelDepth"), "") << "no key frame";
+  const Bytes avc = Bytes().Hex(
+      "014D401E FFE1001C 674D401E F405A126 FFC01000 0B440000 03000400 000300C8 7C50AA80"
+      "01000468 DE0FC8");
+  EXPECT_EQ(read(Track("V_MPEG4/ISO/AVC", avc, {}), "00000005 0601014280 00000004 6588822C")
+                .Get(kNsDM, "videoFieldOrder"),
+            "Lower");
+}
+
+TEST(MatroskaReader, CountsTracksWithOneChannelEach) {
+  const auto channels = [](unsigned each) {
+    const Bytes sound = Element(
+        0xAE, Number(0x83, 2).Add(Text(0x86, "A_AAC")).Add(Element(0xE1, Number(0x9F, each))));
+    return Read(Segment(Info(1).Add(Element(0x1654AE6B, Bytes(sound).Add(sound)))))
+        .Get(kNsDM, "audioChannelType");
+  };
+  EXPECT_EQ(channels(1), "Stereo");
+  EXPECT_EQ(channels(6), "5.1");
+}
+
 TEST(MatroskaReader, DurationWithoutARateIsInMilliseconds) {
   const ReadResult result = Read(Segment(Info(1234).Add(Element(0x1654AE6B, VideoTrack({}, 0)))));
   EXPECT_EQ(result.Field("duration", kNsDM, "value"), "1234");

@@ -78,6 +78,7 @@ TEST(RiffReader, ReadsAnAviHeader) {
   EXPECT_EQ(Facts(result),
             "CreateDate=2021-03-03T05:06:07\n"
             "videoFrameRate=25\n"
+            "videoPixelDepth=8Int\n"
             "videoPixelAspectRatio=64/45\n"
             "videoCompressor=Motion JPEG\n"
             "audioSampleRate=48000\n"
@@ -267,6 +268,8 @@ TEST(RiffReader, MatchesExiftoolOnSamples) {
             "CreateDate=2003-03-10T15:04:43\n"
             "CreatorTool=CanonMVI01\n"
             "videoFrameRate=15\n"
+            "videoPixelDepth=8Int\n"
+            "videoPixelAspectRatio=1/1\n"
             "videoCompressor=Motion JPEG\n"
             "audioSampleRate=11024\n"
             "audioSampleType=8Int\n"

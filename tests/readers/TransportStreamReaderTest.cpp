@@ -10,6 +10,7 @@
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
 #include "support/TempTree.h"
+#include "xmp/readers/AudioStream.h"
 #include "xmp/readers/ClipInfo.h"
 #include "xmp/readers/TransportStream.h"
 #include "xmp/readers/TransportStreamReader.h"
@@ -300,6 +301,20 @@ TEST(TransportStreamReader, ReadsAudioFromTheProgramDescriptors) {
   EXPECT_EQ(result.reads, 0);
   EXPECT_EQ(result.Get(kNsDM, "audioSampleRate"), "48000");
   EXPECT_EQ(result.Get(kNsDM, "audioChannelType"), "Stereo");
+}
+
+TEST(AudioStream, ReadsTheHeaderOfAAC) {
+  ts::Stream stream;
+  stream.type = 0x0F;
+  const auto read = [&](const char* bytes) {
+    const std::string raw = Bytes().Hex(bytes).str();
+    const auto view = Sorvik::foundation::ReaderOf(raw).Bytes();
+    const AudioFacts facts = ReadAudio(stream, ts::Elementary{{view.begin(), view.end()}, {}, {}});
+    return std::pair(facts.rate, facts.channels);
+  };
+  EXPECT_EQ(read("00 FFF1 4C80 2E7F"), std::pair(48000u, 2u));
+  EXPECT_EQ(read("FFF9 5C40 2E7F"), std::pair(44100u >> 1, 1u)) << "MPEG-2";
+  EXPECT_EQ(read("FFFD E404 0000"), std::pair(0u, 0u)) << "layer II";
 }
 
 TEST(TransportStreamReader, WritesUTCWithoutASign) {

@@ -74,6 +74,21 @@ void ReadMPEG(ByteReader bytes, AudioFacts& facts) {
   }
 }
 
+// ADTS: sync 12, version 1, layer 2, no CRC 1, profile 2, rate 4, private 1, channels 3.
+void ReadAAC(ByteReader bytes, AudioFacts& facts) {
+  constexpr std::uint32_t kRates[] = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
+                                      22050, 16000, 12000, 11025, 8000,  7350};
+  for (std::uint64_t at = 0; bytes.Holds(at, 4); ++at) {
+    const std::uint32_t word = bytes.U32BE(at).value_or(0);
+    const unsigned rate = word >> 10 & 0x0F;
+    const unsigned channels = word >> 6 & 7;
+    if (word >> 20 != 0xFFF || (word >> 17 & 3) != 0 || rate >= std::size(kRates)) continue;
+    facts.rate = kRates[rate];
+    facts.channels = channels == 7 ? 8 : channels;
+    return;
+  }
+}
+
 }  // namespace
 
 bool IsAudioType(std::uint8_t type, std::uint32_t registration) {
@@ -102,6 +117,7 @@ AudioFacts ReadAudio(const ts::Stream& stream, const ts::Elementary& part) {
       break;
     case kAAC:
       facts.compressor = "AAC";
+      ReadAAC(bytes, facts);
       break;
     default:
       break;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Facts of the first frame of an elementary audio stream: AC-3 (ATSC A/52), LPCM of AVCHD and
-// Blu-ray, MPEG audio (ISO/IEC 11172-3).
+// Blu-ray, MPEG audio (ISO/IEC 11172-3), AAC (ISO/IEC 13818-7, 6.2).
 #pragma once
 
 #include <cstdint>

@@ -31,6 +31,7 @@ constexpr std::uint64_t kLength = 32;
 // strf of video.
 constexpr std::uint64_t kBitmapWidth = 4;
 constexpr std::uint64_t kBitmapHeight = 8;  // negative for top-down rows
+constexpr std::uint64_t kBitmapBits = 14;
 constexpr std::uint64_t kBitmapCompression = 16;
 // A larger width or height is invalid.
 constexpr std::uint32_t kMaxPixels = 100'000;
@@ -115,6 +116,17 @@ std::string AviHeader::Codec(const Stream& picture) {
   return stored.empty() ? VideoCodecName(picture.handler) : stored;
 }
 
+// Bits per component; 0 unknown. Uncompressed pictures have three or four components of 8 bits.
+unsigned AviHeader::DepthOf(const Stream& picture) {
+  const ByteReader format = ReaderOf(picture.format);
+  if (picture.kind != kVideo) return 8;  // DV
+  if (format.U32LE(kBitmapCompression) != 0) {
+    return BitsOfVideoCodec(format.TextAt(kBitmapCompression, 4));
+  }
+  const unsigned bits = format.U16LE(kBitmapBits).value_or(0);
+  return bits == 24 || bits == 32 ? 8 : 0;
+}
+
 bool AviHeader::HoldsDV() const { return picture_ && Codec(*picture_).starts_with("DV"); }
 
 void AviHeader::Store(std::uint64_t fileBytes, TXMPMeta& meta) const {
@@ -141,11 +153,15 @@ void AviHeader::StorePicture(TXMPMeta& meta) const {
   const ByteReader format = ReaderOf(picture_->format);
   const std::uint32_t width = SizeOf(format.U32LE(kBitmapWidth).value_or(0));
   const std::uint32_t height = SizeOf(format.U32LE(kBitmapHeight).value_or(0));
+  SetPixelDepth(meta, DepthOf(*picture_));
   if (picture_->kind != kVideo || width > kMaxPixels || height > kMaxPixels) return;
   SetFrameSize(meta, width, height);
   const std::uint64_t x = picture_->aspect >> 16;
   const std::uint64_t y = picture_->aspect & 0xFFFF;
   SetPixelAspectRatio(meta, x * height, y * width);
+  // Writers of standard definition omit the aspect ratio of any picture.
+  const bool standard = (width == 704 || width == 720) && height <= 576;
+  if (picture_->aspect == 0 && !standard) SetPixelAspectRatio(meta, width, width);
 }
 
 void SetFirstDVFrame(FileWindow& file, const RiffChunk& movi, TXMPMeta& meta) {

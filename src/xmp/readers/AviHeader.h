@@ -26,6 +26,7 @@ class AviHeader {
   };
 
   static std::string Codec(const Stream& picture);
+  static unsigned DepthOf(const Stream& picture);
   void ReadStream(FileWindow& file, const RiffChunk& strl);
   void StorePicture(TXMPMeta& meta) const;
 

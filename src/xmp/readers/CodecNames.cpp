@@ -151,9 +151,9 @@ unsigned BitsOfVideoCodec(std::string_view code) {
       {"H.263", 8},
       {"VP8", 8},
   };
-  constexpr Depth kUncompressed[] = {{"2vuy", 8},  {"yuv2", 8},  {"yuy2", 8},
-                                     {"uyvy", 8},  {"v308", 8},  {"v210", 10},
-                                     {"v410", 10}, {"r210", 10}, {"v216", 16}};
+  constexpr Depth kUncompressed[] = {{"2vuy", 8},  {"yuv2", 8},  {"yuy2", 8},  {"uyvy", 8},
+                                     {"v308", 8},  {"v210", 10}, {"v410", 10}, {"r210", 10},
+                                     {"v216", 16}, {"rle ", 8},  {"png ", 8},  {"hfyu", 8}};
   const std::string lower = LowerASCII(code);
   for (const Depth& depth : kUncompressed) {
     if (lower == depth.name) return depth.bits;

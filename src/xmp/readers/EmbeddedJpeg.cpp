@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "xmp/Namespaces.h"
 #include "xmp/readers/JpegReader.h"
 
 namespace Sorvik::xmp {
@@ -38,6 +39,7 @@ std::optional<std::uint64_t> AddEmbeddedJpeg(const FileBytes& file, std::uint64_
   const auto head = range.Read(0, kHeadSize);
   ReaderOutput jpeg;
   const auto orientation = ReadJpeg({{}, range, foundation::ByteReader(head)}, jpeg);
+  jpeg.native.DeleteProperty(kNsDM, "videoPixelDepth");  // of the preview
   output.native.FillFrom(jpeg.native);
   output.hasNative |= jpeg.hasNative;
   if (!output.packet.empty()) return orientation;

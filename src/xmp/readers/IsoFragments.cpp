@@ -120,7 +120,7 @@ void IsoFragments::ReadTrackFragment(const IsoBox& traf, Fragment& fragment) {
 void IsoFragments::AddRun(ByteReader trun, std::uint32_t defaultUnits, Fragment& fragment) const {
   const std::uint32_t flags = FlagsOf(trun);
   const std::uint32_t count = trun.U32BE(4).value_or(0);
-  if ((flags & 0x100) == 0) return fragment.times.Add(count, defaultUnits);
+  if ((flags & 0x100) == 0) return fragment.Add(count, defaultUnits);
   std::uint64_t at = 8;
   if ((flags & 0x1) != 0) at += 4;
   if ((flags & 0x4) != 0) at += 4;
@@ -131,8 +131,15 @@ void IsoFragments::AddRun(ByteReader trun, std::uint32_t defaultUnits, Fragment&
   for (std::uint32_t i = 0; i < count; ++i, at += step) {
     const auto units = trun.U32BE(at);
     if (!units) return;
-    fragment.times.Add(1, *units);
+    fragment.Add(1, *units);
   }
+}
+
+void IsoFragments::Fragment::Add(std::uint64_t count, std::uint64_t units) {
+  const bool first = times.Samples() < 1;
+  times.Add(count, units);
+  // Some writers add the delay of the encoder to the first sample.
+  rest.Add(first && count != 0 ? count - 1 : count, units);
 }
 
 // The file ends with 'mfra', whose last part contains its size. 'tfra': track, sizes of the fields
@@ -196,6 +203,11 @@ void IsoFragments::Store(IsoMovie& movie) const {
   movie.duration = static_cast<std::uint64_t>(std::llround(total));
   movie.timescale = timescale_;
   track.timing = FrameTimingOf(first_.times, timescale_);
+  const FrameTiming rest = FrameTimingOf(first_.rest, timescale_);
+  constexpr double kMinSamples = 3;
+  if (!track.timing.constant && rest.constant && first_.rest.Samples() >= kMinSamples) {
+    track.timing = rest;
+  }
   if (!track.timing.constant) return;
   track.samples = static_cast<std::uint64_t>(
       std::llround(total * static_cast<double>(track.timing.rate.num) / timescale_ /

@@ -30,6 +30,9 @@ class IsoFragments {
     bool hasStart = false;
     std::uint64_t start = 0;  // decode time of the first sample
     SampleTimes times;
+    SampleTimes rest;  // without the first sample
+
+    void Add(std::uint64_t count, std::uint64_t units);
   };
   Fragment ReadFragment(const IsoBox& moof);
   void ReadTrackFragment(const IsoBox& traf, Fragment& fragment);

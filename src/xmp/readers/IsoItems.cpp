@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "xmp/NativeValues.h"
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/PictureSize.h"
 
@@ -125,6 +126,7 @@ class PrimaryItem {
     }
     // Rotations by a quarter exchange the sides like an orientation of 6.
     SetPictureSize(meta, width_, height_, turned_ ? 6 : 1);
+    SetPixelDepth(meta, depth_);
     return width_ != 0 && height_ != 0;
   }
 
@@ -164,6 +166,8 @@ class PrimaryItem {
       TakeAperture(body);
     } else if (property.type == FourCC("irot")) {
       turned_ = (body.U8(0).value_or(0) & 1) != 0;
+    } else if (property.type == FourCC("pixi")) {
+      depth_ = body.U8(kVersionAndFlags + 1).value_or(0);  // number of components, bits of each
     }
   }
 
@@ -183,6 +187,7 @@ class PrimaryItem {
   const IsoBox& meta_;
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;
+  unsigned depth_ = 0;
   bool turned_ = false;
 };
 

@@ -8,6 +8,7 @@
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 #include "xmp/Namespaces.h"
+#include "xmp/NativeValues.h"
 #include "xmp/readers/CameraXml.h"
 #include "xmp/readers/GpmfTelemetry.h"
 #include "xmp/readers/Insta360Trailer.h"
@@ -17,6 +18,7 @@
 #include "xmp/readers/IsoTexts.h"
 #include "xmp/readers/IsoTracks.h"
 #include "xmp/readers/NonRealTimeMetaReader.h"
+#include "xmp/readers/PictureSize.h"
 
 namespace Sorvik::xmp {
 
@@ -69,6 +71,9 @@ class IsoFile {
       case FourCC("meta"):
         TakeMeta(box);
         break;
+      case FourCC("jp2h"):
+        TakeJPEG2000(box);
+        break;
       case FourCC("sidx"):
         if (fragments_) fragments_->TakeIndex(box);
         break;
@@ -87,6 +92,18 @@ class IsoFile {
     if (!output_.packet.empty() || uuid.Size() <= kXMPBoxId.size()) return;
     if (file_.At(uuid.body, kXMPBoxId.size()).Text() != kXMPBoxId) return;
     output_.packet = file_.Copy(uuid.body + kXMPBoxId.size(), uuid.Size() - kXMPBoxId.size());
+  }
+
+  // ihdr: height, width, number of components, bits minus one (ISO/IEC 15444-1, I.5.3.1).
+  void TakeJPEG2000(const IsoBox& box) {
+    const auto header = FindBox(file_, box, FourCC("ihdr"));
+    if (!header) return;
+    const ByteReader body = file_.At(header->body, 14);
+    SetPictureSize(output_.native, body.U32BE(4).value_or(0), body.U32BE(0).value_or(0));
+    if (const auto bits = body.U8(10); bits && *bits != 0xFF) {
+      SetPixelDepth(output_.native, (*bits & 0x7Fu) + 1);
+    }
+    output_.hasNative = output_.hasNative || !output_.native.Empty();
   }
 
   void TakeMeta(const IsoBox& box) {
@@ -131,7 +148,8 @@ class IsoFile {
       }
     }
     if (wanted_.Wants(kNsDM, "startTimecode")) SetMovieTimecode(file_, *movie_, native);
-    if (wanted_.Wants(kNsDM, "videoFieldOrder") || wanted_.Wants(kNsDM, "videoColorSpace")) {
+    if (wanted_.Wants(kNsDM, "videoFieldOrder") || wanted_.Wants(kNsDM, "videoColorSpace") ||
+        wanted_.Wants(kNsDM, "videoPixelDepth")) {
       SetFirstFrame(file_, *movie_, native);
     }
     SetTelemetryTrack(file_, *movie_, wanted_, native);

@@ -105,8 +105,8 @@ const Name* FindKey(std::string_view key) {
   for (const Name& name : kOtherKeys) {
     if (name.key == key) return &name;
   }
-  if (!key.starts_with(kKeyPrefix)) return nullptr;
-  key.remove_prefix(kKeyPrefix.size());
+  // Some writers omit the prefix.
+  if (key.starts_with(kKeyPrefix)) key.remove_prefix(kKeyPrefix.size());
   const auto found = std::find_if(std::begin(kNames), std::end(kNames),
                                   [key](const Name& name) { return name.key == key; });
   return found == std::end(kNames) || key.empty() ? nullptr : found;

@@ -54,9 +54,13 @@ bool IsProRes(std::string_view entry) {
   return entry.size() > 8 && (entry.substr(4, 3) == "apc" || entry.substr(4, 3) == "ap4");
 }
 
+bool IsVC3(std::string_view entry) {
+  return entry.size() > 8 && (entry.substr(4, 4) == "AVdn" || entry.substr(4, 4) == "AVdh");
+}
+
 // Whether facts about the video are only in its first frame.
 bool NeedsFirstFrame(std::string_view entry) {
-  return IsProRes(entry) || HasUnknownFieldOrder(foundation::ReaderOf(entry));
+  return IsProRes(entry) || IsVC3(entry) || HasUnknownFieldOrder(foundation::ReaderOf(entry));
 }
 
 class TrackParser {
@@ -283,12 +287,14 @@ void SetMovieFacts(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
 void SetFirstFrame(FileWindow& file, const IsoMovie& movie, TXMPMeta& meta) {
   const IsoTrack* video = FirstTrack(movie, FourCC("vide"));
   if (video == nullptr || video->firstChunk == 0) return;
-  constexpr std::uint64_t kHeaderBytes = 32;
+  constexpr std::uint64_t kHeaderBytes = 40;
   if (IsProRes(video->entry)) {
     SetProResFrame(file.At(video->firstChunk, kHeaderBytes), meta);
+  } else if (IsVC3(video->entry)) {
+    SetVC3Frame(file.At(video->firstChunk, kHeaderBytes), meta);
   } else if (HasUnknownFieldOrder(foundation::ReaderOf(video->entry))) {
-    SetAVCFrame(foundation::ReaderOf(video->entry), file.At(video->firstChunk, kMaxFrameBytes),
-                meta);
+    SetAVCFrame(AVCConfiguration(foundation::ReaderOf(video->entry)),
+                file.At(video->firstChunk, kMaxFrameBytes), meta);
   }
 }
 

@@ -82,6 +82,10 @@ Configuration OfAV1(ByteReader av1C) {
   const bool twelve = (*flags & 0x20) != 0;
   configuration.depth = high ? (twelve ? 12 : 10) : 8;
   configuration.progressive = true;  // the codec has no fields
+  constexpr std::uint64_t kUnits = 4;
+  const auto facts = ReadAV1(av1C.Clip(kUnits));
+  configuration.primaries = facts.primaries;
+  configuration.matrix = facts.matrix;
   return configuration;
 }
 
@@ -182,28 +186,28 @@ void SetVideoEntry(ByteReader entry, std::uint32_t displayWidth, std::uint32_t d
   }
 }
 
-bool HasUnknownFieldOrder(ByteReader entry) {
+ByteReader AVCConfiguration(ByteReader entry) {
+  if (entry.Size() <= kBoxes) return ByteReader();
   FileWindow memory(entry);
-  const IsoBox all{0, kBoxes, entry.Size()};
-  if (entry.Size() <= kBoxes || FindBox(memory, all, FourCC("fiel"))) return false;
-  const auto avcC = FindBox(memory, all, FourCC("avcC"));
-  if (!avcC) return false;
-  const ByteReader body = entry.Clip(avcC->body, avcC->Size());
-  const auto facts = ReadAVCSequence(SequenceOfAVC(body));
+  const auto avcC = FindBox(memory, IsoBox{0, kBoxes, entry.Size()}, FourCC("avcC"));
+  return avcC ? entry.Clip(avcC->body, avcC->Size()) : ByteReader();
+}
+
+bool HasUnknownFieldOrder(ByteReader entry) {
+  if (entry.Size() <= kBoxes) return false;
+  FileWindow memory(entry);
+  if (FindBox(memory, IsoBox{0, kBoxes, entry.Size()}, FourCC("fiel"))) return false;
+  const auto facts = ReadAVCSequence(SequenceOfAVC(AVCConfiguration(entry)));
   return facts.width != 0 && facts.fieldOrder == nullptr;
 }
 
-void SetAVCFrame(ByteReader entry, ByteReader frame, TXMPMeta& meta) {
+void SetAVCFrame(ByteReader avcC, ByteReader frame, TXMPMeta& meta) {
   if (meta.HasProperty(kNsDM, "videoFieldOrder")) return;
-  FileWindow memory(entry);
-  const auto avcC = FindBox(memory, IsoBox{0, kBoxes, entry.Size()}, FourCC("avcC"));
-  if (!avcC) return;
-  const ByteReader body = entry.Clip(avcC->body, avcC->Size());
   // As a stream with start codes: the sequence, then the parts in front of the first slice.
   constexpr std::string_view kStart{"\0\0\1", 3};
   constexpr unsigned kSupplement = 6;
-  std::string stream = std::string(kStart).append(SequenceOfAVC(body).Text());
-  const std::uint64_t lengthBytes = (body.U8(4).value_or(3) & 3u) + 1u;
+  std::string stream = std::string(kStart).append(SequenceOfAVC(avcC).Text());
+  const std::uint64_t lengthBytes = (avcC.U8(4).value_or(3) & 3u) + 1u;
   for (std::uint64_t at = 0; frame.Holds(at, lengthBytes + 1);) {
     std::uint64_t length = 0;
     for (std::uint64_t i = 0; i < lengthBytes; ++i)
@@ -219,6 +223,17 @@ void SetAVCFrame(ByteReader entry, ByteReader frame, TXMPMeta& meta) {
   meta.SetProperty(kNsDM, "videoFieldOrder",
                    *facts.pictureStructure == 0 || *facts.pictureStructure > 6 ? "Progressive"
                                                                                : facts.fieldOrder);
+}
+
+// SMPTE ST 2019-1, 8: prefix of 5 bytes, ..., bit depth (3 bits) at offset 33.
+void SetVC3Frame(ByteReader frame, TXMPMeta& meta) {
+  constexpr std::uint64_t kDepth = 33;
+  constexpr unsigned kDepths[] = {0, 8, 10, 12, 0, 0, 0, 0};
+  if (!frame.Matches(0, std::string_view("\0\0\2\x80", 4)) &&
+      !frame.Matches(0, std::string_view("\0\0\3\x8C", 4))) {
+    return;
+  }
+  SetPixelDepth(meta, kDepths[frame.U8(kDepth).value_or(0) >> 5]);
 }
 
 // Size, 'icpf', header size, version, creator, width, height, flags, aspect ratio and rate,

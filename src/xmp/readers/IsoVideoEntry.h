@@ -24,10 +24,15 @@ std::pair<std::uint32_t, std::uint32_t> VideoEntrySize(foundation::ByteReader en
 // the body of a box of that type, such as 'avcC'.
 void SetCodecConfiguration(std::uint32_t type, foundation::ByteReader body, TXMPMeta& meta);
 
+// Bit depth from the header of a VC-3 frame.
+void SetVC3Frame(foundation::ByteReader frame, TXMPMeta& meta);
+
 // Whether the video is AVC whose parameter sets allow fields, and no box says more.
 bool HasUnknownFieldOrder(foundation::ByteReader entry);
-// Field order from the first frame of such a track.
-void SetAVCFrame(foundation::ByteReader entry, foundation::ByteReader frame, TXMPMeta& meta);
+// The body of its box 'avcC'; empty if there is none.
+foundation::ByteReader AVCConfiguration(foundation::ByteReader entry);
+// Field order from the first frame of AVC with that configuration, unless it is known.
+void SetAVCFrame(foundation::ByteReader avcC, foundation::ByteReader frame, TXMPMeta& meta);
 
 // Field order, colour space and pixel aspect ratio from the header of a ProRes frame, where the
 // description lacks them.

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "foundation/Digest.h"
+#include "xmp/NativeValues.h"
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/FileWindow.h"
 #include "xmp/readers/ImageResources.h"
@@ -94,6 +95,7 @@ class Segments {
   void Finish() {
     ReadImageResources(foundation::ReaderOf(resources_), output_);
     SetPictureSize(output_.native, width_, height_, orientation_);
+    SetPixelDepth(output_.native, depth_);
     output_.hasNative |= width_ != 0 && height_ != 0;
     if (output_.packet.empty() || parts_.empty()) return;
     output_.extendedPacket = Extension(ExtensionName());
@@ -140,6 +142,7 @@ class Segments {
   // Bits per sample, lines, samples per line.
   void TakeSize(ByteReader body) {
     if (width_ != 0) return;
+    depth_ = body.U8(0).value_or(0);
     height_ = body.U16BE(1).value_or(0);
     width_ = body.U16BE(3).value_or(0);
   }
@@ -190,6 +193,7 @@ class Segments {
   std::vector<ExtensionPart> parts_;
   std::uint64_t partBytes_ = 0;
   std::string resources_;
+  unsigned depth_ = 0;
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;
   std::optional<std::uint64_t> orientation_;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/MatroskaReader.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -14,6 +15,8 @@
 namespace Sorvik::xmp {
 
 namespace {
+
+using foundation::ByteReader;
 
 enum Id : std::uint32_t {
   kEbml = 0x1A45DFA3,
@@ -31,6 +34,9 @@ enum Id : std::uint32_t {
   kWritingApp = 0x5741,
   kTracks = 0x1654AE6B,
   kCluster = 0x1F43B675,
+  kBlockGroup = 0xA0,
+  kBlock = 0xA1,
+  kSimpleBlock = 0xA3,
   kTags = 0x1254C367,
   kTag = 0x7373,
   kTargets = 0x63C0,
@@ -42,7 +48,6 @@ enum Id : std::uint32_t {
 
 constexpr std::uint64_t kNanoseconds = 1'000'000'000;
 constexpr std::uint64_t kVideo = 1;
-constexpr std::uint64_t kAudio = 2;
 
 struct TextTag {
   std::string_view name;
@@ -113,7 +118,10 @@ class MatroskaFile {
   void ReadSegment(const EbmlElement& segment) {
     EbmlElements elements(file_, segment);
     while (const auto element = elements.Next()) {
-      if (element->id == kCluster) break;
+      if (element->id == kCluster) {
+        ReadCluster(*element);
+        break;
+      }
       if (element->id == kSeekHead) ReadSeekHead(*element);
       ReadPart(*element);
     }
@@ -121,6 +129,26 @@ class MatroskaFile {
       if (part.known || part.position == 0 || part.position >= segment.Size()) continue;
       const auto element = EbmlElements(file_, segment.body + part.position, segment.end).Next();
       if (element && element->id == part.id) ReadPart(*element);
+    }
+  }
+
+  // Keeps the beginning of the first frame of the video. Block: track, time 2, flags 1, frame.
+  void ReadCluster(const EbmlElement& cluster) {
+    const MatroskaTrack* video = First(kVideo);
+    if (video == nullptr || !NeedsFirstFrame(*video)) return;
+    constexpr unsigned kMaxBlocks = 32;
+    constexpr std::uint64_t kMaxFrameBytes = 4096;
+    constexpr std::uint64_t kHeader = 4;  // of a track below 128
+    EbmlElements elements(file_, cluster);
+    for (unsigned i = 0; i < kMaxBlocks; ++i) {
+      auto block = elements.Next();
+      if (block && block->id == kBlockGroup) block = EbmlElements(file_, *block).Next();
+      if (!block) return;
+      if (block->id != kSimpleBlock && block->id != kBlock) continue;
+      const ByteReader bytes = file_.At(block->body, std::min(kMaxFrameBytes, block->Size()));
+      if (bytes.U8(0) != (0x80 | video->number)) continue;
+      frame_ = bytes.Clip(kHeader).Text();
+      return;
     }
   }
 
@@ -221,9 +249,8 @@ class MatroskaFile {
 
   void Store(TXMPMeta& meta) const {
     const MatroskaTrack* video = First(kVideo);
-    const MatroskaTrack* audio = First(kAudio);
-    if (video != nullptr) SetMatroskaVideo(*video, meta);
-    if (audio != nullptr) SetMatroskaAudio(*audio, meta);
+    if (video != nullptr) SetMatroskaVideo(*video, foundation::ReaderOf(frame_), meta);
+    SetMatroskaAudio(tracks_, meta);
     StoreDuration(video, meta);
     if (!title_.empty()) meta.SetLocalizedText(kNsDC, "title", "x-default", title_);
     SetSoftware(meta, program_);
@@ -312,6 +339,7 @@ class MatroskaFile {
   std::string program_;
   std::vector<MatroskaTrack> tracks_;
   std::vector<SimpleTag> tags_;
+  std::string frame_;  // the beginning of the first frame of the video, if it is needed
 };
 
 bool Recognises(const ReaderInput& input) { return input.head.U32BE(0) == kEbml; }

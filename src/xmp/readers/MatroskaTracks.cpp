@@ -6,15 +6,18 @@
 #include <string_view>
 
 #include "xmp/Namespaces.h"
+#include "xmp/readers/BitReader.h"
 #include "xmp/readers/CodecNames.h"
 #include "xmp/readers/IsoBoxes.h"
 #include "xmp/readers/IsoVideoEntry.h"
+#include "xmp/readers/VideoStream.h"
 #include "xmp/readers/WaveFacts.h"
 
 namespace Sorvik::xmp {
 
 namespace {
 
+using foundation::ByteReader;
 using foundation::ReaderOf;
 
 constexpr std::size_t kMaxTracks = 64;
@@ -22,6 +25,7 @@ constexpr std::uint64_t kMaxSetupBytes = 4096;
 
 enum Id : std::uint32_t {
   kTrackEntry = 0xAE,
+  kTrackNumber = 0xD7,
   kTrackUID = 0x73C5,
   kTrackType = 0x83,
   kCodecID = 0x86,
@@ -127,6 +131,9 @@ MatroskaTrack ReadTrack(FileWindow& file, const EbmlElement& entry) {
   EbmlElements elements(file, entry);
   while (const auto element = elements.Next()) {
     switch (element->id) {
+      case kTrackNumber:
+        track.number = EbmlUnsigned(file, *element);
+        break;
       case kTrackUID:
         track.uid = EbmlUnsigned(file, *element);
         break;
@@ -261,6 +268,56 @@ void SetAspect(const MatroskaTrack& track, TXMPMeta& meta) {
   if (!meta.HasProperty(kNsDM, "videoPixelAspectRatio")) SetPixelAspectRatio(meta, width, height);
 }
 
+// VP9: marker 2 bits, profile 2, of profile 3 a zero, existing frame 1, type 1, shown 1, error 1;
+// of a key frame the sync code 24, of profiles 2 and 3 the depth, colour space 3.
+void SetVP9Frame(ByteReader frame, TXMPMeta& meta) {
+  constexpr unsigned kSyncCode = 0x498342;
+  BitReader bits(frame);
+  if (bits.Bits(2) != 2) return;
+  const unsigned low = bits.Bits(1);
+  const unsigned profile = bits.Bits(1) << 1 | low;
+  if (profile == 3) bits.Skip(1);
+  const bool existing = bits.Flag();
+  const bool delta = bits.Flag();
+  bits.Skip(2);
+  if (existing || delta || bits.Bits(24) != kSyncCode) return;
+  const unsigned depth = profile < 2 ? 8 : bits.Flag() ? 12 : 10;
+  const unsigned space = bits.Bits(3);
+  if (!bits.Good()) return;
+  SetPixelDepth(meta, depth);
+  constexpr unsigned kPrimaries[] = {0, 5, 1, 6, 0, 9, 0, 0};
+  SetColorSpace(meta, kPrimaries[space], 0);
+}
+
+void SetFirstFrame(const MatroskaTrack& track, ByteReader frame, TXMPMeta& meta) {
+  if (track.codec == "V_VP9") return SetVP9Frame(frame, meta);
+  if (track.codec == "V_MPEG4/ISO/AVC") return SetAVCFrame(ReaderOf(track.setup), frame, meta);
+  if (track.codec != "V_MPEG2") return;
+  // The headers are in both.
+  std::string stream = track.setup;
+  stream += frame.Text();
+  const VideoFacts facts = ReadMPEG2(ReaderOf(stream));
+  if (facts.fieldOrder != nullptr) meta.SetProperty(kNsDM, "videoFieldOrder", facts.fieldOrder);
+}
+
+void SetSound(const MatroskaTrack& track, TXMPMeta& meta) {
+  if (track.codec == kWaveCodec) return SetWaveFormat(ReadWaveFormat(ReaderOf(track.setup)), meta);
+  const std::string name = NameOf(track.codec, kSounds);
+  meta.SetProperty(kNsDM, "audioCompressor", name);
+  constexpr double kMaxRate = 1e7;
+  if (track.sampleRate >= 1 && track.sampleRate < kMaxRate) {
+    SetAudioSampleRate(meta, static_cast<std::uint64_t>(std::lround(track.sampleRate)));
+  }
+  SetAudioChannels(meta, track.channels);
+  if (name != "PCM") {
+    meta.SetProperty(kNsDM, "audioSampleType", "Compressed");
+  } else if (track.codec == "A_PCM/FLOAT/IEEE") {
+    meta.SetProperty(kNsDM, "audioSampleType", track.sampleBits == 32 ? "32Float" : "Other");
+  } else {
+    SetAudioSampleBits(meta, track.sampleBits);
+  }
+}
+
 }  // namespace
 
 Rate MatroskaTrack::FrameRate() const {
@@ -279,32 +336,36 @@ std::vector<MatroskaTrack> ReadMatroskaTracks(FileWindow& file, const EbmlElemen
   return list;
 }
 
-void SetMatroskaVideo(const MatroskaTrack& track, TXMPMeta& meta) {
+bool NeedsFirstFrame(const MatroskaTrack& track) {
+  const bool depth = track.codec == "V_VP9" && track.depth == 0;
+  return depth || track.codec == "V_MPEG2" || track.codec == "V_MPEG4/ISO/AVC";
+}
+
+void SetMatroskaVideo(const MatroskaTrack& track, ByteReader frame, TXMPMeta& meta) {
   SetFrameSize(meta, track.width, track.height);
   SetFrameRate(meta, track.FrameRate());
   SetVideoCodec(track, meta);
+  SetFirstFrame(track, frame, meta);
   if (track.depth != 0) SetPixelDepth(meta, track.depth);
   SetFieldOrder(track, meta);
   SetColorSpace(meta, track.primaries, track.matrix);
   SetAspect(track, meta);
 }
 
-void SetMatroskaAudio(const MatroskaTrack& track, TXMPMeta& meta) {
-  if (track.codec == kWaveCodec) return SetWaveFormat(ReadWaveFormat(ReaderOf(track.setup)), meta);
-  const std::string name = NameOf(track.codec, kSounds);
-  meta.SetProperty(kNsDM, "audioCompressor", name);
-  constexpr double kMaxRate = 1e7;
-  if (track.sampleRate >= 1 && track.sampleRate < kMaxRate) {
-    SetAudioSampleRate(meta, static_cast<std::uint64_t>(std::lround(track.sampleRate)));
+void SetMatroskaAudio(const std::vector<MatroskaTrack>& tracks, TXMPMeta& meta) {
+  constexpr std::uint64_t kAudio = 2;
+  const MatroskaTrack* first = nullptr;
+  unsigned count = 0;
+  bool eachMono = true;
+  for (const MatroskaTrack& track : tracks) {
+    if (track.type != kAudio) continue;
+    if (first == nullptr) first = &track;
+    eachMono = eachMono && track.channels == 1;
+    ++count;
   }
-  SetAudioChannels(meta, track.channels);
-  if (name != "PCM") {
-    meta.SetProperty(kNsDM, "audioSampleType", "Compressed");
-  } else if (track.codec == "A_PCM/FLOAT/IEEE") {
-    meta.SetProperty(kNsDM, "audioSampleType", track.sampleBits == 32 ? "32Float" : "Other");
-  } else {
-    SetAudioSampleBits(meta, track.sampleBits);
-  }
+  if (first == nullptr) return;
+  SetSound(*first, meta);
+  if (eachMono) SetAudioChannels(meta, count);
 }
 
 }  // namespace Sorvik::xmp

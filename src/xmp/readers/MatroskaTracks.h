@@ -13,7 +13,8 @@
 namespace Sorvik::xmp {
 
 struct MatroskaTrack {
-  std::uint64_t type = 0;  // 1 video, 2 audio
+  std::uint64_t number = 0;  // of its blocks
+  std::uint64_t type = 0;    // 1 video, 2 audio
   std::uint64_t uid = 0;
   std::string codec;  // "V_MPEG4/ISO/AVC"
   std::string setup;  // initialisation data of the codec
@@ -39,7 +40,12 @@ struct MatroskaTrack {
 
 std::vector<MatroskaTrack> ReadMatroskaTracks(FileWindow& file, const EbmlElement& tracks);
 
-void SetMatroskaVideo(const MatroskaTrack& track, TXMPMeta& meta);
-void SetMatroskaAudio(const MatroskaTrack& track, TXMPMeta& meta);
+// Whether facts about the video are only in its first frame.
+bool NeedsFirstFrame(const MatroskaTrack& track);
+
+// `frame` is the beginning of the first frame; it may be empty.
+void SetMatroskaVideo(const MatroskaTrack& track, foundation::ByteReader frame, TXMPMeta& meta);
+// The sound of the first track. Tracks with one channel each are the channels of one recording.
+void SetMatroskaAudio(const std::vector<MatroskaTrack>& tracks, TXMPMeta& meta);
 
 }  // namespace Sorvik::xmp

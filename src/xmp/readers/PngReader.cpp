@@ -5,6 +5,7 @@
 
 #include "foundation/Inflate.h"
 #include "xmp/Namespaces.h"
+#include "xmp/NativeValues.h"
 #include "xmp/readers/ExifTags.h"
 #include "xmp/readers/FileWindow.h"
 #include "xmp/readers/ImageResources.h"
@@ -137,6 +138,7 @@ class Chunks {
   // Stores the size, which may be affected by an Exif block anywhere in the file.
   void Finish() {
     SetPictureSize(output_.native, width_, height_, orientation_);
+    SetPixelDepth(output_.native, depth_);
     output_.hasNative |= width_ != 0 && height_ != 0;
   }
 
@@ -229,6 +231,7 @@ class Chunks {
   void TakeHeader(ByteReader data) {
     width_ = data.U32BE(0).value_or(0);
     height_ = data.U32BE(4).value_or(0);
+    depth_ = data.U8(8).value_or(0);
   }
 
   void TakeExif(ByteReader block) {
@@ -306,6 +309,7 @@ class Chunks {
   std::uint64_t headSize_;
   ReaderOutput& output_;
   FileTail tail_;
+  unsigned depth_ = 0;
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;
   std::optional<std::uint64_t> orientation_;

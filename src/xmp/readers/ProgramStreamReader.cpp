@@ -123,6 +123,7 @@ class ProgramFile {
     SetFrameSize(meta, video_.width, video_.height);
     SetPixelAspectRatio(meta, video_.aspectWidth, video_.aspectHeight);
     SetPixelDepth(meta, video_.depth);
+    SetColorSpace(meta, video_.primaries, video_.matrix);
     if (video_.fieldOrder != nullptr) {
       meta.SetProperty(kNsDM, "videoFieldOrder", video_.fieldOrder);
     }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string_view>
 
+#include "xmp/NativeValues.h"
 #include "xmp/readers/DngTags.h"
 #include "xmp/readers/EmbeddedJpeg.h"
 #include "xmp/readers/ExifTags.h"
@@ -69,8 +70,14 @@ class TiffFile {
   }
 
   bool SetSize(const TiffDirectory& directory) {
-    return Set(walker_.Number(directory, tiff::kImageWidth),
-               walker_.Number(directory, tiff::kImageLength));
+    const bool set = Set(walker_.Number(directory, tiff::kImageWidth),
+                         walker_.Number(directory, tiff::kImageLength));
+    const auto bits = walker_.Number(directory, tiff::kBitsPerSample);
+    constexpr std::uint64_t kMaxBits = 64;
+    if (set && bits && *bits <= kMaxBits) {
+      SetPixelDepth(output_.native, static_cast<unsigned>(*bits));
+    }
+    return set;
   }
 
   bool SetBorders() {

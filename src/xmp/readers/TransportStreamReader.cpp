@@ -205,6 +205,7 @@ class StreamFile {
     SetFrameSize(meta, video.width, video.height);
     SetPixelAspectRatio(meta, video.aspectWidth, video.aspectHeight);
     if (video.width != 0) SetPixelDepth(meta, video.depth);
+    SetColorSpace(meta, video.primaries, video.matrix);
     if (video.fieldOrder != nullptr) meta.SetProperty(kNsDM, "videoFieldOrder", video.fieldOrder);
   }
 
