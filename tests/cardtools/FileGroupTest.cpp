@@ -40,22 +40,46 @@ class FileGroups : public testing::Test {
 
 TEST_F(FileGroups, FollowTheNamesOfEachCamera) {
   const std::string canon = "A_0001C313A260711_101700EJ_CANON";
-  for (const std::string& file :
-       std::vector<std::string>{"C0001.MP4",        "C0001M01.XML",
-                                "C0001S03.MP4",     "C0001T01.JPG",
-                                "C0001.xmp",        "C0011.MP4",
-                                canon + "-001.MP4", canon + "-001.XML",
-                                canon + "-002.MP4", canon + "-001_Proxy.MP4",
-                                "GX010001.MP4",     "GX020001.MP4",
-                                "GL010001.LRV",     "DJI_0007.MP4",
-                                "DJI_0007.SRT",     "DJI_0007.LRF",
-                                "00000.MTS",        "00000.CPI",
-                                "IMG_0001.HEIC",    "IMG_E0001.HEIC",
-                                "notes.txt",        "only.SRT"}) {
+  for (const std::string& file : std::vector<std::string>{"C0001.MP4",
+                                                          "C0001M01.XML",
+                                                          "C0001S03.MP4",
+                                                          "C0001T01.JPG",
+                                                          "C0001.xmp",
+                                                          "C0011.MP4",
+                                                          canon + "-001.MP4",
+                                                          canon + "-001.XML",
+                                                          canon + "-002.MP4",
+                                                          canon + "-001_Proxy.MP4",
+                                                          "GX010001.MP4",
+                                                          "GX020001.MP4",
+                                                          "GL010001.LRV",
+                                                          "DJI_0007.MP4",
+                                                          "DJI_0007.SRT",
+                                                          "DJI_0007.LRF",
+                                                          "00000.MTS",
+                                                          "00000.CPI",
+                                                          "IMG_0001.HEIC",
+                                                          "IMG_E0001.HEIC",
+                                                          "0001AB.MXF",
+                                                          "0001AB00.MXF",
+                                                          "0001AB01.MXF",
+                                                          "0001AB.XML",
+                                                          "0001AB.MP4",
+                                                          "0002CD.MXF",
+                                                          "AA000102.MXF",
+                                                          "AA000101.MXF",
+                                                          "AA0001.CIF",
+                                                          "AA000201.XML",
+                                                          "A001_C001_0925AB_002.R3D",
+                                                          "A001_C001_0925AB_001.R3D",
+                                                          "A001_C001_0925AB_001.mov",
+                                                          "A001_C001_0925AB.RMD",
+                                                          "notes.txt",
+                                                          "only.SRT"}) {
     tree_.File("loose/" + file, "x");
   }
   const std::string sony =
-      "SonyXAVC: C0001.MP4 | C0001M01.XML ~C0001S03.MP4 C0001T01.JPG C0001.xmp";
+      "SonyXAVC: C0001.MP4 | C0001.xmp C0001M01.XML ~C0001S03.MP4 C0001T01.JPG";
   const std::string parts = "CanonXFAVC: " + canon + "-001.MP4 " + canon + "-002.MP4 | ~" + canon +
                             "-001_Proxy.MP4 " + canon + "-001.XML";
   const std::string chapters = "DCIM: GX010001.MP4 GX020001.MP4 | ~GL010001.LRV";
@@ -72,6 +96,13 @@ TEST_F(FileGroups, FollowTheNamesOfEachCamera) {
       {"DJI_0007.SRT", "DCIM: DJI_0007.MP4 | ~DJI_0007.LRF DJI_0007.SRT"},
       {"00000.CPI", "DCIM: 00000.MTS | 00000.CPI"},
       {"IMG_E0001.HEIC", "DCIM: IMG_0001.HEIC | IMG_E0001.HEIC"},
+      {"0001AB01.MXF", "P2: 0001AB.MXF | ~0001AB.MP4 0001AB.XML 0001AB00.MXF 0001AB01.MXF"},
+      {"0002CD.MXF", "DCIM: 0002CD.MXF |"},
+      {"AA0001.CIF", "CanonXF: AA000101.MXF AA000102.MXF | AA0001.CIF"},
+      {"AA000201.XML", "none"},
+      {"A001_C001_0925AB.RMD",
+       "RED: A001_C001_0925AB_001.R3D A001_C001_0925AB_002.R3D | A001_C001_0925AB.RMD "
+       "~A001_C001_0925AB_001.mov"},
       {"notes.txt", "none"},
       {"only.SRT", "none"},
       {"missing.MP4", "none"},

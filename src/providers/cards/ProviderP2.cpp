@@ -15,6 +15,8 @@
 #include "frame/Recognition.h"
 #include "providers/cards/P2Shots.h"
 #include "providers/cards/P2Siblings.h"
+#include "providers/common/LooseClips.h"
+#include "providers/common/NameMask.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
@@ -255,6 +257,31 @@ Bitplate** ProviderP2::GetThumbnail(const std::string& path, const std::string& 
     VisitSiblingDirectories(path, finder);
   }
   return RenderThumbnailIntoNew(Hestra::MakeString(icon), width, GetMaximumThumbnailHeight(height));
+}
+
+namespace {
+
+// "0001AB.MXF", and its sound files "0001AB00.MXF".
+std::optional<LooseName> ParseLoose(std::string_view name) {
+  constexpr std::string_view kId = "####**";
+  const std::string_view stem = FileStem(name);
+  const std::string_view rest = stem.substr(std::min(kId.size(), stem.size()));
+  const bool isSound = MatchesMask(rest, "##");
+  if (!MatchesPattern(stem.substr(0, kId.size()), kId) || !(rest.empty() || isSound)) {
+    return std::nullopt;
+  }
+  const bool isMXF = foundation::HasExtension(name, ".mxf");
+  return LooseName{.clip = stem.substr(0, kId.size()),
+                   .isOriginal = isMXF && !isSound,
+                   .isProxy = foundation::HasExtension(name, ".mp4"),
+                   .isTypical = isMXF && isSound};
+}
+
+}  // namespace
+
+std::optional<FileGroup> ProviderP2::GroupOf(const std::string& folder,
+                                             const std::string& name) const {
+  return GroupLooseFiles(folder, name, ParseLoose);
 }
 
 }  // namespace Sorvik

@@ -4,14 +4,16 @@
 // card's own icons.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "frame/CardChecker.h"
+#include "frame/FileGrouper.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderP2 final : public ClipProvider, public CardChecker {
+class ProviderP2 final : public ClipProvider, public CardChecker, public FileGrouper {
  public:
   ProviderP2();
   // Also finds a clip on a card next to this one. The duration is that of the clip alone.
@@ -26,6 +28,9 @@ class ProviderP2 final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  // The files of a clip: those with its id, sound files with two more digits.
+  std::optional<FileGroup> GroupOf(const std::string& folder,
+                                   const std::string& name) const override;
 };
 
 }  // namespace Sorvik

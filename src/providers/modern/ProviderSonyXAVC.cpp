@@ -18,6 +18,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
+#include "providers/common/LooseClips.h"
 #include "providers/modern/PartDurations.h"
 #include "providers/modern/XAVCCard.h"
 #include "thumbnails/Rendering.h"
@@ -217,43 +218,22 @@ Bitplate** ProviderSonyXAVC::GetThumbnail(const std::string& path, const std::st
 
 namespace {
 
-// M: record, T: thumbnail, S: proxy, R: real-time metadata.
-bool IsNextToEssence(std::string_view name) {
-  return std::ranges::any_of(std::string_view("MTSR"),
-                             [name](char kind) { return xavc::IsFileOfKind(name, kind); });
-}
-
-std::string_view StemOfClip(std::string_view name) {
-  std::string_view stem = foundation::FileStem(name);
-  if (IsNextToEssence(name)) stem.remove_suffix(xavc::kKindSize);
-  return stem;
+// M: record, T: thumbnail, S: proxy, R: real-time metadata, I: picture pointers.
+std::optional<LooseName> ParseLoose(std::string_view name) {
+  LooseName parsed{.clip = foundation::FileStem(name)};
+  parsed.isTypical = std::ranges::any_of(
+      std::string_view("MTSRI"), [name](char kind) { return xavc::IsFileOfKind(name, kind); });
+  if (parsed.isTypical) parsed.clip.remove_suffix(xavc::kKindSize);
+  parsed.isOriginal = !parsed.isTypical && xavc::IsEssenceName(name);
+  parsed.isProxy = parsed.isTypical && xavc::IsEssenceName(name);
+  return parsed;
 }
 
 }  // namespace
 
 std::optional<FileGroup> ProviderSonyXAVC::GroupOf(const std::string& folder,
                                                    const std::string& name) const {
-  FileGroup group;
-  const std::string_view wanted = StemOfClip(name);
-  const auto listed = CardFolder::Of(folder);
-  std::vector<std::string> others;
-  for (const std::string& file : listed->VisibleFiles()) {
-    const bool isAlone = EqualIgnoringCase(foundation::FileStem(file), wanted);
-    const std::string path = listed->PathOf(file);
-    if (isAlone && xavc::IsEssenceName(file)) {
-      group.parts.push_back(path);
-    } else if (!isAlone && IsNextToEssence(file) && EqualIgnoringCase(StemOfClip(file), wanted)) {
-      if (group.proxy.empty() && xavc::IsEssenceName(file)) group.proxy = path;
-      group.others.push_back(path);
-    } else if (isAlone) {
-      others.push_back(path);
-    }
-  }
-  // Without both it may be anybody's name.
-  if (group.parts.size() != 1 || group.others.empty()) return std::nullopt;
-  group.name = wanted;
-  group.others.insert(group.others.end(), others.begin(), others.end());
-  return group;
+  return GroupLooseFiles(folder, name, ParseLoose);
 }
 
 }  // namespace Sorvik

@@ -11,6 +11,8 @@
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 #include "frame/Recognition.h"
+#include "providers/common/LooseClips.h"
+#include "providers/common/NameMask.h"
 #include "providers/sequences/REDNames.h"
 #include "thumbnails/Rendering.h"
 
@@ -108,6 +110,33 @@ Bitplate** ProviderRED::GetThumbnail([[maybe_unused]] const std::string& path,
                                      [[maybe_unused]] const std::string& key, int width, int height,
                                      [[maybe_unused]] ProviderRequest* request) const {
   return RenderTemplatePicture("REDVideoThumb.png", width, GetMaximumThumbnailHeight(height));
+}
+
+namespace {
+
+// "A001_C001_0925AB_001.R3D" is segment 001 of the clip A001_C001_0925AB.
+std::optional<LooseName> ParseLoose(std::string_view name) {
+  constexpr std::string_view kNumber = "_###";
+  LooseName parsed{.clip = FileStem(name)};
+  const std::size_t end = parsed.clip.size() - std::min(kNumber.size(), parsed.clip.size());
+  const std::string_view number = parsed.clip.substr(end);
+  if (MatchesMask(number, kNumber)) {
+    parsed.clip = parsed.clip.substr(0, end);
+    for (const char digit : number.substr(1)) {
+      parsed.part = parsed.part * 10 + static_cast<std::uint32_t>(digit - '0');
+    }
+  }
+  parsed.isOriginal = foundation::HasExtension(name, red::kSegmentExtension);
+  parsed.isTypical = parsed.isOriginal;
+  parsed.isProxy = foundation::HasExtension(name, ".mov");
+  return parsed;
+}
+
+}  // namespace
+
+std::optional<FileGroup> ProviderRED::GroupOf(const std::string& folder,
+                                              const std::string& name) const {
+  return GroupLooseFiles(folder, name, ParseLoose);
 }
 
 }  // namespace Sorvik

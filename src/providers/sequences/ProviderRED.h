@@ -3,16 +3,18 @@
 // recording (".R3D") and their sidecars. Both extensions are case-sensitive.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "frame/CardChecker.h"
+#include "frame/FileGrouper.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderRED final : public ClipProvider, public CardChecker {
+class ProviderRED final : public ClipProvider, public CardChecker, public FileGrouper {
  public:
   ProviderRED();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -24,6 +26,9 @@ class ProviderRED final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  // The segments of a clip, with files of its name.
+  std::optional<FileGroup> GroupOf(const std::string& folder,
+                                   const std::string& name) const override;
 
  private:
   static bool IsClipSegment(std::string_view name);

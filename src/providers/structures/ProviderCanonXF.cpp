@@ -14,6 +14,7 @@
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
 #include "providers/common/ClipValueCache.h"
+#include "providers/common/LooseClips.h"
 #include "providers/structures/CanonXFNames.h"
 #include "thumbnails/Rendering.h"
 
@@ -265,6 +266,28 @@ Bitplate** ProviderCanonXF::GetThumbnail(const std::string& path, const std::str
   while (clip.size() > 1 && clip.back() == '/') clip.pop_back();
   return GetFolderThumbnail(clip, title.append(kSpanExtension), std::min(maxHeight, width),
                             maxHeight);
+}
+
+namespace {
+
+// "AA000101.MXF" is span 01 of the clip AA0001.
+std::optional<LooseName> ParseLoose(std::string_view name) {
+  const std::string_view stem = FileStem(name);
+  const std::string_view id = stem.substr(0, kClipIdLength);
+  const int span = GetSpanNumber(stem);
+  if (!IsClipFolderName(id) || !(stem.size() == kClipIdLength || span > 0)) return std::nullopt;
+  const bool isSpan = span > 0 && foundation::HasExtension(name, kSpanExtension);
+  return LooseName{.clip = id,
+                   .isOriginal = isSpan,
+                   .isTypical = isSpan,
+                   .part = static_cast<std::uint32_t>(span)};
+}
+
+}  // namespace
+
+std::optional<FileGroup> ProviderCanonXF::GroupOf(const std::string& folder,
+                                                  const std::string& name) const {
+  return GroupLooseFiles(folder, name, ParseLoose);
 }
 
 }  // namespace Sorvik

@@ -4,14 +4,16 @@
 // first span.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "frame/CardChecker.h"
+#include "frame/FileGrouper.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderCanonXF final : public ClipProvider, public CardChecker {
+class ProviderCanonXF final : public ClipProvider, public CardChecker, public FileGrouper {
  public:
   ProviderCanonXF();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -24,6 +26,9 @@ class ProviderCanonXF final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  // The files of a clip: those with its id, spans with two more digits.
+  std::optional<FileGroup> GroupOf(const std::string& folder,
+                                   const std::string& name) const override;
 };
 
 }  // namespace Sorvik
