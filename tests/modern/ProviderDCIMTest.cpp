@@ -226,7 +226,8 @@ TEST(ProviderDCIM, ListsWhatNoCameraNamed) {
   for (const char* path : {"empty", "file", "card/DCIM", "missing"}) {
     EXPECT_EQ(kProvider.CanProvideFor(tree.Path(path)), 0) << path;
   }
-  for (const char* key : {"", "..", "../card", "loose/../IMG_1", "100APPLE/", "loose", "/IMG_1"}) {
+  for (const char* key : {"", "..", "../card", "loose/../IMG_1", "100APPLE/", "loose", "/IMG_1",
+                          "loose//GX010001", "loose/./GX010001"}) {
     EXPECT_THAT(kProvider.GetContent(tree.Path("card"), key, kPaths), IsEmpty()) << key;
   }
 }

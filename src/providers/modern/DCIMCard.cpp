@@ -318,6 +318,7 @@ std::shared_ptr<const Object> FindObject(const std::string& root, std::string_vi
   if (dcim.empty()) return nullptr;
   const std::size_t slash = key.rfind('/');
   const std::string_view relative = slash == key.npos ? std::string_view() : key.substr(0, slash);
+  if (relative.ends_with('/')) return nullptr;
   auto folder = FolderBelow(root, dcim, relative);
   const Object* object = folder ? folder->Find(key) : nullptr;
   return {std::move(folder), object};
