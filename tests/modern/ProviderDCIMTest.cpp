@@ -355,6 +355,24 @@ TEST_F(DCIMChecks, AreFoundNextToOtherCardsOfTheMedium) {
   EXPECT_EQ(inside.front().identification, kId);
 }
 
+TEST(ProviderDCIM, AsksTheMovieWhetherTheOtherOneIsItsProxy) {
+  const TempTree tree;
+  const auto movie = [](const char* codec) {
+    const Bytes track = Track("vide", MediaHeader(25, 25),
+                              {Descriptions(VideoEntry(codec, 4128, 2322)), Durations({{25, 1}}),
+                               Sizes(25), Chunks(1000)});
+    return FileType().Add(Box("moov", {MovieHeader(25, 25), track})).str();
+  };
+  tree.File("card/DCIM/100NCZ_9/DSC_0001.MOV", movie("aprn"));
+  tree.File("card/DCIM/100NCZ_9/DSC_0002.MOV", movie("apch"));
+  for (const char* name : {"DSC_0001", "DSC_0002"}) {
+    tree.File(std::string("card/DCIM/100NCZ_9/") + name + ".MP4", "x");
+  }
+  EXPECT_EQ(EntriesOf(tree, "card"),
+            (Entries{{"100NCZ_9/DSC_0001", {"100NCZ_9/DSC_0001.MOV", "~100NCZ_9/DSC_0001.MP4"}},
+                     {"100NCZ_9/DSC_0002", {"100NCZ_9/DSC_0002.MOV", "100NCZ_9/DSC_0002.MP4"}}}));
+}
+
 TEST(ProviderDCIM, TakesThePositionFromFlightData) {
   const TempTree tree;
   tree.File("card/DCIM/100MEDIA/DJI_0001.MP4", MadeMedia(".MP4"));
