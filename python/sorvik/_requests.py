@@ -53,8 +53,8 @@ def _initialize() -> None:
 
 
 def _start(start: Start, queue: Optional[_core.Queue], number: int) -> _core.Request:
-    _initialize()
     try:
+        _initialize()
         return start(queue, number)
     except _core.Failure as failure:
         raise error_of(*failure.args) from None
