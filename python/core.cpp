@@ -225,6 +225,22 @@ py::tuple FindingOf(const sorvik_finding& finding) {
                         Decoded(finding.detail));
 }
 
+// [(name, from, value, others)]
+py::tuple SourcesOf(const sorvik_sources* sources) {
+  py::tuple result(sorvik_sources_count(sources));
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const sorvik_source& source = *sorvik_sources_at(sources, i);
+    py::tuple others(source.other_count);
+    for (std::size_t other = 0; other < others.size(); ++other) {
+      others[other] =
+          py::make_tuple(Decoded(source.others[other].from), Decoded(source.others[other].value));
+    }
+    result[i] = py::make_tuple(Decoded(source.name), Decoded(source.from), Decoded(source.value),
+                               std::move(others));
+  }
+  return result;
+}
+
 py::tuple ReportOf(const sorvik_report* report) {
   py::tuple findings(sorvik_report_finding_count(report));
   for (std::size_t i = 0; i < findings.size(); ++i) {
@@ -254,6 +270,10 @@ py::object ContentOf(sorvik_event* event) {
     case SORVIK_EVENT_FILES: {
       const Owned<sorvik_files, sorvik_files_free> files(sorvik_event_take_files(event));
       return FilesOf(files.get());
+    }
+    case SORVIK_EVENT_SOURCES: {
+      const Owned<sorvik_sources, sorvik_sources_free> sources(sorvik_event_take_sources(event));
+      return SourcesOf(sources.get());
     }
     case SORVIK_EVENT_REPORT: {
       const Owned<sorvik_report, sorvik_report_free> report(sorvik_event_take_report(event));
@@ -423,6 +443,15 @@ std::unique_ptr<Request> StartListFiles(const std::string& path, const std::stri
   });
 }
 
+std::unique_ptr<Request> StartReadSources(const std::string& path, const std::string& provider,
+                                          const std::string& key, const QueueRef& queue,
+                                          std::uint64_t id) {
+  return Start(queue, id, [&](const sorvik_receiver* receiver, sorvik_request** request) {
+    return sorvik_start_read_sources(path.c_str(), provider.c_str(), key.c_str(), receiver,
+                                     request);
+  });
+}
+
 std::unique_ptr<Request> StartCheck(const std::string& path, const std::string& provider,
                                     bool namesOnly, const QueueRef& queue, std::uint64_t id) {
   return Start(queue, id, [&](const sorvik_receiver* receiver, sorvik_request** request) {
@@ -525,6 +554,7 @@ PYBIND11_MODULE(_core, module) {
   module.def("start_list", StartList);
   module.def("start_read_entry", StartReadEntry);
   module.def("start_list_files", StartListFiles);
+  module.def("start_read_sources", StartReadSources);
   module.def("start_check", StartCheck);
   module.def("start_find_owner", StartFindOwner);
   module.def("start_render_thumbnail", StartRenderThumbnail);

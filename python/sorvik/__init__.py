@@ -42,7 +42,7 @@ from ._errors import (
 )
 from ._requests import set_language, stalled_workers
 from ._typed import Frames, FrameSize, Timecode, Value
-from ._values import Field, Fields, File, Picture, Problem, Verdict
+from ._values import Field, Fields, File, Picture, Problem, Source, Verdict
 
 __version__ = _core.version()
 
@@ -67,6 +67,7 @@ __all__ = [
     "Picture",
     "Problem",
     "Scan",
+    "Source",
     "TimedOut",
     "Timecode",
     "Unreadable",

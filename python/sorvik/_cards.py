@@ -5,7 +5,7 @@ from __future__ import annotations
 
 import contextlib
 import os
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from datetime import date, datetime
 from pathlib import Path
 from types import TracebackType
@@ -32,6 +32,7 @@ from ._values import (
     Picture,
     Problem,
     RawValue,
+    Source,
     TypedValues,
     Verdict,
     file_of,
@@ -136,8 +137,9 @@ class Card:
         for clip in _clips_of(self, listing):
             yield clip
 
-    def clip(self, key: str, fields: FieldNames = "all") -> Clip:
-        """Reads one clip. Raises NoEntry if the card has no clip with this key."""
+    def clip(self, key: str, fields: FieldNames = "all", *, sources: bool = False) -> Clip:
+        """Reads one clip; with `sources`, its fields also say where their values are from. Raises NoEntry
+        if the card has no clip with this key."""
         names, defaults = _fields_argument(fields, True)
         place, encoded = self._place(), _text_argument(key, "key")
         listing = _requests.result(
@@ -145,7 +147,11 @@ class Card:
                 *place, encoded, names, defaults, queue, number
             )
         )
-        return next(_clips_of(self, listing))
+        clip = next(_clips_of(self, listing))
+        if not sources:
+            return clip
+        found = {name: source.source for name, source in clip.sources().items()}
+        return replace(clip, fields=clip.fields.with_sources(found))
 
     def _start_files(self, key: Optional[str]) -> _requests.Start:
         place = self._place()
@@ -269,6 +275,17 @@ class Clip:
         """The files of this clip, the missing ones included. Reads the card: for the files of all
         clips use `Card.files` and their owners."""
         return tuple(map(file_of, _requests.result(self.card._start_files(self.key))))
+
+    def sources(self) -> dict[str, Source]:
+        """Reads from which source each value is, by field, further properties of the file included."""
+        place, key = self.card._place(), _text_argument(self.key, "key")
+        sources = _requests.result(
+            lambda queue, number: _core.start_read_sources(*place, key, queue, number)
+        )
+        return {
+            name: Source(name=name, source=source, value=value, others=others)
+            for name, source, value, others in sources
+        }
 
     def _start_render(
         self, start: Callable[..., _core.Request], width: int, height: int

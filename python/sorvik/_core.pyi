@@ -61,6 +61,9 @@ def start_read_entry(
 def start_list_files(
     path: bytes, provider: bytes, key: Optional[bytes], queue: Optional[Queue], id: int
 ) -> Request: ...
+def start_read_sources(
+    path: bytes, provider: bytes, key: bytes, queue: Optional[Queue], id: int
+) -> Request: ...
 def start_check(
     path: bytes, provider: bytes, names_only: bool, queue: Optional[Queue], id: int
 ) -> Request: ...

@@ -48,13 +48,15 @@ class Field:
 
     `text` is the text for people; empty if the field has no value. `value` is for programs and doesn't
     depend on the language: a number, Fraction, datetime, date, Timecode, Frames, FrameSize, str, bool, a
-    tuple of str, or None for a field without a value. `label` is in the language of the user.
+    tuple of str, or None for a field without a value. `label` is in the language of the user. `source` is
+    where the value is from, if the clip was read with its sources; else None.
     """
 
     name: str
     label: str
     text: str
     value: Value
+    source: Optional[str] = None
 
 
 def _text_of_value(value: RawValue) -> str:
@@ -66,16 +68,29 @@ def _text_of_value(value: RawValue) -> str:
 class Fields(Mapping[str, Field]):
     """The fields of an entry by name; only those that were requested or that the provider adds."""
 
-    __slots__ = ("_values", "_typed", "_labels")
+    __slots__ = ("_values", "_typed", "_labels", "_sources")
 
-    def __init__(self, values: Mapping[str, RawValue], typed: TypedValues, labels: Labels) -> None:
+    def __init__(
+        self,
+        values: Mapping[str, RawValue],
+        typed: TypedValues,
+        labels: Labels,
+        sources: Mapping[str, str] = {},
+    ) -> None:
         self._values = values
         self._typed = typed
         self._labels = labels
+        self._sources = sources
 
     def __getitem__(self, name: str) -> Field:
         text = _text_of_value(self._values[name])
-        return Field(name=name, label=self._labels[name], text=text, value=self._typed[name])
+        return Field(
+            name=name,
+            label=self._labels[name],
+            text=text,
+            value=self._typed[name],
+            source=self._sources.get(name),
+        )
 
     def __iter__(self) -> Iterator[str]:
         return iter(self._values)
@@ -95,10 +110,14 @@ class Fields(Mapping[str, Field]):
     def __repr__(self) -> str:
         return f"Fields({dict(self._values)!r})"
 
-    def __reduce__(self) -> tuple[type[Fields], tuple[dict[str, RawValue], TypedValues, Labels]]:
+    def __reduce__(self) -> tuple[type[Fields], tuple[Any, ...]]:
         typed = TypedValues({name: self._typed[name] for name in self})
         labels = Labels({name: self._labels[name] for name in self})
-        return Fields, (dict(self._values), typed, labels)
+        return Fields, (dict(self._values), typed, labels, dict(self._sources))
+
+    def with_sources(self, sources: Mapping[str, str]) -> Fields:
+        """Returns the same fields with the names of their sources."""
+        return Fields(self._values, self._typed, self._labels, sources)
 
     def value(self, name: str) -> Value:
         """Returns the value of a field; None if the entry lacks the field or the field has none."""
@@ -145,6 +164,25 @@ class Labels(dict[str, str]):
 
     def __reduce__(self) -> tuple[type[Labels], tuple[dict[str, str]]]:
         return Labels, (dict(self),)
+
+
+@dataclass(frozen=True, slots=True, kw_only=True)
+class Source:
+    """Where the value of a field is from: "sidecar", "xmp", "record", "index", "native" or "provider".
+
+    `others` are (source, value) pairs of weaker sources with a different value, strongest first. `name`
+    is that of a field, or of a further property such as "aux:Lens".
+    """
+
+    name: str
+    source: str
+    value: str
+    others: tuple[tuple[str, str], ...]
+
+    def to_dict(self) -> dict[str, Any]:
+        """Returns the source as in the JSON of `sorvik meta --sources`, always with the value."""
+        others = [{"from": source, "value": value} for source, value in self.others]
+        return {"from": self.source, "value": self.value, "others": others}
 
 
 @dataclass(frozen=True, slots=True, kw_only=True)

@@ -96,6 +96,28 @@ def test_picture_is_that_of_the_camera(sample):
     assert width == expected.width // 2 and height <= expected.height // 2 + 1
 
 
+def test_sources_are_those_of_the_program(made_cards, program):
+    compared = 0
+    for provider, path in made_cards:
+        clip = next(iter(sorvik.open(path, provider=provider)))
+        document = program("meta", clip.path, "--sources")
+        # The program doesn't ask the provider about entries whose key is their path.
+        if "sources" in document and clip.key != str(clip.path):
+            for name, source in document["sources"].items():
+                source.setdefault("value", document["fields"].get(name))
+            got = {name: source.to_dict() for name, source in clip.sources().items()}
+            assert got == document["sources"], path
+            compared += 1
+    assert compared
+
+
+def test_fields_say_their_source(sample):
+    card = sorvik.open(sample)
+    fields = card.clip("0001AB", sources=True).fields
+    assert fields["duration"].source == "provider" and fields["Path"].source is None
+    assert card.clip("0001AB").fields["duration"].source is None
+
+
 def test_missing_files_of_a_clip(sample, tmp_path):
     subprocess.run(["cp", "-r", sample, tmp_path / "CARD"], check=True)
     missing = tmp_path / "CARD/CONTENTS/AUDIO/0001AB01.MXF"

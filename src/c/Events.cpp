@@ -93,9 +93,9 @@ T* TakeResult(sorvik_event* event) {
 }  // namespace
 
 sorvik_event_kind sorvik_event_get_kind(const sorvik_event* event) {
-  static constexpr sorvik_event_kind kKinds[] = {SORVIK_EVENT_END,     SORVIK_EVENT_CARD,
-                                                 SORVIK_EVENT_LISTING, SORVIK_EVENT_FILES,
-                                                 SORVIK_EVENT_REPORT,  SORVIK_EVENT_PICTURE};
+  static constexpr sorvik_event_kind kKinds[] = {
+      SORVIK_EVENT_END,    SORVIK_EVENT_CARD,    SORVIK_EVENT_LISTING, SORVIK_EVENT_FILES,
+      SORVIK_EVENT_REPORT, SORVIK_EVENT_PICTURE, SORVIK_EVENT_SOURCES};
   static_assert(std::size(kKinds) == std::variant_size_v<sorvik_event::Result>);
   return event->isProblem ? SORVIK_EVENT_PROBLEM : kKinds[event->result.index()];
 }
@@ -114,6 +114,9 @@ sorvik_listing* sorvik_event_take_listing(sorvik_event* event) {
 }
 sorvik_files* sorvik_event_take_files(sorvik_event* event) {
   return TakeResult<sorvik_files>(event);
+}
+sorvik_sources* sorvik_event_take_sources(sorvik_event* event) {
+  return TakeResult<sorvik_sources>(event);
 }
 sorvik_report* sorvik_event_take_report(sorvik_event* event) {
   return TakeResult<sorvik_report>(event);

@@ -134,6 +134,16 @@ Outcome ListFiles(const char* path, const char* provider, const char* key, const
       [place, entry](TaskRequest& request) { return ListFiles(request, place, entry); });
 }
 
+Outcome ReadSources(const char* path, const char* provider, const char* key, const Target& target) {
+  Place place;
+  std::string entry;
+  Outcome outcome = TakePlace(path, provider, place);
+  if (outcome.Ok()) outcome = TakeKey(key, entry);
+  if (!outcome.Ok()) return outcome;
+  return target.Run(
+      [place, entry](TaskRequest& request) { return ReadSources(request, place, entry); });
+}
+
 Outcome Check(const char* path, const char* provider, sorvik_depth depth, const Target& target) {
   Place place;
   Outcome outcome = TakePlace(path, provider, place);
@@ -222,6 +232,12 @@ sorvik_status sorvik_list_files(const char* path, const char* provider, const ch
   return Wait(files, [&](const Target& target) { return ListFiles(path, provider, key, target); });
 }
 
+sorvik_status sorvik_read_sources(const char* path, const char* provider, const char* key,
+                                  sorvik_sources** sources) {
+  return Wait(sources,
+              [&](const Target& target) { return ReadSources(path, provider, key, target); });
+}
+
 sorvik_status sorvik_check(const char* path, const char* provider, sorvik_depth depth,
                            sorvik_report** report) {
   return Wait(report, [&](const Target& target) { return Check(path, provider, depth, target); });
@@ -268,6 +284,12 @@ sorvik_status sorvik_start_list_files(const char* path, const char* provider, co
                                       const sorvik_receiver* receiver, sorvik_request** request) {
   const Target target(receiver, request);
   return Guarded([&] { return ListFiles(path, provider, key, target); });
+}
+
+sorvik_status sorvik_start_read_sources(const char* path, const char* provider, const char* key,
+                                        const sorvik_receiver* receiver, sorvik_request** request) {
+  const Target target(receiver, request);
+  return Guarded([&] { return ReadSources(path, provider, key, target); });
 }
 
 sorvik_status sorvik_start_check(const char* path, const char* provider, sorvik_depth depth,

@@ -107,6 +107,19 @@ void sorvik_files::Complete() {
   }
 }
 
+sorvik_sources::sorvik_sources(Sorvik::XMPSupport::SourcedValueMap sourcedValues)
+    : values(std::move(sourcedValues)) {
+  sources.reserve(values.size());
+  for (const auto& [name, value] : values) {
+    auto& others = others_.emplace_back();
+    for (const auto& other : value.others) {
+      others.push_back({TextOf(GetSourceName(other.from)), TextOf(other.value)});
+    }
+    sources.push_back({TextOf(name), TextOf(GetSourceName(value.from)), TextOf(value.value),
+                       others.size(), others.data()});
+  }
+}
+
 sorvik_report::sorvik_report(std::string card, std::string identification,
                              Sorvik::CardFindings cardFindings)
     : path(std::move(card)),
@@ -270,6 +283,12 @@ const sorvik_file* sorvik_files_at(const sorvik_files* files, size_t index) {
   return index < files->files.size() ? &files->files[index] : nullptr;
 }
 void sorvik_files_free(sorvik_files* files) { delete files; }
+
+size_t sorvik_sources_count(const sorvik_sources* sources) { return sources->sources.size(); }
+const sorvik_source* sorvik_sources_at(const sorvik_sources* sources, size_t index) {
+  return index < sources->sources.size() ? &sources->sources[index] : nullptr;
+}
+void sorvik_sources_free(sorvik_sources* sources) { delete sources; }
 
 sorvik_text sorvik_report_path(const sorvik_report* report) { return TextOf(report->path); }
 sorvik_text sorvik_report_provider(const sorvik_report* report) { return TextOf(report->provider); }

@@ -16,6 +16,7 @@
 #include "SorvikProvider/foundation/Bitplate.h"
 #include "SorvikProvider/frame/ProviderWrapper.h"
 #include "SorvikProvider/metadata/MachineValues.h"
+#include "SorvikProvider/metadata/ValueSources.h"
 
 namespace Sorvik::c {
 
@@ -77,6 +78,18 @@ struct sorvik_files {
     std::vector<sorvik_text> owners = {};
   };
   std::deque<Row> rows_;
+};
+
+struct sorvik_sources {
+  explicit sorvik_sources(Sorvik::XMPSupport::SourcedValueMap sourcedValues);
+  sorvik_sources(const sorvik_sources&) = delete;
+  sorvik_sources& operator=(const sorvik_sources&) = delete;
+
+  Sorvik::XMPSupport::SourcedValueMap values;
+  std::vector<sorvik_source> sources;
+
+ private:
+  std::deque<std::vector<sorvik_source_value>> others_;
 };
 
 struct sorvik_report {

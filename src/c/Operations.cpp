@@ -14,6 +14,7 @@
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/MachineValues.h"
 #include "SorvikProvider/metadata/RelatedFiles.h"
+#include "SorvikProvider/metadata/ValueSources.h"
 #include "foundation/Paths.h"
 #include "foundation/platform/FileStatus.h"
 #include "foundation/platform/ShareAccess.h"
@@ -55,6 +56,11 @@ Outcome AccessProblem(const std::string& path) {
 Outcome NoProvider(const std::string& path, const char* text) {
   Outcome problem = AccessProblem(path);
   return problem.Ok() ? Outcome{SORVIK_NO_PROVIDER, path, text} : problem;
+}
+
+Outcome NoEntry(const Place& place, const std::string& key) {
+  Outcome problem = AccessProblem(place.path);
+  return problem.Ok() ? Outcome{SORVIK_NO_ENTRY, place.path, "no entry '" + key + "'"} : problem;
 }
 
 std::unique_ptr<sorvik_card> MakeCard(const std::string& path, const ProviderWrapper& provider,
@@ -187,10 +193,7 @@ Outcome ReadEntry(TaskRequest& request, const Place& place, const std::string& k
   const platform::ShareScope shares(place.path);
   const MachineValueScope typed;
   ContentMap content = provider->GetContent(place.path, key, FieldsOf(*provider, fields));
-  if (!content.contains(key)) {
-    Outcome problem = AccessProblem(place.path);
-    return problem.Ok() ? Outcome{SORVIK_NO_ENTRY, place.path, "no entry '" + key + "'"} : problem;
-  }
+  if (!content.contains(key)) return NoEntry(place, key);
   request.Send(MakeListing(place.path, *provider, std::move(content)));
   return {};
 }
@@ -214,6 +217,24 @@ Outcome ListFiles(TaskRequest& request, const Place& place, const std::string& k
     if (Outcome problem = AccessProblem(place.path); !problem.Ok()) return problem;
   }
   request.Send(std::move(files));
+  return {};
+}
+
+Outcome ReadSources(TaskRequest& request, const Place& place, const std::string& key) {
+  const ProviderWrapper* provider = FindProvider(place.provider);
+  if (provider == nullptr) return UnknownProvider(place);
+  const platform::ShareScope shares(place.path);
+  FieldChoice all;
+  all.all = true;
+  const ContentMap content = provider->GetContent(place.path, key, FieldsOf(*provider, all));
+  const auto entry = content.find(key);
+  if (entry == content.end()) return NoEntry(place, key);
+  std::vector<std::string> paths;
+  AddPaths(entry->second, kPathField, paths);
+  XMPSupport::SourcedValueMap sources;
+  if (!paths.empty()) sources = XMPSupport::GetValueSources(paths.front());
+  XMPSupport::AddProviderValues(entry->second, sources);
+  request.Send(std::make_unique<sorvik_sources>(std::move(sources)));
   return {};
 }
 

@@ -27,6 +27,7 @@ Outcome ReadEntry(TaskRequest& request, const Place& place, const std::string& k
                   const FieldChoice& fields);
 // Without a key the files of all entries and of the card.
 Outcome ListFiles(TaskRequest& request, const Place& place, const std::string& key);
+Outcome ReadSources(TaskRequest& request, const Place& place, const std::string& key);
 Outcome Check(TaskRequest& request, const Place& place, CheckDepth depth);
 Outcome FindOwner(TaskRequest& request, const std::string& path);
 Outcome RenderThumbnail(TaskRequest& request, const Place& place, const std::string& key, int width,

@@ -18,6 +18,7 @@
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/MachineValues.h"
 #include "SorvikProvider/metadata/RelatedFiles.h"
+#include "SorvikProvider/metadata/ValueSources.h"
 #include "support/BindingCards.h"
 #include "support/Cards.h"
 #include "support/FakeProvider.h"
@@ -221,6 +222,36 @@ TEST_F(CInterface, ReportsAndFilesAreThoseOfCheckCard) {
       EXPECT_EQ(Text(file->role), NameOf(expected.files[i].role));
       EXPECT_EQ(file->owner_count, expected.files[i].owners.size());
       EXPECT_EQ(file->bytes, expected.files[i].bytes);
+    }
+  }
+}
+
+TEST_F(CInterface, SourcesAreThoseOfGetValueSources) {
+  for (const MadeCard& made : MakeBindingCards(tree_)) {
+    SCOPED_TRACE(made.root);
+    const ProviderWrapper* best = ProviderHost::GetProviderList(made.root).front();
+    const std::string key = best->GetContent(made.root, {}, nullptr).begin()->first;
+    FieldNameSet all = best->GetFieldList();
+    for (const std::string& name : best->GetDefaultFieldList()) all.insert(name);
+    const FieldValueMap fields = best->GetContent(made.root, key, all).at(key);
+    XMPSupport::SourcedValueMap expected =
+        XMPSupport::GetValueSources(fields.at(kPathField).cast<std::string>());
+    XMPSupport::AddProviderValues(fields, expected);
+    sorvik_sources* read = nullptr;
+    ASSERT_EQ(sorvik_read_sources(made.root.c_str(), made.providerId.c_str(), key.c_str(), &read),
+              SORVIK_OK);
+    const Owned<sorvik_sources> sources(read, sorvik_sources_free);
+    ASSERT_EQ(sorvik_sources_count(read), expected.size());
+    std::size_t i = 0;
+    for (const auto& [name, value] : expected) {
+      const sorvik_source* source = sorvik_sources_at(read, i++);
+      EXPECT_EQ(Text(source->name), name);
+      EXPECT_EQ(Text(source->value), value.value);
+      EXPECT_EQ(Text(source->from), GetSourceName(value.from));
+      ASSERT_EQ(source->other_count, value.others.size());
+      for (std::size_t other = 0; other < source->other_count; ++other) {
+        EXPECT_EQ(Text(source->others[other].value), value.others[other].value);
+      }
     }
   }
 }

@@ -228,6 +228,32 @@ SORVIK_C_EXPORT size_t sorvik_files_count(const sorvik_files* files);
 SORVIK_C_EXPORT const sorvik_file* sorvik_files_at(const sorvik_files* files, size_t index);
 SORVIK_C_EXPORT void sorvik_files_free(sorvik_files* files);
 
+/* ---- Sources of values ---- */
+
+/* A value in one source: "sidecar", "xmp", "record", "index", "native" or "provider". This struct
+ * doesn't change. */
+typedef struct sorvik_source_value {
+  sorvik_text from;
+  sorvik_text value;
+} sorvik_source_value;
+
+/* Where the value of a field is from. */
+typedef struct sorvik_source {
+  sorvik_text name;  /* of the field, or of a further property such as "aux:Lens" */
+  sorvik_text from;  /* the strongest source that has the value */
+  sorvik_text value; /* not empty */
+  size_t other_count;
+  const sorvik_source_value* others; /* different values in weaker sources, strongest first */
+} sorvik_source;
+
+typedef struct sorvik_sources sorvik_sources;
+
+/* Ordered by name. */
+SORVIK_C_EXPORT size_t sorvik_sources_count(const sorvik_sources* sources);
+/* NULL if there are not that many fields. */
+SORVIK_C_EXPORT const sorvik_source* sorvik_sources_at(const sorvik_sources* sources, size_t index);
+SORVIK_C_EXPORT void sorvik_sources_free(sorvik_sources* sources);
+
 /* ---- Completeness ---- */
 
 typedef struct sorvik_finding {
@@ -302,6 +328,9 @@ SORVIK_C_EXPORT sorvik_status sorvik_read_entry(const char* path, const char* pr
 /* The files of a card, or those of one entry if `key` isn't NULL, the missing ones included. */
 SORVIK_C_EXPORT sorvik_status sorvik_list_files(const char* path, const char* provider,
                                                 const char* key, sorvik_files** files);
+/* The sources of all values of an entry: of its media file, and of the provider. */
+SORVIK_C_EXPORT sorvik_status sorvik_read_sources(const char* path, const char* provider,
+                                                  const char* key, sorvik_sources** sources);
 /* Checks whether a card is complete. SORVIK_NO_PROVIDER if the provider checks no structure. */
 SORVIK_C_EXPORT sorvik_status sorvik_check(const char* path, const char* provider,
                                            sorvik_depth depth, sorvik_report** report);
@@ -337,7 +366,8 @@ typedef enum sorvik_event_kind {
   SORVIK_EVENT_FILES = 3,
   SORVIK_EVENT_REPORT = 4,
   SORVIK_EVENT_PICTURE = 5,
-  SORVIK_EVENT_PROBLEM = 6 /* of a scan: a card that can't be listed; the scan continues */
+  SORVIK_EVENT_PROBLEM = 6, /* of a scan: a card that can't be listed; the scan continues */
+  SORVIK_EVENT_SOURCES = 7
 } sorvik_event_kind;
 
 SORVIK_C_EXPORT sorvik_event_kind sorvik_event_get_kind(const sorvik_event* event);
@@ -351,6 +381,7 @@ SORVIK_C_EXPORT sorvik_text sorvik_event_path(const sorvik_event* event);
 SORVIK_C_EXPORT sorvik_card* sorvik_event_take_card(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_listing* sorvik_event_take_listing(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_files* sorvik_event_take_files(sorvik_event* event);
+SORVIK_C_EXPORT sorvik_sources* sorvik_event_take_sources(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_report* sorvik_event_take_report(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_picture* sorvik_event_take_picture(sorvik_event* event);
 /* For events of sorvik_request_next only. */
@@ -398,6 +429,10 @@ SORVIK_C_EXPORT sorvik_status sorvik_start_list_files(const char* path, const ch
                                                       const char* key,
                                                       const sorvik_receiver* receiver,
                                                       sorvik_request** request);
+SORVIK_C_EXPORT sorvik_status sorvik_start_read_sources(const char* path, const char* provider,
+                                                        const char* key,
+                                                        const sorvik_receiver* receiver,
+                                                        sorvik_request** request);
 SORVIK_C_EXPORT sorvik_status sorvik_start_check(const char* path, const char* provider,
                                                  sorvik_depth depth,
                                                  const sorvik_receiver* receiver,
