@@ -106,9 +106,18 @@ def close(field, a, b):
     return a == b
 
 
+def is_turned(tags):
+    """Whether a photograph is shown with width and height exchanged; HEIF ignores the orientation of Exif."""
+    if not tags.get("MIMEType", "").startswith("image"):
+        return False
+    if tags["MIMEType"] in ("image/heic", "image/heif", "image/avif"):
+        return str(tags.get("Rotation", 0)) in ("90", "270")
+    return str(tags.get("Orientation", 1)) in ("5", "6", "7", "8")
+
+
 def of_exiftool(tags):
     values = {}
-    turned = str(tags.get("Orientation", 1)) in ("5", "6", "7", "8") and tags.get("MIMEType", "").startswith("image")
+    turned = is_turned(tags)
     put(values, "size", size(tags.get("ImageWidth"), tags.get("ImageHeight"), turned))
     put(values, "rate", number(tags.get("VideoFrameRate", tags.get("FrameRate", ""))) or None)
     duration = tags.get("Duration")
@@ -299,7 +308,7 @@ def describe_still(tags, tools):
     """Other programs give the stored size of photographs, and the compression as a codec."""
     if not tags.get("MIMEType", "").startswith("image"):
         return
-    turned = str(tags.get("Orientation", 1)) in ("5", "6", "7", "8")
+    turned = is_turned(tags)
     for tool, values in tools.items():
         values.pop("codec", None)
         values.pop("space", None)

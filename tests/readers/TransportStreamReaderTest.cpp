@@ -303,6 +303,25 @@ TEST(TransportStreamReader, ReadsAudioFromTheProgramDescriptors) {
   EXPECT_EQ(result.Get(kNsDM, "audioChannelType"), "Stereo");
 }
 
+TEST(HEVCVideo, ReadsTheSequenceParameterSet) {
+  const auto read = [](const char* nal) {
+    const std::string stream = Bytes().Hex("00000001 46 01 50 00000001").Hex(nal).str();
+    const VideoFacts f = ReadHEVC(Sorvik::foundation::ReaderOf(stream));
+    return std::to_string(f.width) + "x" + std::to_string(f.height) + " " +
+           std::to_string(f.depth) + " bits, " + std::to_string(f.rate.num) + "/" +
+           std::to_string(f.rate.den) + ", " + std::to_string(f.aspectWidth) + ":" +
+           std::to_string(f.aspectHeight) + ", " + std::to_string(f.primaries) + " " +
+           std::to_string(f.matrix) + (f.fieldOrder == nullptr ? "" : f.fieldOrder);
+  };
+  EXPECT_EQ(read("420101016000000300900000030000030078A003C0801107CB965654A4C2F0168080"
+                 "0001F480003A980400"),
+            "1920x1080 8 bits, 30000/1001, 1:1, 0 0Progressive");
+  EXPECT_EQ(read("42010102200000030090000003000003005AA005A200904D965654A4C2FFF0040002D6A1"
+                 "220120800001F480003A980400"),
+            "720x576 10 bits, 30000/1001, 64:45, 9 9Progressive");
+  EXPECT_EQ(read("4201010160"), "0x0 8 bits, 0/0, 0:0, 0 0");
+}
+
 TEST(AudioStream, ReadsTheHeaderOfAAC) {
   ts::Stream stream;
   stream.type = 0x0F;

@@ -2,8 +2,7 @@
 #include <algorithm>
 #include <array>
 
-#include "xmp/readers/BitReader.h"
-#include "xmp/readers/VideoStream.h"
+#include "xmp/readers/NalUnits.h"
 
 namespace Sorvik::xmp {
 
@@ -14,8 +13,6 @@ using foundation::ByteReader;
 enum NalType : unsigned { kSEI = 6, kSPS = 7 };
 enum SEIType : unsigned { kPictureTiming = 1, kUserData = 5 };
 
-// Parameter sets and messages take some hundred bytes; slices, which are not parsed, are large.
-constexpr std::uint64_t kMaxNalBytes = 64 * 1024;
 // The recording block is in the first pictures, or missing.
 constexpr int kMaxNals = 20'000;
 
@@ -31,22 +28,6 @@ struct Sequence {
   unsigned outputBits = 24;
   bool pictureStructure = false;
 };
-
-// Removes the emulation prevention bytes of a NAL unit: 00 00 03 becomes 00 00.
-std::vector<std::byte> RemoveEmulationPrevention(ByteReader nal) {
-  std::vector<std::byte> out;
-  out.reserve(static_cast<std::size_t>(nal.Size()));
-  int zeros = 0;
-  for (const std::byte b : nal.Bytes()) {
-    if (zeros >= 2 && b == std::byte{3}) {
-      zeros = 0;
-      continue;
-    }
-    zeros = b == std::byte{0} ? zeros + 1 : 0;
-    out.push_back(b);
-  }
-  return out;
-}
 
 void SkipScalingLists(BitReader& bits, std::uint32_t chroma) {
   const int lists = chroma == 3 ? 12 : 8;
@@ -79,47 +60,10 @@ void ReadHRD(BitReader& bits, Sequence& sequence) {
   sequence.delaysPresent = true;
 }
 
-void ReadAspect(BitReader& bits, VideoFacts& facts) {
-  // Table E-1.
-  constexpr std::array<std::array<std::uint8_t, 2>, 17> kRatios = {{{0, 0},
-                                                                    {1, 1},
-                                                                    {12, 11},
-                                                                    {10, 11},
-                                                                    {16, 11},
-                                                                    {40, 33},
-                                                                    {24, 11},
-                                                                    {20, 11},
-                                                                    {32, 11},
-                                                                    {80, 33},
-                                                                    {18, 11},
-                                                                    {15, 11},
-                                                                    {64, 33},
-                                                                    {160, 99},
-                                                                    {4, 3},
-                                                                    {3, 2},
-                                                                    {2, 1}}};
-  constexpr std::uint32_t kExtended = 255;
-  const std::uint32_t code = bits.Bits(8);
-  if (code == kExtended) {
-    facts.aspectWidth = bits.Bits(16);
-    facts.aspectHeight = bits.Bits(16);
-  } else if (code < kRatios.size()) {
-    facts.aspectWidth = kRatios[code][0];
-    facts.aspectHeight = kRatios[code][1];
-  }
-}
-
 void ReadVUI(BitReader& bits, VideoFacts& facts, Sequence& sequence) {
-  if (bits.Flag()) ReadAspect(bits, facts);
+  if (bits.Flag()) ReadSampleAspect(bits, facts);
   if (bits.Flag()) bits.Skip(1);  // overscan
-  if (bits.Flag()) {              // video signal
-    bits.Skip(4);
-    if (bits.Flag()) {  // primaries, transfer, matrix
-      facts.primaries = bits.Bits(8);
-      bits.Skip(8);
-      facts.matrix = bits.Bits(8);
-    }
-  }
+  if (bits.Flag()) ReadSignalType(bits, facts);
   if (bits.Flag()) {  // chroma location
     bits.Unsigned();
     bits.Unsigned();
@@ -241,6 +185,59 @@ void ReadSEI(ByteReader bytes, const Sequence& sequence, VideoFacts& facts) {
 }
 
 }  // namespace
+
+std::vector<std::byte> RemoveEmulationPrevention(ByteReader nal) {
+  std::vector<std::byte> out;
+  out.reserve(static_cast<std::size_t>(nal.Size()));
+  int zeros = 0;
+  for (const std::byte b : nal.Bytes()) {
+    if (zeros >= 2 && b == std::byte{3}) {
+      zeros = 0;
+      continue;
+    }
+    zeros = b == std::byte{0} ? zeros + 1 : 0;
+    out.push_back(b);
+  }
+  return out;
+}
+
+void ReadSampleAspect(BitReader& bits, VideoFacts& facts) {
+  // Table E-1.
+  constexpr std::array<std::array<std::uint8_t, 2>, 17> kRatios = {{{0, 0},
+                                                                    {1, 1},
+                                                                    {12, 11},
+                                                                    {10, 11},
+                                                                    {16, 11},
+                                                                    {40, 33},
+                                                                    {24, 11},
+                                                                    {20, 11},
+                                                                    {32, 11},
+                                                                    {80, 33},
+                                                                    {18, 11},
+                                                                    {15, 11},
+                                                                    {64, 33},
+                                                                    {160, 99},
+                                                                    {4, 3},
+                                                                    {3, 2},
+                                                                    {2, 1}}};
+  constexpr std::uint32_t kExtended = 255;
+  const std::uint32_t code = bits.Bits(8);
+  if (code == kExtended) {
+    facts.aspectWidth = bits.Bits(16);
+    facts.aspectHeight = bits.Bits(16);
+  } else if (code < kRatios.size()) {
+    facts.aspectWidth = kRatios[code][0];
+    facts.aspectHeight = kRatios[code][1];
+  }
+}
+
+void ReadSignalType(BitReader& bits, VideoFacts& facts) {
+  bits.Skip(4);
+  if (!bits.Flag()) return;
+  facts.primaries = bits.Bits(8);
+  bits.Skip(8);
+  facts.matrix = bits.Bits(8);
+}
 
 VideoFacts ReadAVCSequence(ByteReader nal) {
   VideoFacts facts;

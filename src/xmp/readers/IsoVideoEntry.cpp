@@ -66,9 +66,32 @@ Configuration OfAVC(ByteReader avcC) {
   return configuration;
 }
 
+// The arrays of parameter sets: completeness and type, number of sets, each with its size.
+VideoFacts SequenceOfHEVC(ByteReader hvcC) {
+  constexpr unsigned kSequence = 33;
+  std::uint64_t at = 22;
+  const unsigned arrays = hvcC.U8(at++).value_or(0);
+  for (unsigned i = 0; i < arrays; ++i) {
+    const unsigned type = hvcC.U8(at).value_or(0) & 0x3Fu;
+    const unsigned sets = hvcC.U16BE(at + 1).value_or(0);
+    at += 3;
+    for (unsigned j = 0; j < sets && at < hvcC.Size(); ++j) {
+      const std::uint64_t size = hvcC.U16BE(at).value_or(0);
+      if (type == kSequence) return ReadHEVCSequence(hvcC.Clip(at + 2, size));
+      at += 2 + size;
+    }
+  }
+  return VideoFacts();
+}
+
 // The constraint flags start with progressive source and interlaced source.
 Configuration OfHEVC(ByteReader hvcC) {
   Configuration configuration;
+  const VideoFacts facts = SequenceOfHEVC(hvcC);
+  configuration.primaries = facts.primaries;
+  configuration.matrix = facts.matrix;
+  configuration.aspectWidth = facts.aspectWidth;
+  configuration.aspectHeight = facts.aspectHeight;
   if (const auto depth = hvcC.U8(17)) configuration.depth = 8 + (*depth & 7u);
   configuration.progressive = (hvcC.U8(6).value_or(0) & 0xC0) == 0x80;
   return configuration;

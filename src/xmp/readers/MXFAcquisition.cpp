@@ -16,6 +16,7 @@ namespace Sorvik::xmp::mxf {
 namespace {
 
 constexpr unsigned kMaxItems = 32;
+constexpr unsigned kMaxSets = 16;
 constexpr std::uint64_t kMaxDataBytes = 64 * 1024;
 constexpr std::uint64_t kMaxKeyBytes = 16 + 9;
 
@@ -86,9 +87,11 @@ void SetItems(const LocalSet& set, TXMPMeta& meta) {
 // The sets are in packets of ancillary data, or directly in the item.
 void SetItemsOfData(ByteReader data, TXMPMeta& meta) {
   const std::string_view text = data.Text();
-  for (auto at = text.find(kSetPrefix); at != text.npos; at = text.find(kSetPrefix, at + 1)) {
+  auto at = text.find(kSetPrefix);
+  for (unsigned i = 0; i < kMaxSets && at != text.npos; ++i) {
     const auto set = ReadKLV(data, at);
     if (set) SetItems(LocalSet(SetKind{}, set->value), meta);
+    at = text.find(kSetPrefix, at + 1);
   }
 }
 

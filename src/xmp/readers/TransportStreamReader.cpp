@@ -136,6 +136,7 @@ class StreamFile {
       const auto part = ts::Collect(piece, layout_, 0, video_.pid, kLongHead);
       const ByteReader bytes(part.bytes);
       if (video_.type == kAVC) found_.video = ReadAVC(bytes);
+      if (video_.type == kHEVC) found_.video = ReadHEVC(bytes);
       if (video_.type == kMPEG1 || video_.type == kMPEG2) found_.video = ReadMPEG2(bytes);
       found_.times = part.presentation;
     }
@@ -179,7 +180,8 @@ class StreamFile {
 
   bool NeedsLongHead(bool lengthKnown) const {
     if (input_.file.Size() <= input_.head.Size()) return false;
-    const bool coded = video_.type == kAVC || video_.type == kMPEG2 || video_.type == kMPEG1;
+    const bool coded = video_.type == kAVC || video_.type == kHEVC || video_.type == kMPEG2 ||
+                       video_.type == kMPEG1;
     if (coded && found_.video.width == 0 && WantsVideo()) return true;
     // The first displayed picture may follow the first one in the file.
     if (WantsDM("duration") && !lengthKnown && video_.pid != ts::kNoPID) return true;

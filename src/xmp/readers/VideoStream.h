@@ -38,6 +38,10 @@ std::uint64_t FindStartCode(foundation::ByteReader stream, std::uint64_t from) n
 VideoFacts ReadAVC(foundation::ByteReader stream);
 // The same of one sequence parameter set. The field order of interlaced video is unknown.
 VideoFacts ReadAVCSequence(foundation::ByteReader nal);
+// Of H.265, from the first sequence parameter set. Aspect ratio, colours and rate are unknown if it
+// predicts reference sets.
+VideoFacts ReadHEVC(foundation::ByteReader stream);
+VideoFacts ReadHEVCSequence(foundation::ByteReader nal);
 // Of AV1, from its first sequence header.
 VideoFacts ReadAV1(foundation::ByteReader units);
 // Of MPEG-1, too, which has the same headers without extensions.
