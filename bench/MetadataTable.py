@@ -17,6 +17,7 @@ import subprocess
 import sys
 
 BATCH = 50
+SECONDS = 120
 
 CODECS = {
     "avc": "avc", "h264": "avc", "avc1": "avc", "avc-intra 50": "avc", "avc-intra 100": "avc", "avc-intra 200": "avc",
@@ -276,7 +277,11 @@ def of_sorvik(fields):
 
 
 def run(command):
-    return subprocess.run(command, capture_output=True, check=False).stdout.decode("utf-8", "replace")
+    """The output of a program; empty if it takes too long, as some do for damaged files."""
+    try:
+        return subprocess.run(command, capture_output=True, check=False, timeout=SECONDS).stdout.decode("utf-8", "replace")
+    except subprocess.TimeoutExpired:
+        return ""
 
 
 def load(text, otherwise):
