@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "formats/TransportStream.h"
 #include "foundation/ByteReader.h"
 #include "foundation/CallScope.h"
 #include "support/Bytes.h"
@@ -12,7 +13,6 @@
 #include "support/TempTree.h"
 #include "xmp/readers/AudioStream.h"
 #include "xmp/readers/ClipInfo.h"
-#include "xmp/readers/TransportStream.h"
 #include "xmp/readers/TransportStreamReader.h"
 #include "xmp/readers/VideoStream.h"
 
@@ -473,7 +473,7 @@ TEST(TransportStream, NeedsSeveralPacketsForALayout) {
   using Found = std::pair<std::uint64_t, std::uint64_t>;
   const auto find = [](std::size_t count, std::size_t stride, std::size_t start, std::size_t rest) {
     const std::string head = PacketRun(count, stride, start, rest);
-    const auto layout = ts::FindLayout(Sorvik::foundation::ReaderOf(head));
+    const auto layout = Sorvik::formats::ts::FindLayout(Sorvik::foundation::ReaderOf(head));
     return layout ? Found(layout->start, layout->stride) : Found();
   };
   for (const auto& [stride, start] : {Found{188, 0}, Found{192, 4}}) {

@@ -2,6 +2,7 @@
 #include <array>
 #include <optional>
 
+#include "formats/IsoBox.h"
 #include "formats/probe/Probes.h"
 
 // Facts: ISO/IEC 14496-12 and the QuickTime file format. A file is a chain of boxes; the sample
@@ -14,29 +15,6 @@ using foundation::ByteReader;
 constexpr int kMaxBoxes = 4096;  // at the top level; fragmented files have two per fragment
 constexpr std::size_t kMaxMovieBytes = std::size_t{32} << 20;
 constexpr int kMaxDepth = 8;
-
-struct Box {
-  std::string_view type;
-  std::uint64_t bodyAt;
-  std::uint64_t end;
-};
-
-// `limit` is the end of what contains the box, which a size of 0 means.
-std::optional<Box> BoxAt(ByteReader head, std::uint64_t at, std::uint64_t limit) {
-  const auto size = head.U32BE(0);
-  if (!size || !head.Holds(0, 8)) return std::nullopt;
-  Box box{head.TextAt(4, 4), at + 8, limit};
-  if (*size == 1) {
-    const auto large = head.U64BE(8);
-    if (!large || *large < 16) return std::nullopt;
-    box.bodyAt = at + 16;
-    box.end = *large > UINT64_MAX - at ? UINT64_MAX : at + *large;
-  } else if (*size != 0) {
-    if (*size < 8) return std::nullopt;
-    box.end = at + *size;
-  }
-  return box;
-}
 
 bool IsBoxType(std::string_view type) {
   return type.size() == 4 && std::ranges::all_of(type, [](char c) {
@@ -58,22 +36,22 @@ class SampleSearch {
   // The tables of one track. Each has its number of entries at 4, the sizes at 8.
   struct Track {
     bool isExternal = false;
-    std::optional<Box> chunks;           // "stco" or "co64"
-    std::optional<Box> samplesPerChunk;  // "stsc"
-    std::optional<Box> sizes;            // "stsz"
+    std::optional<IsoBox> chunks;           // "stco" or "co64"
+    std::optional<IsoBox> samplesPerChunk;  // "stsc"
+    std::optional<IsoBox> sizes;            // "stsz"
   };
 
   void Visit(std::uint64_t at, std::uint64_t end, int depth) {
     if (depth > kMaxDepth) return;
     while (at + 8 <= end) {
-      const auto box = BoxAt(movie_.Clip(at, 16), at, end);
+      const auto box = IsoBoxAt(movie_.Clip(at, 16), at, end);
       if (!box || box->end > end || box->end <= at) return;
       VisitBox(*box, depth);
       at = box->end;
     }
   }
 
-  void VisitBox(const Box& box, int depth) {
+  void VisitBox(const IsoBox& box, int depth) {
     static constexpr std::string_view kContainers[] = {"trak", "mdia", "minf", "stbl", "dinf"};
     if (box.type == "trak") track_ = Track();
     if (std::ranges::find(kContainers, box.type) != std::end(kContainers)) {
@@ -89,13 +67,13 @@ class SampleSearch {
     if (box.type == "trak" && track_.chunks && !track_.isExternal) AddTrack(*track_.chunks);
   }
 
-  std::uint64_t EntriesOf(const Box& box, std::uint64_t firstAt, std::uint64_t width) const {
+  std::uint64_t EntriesOf(const IsoBox& box, std::uint64_t firstAt, std::uint64_t width) const {
     const std::uint64_t first = box.bodyAt + firstAt;
     const std::uint64_t room = box.end < first ? 0 : (box.end - first) / width;
     return std::min<std::uint64_t>(movie_.U32BE(first - 4).value_or(0), room);
   }
 
-  void AddTrack(const Box& chunks) {
+  void AddTrack(const IsoBox& chunks) {
     const std::uint64_t width = chunks.type == "stco" ? 4 : 8;
     const std::uint64_t count = EntriesOf(chunks, 8, width);
     std::uint64_t offset = 0;
@@ -112,14 +90,14 @@ class SampleSearch {
   std::uint64_t BytesOfLastChunk(std::uint64_t count) const {
     constexpr std::uint64_t kFirstSizeAt = 12;
     if (count == 0 || !track_.samplesPerChunk || !track_.sizes) return 0;
-    const Box& runs = *track_.samplesPerChunk;
+    const IsoBox& runs = *track_.samplesPerChunk;
     constexpr std::uint64_t kRunBytes = 12;  // first chunk, samples per chunk, description
     const std::uint64_t runCount = EntriesOf(runs, 8, kRunBytes);
     if (runCount == 0) return 0;
     const std::uint64_t lastRun = runs.bodyAt + 8 + (runCount - 1) * kRunBytes;
     if (movie_.U32BE(lastRun).value_or(0) > count) return 0;
     const std::uint64_t samples = movie_.U32BE(lastRun + 4).value_or(0);
-    const Box& sizes = *track_.sizes;
+    const IsoBox& sizes = *track_.sizes;
     const std::uint64_t equalSize = movie_.U32BE(sizes.bodyAt + 4).value_or(0);
     // QuickTime counts compressed sound in units of 1, whatever their bytes.
     if (equalSize == 1) return 0;
@@ -140,12 +118,12 @@ class SampleSearch {
 }  // namespace
 
 MediaProbe ProbeIsoMedia(const RegularFile& file) {
-  std::optional<Box> movie;
+  std::optional<IsoBox> movie;
   bool hasMedia = false;
   std::uint64_t at = 0;
   for (int i = 0; i < kMaxBoxes && at < file.Size(); ++i) {
     const auto bytes = ReadPart(file, at, 16);
-    const auto box = BoxAt(ByteReader{bytes}, at, file.Size());
+    const auto box = IsoBoxAt(ByteReader{bytes}, at, file.Size());
     if (!box && bytes.size() < 8 && i > 0) return Truncated("ends inside the head of a box");
     if (!box || !IsBoxType(box->type)) {
       if (i == 0) return NotA("an MP4 or QuickTime file");
@@ -155,7 +133,7 @@ MediaProbe ProbeIsoMedia(const RegularFile& file) {
       return TooShort(file, box->end, ("its box '" + std::string(box->type) + "'").c_str());
     }
     hasMedia = hasMedia || box->type == "mdat";
-    if (box->type == "moov") movie = Box{{}, box->bodyAt, box->end};
+    if (box->type == "moov") movie = IsoBox{{}, box->bodyAt, box->end};
     at = box->end;
   }
   if (!movie) return hasMedia || at > 0 ? Truncated("no box 'moov'") : Passed();

@@ -5,10 +5,12 @@
 
 #include <cstdint>
 
+#include "formats/TransportStream.h"
 #include "foundation/ByteReader.h"
-#include "xmp/readers/TransportStream.h"
 
 namespace Sorvik::xmp {
+
+namespace ts = formats::ts;
 
 struct AudioFacts {
   const char* compressor = nullptr;  // null: unknown stream type

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "formats/TransportStream.h"
 #include "formats/avchd/Playlist.h"
 #include "xmp/Namespaces.h"
 #include "xmp/NativeValues.h"
@@ -10,7 +11,6 @@
 #include "xmp/readers/ClipInfo.h"
 #include "xmp/readers/DVReader.h"
 #include "xmp/readers/RecordingBlock.h"
-#include "xmp/readers/TransportStream.h"
 #include "xmp/readers/VideoStream.h"
 
 namespace Sorvik::xmp {

@@ -13,7 +13,7 @@
 
 #include "foundation/ByteReader.h"
 
-namespace Sorvik::xmp::ts {
+namespace Sorvik::formats::ts {
 
 using foundation::ByteReader;
 
@@ -49,6 +49,8 @@ struct Elementary {
   std::vector<std::byte> bytes;             // without the PES headers
   std::vector<std::uint64_t> starts;        // offsets in `bytes` at which PES packets begin
   std::vector<std::uint64_t> presentation;  // time stamps in file order, 90 kHz, 33 bits
+  // The decoding time of each of them; the same where the stream has no other.
+  std::vector<std::uint64_t> decoding;
 };
 
 // Iterates over the packets of a piece of the file. `offset` is the position of the piece in the
@@ -80,4 +82,4 @@ Program FindProgram(ByteReader piece, const Layout& layout);
 Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset, std::uint16_t pid,
                    std::size_t maxBytes, bool timesOnly = false);
 
-}  // namespace Sorvik::xmp::ts
+}  // namespace Sorvik::formats::ts

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "xmp/readers/TransportStream.h"
+#include "formats/TransportStream.h"
 
 #include <algorithm>
 #include <map>
 
-namespace Sorvik::xmp::ts {
+namespace Sorvik::formats::ts {
 
 namespace {
 
@@ -117,7 +117,16 @@ Program ReadProgram(ByteReader section) {
 struct PESHeader {
   std::uint64_t size = 0;
   std::optional<std::uint64_t> presentation;
+  std::optional<std::uint64_t> decoding;
 };
+
+// Five bytes: 4 bits, then 33 bits of the time stamp with a marker bit after each part.
+std::optional<std::uint64_t> TimeStampAt(ByteReader payload, std::uint64_t offset) {
+  const auto stamp = payload.ViewAt<5>(offset);
+  if (!stamp) return std::nullopt;
+  const auto at = [&stamp](std::size_t i) { return std::to_integer<std::uint64_t>((*stamp)[i]); };
+  return (at(0) >> 1 & 7) << 30 | at(1) << 22 | at(2) >> 1 << 15 | at(3) << 7 | at(4) >> 1;
+}
 
 // 00 00 01, stream id, length 2, then for most streams two bytes of flags, the size of the rest of
 // the header, and the time stamp.
@@ -133,11 +142,14 @@ PESHeader ReadPESHeader(ByteReader payload) {
   const auto length = payload.U8(8);
   if (!flags || !length || (payload.U8(6).value_or(0) & 0xC0) != 0x80) return header;
   header.size = 9 + std::uint64_t{*length};
-  const auto stamp = payload.ViewAt<5>(9);
-  if ((*flags & 0x80) == 0 || *length < 5 || !stamp) return header;
-  const auto at = [&stamp](std::size_t i) { return std::to_integer<std::uint64_t>((*stamp)[i]); };
-  header.presentation =
-      (at(0) >> 1 & 7) << 30 | at(1) << 22 | at(2) >> 1 << 15 | at(3) << 7 | at(4) >> 1;
+  constexpr std::uint64_t kStamps = 9;
+  constexpr std::uint64_t kStampBytes = 5;
+  if ((*flags & 0x80) != 0 && *length >= kStampBytes) {
+    header.presentation = TimeStampAt(payload, kStamps);
+  }
+  if ((*flags & 0xC0) == 0xC0 && *length >= 2 * kStampBytes) {
+    header.decoding = TimeStampAt(payload, kStamps + kStampBytes);
+  }
   return header;
 }
 
@@ -234,7 +246,10 @@ Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset,
       const PESHeader header = ReadPESHeader(payload);
       started = header.size != 0;
       payload = payload.Clip(header.size);
-      if (header.presentation) stream.presentation.push_back(*header.presentation);
+      if (header.presentation) {
+        stream.presentation.push_back(*header.presentation);
+        stream.decoding.push_back(header.decoding.value_or(*header.presentation));
+      }
       if (started && !timesOnly) stream.starts.push_back(stream.bytes.size());
     }
     if (!started || timesOnly) continue;
@@ -246,4 +261,4 @@ Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset,
   return stream;
 }
 
-}  // namespace Sorvik::xmp::ts
+}  // namespace Sorvik::formats::ts
