@@ -16,11 +16,6 @@ using foundation::JoinPath;
 using foundation::Lookup;
 using foundation::ParentFolder;
 
-constexpr std::string_view kGlobalShotId = "globalShotID";
-constexpr std::string_view kTopClipId = "topGlobalClipID";
-constexpr std::string_view kPreviousClipId = "previousGlobalClipID";
-constexpr std::string_view kNextClipId = "nextGlobalClipID";
-
 struct ClipFacts {
   std::string relation;
   std::string identifier;
@@ -120,8 +115,8 @@ std::string EssenceForClipXml(std::string_view xmlPath) {
                          Lookup::kListing);
 }
 
-std::string ParseShotId(std::string_view relation) {
-  const std::string key = std::string(kGlobalShotId) + ":";
+std::string ParseRelation(std::string_view relation, std::string_view name) {
+  const std::string key = std::string(name) + ":";
   const auto at = relation.find(key);
   if (at == relation.npos) return {};
   const std::string_view rest = relation.substr(at + key.size());
@@ -135,7 +130,7 @@ void AddClipToShots(const std::string& xmlPath, const ShotIdSet& filter, ClipVal
   const FieldValueMap& values = cache.ValuesOf(xmlPath);
   ClipFacts clip;
   clip.relation = TextOf(values, "relation");
-  const std::string shotId = ParseShotId(clip.relation);
+  const std::string shotId = ParseRelation(clip.relation, kGlobalShotId);
   if (shotId.empty()) {
     if (filter.empty()) shots.emplace(std::string(), P2ShotInfo(xmlPath));
     return;

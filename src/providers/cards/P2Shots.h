@@ -74,8 +74,14 @@ std::string ContentsOfClipXml(std::string_view xmlPath);
 // The essence of a clip XML, looked up in the listings.
 std::string EssenceForClipXml(std::string_view xmlPath);
 
-// The shot id in the text of a "relation" field; empty if it has none.
-std::string ParseShotId(std::string_view relation);
+// The text of a "relation" field.
+inline constexpr std::string_view kGlobalShotId = "globalShotID";
+inline constexpr std::string_view kTopClipId = "topGlobalClipID";
+inline constexpr std::string_view kPreviousClipId = "previousGlobalClipID";
+inline constexpr std::string_view kNextClipId = "nextGlobalClipID";
+
+// The id with that name in the text of a "relation" field; empty if it has none.
+std::string ParseRelation(std::string_view relation, std::string_view name);
 
 // Adds a clip that has essence to its shot. With a `filter`, skips clips of other shots, clips
 // without a shot id and clips that the shot already has.

@@ -51,4 +51,17 @@ bool P2FileFinder::Visit(const std::string& dir) {
   return false;
 }
 
+P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache) {
+  P2ShotMap shots;
+  for (const std::string& xmlPath : ListClipXmlFiles(path)) {
+    AddClipToShots(xmlPath, {}, cache, shots);
+  }
+  ShotIdSet incomplete;
+  if (CollectIncompleteShots(shots, incomplete)) {
+    ShotCompletingDirVisitor visitor(shots, incomplete, cache);
+    VisitSiblingDirectories(path, visitor);
+  }
+  return shots;
+}
+
 }  // namespace Sorvik::p2

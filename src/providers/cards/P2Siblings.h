@@ -35,6 +35,9 @@ class ShotCompletingDirVisitor final : public DirVisitor {
   ClipValueCache& cache_;
 };
 
+// The shots of the card at `path`, with their parts on cards next to it.
+P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache);
+
 // Finds the file `name` + `extension` in a folder of CONTENTS on another card. `result` receives
 // its path and stays unchanged if there is none.
 class P2FileFinder final : public DirVisitor {

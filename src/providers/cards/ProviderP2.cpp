@@ -89,20 +89,6 @@ void ApplyP2ClipName(FieldValueMap& values, const std::string& defaultName) {
   values.insert_or_assign(kNameField, any_regular_t(name.empty() ? defaultName : name));
 }
 
-// The shots of the card at `path`, with their parts on cards next to it.
-P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache) {
-  P2ShotMap shots;
-  for (const std::string& xmlPath : ListClipXmlFiles(path)) {
-    AddClipToShots(xmlPath, {}, cache, shots);
-  }
-  ShotIdSet incomplete;
-  if (CollectIncompleteShots(shots, incomplete)) {
-    ShotCompletingDirVisitor visitor(shots, incomplete, cache);
-    VisitSiblingDirectories(path, visitor);
-  }
-  return shots;
-}
-
 // On each of its cards, a shot that spans cards is represented by a clip of that card.
 std::string ChooseClip(const P2ShotInfo& shot, const std::string& path) {
   const std::string card = JoinPath(foundation::NormalizedPath(path), {});

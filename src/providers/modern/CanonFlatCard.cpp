@@ -45,6 +45,12 @@ std::size_t ExtensionRank(std::string_view name) {
   return static_cast<std::size_t>(found - std::begin(kExtensions));
 }
 
+// "-007" for the part before "-008".
+std::string NumberText(unsigned number, char separator) {
+  std::string digits = std::to_string(number);
+  return separator + std::string(digits.size() < 3 ? 3 - digits.size() : 0, '0') + digits;
+}
+
 // The files of one part: those of one name, with different extensions.
 struct PartFiles {
   std::vector<std::string> originals;
@@ -73,6 +79,26 @@ ClipName ParseClipName(std::string_view stem) {
   }
   name.base.remove_suffix(kNumberSize);
   return name;
+}
+
+std::vector<NumberedPart> PartsWithGaps(const Recording& recording) {
+  std::vector<NumberedPart> parts;
+  unsigned previous = 0;
+  for (const std::string& path : recording.parts) {
+    const ClipName name = ParseClipName(FileStem(path));
+    if (name.part) {
+      const std::string folder(foundation::ParentFolder(path));
+      const char separator = name.base.data()[name.base.size()];
+      for (unsigned part = previous + 1; previous != 0 && part < *name.part; ++part) {
+        const std::string missing = std::string(name.base) + NumberText(part, separator) +
+                                    std::string(foundation::FileExtension(path));
+        parts.push_back({JoinPath(folder, missing), false});
+      }
+      previous = *name.part;
+    }
+    parts.push_back({path, true});
+  }
+  return parts;
 }
 
 bool IsClipFile(std::string_view name) { return ExtensionRank(name) < std::size(kExtensions); }

@@ -38,6 +38,16 @@ struct Recording {
   std::vector<std::string> files;    // paths of sidecars and sound files
 };
 
+struct NumberedPart {
+  std::string path;
+  bool exists = true;
+};
+
+// The parts of a recording, with those that are missing between the first and the last one: their
+// numbers prove that they existed. Parts before the first don't: a recording can begin on another
+// card.
+std::vector<NumberedPart> PartsWithGaps(const Recording& recording);
+
 class Card {
  public:
   // The card at `root`, listed once within a call scope.

@@ -14,7 +14,6 @@ namespace {
 
 using canonflat::Card;
 using canonflat::Recording;
-using foundation::FileStem;
 using foundation::HasExtension;
 
 struct RoleOfFile {
@@ -30,29 +29,11 @@ RoleOfFile RoleOf(std::string_view path) {
   return {card_role::kSidecar, Content::kOpaque};
 }
 
-// "-007" for the part before "-008".
-std::string NumberText(unsigned number, char separator) {
-  std::string digits = std::to_string(number);
-  return separator + std::string(digits.size() < 3 ? 3 - digits.size() : 0, '0') + digits;
-}
-
-// Parts between the first and the last one prove that they existed. Parts before the first don't: a
-// recording can begin on another card.
 void ReportMissingParts(const Recording& recording, CardDescription& card) {
-  unsigned previous = 0;
-  for (const std::string& path : recording.parts) {
-    const canonflat::ClipName name = canonflat::ParseClipName(FileStem(path));
-    if (!name.part) continue;
-    const std::string folder(foundation::ParentFolder(path));
-    const char separator = name.base.data()[name.base.size()];
-    for (unsigned part = previous + 1; previous != 0 && part < *name.part; ++part) {
-      const std::string missing = std::string(name.base) + NumberText(part, separator) +
-                                  std::string(foundation::FileExtension(path));
-      card.Report(Finding::Kind::kMissing, card_role::kSegment,
-                  foundation::JoinPath(folder, missing), {recording.key},
-                  "parts before and after it exist");
-    }
-    previous = *name.part;
+  for (const canonflat::NumberedPart& part : canonflat::PartsWithGaps(recording)) {
+    if (part.exists) continue;
+    card.Report(Finding::Kind::kMissing, card_role::kSegment, part.path, {recording.key},
+                "parts before and after it exist");
   }
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -12,6 +11,7 @@
 #include "foundation/Paths.h"
 #include "foundation/platform/FileStatus.h"
 #include "providers/common/CardParts.h"
+#include "providers/sequences/NumberedNames.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
@@ -24,39 +24,14 @@ namespace {
 using foundation::CardFolder;
 using foundation::FoldCase;
 using foundation::JoinPath;
+using sequences::Joined;
+using sequences::NumberedFiles;
+using sequences::NumberedName;
+using sequences::Runs;
+using sequences::SplitNumber;
 
 // Of a longer gap, only the first and the last number are reported.
 constexpr std::uint64_t kMaxReportedGap = 100;
-
-// A file name split at its last run of digits: "A001." 0000123 ".ari".
-struct NumberedName {
-  std::string before;
-  std::string after;
-  std::size_t width;  // number of digits
-  std::uint64_t number;
-};
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-std::optional<NumberedName> SplitNumber(const std::string& name) {
-  const auto dot = std::min(name.rfind('.'), name.size());
-  const auto last =
-      std::find_if(name.rend() - static_cast<std::ptrdiff_t>(dot), name.rend(), IsDigit);
-  if (last == name.rend()) return std::nullopt;
-  const auto first = std::find_if_not(last, name.rend(), IsDigit);
-  const auto begin = static_cast<std::size_t>(first.base() - name.begin());
-  const auto end = static_cast<std::size_t>(last.base() - name.begin());
-  NumberedName split{name.substr(0, begin), name.substr(end), end - begin, 0};
-  const auto [stop, error] = std::from_chars(name.data() + begin, name.data() + end, split.number);
-  if (error != std::errc() || stop != name.data() + end) return std::nullopt;
-  return split;
-}
-
-std::string Joined(const NumberedName& name, std::uint64_t number) {
-  std::string digits = std::to_string(number);
-  if (digits.size() < name.width) digits.insert(0, name.width - digits.size(), '0');
-  return name.before + digits + name.after;
-}
 
 // What the gaps of a run mean.
 struct GapMeaning {
@@ -77,24 +52,6 @@ void ReportGap(const NumberedName& pattern, std::uint64_t from, std::uint64_t to
     return report(from, std::to_string(to - from) + " numbers up to " + Joined(pattern, to - 1));
   }
   for (std::uint64_t number = from; number < to; ++number) report(number, meaning.detail);
-}
-
-// The visible numbered files of a folder with the same extension, ignoring case as recognition of
-// frames does. Grouped by the rest of their names and sorted by number.
-using Runs = std::map<std::pair<std::string, std::string>, std::vector<NumberedName>>;
-
-Runs NumberedFiles(const std::string& folder, std::string_view extension) {
-  Runs runs;
-  for (const std::string& file : CardFolder::Of(folder)->VisibleFiles(extension)) {
-    if (auto name = SplitNumber(file)) {
-      runs[{name->before, FoldCase(name->after)}].push_back(std::move(*name));
-    }
-  }
-  for (auto& [pattern, names] : runs) {
-    std::sort(names.begin(), names.end(),
-              [](const NumberedName& a, const NumberedName& b) { return a.number < b.number; });
-  }
-  return runs;
 }
 
 // Frame numbers of ARRI cameras count from midnight, so a clip over midnight has the numbers of

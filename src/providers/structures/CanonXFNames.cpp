@@ -32,6 +32,22 @@ int GetSpanNumber(std::string_view title) {
   return number;
 }
 
+std::map<int, std::string> NumberedFiles(const foundation::CardFolder& clip,
+                                         std::string_view extension) {
+  std::map<int, std::string> files;
+  for (const std::string& name : clip.VisibleFiles(extension)) {
+    const int number = GetSpanNumber(foundation::FileStem(name));
+    if (number > 0) files.emplace(number, name);
+  }
+  return files;
+}
+
+std::string SpanName(std::string_view clipId, int number, std::string_view extension) {
+  std::string name(clipId);
+  name.append(number < 10 ? "0" : "").append(std::to_string(number));
+  return name.append(extension);
+}
+
 std::string ClipRootOf(std::string_view path) {
   return foundation::JoinPath(foundation::JoinPath(path, kContents), kClipRoot);
 }

@@ -20,23 +20,9 @@ using foundation::CardFolder;
 using foundation::FileStem;
 using foundation::JoinPath;
 
-constexpr std::string_view kSpanInfoExtension = ".SIF";
-
-// Titles of files in a clip folder by the number of their span.
-std::map<int, std::string> NumberedFiles(const CardFolder& clip, std::string_view extension) {
-  std::map<int, std::string> files;
-  for (const std::string& name : clip.VisibleFiles(extension)) {
-    const int number = canonxf::GetSpanNumber(FileStem(name));
-    if (number > 0) files.emplace(number, name);
-  }
-  return files;
-}
-
-std::string SpanName(std::string_view clipId, int number, std::string_view extension) {
-  std::string name(clipId);
-  name.append(number < 10 ? "0" : "").append(std::to_string(number));
-  return name.append(extension);
-}
+using canonxf::kSpanInfoExtension;
+using canonxf::NumberedFiles;
+using canonxf::SpanName;
 
 // A file that exists under its number, or the path where it should be.
 std::string PathOfSpan(const CardFolder& clip, std::string_view id,
