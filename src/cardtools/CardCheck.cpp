@@ -7,6 +7,7 @@
 #include "cardtools/CardContents.h"
 #include "cardtools/CardEvaluation.h"
 #include "cardtools/CardInventory.h"
+#include "cardtools/ProviderLookup.h"
 #include "foundation/CallScope.h"
 #include "foundation/platform/ShareAccess.h"
 #include "frame/CardChecker.h"
@@ -19,13 +20,6 @@ namespace {
 const CardChecker* CheckerAt(const ProviderWrapper& wrapper, const std::string& path) {
   const auto* checker = ProviderAccess::InterfaceOf<CardChecker>(wrapper);
   return checker != nullptr && wrapper.CanProvideFor(path) >= 1 ? checker : nullptr;
-}
-
-const ProviderWrapper* FindProvider(const std::string& identification) {
-  for (const ProviderWrapper* wrapper : ProviderHost::GetAllProviders()) {
-    if (wrapper->GetIdentification() == identification) return wrapper;
-  }
-  return nullptr;
 }
 
 }  // namespace

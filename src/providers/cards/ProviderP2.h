@@ -6,14 +6,19 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
 #include "frame/FileGrouper.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderP2 final : public ClipProvider, public CardChecker, public FileGrouper {
+class ProviderP2 final : public ClipProvider,
+                         public CardChecker,
+                         public PartLister,
+                         public FileGrouper {
  public:
   ProviderP2();
   // Also finds a clip on a card next to this one. The duration is that of the clip alone.
@@ -28,6 +33,7 @@ class ProviderP2 final : public ClipProvider, public CardChecker, public FileGro
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
   // The files of a clip: those with its id, sound files with two more digits.
   std::optional<FileGroup> GroupOf(const std::string& folder,
                                    const std::string& name) const override;

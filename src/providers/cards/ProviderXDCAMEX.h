@@ -5,13 +5,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderXDCAMEX final : public ClipProvider, public CardChecker {
+class ProviderXDCAMEX final : public ClipProvider, public CardChecker, public PartLister {
  public:
   ProviderXDCAMEX();
   // Any clip of the card, including one that the listing merges into its take.
@@ -27,6 +29,7 @@ class ProviderXDCAMEX final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
 };
 
 }  // namespace Sorvik

@@ -110,6 +110,18 @@ ContentMap ProviderCanonXFAVC::GetContent(const std::string& path, const FieldNa
   return content;
 }
 
+std::vector<ListedPart> ProviderCanonXFAVC::ListParts(const std::string& path,
+                                                      const std::string& key) const {
+  const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
+  const Recording* recording = card->Find(key);
+  std::vector<ListedPart> parts;
+  if (recording == nullptr) return parts;
+  for (const canonflat::NumberedPart& part : canonflat::PartsWithGaps(*recording)) {
+    parts.push_back({.path = part.path, .isPresent = part.exists});
+  }
+  return parts;
+}
+
 int ProviderCanonXFAVC::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
   return ScoreOf(foundation::IsValidPath(path) ? Recognize(path) : Recognition::kNone);

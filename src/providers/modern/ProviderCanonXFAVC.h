@@ -7,14 +7,19 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
 #include "frame/FileGrouper.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderCanonXFAVC final : public ClipProvider, public CardChecker, public FileGrouper {
+class ProviderCanonXFAVC final : public ClipProvider,
+                                 public CardChecker,
+                                 public PartLister,
+                                 public FileGrouper {
  public:
   ProviderCanonXFAVC();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -30,6 +35,7 @@ class ProviderCanonXFAVC final : public ClipProvider, public CardChecker, public
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
   // Groups the parts of a recording, with proxies and sidecars.
   std::optional<FileGroup> GroupOf(const std::string& folder,
                                    const std::string& name) const override;

@@ -190,6 +190,23 @@ ContentMap ProviderSonyXAVC::GetContent(const std::string& path, const FieldName
   return content;
 }
 
+std::vector<ListedPart> ProviderSonyXAVC::ListParts(const std::string& path,
+                                                    const std::string& key) const {
+  const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
+  const Clip* first = card->Find(key);
+  if (first == nullptr || card->IsLaterPart(*first)) return {};
+  const auto part = [&card](const Clip& clip) {
+    return ListedPart{
+        .path = card->PathOf(clip), .isPresent = clip.exists, .record = clip.Record()};
+  };
+  std::vector<ListedPart> parts = {part(*first)};
+  for (const Clip* later : card->PartsAfter(*first)) {
+    parts.push_back(part(*later));
+    parts.back().isInferred = true;
+  }
+  return parts;
+}
+
 int ProviderSonyXAVC::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
   return ScoreOf(foundation::IsValidPath(path) ? Recognize(path) : Recognition::kNone);

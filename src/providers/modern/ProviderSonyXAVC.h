@@ -5,14 +5,19 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
 #include "frame/FileGrouper.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderSonyXAVC final : public ClipProvider, public CardChecker, public FileGrouper {
+class ProviderSonyXAVC final : public ClipProvider,
+                               public CardChecker,
+                               public PartLister,
+                               public FileGrouper {
  public:
   ProviderSonyXAVC();
   // The parts of a recording that the camera cut are one entry, keyed by the first part.
@@ -30,6 +35,7 @@ class ProviderSonyXAVC final : public ClipProvider, public CardChecker, public F
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
   // Groups a clip with files of its stem that end in a letter and two digits (C0001M01.XML).
   std::optional<FileGroup> GroupOf(const std::string& folder,
                                    const std::string& name) const override;

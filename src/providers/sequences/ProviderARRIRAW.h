@@ -3,13 +3,17 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
+#include "frame/PartLister.h"
 #include "providers/sequences/ProviderFileSequenceBase.h"
 
 namespace Sorvik {
 
-class ProviderARRIRAW final : public ProviderFileSequenceBase, public CardChecker {
+class ProviderARRIRAW final : public ProviderFileSequenceBase,
+                              public CardChecker,
+                              public PartLister {
  public:
   ProviderARRIRAW();
   Bitplate** GetThumbnail(const std::string& path, const std::string& key, int width, int height,
@@ -19,6 +23,7 @@ class ProviderARRIRAW final : public ProviderFileSequenceBase, public CardChecke
   void AddExtraPaths(FieldValueMap& fields, const std::string& filePath) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
 };
 
 }  // namespace Sorvik

@@ -10,11 +10,15 @@
 
 #include "frame/CardChecker.h"
 #include "frame/FileGrouper.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderRED final : public ClipProvider, public CardChecker, public FileGrouper {
+class ProviderRED final : public ClipProvider,
+                          public CardChecker,
+                          public PartLister,
+                          public FileGrouper {
  public:
   ProviderRED();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -26,6 +30,7 @@ class ProviderRED final : public ClipProvider, public CardChecker, public FileGr
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
   // The segments of a clip, with files of its name.
   std::optional<FileGroup> GroupOf(const std::string& folder,
                                    const std::string& name) const override;

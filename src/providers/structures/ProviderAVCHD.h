@@ -5,13 +5,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderAVCHD final : public ClipProvider, public CardChecker {
+class ProviderAVCHD final : public ClipProvider, public CardChecker, public PartLister {
  public:
   ProviderAVCHD();
   // Accepts any file of STREAM as key, whether a playlist contains it or not. Empty for a key that
@@ -28,6 +30,7 @@ class ProviderAVCHD final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
 };
 
 }  // namespace Sorvik

@@ -6,14 +6,19 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
 #include "frame/FileGrouper.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderCanonXF final : public ClipProvider, public CardChecker, public FileGrouper {
+class ProviderCanonXF final : public ClipProvider,
+                              public CardChecker,
+                              public PartLister,
+                              public FileGrouper {
  public:
   ProviderCanonXF();
   ContentMap GetContent(const std::string& path, const std::string& key,
@@ -26,6 +31,7 @@ class ProviderCanonXF final : public ClipProvider, public CardChecker, public Fi
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
   // The files of a clip: those with its id, spans with two more digits.
   std::optional<FileGroup> GroupOf(const std::string& folder,
                                    const std::string& name) const override;

@@ -177,6 +177,21 @@ ContentMap ProviderSonyHDV::GetContent(const std::string& path, const std::strin
   return {{key, std::move(values)}};
 }
 
+std::vector<ListedPart> ProviderSonyHDV::ListParts(const std::string& path,
+                                                   const std::string& key) const {
+  const std::string folder = ClipFolderOf(path);
+  const Clips clips = ListClips(folder);
+  const auto found = std::ranges::find(clips.files, key);
+  std::vector<ListedPart> parts;
+  if (found == clips.files.end()) return parts;
+  const auto own = static_cast<std::size_t>(found - clips.files.begin());
+  const std::size_t start = clips.runStarts[own];
+  for (std::size_t i = start; i < clips.files.size() && clips.runStarts[i] == start; ++i) {
+    parts.push_back({.path = JoinPath(folder, clips.files[i])});
+  }
+  return parts;
+}
+
 Bitplate** ProviderSonyHDV::GetThumbnail(const std::string& path, const std::string& key, int width,
                                          int height,
                                          [[maybe_unused]] ProviderRequest* request) const {

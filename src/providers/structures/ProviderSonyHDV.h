@@ -5,13 +5,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderSonyHDV final : public ClipProvider, public CardChecker {
+class ProviderSonyHDV final : public ClipProvider, public CardChecker, public PartLister {
  public:
   ProviderSonyHDV();
   // Both set ExtraPath even if it wasn't requested; it contains TRACKS.DAT even if that doesn't
@@ -26,6 +28,8 @@ class ProviderSonyHDV final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  // All files of the recording that the key belongs to.
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
 };
 
 }  // namespace Sorvik
