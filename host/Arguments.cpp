@@ -52,6 +52,9 @@ constexpr CommandRow kCommands[] = {
     {"cards", "PATH...", 1, kAnyCount, "--json -0",
      "find the cards at, around and below each path, one path per line",
      "sorvik cards /media -0 | xargs -0 -n 1 sorvik check"},
+    {"join", "PATH [KEY]", 1, 2, "--provider --format --allow-gaps --force -o",
+     "write a list that joins the files of a clip, or of all clips, for players and editors",
+     "sorvik join /media/CARD 0001AB --format otio -o shot.otio"},
     {"providers", "", 0, 0, "--json", "list the registered providers with their fields",
      "sorvik providers"},
     {"fields", "[PROVIDER]", 0, 1, "--json --tsv --csv", "list fields with label, type and meaning",
@@ -90,6 +93,8 @@ constexpr OptionRow kOptions[] = {
     {"--dirs", "", "list the empty folders that the card needs, too"},
     {"--all-cards", "", "list parts of the clips on other cards, too"},
     {"--relative", "", "print paths relative to PATH, for rsync --files-from"},
+    {"--format", "NAME", "ffconcat, otio, ale, edl, fcpxml or csv"},
+    {"--allow-gaps", "", "write the list even if a part is missing"},
     {"--force", "", "allow -o to replace a file of a card"},
     {"-o", "FILE", "output file, - for standard output; a folder for several keys"},
     {"--core", "", "without the providers of newer cards; accepted by all commands"},
@@ -166,6 +171,8 @@ void Apply(Options& options, std::string_view name, const std::string& value) {
   if (name == "--all-cards") options.allCards = true;
   if (name == "--relative") options.relative = true;
   if (name == "--force") options.force = true;
+  if (name == "--allow-gaps") options.allowGaps = true;
+  if (name == "--format") options.format = value;
   if (name == "--against") options.against = value;
   if (name == "--thumbs") options.thumbs = ParseProtocol(value.empty() ? "auto" : value);
   if (name == "--fields") options.fields = SplitFields(value);
@@ -259,7 +266,7 @@ class Parser {
     if (count < command.minOperands)
       FailUsage(name + ": too few arguments, expected " + std::string(command.operands));
     CheckOperandCount(name, count);
-    if (Accepts(command, "-o") && options_.output.empty())
+    if (Accepts(command, "-o") && options_.output.empty() && name != "join")
       FailUsage(name + ": missing option -o FILE");
     if (options_.output == "-" && options_.json)
       FailUsage("-o - and --json both write to standard output");

@@ -32,12 +32,14 @@ struct Options {
   bool allCards = false;
   bool relative = false;
   bool force = false;
+  bool allowGaps = false;
   PictureProtocol thumbs = PictureProtocol::kNone;
   TableForm form = TableForm::kAligned;
   std::optional<std::vector<std::string>> fields;  // as typed, in the order of the command line
   std::string provider;
   std::string output;
   std::string against;
+  std::string format;  // of join
   int width = 80;
   int height = 60;
 };

@@ -36,6 +36,7 @@ int RunProviders(Context& context);
 int RunMeta(Context& context);
 int RunCards(Context& context);
 int RunFields(Context& context);
+int RunJoin(Context& context);
 
 // Calls `run` with each operand. If there are several, a Failure is reported and the others follow.
 // Returns the exit code.

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Json.h"
 
+#include <array>
+#include <charconv>
+
 #include "Failure.h"
 #include "SorvikProvider/foundation/JsonText.h"
 #include "SorvikProvider/foundation/UTF16String.h"
@@ -11,7 +14,7 @@ namespace host {
 void JsonWriter::Key(std::string_view key) {
   BeforeValue();
   Quoted(Hestra::MakeString(key));
-  output_.Write(output_.IndentsJson() ? ": " : ":");
+  Write(indents_ ? ": " : ":");
   afterKey_ = true;
 }
 
@@ -24,22 +27,29 @@ void JsonWriter::String(std::u16string_view text) {
 
 void JsonWriter::Number(unsigned long long number) {
   BeforeValue();
-  output_.Write(std::to_string(number));
+  Write(std::to_string(number));
 }
 
 void JsonWriter::Number(int number) {
   BeforeValue();
-  output_.Write(std::to_string(number));
+  Write(std::to_string(number));
+}
+
+void JsonWriter::Number(double number) {
+  BeforeValue();
+  std::array<char, 32> digits{};
+  const auto [end, error] = std::to_chars(digits.begin(), digits.end(), number);
+  Write(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.begin())));
 }
 
 void JsonWriter::Boolean(bool value) {
   BeforeValue();
-  output_.Write(value ? "true" : "false");
+  Write(value ? "true" : "false");
 }
 
 void JsonWriter::Null() {
   BeforeValue();
-  output_.Write("null");
+  Write("null");
 }
 
 void JsonWriter::Strings(const std::vector<std::string>& texts) {
@@ -87,7 +97,7 @@ void JsonWriter::Entries(const Sorvik::ContentMap& content) {
 
 void JsonWriter::Open(char bracket) {
   BeforeValue();
-  output_.Write(std::string_view(&bracket, 1));
+  Write(std::string_view(&bracket, 1));
   filled_.push_back(false);
 }
 
@@ -95,7 +105,7 @@ void JsonWriter::Close(char bracket) {
   const bool filled = filled_.back();
   filled_.pop_back();
   if (filled) NewLine();
-  output_.Write(std::string_view(&bracket, 1));
+  Write(std::string_view(&bracket, 1));
 }
 
 // Writes a comma and newline between values, and nothing between a key and its value.
@@ -104,19 +114,27 @@ void JsonWriter::BeforeValue() {
     afterKey_ = false;
     return;
   }
-  if (filled_.back()) output_.Write(",");
+  if (filled_.back()) Write(",");
   filled_.back() = true;
   NewLine();
 }
 
 void JsonWriter::NewLine() {
-  if (output_.IndentsJson()) output_.Write("\n" + std::string(2 * filled_.size(), ' '));
+  if (indents_) Write("\n" + std::string(2 * filled_.size(), ' '));
 }
 
 void JsonWriter::Quoted(std::u16string_view text) {
   std::string quoted;
   Hestra::AppendJsonString(quoted, text);
-  output_.Write(quoted);
+  Write(quoted);
+}
+
+void JsonWriter::Write(std::string_view bytes) {
+  if (output_ != nullptr) {
+    output_->Write(bytes);
+  } else {
+    text_->append(bytes);
+  }
 }
 
 void WriteErrorJson(Output& output, const Failure& failure) {

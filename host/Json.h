@@ -15,9 +15,11 @@ namespace host {
 // control characters are escaped. Indented on a terminal, one line otherwise.
 class JsonWriter {
  public:
-  explicit JsonWriter(Output& output) : output_(output) {}
+  explicit JsonWriter(Output& output) : output_(&output), indents_(output.IndentsJson()) {}
+  // Appends to `text`, always indented.
+  explicit JsonWriter(std::string& text) : text_(&text), indents_(true) {}
   // Writes the newline after the document.
-  ~JsonWriter() { output_.Write("\n"); }
+  ~JsonWriter() { Write("\n"); }
   JsonWriter(const JsonWriter&) = delete;
   JsonWriter& operator=(const JsonWriter&) = delete;
 
@@ -33,6 +35,8 @@ class JsonWriter {
   void String(std::u16string_view text);
   void Number(unsigned long long number);
   void Number(int number);
+  // The shortest decimal that gives the same number.
+  void Number(double number);
   void Boolean(bool value);
   void Null();
 
@@ -49,8 +53,11 @@ class JsonWriter {
   void BeforeValue();
   void NewLine();
   void Quoted(std::u16string_view text);
+  void Write(std::string_view bytes);
 
-  Output& output_;
+  Output* output_ = nullptr;  // one of the two is set
+  std::string* text_ = nullptr;
+  bool indents_;
   std::vector<bool> filled_;  // for each open bracket: whether it has content
   bool afterKey_ = false;
 };

@@ -100,6 +100,13 @@ Sorvik::CardFindings Session::Check(const std::string& path, const std::string& 
                    }).findings);
 }
 
+Sorvik::ShotParts Session::Parts(const std::string& path, const std::string& identification,
+                                 const std::string& key) {
+  return std::move(Await<Sorvik::ShotPartsMessage>([&](const ImmutableString& station) {
+                     return Sorvik::RequestShotParts(path, identification, key, station);
+                   }).shot);
+}
+
 Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,
                                                  const std::string& provider) {
   progress_.Begin("listing");

@@ -72,7 +72,19 @@ std::string CsvText(const std::string& text) {
   return quoted + "\"";
 }
 
+std::string TsvLine(const std::vector<std::string>& row) {
+  std::string line;
+  for (std::size_t i = 0; i < row.size(); ++i) line += (i == 0 ? "" : "\t") + TsvText(row[i]);
+  return line;
+}
+
 }  // namespace
+
+std::string CsvLine(const std::vector<std::string>& row) {
+  std::string line;
+  for (std::size_t i = 0; i < row.size(); ++i) line += (i == 0 ? "" : ",") + CsvText(row[i]);
+  return line;
+}
 
 std::vector<std::size_t> FitWidths(std::vector<std::size_t> widths, const std::vector<bool>& fixed,
                                    std::size_t limit) {
@@ -125,12 +137,7 @@ void Table::WriteAligned(Output& output) const {
 void Table::WriteSeparated(Output& output, TableForm form) const {
   const bool csv = form == TableForm::kCsv;
   const auto write = [&](const Row& row) {
-    std::string line;
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      if (i != 0) line += csv ? ',' : '\t';
-      line += csv ? CsvText(row[i]) : TsvText(row[i]);
-    }
-    output.Write(output.Shown(line) + (csv ? "\r\n" : "\n"));
+    output.Write(output.Shown(csv ? CsvLine(row) : TsvLine(row)) + (csv ? "\r\n" : "\n"));
   };
   write(headings_);
   for (const Row& row : rows_) write(row);

@@ -27,7 +27,7 @@ constexpr CommandRow kCommands[] = {
     {"ls", RunLs},         {"who", RunWho},     {"entry", RunEntry}, {"files", RunFiles},
     {"places", RunPlaces}, {"owner", RunOwner}, {"thumb", RunThumb}, {"providers", RunProviders},
     {"meta", RunMeta},     {"sheet", RunSheet}, {"check", RunCheck}, {"cards", RunCards},
-    {"fields", RunFields},
+    {"fields", RunFields}, {"join", RunJoin},
 };
 
 int RunCommand(Context& context) {

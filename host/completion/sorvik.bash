@@ -24,7 +24,7 @@ _sorvik_keys() {
 
 _sorvik() {
   local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} word command= operands=()
-  local commands='ls who entry files places owner thumb sheet check cards providers fields meta help'
+  local commands='ls who entry files places owner thumb sheet check cards join providers fields meta help'
   local -A options=(
     [ls]='--json --tsv --csv --provider --fields --all --thumbs --size'
     [who]='--json --tsv --csv'
@@ -36,6 +36,7 @@ _sorvik() {
     [sheet]='--json --provider --fields --all --size --force -o'
     [check]='--json --provider --files --quick --against --hash'
     [cards]='--json -0'
+    [join]='--provider --format --allow-gaps --force -o'
     [providers]='--json'
     [fields]='--json --tsv --csv'
     [meta]='--json --ndjson --fields --all --sources --packet'
@@ -51,6 +52,10 @@ _sorvik() {
   case $previous in
     --provider)
       _sorvik_offer "$cur" < <(_sorvik_providers)
+      return
+      ;;
+    --format)
+      _sorvik_offer "$cur" < <(printf '%s\n' ffconcat otio ale edl fcpxml csv)
       return
       ;;
     --fields)
@@ -75,7 +80,7 @@ _sorvik() {
       _sorvik_offer "$cur" < <(_sorvik_providers)
       return
       ;;
-    entry | files | thumb)
+    entry | files | thumb | join)
       if ((${#operands[@]} > 0)); then
         _sorvik_offer "$cur" < <(_sorvik_keys "${operands[0]}")
         return

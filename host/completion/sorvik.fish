@@ -19,8 +19,8 @@ end
 function __sorvik_after_path
     test (count (commandline -opc | string match -v -- '-*')) -ge 3
 end
-set -l commands ls who entry files places owner thumb sheet check cards providers fields meta help
-set -l keyed entry files thumb
+set -l commands ls who entry files places owner thumb sheet check cards join providers fields meta help
+set -l keyed entry files thumb join
 set -l first "not __fish_seen_subcommand_from $commands"
 complete -c sorvik -n $first -a ls -d 'list the entries of a path'
 complete -c sorvik -n $first -a who -d 'list the providers that support a path'
@@ -32,6 +32,7 @@ complete -c sorvik -n $first -a thumb -d 'write the thumbnail of an entry as PNG
 complete -c sorvik -n $first -a sheet -d 'write a contact sheet as one HTML file'
 complete -c sorvik -n $first -a check -d 'check whether a card is complete'
 complete -c sorvik -n $first -a cards -d 'find the cards at, around and below a path'
+complete -c sorvik -n $first -a join -d 'write a list that joins the files of a clip'
 complete -c sorvik -n $first -a providers -d 'list the registered providers'
 complete -c sorvik -n $first -a fields -d 'list fields with label, type and meaning'
 complete -c sorvik -n $first -a meta -d 'show the metadata of a file'
@@ -52,6 +53,8 @@ complete -c sorvik -l files -d 'list all files with their roles, too'
 complete -c sorvik -l quick -d 'check names and sizes only, without opening media files'
 complete -c sorvik -l against -r -d 'compare the files of the card with a copy of it'
 complete -c sorvik -l hash -d 'with --against: compare contents, too'
+complete -c sorvik -l format -x -a 'ffconcat otio ale edl fcpxml csv' -d 'format of the list'
+complete -c sorvik -l allow-gaps -d 'write the list even if a part is missing'
 complete -c sorvik -l dirs -d 'list the empty folders that the card needs, too'
 complete -c sorvik -l all-cards -d 'list parts of the clips on other cards, too'
 complete -c sorvik -l relative -d 'print paths relative to PATH, for rsync --files-from'
