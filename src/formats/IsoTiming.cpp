@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "formats/IsoTiming.h"
-
 #include <algorithm>
 #include <limits>
 #include <string_view>
 #include <vector>
 
 #include "formats/IsoBox.h"
+#include "formats/MediaTiming.h"
 #include "foundation/ByteReader.h"
 
 // Facts: ISO/IEC 14496-12, 8.6.1.2 (stts), 8.6.1.3 (ctts), 8.6.6 (elst), 8.4.2 (mdhd).

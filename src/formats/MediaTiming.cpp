@@ -5,11 +5,9 @@
 #include <set>
 #include <vector>
 
-#include "formats/IsoTiming.h"
 #include "formats/TransportStream.h"
 #include "foundation/ByteReader.h"
 #include "foundation/Paths.h"
-#include "foundation/platform/FileSystem.h"
 
 // Facts: ISO/IEC 13818-1, 2.4.3.7 (time stamps of 33 bits in units of 1/90000 s) and table 2-34
 // (stream types).
@@ -161,14 +159,17 @@ bool HasOneOf(const std::string& path, std::initializer_list<std::string_view> e
 
 }  // namespace
 
+std::optional<MediaTiming> ReadTransportTiming(const RegularFile& file, double framesPerSecond) {
+  if (!(framesPerSecond > 0)) return std::nullopt;
+  return StreamTiming(file, framesPerSecond).Read();
+}
+
 std::optional<MediaTiming> ReadMediaTiming(const std::string& path, double framesPerSecond) {
   const bool isTransport = HasOneOf(path, {".mts", ".m2ts", ".m2t", ".ts"});
   if (!isTransport && !HasOneOf(path, {".mp4", ".mov"})) return std::nullopt;
   const auto file = RegularFile::Open(path);
   if (!file) return std::nullopt;
-  if (!isTransport) return ReadIsoTiming(*file);
-  if (!(framesPerSecond > 0)) return std::nullopt;
-  return StreamTiming(*file, framesPerSecond).Read();
+  return isTransport ? ReadTransportTiming(*file, framesPerSecond) : ReadIsoTiming(*file);
 }
 
 }  // namespace Sorvik::formats

@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 
+#include "foundation/platform/FileSystem.h"
+
 namespace Sorvik::formats {
 
 struct MediaTiming {
@@ -28,5 +30,10 @@ inline constexpr double kTransportClockSeconds = 8589934592.0 / 90000.0;  // 2^3
 // other containers, whose streams start together (MXF, AVI, DV), and if the file can't be read, has
 // no pictures, or is edited in a way that has no single start.
 std::optional<MediaTiming> ReadMediaTiming(const std::string& path, double framesPerSecond);
+
+// The same for an open file of that container. Of ISO base media files the box "moov" is read.
+std::optional<MediaTiming> ReadTransportTiming(const platform::RegularFile& file,
+                                               double framesPerSecond);
+std::optional<MediaTiming> ReadIsoTiming(const platform::RegularFile& file);
 
 }  // namespace Sorvik::formats
