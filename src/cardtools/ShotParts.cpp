@@ -144,7 +144,8 @@ class ShotBuilder {
   void AddLength(const ListedPart& listed, const std::optional<MediaTiming>& timing,
                  ShotPart& part) {
     const LengthFacts& facts = LengthOf(listed);
-    if (!part.frames && timing && timing->pictures > 0) part.frames = timing->pictures;
+    // The pictures in the file decide where the next file starts, even if an index differs.
+    if (timing && timing->pictures > 0) part.frames = timing->pictures;
     if (!part.frames && (facts.rate == shot_.rate)) part.frames = facts.frames;
     part.startFrame = FramesOfTimecode(facts.startTimecode, shot_.rate);
     if (part.startFrame) part.startTimecode = facts.startTimecode;

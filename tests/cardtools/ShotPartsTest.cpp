@@ -104,6 +104,13 @@ TEST_F(ShotPartsOf, TakesWithAMissingClip) {
   EXPECT_EQ(shot.parts[1].path, folder + "2/Clip_02.MP4");
 }
 
+TEST_F(ShotPartsOf, TracksOfXDCAM) {
+  MakeXDCAMProav(tree_, "proav", {{"C0001"}});
+  const std::string stem = tree_.Path("proav/PROAV/CLPR/C0001/C0001");
+  EXPECT_THAT(Lines(Parts("proav", "ProviderXDCAM", stem + "M01.XML")),
+              ElementsAre("C0001V01 100", "C0001A01/1 100", "C0001A02/2 100"));
+}
+
 TEST_F(ShotPartsOf, InferredPartsOfXAVC) {
   XAVCClip first{"C0001"};
   XAVCClip second{"C0002"};

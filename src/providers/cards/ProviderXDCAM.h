@@ -4,13 +4,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderXDCAM final : public ClipProvider, public CardChecker {
+class ProviderXDCAM final : public ClipProvider, public CardChecker, public PartLister {
  public:
   ProviderXDCAM();
   // Never contains the proxy's path. Returns an entry even without any field.
@@ -26,6 +28,8 @@ class ProviderXDCAM final : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  std::vector<ListedPart> ListParts(const std::string& path,
+                                    const std::string& key) const override;
 };
 
 }  // namespace Sorvik
