@@ -62,7 +62,7 @@ class EdlWriter {
   void WriteShot(const JoinShot& shot) {
     RequireLengths(list_, shot);
     SetMode(DropsFrames(shot.shot));
-    for (const ShotPart* part : TracksOf(shot.shot).front()) WriteEvent(shot, *part);
+    for (const ShotPart* part : shot.shot.MainTrack()) WriteEvent(shot, *part);
   }
 
   void WriteEvent(const JoinShot& shot, const ShotPart& part) {

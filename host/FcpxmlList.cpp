@@ -112,10 +112,11 @@ class FcpxmlWriter {
                         std::size_t index, std::uint64_t offset, const std::string& format) {
     const ShotPart& part = *tracks.front()[index];
     const std::uint64_t start = part.isPresent ? part.startFrame.value_or(part.firstFrame) : offset;
+    const std::string asset = part.isPresent ? AssetOf(shot, part, format) : std::string();
     const std::string connected = ConnectedSound(shot, tracks, index, start, format);
     const std::string element = part.isPresent ? "asset-clip" : "gap";
     std::string item = "            <" + element;
-    if (part.isPresent) item += Attribute("ref", AssetOf(shot, part, format));
+    if (part.isPresent) item += Attribute("ref", asset);
     item += Attribute("name", part.name) + Attribute("offset", Time(offset, shot.shot.rate)) +
             Attribute("start", Time(start, shot.shot.rate)) +
             Attribute("duration", Time(FramesOf(part), shot.shot.rate));

@@ -117,7 +117,7 @@ std::string AleList(const JoinList& list) {
   for (const MetadataColumn& column : columns) headings.emplace_back(column.heading);
   text += AleLine({"Column"}) + AleLine(headings) + "\r\n" + AleLine({"Data"});
   for (const JoinShot& shot : list.shots) {
-    for (const ShotPart* part : TracksOf(shot.shot).front()) {
+    for (const ShotPart* part : shot.shot.MainTrack()) {
       if (part->isPresent) text += AleLine(AleRow(shot, *part, columns));
     }
   }

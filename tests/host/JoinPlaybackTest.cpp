@@ -152,6 +152,25 @@ TEST_F(JoinPlayback, MoviesWithReorderedPictures) {
   ExpectSamePictures(list, original);
 }
 
+// Sound with priming samples, in a take over two clips.
+TEST_F(JoinPlayback, TakesOfMovies) {
+  const std::string original = tree_.Path("original.mp4");
+  ASSERT_TRUE(RunFfmpeg(std::string(kPicture) + kSound + kAvc + "-c:a aac " + original));
+  MakeXDCAMEXCard(tree_, "ex", {{"Clip_01"}, {"Clip_02"}}, {{"Take_01", {"Clip_01", "Clip_02"}}});
+  const std::string folder = tree_.Path("ex/BPAV/CLPR/");
+  const std::string parts = tree_.Folder("parts") + "/";
+  ASSERT_TRUE(RunFfmpeg("-i " + original + " -c copy -f segment -segment_times 5 " +
+                        "-reset_timestamps 1 -segment_start_number 1 " + parts + "%d.MP4"));
+  for (const std::string number : {"1", "2"}) {
+    std::filesystem::rename(parts + number + ".MP4",
+                            folder + "Clip_0" + number + "/Clip_0" + number + ".MP4");
+  }
+  const std::string list =
+      WriteList(tree_.Path("ex"), folder + "Clip_01/Clip_01M01.XML", "xdcamex");
+  ExpectSteps(list);
+  ExpectSamePictures(list, original);
+}
+
 TEST_F(JoinPlayback, LongGroupMxf) {
   const std::string original = tree_.Path("original.mxf");
   const std::string clip = tree_.Folder("canonxf/CONTENTS/CLIPS001/AA0001") + "/AA0001";

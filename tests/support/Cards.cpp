@@ -39,7 +39,8 @@ std::string P2ClipXml(const P2Clip& clip) {
   const std::string video =
       "<Video ValidAudioFlag=\"false\"><VideoFormat>MXF</VideoFormat>"
       "<Codec Class=\"100\">AVC-I_1080/50i</Codec><FrameRate>50i</FrameRate>"
-      "<StartTimecode>10:20:30:12</StartTimecode><AspectRatio>16:9</AspectRatio></Video>";
+      "<StartTimecode>" +
+      clip.start + "</StartTimecode><AspectRatio>16:9</AspectRatio></Video>";
   const std::string audio =
       "<Audio><AudioFormat>MXF</AudioFormat><SamplingRate>48000</SamplingRate>"
       "<BitsPerSample>24</BitsPerSample></Audio>";

@@ -23,8 +23,9 @@ struct P2Clip {
   std::string userName = {};  // UserClipName
   int frames = 100;
   std::string editUnit = "1/25";
-  std::string essence = "VIDEO";  // "VIDEO", "AUDIO", "AVCLIP" or empty for none
-  std::string extraXml = {};      // inside ClipMetadata
+  std::string start = "10:20:30:12";  // timecode
+  std::string essence = "VIDEO";      // "VIDEO", "AUDIO", "AVCLIP" or empty for none
+  std::string extraXml = {};          // inside ClipMetadata
 };
 
 // The default global id of a clip.
