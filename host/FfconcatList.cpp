@@ -84,11 +84,22 @@ std::string OutputOf(const JoinList& list, const JoinTrack& track, bool isFirst)
          list.output.substr(end);
 }
 
+// The tracks of which at least one part exists.
+std::vector<JoinTrack> TracksWithFiles(const Sorvik::ShotParts& shot) {
+  std::vector<JoinTrack> tracks = TracksOf(shot);
+  const auto isMissing = [](const JoinTrack& track) {
+    return std::none_of(track.begin(), track.end(),
+                        [](const ShotPart* part) { return part->isPresent; });
+  };
+  tracks.erase(std::remove_if(tracks.begin(), tracks.end(), isMissing), tracks.end());
+  return tracks;
+}
+
 // The lists of one shot.
 class Lists {
  public:
   Lists(const JoinList& list, const JoinShot& shot)
-      : list_(list), shot_(shot), tracks_(TracksOf(shot.shot)) {
+      : list_(list), shot_(shot), tracks_(TracksWithFiles(shot.shot)) {
     for (const ShotPart& part : shot.shot.parts) {
       if (part.isPresent) isSafe_ = isSafe_ && IsSafe(NameInList(list, part.path));
     }
@@ -125,9 +136,12 @@ class Lists {
   // How to play the list. Tracks in files of their own are put side by side by ffmpeg.
   std::string Commands() const {
     if (tracks_.size() == 1) {
+      const bool isSound = tracks_.front().front()->track == ShotTrack::kSound;
+      const std::string maps = std::string(isSound ? "" : "-map 0:v ") +
+                               (isSound || HasOwnSound(shot_) ? "-map 0:a " : "");
       return Comment("play: ffplay " + Input(outputs_.front())) +
-             Comment("copy: ffmpeg " + Input(outputs_.front()) +
-                     " -map 0:v? -map 0:a? -c copy JOINED" + Extension());
+             Comment("copy: ffmpeg " + Input(outputs_.front()) + " " + maps + "-c copy JOINED" +
+                     Extension());
     }
     std::string inputs;
     std::string maps;
@@ -143,8 +157,10 @@ class Lists {
   // Of the first file, so that a copy has the same container.
   std::string Extension() const {
     for (const ShotPart& part : shot_.shot.parts) {
-      if (part.isPresent)
-        return OneLine(part.path.substr(std::min(part.path.rfind('.'), part.path.size())));
+      if (!part.isPresent) continue;
+      const std::string extension =
+          part.path.substr(std::min(part.path.rfind('.'), part.path.size()));
+      return IsSafe("x" + extension) ? extension : std::string();
     }
     return {};
   }
@@ -205,7 +221,7 @@ void KeepGaps(Sorvik::ShotParts& shot) {
 std::vector<ListFile> FfconcatLists(const JoinList& list) {
   JoinShot shot = list.shots.front();
   RequireSupport(list, shot);
-  if (list.output.empty() && TracksOf(shot.shot).size() > 1) {
+  if (list.output.empty() && TracksWithFiles(shot.shot).size() > 1) {
     throw Failure(kFailed, list.path,
                   "'" + shot.key +
                       "' has its tracks in separate files, so that it needs several "

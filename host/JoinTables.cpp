@@ -153,6 +153,7 @@ std::vector<std::string> CsvRow(const JoinShot& shot, std::size_t number, const 
                                       : "",
                                   text(part.joinMicroseconds)};
   for (const std::string& field : JoinFields()) row.push_back(FieldText(shot, field.c_str()));
+  for (std::string& cell : row) cell = OneLine(cell);
   return row;
 }
 

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -56,7 +58,7 @@ class JoinLists : public testing::Test {
     for (const char* card : {"one", "two"}) MakeP2Card(tree_, card);
     for (std::size_t i = 0; i < clips.size(); ++i) {
       clips[i].frames = kLengths[i];
-      clips[i].userName = "Ferry & <quay>";
+      clips[i].userName = "Ferry &amp; &lt;quay&gt;";  // in XML
       clips[i].start = kStarts[i];
       Add(i == 1 ? "two" : "one", clips[i]);
     }
@@ -181,6 +183,9 @@ TEST_F(JoinLists, MissingPartInTheMiddle) {
   EXPECT_THAT(Join({"0001AA", "--format", "fcpxml", "--allow-gaps"}), HasSubstr("<gap "));
   tree_.Folder("l");
   Join({"0001AA", "--format", "ffconcat", "--allow-gaps", "-o", tree_.Path("l/shot.ffconcat")});
+  std::ifstream file(tree_.Path("l/shot.ffconcat"));
+  const std::string list{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_THAT(list, HasSubstr("duration 6.000000\n# missing: "));
 }
 
 // An event of CMX 3600, by the columns of the format.

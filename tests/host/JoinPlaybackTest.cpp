@@ -3,10 +3,9 @@
 // than one frame at a join, and the same pictures as the uncut recording.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <numeric>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -79,7 +78,24 @@ class JoinPlayback : public testing::Test {
         RunSorvik({"join", path, key, "--format", "ffconcat", "--provider", provider, "-o", list});
     EXPECT_EQ(result.exitCode, 0) << result.errors;
     EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(CountFrames(path, key, provider), kFrames);
     return list;
+  }
+
+  // The sum of the lengths of the parts of the first track.
+  static std::size_t CountFrames(const std::string& path, const std::string& key,
+                                 const std::string& provider) {
+    const ProgramResult csv =
+        RunSorvik({"join", path, key, "--format", "csv", "--provider", provider});
+    std::istringstream lines(csv.output);
+    std::size_t frames = 0;
+    for (std::string line; std::getline(lines, line);) {
+      std::vector<std::string> cells;
+      std::istringstream columns(line);
+      for (std::string cell; std::getline(columns, cell, ',');) cells.push_back(cell);
+      if (cells.size() > 8 && cells[2].starts_with("picture")) frames += std::stoul(cells[8]);
+    }
+    return frames;
   }
 
   // Each picture of the list is one frame after the one before.
