@@ -25,10 +25,9 @@ using foundation::FoldCase;
 using foundation::JoinPath;
 using foundation::Lookup;
 using foundation::XmlElement;
+using p2::kMaxChannels;
+using p2::kMaxClipXmlBytes;
 
-// Records of clips are some 10 kB; larger ones count as unreadable.
-constexpr std::size_t kMaxClipXmlBytes = std::size_t{4} << 20;
-constexpr std::size_t kMaxChannels = 16;
 constexpr std::size_t kClipIdLength = 6;
 
 // Another clip of a shot, as referenced by a clip of the entry `entryKey`.

@@ -20,9 +20,8 @@ namespace {
 
 using foundation::FileStem;
 using foundation::Lookup;
-
-constexpr std::size_t kMaxClipXmlBytes = std::size_t{4} << 20;
-constexpr std::size_t kMaxChannels = 16;
+using p2::kMaxChannels;
+using p2::kMaxClipXmlBytes;
 
 // A clip of a shot in playing order.
 struct ShotClip {
@@ -40,7 +39,9 @@ class ClipChain {
       const std::string relation = TextOf(values, "relation");
       Node node{path, p2::ParseRelation(relation, p2::kPreviousClipId),
                 p2::ParseRelation(relation, p2::kNextClipId)};
-      const std::string id = TextOf(values, "identifier");
+      std::string id = TextOf(values, "identifier");
+      // No clip gets lost: a clip without an id, or with that of another one, is found by its path.
+      if (id.empty() || nodes_.contains(id)) id = path;
       if (!node.previous.empty()) byPrevious_.emplace(node.previous, id);
       if (top_.empty()) top_ = p2::ParseRelation(relation, p2::kTopClipId);
       nodes_.emplace(id, std::move(node));
@@ -48,9 +49,14 @@ class ClipChain {
   }
 
   std::vector<ShotClip> InOrder() {
-    Follow(top_.empty() ? FirstId() : top_);
+    if (!top_.empty()) Follow(top_);
     // After a gap of several clips nothing refers to the rest: the clip before it is missing, too.
-    while (const Node* rest = FirstOfRest()) Follow(rest->previous);
+    for (const auto& [id, node] : nodes_) {
+      if (seen_.contains(id) || nodes_.contains(node.previous)) continue;
+      Follow(node.previous.empty() || seen_.contains(node.previous) ? id : node.previous);
+    }
+    // References in a cycle.
+    for (const auto& [id, node] : nodes_) Follow(id);
     return std::move(order_);
   }
 
@@ -60,25 +66,6 @@ class ClipChain {
     std::string previous;
     std::string next;
   };
-
-  std::string FirstId() const { return nodes_.empty() ? std::string() : nodes_.begin()->first; }
-
-  // A clip that isn't in the order yet: the first one of its chain, if there is one.
-  const Node* FirstOfRest() {
-    const Node* first = nullptr;
-    for (auto& [id, node] : nodes_) {
-      if (seen_.contains(id)) continue;
-      if (first == nullptr || !nodes_.contains(node.previous)) first = &node;
-    }
-    if (first != nullptr && (first->previous.empty() || seen_.contains(first->previous))) {
-      // Two clips claim the same place, or a cycle: in the order of their ids.
-      for (auto& [id, node] : nodes_) {
-        if (&node == first) Add(id, node.xmlPath);
-      }
-      return FirstOfRest();
-    }
-    return first;
-  }
 
   void Add(const std::string& id, const std::string& xmlPath) {
     seen_.insert(id);

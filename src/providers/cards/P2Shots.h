@@ -5,6 +5,7 @@
 // its thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -27,6 +28,10 @@ inline constexpr std::string_view kProxy = "PROXY";
 inline constexpr std::string_view kVideo = "VIDEO";
 inline constexpr std::string_view kVoice = "VOICE";
 inline constexpr std::string_view kAVClip = "AVCLIP";
+
+// Records of clips are some 10 kB; larger ones count as unreadable.
+inline constexpr std::size_t kMaxClipXmlBytes = std::size_t{4} << 20;
+inline constexpr std::size_t kMaxChannels = 16;
 
 // The path of the file `name` + `extension` in a folder of CONTENTS.
 std::string ContentsFile(std::string_view contents, std::string_view folder, std::string_view name,
