@@ -157,6 +157,15 @@ TEST_F(ShotPartsOf, NumberedFiles) {
               ElementsAre("A001_C001_001 -", "A001_C001_002 -?", "A001_C001_003 -"));
 }
 
+TEST_F(ShotPartsOf, ChaptersOfDCIM) {
+  for (const char* name : {"GX010007.MP4", "GX030007.MP4", "GX010008.MP4"}) {
+    tree_.File(std::string("card/DCIM/100GOPRO/") + name, "chapter");
+  }
+  EXPECT_THAT(Lines(Parts("card", "ProviderDCIM", "100GOPRO/GX010007")),
+              ElementsAre("GX010007 -", "GX020007 -?", "GX030007 -"));
+  EXPECT_THAT(Lines(Parts("card", "ProviderDCIM", "100GOPRO/GX010008")), ElementsAre("GX010008 -"));
+}
+
 TEST_F(ShotPartsOf, FramesOfASequence) {
   for (const int number : {7, 8, 10}) {
     tree_.File(

@@ -187,6 +187,19 @@ TEST_F(JoinPlayback, TakesOfMovies) {
   ExpectSamePictures(list, original);
 }
 
+// QuickTime movies with uncompressed sound.
+TEST_F(JoinPlayback, ChaptersOfQuickTimeMovies) {
+  const std::string original = tree_.Path("original.mov");
+  ASSERT_TRUE(RunFfmpeg(std::string(kPicture) + kSound + kAvc + "-c:a pcm_s16le " + original));
+  const std::string folder = tree_.Folder("gopro/DCIM/100GOPRO") + "/";
+  ASSERT_TRUE(RunFfmpeg("-i " + original + " -map 0:v -map 0:a -c copy -f segment " +
+                        "-segment_times 2,6 -reset_timestamps 1 -segment_start_number 1 " + folder +
+                        "GX0%d0001.MOV"));
+  const std::string list = WriteList(tree_.Path("gopro"), "100GOPRO/GX010001", "dcim");
+  ExpectSteps(list);
+  ExpectSamePictures(list, original);
+}
+
 TEST_F(JoinPlayback, LongGroupMxf) {
   const std::string original = tree_.Path("original.mxf");
   const std::string clip = tree_.Folder("canonxf/CONTENTS/CLIPS001/AA0001") + "/AA0001";

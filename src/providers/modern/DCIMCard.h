@@ -35,6 +35,15 @@ struct Object {
   }
 };
 
+struct Chapter {
+  std::string path;
+  bool exists = true;
+};
+
+// The parts of an object in order. Chapters are numbered without gaps: those that are missing
+// before the last one are included.
+std::vector<Chapter> ChaptersOf(const Object& object);
+
 // One folder with objects.
 class ObjectFolder {
  public:

@@ -59,20 +59,16 @@ const char* RoleOf(const std::string& path) {
   }
 }
 
-// Chapters are numbered without gaps.
 void ReportMissingChapters(const Object& object, CardDescription& card) {
-  const std::string& first = object.parts.front().path;
-  const std::string folder(foundation::ParentFolder(first));
-  std::uint32_t next = object.pattern->firstNumber;
-  for (const Part& part : object.parts) {
-    for (; next < part.number; ++next) {
-      const std::string name =
-          dcim::StemOfChapter(*object.maker, *object.pattern, FileStem(part.path), next) +
-          std::string(foundation::FileExtension(first));
-      card.Report(Finding::Kind::kMissing, card_role::kSegment, JoinPath(folder, name),
-                  {object.key}, "chapter " + std::string(FileName(part.path)) + " exists");
+  std::string after;  // the chapter that proves those before it
+  const std::vector<dcim::Chapter> chapters = dcim::ChaptersOf(object);
+  for (auto chapter = chapters.rbegin(); chapter != chapters.rend(); ++chapter) {
+    if (chapter->exists) {
+      after = FileName(chapter->path);
+    } else {
+      card.Report(Finding::Kind::kMissing, card_role::kSegment, chapter->path, {object.key},
+                  "chapter " + after + " exists");
     }
-    next = part.number + 1;
   }
 }
 

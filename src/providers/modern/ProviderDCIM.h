@@ -6,14 +6,19 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "frame/CardChecker.h"
 #include "frame/FileGrouper.h"
+#include "frame/PartLister.h"
 #include "metadata/ClipProvider.h"
 
 namespace Sorvik {
 
-class ProviderDCIM final : public ClipProvider, public CardChecker, public FileGrouper {
+class ProviderDCIM final : public ClipProvider,
+                           public CardChecker,
+                           public PartLister,
+                           public FileGrouper {
  public:
   ProviderDCIM();
   // Lists only the folder of the key.
@@ -30,6 +35,8 @@ class ProviderDCIM final : public ClipProvider, public CardChecker, public FileG
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
+  // The chapters of a recording. Other objects have one original.
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
   // Groups files of any maker: those that no form of stems knows by their stems.
   std::optional<FileGroup> GroupOf(const std::string& folder,
                                    const std::string& name) const override;
