@@ -99,6 +99,8 @@ if(TARGET sorvik_python)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}), \
 python3 (>= ${python_version}), python3 (<< ${Python3_VERSION_MAJOR}.${next_minor})")
+  # Lists that join files are written by the program.
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "sorvik (= ${PROJECT_VERSION})")
   set(CPACK_COMPONENT_PYTHON_DESCRIPTION "list camera cards and folders as clips - Python
  The package sorvik lists the clips of a card with their files, metadata and
  pictures, checks whether a card is complete, and searches for cards.")

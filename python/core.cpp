@@ -241,6 +241,20 @@ py::tuple SourcesOf(const sorvik_sources* sources) {
   return result;
 }
 
+// (parts, rate, complete)
+py::tuple PartsOf(const sorvik_parts* parts) {
+  py::tuple result(sorvik_parts_count(parts));
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const sorvik_part& part = *sorvik_parts_at(parts, i);
+    result[i] = py::make_tuple(Decoded(part.name), Decoded(part.path), Decoded(part.track),
+                               part.channel, part.present, part.inferred, part.frames,
+                               part.first_frame, part.frames_after, Decoded(part.start));
+  }
+  const sorvik_fraction rate = sorvik_parts_rate(parts);
+  return py::make_tuple(std::move(result), py::make_tuple(rate.numerator, rate.denominator),
+                        sorvik_parts_complete(parts));
+}
+
 py::tuple ReportOf(const sorvik_report* report) {
   py::tuple findings(sorvik_report_finding_count(report));
   for (std::size_t i = 0; i < findings.size(); ++i) {
@@ -274,6 +288,10 @@ py::object ContentOf(sorvik_event* event) {
     case SORVIK_EVENT_SOURCES: {
       const Owned<sorvik_sources, sorvik_sources_free> sources(sorvik_event_take_sources(event));
       return SourcesOf(sources.get());
+    }
+    case SORVIK_EVENT_PARTS: {
+      const Owned<sorvik_parts, sorvik_parts_free> parts(sorvik_event_take_parts(event));
+      return PartsOf(parts.get());
     }
     case SORVIK_EVENT_REPORT: {
       const Owned<sorvik_report, sorvik_report_free> report(sorvik_event_take_report(event));
@@ -452,6 +470,14 @@ std::unique_ptr<Request> StartReadSources(const std::string& path, const std::st
   });
 }
 
+std::unique_ptr<Request> StartListParts(const std::string& path, const std::string& provider,
+                                        const std::string& key, const QueueRef& queue,
+                                        std::uint64_t id) {
+  return Start(queue, id, [&](const sorvik_receiver* receiver, sorvik_request** request) {
+    return sorvik_start_list_parts(path.c_str(), provider.c_str(), key.c_str(), receiver, request);
+  });
+}
+
 std::unique_ptr<Request> StartCheck(const std::string& path, const std::string& provider,
                                     bool namesOnly, const QueueRef& queue, std::uint64_t id) {
   return Start(queue, id, [&](const sorvik_receiver* receiver, sorvik_request** request) {
@@ -555,6 +581,7 @@ PYBIND11_MODULE(_core, module) {
   module.def("start_read_entry", StartReadEntry);
   module.def("start_list_files", StartListFiles);
   module.def("start_read_sources", StartReadSources);
+  module.def("start_list_parts", StartListParts);
   module.def("start_check", StartCheck);
   module.def("start_find_owner", StartFindOwner);
   module.def("start_render_thumbnail", StartRenderThumbnail);

@@ -42,7 +42,7 @@ from ._errors import (
 )
 from ._requests import set_language, stalled_workers
 from ._typed import Frames, FrameSize, Timecode, Value
-from ._values import Field, Fields, File, Picture, Problem, Source, Verdict
+from ._values import Field, Fields, File, Part, Picture, Problem, Source, Verdict
 
 __version__ = _core.version()
 
@@ -64,6 +64,7 @@ __all__ = [
     "NoPicture",
     "NotACard",
     "Owner",
+    "Part",
     "Picture",
     "Problem",
     "Scan",

@@ -21,7 +21,7 @@ from typing import (
     Union,
 )
 
-from . import _core, _requests
+from . import _core, _program, _requests
 from ._errors import NotACard
 from ._typed import Frames, Timecode
 from ._values import (
@@ -29,6 +29,7 @@ from ._values import (
     Fields,
     File,
     Labels,
+    Part,
     Picture,
     Problem,
     RawValue,
@@ -37,6 +38,7 @@ from ._values import (
     Verdict,
     file_of,
     json_value,
+    part_of,
     path_of,
     text_of,
     verdict_of,
@@ -46,6 +48,8 @@ PathLike = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 # Which fields a listing has: those of this iterable, all that the provider knows, or its default
 # ones with times and durations.
 FieldNames = Union[Iterable[str], Literal["all"], None]
+
+JoinFormat = Literal["ffconcat", "otio", "ale", "edl", "fcpxml", "csv"]
 
 _BROWSE_ROOTS = (b"volumes:", b"networkvolumes:", b"easervers:")
 _PLAIN_SCORE = 30
@@ -286,6 +290,21 @@ class Clip:
             name: Source(name=name, source=source, value=value, others=others)
             for name, source, value, others in sources
         }
+
+    def join(self, format: JoinFormat) -> str:
+        """Returns a list that joins the files of the recording, as `sorvik join` prints it. Raises an
+        Error if a part between others is missing, or if the format needs several lists."""
+        return _program.output("join", str(self.card.path), self.key, "--format", format)
+
+    @property
+    def parts(self) -> tuple[Part, ...]:
+        """The files that the recording consists of, track by track in playing order; missing ones
+        included. Reads the card."""
+        place, key = self.card._place(), _text_argument(self.key, "key")
+        parts, rate, _ = _requests.result(
+            lambda queue, number: _core.start_list_parts(*place, key, queue, number)
+        )
+        return tuple(part_of(part, rate) for part in parts)
 
     def _start_render(
         self, start: Callable[..., _core.Request], width: int, height: int

@@ -64,6 +64,9 @@ def start_list_files(
 def start_read_sources(
     path: bytes, provider: bytes, key: bytes, queue: Optional[Queue], id: int
 ) -> Request: ...
+def start_list_parts(
+    path: bytes, provider: bytes, key: bytes, queue: Optional[Queue], id: int
+) -> Request: ...
 def start_check(
     path: bytes, provider: bytes, names_only: bool, queue: Optional[Queue], id: int
 ) -> Request: ...

@@ -13,7 +13,7 @@ from pathlib import Path
 from typing import Any, Iterator, Literal, Optional, Union
 
 from . import _core
-from ._typed import Value, value_of
+from ._typed import Frames, Timecode, Value, value_of
 
 # A value as the library returns it: a text, a list, a size in bytes, or no value.
 RawValue = Union[str, tuple[Any, ...], int, None]
@@ -206,6 +206,47 @@ def file_of(raw: tuple[Any, ...]) -> File:
     path, role, part, size, present, owners = raw
     return File(
         path=path_of(path), role=role, part=part, size=size, present=present, owners=owners
+    )
+
+
+@dataclass(frozen=True, slots=True, kw_only=True)
+class Part:
+    """A file of a recording that the camera cut into several, or wrote as separate files for picture and
+    sound.
+
+    `path` is the folder of an image sequence; None if the part is missing and its place not known.
+    `channel` is 0 for a file with all channels. `inferred`: that it continues the part before it follows
+    from its times only. `frames` are those of the recording, between `first_frame` and `frames_after`
+    others of the file.
+    """
+
+    name: str
+    path: Optional[Path]
+    track: Literal["picture and sound", "picture", "sound"]
+    channel: int
+    present: bool
+    inferred: bool
+    frames: Optional[Frames]
+    first_frame: int
+    frames_after: int
+    start: Optional[Timecode]
+
+
+def part_of(raw: tuple[Any, ...], rate: tuple[int, int]) -> Part:
+    name, path, track, channel, present, inferred, frames, first_frame, frames_after, start = raw
+    timecode = value_of(("timecode", start, rate, ";" in start))
+    length = value_of(("duration", frames, rate))
+    return Part(
+        name=name,
+        path=path_of(path) if path else None,
+        track=track,
+        channel=channel,
+        present=present,
+        inferred=inferred,
+        frames=length if isinstance(length, Frames) and frames >= 0 else None,
+        first_frame=first_frame,
+        frames_after=frames_after,
+        start=timecode if isinstance(timecode, Timecode) else None,
     )
 
 

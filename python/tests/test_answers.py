@@ -118,6 +118,25 @@ def test_fields_say_their_source(sample):
     assert card.clip("0001AB").fields["duration"].source is None
 
 
+def test_join_lists_are_those_of_the_program(sample):
+    *_, merged = sorvik.open(sample)
+    for format in ("otio", "edl", "csv"):
+        command = [BINARIES / "sorvik", "join", sample, merged.key, "--format", format]
+        expected = subprocess.run(command, stdout=subprocess.PIPE, check=True).stdout
+        assert expected and merged.join(format).encode() == expected
+    with pytest.raises(sorvik.Error, match="tracks in separate files"):
+        merged.join("ffconcat")
+
+
+def test_parts_of_a_clip(sample):
+    *_, merged = sorvik.open(sample)
+    pictures = [part for part in merged.parts if part.track != "sound"]
+    video = sample / "CONTENTS/VIDEO"
+    assert [part.path for part in pictures] == [video / "0003ED.MXF", video / "0004FA.MXF"]
+    assert sum(part.frames.count for part in pictures) == merged.duration.count
+    assert pictures[0].start == merged.start and all(part.present for part in merged.parts)
+
+
 def test_missing_files_of_a_clip(sample, tmp_path):
     subprocess.run(["cp", "-r", sample, tmp_path / "CARD"], check=True)
     missing = tmp_path / "CARD/CONTENTS/AUDIO/0001AB01.MXF"

@@ -19,7 +19,7 @@ def values_of(sample):
     verdict = card.verdict()
     problem = sorvik.Problem(kind="missing", severity="error", role="essence", path=None)
     owner = sorvik.owner(sample / "CONTENTS/VIDEO/0002CC.MXF")
-    return [card, clip, clip.fields, clip.fields["duration"], verdict, verdict.files[0], problem,
+    return [card, clip, clip.fields, clip.fields["duration"], clip.parts[0], verdict, verdict.files[0], problem,
             owner, clip.thumbnail(32, 18)]
 
 

@@ -144,6 +144,16 @@ Outcome ReadSources(const char* path, const char* provider, const char* key, con
       [place, entry](TaskRequest& request) { return ReadSources(request, place, entry); });
 }
 
+Outcome ListParts(const char* path, const char* provider, const char* key, const Target& target) {
+  Place place;
+  std::string entry;
+  Outcome outcome = TakePlace(path, provider, place);
+  if (outcome.Ok()) outcome = TakeKey(key, entry);
+  if (!outcome.Ok()) return outcome;
+  return target.Run(
+      [place, entry](TaskRequest& request) { return ListParts(request, place, entry); });
+}
+
 Outcome Check(const char* path, const char* provider, sorvik_depth depth, const Target& target) {
   Place place;
   Outcome outcome = TakePlace(path, provider, place);
@@ -238,6 +248,11 @@ sorvik_status sorvik_read_sources(const char* path, const char* provider, const 
               [&](const Target& target) { return ReadSources(path, provider, key, target); });
 }
 
+sorvik_status sorvik_list_parts(const char* path, const char* provider, const char* key,
+                                sorvik_parts** parts) {
+  return Wait(parts, [&](const Target& target) { return ListParts(path, provider, key, target); });
+}
+
 sorvik_status sorvik_check(const char* path, const char* provider, sorvik_depth depth,
                            sorvik_report** report) {
   return Wait(report, [&](const Target& target) { return Check(path, provider, depth, target); });
@@ -290,6 +305,12 @@ sorvik_status sorvik_start_read_sources(const char* path, const char* provider, 
                                         const sorvik_receiver* receiver, sorvik_request** request) {
   const Target target(receiver, request);
   return Guarded([&] { return ReadSources(path, provider, key, target); });
+}
+
+sorvik_status sorvik_start_list_parts(const char* path, const char* provider, const char* key,
+                                      const sorvik_receiver* receiver, sorvik_request** request) {
+  const Target target(receiver, request);
+  return Guarded([&] { return ListParts(path, provider, key, target); });
 }
 
 sorvik_status sorvik_start_check(const char* path, const char* provider, sorvik_depth depth,

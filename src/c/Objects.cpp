@@ -120,6 +120,25 @@ sorvik_sources::sorvik_sources(Sorvik::XMPSupport::SourcedValueMap sourcedValues
   }
 }
 
+namespace {
+
+const char* NameOf(Sorvik::ShotTrack track) {
+  if (track == Sorvik::ShotTrack::kPictureAndSound) return "picture and sound";
+  return track == Sorvik::ShotTrack::kPicture ? "picture" : "sound";
+}
+
+}  // namespace
+
+sorvik_parts::sorvik_parts(Sorvik::ShotParts shotParts) : shot(std::move(shotParts)) {
+  parts.reserve(shot.parts.size());
+  for (const Sorvik::ShotPart& part : shot.parts) {
+    parts.push_back({TextOf(part.name), TextOf(part.path), TextOf(NameOf(part.track)), part.channel,
+                     part.isPresent, part.isInferred,
+                     part.frames ? static_cast<std::int64_t>(*part.frames) : -1, part.firstFrame,
+                     part.framesAfter, TextOf(part.startTimecode)});
+  }
+}
+
 sorvik_report::sorvik_report(std::string card, std::string identification,
                              Sorvik::CardFindings cardFindings)
     : path(std::move(card)),
@@ -289,6 +308,18 @@ const sorvik_source* sorvik_sources_at(const sorvik_sources* sources, size_t ind
   return index < sources->sources.size() ? &sources->sources[index] : nullptr;
 }
 void sorvik_sources_free(sorvik_sources* sources) { delete sources; }
+
+size_t sorvik_parts_count(const sorvik_parts* parts) { return parts->parts.size(); }
+const sorvik_part* sorvik_parts_at(const sorvik_parts* parts, size_t index) {
+  return index < parts->parts.size() ? &parts->parts[index] : nullptr;
+}
+sorvik_fraction sorvik_parts_rate(const sorvik_parts* parts) {
+  const Sorvik::ShotRate& rate = parts->shot.rate;
+  if (!rate.IsKnown()) return {0, 1};
+  return {static_cast<std::int64_t>(rate.numerator), static_cast<std::int64_t>(rate.denominator)};
+}
+bool sorvik_parts_complete(const sorvik_parts* parts) { return parts->shot.isComplete; }
+void sorvik_parts_free(sorvik_parts* parts) { delete parts; }
 
 sorvik_text sorvik_report_path(const sorvik_report* report) { return TextOf(report->path); }
 sorvik_text sorvik_report_provider(const sorvik_report* report) { return TextOf(report->provider); }

@@ -13,6 +13,7 @@
 
 #include "SorvikProvider/c/sorvik.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/cardtools/ShotParts.h"
 #include "SorvikProvider/foundation/Bitplate.h"
 #include "SorvikProvider/frame/ProviderWrapper.h"
 #include "SorvikProvider/metadata/MachineValues.h"
@@ -90,6 +91,15 @@ struct sorvik_sources {
 
  private:
   std::deque<std::vector<sorvik_source_value>> others_;
+};
+
+struct sorvik_parts {
+  explicit sorvik_parts(Sorvik::ShotParts shotParts);
+  sorvik_parts(const sorvik_parts&) = delete;
+  sorvik_parts& operator=(const sorvik_parts&) = delete;
+
+  Sorvik::ShotParts shot;
+  std::vector<sorvik_part> parts;
 };
 
 struct sorvik_report {

@@ -10,6 +10,7 @@
 #include "SorvikProvider/cardtools/CardFinder.h"
 #include "SorvikProvider/cardtools/ClipPicture.h"
 #include "SorvikProvider/cardtools/EntryFiles.h"
+#include "SorvikProvider/cardtools/ShotParts.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/MachineValues.h"
@@ -235,6 +236,15 @@ Outcome ReadSources(TaskRequest& request, const Place& place, const std::string&
   if (!paths.empty()) sources = XMPSupport::GetValueSources(paths.front());
   XMPSupport::AddProviderValues(entry->second, sources);
   request.Send(std::make_unique<sorvik_sources>(std::move(sources)));
+  return {};
+}
+
+Outcome ListParts(TaskRequest& request, const Place& place, const std::string& key) {
+  const ProviderWrapper* provider = FindProvider(place.provider);
+  if (provider == nullptr) return UnknownProvider(place);
+  ShotParts shot = GetShotParts(place.path, provider->GetIdentification(), key, &request);
+  if (shot.parts.empty()) return NoEntry(place, key);
+  request.Send(std::make_unique<sorvik_parts>(std::move(shot)));
   return {};
 }
 

@@ -28,6 +28,7 @@ Outcome ReadEntry(TaskRequest& request, const Place& place, const std::string& k
 // Without a key the files of all entries and of the card.
 Outcome ListFiles(TaskRequest& request, const Place& place, const std::string& key);
 Outcome ReadSources(TaskRequest& request, const Place& place, const std::string& key);
+Outcome ListParts(TaskRequest& request, const Place& place, const std::string& key);
 Outcome Check(TaskRequest& request, const Place& place, CheckDepth depth);
 Outcome FindOwner(TaskRequest& request, const std::string& path);
 Outcome RenderThumbnail(TaskRequest& request, const Place& place, const std::string& key, int width,

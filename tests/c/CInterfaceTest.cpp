@@ -14,6 +14,7 @@
 #include "SorvikProvider/c/sorvik.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/cardtools/CardFinder.h"
+#include "SorvikProvider/cardtools/ShotParts.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/MachineValues.h"
@@ -251,6 +252,40 @@ TEST_F(CInterface, SourcesAreThoseOfGetValueSources) {
       ASSERT_EQ(source->other_count, value.others.size());
       for (std::size_t other = 0; other < source->other_count; ++other) {
         EXPECT_EQ(Text(source->others[other].value), value.others[other].value);
+      }
+    }
+  }
+}
+
+TEST_F(CInterface, PartsAreThoseOfGetShotParts) {
+  for (const MadeCard& made : MakeBindingCards(tree_)) {
+    const ProviderWrapper* best = ProviderHost::GetProviderList(made.root).front();
+    for (const auto& [key, fields] : best->GetContent(made.root, {kPathField}, nullptr)) {
+      SCOPED_TRACE(key);
+      const ShotParts expected = GetShotParts(made.root, made.providerId, key);
+      sorvik_parts* listed = nullptr;
+      const sorvik_status status =
+          sorvik_list_parts(made.root.c_str(), made.providerId.c_str(), key.c_str(), &listed);
+      ASSERT_EQ(status, expected.parts.empty() ? SORVIK_NO_ENTRY : SORVIK_OK);
+      if (status != SORVIK_OK) continue;
+      const Owned<sorvik_parts> parts(listed, sorvik_parts_free);
+      ASSERT_EQ(sorvik_parts_count(listed), expected.parts.size());
+      EXPECT_EQ(sorvik_parts_complete(listed), expected.isComplete);
+      if (expected.rate.IsKnown()) {
+        EXPECT_EQ(static_cast<std::uint64_t>(sorvik_parts_rate(listed).numerator),
+                  expected.rate.numerator);
+      }
+      for (std::size_t i = 0; i < expected.parts.size(); ++i) {
+        const sorvik_part* part = sorvik_parts_at(listed, i);
+        EXPECT_EQ(Text(part->path), expected.parts[i].path);
+        EXPECT_EQ(Text(part->name), expected.parts[i].name);
+        EXPECT_EQ(Text(part->start), expected.parts[i].startTimecode);
+        EXPECT_EQ(part->channel, expected.parts[i].channel);
+        EXPECT_EQ(part->present, expected.parts[i].isPresent);
+        EXPECT_EQ(part->frames, expected.parts[i].frames
+                                    ? static_cast<std::int64_t>(*expected.parts[i].frames)
+                                    : -1);
+        EXPECT_EQ(Text(part->track) == "sound", expected.parts[i].track == ShotTrack::kSound);
       }
     }
   }

@@ -254,6 +254,37 @@ SORVIK_C_EXPORT size_t sorvik_sources_count(const sorvik_sources* sources);
 SORVIK_C_EXPORT const sorvik_source* sorvik_sources_at(const sorvik_sources* sources, size_t index);
 SORVIK_C_EXPORT void sorvik_sources_free(sorvik_sources* sources);
 
+/* ---- Parts ---- */
+
+/* A file of a recording that the camera cut into several files, or wrote as separate files for
+ * picture and sound. */
+typedef struct sorvik_part {
+  sorvik_text name; /* what the camera calls it */
+  /* The file, or the folder of an image sequence. Of a missing part, where it should be; empty if
+   * that isn't known. */
+  sorvik_text path;
+  sorvik_text track; /* "picture and sound", "picture" or "sound" */
+  unsigned channel;  /* of a sound track: 1, 2, ...; 0 for a file with all channels */
+  bool present;
+  bool inferred;  /* that it continues the part before it isn't recorded, but follows from times */
+  int64_t frames; /* of the recording in this file; -1 if unknown */
+  uint64_t first_frame;  /* frames of the file in front of them */
+  uint64_t frames_after; /* and after them */
+  sorvik_text start;     /* the timecode of the first frame; empty if unknown */
+} sorvik_part;
+
+/* Track by track, each in playing order. */
+typedef struct sorvik_parts sorvik_parts;
+
+SORVIK_C_EXPORT size_t sorvik_parts_count(const sorvik_parts* parts);
+/* NULL if there are not that many parts. */
+SORVIK_C_EXPORT const sorvik_part* sorvik_parts_at(const sorvik_parts* parts, size_t index);
+/* Frames per second; the numerator is 0 if the rate isn't known. */
+SORVIK_C_EXPORT sorvik_fraction sorvik_parts_rate(const sorvik_parts* parts);
+/* False if a part is missing. */
+SORVIK_C_EXPORT bool sorvik_parts_complete(const sorvik_parts* parts);
+SORVIK_C_EXPORT void sorvik_parts_free(sorvik_parts* parts);
+
 /* ---- Completeness ---- */
 
 typedef struct sorvik_finding {
@@ -331,6 +362,9 @@ SORVIK_C_EXPORT sorvik_status sorvik_list_files(const char* path, const char* pr
 /* The sources of all values of an entry: of its media file, and of the provider. */
 SORVIK_C_EXPORT sorvik_status sorvik_read_sources(const char* path, const char* provider,
                                                   const char* key, sorvik_sources** sources);
+/* The files that an entry consists of. */
+SORVIK_C_EXPORT sorvik_status sorvik_list_parts(const char* path, const char* provider,
+                                                const char* key, sorvik_parts** parts);
 /* Checks whether a card is complete. SORVIK_NO_PROVIDER if the provider checks no structure. */
 SORVIK_C_EXPORT sorvik_status sorvik_check(const char* path, const char* provider,
                                            sorvik_depth depth, sorvik_report** report);
@@ -367,7 +401,8 @@ typedef enum sorvik_event_kind {
   SORVIK_EVENT_REPORT = 4,
   SORVIK_EVENT_PICTURE = 5,
   SORVIK_EVENT_PROBLEM = 6, /* of a scan: a card that can't be listed; the scan continues */
-  SORVIK_EVENT_SOURCES = 7
+  SORVIK_EVENT_SOURCES = 7,
+  SORVIK_EVENT_PARTS = 8
 } sorvik_event_kind;
 
 SORVIK_C_EXPORT sorvik_event_kind sorvik_event_get_kind(const sorvik_event* event);
@@ -382,6 +417,7 @@ SORVIK_C_EXPORT sorvik_card* sorvik_event_take_card(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_listing* sorvik_event_take_listing(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_files* sorvik_event_take_files(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_sources* sorvik_event_take_sources(sorvik_event* event);
+SORVIK_C_EXPORT sorvik_parts* sorvik_event_take_parts(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_report* sorvik_event_take_report(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_picture* sorvik_event_take_picture(sorvik_event* event);
 /* For events of sorvik_request_next only. */
@@ -433,6 +469,10 @@ SORVIK_C_EXPORT sorvik_status sorvik_start_read_sources(const char* path, const 
                                                         const char* key,
                                                         const sorvik_receiver* receiver,
                                                         sorvik_request** request);
+SORVIK_C_EXPORT sorvik_status sorvik_start_list_parts(const char* path, const char* provider,
+                                                      const char* key,
+                                                      const sorvik_receiver* receiver,
+                                                      sorvik_request** request);
 SORVIK_C_EXPORT sorvik_status sorvik_start_check(const char* path, const char* provider,
                                                  sorvik_depth depth,
                                                  const sorvik_receiver* receiver,
