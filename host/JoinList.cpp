@@ -84,6 +84,11 @@ void RequireLengths(const JoinList& list, const JoinShot& shot) {
   if (!shot.shot.rate.IsKnown()) {
     throw Failure(kFailed, list.path, "the frame rate of '" + shot.key + "' is unknown");
   }
+  // The rate of a sound file is that of its samples.
+  if (Sorvik::TimecodeOfFrames(0, shot.shot.rate, false).empty()) {
+    throw Failure(kFailed, list.path,
+                  "'" + shot.key + "' has no frame rate, which the format requires");
+  }
   for (const ShotPart& part : shot.shot.parts) {
     if (part.frames) continue;
     throw Failure(kFailed, list.path,

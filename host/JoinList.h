@@ -59,7 +59,7 @@ std::vector<JoinTrack> TracksOf(const Sorvik::ShotParts& shot);
 bool HasOwnSound(const JoinShot& shot);
 // True if the timecode of the shot skips numbers.
 bool DropsFrames(const Sorvik::ShotParts& shot);
-// Throws Failure if the rate of the shot or the length of a part is unknown.
+// Throws Failure if the shot has no frame rate or the length of a part is unknown.
 void RequireLengths(const JoinList& list, const JoinShot& shot);
 // The rate of all shots. Throws Failure if they have different ones.
 Sorvik::ShotRate CommonRate(const JoinList& list);

@@ -28,6 +28,10 @@ constexpr char kFrameCount[] = "frameCount";
 constexpr char kStartTimecode[] = "startTimecode";
 constexpr char kVideoFrameRate[] = "videoFrameRate";
 constexpr double kMicroseconds = 1e6;
+// Longer than any recording: counts of frames come from files.
+constexpr double kMaxSeconds = 1e9;
+// Of the samples of sound.
+constexpr std::uint64_t kMaxRate = 1'000'000;
 // Playlists and streams may differ by the pictures of a group that can't be decoded.
 constexpr long long kMaxRangeError = 3;
 
@@ -38,7 +42,9 @@ ShotRate RateOf(std::string_view frameDuration) {
   const auto upper = std::from_chars(frameDuration.data(), end, rate.denominator);
   if (upper.ec != std::errc() || upper.ptr == end || *upper.ptr != '/') return {};
   const auto lower = std::from_chars(upper.ptr + 1, end, rate.numerator);
-  return lower.ec == std::errc() && lower.ptr == end && rate.IsKnown() ? rate : ShotRate{};
+  const bool isNumber = lower.ec == std::errc() && lower.ptr == end;
+  return isNumber && rate.IsKnown() && rate.numerator / rate.denominator <= kMaxRate ? rate
+                                                                                     : ShotRate{};
 }
 
 // The rate of the display text of a frame rate, which has at most three decimals: "25", "23.976".
@@ -78,6 +84,7 @@ LengthFacts ReadLength(const std::string& file) {
 }
 
 std::int64_t Microseconds(double seconds) {
+  seconds = std::clamp(seconds, -kMaxSeconds, kMaxSeconds);
   return static_cast<std::int64_t>(std::floor(seconds * kMicroseconds + 0.5));
 }
 
@@ -264,6 +271,14 @@ class ShotBuilder {
   ShotParts shot_;
 };
 
+bool IsSoundName(const std::string& path) {
+  static constexpr std::string_view kExtensions[] = {".wav", ".aif", ".aiff",
+                                                     ".mp3", ".m4a", ".flac"};
+  return std::ranges::any_of(kExtensions, [&path](std::string_view extension) {
+    return foundation::HasExtension(path, extension);
+  });
+}
+
 // The only file of an entry whose provider joins none.
 std::vector<ListedPart> SinglePart(const ProviderWrapper& wrapper, const std::string& path,
                                    const std::string& key) {
@@ -272,7 +287,8 @@ std::vector<ListedPart> SinglePart(const ProviderWrapper& wrapper, const std::st
   std::string file = TextOf(content.begin()->second, kPathField);
   if (file.empty()) return {};
   const bool exists = foundation::ExistsOnCard(file, foundation::Lookup::kDisk);
-  return {{.path = std::move(file), .isPresent = exists}};
+  const ShotTrack track = IsSoundName(file) ? ShotTrack::kSound : ShotTrack::kPictureAndSound;
+  return {{.path = std::move(file), .track = track, .isPresent = exists}};
 }
 
 }  // namespace

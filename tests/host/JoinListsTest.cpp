@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/Cards.h"
+#include "support/MadeMedia.h"
 #include "support/ModernCards.h"
 #include "support/Program.h"
 #include "support/TempTree.h"
@@ -315,6 +316,21 @@ TEST_F(JoinLists, ImageSequences) {
   const ProgramResult ffconcat =
       RunSorvik({"join", tree_.Path("dng"), head, "--format", "ffconcat"});
   EXPECT_THAT(ffconcat.errors, HasSubstr("use --format otio"));
+}
+
+TEST_F(JoinLists, SoundAlone) {
+  tree_.File("sound/T01.wav", MadeMedia(".wav"));  // 100 samples
+  const std::string folder = tree_.Path("sound");
+  const json timeline =
+      json::parse(RunSorvik({"join", folder, "T01.wav", "--format", "otio"}).output);
+  CheckSchemas(timeline);
+  const json& track = timeline["tracks"]["children"][0];
+  EXPECT_EQ(track["kind"], "Audio");
+  EXPECT_EQ(track["children"][0]["source_range"]["duration"]["value"], 100);
+  EXPECT_EQ(track["children"][0]["source_range"]["duration"]["rate"], 48000);
+  for (const char* format : {"ale", "edl", "fcpxml"}) {
+    EXPECT_EQ(RunSorvik({"join", folder, "T01.wav", "--format", format}).exitCode, 1) << format;
+  }
 }
 
 TEST_F(JoinLists, HostileNames) {
