@@ -8,10 +8,11 @@ set_source_files_properties(src/thumbnails/FrameHelper.cpp PROPERTIES
 
 pkg_check_modules(FFMPEG IMPORTED_TARGET libavformat libavcodec libswscale libavutil)
 pkg_check_modules(LIBRAW IMPORTED_TARGET libraw)
+pkg_check_modules(HEIF IMPORTED_TARGET libheif)
 pkg_check_modules(SECCOMP IMPORTED_TARGET libseccomp)
-if(NOT FFMPEG_FOUND OR NOT LIBRAW_FOUND OR NOT SECCOMP_FOUND)
-  message(STATUS "sorvik-frame is left out: it needs libavformat, libavcodec, libswscale, libraw and "
-      "libseccomp. Clips without a picture of the camera then show an icon")
+if(NOT FFMPEG_FOUND OR NOT LIBRAW_FOUND OR NOT HEIF_FOUND OR NOT SECCOMP_FOUND)
+  message(STATUS "sorvik-frame is left out: it needs libavformat, libavcodec, libswscale, libraw, "
+      "libheif and libseccomp. Clips without a picture of the camera then show an icon")
   return()
 endif()
 
@@ -19,7 +20,7 @@ file(GLOB SORVIK_FRAME_SOURCES CONFIGURE_DEPENDS helper/*.cpp)
 add_executable(sorvik-frame ${SORVIK_FRAME_SOURCES})
 target_include_directories(sorvik-frame PRIVATE helper src)
 target_link_libraries(sorvik-frame PRIVATE
-    sorvik_build_settings PkgConfig::FFMPEG PkgConfig::LIBRAW PkgConfig::SECCOMP)
+    sorvik_build_settings PkgConfig::FFMPEG PkgConfig::LIBRAW PkgConfig::HEIF PkgConfig::SECCOMP)
 set_target_properties(sorvik-frame PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 harden(sorvik-frame)
 install(TARGETS sorvik-frame

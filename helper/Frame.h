@@ -42,4 +42,8 @@ std::optional<Frame> DecodeVideo(int descriptor, Limits limits, int milliseconds
 // if the format is unknown or the file is damaged.
 std::optional<Frame> DevelopRaw(int descriptor, Limits limits);
 
+// Decodes the main picture of a HEIF file (HEIC, AVIF), or its thumbnail if that is large enough.
+// Nullopt if the file is damaged.
+std::optional<Frame> DecodeHeif(int descriptor, Limits limits);
+
 }  // namespace frame

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Sandbox.h"
 
+#include <sched.h>
 #include <seccomp.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
+#include <cerrno>
 #include <memory>
 
 namespace frame {
@@ -28,6 +30,17 @@ bool LimitResources() {
   done = done && Limit(RLIMIT_AS, kMaxMemory);
 #endif
   return done;
+}
+
+// libheif decodes in a thread. The flags of clone3 can't be filtered, so it is reported as missing
+// and the C library uses clone instead, which may start threads but no processes.
+bool AllowThreads(scmp_filter_ctx filter) {
+  constexpr scmp_datum_t kThread = CLONE_THREAD | CLONE_VM;
+  return seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0 &&
+         seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(clone), 1,
+                          SCMP_A0(SCMP_CMP_MASKED_EQ, kThread, kThread)) == 0 &&
+         seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(set_robust_list), 0) == 0 &&
+         seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(rseq), 0) == 0;
 }
 
 // Everything else fails with EPERM, which libraries handle like a missing file.
@@ -54,7 +67,7 @@ bool FilterSystemCalls() {
   for (const int call : kAllowed) {
     if (seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, 0) != 0) return false;
   }
-  return seccomp_load(filter.get()) == 0;
+  return AllowThreads(filter.get()) && seccomp_load(filter.get()) == 0;
 }
 
 }  // namespace

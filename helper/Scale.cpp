@@ -179,4 +179,20 @@ std::optional<Frame> ConvertFrame(const AVFrame& frame, const Presentation& pres
   return picture;
 }
 
+std::optional<Frame> ScalePixels(const Pixels& pixels, Limits limits) {
+  struct FreeFrame {
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+  };
+  if (pixels.colours != 1 && pixels.colours != 3) return std::nullopt;
+  const std::unique_ptr<AVFrame, FreeFrame> borrowed(av_frame_alloc());
+  if (!borrowed) return std::nullopt;
+  borrowed->width = pixels.width;
+  borrowed->height = pixels.height;
+  borrowed->format = pixels.colours == 3 ? AV_PIX_FMT_RGB24 : AV_PIX_FMT_GRAY8;
+  borrowed->color_range = AVCOL_RANGE_JPEG;
+  borrowed->data[0] = pixels.data;
+  borrowed->linesize[0] = pixels.stride;
+  return ConvertFrame(*borrowed, {}, limits);
+}
+
 }  // namespace frame

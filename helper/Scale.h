@@ -2,6 +2,7 @@
 // Conversion of decoded video frames to pictures.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 
 #include "Frame.h"
@@ -23,5 +24,15 @@ struct Presentation {
 // converted to SDR. Returns nullopt if that isn't possible.
 std::optional<Frame> ConvertFrame(const AVFrame& frame, const Presentation& presentation,
                                   Limits limits);
+
+// Decoded pixels of a library: rows from the top, of grey, or of red, green and blue bytes.
+struct Pixels {
+  std::uint8_t* data;
+  int width;
+  int height;
+  int stride;
+  int colours;  // 1 or 3
+};
+std::optional<Frame> ScalePixels(const Pixels& pixels, Limits limits);
 
 }  // namespace frame

@@ -74,13 +74,17 @@ bool Send(const void* data, std::size_t size) {
 std::optional<frame::Frame> Decode(const Query& query) {
   const frame::Limits limits{query.query.maxWidth, query.query.maxHeight};
   try {
-    if (query.query.kind == Sorvik::frames::Kind::kRaw) {
-      return frame::DevelopRaw(query.file, limits);
+    switch (query.query.kind) {
+      case Sorvik::frames::Kind::kVideo:
+        return frame::DecodeVideo(query.file, limits, kDecodeMilliseconds);
+      case Sorvik::frames::Kind::kRaw:
+        return frame::DevelopRaw(query.file, limits);
+      case Sorvik::frames::Kind::kHeif:
+        return frame::DecodeHeif(query.file, limits);
     }
-    return frame::DecodeVideo(query.file, limits, kDecodeMilliseconds);
   } catch (const std::exception&) {  // out of memory
-    return std::nullopt;
   }
+  return std::nullopt;
 }
 
 bool Answer(const std::optional<frame::Frame>& picture) {

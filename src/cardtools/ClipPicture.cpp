@@ -50,6 +50,8 @@ class ClipPainter {
         return PaintDecoded(source.path, frames::Kind::kVideo);
       case ClipSource::Kind::kRaw:
         return PaintDecoded(source.path, frames::Kind::kRaw);
+      case ClipSource::Kind::kHeif:
+        return PaintDecoded(source.path, frames::Kind::kHeif);
     }
     return nullptr;
   }

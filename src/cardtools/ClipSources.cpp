@@ -29,6 +29,7 @@ constexpr std::string_view kVideoExtensions[] = {".MXF", ".MP4", ".MOV", ".MTS",
 constexpr std::string_view kRawExtensions[] = {".DNG", ".ARI", ".RMF", ".CR2", ".CR3", ".CRW",
                                                ".NEF", ".NRW", ".ARW", ".RAF", ".ORF", ".RW2",
                                                ".PEF", ".SRW", ".3FR", ".IIQ"};
+constexpr std::string_view kHeifExtensions[] = {".HEIC", ".HEIF", ".HIF", ".AVIF"};
 // Files that may contain pictures: raw pictures except those of cinema cameras, and these.
 constexpr std::string_view kEmbeddingExtensions[] = {".MP4", ".MOV", ".M4V",  ".3GP", ".LRV",
                                                      ".LRF", ".360", ".INSV", ".CRM"};
@@ -74,6 +75,7 @@ class SourceSearch {
     AddCameraPictures();
     AddEmbedded();
     AddFrame();
+    AddHeif();
     AddVideos(main_);
     AddVideos(extra_);
     AddVideos(proxies_);
@@ -113,6 +115,11 @@ class SourceSearch {
   void AddFrame() {
     if (main_.empty() || !HasOneOf(main_.front(), kRawExtensions)) return;
     sources_.push_back({Kind::kRaw, ChosenFrame()});
+  }
+
+  void AddHeif() {
+    if (main_.empty() || !HasOneOf(main_.front(), kHeifExtensions)) return;
+    sources_.push_back({Kind::kHeif, main_.front()});
   }
 
   // A raw picture, or one frame of a sequence of them.

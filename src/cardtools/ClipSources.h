@@ -15,6 +15,7 @@ struct ClipSource {
     kEmbedded,  // a picture inside a media file
     kVideo,     // a frame decoded by the helper program
     kRaw,       // a raw picture developed by the helper program
+    kHeif,      // a HEIC or AVIF picture decoded by the helper program
   };
   Kind kind;
   std::string path;

@@ -17,6 +17,7 @@ inline constexpr std::uint32_t kMagic = 0x32464B53;  // changes with the message
 enum class Kind : std::uint32_t {
   kVideo,  // a frame of a video file
   kRaw,    // development of a raw picture
+  kHeif,   // a HEIC or AVIF picture
 };
 
 struct FrameQuery {

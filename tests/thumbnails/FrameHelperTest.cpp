@@ -28,9 +28,9 @@ class FrameHelper : public testing::Test {
   }
   void TearDown() override { SetFrameHelperProgram(""); }
 
-  static OwnedBitplate Decode(const std::string& path, int width = 0, int height = 0) {
-    const auto picture =
-        DecodeInHelper(path, frames::Kind::kVideo, width, height, [] { return false; });
+  static OwnedBitplate Decode(const std::string& path, int width = 0, int height = 0,
+                              frames::Kind kind = frames::Kind::kVideo) {
+    const auto picture = DecodeInHelper(path, kind, width, height, [] { return false; });
     return picture ? DrawFramePicture(*picture) : nullptr;
   }
 
@@ -164,6 +164,50 @@ TEST_F(FrameHelper, ConvertsHDRToNaturalBrightness) {
     EXPECT_LT(pixel.green, 230) << transfer;
     EXPECT_NEAR(pixel.red, pixel.blue, 4) << transfer;
   }
+}
+
+TEST_F(FrameHelper, DecodesHeifPicturesAndTheirThumbnails) {
+  const std::string png = tree_.Path("a.png");
+  const std::string heic = tree_.Path("a.heic");
+  ASSERT_TRUE(MakeVideo(png, {.width = 640, .height = 480, .encoding = "-frames:v 1"}));
+  ASSERT_EQ(std::system(("heif-enc -t 160 -q 90 " + png + " -o " + heic + " > /dev/null").c_str()),
+            0);
+  for (const int side : {0, 100, 400}) {
+    const OwnedBitplate plate = Decode(heic, side, side, frames::Kind::kHeif);
+    EXPECT_TRUE(ShowsColours(plate.get())) << side;
+    EXPECT_EQ(bitplateGetWidth(plate.get()), side == 0 ? 640 : side);
+  }
+  EXPECT_EQ(Decode(png, 0, 0, frames::Kind::kHeif), nullptr);
+  EXPECT_EQ(Decode(tree_.File("b.heic"), 0, 0, frames::Kind::kHeif), nullptr);
+}
+
+TEST_F(FrameHelper, DevelopsRawFrames) {
+  // ARRIRAW: 12 bits per pixel; blue and red halves in a Bayer mosaic.
+  constexpr int kWidth = 64;
+  constexpr int kHeight = 48;
+  std::string file(4096, '\0');
+  file.replace(0, 4, "ARRI");
+  file.replace(20, 8, LE32(kWidth) + LE32(kHeight));
+  for (int y = 0; y < kHeight; ++y) {
+    for (int x = 0; x < kWidth; x += 8) {
+      const int values[2][2][2] = {{{3000, 700}, {700, 200}}, {{200, 700}, {700, 3000}}};
+      std::uint32_t words[3] = {};
+      for (int bit = 0; bit < 96; ++bit) {
+        const int value = values[x < kWidth / 2 ? 0 : 1][y % 2][bit / 12 % 2];
+        words[bit / 32] |= static_cast<std::uint32_t>(value >> (11 - bit % 12) & 1)
+                           << (31 - bit % 32);
+      }
+      for (const std::uint32_t word : words) file += LE32(word);
+    }
+  }
+  const OwnedBitplate plate = Decode(tree_.File("a.ari", file), 0, 0, frames::Kind::kRaw);
+  ASSERT_NE(plate, nullptr);
+  EXPECT_EQ(bitplateGetWidth(plate.get()), kWidth / 2);
+  const Pixel left = PixelAt(plate.get(), 0.25, 0.5);
+  const Pixel right = PixelAt(plate.get(), 0.75, 0.5);
+  EXPECT_GT(left.red, left.blue + 40);
+  EXPECT_GT(right.blue, right.red + 40);
+  EXPECT_EQ(Decode(tree_.File("b.ari", file.substr(0, 4000)), 0, 0, frames::Kind::kRaw), nullptr);
 }
 
 TEST_F(FrameHelper, SurvivesTruncationAndCorruption) {
