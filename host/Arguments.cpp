@@ -25,7 +25,8 @@ struct CommandRow {
 constexpr std::size_t kAnyCount = std::numeric_limits<std::size_t>::max();
 
 constexpr CommandRow kCommands[] = {
-    {"ls", "[PATH]", 0, 1, "--json --tsv --csv --provider --fields --all --thumbs --size",
+    {"ls", "[PATH]", 0, 1,
+     "--json --tsv --csv --provider --fields --all --thumbs --size --icon --cache",
      "list the entries of a path as a table; without PATH the volumes",
      "sorvik ls /media/CARD --csv > clips.csv"},
     {"who", "PATH", 1, 1, "--json --tsv --csv", "list the providers that support PATH, best first",
@@ -41,10 +42,10 @@ constexpr CommandRow kCommands[] = {
      "show the entry that a file belongs to",
      "sorvik owner /media/CARD/CONTENTS/AUDIO/0001AB00.MXF"},
     {"thumb", "PATH KEY... | --folder", 0, kAnyCount,
-     "--json --ndjson --provider --size --folder --force -o",
-     "write the thumbnail of an entry, or the folder picture, as PNG",
+     "--json --ndjson --provider --size --folder --icon --cache --force -o",
+     "write the picture of an entry, or the folder picture, as PNG",
      "sorvik thumb /media/CARD 0001AB -o clip.png --size 320x240"},
-    {"sheet", "PATH", 1, 1, "--json --provider --fields --all --size --force -o",
+    {"sheet", "PATH", 1, 1, "--json --provider --fields --all --size --icon --cache --force -o",
      "write a contact sheet as one HTML file", "sorvik sheet /media/CARD -o sheet.html"},
     {"check", "PATH", 1, 1, "--json --provider --files --quick --against --hash",
      "check whether a card is complete; report missing and damaged files",
@@ -81,7 +82,9 @@ constexpr OptionRow kOptions[] = {
     {"--fields", "A,B,C", "these fields by name or label, comma-separated; '' for none"},
     {"--all", "", "all fields that the provider supports"},
     {"--thumbs", "", "show pictures if the terminal supports them"},
-    {"--size", "WxH", "maximum picture size in pixels (default: 80x60)"},
+    {"--size", "WxH", "maximum picture size in pixels (default: 80x60; sheet: 320 wide)"},
+    {"--icon", "", "the icon of the structure instead of a picture of the clip"},
+    {"--cache", "", "keep pictures in $XDG_CACHE_HOME/thumbnails"},
     {"--clips-only", "", "search the main file of each clip only, not its extra files"},
     {"--folder", "", "the picture for a folder"},
     {"--packet", "", "read an XMP packet from standard input"},
@@ -142,6 +145,7 @@ void ParseSize(const std::string& text, Options& options) {
   if (!good || !fits(options.width) || !fits(options.height)) {
     FailUsage("--size: expected WIDTHxHEIGHT, got '" + text + "'");
   }
+  options.sizeGiven = true;
 }
 
 PictureProtocol ParseProtocol(const std::string& text) {
@@ -173,6 +177,8 @@ void Apply(Options& options, std::string_view name, const std::string& value) {
   if (name == "--force") options.force = true;
   if (name == "--allow-gaps") options.allowGaps = true;
   if (name == "--format") options.format = value;
+  if (name == "--icon") options.icon = true;
+  if (name == "--cache") options.cache = true;
   if (name == "--against") options.against = value;
   if (name == "--thumbs") options.thumbs = ParseProtocol(value.empty() ? "auto" : value);
   if (name == "--fields") options.fields = SplitFields(value);

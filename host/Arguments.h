@@ -33,6 +33,8 @@ struct Options {
   bool relative = false;
   bool force = false;
   bool allowGaps = false;
+  bool icon = false;   // the provider's own picture
+  bool cache = false;  // keep pictures on disk
   PictureProtocol thumbs = PictureProtocol::kNone;
   TableForm form = TableForm::kAligned;
   std::optional<std::vector<std::string>> fields;  // as typed, in the order of the command line
@@ -42,6 +44,7 @@ struct Options {
   std::string format;  // of join
   int width = 80;
   int height = 60;
+  bool sizeGiven = false;
 };
 
 // Throws Failure with kUsageError for invalid arguments. --help and --version become the commands

@@ -67,26 +67,6 @@ std::string FactHtml(const std::string& label, const std::string& html) {
   return "<dt>" + HtmlText(label) + "</dt><dd>" + html + "</dd>";
 }
 
-std::string ClipHtml(const SheetClip& clip) {
-  std::string html = "<article><div class=\"picture\">";
-  if (!clip.picture.empty()) {
-    // Thousands of files with loading="lazy" delay the page by seconds; the script loads those in
-    // view.
-    const bool embedded = clip.picture.starts_with("data:");
-    html += std::string("<img alt=\"\" ") + (embedded ? "src" : "data-src") + "=\"" +
-            HtmlText(clip.picture) + "\">";
-  }
-  html += "</div><h2>" + HtmlText(clip.name) + "</h2><dl>";
-  html += FactHtml(Translated("$$$/Sorvik/Column/Key=Key"), HtmlText(clip.key));
-  if (!clip.path.empty()) {
-    html += FactHtml(
-        Translated("$$$/Sorvik/Sheet/File=File"),
-        "<a href=\"" + FileUrl(clip.path) + "\">" + HtmlText(FileName(clip.path)) + "</a>");
-  }
-  for (const auto& [label, text] : clip.facts) html += FactHtml(label, HtmlText(text));
-  return html + "</dl></article>\n";
-}
-
 }  // namespace
 
 std::string HtmlText(std::string_view text) {
@@ -132,7 +112,7 @@ std::string UrlPath(std::string_view path) {
 
 std::string FileUrl(std::string_view path) { return "file://" + UrlPath(path); }
 
-std::string SheetHtml(const SheetPage& page) {
+std::string SheetBegin(const SheetPage& page) {
   const std::string title = HtmlText(FileName(page.path));
   const std::string filter = HtmlText(Translated("$$$/Sorvik/Sheet/Filter=Filter"));
   std::string html = "<!DOCTYPE html>\n<html lang=\"" + HtmlText(page.language) +
@@ -142,16 +122,36 @@ std::string SheetHtml(const SheetPage& page) {
   html += "</style></head><body>\n<header><h1>" + title + "</h1><p>" + HtmlText(page.provider) +
           "</p><p>" + HtmlText(page.path) + "</p><p>" +
           HtmlText(Translated("$$$/Sorvik/Sheet/Clips=Clips")) + ": <span id=\"count\">" +
-          std::to_string(page.clips.size()) + "</span></p>";
+          std::to_string(page.clips) + "</span></p>";
   for (const auto& [label, text] : page.totals) {
     html += "<p>" + HtmlText(label) + ": " + HtmlText(text) + "</p>";
   }
-  html += "</header>\n<input type=\"search\" placeholder=\"" + filter + "\" aria-label=\"" +
-          filter + "\">\n<main>\n";
-  for (const SheetClip& clip : page.clips) html += ClipHtml(clip);
-  html += "</main>\n<script>";
-  html += kScript;
-  return html + "</script>\n</body></html>\n";
+  return html + "</header>\n<input type=\"search\" placeholder=\"" + filter + "\" aria-label=\"" +
+         filter + "\">\n<main>\n";
+}
+
+std::string SheetClipHtml(const SheetClip& clip) {
+  std::string html = "<article><div class=\"picture\">";
+  if (!clip.picture.empty()) {
+    // Thousands of files with loading="lazy" delay the page by seconds; the script loads those in
+    // view.
+    const bool embedded = clip.picture.starts_with("data:");
+    html += std::string("<img alt=\"\" ") + (embedded ? "src" : "data-src") + "=\"" +
+            HtmlText(clip.picture) + "\">";
+  }
+  html += "</div><h2>" + HtmlText(clip.name) + "</h2><dl>";
+  html += FactHtml(Translated("$$$/Sorvik/Column/Key=Key"), HtmlText(clip.key));
+  if (!clip.path.empty()) {
+    html += FactHtml(
+        Translated("$$$/Sorvik/Sheet/File=File"),
+        "<a href=\"" + FileUrl(clip.path) + "\">" + HtmlText(FileName(clip.path)) + "</a>");
+  }
+  for (const auto& [label, text] : clip.facts) html += FactHtml(label, HtmlText(text));
+  return html + "</dl></article>\n";
+}
+
+std::string SheetEnd() {
+  return "</main>\n<script>" + std::string(kScript) + "</script>\n</body></html>\n";
 }
 
 }  // namespace host

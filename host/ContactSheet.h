@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// A contact sheet: one self-contained HTML file that works offline.
+// A contact sheet: one self-contained HTML file that works offline, written in parts: SheetBegin,
+// then each clip, then SheetEnd.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -22,10 +24,12 @@ struct SheetPage {
   std::string provider;
   std::string language;                                     // such as "de-DE"
   std::vector<std::pair<std::string, std::string>> totals;  // label and text
-  std::vector<SheetClip> clips;
+  std::size_t clips = 0;                                    // number of clips
 };
 
-std::string SheetHtml(const SheetPage& page);
+std::string SheetBegin(const SheetPage& page);
+std::string SheetClipHtml(const SheetClip& clip);
+std::string SheetEnd();
 
 // Returns the URL of an absolute path.
 std::string FileUrl(std::string_view path);

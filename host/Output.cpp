@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "Failure.h"
 #include "Text.h"
@@ -90,25 +91,44 @@ int TerminalColumns() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-void WriteFile(Output& output, const std::string& path, std::string_view bytes) {
-  if (path == "-") {
-    output.Write(bytes);
-    return;
+OutputFile::OutputFile(Output& output, const std::string& path) : output_(output), path_(path) {
+  if (path == "-") return;
+  file_ = std::fopen(path.c_str(), "wbe");
+  if (file_ == nullptr) Fail();
+}
+
+void OutputFile::Write(std::string_view bytes) {
+  if (file_ == nullptr) {
+    output_.Write(bytes);
+  } else if (std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size()) {
+    Fail();
   }
-  const auto fail = [&] {
-    const std::string reason = std::strerror(errno);
-    throw Failure(kFailed, path, "cannot write (" + reason + ")");
-  };
-  std::FILE* file = std::fopen(path.c_str(), "wbe");
-  if (file == nullptr) fail();
-  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+}
+
+void OutputFile::Close() {
+  if (file_ == nullptr) return;
+  std::FILE* const file = std::exchange(file_, nullptr);
+  if (std::fclose(file) == 0) return;
   const int reason = errno;
-  if (std::fclose(file) == 0 && written) return;
-  if (!written) errno = reason;
-  const int kept = errno;
-  if (IsRegularFileNotLink(path)) std::remove(path.c_str());
-  errno = kept;
-  fail();
+  if (IsRegularFileNotLink(path_)) std::remove(path_.c_str());
+  errno = reason;
+  Fail();
+}
+
+OutputFile::~OutputFile() {
+  if (file_ == nullptr) return;
+  std::fclose(file_);
+  if (IsRegularFileNotLink(path_)) std::remove(path_.c_str());
+}
+
+void OutputFile::Fail() const {
+  throw Failure(kFailed, path_, std::string("cannot write (") + std::strerror(errno) + ")");
+}
+
+void WriteFile(Output& output, const std::string& path, std::string_view bytes) {
+  OutputFile file(output, path);
+  file.Write(bytes);
+  file.Close();
 }
 
 }  // namespace host

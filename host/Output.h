@@ -2,6 +2,7 @@
 // Standard output: unchanged bytes for pipes, escaped names on terminals.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -40,6 +41,26 @@ void WriteError(std::string_view message);
 
 // Returns the width of the terminal in cells, or 0 if unknown.
 int TerminalColumns();
+
+// A file that is written in parts; "-" is standard output. Unless it is closed, or after a write
+// error, an incomplete regular file is removed (never a device or link).
+class OutputFile {
+ public:
+  // All three throw Failure if the file can't be written.
+  OutputFile(Output& output, const std::string& path);
+  void Write(std::string_view bytes);
+  void Close();
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+ private:
+  [[noreturn]] void Fail() const;
+
+  Output& output_;
+  std::string path_;
+  std::FILE* file_ = nullptr;
+};
 
 // Writes `bytes` to a file; "-" is standard output. On a write error it removes an incomplete
 // regular file (never a device or link) and throws Failure.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Picture.h"
 
+#include <gdk-pixbuf/gdk-pixbuf.h>
 #include <png.h>
 
 #include <algorithm>
@@ -69,6 +70,35 @@ std::string EncodePng(const Picture& picture) {
   write(bytes.data(), size);
   bytes.resize(size);
   return bytes;
+}
+
+bool IsOpaque(const Picture& picture) {
+  for (std::size_t i = kPixelBytes - 1; i < picture.pixels.size(); i += kPixelBytes) {
+    if (picture.pixels[i] != 255) return false;
+  }
+  return !picture.Empty();
+}
+
+std::string EncodeJpeg(const Picture& picture) {
+  const std::unique_ptr<GdkPixbuf, decltype(&g_object_unref)> pixbuf(
+      gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, picture.width, picture.height), &g_object_unref);
+  if (!pixbuf) throw Failure(kFailed, "cannot encode the JPEG picture (out of memory)");
+  guchar* row = gdk_pixbuf_get_pixels(pixbuf.get());
+  const std::uint8_t* from = picture.pixels.data();
+  for (int y = 0; y < picture.height; ++y, row += gdk_pixbuf_get_rowstride(pixbuf.get())) {
+    guchar* to = row;
+    for (int x = 0; x < picture.width; ++x, from += kPixelBytes) {
+      for (const int channel : {2, 1, 0}) *to++ = from[channel];
+    }
+  }
+  gchar* bytes = nullptr;
+  gsize size = 0;
+  if (!gdk_pixbuf_save_to_buffer(pixbuf.get(), &bytes, &size, "jpeg", nullptr, "quality", "85",
+                                 nullptr)) {
+    throw Failure(kFailed, "cannot encode the JPEG picture");
+  }
+  const std::unique_ptr<gchar, decltype(&g_free)> owned(bytes, &g_free);
+  return std::string(bytes, size);
 }
 
 std::string Base64(const std::string& bytes) {

@@ -26,6 +26,12 @@ Picture PictureFromBitplate(Bitplate** plate);
 // Returns the picture as a PNG file. Throws Failure if encoding fails.
 std::string EncodePng(const Picture& picture);
 
+// True if no pixel is transparent.
+bool IsOpaque(const Picture& picture);
+
+// Returns an opaque picture as a JPEG file. Throws Failure if encoding fails.
+std::string EncodeJpeg(const Picture& picture);
+
 std::string Base64(const std::string& bytes);
 
 }  // namespace host

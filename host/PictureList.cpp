@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 
+#include "ClipPictures.h"
 #include "Paths.h"
 #include "TerminalPictures.h"
 #include "Values.h"
@@ -19,17 +20,16 @@ std::map<std::string, Picture> RequestPictures(Context& context,
                                                const std::string& path,
                                                const Sorvik::ContentMap& content) {
   const Options& options = context.options;
-  const int height = provider.GetMaximumThumbnailHeight(options.height);
+  const PictureSize size{options.width, options.height};
+  ClipPictures source(context, provider, path, size, size);
   std::map<std::string, Picture> pictures;
   context.session.GetProgress().Begin("drawing", content.size());
   for (const auto& [key, fields] : content) {
     context.session.GetProgress().AddItem(FileName(key));
-    context.session.RequestPicture(
-        provider, path, key, options.width, height,
-        [&context, &picture = pictures[key], name = FileName(key)](Picture answer) {
-          context.session.GetProgress().FinishItem(name);
-          picture = std::move(answer);
-        });
+    source.Request(key, [&context, &picture = pictures[key], name = FileName(key)](Picture answer) {
+      context.session.GetProgress().FinishItem(name);
+      picture = std::move(answer);
+    });
   }
   context.session.WaitForPictures();
   return pictures;

@@ -10,6 +10,7 @@
 #include <exception>
 
 #include "Failure.h"
+#include "SorvikProvider/cardtools/ClipPicture.h"
 #include "SorvikProvider/foundation/AsyncExecutor.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 
@@ -142,19 +143,32 @@ void Session::FindCards(const std::string& path, Sorvik::SearchDirection directi
 void Session::RequestPicture(const ProviderWrapper& provider, const std::string& path,
                              const std::string& key, int width, int height,
                              PictureReceiver receive) {
+  const ImmutableString station = OpenPictureStation(std::move(receive));
+  const auto request = provider.RequestThumbnail(path, key, width, height, station);
+  TrackRequest(station, [request] { request->Abort(); });
+}
+
+void Session::RequestClipPicture(const std::string& identification, const std::string& path,
+                                 const std::string& key, int width, int height,
+                                 PictureReceiver receive) {
+  const ImmutableString station = OpenPictureStation(std::move(receive));
+  const auto request =
+      Sorvik::RequestClipPicture(path, identification, key, width, height, station);
+  TrackRequest(station, [request] { request->Abort(); });
+}
+
+ImmutableString Session::OpenPictureStation(PictureReceiver receive) {
   CheckInterrupt();  // queueing the requests of a large folder takes time
-  const ImmutableString station = OpenStation([this, receive](const Hestra::Message& message) {
+  return OpenStation([this, receive = std::move(receive)](const Hestra::Message& message) {
     const auto* answer = dynamic_cast<const Sorvik::GetThumbnailMessage*>(&message);
     Picture picture = answer != nullptr ? PictureFromBitplate(answer->thumbnail) : Picture();
     // At the end of a session the objects that the receiver refers to may have been destroyed.
     if (!ending_) receive(std::move(picture));
   });
-  const auto request = provider.RequestThumbnail(path, key, width, height, station);
-  TrackRequest(station, [request] { request->Abort(); });
 }
 
-void Session::WaitForPictures() {
-  WaitUntil([this] { return running_.empty(); });
+void Session::WaitForPictures(std::size_t running) {
+  WaitUntil([this, running] { return running_.size() <= running; });
 }
 
 void Session::CheckInterrupt() const {

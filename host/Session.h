@@ -58,11 +58,15 @@ class Session {
                  const CardReceiver& receive);
 
   // Queues a thumbnail request. `receive` is called while this thread waits, and never after the
-  // session has begun to end. WaitForPictures waits for all. Both throw Interrupted after Ctrl-C.
+  // session has begun to end. WaitForPictures waits for them. All throw Interrupted after Ctrl-C.
   using PictureReceiver = std::function<void(Picture)>;
   void RequestPicture(const Sorvik::ProviderWrapper& provider, const std::string& path,
                       const std::string& key, int width, int height, PictureReceiver receive);
-  void WaitForPictures();
+  // The same for the picture of a clip; the answer is empty if it has none.
+  void RequestClipPicture(const std::string& identification, const std::string& path,
+                          const std::string& key, int width, int height, PictureReceiver receive);
+  // Waits until at most `running` requests are left.
+  void WaitForPictures(std::size_t running = 0);
 
   // Runs `work` on a worker, for operations that the library has no request for. Throws Failure if
   // `work` throws.
@@ -82,6 +86,7 @@ class Session {
  private:
   using Abort = std::function<void()>;
 
+  tarnwick::utility::ImmutableString OpenPictureStation(PictureReceiver receive);
   tarnwick::utility::ImmutableString OpenStation(Hestra::StationUtils::Receiver receiver);
   void TrackRequest(const tarnwick::utility::ImmutableString& station, Abort abort);
   template <class MessageT, class Send>

@@ -8,6 +8,7 @@
 #include <map>
 #include <string_view>
 
+#include "ClipPictures.h"
 #include "Commands.h"
 #include "ContactSheet.h"
 #include "Failure.h"
@@ -30,6 +31,10 @@ using Sorvik::ProviderWrapper;
 // With more clips, the pictures are files of their own that the browser loads when they are
 // visible.
 constexpr std::size_t kMaxEmbeddedPictures = 1000;
+// The width of pictures unless --size is given. The page scales them.
+constexpr int kPictureWidth = 320;
+// Pictures that are requested ahead of the one that is written next, which bounds the memory.
+constexpr std::size_t kMaxAhead = 16;
 
 const FieldNameList kTotalFields = {"duration", "videoFrameRate", Sorvik::kPathField,
                                     Sorvik::kExtraPathField, Sorvik::kProxyPathField};
@@ -91,21 +96,30 @@ unsigned long long TotalBytes(const std::string& path, const ContentMap& content
   return bytes;
 }
 
-// Appends the keys of the clips to `keys`, in the order of the page.
-SheetPage MakePage(Context& context, const ProviderWrapper& provider, const std::string& path,
-                   std::vector<std::string>& keys) {
+struct Sheet {
+  SheetPage page;
+  std::vector<std::string> keys;
+  std::vector<SheetClip> clips;  // without pictures, in the order of the keys
+};
+
+Sheet MakeSheet(Context& context, const ProviderWrapper& provider, const std::string& path) {
   const std::vector<Column> columns = SheetColumns(context.options, provider);
   FieldNameList fields = FieldsOf(columns);
   fields.push_back(Sorvik::kNameField);
   fields.insert(fields.end(), kTotalFields.begin(), kTotalFields.end());
   const ContentMap content = ListEntries(context, provider, path, fields);
   const std::map<std::string, std::string> shortKeys = ShortKeys(path, content);
-  SheetPage page{
-      path, provider.GetUIString(), Hestra::MakeStdString(Hestra::GetLanguageString()), {}, {}};
+  Sheet sheet;
+  SheetPage& page = sheet.page;
+  page = {path,
+          provider.GetUIString(),
+          Hestra::MakeStdString(Hestra::GetLanguageString()),
+          {},
+          content.size()};
   if (page.language == "x-default") page.language = "en";
   for (const auto& [key, values] : content) {
-    keys.push_back(key);
-    page.clips.push_back(MakeClip(key, shortKeys.at(key), values, columns));
+    sheet.keys.push_back(key);
+    sheet.clips.push_back(MakeClip(key, shortKeys.at(key), values, columns));
   }
   const std::string duration = TotalDuration(content);
   if (!duration.empty()) {
@@ -116,7 +130,7 @@ SheetPage MakePage(Context& context, const ProviderWrapper& provider, const std:
   const auto bytes = context.session.OnWorker<unsigned long long>(
       [&path, &content, &stop] { return TotalBytes(path, content, stop); });
   page.totals.emplace_back(Translated("$$$/Sorvik/Sheet/Bytes=Size"), SizeText(bytes));
-  return page;
+  return sheet;
 }
 
 // Stores the pictures in the page, or in a folder next to it if there are many.
@@ -133,36 +147,79 @@ class PictureStore {
     }
   }
 
-  // Returns the URL of the picture.
-  std::string Add(const Picture& picture) {
-    const std::string png = EncodePng(picture);
-    if (folder_.empty()) return "data:image/png;base64," + Base64(png);
-    const std::string name = std::to_string(++count_) + ".png";
-    WriteFile(output_, folder_ + "/" + name, png);
+  // Returns the URL of the picture of a clip, which is counted from 0. Transparency needs PNG.
+  std::string Add(std::size_t clip, const Picture& picture) {
+    const bool isJpeg = IsOpaque(picture);
+    const std::string bytes = isJpeg ? EncodeJpeg(picture) : EncodePng(picture);
+    if (folder_.empty()) {
+      return std::string("data:image/") + (isJpeg ? "jpeg" : "png") + ";base64," + Base64(bytes);
+    }
+    const std::string name = std::to_string(clip + 1) + (isJpeg ? ".jpg" : ".png");
+    WriteFile(output_, folder_ + "/" + name, bytes);
     return UrlPath("./" + FileName(folder_) + "/" + name);
   }
 
  private:
   Output& output_;
   std::string folder_;
-  std::size_t count_ = 0;
 };
 
-void AddPictures(Context& context, const ProviderWrapper& provider, const std::string& path,
-                 const std::vector<std::string>& keys, std::vector<SheetClip>& clips) {
-  PictureStore store(context, clips.size());
-  context.session.GetProgress().Begin("drawing", clips.size());
-  const int height = provider.GetMaximumThumbnailHeight(context.options.height);
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    context.session.GetProgress().AddItem(clips[i].key);
-    context.session.RequestPicture(provider, path, keys[i], context.options.width, height,
-                                   [&context, &store, &clip = clips[i]](const Picture& picture) {
-                                     context.session.GetProgress().FinishItem(clip.key);
-                                     if (!picture.Empty()) clip.picture = store.Add(picture);
-                                   });
+// Writes the clips in their order, each as soon as its picture is there.
+class ClipWriter {
+ public:
+  ClipWriter(Context& context, ClipPictures& pictures, Sheet& sheet, OutputFile& file)
+      : session_(context.session),
+        pictures_(pictures),
+        sheet_(sheet),
+        file_(file),
+        store_(context, sheet.clips.size()),
+        done_(sheet.clips.size()) {}
+
+  void Run() {
+    session_.GetProgress().Begin("drawing", sheet_.clips.size());
+    for (std::size_t i = 0; i < sheet_.clips.size(); ++i) {
+      Request(i);
+      while (i + 1 - written_ > kMaxAhead) WaitForNext();
+    }
+    session_.WaitForPictures();
+    WriteFinished();
   }
-  context.session.WaitForPictures();
-}
+
+ private:
+  void Request(std::size_t i) {
+    const std::string& name = sheet_.clips[i].key;
+    session_.GetProgress().AddItem(name);
+    ++running_;
+    pictures_.Request(sheet_.keys[i], [this, i, &name](const Picture& picture) {
+      session_.GetProgress().FinishItem(name);
+      if (!picture.Empty()) sheet_.clips[i].picture = store_.Add(i, picture);
+      done_[i] = true;
+      --running_;
+    });
+  }
+
+  void WaitForNext() {
+    if (running_ > 0) session_.WaitForPictures(running_ - 1);
+    WriteFinished();
+  }
+
+  void WriteFinished() {
+    for (; written_ < done_.size() && done_[written_]; ++written_) {
+      SheetClip& clip = sheet_.clips[written_];
+      file_.Write(SheetClipHtml(clip));
+      clip.picture = {};
+    }
+  }
+
+  Session& session_;
+  ClipPictures& pictures_;
+  Sheet& sheet_;
+  OutputFile& file_;
+  PictureStore store_;
+  std::vector<bool> done_;
+  std::size_t written_ = 0;
+  std::size_t running_ = 0;
+};
 
 }  // namespace
 
@@ -171,18 +228,23 @@ int RunSheet(Context& context) {
   const std::string path = ResolvePath(options.operands.front());
   RefuseFileOfCard(context, options.output);
   const ProviderWrapper& provider = ChooseProvider(context, path);
-  std::vector<std::string> keys;
-  SheetPage page = MakePage(context, provider, path, keys);
-  if (page.clips.empty()) throw Failure(kFailed, path, "no entries");
-  AddPictures(context, provider, path, keys, page.clips);
-  WriteFile(context.output, options.output, SheetHtml(page));
+  Sheet sheet = MakeSheet(context, provider, path);
+  if (sheet.clips.empty()) throw Failure(kFailed, path, "no entries");
+  const PictureSize icons{options.width, options.height};
+  ClipPictures pictures(context, provider, path,
+                        options.sizeGiven ? icons : PictureSize{kPictureWidth, 0}, icons);
+  OutputFile file(context.output, options.output);
+  file.Write(SheetBegin(sheet.page));
+  ClipWriter(context, pictures, sheet, file).Run();
+  file.Write(SheetEnd());
+  file.Close();
   if (options.json) {
     JsonWriter json(context.output);
     json.BeginObject();
     json.Key("file");
     json.String(ResolvePath(options.output));
     json.Key("entries");
-    json.Number(static_cast<unsigned long long>(page.clips.size()));
+    json.Number(static_cast<unsigned long long>(sheet.clips.size()));
     json.EndObject();
   }
   return kDone;

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <utility>
 #include <vector>
 
+#include "ClipPictures.h"
 #include "Commands.h"
 #include "Failure.h"
 #include "Json.h"
 #include "Keys.h"
 #include "Paths.h"
+#include "PictureScale.h"
 #include "SorvikProvider/thumbnails/Thumbnails.h"
 
 namespace host {
@@ -14,16 +17,18 @@ namespace {
 
 using Sorvik::ProviderWrapper;
 
+// A size that was asked for explicitly is filled, by scaling a smaller picture smoothly.
 Picture EntryPicture(Context& context, const ProviderWrapper& provider, const std::string& path,
                      const std::string& key) {
   const Options& options = context.options;
+  const PictureSize size{options.width, options.height};
+  ClipPictures source(context, provider, path, size, size);
   Picture picture;
   context.session.GetProgress().Begin("drawing");
-  context.session.RequestPicture(provider, path, key, options.width,
-                                 provider.GetMaximumThumbnailHeight(options.height),
-                                 [&](Picture answer) { picture = std::move(answer); });
+  source.Request(key, [&](Picture answer) { picture = std::move(answer); });
   context.session.WaitForPictures();
-  return picture;
+  if (!options.sizeGiven) return picture;
+  return EnlargedTo(WithoutGaps(std::move(picture)), options.width, options.height);
 }
 
 Picture FolderPicture(Context& context) {

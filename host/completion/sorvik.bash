@@ -26,14 +26,14 @@ _sorvik() {
   local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} word command= operands=()
   local commands='ls who entry files places owner thumb sheet check cards join providers fields meta help'
   local -A options=(
-    [ls]='--json --tsv --csv --provider --fields --all --thumbs --size'
+    [ls]='--json --tsv --csv --provider --fields --all --thumbs --size --icon --cache'
     [who]='--json --tsv --csv'
     [entry]='--json --provider --fields --all'
     [files]='--json --provider -0 --dirs --all-cards --relative'
     [places]='--json --tsv --csv --provider'
     [owner]='--json --ndjson --clips-only'
-    [thumb]='--json --ndjson --provider --size --folder --force -o'
-    [sheet]='--json --provider --fields --all --size --force -o'
+    [thumb]='--json --ndjson --provider --size --folder --icon --cache --force -o'
+    [sheet]='--json --provider --fields --all --size --icon --cache --force -o'
     [check]='--json --provider --files --quick --against --hash'
     [cards]='--json -0'
     [join]='--provider --format --allow-gaps --force -o'

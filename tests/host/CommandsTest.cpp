@@ -263,7 +263,7 @@ TEST_F(OnCard, SheetIsSelfContained) {
   const std::string card = ReadFile(out);
   EXPECT_EQ(card.find("http"), std::string::npos);
   for (const char* part :
-       {"Gull on the pier", "src=\"data:image/png;base64,iVBOR", "10:09:40:00",
+       {"Gull on the pier", "src=\"data:image/jpeg;base64,/9j/", "10:09:40:00",
         "<dt>Frame Rate</dt><dd>25</dd>", "type=\"search\"", "<html lang=\"en\">",
         "<dt>Key</dt><dd>0002CC</dd>", "/CONTENTS/VIDEO/0002CC.MXF\">0002CC.MXF</a>",
         "Total duration: 0:06:21"}) {
