@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "SorvikProvider/frame/ProviderHost.h"
+#include "cardtools/CardCheckInput.h"
 #include "cardtools/CardContents.h"
 #include "cardtools/CardEvaluation.h"
 #include "cardtools/CardInventory.h"
@@ -50,6 +51,11 @@ bool CanCheckCard(const std::string& path, const std::string& identification) {
 
 CardFindings CheckCard(const std::string& path, const std::string& identification, CheckDepth depth,
                        ProviderRequest* request) {
+  return CheckCard(path, identification, depth, CardCheckInput(), request);
+}
+
+CardFindings CheckCard(const std::string& path, const std::string& identification, CheckDepth depth,
+                       const CardCheckInput& input, ProviderRequest* request) {
   const foundation::CallScope scope;
   const platform::ShareScope shares(path);
   CardFindings none;
@@ -57,7 +63,9 @@ CardFindings CheckCard(const std::string& path, const std::string& identificatio
   const ProviderWrapper* wrapper = FindProvider(identification);
   const CardChecker* checker = wrapper == nullptr ? nullptr : CheckerAt(*wrapper, path);
   if (checker == nullptr || ProviderRequest::TestAborted(request)) return none;
-  const CardContents contents(*wrapper, *checker, path, depth, request);
+  const CardContents contents = input.content == nullptr
+                                    ? CardContents(*wrapper, *checker, path, depth, request)
+                                    : CardContents(*input.content, *checker, path, depth);
   std::vector<CardContents> others;
   for (const ProviderWrapper* other : ProviderHost::GetAllProviders()) {
     if (other == wrapper || ProviderRequest::TestAborted(request)) continue;
@@ -66,7 +74,13 @@ CardFindings CheckCard(const std::string& path, const std::string& identificatio
     }
   }
   const CardInventory inventory(
-      path, [request](const std::string&) { return !ProviderRequest::TestAborted(request); });
+      path, [request](const std::string&) { return !ProviderRequest::TestAborted(request); },
+      input.folders);
+  if (input.modificationTimes != nullptr) {
+    for (const InventoryFile& file : inventory.Files()) {
+      input.modificationTimes->emplace(file.path, file.modified);
+    }
+  }
   return CardEvaluation(inventory, contents, others, request).Run();
 }
 

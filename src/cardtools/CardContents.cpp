@@ -42,10 +42,13 @@ const char* RoleOfName(std::string_view path) {
 
 CardContents::CardContents(const Provider& provider, const CardChecker& checker,
                            const std::string& path, CheckDepth depth, ProviderRequest* request)
-    : description(depth) {
-  const FieldNameSet fields{kPathField, kExtraPathField, kProxyPathField};
-  const ContentMap content = provider.GetContent(path, fields, request);
-  entries = content.size();
+    : CardContents(
+          provider.GetContent(path, {kPathField, kExtraPathField, kProxyPathField}, request),
+          checker, path, depth) {}
+
+CardContents::CardContents(const ContentMap& content, const CardChecker& checker,
+                           const std::string& path, CheckDepth depth)
+    : description(depth), entries(content.size()) {
   for (const auto& [key, values] : content) AddEntry(key, values);
   checker.DescribeCard(path, content, description);
   for (const CardPart& part : description.Parts()) AddDescribedPart(part);

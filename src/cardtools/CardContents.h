@@ -32,6 +32,9 @@ struct CardContents {
 
   CardContents(const Provider& provider, const CardChecker& checker, const std::string& path,
                CheckDepth depth, ProviderRequest* request);
+  // The same from a listing with Path, ExtraPath and ProxyPath.
+  CardContents(const ContentMap& content, const CardChecker& checker, const std::string& path,
+               CheckDepth depth);
 
   std::map<std::string, Part> parts;  // by path
   std::set<std::string, std::less<>> entryFolders;

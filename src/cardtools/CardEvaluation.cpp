@@ -210,7 +210,7 @@ CardFile CardEvaluation::DescribeFile(std::size_t index) {
 
 void CardEvaluation::AddPartsOnOtherCards() {
   for (const auto& [path, part] : contents_.parts) {
-    if (IsBelow(path, inventory_.Root())) continue;
+    if (inventory_.Covers(path)) continue;
     const auto status = platform::StatusOf(path);
     if (!status || status->kind != FileKind::kRegular) continue;
     result_.files.push_back(

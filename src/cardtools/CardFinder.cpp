@@ -8,6 +8,8 @@
 #include <utility>
 
 #include "SorvikProvider/frame/ProviderHost.h"
+#include "cardtools/CardSearch.h"
+#include "cardtools/ProviderLookup.h"
 #include "formats/MediaNames.h"
 #include "foundation/CallScope.h"
 #include "foundation/Paths.h"
@@ -44,10 +46,14 @@ bool Matches(std::string_view name, std::string_view pattern) {
          IsAsciiIgnoringCase(name.substr(name.size() - pattern.size()), pattern);
 }
 
+}  // namespace
+
 bool MatchesAny(std::string_view name, const std::vector<std::string_view>& patterns) {
   return std::ranges::any_of(patterns,
                              [name](std::string_view pattern) { return Matches(name, pattern); });
 }
+
+namespace {
 
 // A provider that takes part in the search. Those that a host has registered have no layout: each
 // folder is offered to them, and none belongs to them.
@@ -89,6 +95,7 @@ struct ScannedFolder {
 struct Claim {
   Candidate candidate;
   int score;
+  bool isKnown = false;  // without asking the provider
 };
 
 // Two providers of which one lists the clips of the other.
@@ -102,15 +109,16 @@ bool AreAlternatives(const Claim& a, const Claim& b) {
 
 class CardSearch {
  public:
-  CardSearch(std::string path, SearchDirection direction,
-             const std::function<bool(const FoundCard&)>& receive, ProviderRequest* request)
+  CardSearch(std::string path, SearchDirection direction, const CardSearchHooks& hooks,
+             ProviderRequest* request)
       : path_(std::move(path)),
         direction_(direction),
-        receive_(receive),
+        hooks_(hooks),
         request_(request),
         candidates_(ListCandidates()) {}
 
   void Run() {
+    if (hooks_.enter && !hooks_.enter(path_)) return;
     const auto kind = platform::KindOf(path_);
     if (!kind) return;
     if (*kind != platform::FileKind::kDirectory) {
@@ -124,6 +132,9 @@ class CardSearch {
     FindMountsBelow();
     Descend(std::move(root.folders), result.ownFolders);
   }
+
+  // Reports the cards whose root is the path itself.
+  void RunWithoutSearch() { Visit(path_, Scan(path_)); }
 
  private:
   struct VisitResult {
@@ -169,31 +180,56 @@ class CardSearch {
       const auto& own = claim.candidate.layout->ownFolders;
       result.ownFolders.insert(result.ownFolders.end(), own.begin(), own.end());
     }
-    std::erase_if(claims, [&](const Claim& claim) { return IsEmptyCard(path, claim, scanned); });
-    for (std::size_t i = 0; i < claims.size() && !IsStopped(); ++i) {
+    std::erase_if(claims, [&](const Claim& claim) {
+      return !claim.isKnown && IsEmptyCard(path, claim, scanned);
+    });
+    FoundFolder found{path, {}, false};
+    for (std::size_t i = 0; i < claims.size(); ++i) {
       const bool listed =
           std::any_of(claims.begin(), claims.begin() + static_cast<std::ptrdiff_t>(i),
                       [&](const Claim& better) { return AreAlternatives(better, claims[i]); });
       if (listed) continue;
-      result.isCard = true;
-      const auto& [candidate, score] = claims[i];
-      if (!receive_({path, candidate.provider->GetIdentification(), score})) stopped_ = true;
+      const Claim& claim = claims[i];
+      found.cards.push_back({path, claim.candidate.provider->GetIdentification(), claim.score});
+      found.hasKnownCards = found.hasKnownCards || claim.isKnown;
     }
+    result.isCard = !found.cards.empty();
+    if (result.isCard && !IsStopped() && !hooks_.receive(std::move(found))) stopped_ = true;
     return result;
   }
 
   // Those of the candidates that claim the folder as more than a plain directory, best first.
-  static std::vector<Claim> Claims(const std::string& path,
-                                   const std::vector<Candidate>& candidates) {
+  std::vector<Claim> Claims(const std::string& path,
+                            const std::vector<Candidate>& candidates) const {
     std::vector<Claim> claims;
     if (candidates.empty()) return claims;
+    const std::vector<FoundCard> known =
+        hooks_.known ? hooks_.known(path) : std::vector<FoundCard>();
     const foundation::CallScope scope;  // all of them look at the same folder
     for (const Candidate& candidate : candidates) {
-      const int score = candidate.provider->CanProvideFor(path);
-      if (score > kPlainDirectoryScore) claims.push_back({candidate, score});
+      const std::string id = candidate.provider->GetIdentification();
+      const auto found = std::ranges::find(known, id, &FoundCard::identification);
+      if (found != known.end()) {
+        claims.push_back({candidate, found->score, true});
+      } else if (!IsCovered(candidate, known)) {
+        const int score = candidate.provider->CanProvideFor(path);
+        if (score > kPlainDirectoryScore) claims.push_back({candidate, score});
+      }
     }
     std::ranges::stable_sort(claims, std::ranges::greater(), &Claim::score);
     return claims;
+  }
+
+  // Whether the answer of the candidate depends on nothing but files of the known cards: it can
+  // only have changed if one of them has.
+  static bool IsCovered(const Candidate& candidate, const std::vector<FoundCard>& known) {
+    if (candidate.layout == nullptr || known.empty()) return false;
+    return std::ranges::all_of(candidate.layout->ownFolders, [&known](std::string_view folder) {
+      return std::ranges::any_of(known, [folder](const FoundCard& card) {
+        const CardLayout* layout = LayoutOf(card.identification);
+        return layout != nullptr && std::ranges::count(layout->ownFolders, folder) > 0;
+      });
+    });
   }
 
   // Cameras make the folders of several structures when they format a medium.
@@ -272,6 +308,7 @@ class CardSearch {
     while (!pending_.empty() && !IsStopped()) {
       const Pending folder = std::move(pending_.back());
       pending_.pop_back();
+      if (hooks_.enter && !hooks_.enter(folder.path)) continue;
       const ScannedFolder scanned = Scan(folder.path);
       const VisitResult result = Visit(folder.path, scanned);
       Push(folder.path, scanned.folders, folder.depth + 1, folder.isPrivate, result.ownFolders);
@@ -280,7 +317,7 @@ class CardSearch {
 
   const std::string path_;
   const SearchDirection direction_;
-  const std::function<bool(const FoundCard&)>& receive_;
+  const CardSearchHooks& hooks_;
   ProviderRequest* const request_;
   const std::vector<Candidate> candidates_;
   std::vector<std::string> mountsBelow_;
@@ -290,10 +327,40 @@ class CardSearch {
 
 }  // namespace
 
+void SearchCards(const std::string& path, SearchDirection direction, const CardSearchHooks& hooks,
+                 ProviderRequest* request) {
+  if (!foundation::IsValidPath(path)) return;
+  CardSearch(foundation::NormalizedPath(path), direction, hooks, request).Run();
+}
+
+std::vector<FoundCard> CardsAt(const std::string& path, ProviderRequest* request) {
+  std::vector<FoundCard> cards;
+  CardSearchHooks hooks;
+  hooks.receive = [&cards](FoundFolder folder) {
+    cards = std::move(folder.cards);
+    return true;
+  };
+  CardSearch(path, SearchDirection::kNearby, hooks, request).RunWithoutSearch();
+  return cards;
+}
+
+const CardLayout* LayoutOf(std::string_view identification) {
+  const ProviderWrapper* provider = FindProvider(identification);
+  if (provider == nullptr) return nullptr;
+  const auto* clips = ProviderAccess::InterfaceOf<ClipProvider>(*provider);
+  return clips == nullptr ? nullptr : &clips->GetLayout();
+}
+
 void ForEachCard(const std::string& path, SearchDirection direction,
                  const std::function<bool(const FoundCard&)>& receive, ProviderRequest* request) {
-  if (!foundation::IsValidPath(path)) return;
-  CardSearch(foundation::NormalizedPath(path), direction, receive, request).Run();
+  CardSearchHooks hooks;
+  hooks.receive = [&receive, request](const FoundFolder& folder) {
+    for (const FoundCard& card : folder.cards) {
+      if (ProviderRequest::TestAborted(request) || !receive(card)) return false;
+    }
+    return true;
+  };
+  SearchCards(path, direction, hooks, request);
 }
 
 std::vector<FoundCard> FindCards(const std::string& path, SearchDirection direction,

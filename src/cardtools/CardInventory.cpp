@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "cardtools/CardSearch.h"
 #include "foundation/Paths.h"
 #include "foundation/platform/FileSystem.h"
 
@@ -29,8 +30,9 @@ bool IsDesktopName(std::string_view name) {
 
 }  // namespace
 
-CardInventory::CardInventory(const std::string& root, const Filter& isListed)
-    : root_(foundation::WithoutTrailingSlash(root)) {
+CardInventory::CardInventory(const std::string& root, const Filter& isListed,
+                             const std::vector<std::string_view>* folders)
+    : root_(foundation::WithoutTrailingSlash(root)), folders_(folders) {
   AddFolder(root_, false, kMaxFolderDepth, isListed);
   for (std::size_t i = 0; i < files_.size(); ++i) {
     byPath_.emplace(files_[i].path, i);
@@ -51,11 +53,25 @@ void CardInventory::AddFolder(const std::string& folder, bool hidden, std::size_
     const bool itemHidden = hidden || IsDesktopName(item.name);
     if (item.kind == FileKind::kRegular) {
       const auto status = platform::StatusOf(path);
-      files_.push_back({std::move(path), status ? status->bytes : 0, itemHidden});
+      files_.push_back(
+          {std::move(path), status ? status->bytes : 0, itemHidden, status ? status->modified : 0});
     } else if (item.kind == FileKind::kDirectory && !item.isLink && depth > 1) {
+      if (depth == kMaxFolderDepth && !EntersFolder(item.name)) continue;
       AddFolder(path, itemHidden, depth - 1, isListed);
     }
   }
+}
+
+bool CardInventory::EntersFolder(std::string_view name) const {
+  return folders_ == nullptr || MatchesAny(name, *folders_);
+}
+
+bool CardInventory::Covers(std::string_view path) const {
+  const std::string folder = JoinPath(root_, {});
+  if (!path.starts_with(folder)) return false;
+  path.remove_prefix(folder.size());
+  const auto slash = path.find('/');
+  return slash == path.npos || EntersFolder(path.substr(0, slash));
 }
 
 std::optional<std::size_t> CardInventory::OtherSpelling(std::size_t index) const {

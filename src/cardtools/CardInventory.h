@@ -19,7 +19,8 @@ namespace Sorvik {
 struct InventoryFile {
   std::string path;
   std::uint64_t bytes = 0;
-  bool hidden = false;  // written by desktops and file servers
+  bool hidden = false;        // written by desktops and file servers
+  std::int64_t modified = 0;  // nanoseconds since 1970
 };
 
 class CardInventory {
@@ -28,11 +29,16 @@ class CardInventory {
   using Filter = std::function<bool(const std::string& folder)>;
 
   // Lists all folders below `root` that `isListed` accepts, without following links to folders.
-  CardInventory(const std::string& root, const Filter& isListed);
+  // With `folders` (patterns of a CardLayout) only those whose first component matches, besides the
+  // files in `root` itself.
+  CardInventory(const std::string& root, const Filter& isListed,
+                const std::vector<std::string_view>* folders = nullptr);
 
   const std::string& Root() const noexcept { return root_; }
   // By path, in order of 16-bit code units within each folder.
   const std::vector<InventoryFile>& Files() const noexcept { return files_; }
+  // Whether a file at `path` would be in Files().
+  bool Covers(std::string_view path) const;
   const std::vector<std::string>& UnreadableFolders() const noexcept { return unreadableFolders_; }
 
   // The index in Files() of the file at `path`. A path in another spelling is found if the file
@@ -44,7 +50,10 @@ class CardInventory {
  private:
   void AddFolder(const std::string& folder, bool hidden, std::size_t depth, const Filter& isListed);
 
+  bool EntersFolder(std::string_view name) const;
+
   std::string root_;
+  const std::vector<std::string_view>* folders_;
   std::vector<InventoryFile> files_;
   std::vector<std::string> unreadableFolders_;
   std::unordered_map<std::string, std::size_t> byPath_;

@@ -187,8 +187,41 @@ std::optional<std::int64_t> ModificationTimeOf(const struct stat& facts) {
 std::optional<FileStatus> MakeStatus(const struct stat& facts) {
   const FileKind kind = KindOfMode(facts.st_mode);
   const auto bytes = kind == FileKind::kRegular ? static_cast<std::uint64_t>(facts.st_size) : 0;
-  return FileStatus{kind, bytes, static_cast<std::uint64_t>(facts.st_dev),
+  return FileStatus{kind, bytes, ModificationTimeOf(facts).value_or(0),
+                    static_cast<std::uint64_t>(facts.st_dev),
                     static_cast<std::uint64_t>(facts.st_ino)};
+}
+
+Access AccessOfError(int error) {
+  static constexpr int kPermanent[] = {ENOENT, ENOTDIR, EACCES, EPERM,        ELOOP,
+                                       EISDIR, ENODEV,  ENXIO,  ENAMETOOLONG, EINVAL};
+  return std::ranges::count(kPermanent, error) > 0 ? Access::kUnreadable : Access::kTransientError;
+}
+
+Access AccessOfFolder(int descriptor) {
+  const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(descriptor));
+  if (!folder) {
+    close(descriptor);
+    return Access::kTransientError;
+  }
+  errno = 0;
+  const bool hasName = readdir(folder.get()) != nullptr;
+  return hasName || errno == 0 ? Access::kReadable : AccessOfError(errno);
+}
+
+// Opens nothing but regular files and folders.
+Access AccessDirectly(const std::string& path) {
+  struct stat facts;
+  if (stat(path.c_str(), &facts) != 0) return AccessOfError(errno);
+  if (!S_ISREG(facts.st_mode) && !S_ISDIR(facts.st_mode)) return Access::kUnreadable;
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (descriptor < 0) return AccessOfError(errno);
+  if (S_ISDIR(facts.st_mode)) return AccessOfFolder(descriptor);
+  char byte = 0;
+  const Access access =
+      pread(descriptor, &byte, 1, 0) < 0 ? AccessOfError(errno) : Access::kReadable;
+  close(descriptor);
+  return access;
 }
 
 std::string ReadErrorDirectly(const std::string& path) {
@@ -222,6 +255,15 @@ std::optional<std::int64_t> ModificationTime(const std::string& path) {
 
 std::optional<FileStatus> StatusOf(const std::string& path) {
   return FactOf<FileStatus>(path, MakeStatus);
+}
+
+Access AccessOf(const std::string& path) {
+  const auto access = ShareAccess::Current();
+  const auto place =
+      access && access->HasShares() ? access->OtherShareAt(path) : ShareAccess::Place();
+  if (place.share == nullptr) return AccessDirectly(path);
+  return access->Ask<Access>(*place.share, [path] { return AccessDirectly(path); })
+      .value_or(Access::kTransientError);
 }
 
 std::string ReadError(const std::string& path) {

@@ -62,6 +62,12 @@ bool WorkerPool::WaitUnlessStalled(std::chrono::milliseconds timeout) {
   return Done();
 }
 
+void WorkerPool::RequireWidth(std::size_t width) {
+  const std::lock_guard lock(mutex_);
+  width_ = std::max(width_, width);
+  if (!abandoned_ && !ending_) AddWorkers();
+}
+
 std::size_t WorkerPool::StalledCount() const {
   const std::lock_guard lock(mutex_);
   return stalled_;

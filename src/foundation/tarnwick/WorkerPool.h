@@ -58,6 +58,9 @@ class WorkerPool final : public AsyncExecutor {
   // Like WaitForAccepted, but returns false if only stalled workers, and functions for which there
   // is no other worker, remain after `timeout`.
   bool WaitUnlessStalled(std::chrono::milliseconds timeout);
+  // Adds threads until `width` workers aren't stalled, for callers that run as many functions at
+  // once. Fewer if the system has no more.
+  void RequireWidth(std::size_t width);
   // The number of workers that are set aside or wait for it.
   std::size_t StalledCount() const;
   // Ends the threads after their current function; queued functions are never run. The pool must
