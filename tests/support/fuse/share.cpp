@@ -3,7 +3,8 @@
 // network file system. Like many of those it doesn't report allocated blocks. A test stops the
 // process to simulate a server that is unreachable.
 //   sorvik-test-share FOLDER MOUNT_POINT TYPE_SUFFIX
-// Prints a line when the share is mounted.
+// Prints a line when the share is mounted. With SORVIK_TEST_SHARE_DELAY in the environment each
+// request takes that many microseconds longer, several at a time, as on a distant server.
 #define FUSE_USE_VERSION 31
 #include <dirent.h>
 #include <fcntl.h>
@@ -14,22 +15,30 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
 int root;  // descriptor of the folder
+useconds_t delay;
+
+void wait_for_server() {
+  if (delay > 0) usleep(delay);
+}
 
 // Paths begin with a separator.
 const char* relative(const char* path) { return path[1] == '\0' ? "." : path + 1; }
 
 int share_getattr(const char* path, struct stat* facts, struct fuse_file_info* info) {
   static_cast<void>(info);
+  wait_for_server();
   if (fstatat(root, relative(path), facts, AT_SYMLINK_NOFOLLOW) != 0) return -errno;
   facts->st_blocks = 0;
   return 0;
 }
 
 int share_readlink(const char* path, char* target, size_t size) {
+  wait_for_server();
   const ssize_t length = readlinkat(root, relative(path), target, size - 1);
   if (length < 0) return -errno;
   target[length] = '\0';
@@ -41,6 +50,7 @@ int share_readdir(const char* path, void* list, fuse_fill_dir_t add, off_t offse
   static_cast<void>(offset);
   static_cast<void>(info);
   static_cast<void>(flags);
+  wait_for_server();
   const int descriptor = openat(root, relative(path), O_RDONLY | O_DIRECTORY);
   if (descriptor < 0) return -errno;
   DIR* folder = fdopendir(descriptor);
@@ -55,6 +65,7 @@ int share_readdir(const char* path, void* list, fuse_fill_dir_t add, off_t offse
 }
 
 int share_open(const char* path, struct fuse_file_info* info) {
+  wait_for_server();
   const int descriptor = openat(root, relative(path), O_RDONLY);
   if (descriptor < 0) return -errno;
   info->fh = static_cast<std::uint64_t>(descriptor);
@@ -64,6 +75,7 @@ int share_open(const char* path, struct fuse_file_info* info) {
 int share_read(const char* path, char* buffer, size_t size, off_t offset,
                struct fuse_file_info* info) {
   static_cast<void>(path);
+  wait_for_server();
   const ssize_t got = pread(static_cast<int>(info->fh), buffer, size, offset);
   return got < 0 ? -errno : static_cast<int>(got);
 }
@@ -99,8 +111,16 @@ int main(int count, char** arguments) {
   operations.read = share_read;
   operations.release = share_release;
   operations.init = share_init;
+  if (const char* text = std::getenv("SORVIK_TEST_SHARE_DELAY")) {
+    delay = static_cast<useconds_t>(std::atoi(text));
+  }
   char options[256];
-  std::snprintf(options, sizeof options, "subtype=%s,fsname=//test/share", arguments[3]);
-  char* fuse_arguments[] = {arguments[0], "-f", "-s", "-o", options, arguments[2], nullptr};
-  return fuse_main(6, fuse_arguments, &operations, nullptr);
+  std::snprintf(options, sizeof options, "subtype=%s,fsname=//test/share%s", arguments[3],
+                delay > 0 ? ",max_threads=64" : "");
+  char foreground[] = "-f";
+  char single_thread[] = "-s";
+  char option[] = "-o";
+  char* fuse_arguments[] = {arguments[0], foreground,    option, options,
+                            arguments[2], single_thread, nullptr};
+  return fuse_main(delay > 0 ? 5 : 6, fuse_arguments, &operations, nullptr);
 }
