@@ -33,12 +33,12 @@ constexpr CommandRow kCommands[] = {
      "sorvik who /media/CARD"},
     {"entry", "PATH KEY", 2, 2, "--json --provider --fields --all",
      "show one entry with its fields", "sorvik entry /media/CARD 0001AB"},
-    {"files", "PATH [KEY]", 1, 2, "--json --provider -0 --dirs --all-cards --relative",
+    {"files", "PATH [KEY]", 1, 2, "--json --provider -0 --dirs --all-cards --relative --catalog",
      "list the files of a card or of one clip, one path per line",
      "sorvik files /media/CARD 0001AB -0 | xargs -0 cp -t /backup"},
     {"places", "PATH", 1, 1, "--json --tsv --csv --provider",
      "list the entries that can be browsed further", "sorvik places /media"},
-    {"owner", "FILE...", 1, kAnyCount, "--json --ndjson --clips-only",
+    {"owner", "FILE...", 1, kAnyCount, "--json --ndjson --clips-only --catalog",
      "show the entry that a file belongs to",
      "sorvik owner /media/CARD/CONTENTS/AUDIO/0001AB00.MXF"},
     {"thumb", "PATH KEY... | --folder", 0, kAnyCount,
@@ -47,7 +47,7 @@ constexpr CommandRow kCommands[] = {
      "sorvik thumb /media/CARD 0001AB -o clip.png --size 320x240"},
     {"sheet", "PATH", 1, 1, "--json --provider --fields --all --size --icon --cache --force -o",
      "write a contact sheet as one HTML file", "sorvik sheet /media/CARD -o sheet.html"},
-    {"check", "PATH", 1, 1, "--json --provider --files --quick --against --hash",
+    {"check", "PATH", 1, 1, "--json --provider --files --quick --against --hash --catalog",
      "check whether a card is complete; report missing and damaged files",
      "sorvik check /media/CARD"},
     {"cards", "PATH...", 1, kAnyCount, "--json -0",
@@ -56,6 +56,10 @@ constexpr CommandRow kCommands[] = {
     {"join", "PATH [KEY]", 1, 2, "--provider --format --allow-gaps --force -o",
      "write a list that joins the files of a clip, or of all clips, for players and editors",
      "sorvik join /media/CARD 0001AB --format otio -o shot.otio"},
+    {"catalog", "PATH...", 1, kAnyCount,
+     "--only --quick --here --jobs --timeout-per-card --shard --since -o --sqlite --force",
+     "write the cards, clips and files below each path as lines of JSON",
+     "sorvik catalog /mnt/archive --since old.ndjson -o new.ndjson"},
     {"providers", "", 0, 0, "--json", "list the registered providers with their fields",
      "sorvik providers"},
     {"fields", "[PROVIDER]", 0, 1, "--json --tsv --csv", "list fields with label, type and meaning",
@@ -98,6 +102,14 @@ constexpr OptionRow kOptions[] = {
     {"--relative", "", "print paths relative to PATH, for rsync --files-from"},
     {"--format", "NAME", "ffconcat, otio, ale, edl, fcpxml or csv"},
     {"--allow-gaps", "", "write the list even if a part is missing"},
+    {"--catalog", "FILE", "answer from a catalogue, without access to PATH"},
+    {"--only", "KINDS", "only these kinds of lines: card,clip,file,problem"},
+    {"--here", "", "only cards whose root is PATH; don't search below"},
+    {"--jobs", "N", "read the cards of N folders at the same time (default: 1)"},
+    {"--timeout-per-card", "SECONDS", "leave out cards that take longer (default: 600; 0: none)"},
+    {"--shard", "I/N", "only the cards of shard I of N"},
+    {"--since", "OLD", "copy the lines of unchanged cards from this catalogue"},
+    {"--sqlite", "FILE", "write to the tables of an SQLite database"},
     {"--force", "", "allow -o to replace a file of a card"},
     {"-o", "FILE", "output file, - for standard output; a folder for several keys"},
     {"--core", "", "without the providers of newer cards; accepted by all commands"},
@@ -131,6 +143,9 @@ std::vector<std::string> SplitFields(std::string_view text) {
 }
 
 constexpr int kMaxPictureSide = 16384;  // the limit of a pixel buffer
+constexpr std::size_t kMaxJobs = 64;    // the limit of WriteCatalogue
+constexpr std::uint32_t kMaxShards = 65536;
+constexpr std::uint32_t kMaxTimeout = 1'000'000;  // seconds
 
 // Parses WIDTHxHEIGHT. A side of 0 means the picture's own size.
 void ParseSize(const std::string& text, Options& options) {
@@ -156,7 +171,65 @@ PictureProtocol ParseProtocol(const std::string& text) {
   FailUsage("--thumbs: expected auto, kitty, sixel or none, got '" + text + "'");
 }
 
+// Parses all of `text`, a number from `min` to `max`.
+template <class Number>
+Number ParseNumber(std::string_view option, std::string_view text, Number min, Number max) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || number < min || number > max) {
+    FailUsage(std::string(option) + ": expected a number from " + std::to_string(min) + " to " +
+              std::to_string(max) + ", got '" + std::string(text) + "'");
+  }
+  return number;
+}
+
+void ParseKinds(const std::string& text, Options& options) {
+  static constexpr std::string_view kKinds[] = {"card", "clip", "file", "problem"};
+  options.only = SplitFields(text);
+  for (const std::string& kind : options.only) {
+    if (std::ranges::count(kKinds, kind) == 0) {
+      FailUsage("--only: expected card, clip, file or problem, got '" + kind + "'");
+    }
+  }
+  if (options.only.empty()) FailUsage("--only: missing value");
+}
+
+// Parses "3/64".
+void ParseShard(const std::string& text, Options& options) {
+  const std::string_view all = text;
+  const auto slash = all.find('/');
+  if (slash == all.npos) FailUsage("--shard: expected I/N, got '" + text + "'");
+  options.shards = ParseNumber<std::uint32_t>("--shard", all.substr(slash + 1), 1, kMaxShards);
+  options.shard =
+      ParseNumber<std::uint32_t>("--shard", all.substr(0, slash), 1, options.shards) - 1;
+}
+
+bool ApplyCatalogOption(Options& options, std::string_view name, const std::string& value) {
+  if (name == "--only") {
+    ParseKinds(value, options);
+  } else if (name == "--here") {
+    options.here = true;
+  } else if (name == "--jobs") {
+    options.jobs = ParseNumber<std::size_t>(name, value, 1, kMaxJobs);
+  } else if (name == "--timeout-per-card") {
+    options.cardTimeout =
+        std::chrono::seconds(ParseNumber<std::uint32_t>(name, value, 0, kMaxTimeout));
+  } else if (name == "--shard") {
+    ParseShard(value, options);
+  } else if (name == "--since") {
+    options.since = value;
+  } else if (name == "--sqlite") {
+    options.sqlite = value;
+  } else if (name == "--catalog") {
+    options.catalog = value;
+  } else {
+    return false;
+  }
+  return true;
+}
+
 void Apply(Options& options, std::string_view name, const std::string& value) {
+  if (ApplyCatalogOption(options, name, value)) return;
   if (name == "--json") options.json = true;
   if (name == "--ndjson") options.json = options.ndjson = true;
   if (name == "--tsv") options.form = TableForm::kTsv;
@@ -272,11 +345,13 @@ class Parser {
     if (count < command.minOperands)
       FailUsage(name + ": too few arguments, expected " + std::string(command.operands));
     CheckOperandCount(name, count);
-    if (Accepts(command, "-o") && options_.output.empty() && name != "join")
+    if (Accepts(command, "-o") && options_.output.empty() && name != "join" && name != "catalog")
       FailUsage(name + ": missing option -o FILE");
     if (options_.output == "-" && options_.json)
       FailUsage("-o - and --json both write to standard output");
     if (options_.hash && options_.against.empty()) FailUsage("--hash needs --against COPY");
+    if (options_.hash && !options_.catalog.empty())
+      FailUsage("--hash and --catalog are mutually exclusive");
     if (options_.all && options_.fields) FailUsage("--fields and --all are mutually exclusive");
     if (options_.json && options_.form != TableForm::kAligned)
       FailUsage("--json, --tsv and --csv are mutually exclusive");
@@ -369,7 +444,8 @@ std::string GeneralHelp() {
          "\nKEY is what 'sorvik ls' shows in the column Key; the file name of a clip, its path or\n"
          "its name work as well. A path that begins with \"volumes:\" is passed to the library\n"
          "unchanged; any other path is made absolute. -- ends the options.\n"
-         "\nexit status: 0 success, 1 error or incomplete card, 2 usage error, 130 interrupted\n";
+         "\nexit status: 0 success, 1 error or incomplete card, 2 usage error, 130 interrupted;\n"
+         "catalog: 3 no card, 4 not readable, 75 timeout or I/O error\n";
 }
 
 }  // namespace

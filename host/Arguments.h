@@ -2,6 +2,9 @@
 // Parsing of the command line.
 #pragma once
 
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,6 +38,7 @@ struct Options {
   bool allowGaps = false;
   bool icon = false;   // the provider's own picture
   bool cache = false;  // keep pictures on disk
+  bool here = false;
   PictureProtocol thumbs = PictureProtocol::kNone;
   TableForm form = TableForm::kAligned;
   std::optional<std::vector<std::string>> fields;  // as typed, in the order of the command line
@@ -42,6 +46,14 @@ struct Options {
   std::string output;
   std::string against;
   std::string format;  // of join
+  std::vector<std::string> only;  // kinds of lines; empty for all
+  std::size_t jobs = 1;
+  std::chrono::seconds cardTimeout{600};
+  std::uint32_t shard = 0;
+  std::uint32_t shards = 1;
+  std::string since;
+  std::string sqlite;
+  std::string catalog;
   int width = 80;
   int height = 60;
   bool sizeGiven = false;

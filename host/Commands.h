@@ -35,6 +35,7 @@ int RunCheck(Context& context);
 int RunProviders(Context& context);
 int RunMeta(Context& context);
 int RunCards(Context& context);
+int RunCatalog(Context& context);
 int RunFields(Context& context);
 int RunJoin(Context& context);
 

@@ -7,7 +7,15 @@
 
 namespace host {
 
-enum ExitCode : int { kDone = 0, kFailed = 1, kUsageError = 2, kInterrupted = 130 };
+enum ExitCode : int {
+  kDone = 0,
+  kFailed = 1,
+  kUsageError = 2,
+  kNothingFound = 3,       // catalog: a path has no card
+  kUnreadable = 4,         // catalog: a path can't be read
+  kTransientFailure = 75,  // catalog: a timeout or an I/O error; EX_TEMPFAIL of sysexits.h
+  kInterrupted = 130
+};
 
 // Ends the program with one line on stderr, "sorvik: <what()>", and with --json with an error
 // document on standard output.

@@ -52,6 +52,11 @@ void JsonWriter::Null() {
   Write("null");
 }
 
+void JsonWriter::Json(std::string_view json) {
+  BeforeValue();
+  output_.Write(json);
+}
+
 void JsonWriter::Strings(const std::vector<std::string>& texts) {
   BeginArray();
   for (const std::string& text : texts) String(text);

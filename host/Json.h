@@ -39,6 +39,8 @@ class JsonWriter {
   void Number(double number);
   void Boolean(bool value);
   void Null();
+  // A value that is JSON already.
+  void Json(std::string_view json);
 
   void Strings(const std::vector<std::string>& texts);
   // Writes a field value: a string, an array of strings, null for the empty value, or {"bytes":N}

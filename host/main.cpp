@@ -24,10 +24,14 @@ struct CommandRow {
 };
 
 constexpr CommandRow kCommands[] = {
-    {"ls", RunLs},         {"who", RunWho},     {"entry", RunEntry}, {"files", RunFiles},
-    {"places", RunPlaces}, {"owner", RunOwner}, {"thumb", RunThumb}, {"providers", RunProviders},
-    {"meta", RunMeta},     {"sheet", RunSheet}, {"check", RunCheck}, {"cards", RunCards},
-    {"fields", RunFields}, {"join", RunJoin},
+    {"ls", RunLs},           {"who", RunWho},
+    {"entry", RunEntry},     {"files", RunFiles},
+    {"places", RunPlaces},   {"owner", RunOwner},
+    {"thumb", RunThumb},     {"providers", RunProviders},
+    {"meta", RunMeta},       {"sheet", RunSheet},
+    {"check", RunCheck},     {"cards", RunCards},
+    {"catalog", RunCatalog}, {"fields", RunFields},
+    {"join", RunJoin},
 };
 
 int RunCommand(Context& context) {

@@ -8,6 +8,7 @@
 #include "CopyComparison.h"
 #include "Failure.h"
 #include "Json.h"
+#include "OfflineCatalogue.h"
 #include "Paths.h"
 
 namespace host {
@@ -51,19 +52,33 @@ void CompareWithCopy(Context& context, CardReport& report) {
   findings.insert(findings.begin(), differences.begin(), differences.end());
 }
 
-CardReport MakeReport(Context& context, const std::string& path, const std::string& provider) {
+void CompareIfWanted(Context& context, CardReport& report) {
   const Options& options = context.options;
-  CardReport report{path, provider, {}, false, {}};
-  const auto depth = options.quick ? Sorvik::CheckDepth::kNames : Sorvik::CheckDepth::kStructure;
-  report.result = context.session.Check(path, provider, depth);
-  if (options.against.empty()) return report;
+  if (options.against.empty()) return;
   report.against = ResolvePath(options.against);
   if (!IsFolder(report.against)) {
     throw Failure(kFailed, report.against, DescribePathError(report.against, "Not a directory"));
   }
   report.hashed = options.hash;
   CompareWithCopy(context, report);
+}
+
+CardReport MakeReport(Context& context, const std::string& path, const std::string& provider) {
+  const Options& options = context.options;
+  CardReport report{path, provider, {}, false, {}};
+  const auto depth = options.quick ? Sorvik::CheckDepth::kNames : Sorvik::CheckDepth::kStructure;
+  report.result = context.session.Check(path, provider, depth);
+  CompareIfWanted(context, report);
   return report;
+}
+
+std::vector<CardReport> ReportsOfCatalogue(Context& context, const std::string& path) {
+  std::vector<CardReport> reports;
+  for (Sorvik::CataloguedCard& card : CataloguedCards(context, path)) {
+    reports.push_back({card.path, card.identification, {}, false, std::move(card.findings)});
+    CompareIfWanted(context, reports.back());
+  }
+  return reports;
 }
 
 }  // namespace
@@ -135,10 +150,8 @@ CardReport MakeMediumReport(Context& context, const std::string& path,
   return report;
 }
 
-}  // namespace
-
-int RunCheck(Context& context) {
-  const std::string path = ResolvePath(context.options.operands.front());
+std::vector<CardReport> MakeReports(Context& context, const std::string& path) {
+  if (!context.options.catalog.empty()) return ReportsOfCatalogue(context, path);
   const std::vector<Sorvik::FoundCard> cards = CardsFor(context, path);
   if (cards.empty()) {
     RequireReadable(context, path);
@@ -153,6 +166,14 @@ int RunCheck(Context& context) {
     CardReport medium = MakeMediumReport(context, path, cards);
     if (!medium.result.files.empty()) reports.push_back(std::move(medium));
   }
+  return reports;
+}
+
+}  // namespace
+
+int RunCheck(Context& context) {
+  const std::string path = ResolvePath(context.options.operands.front());
+  const std::vector<CardReport> reports = MakeReports(context, path);
   if (context.options.json) {
     JsonWriter json(context.output);
     if (reports.size() > 1) json.BeginArray();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <set>
 #include <utility>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "FileGroups.h"
 #include "Json.h"
 #include "Keys.h"
+#include "OfflineCatalogue.h"
 #include "Paths.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/cardtools/EntryFiles.h"
@@ -102,11 +104,32 @@ FieldValueMap GroupOf(Context& context, const std::string& file) {
   });
 }
 
+int WriteFilesOfCatalogue(Context& context, const std::string& path) {
+  const auto cards = CataloguedCards(context, path);
+  const std::vector<std::string>& operands = context.options.operands;
+  FileList list;
+  if (operands.size() > 1) {
+    const auto [card, key] = FindCataloguedClip(cards, path, operands[1]);
+    for (const CardFile& file : card->findings.files) {
+      if (std::ranges::count(file.owners, key) > 0) list.Add(file.path);
+    }
+    WriteFiles(context, path, list.Take());
+    return kDone;
+  }
+  bool readable = true;
+  for (const Sorvik::CataloguedCard& card : cards) {
+    readable = AddCard(context, card.path, card.findings, list) && readable;
+  }
+  WriteFiles(context, path, list.Take());
+  return readable ? kDone : kFailed;
+}
+
 }  // namespace
 
 int RunFiles(Context& context) {
   const std::vector<std::string>& operands = context.options.operands;
   const std::string path = ResolvePath(operands[0]);
+  if (!context.options.catalog.empty()) return WriteFilesOfCatalogue(context, path);
   if (operands.size() > 1) {
     const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
     const std::string key = FindKey(context, provider, path, operands[1]);

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+
 #include "Commands.h"
 #include "Failure.h"
 #include "FileGroups.h"
 #include "Json.h"
+#include "OfflineCatalogue.h"
 #include "Paths.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/RelatedFiles.h"
@@ -19,7 +22,8 @@ struct Owner {
   UTF16String folderPath;
   UTF16String providerId;  // empty if no entry owns the file
   Sorvik::FieldValueMap fields;
-  std::string error;  // why there is no result; empty on success
+  std::string typedFields;  // from a catalogue: a JSON object
+  std::string error;        // why there is no result; empty on success
 };
 
 Owner FindOwner(const std::string& path, bool clipsOnly) {
@@ -47,7 +51,11 @@ void WriteJson(Output& output, const Owner& owner) {
   json.Key("key");
   json.String(owner.entryKey);
   json.Key("fields");
-  json.Fields(owner.fields);
+  if (owner.typedFields.empty()) {
+    json.Fields(owner.fields);
+  } else {
+    json.Json(owner.typedFields);
+  }
   json.EndObject();
 }
 
@@ -71,12 +79,26 @@ void WriteText(Output& output, const Owner& owner) {
                   owner.fields);
 }
 
+Owner FindOwnerInCatalogue(Context& context, const std::string& path) {
+  const auto [card, file] = FindCataloguedFile(context, path);
+  const std::string& key = file.owners.front();
+  const auto clip = std::ranges::find(card.clips, key, &Sorvik::CataloguedCard::Clip::key);
+  Owner owner;
+  owner.entryKey = Hestra::MakeString(key);
+  owner.folderPath = Hestra::MakeString(card.path);
+  owner.providerId = Hestra::MakeString(card.identification);
+  owner.typedFields = clip == card.clips.end() ? "{}" : clip->fields;
+  return owner;
+}
+
 void RunOne(Context& context, const std::string& file) {
   const std::string path = ResolvePath(file);
   context.session.GetProgress().Begin("looking");
   const bool clipsOnly = context.options.clipsOnly;
-  const auto owner =
-      context.session.OnWorker<Owner>([path, clipsOnly] { return FindOwner(path, clipsOnly); });
+  const Owner owner = context.options.catalog.empty()
+                          ? context.session.OnWorker<Owner>(
+                                [path, clipsOnly] { return FindOwner(path, clipsOnly); })
+                          : FindOwnerInCatalogue(context, path);
   if (!owner.error.empty()) throw Failure(kFailed, path, owner.error);
   if (context.options.json) {
     WriteJson(context.output, owner);

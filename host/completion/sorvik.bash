@@ -24,19 +24,20 @@ _sorvik_keys() {
 
 _sorvik() {
   local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} word command= operands=()
-  local commands='ls who entry files places owner thumb sheet check cards join providers fields meta help'
+  local commands='ls who entry files places owner thumb sheet check cards join catalog providers fields meta help'
   local -A options=(
     [ls]='--json --tsv --csv --provider --fields --all --thumbs --size --icon --cache'
     [who]='--json --tsv --csv'
     [entry]='--json --provider --fields --all'
-    [files]='--json --provider -0 --dirs --all-cards --relative'
+    [files]='--json --provider -0 --dirs --all-cards --relative --catalog'
     [places]='--json --tsv --csv --provider'
-    [owner]='--json --ndjson --clips-only'
     [thumb]='--json --ndjson --provider --size --folder --icon --cache --force -o'
     [sheet]='--json --provider --fields --all --size --icon --cache --force -o'
-    [check]='--json --provider --files --quick --against --hash'
+    [owner]='--json --ndjson --clips-only --catalog'
+    [check]='--json --provider --files --quick --against --hash --catalog'
     [cards]='--json -0'
     [join]='--provider --format --allow-gaps --force -o'
+    [catalog]='--only --quick --here --jobs --timeout-per-card --shard --since -o --sqlite --force'
     [providers]='--json'
     [fields]='--json --tsv --csv'
     [meta]='--json --ndjson --fields --all --sources --packet'
@@ -65,7 +66,11 @@ _sorvik() {
       compopt -o nospace 2> /dev/null
       return
       ;;
-    --size) return ;;
+    --only)
+      mapfile -t COMPREPLY < <(compgen -W 'card clip file problem' -- "$cur")
+      return
+      ;;
+    --size | --jobs | --shard | --timeout-per-card) return ;;
   esac
   if [[ $cur == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "${options[${command:-ls}]} --core --help --version" -- "$cur")

@@ -19,7 +19,7 @@ end
 function __sorvik_after_path
     test (count (commandline -opc | string match -v -- '-*')) -ge 3
 end
-set -l commands ls who entry files places owner thumb sheet check cards join providers fields meta help
+set -l commands ls who entry files places owner thumb sheet check cards join catalog providers fields meta help
 set -l keyed entry files thumb join
 set -l first "not __fish_seen_subcommand_from $commands"
 complete -c sorvik -n $first -a ls -d 'list the entries of a path'
@@ -33,6 +33,7 @@ complete -c sorvik -n $first -a sheet -d 'write a contact sheet as one HTML file
 complete -c sorvik -n $first -a check -d 'check whether a card is complete'
 complete -c sorvik -n $first -a cards -d 'find the cards at, around and below a path'
 complete -c sorvik -n $first -a join -d 'write a list that joins the files of a clip'
+complete -c sorvik -n $first -a catalog -d 'write cards, clips and files as lines of JSON'
 complete -c sorvik -n $first -a providers -d 'list the registered providers'
 complete -c sorvik -n $first -a fields -d 'list fields with label, type and meaning'
 complete -c sorvik -n $first -a meta -d 'show the metadata of a file'
@@ -60,6 +61,14 @@ complete -c sorvik -l allow-gaps -d 'write the list even if a part is missing'
 complete -c sorvik -l dirs -d 'list the empty folders that the card needs, too'
 complete -c sorvik -l all-cards -d 'list parts of the clips on other cards, too'
 complete -c sorvik -l relative -d 'print paths relative to PATH, for rsync --files-from'
+complete -c sorvik -l catalog -r -d 'answer from a catalogue, without access to PATH'
+complete -c sorvik -l only -x -a 'card clip file problem' -d 'only these kinds of lines'
+complete -c sorvik -l here -d 'only cards whose root is PATH'
+complete -c sorvik -l jobs -x -d 'read the cards of N folders at the same time'
+complete -c sorvik -l timeout-per-card -x -d 'leave out cards that take longer, in seconds'
+complete -c sorvik -l shard -x -d 'only the cards of shard I/N'
+complete -c sorvik -l since -r -d 'copy the lines of unchanged cards from this catalogue'
+complete -c sorvik -l sqlite -r -d 'write to the tables of an SQLite database'
 complete -c sorvik -l force -d 'replace a file of a card'
 complete -c sorvik -l clips-only -d 'search the main file of each clip only'
 complete -c sorvik -l folder -d 'the picture for a folder'

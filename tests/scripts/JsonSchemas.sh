@@ -36,10 +36,12 @@ save meta meta "$card/CONTENTS/CLIP/0001AB.XML" --json --sources
 save thumb thumb "$card" 0001AB -o "$work/clip.png" --json
 save sheet sheet "$card" -o "$work/sheet.html" --json
 save cards cards "$work" --json
+save catalog catalog "$work" "$work/missing"
 save providers providers --json
 save fields fields --json
 save check check "$card" --json
 rm "$sound"
+save catalog catalog "$work"
 save check check "$work" --json --files
 save check check "$card" --json --quick
 save error ls "$work/missing" --json
