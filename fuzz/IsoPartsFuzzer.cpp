@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Parts of MP4 and MOV files inside a valid movie, which whole files rarely reach. The first byte
-// selects the part: the sample tables of a video or timecode track, fragments after the movie, user
-// data, or the box of a camera maker.
+// Parts of MP4 and MOV files inside a valid movie, which complete files rarely reach. The first
+// byte selects the part: the sample tables of a video or timecode track, fragments after the movie,
+// user data, or the box of a camera maker.
 #include <string>
 
 #include "FuzzReader.h"

@@ -19,6 +19,8 @@ TEST(BmpReader, GivesTheSize) {
   EXPECT_EQ(Facts(ReadWith(kBmpReader, Bitmap(40, 426))), "videoFrameSize=640x426 pixel\n");
   EXPECT_EQ(Facts(ReadWith(kBmpReader, Bitmap(124, 0xFFFFFE56))), "videoFrameSize=640x426 pixel\n");
   EXPECT_FALSE(ReadWith(kBmpReader, Bitmap(40, 0)).output.hasNative);
+  const std::string packet = "<?xpacket begin=''?><x:xmpmeta/><?xpacket end='w'?>";
+  EXPECT_EQ(ReadWith(kBmpReader, Bitmap(40, 426) + packet).output.packet, packet);
   EXPECT_FALSE(ReadWith(kBmpReader, Bitmap(1000, 426)).recognised);
   EXPECT_FALSE(ReadWith(kBmpReader, "BM").recognised);
 }

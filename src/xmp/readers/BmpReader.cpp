@@ -2,6 +2,7 @@
 #include "xmp/readers/BmpReader.h"
 
 #include "xmp/readers/PictureSize.h"
+#include "xmp/readers/ScanReader.h"
 
 namespace Sorvik::xmp {
 
@@ -17,8 +18,10 @@ bool Recognises(const ReaderInput& input) {
   return input.head.Matches(0, "BM") && length >= 40 && length <= 124;
 }
 
-void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& output) {
+// The format has no place for XMP, so programs append it.
+void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
   if (!Recognises(input)) return;
+  kScanReader.read(input, wanted, output);
   const std::uint32_t width = input.head.U32LE(kWidth).value_or(0);
   const std::uint32_t height = input.head.U32LE(kHeight).value_or(0);
   const bool topDown = (height & 0x80000000) != 0;

@@ -259,7 +259,7 @@ void SetAspect(const MatroskaTrack& track, TXMPMeta& meta) {
   const bool set = track.displayWidth != 0 && track.displayHeight != 0;
   const std::uint64_t width = set ? track.displayWidth * track.height : 1;
   const std::uint64_t height = set ? track.displayHeight * track.width : 1;
-  // Display sizes are whole pixels, so square pixels can be off by one.
+  // Display sizes are rounded, so square pixels can be off by one.
   constexpr double kMaxRounding = 0.005;
   const double aspect =
       static_cast<double>(width) / static_cast<double>(std::max<std::uint64_t>(height, 1));
