@@ -147,7 +147,7 @@ TEST(IsoMediaReader, ReadsChannelsFromTheDecoderConfiguration) {
   for (const char* unknown : {"1180", "11", "E988"}) {  // by tables, cut, parametric stereo
     EXPECT_EQ(channels(head + "40" + config + unknown), "Stereo Stereo") << unknown;
   }
-  EXPECT_EQ(channels(head + "6B" + config + "1188"), "Stereo Stereo") << "another codec";
+  EXPECT_EQ(channels(head + "6B" + config + "1188"), " ") << "MPEG audio: entries always have two";
   EXPECT_EQ(channels("00000000 03"), "Stereo Stereo");
   EXPECT_EQ(ChannelsWith(Box("dac3", Bytes().Hex("103DC0"))), "5.1");
   EXPECT_EQ(ChannelsWith(Box("dec3", Bytes().Hex("0C00 20 02 00"))), "Mono");

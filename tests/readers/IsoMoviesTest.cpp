@@ -143,6 +143,33 @@ TEST(IsoMovies, RatesOfSoundAreInTheDecoderConfiguration) {
       "96000");
 }
 
+TEST(IsoMovies, DescriptorsNameTheCodecOfMPEG4Entries) {
+  const auto esds = [](const char* object) {
+    return Box("esds", Bytes().Hex("00000000 0313000100 040D").Hex(object).Fill(12));
+  };
+  const auto sound = [&](const char* object) {
+    const ReadResult result = ReadMovie(
+        {MovieHeader(600, 600),
+         Track("soun", MediaHeader(48000, 48000),
+               {Descriptions(SoundEntry("mp4a", 2, 16, 48000, esds(object))), Sizes(1)})});
+    return result.Get(kNsDM, "audioCompressor") + " " + result.Get(kNsDM, "audioChannelType");
+  };
+  EXPECT_EQ(sound("40"), "AAC Stereo");
+  EXPECT_EQ(sound("6B"), "MPEG ");
+  EXPECT_EQ(sound("A5"), "AC3 ");
+  const auto video = [&](const char* object) {
+    return ReadMovie({MovieHeader(600, 600),
+                      Track("vide", MediaHeader(25, 25),
+                            {Descriptions(VideoEntry("mp4v", 720, 576, {esds(object)})),
+                             Durations({{25, 1}}), Sizes(25)})})
+        .Get(kNsDM, "videoCompressor");
+  };
+  EXPECT_EQ(video("20"), "MPEG-4");
+  EXPECT_EQ(video("61"), "MPEG-2");
+  EXPECT_EQ(video("6A"), "MPEG-1");
+  EXPECT_EQ(video("6C"), "Motion JPEG");
+}
+
 TEST(IsoMovies, RecordNextToAClipDescribesTheCamera) {
   TempTree tree;
   tree.File("C0001M01.XML",

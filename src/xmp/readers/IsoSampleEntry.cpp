@@ -55,6 +55,7 @@ std::uint64_t OffsetAfterLength(ByteReader bytes, std::uint64_t at) {
 struct Decoder {
   unsigned channels = 0;
   std::uint64_t rate = 0;
+  std::uint32_t type = 0;  // the sample description that would name the codec
 };
 
 // ISO/IEC 14496-3, 1.6.2: the audio specific configuration.
@@ -77,24 +78,34 @@ Decoder ReadAudioConfiguration(ByteReader bytes) {
   return decoder;
 }
 
-// The decoder configuration in an elementary stream descriptor (ISO/IEC 14496-1, 7.2.6).
-Decoder ReadStreamDescriptor(ByteReader esds) {
+// The offset of the decoder configuration in an elementary stream descriptor, which begins with the
+// type of the object (ISO/IEC 14496-1, 7.2.6); 0 if there is none.
+std::uint64_t FindDecoderConfiguration(ByteReader esds) {
   constexpr std::uint64_t kFlags = 4;  // of the box
   const auto at = [&esds](std::uint64_t place) { return esds.U8(place).value_or(0); };
-  if (at(kFlags) != 3) return {};  // ES_Descriptor
+  if (at(kFlags) != 3) return 0;  // ES_Descriptor
   std::uint64_t place = OffsetAfterLength(esds, kFlags + 1);
   const unsigned parts = at(place + 2);
   place += 3;
   if ((parts & 0x80) != 0) place += 2;
   if ((parts & 0x40) != 0) place += std::uint64_t{1} + at(place);
   if ((parts & 0x20) != 0) place += 2;
-  if (at(place) != 4) return {};  // DecoderConfigDescriptor
-  place = OffsetAfterLength(esds, place + 1);
+  if (at(place) != 4) return 0;  // DecoderConfigDescriptor
+  return OffsetAfterLength(esds, place + 1);
+}
+
+Decoder ReadStreamDescriptor(ByteReader esds) {
   constexpr unsigned kMPEG4Audio = 0x40;
-  if (at(place) != kMPEG4Audio) return {};
-  place += 13;
-  if (at(place) != 5) return {};  // DecoderSpecificInfo
-  return ReadAudioConfiguration(esds.Clip(OffsetAfterLength(esds, place + 1)));
+  const std::uint64_t place = FindDecoderConfiguration(esds);
+  Decoder decoder;
+  if (place == 0) return decoder;
+  const unsigned object = esds.U8(place).value_or(0);
+  if (object == 0x69 || object == 0x6B) decoder.type = FourCC(".mp3");
+  if (object == 0xA5) decoder.type = FourCC("ac-3");
+  if (object == 0xA6) decoder.type = FourCC("ec-3");
+  constexpr std::uint64_t kSpecific = 13;
+  if (object != kMPEG4Audio || esds.U8(place + kSpecific) != 5) return decoder;
+  return ReadAudioConfiguration(esds.Clip(OffsetAfterLength(esds, place + kSpecific + 1)));
 }
 
 // Version and flags, type and length of the block; sizes of blocks and frames, 20 bits rate, 3 bits
@@ -125,10 +136,10 @@ Decoder ReadDecoder(ByteReader entry, std::uint64_t boxes) {
   const IsoBox all{0, boxes, entry.Size()};
   const auto bytesOf = [&entry](const IsoBox& box) { return entry.Clip(box.body, box.Size()); };
   if (const auto ac3 = FindBox(memory, all, FourCC("dac3"))) {
-    return {ChannelsOfAC3(bytesOf(*ac3), 10), 0};
+    return {ChannelsOfAC3(bytesOf(*ac3), 10)};
   }
   if (const auto ac3 = FindBox(memory, all, FourCC("dec3"))) {
-    return {ChannelsOfAC3(bytesOf(*ac3), 28), 0};
+    return {ChannelsOfAC3(bytesOf(*ac3), 28)};
   }
   if (const auto flac = FindBox(memory, all, FourCC("dfLa"))) return ReadFLAC(bytesOf(*flac));
   auto esds = FindBox(memory, all, FourCC("esds"));
@@ -156,6 +167,10 @@ Sound ReadSound(ByteReader entry) {
     const Decoder decoder = ReadDecoder(entry, version == 1 ? kSoundBoxesV1 : kSoundBoxes);
     if (decoder.channels != 0) sound.channels = decoder.channels;
     if (sound.rate == 0) sound.rate = decoder.rate;
+    if (decoder.type != 0) {
+      sound.type = decoder.type;
+      sound.channels = decoder.channels;  // two in the entry for any number
+    }
     return sound;
   }
 
@@ -193,6 +208,14 @@ void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta) {
   } else {
     SetAudioSampleBits(meta, bits);
   }
+}
+
+std::uint32_t VideoFormatOf(ByteReader esds) {
+  const std::uint64_t place = FindDecoderConfiguration(esds);
+  const unsigned object = place == 0 ? 0 : esds.U8(place).value_or(0);
+  if (object >= 0x60 && object <= 0x65) return FourCC("m2v1");
+  if (object == 0x6A) return FourCC("mp1v");
+  return object == 0x6C ? FourCC("jpeg") : 0;
 }
 
 std::uint32_t OriginalFormat(ByteReader entry, std::uint64_t boxes) {

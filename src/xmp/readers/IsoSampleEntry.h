@@ -12,6 +12,10 @@
 
 namespace Sorvik::xmp {
 
+// The type of the sample description that would name the codec of an 'esds' box of video, the body
+// of which is `esds`: entries of MPEG-4 contain MPEG-2, too. 0 if it is MPEG-4 or unknown.
+std::uint32_t VideoFormatOf(foundation::ByteReader esds);
+
 // The type of the entry, whose child boxes start at `boxes`; for an encrypted track, the type
 // before encryption.
 std::uint32_t OriginalFormat(foundation::ByteReader entry, std::uint64_t boxes);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/IsoVideoEntry.h"
 
+#include <optional>
 #include <string>
 
 #include "xmp/Namespaces.h"
@@ -191,11 +192,17 @@ void SetVideoEntry(ByteReader entry, std::uint32_t displayWidth, std::uint32_t d
                    TXMPMeta& meta) {
   const auto [width, height] = VideoEntrySize(entry);
   SetFrameSize(meta, width, height);
-  const std::string type = FourCCText(OriginalFormat(entry, kBoxes));
+  FileWindow memory(entry);
+  std::uint32_t code = OriginalFormat(entry, kBoxes);
+  const auto esds = entry.Size() > kBoxes
+                        ? FindBox(memory, IsoBox{0, kBoxes, entry.Size()}, FourCC("esds"))
+                        : std::nullopt;
+  const std::uint32_t object = esds ? VideoFormatOf(entry.Clip(esds->body, esds->Size())) : 0;
+  if (code == FourCC("mp4v") && object != 0) code = object;
+  const std::string type = FourCCText(code);
   meta.SetProperty(kNsDM, "videoCompressor", VideoCodecName(type));
   SetPixelDepth(meta, BitsOfVideoCodec(type));
 
-  FileWindow memory(entry);
   IsoBoxes codecBoxes(memory, kBoxes, entry.Size());
   while (const auto box = codecBoxes.Next()) {
     SetCodecConfiguration(box->type, entry.Clip(box->body, box->Size()), meta);
