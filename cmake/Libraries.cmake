@@ -9,6 +9,7 @@ find_package(JPEG REQUIRED)
 find_package(ZLIB REQUIRED)
 find_package(PNG REQUIRED)
 find_package(TIFF 4.5 REQUIRED)
+find_package(nlohmann_json REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(GDK_PIXBUF REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
 pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
@@ -21,4 +22,5 @@ pkg_check_modules(SQLITE3 REQUIRED IMPORTED_TARGET sqlite3)
 set(SORVIK_PUBLIC_LIBRARIES Boost::boost)
 set(SORVIK_LIBRARIES
     Boost::boost Threads::Threads ICU::uc EXPAT::EXPAT JPEG::JPEG ZLIB::ZLIB TIFF::TIFF
+    nlohmann_json::nlohmann_json
     PkgConfig::GDK_PIXBUF PkgConfig::GIO PkgConfig::MOUNT PkgConfig::UDEV)

@@ -1,7 +1,6 @@
 # One test program FOLDER_tests for each folder in tests/. The tests of the folders in
 # SORVIK_THREAD_TESTS get the label "threads", which the preset tsan selects.
 find_package(GTest REQUIRED)
-find_package(nlohmann_json REQUIRED)
 include(GoogleTest)
 set(SORVIK_THREAD_TESTS c cardtools foundation frame host robustness thumbnails)
 

@@ -25,6 +25,8 @@ constexpr Container kContainers[] = {
     {".lrv", probe::ProbeIsoMedia},
     {".lrf", probe::ProbeIsoMedia},
     {".360", probe::ProbeIsoMedia},
+    {".braw", probe::ProbeIsoMedia},
+    {".braw2", probe::ProbeIsoMedia},
     {".mts", probe::ProbeTransportStream},
     {".m2ts", probe::ProbeTransportStream},
     {".m2t", probe::ProbeTransportStream},

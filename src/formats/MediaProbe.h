@@ -22,8 +22,8 @@ struct MediaProbe {
   std::string detail;  // of kTruncated and kUnreadable, in English
 };
 
-// The container is known from the extension of `path` (UTF-8, case-insensitive): MXF; MP4, MOV;
-// MTS, M2TS, M2T, TS; WAV, AVI; DV; ARI; DNG; RMF; R3D; BMP.
+// The container is known from the extension of `path` (UTF-8, case-insensitive): MXF; MP4, MOV,
+// BRAW; MTS, M2TS, M2T, TS; WAV, AVI; DV; ARI; DNG; RMF; R3D; BMP.
 MediaProbe ProbeMedia(const std::string& path);
 
 // True if the extension is one that ProbeMedia knows, except BMP.

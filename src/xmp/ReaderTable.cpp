@@ -6,6 +6,7 @@
 
 #include "xmp/readers/AriReader.h"
 #include "xmp/readers/BmpReader.h"
+#include "xmp/readers/BrawSidecarReader.h"
 #include "xmp/readers/CanonXFReader.h"
 #include "xmp/readers/CrwReader.h"
 #include "xmp/readers/DVReader.h"
@@ -64,6 +65,7 @@ constexpr const Reader* kReaders[] = {
     // Detected by file name.
     &kRmdReader,
     &kSubtitleTelemetryReader,
+    &kBrawSidecarReader,
     // Formats detected by byte patterns: after all formats with a signature.
     &kTransportStreamReader,
     &kDVReader,

@@ -10,6 +10,7 @@
 #include "xmp/Namespaces.h"
 #include "xmp/NativeValues.h"
 #include "xmp/readers/CameraXml.h"
+#include "xmp/readers/BrawValues.h"
 #include "xmp/readers/GpmfTelemetry.h"
 #include "xmp/readers/Insta360Trailer.h"
 #include "xmp/readers/IsoFragments.h"
@@ -157,7 +158,16 @@ class IsoFile {
     if (hasCamera_) {
       AddNonRealTimeFacts(std::move(camera_), native);
     }
+    if (IsBrawPath(path_)) StoreBraw();
     output_.hasNative = true;
+  }
+
+  void StoreBraw() {
+    TXMPMeta braw = ReadSidecarOfBraw(path_);
+    TXMPMeta inFile;
+    for (const IsoBox& box : movie_->texts) SetBrawItems(file_, box, inFile);
+    braw.FillFrom(inFile);
+    AddBrawFacts(std::move(braw), output_.native);
   }
 
   FileWindow file_;

@@ -188,15 +188,15 @@ std::string ItemText(FileWindow& file, const IsoBox& item) {
 }
 
 // keys: version and flags, count, then size, namespace and name for each.
-std::vector<const Name*> ReadKeys(FileWindow& file, const IsoBox& keys) {
-  std::vector<const Name*> names;
+std::vector<std::string> ReadKeys(FileWindow& file, const IsoBox& keys) {
+  std::vector<std::string> names;
   const ByteReader body = file.At(keys.body, std::min(kMaxTextBytes, keys.Size()));
   const std::size_t count = std::min<std::size_t>(body.U32BE(4).value_or(0), kMaxKeys);
   std::uint64_t at = 8;
   while (names.size() < count) {
     const std::uint64_t size = body.U32BE(at).value_or(0);
     if (size < 8 || !body.Holds(at, size)) break;
-    names.push_back(FindKey(body.TextAt(at + 8, size - 8)));
+    names.emplace_back(body.TextAt(at + 8, size - 8));
     at += size;
   }
   return names;
@@ -204,20 +204,25 @@ std::vector<const Name*> ReadKeys(FileWindow& file, const IsoBox& keys) {
 
 }  // namespace
 
-void SetMetaItems(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta) {
+MetaItems FindMetaItems(FileWindow& file, const IsoBox& metaBox) {
+  MetaItems items;
   // QuickTime writes this box without the version and flags that it has elsewhere.
   const std::uint64_t skip = file.At(metaBox.body, 8).Matches(4, "hdlr") ? 0 : 4;
-  if (metaBox.Size() < skip) return;
-  std::vector<const Name*> keys;
-  if (const auto box = FindBox(file, metaBox, FourCC("keys"), skip)) keys = ReadKeys(file, *box);
-  const auto list = FindBox(file, metaBox, FourCC("ilst"), skip);
-  if (!list) return;
+  if (metaBox.Size() < skip) return items;
+  if (const auto box = FindBox(file, metaBox, FourCC("keys"), skip)) {
+    items.keys = ReadKeys(file, *box);
+  }
+  items.list = FindBox(file, metaBox, FourCC("ilst"), skip);
+  return items;
+}
 
-  IsoBoxes items(file, *list);
-  while (const auto item = items.Next()) {
-    const Name* name = FindCode(item->type);
-    // The type of an item with a key is the index of its key, from 1.
-    if (item->type >= 1 && item->type <= keys.size()) name = keys[item->type - 1];
+void SetMetaItems(FileWindow& file, const IsoBox& metaBox, TXMPMeta& meta) {
+  const MetaItems items = FindMetaItems(file, metaBox);
+  if (!items.list) return;
+  IsoBoxes boxes(file, *items.list);
+  while (const auto item = boxes.Next()) {
+    const bool hasKey = item->type >= 1 && item->type <= items.keys.size();
+    const Name* name = hasKey ? FindKey(items.keys[item->type - 1]) : FindCode(item->type);
     if (name != nullptr) Store(meta, name->fact, ItemText(file, *item));
   }
 }
