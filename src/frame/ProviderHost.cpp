@@ -18,6 +18,7 @@
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
+#include "providers/modern/ProviderBRAW.h"
 #include "providers/modern/ProviderCanonXFAVC.h"
 #include "providers/modern/ProviderDCIM.h"
 #include "providers/modern/ProviderPanaGroup.h"
@@ -62,6 +63,7 @@ constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderCanonXFAVC>,
     Make<ProviderDCIM>,
     Make<ProviderPanaGroup>,
+    Make<ProviderBRAW>,
 };
 
 constexpr std::chrono::milliseconds kNoLimit{-1};

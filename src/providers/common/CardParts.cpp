@@ -82,6 +82,21 @@ std::string EntryOfPath::KeyOf(const std::string& path) const {
   return found == keys_.end() ? std::string() : found->second;
 }
 
+const char* RoleOfCompanion(std::string_view path) {
+  using foundation::HasExtension;
+  if (HasExtension(path, ".wav")) return card_role::kSound;
+  if (HasExtension(path, ".mov") || HasExtension(path, ".mp4")) return card_role::kProxy;
+  if (HasExtension(path, ".jpg") || HasExtension(path, ".rtn")) return card_role::kThumbnail;
+  return card_role::kSidecar;
+}
+
+bool IsMediaRole(std::string_view role) {
+  constexpr std::string_view kMediaRoles[] = {card_role::kEssence, card_role::kSound,
+                                              card_role::kProxy, card_role::kSpan,
+                                              card_role::kSegment};
+  return std::ranges::find(kMediaRoles, role) != std::end(kMediaRoles);
+}
+
 std::vector<std::string> KeyList(const std::string& key) {
   return key.empty() ? std::vector<std::string>() : std::vector<std::string>{key};
 }

@@ -41,6 +41,11 @@ class EntryOfPath {
   std::unordered_map<std::string, std::string> keys_;
 };
 
+// The role of a file next to a clip of the same name, by its extension.
+const char* RoleOfCompanion(std::string_view path);
+// True if files of the role are probed by their container.
+bool IsMediaRole(std::string_view role);
+
 // {} for an empty key.
 std::vector<std::string> KeyList(const std::string& key);
 
