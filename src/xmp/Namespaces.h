@@ -14,6 +14,7 @@ inline constexpr char kNsCRS[] = "http://ns.adobe.com/camera-raw-settings/1.0/";
 // Of the clip records of Sony cameras, for facts that XMP has no property for. The records append
 // their version.
 inline constexpr char kNsNonRealTimeMeta[] = "urn:schemas-professionalDisc:nonRealTimeMeta";
+inline constexpr char kNsBext[] = "http://ns.adobe.com/bwf/bext/1.0/";
 // Of Blackmagic RAW recordings, for named values that XMP has no property for.
 inline constexpr char kNsBlackmagicRAW[] = "urn:sorvik:blackmagic-raw";
 inline constexpr char kNsPhotoshop[] = "http://ns.adobe.com/photoshop/1.0/";

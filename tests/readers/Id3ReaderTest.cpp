@@ -47,8 +47,29 @@ TEST(Id3Reader, ReadsThePrivateFrameOfXMP) {
     const auto result = ReadWith(kId3Reader, file);
     EXPECT_TRUE(result.recognised);
     EXPECT_EQ(result.output.packet, packet);
-    EXPECT_EQ(result.reads, 1);
+    EXPECT_EQ(result.reads, 2) << "the packet, and what follows it";
   }
+}
+
+TEST(Id3Reader, ReadsTextsInAllEncodings) {
+  const auto frames = [](unsigned version) {
+    Bytes b;
+    b.Add(Frame(version, "TIT2", "\1\xFF\xFE" + std::string("T\0\xE9\0", 4)));
+    b.Add(Frame(version, "TPE1", std::string("\0Andr\xE9\0second", 13)));
+    b.Add(Frame(version, "TALB", "\3\xC3\xA9"));
+    b.Add(Frame(version, "TCON", std::string("\2\0G", 3)));
+    b.Add(Frame(version, "COMM", std::string("\0engiTunes\0no", 14)));
+    b.Add(Frame(version, "COMM", std::string("\0eng\0loud", 9)));
+    b.Add(Frame(version, "TRCK", "\7x"));
+    return b.Add(Frame(version, "TCOM", ""));
+  };
+  for (const unsigned version : {3u, 4u}) {
+    const auto result = ReadWith(kId3Reader, File(version, frames(version)));
+    EXPECT_TRUE(result.output.hasNative);
+    EXPECT_EQ(sorvik_test::TextFacts(result),
+              "title=T\xC3\xA9\nartist=Andr\xC3\xA9\nalbum=\xC3\xA9\ngenre=G\nlogComment=loud\n");
+  }
+  EXPECT_FALSE(ReadWith(kId3Reader, File(3, Frame(3, "TXXX", "x"))).output.hasNative);
 }
 
 TEST(Id3Reader, UndoesUnsynchronisation) {

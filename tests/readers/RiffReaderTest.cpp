@@ -3,6 +3,7 @@
 
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
+#include "support/SoundFile.h"
 #include "support/TiffBytes.h"
 #include "xmp/readers/RiffReader.h"
 
@@ -169,6 +170,7 @@ TEST(RiffReader, ReadsABroadcastWave) {
             "audioSampleType=24Int\n"
             "audioChannelType=Stereo\n"
             "audioCompressor=PCM\n"
+            "fileDataRate=289/1000\n"
             "startTimecode=01;00;00;00 2997DropTimecode\n"
             "duration=48000 @ 1/48000\n");
   EXPECT_EQ(TextFacts(result),
@@ -193,6 +195,40 @@ TEST(RiffReader, ReadsTheTimeStampOfIXML) {
   EXPECT_EQ(start("<TIMECODE_RATE>-1</TIMECODE_RATE>"), "");
   EXPECT_EQ(start(rate + low + "18446744073709551615</TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO>"), "");
   EXPECT_EQ(ReadWith(kRiffReader, Wave("<BWFXML><TAPE>no end")).Get(kNsDM, "tapeName"), "");
+}
+
+TEST(RiffReader, ReadsTakesOfRecordersWithoutIXML) {
+  const auto read = [](const std::string& description, const std::string& ixml = {}) {
+    return ReadWith(kRiffReader, sorvik_test::MadeRecording({.ixml = ixml,
+                                                             .start = 3600 * 48000ULL,
+                                                             .originator = "Rec 8",
+                                                             .description = description}));
+  };
+  const auto start = [](const sorvik_test::ReadResult& result) {
+    return result.Field("startTimecode", kNsDM, "timeValue");
+  };
+  const auto result = read("sSPEED=029.970-DF\r\nsTAKE=3\nzSCENE=12A\r\nsTAPE=R1\nsNOTE=\nTAKE=9");
+  EXPECT_EQ(start(result), "01;00;00;00");
+  EXPECT_EQ(result.Get(kNsDM, "scene"), "12A");
+  EXPECT_EQ(result.Get(kNsDM, "takeNumber"), "3");
+  EXPECT_EQ(result.Get(kNsDM, "tapeName"), "R1");
+  EXPECT_EQ(result.Get(kNsBext, "originator"), "Rec 8");
+  EXPECT_EQ(result.Get(kNsBext, "timeReference"), "172800000");
+  EXPECT_EQ(start(read("sSPEED=025.000-ND")), "01:00:00:00");
+  for (const char* unknown : {"", "sSPEED=", "sSPEED=25", "sSPEED=x-ND", "sSPEED=0-ND"}) {
+    EXPECT_EQ(start(read(unknown)), "") << unknown;
+  }
+  EXPECT_EQ(read("sTAKE=3", "<TAKE>4</TAKE><NO_GOOD>TRUE</NO_GOOD>").Get(kNsDM, "takeNumber"), "4");
+  EXPECT_EQ(read("", "<NO_GOOD>TRUE</NO_GOOD>").Get(kNsDM, "good"), "False");
+}
+
+TEST(RiffReader, ReadsAnID3TagInAWave) {
+  Bytes tag = Bytes("ID3").U8(3).U16(0).U32(10 + 4).Text("TIT2").U32(4).U16(0).U8(3).Text("Sea");
+  const Bytes header = Chunk("fmt ", WaveFormat(1, 1, 48000, 16));
+  for (const char* id : {"id3 ", "ID3 "}) {
+    const auto result = ReadWith(kRiffReader, Riff("WAVE", {header, Chunk(id, tag)}));
+    EXPECT_EQ(TextFacts(result), "title=Sea\n") << id;
+  }
 }
 
 TEST(RiffReader, FindsChunksAfterTheAudioOfRF64) {

@@ -4,6 +4,7 @@
 #include "xmp/Namespaces.h"
 #include "xmp/readers/AviHeader.h"
 #include "xmp/readers/ExifTags.h"
+#include "xmp/readers/Id3Tag.h"
 #include "xmp/readers/PictureSize.h"
 #include "xmp/readers/RiffTexts.h"
 #include "xmp/readers/WaveFacts.h"
@@ -66,6 +67,8 @@ class RiffFile {
         if (output_.packet.empty()) output_.packet = file_.Copy(chunk->body, chunk->size);
       } else if (chunk->id == kList) {
         TakeList(*chunk);
+      } else if (chunk->id == FourCC("id3 ") || chunk->id == FourCC("ID3 ")) {
+        output_.hasNative |= SetId3Tag(file_, chunk->body, output_.native, output_.packet);
       } else if (form_ == kWAVE) {
         wave_.Take(file_, *chunk);
         const std::uint64_t bytes = wave_.DataBytes();
@@ -136,7 +139,7 @@ class RiffFile {
         SetFirstDVFrame(file_, *movi_, facts);
       }
     }
-    if (form_ == kWAVE) output_.hasNative |= wave_.Store(facts);
+    if (form_ == kWAVE) output_.hasNative |= wave_.Store(file_.Size(), facts);
     output_.hasNative |= header_.has_value();
     SetPictureSize(facts, width_, height_, orientation_);
     output_.hasNative |= width_ != 0 && height_ != 0;

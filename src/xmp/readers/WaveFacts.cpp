@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/readers/WaveFacts.h"
 
-#include <charconv>
-
-#include "foundation/XmlTree.h"
 #include "xmp/Namespaces.h"
 #include "xmp/readers/CodecNames.h"
 #include "xmp/readers/NativeText.h"
@@ -12,9 +9,8 @@ namespace Sorvik::xmp {
 
 namespace {
 
+using formats::sound::NumberAtStart;
 using foundation::ByteReader;
-using foundation::ReaderOf;
-using foundation::XmlElement;
 
 constexpr std::uint16_t kPCM = 1;
 constexpr std::uint16_t kFloat = 3;
@@ -23,28 +19,13 @@ constexpr std::uint16_t kExtensible = 0xFFFE;
 // extensible formats add sizes, speaker positions and a sub-format that begins with the actual tag.
 constexpr std::uint64_t kSubFormat = 24;
 
-// 'bext': fixed-length texts, then numbers.
-constexpr std::uint64_t kDescription = 0;
-constexpr std::uint64_t kDescriptionLength = 256;
-constexpr std::uint64_t kOriginationDate = 320;
-constexpr std::uint64_t kOriginationTime = 330;
-constexpr std::uint64_t kTimeReference = 338;  // samples since midnight
-constexpr std::uint64_t kBroadcastLength = 602;
-
-constexpr std::uint64_t kMaxIXMLBytes = std::uint64_t{1} << 20;
 constexpr std::uint64_t kSecondsOfDay = 86400;
-
-std::uint64_t NumberOf(std::string_view text) {
-  std::uint64_t value = 0;
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-  return result.ec == std::errc() ? value : 0;
-}
 
 // "30000/1001", or "25".
 Rate RateOf(std::string_view text) {
   const std::size_t slash = text.find('/');
-  if (slash == std::string_view::npos) return Rate{NumberOf(text), 1};
-  return Rate{NumberOf(text.substr(0, slash)), NumberOf(text.substr(slash + 1))};
+  if (slash == std::string_view::npos) return DecimalFraction(text);
+  return Rate{NumberAtStart(text.substr(0, slash)), NumberAtStart(text.substr(slash + 1))};
 }
 
 void SetTimecode(std::uint64_t samples, std::uint64_t samplesPerSecond, Rate rate, bool drop,
@@ -105,65 +86,82 @@ void WaveFacts::Take(FileWindow& file, const RiffChunk& chunk) {
       break;
     }
     case FourCC("bext"):
-      broadcast_ = ChunkBytes(file, chunk, kBroadcastLength).Text();
+      broadcast_ = formats::sound::ParseBroadcastExtension(
+          ChunkBytes(file, chunk, formats::sound::kBroadcastExtensionSize));
       break;
     case FourCC("iXML"):
-      if (chunk.size <= kMaxIXMLBytes) ixml_ = ChunkBytes(file, chunk, kMaxIXMLBytes).Text();
+      hasIXML_ = true;
+      if (chunk.size > formats::sound::kMaxIXmlSize) break;
+      ixml_ = formats::sound::ParseIXml(ChunkBytes(file, chunk, chunk.size).Text());
       break;
     default:
       break;
   }
 }
 
-bool WaveFacts::Store(TXMPMeta& meta) const {
-  if (!broadcast_.empty()) StoreBroadcast(meta);
+bool WaveFacts::Store(std::uint64_t fileBytes, TXMPMeta& meta) const {
+  if (broadcast_) StoreBroadcast(meta);
   if (format_) {
     SetWaveFormat(*format_, meta);
     const bool plain = format_->tag == kPCM || format_->tag == kFloat;
     const std::uint64_t samples =
         plain && format_->blockBytes != 0 ? dataBytes_ / format_->blockBytes : samples_;
-    if (samples != 0) SetDuration(meta, samples, Rate{format_->rate, 1});
+    if (samples != 0) {
+      SetDuration(meta, samples, Rate{format_->rate, 1});
+      SetFileDataRate(meta, fileBytes, samples, format_->rate);
+    }
   }
-  if (!ixml_.empty()) StoreIXML(meta);
-  return format_ || !broadcast_.empty() || !ixml_.empty();
+  if (ixml_) StoreIXML(meta);
+  StoreStart(meta);
+  return format_ || broadcast_ || hasIXML_;
 }
 
 void WaveFacts::StoreBroadcast(TXMPMeta& meta) const {
-  const ByteReader bext = ReaderOf(broadcast_);
-  const std::string description = NativeText(bext.TextAt(kDescription, kDescriptionLength));
-  if (!description.empty()) {
-    meta.SetLocalizedText(kNsDC, "description", "x-default", description);
-  }
-  std::string date(bext.TextAt(kOriginationDate, 10));
-  date.append("T").append(bext.TextAt(kOriginationTime, 8));
+  const auto text = [this](std::string_view name) {
+    return NativeText(broadcast_->DescriptionValue(name));
+  };
+  meta.SetLocalizedText(kNsDC, "description", "x-default", NativeText(broadcast_->description));
+  std::string date = broadcast_->date + "T" + broadcast_->time;
   if (date.size() == 19) date[13] = date[16] = ':';  // other separators are allowed
   meta.SetProperty(kNsXMP, "CreateDate", ExifDate(date));
+  meta.SetProperty(kNsBext, "originator", NativeText(broadcast_->originator));
+  meta.SetProperty(kNsBext, "originatorReference", NativeText(broadcast_->originatorReference));
+  meta.SetProperty(kNsBext, "timeReference", std::to_string(broadcast_->timeReference));
+  meta.SetProperty(kNsDM, "scene", text("SCENE"));
+  meta.SetProperty(kNsDM, "takeNumber", text("TAKE"));
+  meta.SetProperty(kNsDM, "tapeName", text("TAPE"));
+  meta.SetProperty(kNsDM, "logComment", text("NOTE"));
 }
 
 void WaveFacts::StoreIXML(TXMPMeta& meta) const {
-  const auto document =
-      foundation::ParseXml(ixml_, {.bytes = kMaxIXMLBytes, .depth = 32, .nodes = 20'000});
-  if (!document) return;
-  const XmlElement& root = document->Root();
-  const auto text = [](const XmlElement& element, std::string_view name) {
-    return std::string(element.TextOf(name));
-  };
-  meta.SetProperty(kNsDM, "tapeName", text(root, "TAPE"));
-  meta.SetProperty(kNsDM, "scene", text(root, "SCENE"));
-  meta.SetProperty(kNsDM, "takeNumber", text(root, "TAKE"));
-  meta.SetProperty(kNsDM, "logComment", text(root, "NOTE"));
-  if (text(root, "CIRCLED") == "TRUE") meta.SetProperty(kNsDM, "good", "True");
+  meta.SetProperty(kNsDM, "tapeName", ixml_->tape);
+  meta.SetProperty(kNsDM, "scene", ixml_->scene);
+  meta.SetProperty(kNsDM, "takeNumber", ixml_->take);
+  meta.SetProperty(kNsDM, "logComment", ixml_->note);
+  meta.SetProperty(kNsDM, "shotLocation", ixml_->location);
+  if (ixml_->noGood) meta.SetProperty(kNsDM, "good", "False");
+  if (ixml_->circled) meta.SetProperty(kNsDM, "good", "True");
+}
 
-  const XmlElement* speed = root.Child("SPEED");
-  if (speed == nullptr) return;
-  std::uint64_t samples = NumberOf(speed->TextOf("TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO")) |
-                          NumberOf(speed->TextOf("TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI")) << 32;
-  if (samples == 0) samples = ReaderOf(broadcast_).U64LE(kTimeReference).value_or(0);
-  std::uint64_t perSecond = NumberOf(speed->TextOf("TIMESTAMP_SAMPLE_RATE"));
-  if (perSecond == 0) perSecond = NumberOf(speed->TextOf("FILE_SAMPLE_RATE"));
+// The rate is that of iXML, else "sSPEED=025.000-ND" in the description. Without one, the time has
+// no timecode.
+void WaveFacts::StoreStart(TXMPMeta& meta) const {
+  std::uint64_t samples = ixml_ ? ixml_->timeStamp : 0;
+  std::uint64_t perSecond = ixml_ ? ixml_->timeStampRate : 0;
+  if (samples == 0 && broadcast_) {
+    samples = broadcast_->timeReference;
+    if (format_) perSecond = format_->rate;
+  }
   if (perSecond == 0 && format_) perSecond = format_->rate;
-  SetTimecode(samples, perSecond, RateOf(speed->TextOf("TIMECODE_RATE")),
-              speed->TextOf("TIMECODE_FLAG") == "DF", meta);
+  if (ixml_ && !ixml_->timecodeRate.empty()) {
+    return SetTimecode(samples, perSecond, RateOf(ixml_->timecodeRate), ixml_->dropFrame, meta);
+  }
+  if (!broadcast_) return;
+  const std::string_view speed = broadcast_->DescriptionValue("SPEED");
+  const std::size_t dash = speed.find('-');
+  if (dash == std::string_view::npos) return;
+  SetTimecode(samples, perSecond, RateOf(speed.substr(0, dash)),
+              speed.substr(dash + 1).starts_with("DF"), meta);
 }
 
 }  // namespace Sorvik::xmp

@@ -3,6 +3,7 @@
 // Facts: Microsoft's WAVEFORMATEX; EBU Tech 3285; EBU Tech 3306 (RF64); iXML 2.0.
 #pragma once
 
+#include "formats/sound/RecorderFile.h"
 #include "xmp/NativeValues.h"
 #include "xmp/readers/RiffChunks.h"
 
@@ -23,18 +24,20 @@ class WaveFacts {
  public:
   void Take(FileWindow& file, const RiffChunk& chunk);
   std::uint64_t DataBytes() const noexcept { return dataBytes_; }
-  // Stores the facts of all chunks. Returns true if there were any.
-  bool Store(TXMPMeta& meta) const;
+  // Stores the facts of all chunks of a file of that size. Returns true if there were any.
+  bool Store(std::uint64_t fileBytes, TXMPMeta& meta) const;
 
  private:
   void StoreBroadcast(TXMPMeta& meta) const;
   void StoreIXML(TXMPMeta& meta) const;
+  void StoreStart(TXMPMeta& meta) const;
 
   std::optional<WaveFormat> format_;
   std::uint64_t dataBytes_ = 0;
   std::uint64_t samples_ = 0;  // from 'fact' and 'ds64'
-  std::string broadcast_;
-  std::string ixml_;
+  std::optional<formats::sound::BroadcastExtension> broadcast_;
+  bool hasIXML_ = false;
+  std::optional<formats::sound::IXml> ixml_;
 };
 
 }  // namespace Sorvik::xmp
