@@ -23,6 +23,7 @@
 #include "providers/modern/ProviderDCIM.h"
 #include "providers/modern/ProviderPanaGroup.h"
 #include "providers/modern/ProviderSonyXAVC.h"
+#include "providers/modern/ProviderSoundRoll.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
@@ -64,6 +65,7 @@ constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderDCIM>,
     Make<ProviderPanaGroup>,
     Make<ProviderBRAW>,
+    Make<ProviderSoundRoll>,
 };
 
 constexpr std::chrono::milliseconds kNoLimit{-1};

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+#include "providers/modern/ProviderSoundRoll.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "formats/MediaNames.h"
+#include "foundation/CallScope.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
+#include "providers/modern/CompanionFiles.h"
+#include "providers/modern/SoundTakes.h"
+
+namespace Sorvik {
+namespace {
+
+using formats::sound::RecorderFile;
+using foundation::CardFolder;
+using foundation::FileStem;
+using foundation::HasExtension;
+using soundroll::Take;
+using soundroll::TakeFile;
+using soundroll::TakePart;
+
+constexpr std::string_view kSoundExtension = ".wav";
+constexpr std::size_t kMaxRecognitionFiles = 2;
+
+struct SoundList : MediaList {
+  std::vector<Take> takes;  // in the order of the entries
+};
+
+// A list of the takes of a day.
+bool IsReport(std::string_view name) {
+  constexpr std::string_view kEnd = "_REPORT.CSV";
+  return name.size() >= kEnd.size() &&
+         foundation::EqualIgnoringCase(name.substr(name.size() - kEnd.size()), kEnd);
+}
+
+bool IsFrameOrClip(std::string_view name) {
+  static constexpr std::string_view kExtensions[] = {".ari", ".dng", ".rmf", ".r3d"};
+  return std::ranges::any_of(
+      kExtensions, [name](std::string_view extension) { return HasExtension(name, extension); });
+}
+
+std::string NameOf(const Take& take) {
+  const TakeFile& first = take.First();
+  if (take.FileCount() == 1) return std::string(FileStem(first.name));
+  if (first.facts && first.facts->ixml && !first.facts->ixml->familyName.empty()) {
+    return first.facts->ixml->familyName;
+  }
+  bool isTrack = false;
+  return std::string(soundroll::WithoutTrack(FileStem(first.name), isTrack));
+}
+
+MediaEntry MakeEntry(const CardFolder& folder, const Take& take) {
+  MediaEntry entry{
+      .key = take.First().name, .name = NameOf(take), .parts = {}, .partRole = card_role::kSound};
+  for (const TakePart& part : take.parts) {
+    entry.parts.push_back(folder.PathOf(part.files.front().name));
+    for (std::size_t i = 1; i < part.files.size(); ++i) {
+      entry.files.push_back({folder.PathOf(part.files[i].name), card_role::kSound});
+    }
+  }
+  return entry;
+}
+
+SoundList BuildList(const std::string& root) {
+  const auto folder = CardFolder::Of(root);
+  std::vector<TakeFile> files;
+  for (const std::string& name : folder->VisibleFiles(kSoundExtension)) {
+    files.push_back({name, RecorderFile::Of(folder->PathOf(name))});
+  }
+  SoundList list;
+  list.takes = soundroll::GroupTakes(std::move(files));
+  CompanionFiles companions;
+  for (const Take& take : list.takes) {
+    for (const TakePart& part : take.parts) {
+      for (const TakeFile& file : part.files) companions.AddEntry(file.name, list.entries.size());
+    }
+    list.entries.push_back(MakeEntry(*folder, take));
+  }
+  for (const std::string& name : folder->VisibleFiles()) {
+    if (HasExtension(name, kSoundExtension)) continue;
+    if (const auto entry = companions.Find(name); entry && !formats::HasMediaExtension(name)) {
+      list.entries[*entry].files.push_back({folder->PathOf(name), card_role::kSidecar});
+    } else if (IsReport(name)) {
+      list.cardFiles.push_back(folder->PathOf(name));
+    }
+  }
+  return list;
+}
+
+// "3 of 5 files of the take exist (A, B, D)".
+std::string DescribeMissing(const Take& take) {
+  std::string indexes;
+  for (const TakePart& part : take.parts) {
+    for (const TakeFile& file : part.files) {
+      if (!file.facts || !file.facts->ixml || file.facts->ixml->fileSetIndex.empty()) continue;
+      indexes += (indexes.empty() ? "" : ", ") + file.facts->ixml->fileSetIndex;
+    }
+  }
+  std::string text = std::to_string(take.FileCount()) + " of " + std::to_string(take.totalFiles) +
+                     " files of the take exist";
+  if (!indexes.empty()) text += " (" + indexes + ")";
+  return text;
+}
+
+}  // namespace
+
+ProviderSoundRoll::ProviderSoundRoll()
+    : ProviderMediaFilesBase(
+          {.identification = "com.halvane.Merisk.ProviderSoundRoll",
+           .uiString = "$$$/Ortlane/Libraries/Sorvik/SoundRollUIString=Sound Roll",
+           .defaultFields = {kNameField, "scene", "takeNumber", "good", "CreateDate",
+                             "startTimecode", "duration", "audioChannelType", "audioSampleRate",
+                             "logComment"},
+           .labelFields = {"Name", "Path", "CreateDate", "scene", "takeNumber", "good",
+                           "logComment", "description", "startTimecode", "duration",
+                           "audioChannelType", "audioSampleRate", "audioSampleType",
+                           "audioCompressor", "shotLocation", "fileDataRate"},
+           .layout = {.rootNames = {"*.wav"}}}) {}
+
+std::shared_ptr<const MediaList> ProviderSoundRoll::ListOf(const std::string& root) const {
+  return foundation::CallScope::Remember<SoundList>(root, [&root] { return BuildList(root); });
+}
+
+Recognition ProviderSoundRoll::Recognize(const std::string& root) const {
+  const auto folder = CardFolder::Of(root);
+  if (!folder->FindVisibleFile([](const auto& name) { return HasExtension(name, ".wav"); })) {
+    return Recognition::kNone;
+  }
+  if (folder->FindVisibleFile(IsFrameOrClip)) return Recognition::kNone;
+  std::vector<std::string> names = folder->VisibleFiles(kSoundExtension);
+  names.resize(std::min(names.size(), kMaxRecognitionFiles));
+  const bool isOfRecorder = std::ranges::any_of(names, [&folder](const std::string& name) {
+    const auto file = RecorderFile::FromHead(folder->PathOf(name));
+    return file && file->IsOfRecorder();
+  });
+  if (!isOfRecorder) return Recognition::kNone;
+  return Recognized(!folder->FindVisibleFile([](const std::string& name) {
+    return formats::HasMediaExtension(name) && !HasExtension(name, kSoundExtension);
+  }));
+}
+
+void ProviderSoundRoll::DescribeMore(const std::string& root, const MediaList& list,
+                                     CardDescription& card) const {
+  const auto& takes = static_cast<const SoundList&>(list).takes;
+  for (std::size_t i = 0; i < takes.size(); ++i) {
+    const std::string& key = list.entries[i].key;
+    for (std::size_t part = 1; part < takes[i].parts.size(); ++part) {
+      if (!takes[i].parts[part].isInferred) continue;
+      card.Report({Finding::Kind::kUnlisted,
+                   Finding::Severity::kNote,
+                   card_role::kSpan,
+                   list.entries[i].parts[part],
+                   {key},
+                   "inferred: starts at the sample after the part in front of it, with the same "
+                   "tracks, scene and roll"});
+    }
+    if (takes[i].FileCount() < takes[i].totalFiles) {
+      card.Report(Finding::Kind::kMissing, card_role::kSound, root, {key},
+                  DescribeMissing(takes[i]));
+    }
+  }
+}
+
+}  // namespace Sorvik
