@@ -18,6 +18,7 @@
 #include "providers/cards/ProviderP2.h"
 #include "providers/cards/ProviderXDCAM.h"
 #include "providers/cards/ProviderXDCAMEX.h"
+#include "providers/modern/ProviderARRIReel.h"
 #include "providers/modern/ProviderBRAW.h"
 #include "providers/modern/ProviderCanonXFAVC.h"
 #include "providers/modern/ProviderDCIM.h"
@@ -65,6 +66,7 @@ constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderDCIM>,
     Make<ProviderPanaGroup>,
     Make<ProviderBRAW>,
+    Make<ProviderARRIReel>,
     Make<ProviderSoundRoll>,
 };
 
