@@ -23,6 +23,7 @@
 #include "providers/modern/ProviderCanonXFAVC.h"
 #include "providers/modern/ProviderDCIM.h"
 #include "providers/modern/ProviderPanaGroup.h"
+#include "providers/modern/ProviderREDMOV.h"
 #include "providers/modern/ProviderSonyXAVC.h"
 #include "providers/modern/ProviderSoundRoll.h"
 #include "providers/sequences/ProviderARRIRAW.h"
@@ -67,6 +68,7 @@ constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderPanaGroup>,
     Make<ProviderBRAW>,
     Make<ProviderARRIReel>,
+    Make<ProviderREDMOV>,
     Make<ProviderSoundRoll>,
 };
 

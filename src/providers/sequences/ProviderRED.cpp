@@ -13,7 +13,7 @@
 #include "frame/Recognition.h"
 #include "providers/common/LooseClips.h"
 #include "providers/common/NameMask.h"
-#include "providers/sequences/REDNames.h"
+#include "providers/common/REDNames.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {

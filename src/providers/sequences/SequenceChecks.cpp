@@ -11,48 +11,20 @@
 #include "foundation/Paths.h"
 #include "foundation/platform/FileStatus.h"
 #include "providers/common/CardParts.h"
-#include "providers/sequences/NumberedNames.h"
+#include "providers/common/NumberGaps.h"
+#include "providers/common/REDNames.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
 #include "providers/sequences/ProviderRED.h"
-#include "providers/sequences/REDNames.h"
 
 namespace Sorvik {
 namespace {
 
 using foundation::CardFolder;
+using foundation::FileStem;
 using foundation::FoldCase;
 using foundation::JoinPath;
-using sequences::Joined;
-using sequences::NumberedFiles;
-using sequences::NumberedName;
-using sequences::Runs;
-using sequences::SplitNumber;
-
-// Of a longer gap, only the first and the last number are reported.
-constexpr std::uint64_t kMaxReportedGap = 100;
-
-// What the gaps of a run mean.
-struct GapMeaning {
-  const char* role;
-  Finding::Severity severity = Finding::Severity::kError;
-  const char* detail = "";
-};
-
-// Reports the numbers from `from` up to `to` (excluded) as missing.
-void ReportGap(const NumberedName& pattern, std::uint64_t from, std::uint64_t to,
-               const std::string& folder, const std::vector<std::string>& keys,
-               const GapMeaning& meaning, CardDescription& card) {
-  const auto report = [&](std::uint64_t number, std::string detail) {
-    card.Report({Finding::Kind::kMissing, meaning.severity, meaning.role,
-                 JoinPath(folder, Joined(pattern, number)), keys, std::move(detail)});
-  };
-  if (to - from > kMaxReportedGap) {
-    return report(from, std::to_string(to - from) + " numbers up to " + Joined(pattern, to - 1));
-  }
-  for (std::uint64_t number = from; number < to; ++number) report(number, meaning.detail);
-}
 
 // Frame numbers of ARRI cameras count from midnight, so a clip over midnight has the numbers of
 // both ends of the day.
@@ -176,18 +148,20 @@ void DescribeCanonSound(const FrameFolder& folder, const Runs& runs, CardDescrip
   }
 }
 
-void DescribeSegments(const std::string& folder, const std::vector<std::string>& keys,
-                      CardDescription& card) {
-  for (const auto& [pattern, names] : NumberedFiles(folder, red::kSegmentExtension)) {
-    // "A001_C001_003 copy.R3D" doesn't belong to a run that starts at 1.
-    if (pattern.second.front() != '.') continue;
-    std::uint64_t last = 0;
-    for (const NumberedName& name : names) {
-      if (name.number - last > 1) {
-        ReportGap(name, last + 1, name.number, folder, keys, {card_role::kSegment}, card);
-      }
-      last = name.number;
-    }
+// What else a clip folder contains: MOV proxies, sound, a picture (.rtn), metadata (.RDX, .RMD).
+void DescribeCompanions(const CardFolder& clip, std::string_view title,
+                        const std::vector<std::string>& keys, CardDescription& card) {
+  const std::string start = FoldCase(title);
+  for (const std::string& name : clip.VisibleFiles()) {
+    if (red::IsSegmentName(name) || title.empty()) continue;
+    if (!foundation::StartsWithCharacters(FoldCase(FileStem(name)), start)) continue;
+    const char* role = RoleOfCompanion(name);
+    card.Expect(
+        {.path = clip.PathOf(name),
+         .role = role,
+         .entryKeys = keys,
+         .content = IsMediaRole(role) ? CardPart::Content::kMedia : CardPart::Content::kOpaque,
+         .mayBeEmpty = !IsMediaRole(role)});
   }
 }
 
@@ -244,7 +218,9 @@ void ProviderRED::DescribeCard(const std::string& path, const ContentMap&,
     if (isClipFolder || segment) card.AddMediaFolder(clip->Path());
     if (!isClipFolder) continue;
     if (segment) {
-      DescribeSegments(clip->Path(), {clip->PathOf(*segment)}, card);
+      const std::vector<std::string> keys{clip->PathOf(*segment)};
+      DescribeSegments(clip->Path(), red::kSegmentExtension, keys, card);
+      DescribeCompanions(*clip, FileStem(name), keys, card);
     } else if (clip->IsReadable()) {
       card.Report(Finding::Kind::kMissing, card_role::kSegment, clip->Path(), {},
                   "a clip folder without segments");

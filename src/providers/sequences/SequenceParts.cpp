@@ -7,7 +7,7 @@
 
 #include "foundation/Paths.h"
 #include "frame/FieldValues.h"
-#include "providers/sequences/NumberedNames.h"
+#include "providers/common/NumberGaps.h"
 #include "providers/sequences/ProviderARRIRAW.h"
 #include "providers/sequences/ProviderCanonRAW.h"
 #include "providers/sequences/ProviderCinemaDNG.h"
@@ -20,14 +20,12 @@ using foundation::FoldCase;
 using foundation::HasExtension;
 using foundation::JoinPath;
 using foundation::ParentFolder;
-using sequences::NumberedName;
 
 // The run of numbered files that `path` belongs to; empty if its name has no number.
 std::vector<NumberedName> RunOf(const std::string& path) {
-  const auto own = sequences::SplitNumber(std::string(foundation::FileName(path)));
+  const auto own = SplitNumber(std::string(foundation::FileName(path)));
   if (!own) return {};
-  auto runs =
-      sequences::NumberedFiles(std::string(ParentFolder(path)), foundation::FileExtension(path));
+  auto runs = NumberedFiles(std::string(ParentFolder(path)), foundation::FileExtension(path));
   const auto run = runs.find({own->before, FoldCase(own->after)});
   return run == runs.end() ? std::vector<NumberedName>() : std::move(run->second);
 }
@@ -49,7 +47,7 @@ std::vector<ListedPart> SequenceParts(const Provider& provider, const std::strin
   const std::vector<NumberedName> run = RunOf(key);
   if (run.empty()) return {};
   ListedPart frames;
-  frames.path = JoinPath(ParentFolder(key), sequences::Joined(run.front(), run.front().number));
+  frames.path = JoinPath(ParentFolder(key), Joined(run.front(), run.front().number));
   frames.track = ShotTrack::kPicture;
   frames.images = SequenceOf(run);
   // Numbers that don't count frames, such as those of photographs, have long gaps.
@@ -96,12 +94,11 @@ std::vector<ListedPart> ProviderRED::ListParts(const std::string&, const std::st
   std::uint64_t next = 1;
   for (const NumberedName& segment : run) {
     for (; next < segment.number && segment.number < kMaxSegments; ++next) {
-      parts.push_back({.path = JoinPath(ParentFolder(key), sequences::Joined(segment, next)),
-                       .isPresent = false});
+      parts.push_back(
+          {.path = JoinPath(ParentFolder(key), Joined(segment, next)), .isPresent = false});
     }
     next = segment.number + 1;
-    parts.push_back(
-        {.path = JoinPath(ParentFolder(key), sequences::Joined(segment, segment.number))});
+    parts.push_back({.path = JoinPath(ParentFolder(key), Joined(segment, segment.number))});
   }
   return parts;
 }

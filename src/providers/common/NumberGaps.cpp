@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "providers/sequences/NumberedNames.h"
+#include "providers/common/NumberGaps.h"
 
 #include <algorithm>
 #include <charconv>
@@ -7,12 +7,15 @@
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 
-namespace Sorvik::sequences {
+namespace Sorvik {
+namespace {
 
 using foundation::CardFolder;
 using foundation::FoldCase;
+using foundation::JoinPath;
 
-namespace {
+// Of a longer gap, only the first and the last number are reported.
+constexpr std::uint64_t kMaxReportedGap = 100;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -38,6 +41,19 @@ std::string Joined(const NumberedName& name, std::uint64_t number) {
   return name.before + digits + name.after;
 }
 
+void ReportGap(const NumberedName& pattern, std::uint64_t from, std::uint64_t to,
+               const std::string& folder, const std::vector<std::string>& keys,
+               const GapMeaning& meaning, CardDescription& card) {
+  const auto report = [&](std::uint64_t number, std::string detail) {
+    card.Report({Finding::Kind::kMissing, meaning.severity, meaning.role,
+                 JoinPath(folder, Joined(pattern, number)), keys, std::move(detail)});
+  };
+  if (to - from > kMaxReportedGap) {
+    return report(from, std::to_string(to - from) + " numbers up to " + Joined(pattern, to - 1));
+  }
+  for (std::uint64_t number = from; number < to; ++number) report(number, meaning.detail);
+}
+
 Runs NumberedFiles(const std::string& folder, std::string_view extension) {
   Runs runs;
   for (const std::string& file : CardFolder::Of(folder)->VisibleFiles(extension)) {
@@ -52,4 +68,19 @@ Runs NumberedFiles(const std::string& folder, std::string_view extension) {
   return runs;
 }
 
-}  // namespace Sorvik::sequences
+void DescribeSegments(const std::string& folder, std::string_view extension,
+                      const std::vector<std::string>& keys, CardDescription& card) {
+  for (const auto& [pattern, names] : NumberedFiles(folder, extension)) {
+    // "A001_C001_003 copy.R3D" doesn't belong to a run that starts at 1.
+    if (pattern.second.front() != '.') continue;
+    std::uint64_t last = 0;
+    for (const NumberedName& name : names) {
+      if (name.number - last > 1) {
+        ReportGap(name, last + 1, name.number, folder, keys, {card_role::kSegment}, card);
+      }
+      last = name.number;
+    }
+  }
+}
+
+}  // namespace Sorvik
