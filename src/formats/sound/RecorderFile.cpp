@@ -204,9 +204,9 @@ bool RecorderFile::IsOfRecorder() const {
 }
 
 std::optional<std::uint64_t> RecorderFile::TimeReference() const {
-  if (broadcast) return broadcast->timeReference;
+  if (broadcast && broadcast->timeReference != 0) return broadcast->timeReference;
   if (ixml && ixml->timeStamp != 0 && ixml->timeStampRate == sampleRate) return ixml->timeStamp;
-  return std::nullopt;
+  return broadcast ? std::optional(broadcast->timeReference) : std::nullopt;
 }
 
 std::optional<RecorderFile> RecorderFile::Read(const ReadBytes& read, std::uint64_t size) {
