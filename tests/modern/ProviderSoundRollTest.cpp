@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "SorvikProvider/frame/ProviderRequest.h"
 #include "providers/modern/ProviderSoundRoll.h"
 #include "providers/modern/SoundTakes.h"
 #include "support/CheckText.h"
@@ -154,6 +155,16 @@ TEST(ProviderSoundRoll, ReportsFilesThatTheTakeLacks) {
   EXPECT_THAT(checked.result.findings,
               Contains(testing::Field(&Finding::detail, "2 of 4 files of the take exist (A, C)")));
   EXPECT_THAT(checked.foreign, IsEmpty());
+}
+
+TEST(ProviderSoundRoll, StopsWhenAborted) {
+  const TempTree tree;
+  tree.File("roll/a.wav", MadeRecording({}));
+  const auto request = Hestra::InterfaceRef<ProviderContentRequest>(
+      new ProviderContentRequest("test", {}, tree.Path("roll"), kPaths));
+  EXPECT_EQ(kProvider.GetContent(tree.Path("roll"), kPaths, &*request).size(), 1u);
+  request->Abort();
+  EXPECT_THAT(kProvider.GetContent(tree.Path("roll"), kPaths, &*request), IsEmpty());
 }
 
 TEST(ProviderSoundRoll, SurvivesHostileFolders) {

@@ -81,7 +81,10 @@ ContentMap ProviderMediaFilesBase::GetContent(const std::string& path, const std
 ContentMap ProviderMediaFilesBase::GetContent(const std::string& path, const FieldNameSet& fields,
                                               ProviderRequest* request) const {
   const foundation::CallScope scope;
-  const auto list = ListOf(std::string(foundation::WithoutTrailingSlash(path)));
+  const std::string root(foundation::WithoutTrailingSlash(path));
+  ReadFiles(root, request);
+  if (ProviderRequest::TestAborted(request)) return {};
+  const auto list = ListOf(root);
   ContentMap content;
   for (const MediaEntry& entry : list->entries) {
     if (ProviderRequest::TestAborted(request)) return {};

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "SorvikProvider/frame/ProviderRequest.h"
 #include "formats/MediaNames.h"
 #include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
@@ -119,6 +120,14 @@ ProviderSoundRoll::ProviderSoundRoll()
                            "audioChannelType", "audioSampleRate", "audioSampleType",
                            "audioCompressor", "shotLocation", "fileDataRate"},
            .layout = {.rootNames = {"*.wav"}}}) {}
+
+void ProviderSoundRoll::ReadFiles(const std::string& root, ProviderRequest* request) const {
+  const auto folder = CardFolder::Of(root);
+  for (const std::string& name : folder->VisibleFiles(kSoundExtension)) {
+    if (ProviderRequest::TestAborted(request)) return;
+    RecorderFile::Of(folder->PathOf(name));
+  }
+}
 
 std::shared_ptr<const MediaList> ProviderSoundRoll::ListOf(const std::string& root) const {
   return foundation::CallScope::Remember<SoundList>(root, [&root] { return BuildList(root); });

@@ -12,6 +12,7 @@ class ProviderSoundRoll final : public ProviderMediaFilesBase {
   ProviderSoundRoll();
 
  private:
+  void ReadFiles(const std::string& root, ProviderRequest* request) const override;
   std::shared_ptr<const MediaList> ListOf(const std::string& root) const override;
   // Opens at most two files, and none in a folder without WAV. With reservation if the folder
   // contains other media. Sound next to frames or R3D belongs to these.
