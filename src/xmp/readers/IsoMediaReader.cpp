@@ -163,11 +163,15 @@ class IsoFile {
   }
 
   void StoreBraw() {
-    TXMPMeta braw = ReadSidecarOfBraw(path_);
-    TXMPMeta inFile;
-    for (const IsoBox& box : movie_->texts) SetBrawItems(file_, box, inFile);
-    braw.FillFrom(inFile);
+    TXMPMeta braw;
+    for (const IsoBox& box : movie_->texts) SetBrawItems(file_, box, braw);
     AddBrawFacts(std::move(braw), output_.native);
+    TXMPMeta sidecar = ReadSidecarOfBraw(path_);
+    // The movie header also has the time.
+    if (output_.native.HasProperty(kNsXMP, "CreateDate")) {
+      sidecar.DeleteProperty(kNsXMP, "CreateDate");
+    }
+    output_.overriding.push_back({NativeOrigin::kRecord, std::move(sidecar)});
   }
 
   FileWindow file_;
