@@ -66,9 +66,9 @@ void JsonWriter::Strings(const std::vector<std::string>& texts) {
 void JsonWriter::Value(const Sorvik::any_regular_t& value) {
   if (const auto* text = value.get_if<std::string>()) {
     String(*text);
-  } else if (const auto* list = value.get_if<std::vector<Sorvik::any_regular_t>>()) {
+  } else if (value.holds<std::vector<Sorvik::any_regular_t>>()) {
     BeginArray();
-    for (const Sorvik::any_regular_t& item : *list) Value(item);
+    value.for_each_item([this](const Sorvik::any_regular_t& item) { Value(item); });
     EndArray();
   } else if (const auto* wide = value.get_if<Hestra::UTF16String>()) {
     String(*wide);

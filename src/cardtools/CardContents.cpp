@@ -20,9 +20,7 @@ void AddKeys(const std::vector<std::string>& keys, std::vector<std::string>& to)
 
 void AddPaths(const any_regular_t& value, std::vector<std::string>& paths) {
   if (const auto* text = value.get_if<std::string>()) paths.push_back(*text);
-  if (const auto* list = value.get_if<std::vector<any_regular_t>>()) {
-    for (const any_regular_t& item : *list) AddPaths(item, paths);
-  }
+  value.for_each_item([&paths](const any_regular_t& item) { AddPaths(item, paths); });
 }
 
 const char* RoleOfName(std::string_view path) {

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 #include "SorvikProvider/frame/Provider.h"
 
@@ -64,6 +65,45 @@ std::string ToText(const TypeRecord& type) {
   }
   return text + '>';
 }
+
+class ListItems {
+ public:
+  using List = std::vector<any_regular_t>;
+
+  ListItems(List items, std::shared_ptr<const List> more)
+      : items_(std::move(items)), more_(std::move(more)) {}
+
+  const List& All() const {
+    if (!more_) return items_;
+    std::call_once(joined_, [this] {
+      all_.reserve(items_.size() + more_->size());
+      all_ = items_;
+      all_.insert(all_.end(), more_->begin(), more_->end());
+    });
+    return all_;
+  }
+  std::span<const any_regular_t> First() const noexcept { return items_; }
+  std::span<const any_regular_t> More() const noexcept {
+    return more_ ? std::span<const any_regular_t>(*more_) : std::span<const any_regular_t>();
+  }
+
+ private:
+  const List items_;
+  const std::shared_ptr<const List> more_;
+  mutable std::once_flag joined_;
+  mutable List all_;  // empty without more_
+};
+
+std::shared_ptr<const ListItems> MakeListItems(
+    std::vector<any_regular_t> items, std::shared_ptr<const std::vector<any_regular_t>> more) {
+  return std::make_shared<const ListItems>(std::move(items), std::move(more));
+}
+
+const std::vector<any_regular_t>& AllItems(const ListItems& list) { return list.All(); }
+
+std::span<const any_regular_t> FirstItems(const ListItems& list) noexcept { return list.First(); }
+
+std::span<const any_regular_t> MoreItems(const ListItems& list) noexcept { return list.More(); }
 
 bad_cast::bad_cast() : message_("bad_cast") {}
 

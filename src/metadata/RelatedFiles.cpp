@@ -54,11 +54,12 @@ bool Matches(const FieldValueMap& fields, const UTF16String& target, bool withEx
   if (!withExtraFiles) return false;
   const auto extra = fields.find(kExtraPathField);
   if (extra == fields.end()) return false;
-  const auto* list = extra->second.get_if<std::vector<any_regular_t>>();
-  return list != nullptr && std::any_of(list->begin(), list->end(), [&](const any_regular_t& item) {
-           const auto* text = item.get_if<std::string>();
-           return text != nullptr && FoldCase(Hestra::MakeString(*text)) == target;
-         });
+  bool found = false;
+  extra->second.for_each_item([&](const any_regular_t& item) {
+    const auto* text = found ? nullptr : item.get_if<std::string>();
+    found = found || (text != nullptr && FoldCase(Hestra::MakeString(*text)) == target);
+  });
+  return found;
 }
 
 std::optional<Owner> ScanFolder(const std::vector<ProviderWrapper*>& providers,

@@ -129,4 +129,36 @@ TEST(TypeRecords, OrderNamedBeforeUnnamedThenByNameAndParameters) {
   EXPECT_TRUE(sameName == text && !(sameName < text));
 }
 
+// Items of a list in order, with their addresses.
+std::vector<const any_regular_t*> ItemsOf(const any_regular_t& value) {
+  std::vector<const any_regular_t*> items;
+  EXPECT_TRUE(value.for_each_item([&items](const any_regular_t& item) { items.push_back(&item); }));
+  return items;
+}
+
+TEST(AnyRegular, ListsCanShareItems) {
+  const auto shared = std::make_shared<const List>(List{any_regular_t("b"), any_regular_t("c")});
+  const auto first = any_regular_t::list({any_regular_t("a")}, shared);
+  const auto second = any_regular_t::list({}, shared);
+  EXPECT_TRUE(first.holds<List>());
+  EXPECT_EQ(*first.get_if<List>(),
+            (List{any_regular_t("a"), any_regular_t("b"), any_regular_t("c")}));
+  EXPECT_EQ(first, any_regular_t(first.cast<List>()));
+  EXPECT_EQ(ItemsOf(first).at(2), ItemsOf(second).at(1)) << "the same memory";
+  EXPECT_FALSE(any_regular_t("a").for_each_item([](const any_regular_t&) {}));
+  EXPECT_TRUE(ItemsOf(any_regular_t::list({}, nullptr)).empty());
+}
+
+TEST(AnyRegular, CopiesOfListsAreIndependent) {
+  any_regular_t value(List{any_regular_t(List{any_regular_t("inner")}), any_regular_t("b")});
+  const any_regular_t copy = value;
+  EXPECT_EQ(ItemsOf(copy), ItemsOf(value)) << "the same memory";
+  value = (*value.get_if<List>())[0];
+  EXPECT_EQ(value, any_regular_t(List{any_regular_t("inner")}));
+  EXPECT_EQ(copy.get_if<List>()->size(), 2u);
+  List changed = copy.cast<List>();
+  changed.pop_back();
+  EXPECT_EQ(ItemsOf(copy).size(), 2u);
+}
+
 }  // namespace

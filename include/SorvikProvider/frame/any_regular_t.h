@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
@@ -86,9 +87,19 @@ struct SORVIK_EXPORT TypeRecordOf<Hestra::UTF16String> {
   static const TypeRecord& Get() noexcept;
 };
 
+// The items of a list value. Never changes, so that copies of the value share it. Any thread.
+class ListItems;
+SORVIK_EXPORT std::shared_ptr<const ListItems> MakeListItems(
+    std::vector<any_regular_t> items, std::shared_ptr<const std::vector<any_regular_t>> more);
+// One list of all items; made at the first call if they are in two parts.
+SORVIK_EXPORT const std::vector<any_regular_t>& AllItems(const ListItems& list);
+SORVIK_EXPORT std::span<const any_regular_t> FirstItems(const ListItems& list) noexcept;
+SORVIK_EXPORT std::span<const any_regular_t> MoreItems(const ListItems& list) noexcept;
+
 // Holds a value of any regular type (copyable, assignable, equality-comparable), or is empty.
-// Copies are deep. Values up to the size of a std::string are stored in place, others on the heap.
-// As thread-safe as the type of the value.
+// Copies are deep: no change of one value is visible in another. Values up to the size of a
+// std::string are stored in place, others on the heap; copies of a std::vector<any_regular_t>,
+// which never changes inside of a value, share its memory. As thread-safe as the type of the value.
 class any_regular_t {
  public:
   any_regular_t() noexcept : operations_(&kModel<empty_t>.operations) {}
@@ -103,6 +114,16 @@ class any_regular_t {
            std::copy_constructible<std::decay_t<T>>) explicit any_regular_t(T&& value)
       : operations_(&kModel<std::decay_t<T>>.operations) {
     Model<std::decay_t<T>>::Make(&storage_, std::forward<T>(value));
+  }
+
+  // The list of `items` and then `more`, which other values may share.
+  static any_regular_t list(std::vector<any_regular_t> items,
+                            std::shared_ptr<const std::vector<any_regular_t>> more) {
+    any_regular_t value;
+    value.operations_ = &kModel<std::vector<any_regular_t>>.operations;
+    Model<std::vector<any_regular_t>>::MakeStored(&value.storage_,
+                                                  MakeListItems(std::move(items), std::move(more)));
+    return value;
   }
 
   any_regular_t(const any_regular_t& other) : operations_(other.operations_) {
@@ -162,10 +183,22 @@ class any_regular_t {
     return true;
   }
   // Returns a pointer to the value, or nullptr if it has another type. Valid until the variant
-  // changes.
+  // changes. Allocates memory at the first call for a list that shares items with others.
   template <class T>
-  const T* get_if() const noexcept {
+  const T* get_if() const {
     return holds<T>() ? Model<T>::At(&storage_) : nullptr;
+  }
+
+  // Calls `use` with each item of a std::vector<any_regular_t> in order. Returns false if the value
+  // has another type. Needs less memory than get_if for a list that shares items with others.
+  template <class Use>
+  bool for_each_item(Use use) const {
+    using List = std::vector<any_regular_t>;
+    if (!holds<List>()) return false;
+    const ListItems& items = **Model<List>::StoredAt(&storage_);
+    for (const any_regular_t& item : FirstItems(items)) use(item);
+    for (const any_regular_t& item : MoreItems(items)) use(item);
+    return true;
   }
 
   friend bool operator==(const any_regular_t& a, const any_regular_t& b) {
@@ -192,45 +225,66 @@ class any_regular_t {
 
   template <class T>
   struct Model {
-    static constexpr bool kInPlace = sizeof(T) <= sizeof(Storage) &&
-                                     alignof(T) <= alignof(Storage) &&
-                                     std::is_nothrow_move_constructible_v<T>;
+    static constexpr bool kIsList = std::is_same_v<T, std::vector<any_regular_t>>;
+    using Stored = std::conditional_t<kIsList, std::shared_ptr<const ListItems>, T>;
+    static constexpr bool kInPlace = sizeof(Stored) <= sizeof(Storage) &&
+                                     alignof(Stored) <= alignof(Storage) &&
+                                     std::is_nothrow_move_constructible_v<Stored>;
 
-    static T* At(const Storage* storage) noexcept {
+    static Stored* StoredAt(const Storage* storage) noexcept {
       auto* bytes = const_cast<std::byte*>(storage->bytes);
       if constexpr (kInPlace) {
-        return std::launder(reinterpret_cast<T*>(bytes));
+        return std::launder(reinterpret_cast<Stored*>(bytes));
       } else {
-        return *std::launder(reinterpret_cast<T**>(bytes));
+        return *std::launder(reinterpret_cast<Stored**>(bytes));
+      }
+    }
+    static const T* At(const Storage* storage) {
+      if constexpr (kIsList) {
+        return &AllItems(**StoredAt(storage));
+      } else {
+        return StoredAt(storage);
+      }
+    }
+    template <class U>
+    static void MakeStored(Storage* storage, U&& value) {
+      if constexpr (kInPlace) {
+        new (storage->bytes) Stored(std::forward<U>(value));
+      } else {
+        new (storage->bytes) Stored*(new Stored(std::forward<U>(value)));
       }
     }
     template <class U>
     static void Make(Storage* storage, U&& value) {
-      if constexpr (kInPlace) {
-        new (storage->bytes) T(std::forward<U>(value));
+      if constexpr (kIsList) {
+        MakeStored(storage, MakeListItems(std::forward<U>(value), nullptr));
       } else {
-        new (storage->bytes) T*(new T(std::forward<U>(value)));
+        MakeStored(storage, std::forward<U>(value));
       }
     }
     static void Destruct(Storage* storage) noexcept {
       if constexpr (kInPlace) {
-        At(storage)->~T();
+        StoredAt(storage)->~Stored();
       } else {
-        delete At(storage);
+        delete StoredAt(storage);
       }
     }
     static const TypeRecord& Type() noexcept { return TypeRecordOf<T>::Get(); }
-    static void Copy(const Storage* from, Storage* to) { Make(to, std::as_const(*At(from))); }
+    static void Copy(const Storage* from, Storage* to) {
+      MakeStored(to, std::as_const(*StoredAt(from)));
+    }
     static void Move(Storage* from, Storage* to) noexcept {
       if constexpr (kInPlace) {
-        Make(to, std::move(*At(from)));
+        MakeStored(to, std::move(*StoredAt(from)));
         Destruct(from);
       } else {
-        new (to->bytes) T*(At(from));
+        new (to->bytes) Stored*(StoredAt(from));
       }
     }
     // Copies first: `from` may be an element of the value that is replaced.
-    static void Assign(Storage* to, const Storage* from) { *At(to) = T(std::as_const(*At(from))); }
+    static void Assign(Storage* to, const Storage* from) {
+      *StoredAt(to) = Stored(std::as_const(*StoredAt(from)));
+    }
     static bool Equals(const Storage* a, const Storage* b) { return *At(a) == *At(b); }
     static void Exchange(Storage* a, Storage* b) noexcept {
       Storage kept;
