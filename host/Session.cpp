@@ -93,6 +93,24 @@ Sorvik::ContentMap Session::Content(const ProviderWrapper& provider, const std::
                    }).content);
 }
 
+void Session::ReadContent(const ProviderWrapper& provider, const std::string& path,
+                          const Sorvik::FieldNameSet& fields,
+                          const std::function<void(const Sorvik::ContentMap&)>& read) {
+  progress_.Begin("listing");
+  // Shared with the receiver, which may outlive an interrupted wait.
+  const auto done = std::make_shared<bool>(false);
+  const ImmutableString station = OpenStation([this, done, read](const Hestra::Message& message) {
+    *done = true;
+    const auto* answer = dynamic_cast<const Sorvik::GetContentMessage*>(&message);
+    if (answer == nullptr || ending_) return;
+    progress_.Clear();
+    read(answer->content);
+  });
+  const auto request = provider.RequestContent(path, fields, station);
+  TrackRequest(station, [request] { request->Abort(); });
+  WaitUntil([&] { return *done; });
+}
+
 Sorvik::CardFindings Session::Check(const std::string& path, const std::string& identification,
                                     Sorvik::CheckDepth depth) {
   progress_.Begin("checking");

@@ -42,6 +42,10 @@ class Session {
   // Returns the entries of `path`.
   Sorvik::ContentMap Content(const Sorvik::ProviderWrapper& provider, const std::string& path,
                              const Sorvik::FieldNameSet& fields);
+  // Calls `read` with the entries of `path` while they are in the message: they aren't copied.
+  void ReadContent(const Sorvik::ProviderWrapper& provider, const std::string& path,
+                   const Sorvik::FieldNameSet& fields,
+                   const std::function<void(const Sorvik::ContentMap&)>& read);
   // Checks the structure at `path` as that provider understands it.
   Sorvik::CardFindings Check(const std::string& path, const std::string& identification,
                              Sorvik::CheckDepth depth);

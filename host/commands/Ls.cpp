@@ -62,28 +62,41 @@ std::vector<Column> ChosenColumns(const Options& options, const ProviderWrapper&
   return ColumnsOf(provider, ChosenFields(options, provider, {}));
 }
 
-// JSON has the provider's default fields; tables have columns of their own.
-ContentMap ListJson(Context& context, const ProviderWrapper& provider, const std::string& path) {
-  ContentMap content =
-      ListEntries(context, provider, path,
-                  ChosenFields(context.options, provider, provider.GetDefaultFieldList()));
-  WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
-  return content;
+// Writes the entries from the message, since a large folder has gigabytes of them. Returns their
+// number. JSON has the provider's default fields; tables have columns of their own.
+std::size_t ListJson(Context& context, const ProviderWrapper& provider, const std::string& path) {
+  const Sorvik::FieldNameList fields =
+      ChosenFields(context.options, provider, provider.GetDefaultFieldList());
+  std::size_t count = 0;
+  const auto write = [&](const ContentMap& content) {
+    WriteEntriesJson(context.output, path, provider.GetIdentification(), content);
+  };
+  context.session.ReadContent(provider, path, {fields.begin(), fields.end()},
+                              [&](const ContentMap& content) {
+                                count = content.size();
+                                if (count > 0) write(content);
+                              });
+  if (count == 0) {
+    RequireReadable(context, path);
+    write({});
+  }
+  return count;
 }
 
-ContentMap List(Context& context, const ProviderWrapper& provider, const std::string& path) {
+// Returns the number of entries.
+std::size_t List(Context& context, const ProviderWrapper& provider, const std::string& path) {
   const Options& options = context.options;
   if (options.json) return ListJson(context, provider, path);
   const std::vector<Column> columns = ChosenColumns(options, provider);
   const Sorvik::FieldNameList fields = FieldsOf(columns);
-  ContentMap content = ListEntries(context, provider, path, fields);
+  const ContentMap content = ListEntries(context, provider, path, fields);
   const PictureProtocol protocol = ChooseProtocol(options.thumbs, context.output.IsTerminal());
   if (protocol != PictureProtocol::kNone) {
     WritePictureList(context, provider, path, fields, content, protocol);
   } else {
     WriteEntriesTable(context, path, columns, content);
   }
-  return content;
+  return content.size();
 }
 
 // Reports cards next to a path that was listed as a plain folder.
@@ -131,8 +144,8 @@ int RunLs(Context& context) {
     List(context, provider, path);
     return unreadable.Report(context.output);
   }
-  const ContentMap content = List(context, provider, path);
-  if (!options.nearby && content.size() <= kMaxEntriesForHint) ReportNearbyCards(context, path);
+  const std::size_t entries = List(context, provider, path);
+  if (!options.nearby && entries <= kMaxEntriesForHint) ReportNearbyCards(context, path);
   return kDone;
 }
 

@@ -92,15 +92,15 @@ CardCheckRequest::CardCheckRequest(tarnwick::utility::ImmutableString station, s
       depth_(depth) {}
 
 void CardCheckRequest::Run() {
-  CardCheckMessage message;
-  message.path = path_;
-  message.identification = identification_;
-  if (!TestAborted()) message.findings = CheckCard(path_, identification_, depth_, this);
+  auto message = std::make_unique<CardCheckMessage>();
+  message->path = path_;
+  message->identification = identification_;
+  if (!TestAborted()) message->findings = CheckCard(path_, identification_, depth_, this);
   if (TestAborted()) {
-    message.findings = {};
-    message.result = kResultAborted;
+    message->findings = {};
+    message->result = kResultAborted;
   }
-  PostResult(message);
+  PostResult(std::move(message));
 }
 
 void CardCheckRequest::PostAborted() const {

@@ -15,15 +15,14 @@ using tarnwick::utility::ImmutableString;
 using SelfRef = Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest>;
 
 // Returns the entries of `raw` whose path has a provider.
-ContentMap BrowsableEntries(const ContentMap& raw) {
-  ContentMap browsable;
-  for (const auto& [key, fields] : raw) {
-    const auto path = fields.find(kPathField);
-    if (path == fields.end()) continue;
-    const auto* text = path->second.get_if<std::string>();
-    if (text != nullptr && ProviderHost::HasProvider(*text)) browsable.emplace(key, fields);
-  }
-  return browsable;
+ContentMap BrowsableEntries(ContentMap raw) {
+  std::erase_if(raw, [](const auto& entry) {
+    const auto path = entry.second.find(kPathField);
+    if (path == entry.second.end()) return true;
+    const auto* text = path->second.template get_if<std::string>();
+    return text == nullptr || !ProviderHost::HasProvider(*text);
+  });
+  return raw;
 }
 
 ProviderWrapper* ChooseProvider(const std::vector<ProviderWrapper*>& list,
@@ -54,6 +53,14 @@ void ProviderRequest::PostResult(Hestra::Message& message) {
     Post(message);
   } else {
     message.Discard();
+  }
+}
+
+void ProviderRequest::PostResult(std::unique_ptr<Hestra::Message> message) {
+  if (record_->ClaimForRun()) {
+    Hestra::StationUtils::PostMessageToUIThread(station_, std::move(message));
+  } else {
+    message->Discard();
   }
 }
 
@@ -108,21 +115,21 @@ ProviderContentRequest::ProviderContentRequest(ImmutableString station, Provider
       fields_(std::move(fields)) {}
 
 void ProviderContentRequest::Run() {
-  GetContentMessage message;
+  auto message = std::make_unique<GetContentMessage>();
   bool aborted = TestAborted();
   if (!aborted) {
     const platform::ShareScope shares(path_);
-    message.content = GetProvider()->GetContent(path_, fields_, this);
+    message->content = GetProvider()->GetContent(path_, fields_, this);
     aborted = TestAborted();
   }
   if (aborted) {
-    message.result = kResultAborted;
-    message.content.clear();
+    message->result = kResultAborted;
+    message->content.clear();
   }
-  message.path = path_;
-  message.fields = fields_;
-  message.identification = GetProvider()->GetIdentification();
-  PostResult(message);
+  message->path = path_;
+  message->fields = fields_;
+  message->identification = GetProvider()->GetIdentification();
+  PostResult(std::move(message));
 }
 
 void ProviderContentRequest::PostAborted() const {
@@ -204,27 +211,26 @@ ProviderDefaultContentRequest::ProviderDefaultContentRequest(ImmutableString sta
     : ProviderRequest(std::move(station), ProviderRef()), data_(std::move(data)) {}
 
 void ProviderDefaultContentRequest::Run() {
-  GetDefaultContentMessage message;
-  message.data = data_;
+  auto message = std::make_unique<GetDefaultContentMessage>();
+  message->data = data_;
   if (!TestAborted()) {
     const platform::ShareScope shares(data_->path);
-    ContentMap raw;
     const auto list = ProviderHost::GetProviderList(data_->path, this);
     if (list.empty()) {
-      message.result = kResultNoContent;
+      message->result = kResultNoContent;
     } else {
-      message.fields = {kNameField, kPathField};
-      message.provider = ChooseProvider(list, data_->identification);
-      raw = message.provider->GetContent(data_->path, message.fields, this);
+      message->fields = {kNameField, kPathField};
+      message->provider = ChooseProvider(list, data_->identification);
+      message->content =
+          BrowsableEntries(message->provider->GetContent(data_->path, message->fields, this));
     }
-    message.content = BrowsableEntries(raw);
   }
   // An aborted message keeps the content read so far; the result code marks it as invalid.
   if (TestAborted()) {
-    message.fields.clear();
-    message.result = kResultAborted;
+    message->fields.clear();
+    message->result = kResultAborted;
   }
-  PostResult(message);
+  PostResult(std::move(message));
 }
 
 void ProviderDefaultContentRequest::PostAborted() const {

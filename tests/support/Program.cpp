@@ -8,6 +8,7 @@
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -96,7 +97,12 @@ ProgramResult Run(const std::vector<std::string>& arguments, void (*prepare)()) 
   while (ReadSome(output.ends[0], result.output)) {
   }
   reader.join();
-  result.exitCode = WaitForEnd(process);
+  int status = 0;
+  rusage use{};
+  while (wait4(process, &status, 0, &use) < 0 && errno == EINTR) {
+  }
+  result.exitCode = CodeOf(status);
+  result.peakKilobytes = use.ru_maxrss;
   return result;
 }
 

@@ -14,6 +14,7 @@ struct ProgramResult {
   int exitCode = -1;  // 128 + number of the signal if a signal terminated it
   std::string output;
   std::string errors;
+  long peakKilobytes = 0;  // of memory; not of runs on a terminal
 };
 
 // Runs sorvik to its end; both outputs are pipes and there is no input.

@@ -80,6 +80,9 @@ using Receiver = std::function<void(const Message&)>;
 // push. `flag` is ignored.
 SORVIK_EXPORT void PostMessageToUIThread(const ImmutableString& station, const Message& message,
                                          bool flag);
+// The same for a message that isn't copied, such as a large listing.
+SORVIK_EXPORT void PostMessageToUIThread(const ImmutableString& station,
+                                         std::unique_ptr<Message> message);
 
 // Registers the receiver of `station`; a second registration replaces the first. UI thread.
 // Messages for a station without a receiver are discarded when they are dispatched.

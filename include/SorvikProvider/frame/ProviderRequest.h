@@ -65,6 +65,8 @@ class SORVIK_EXPORT ProviderRequest : public Hestra::IThreadedQueueRequest {
   // Posts the result of the run, unless the request has been answered as aborted: then the message
   // is discarded.
   void PostResult(Hestra::Message& message);
+  // The same for a large result, which isn't copied.
+  void PostResult(std::unique_ptr<Hestra::Message> message);
   // Posts a message before the result. Returns false if the request has been answered as aborted.
   bool PostPart(const Hestra::Message& message);
   // Posts the message of a run that was aborted at its beginning. Called instead of PostResult, on

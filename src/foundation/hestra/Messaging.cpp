@@ -40,8 +40,8 @@ class Queue {
     return waiting_.size();
   }
 
-  void Post(const ImmutableString& station, const Message& message) {
-    Waiting item{station, message.Clone()};
+  void Post(const ImmutableString& station, std::unique_ptr<Message> message) {
+    Waiting item{station, std::move(message)};
     const std::lock_guard lock(mutex_);
     waiting_.push_back(std::move(item));
     if (waiting_.size() == 1) event_.Set();
@@ -118,7 +118,11 @@ namespace StationUtils {
 
 void PostMessageToUIThread(const ImmutableString& station, const Message& message,
                            [[maybe_unused]] bool flag) {
-  Queue::Get().Post(station, message);
+  Queue::Get().Post(station, message.Clone());
+}
+
+void PostMessageToUIThread(const ImmutableString& station, std::unique_ptr<Message> message) {
+  if (message) Queue::Get().Post(station, std::move(message));
 }
 
 void RegisterStation(const ImmutableString& station, Receiver receiver) {
