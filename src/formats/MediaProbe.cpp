@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "formats/probe/Probes.h"
+#include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
-#include "foundation/platform/FileSystem.h"
 
 namespace Sorvik::formats {
 namespace {
@@ -59,7 +59,7 @@ const Container* ContainerOf(std::string_view path) {
 MediaProbe ProbeMedia(const std::string& path) {
   const Container* container = ContainerOf(path);
   if (container == nullptr) return {};
-  const auto file = RegularFile::Open(path);
+  const auto file = foundation::OpenOnCard(path);
   if (!file) return {MediaProbe::Result::kUnreadable, "can't be opened"};
   return container->probe(*file);
 }

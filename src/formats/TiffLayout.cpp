@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/ByteReader.h"
+#include "foundation/CardFolder.h"
 
 namespace Sorvik::formats {
 namespace {
@@ -132,7 +133,7 @@ class Walk {
 std::optional<TiffLayout> ReadTiffLayout(const RegularFile& file) { return Walk(file).Run(); }
 
 std::optional<bool> HasFrameRate(const std::string& path) {
-  const auto file = RegularFile::Open(path);
+  const auto file = foundation::OpenOnCard(path);
   if (!file) return std::nullopt;
   const auto layout = ReadTiffLayout(*file);
   return layout ? std::optional(layout->hasFrameRate) : std::nullopt;

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "SorvikProvider/foundation/UTF16String.h"
+#include "foundation/CardFolder.h"
 #include "foundation/XmlTree.h"
-#include "foundation/platform/FileSystem.h"
 #include "foundation/platform/OwnModule.h"
 #include "foundation/platform/ReadReports.h"
 
@@ -83,7 +83,7 @@ std::optional<XercesDocument> XercesDocument::Parse(std::string_view bytes,
 
 std::optional<XercesDocument> XercesDocument::ReadFile(const std::string& path,
                                                        const XercesLimits& limits) {
-  const auto file = platform::RegularFile::Open(path);
+  const auto file = foundation::OpenOnCard(path);
   if (!file) return std::nullopt;
   if (file->Size() > limits.bytes) {
     platform::ReportReadFailure(path, "too large");

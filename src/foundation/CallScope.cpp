@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/CallScope.h"
 
+#include "foundation/platform/AccessTimes.h"
+
 namespace Sorvik::foundation {
 namespace {
 
@@ -8,14 +10,28 @@ thread_local void* currentRecords = nullptr;
 
 }  // namespace
 
-CallScope::CallScope() noexcept : outermost_(currentRecords == nullptr) {
-  if (outermost_) currentRecords = &records_;
+CallScope::CallScope() {
+  if (currentRecords != nullptr) return;
+  records_ = std::make_shared<Records>();
+  currentRecords = records_.get();
+  platform::ResetAccessTimes();
 }
 
 CallScope::~CallScope() {
-  if (outermost_) currentRecords = nullptr;
+  if (records_) currentRecords = nullptr;
 }
 
 CallScope::Records* CallScope::Current() noexcept { return static_cast<Records*>(currentRecords); }
+
+CallScope::Cache CallScope::CurrentCache() {
+  Records* const records = Current();
+  return records == nullptr ? nullptr : records->shared_from_this();
+}
+
+CallScope::Join::Join(Cache cache) noexcept : cache_(std::move(cache)) {
+  currentRecords = cache_.get();
+}
+
+CallScope::Join::~Join() { currentRecords = nullptr; }
 
 }  // namespace Sorvik::foundation

@@ -6,7 +6,9 @@
 
 #include "foundation/CallScope.h"
 #include "foundation/Paths.h"
+#include "foundation/ReadAhead.h"
 #include "foundation/hestra/Directory.h"
+#include "foundation/platform/NameOrder.h"
 
 namespace Sorvik::foundation {
 namespace {
@@ -40,9 +42,16 @@ void AddFilesBelow(const std::string& folder, std::string_view extension, int de
     }
   }
   if (depthLeft <= 0) return;
+  std::vector<std::string> subfolders;
   for (const FolderItem& item : *items) {
-    if (item.kind != FileKind::kDirectory || item.isLink) continue;
-    AddFilesBelow(JoinPath(folder, item.name), extension, depthLeft - 1, files);
+    if (item.kind == FileKind::kDirectory && !item.isLink) {
+      subfolders.push_back(JoinPath(folder, item.name));
+    }
+  }
+  FolderReadAhead ahead(subfolders);
+  for (std::size_t i = 0; i < subfolders.size(); ++i) {
+    ahead.Await(i);
+    AddFilesBelow(subfolders[i], extension, depthLeft - 1, files);
   }
 }
 
@@ -166,6 +175,15 @@ std::optional<std::string> CardFolder::FindVisibleFile(
   return std::nullopt;
 }
 
+bool CardFolder::ListsFile(std::string_view name) const {
+  if (!IsReadable()) return false;
+  const auto& items = *Listed().items;
+  const auto found =
+      std::ranges::lower_bound(items, name, platform::LessByCodeUnits, &FolderItem::name);
+  return found != items.end() && found->name == name && found->kind == FileKind::kRegular &&
+         !found->isLink;
+}
+
 std::size_t CardFolder::VisibleCount() const {
   if (!IsReadable()) return 0;
   return static_cast<std::size_t>(std::ranges::count_if(
@@ -198,6 +216,28 @@ std::optional<std::string> FindOnCard(std::string_view path) {
   if (folder.empty()) return std::nullopt;
   const auto name = CardFolder::Of(folder)->Find(FileName(path));
   return name ? std::optional(JoinPath(folder, *name)) : std::nullopt;
+}
+
+namespace {
+
+bool IsListedFile(std::string_view path) {
+  const std::string folder(ParentFolder(path));
+  return !folder.empty() && Hestra::Directory::IsListed(folder) &&
+         CardFolder::Of(folder)->ListsFile(FileName(path));
+}
+
+}  // namespace
+
+std::optional<platform::RegularFile> OpenOnCard(const std::string& path) {
+  return IsListedFile(path) ? platform::RegularFile::OpenListed(path)
+                            : platform::RegularFile::Open(path);
+}
+
+std::optional<std::vector<std::byte>> ReadHeadOnCard(const std::string& path,
+                                                     std::size_t maxBytes) {
+  const auto file = OpenOnCard(path);
+  if (!file) return std::nullopt;
+  return file->ReadHead(maxBytes);
 }
 
 bool MayExistOnCard(std::string_view path) {

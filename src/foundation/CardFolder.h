@@ -71,6 +71,8 @@ class CardFolder {
   // Stops there, so that a folder of many frames costs no copies of their names.
   std::optional<std::string> FindVisibleFile(
       const std::function<bool(const std::string& name)>& matches) const;
+  // True if the listing has a regular file of this name that is no symbolic link.
+  bool ListsFile(std::string_view name) const;
   // The number of files and folders that aren't hidden.
   std::size_t VisibleCount() const;
 
@@ -110,6 +112,11 @@ std::optional<std::string> FindOnCard(std::string_view path);
 // False only if the call scope has listed the folder of `path` already and the name isn't in it.
 // Lists nothing; saves a look at the disk for a file that may exist next to each of many.
 bool MayExistOnCard(std::string_view path);
+
+// RegularFile::Open and ReadHead, without a look at the type of the file in advance if the call
+// scope has listed its folder.
+std::optional<platform::RegularFile> OpenOnCard(const std::string& path);
+std::optional<std::vector<std::byte>> ReadHeadOnCard(const std::string& path, std::size_t maxBytes);
 
 // The files below `folder` at any depth, as paths: those of each folder in order of 16-bit code
 // units, then those of its subfolders. Links to folders aren't followed. With an `extension` (its

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/CardFolder.h"
 #include "foundation/XmlEncoding.h"
-#include "foundation/platform/FileSystem.h"
 #include "foundation/platform/ReadReports.h"
 
 namespace Sorvik::foundation {
@@ -157,7 +157,7 @@ std::optional<XmlDocument> ParseXml(std::string_view bytes, const XmlLimits& lim
 }
 
 std::optional<XmlDocument> ReadXmlFile(const std::string& path, const XmlLimits& limits) {
-  const auto bytes = platform::ReadHead(path, limits.bytes + 1);
+  const auto bytes = ReadHeadOnCard(path, limits.bytes + 1);
   if (!bytes) return std::nullopt;
   auto document = ParseXml({reinterpret_cast<const char*>(bytes->data()), bytes->size()}, limits);
   if (!document) platform::ReportReadFailure(path, kMalformedXml);

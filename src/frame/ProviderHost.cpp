@@ -11,6 +11,7 @@
 #include "filesystem/WinProviderDirectory.h"
 #include "filesystem/WinProviderVolume.h"
 #include "foundation/CallScope.h"
+#include "foundation/ReadAhead.h"
 #include "foundation/platform/ShareAccess.h"
 #include "frame/AbortWatchdog.h"
 #include "frame/HostState.h"
@@ -98,6 +99,7 @@ bool StopWorkers(HostState& state) {
   } else {
     ended = state.pool->WaitUnlessStalled(shutdownTimeout);
   }
+  foundation::ReadAheadThreads::WaitForAll();
   AbortWatchdog::Get().Stop();
   if (!ended) return false;
   state.executor.reset();

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/CardFolder.h"
+
 namespace Sorvik::xmp {
 namespace {
 
@@ -19,7 +21,7 @@ std::vector<std::byte> ReadPart(const platform::RegularFile& file, std::uint64_t
 }  // namespace
 
 std::optional<FileOnDisk> FileOnDisk::Open(const std::string& path) {
-  auto file = platform::RegularFile::Open(path);
+  auto file = foundation::OpenOnCard(path);
   if (!file) return std::nullopt;
   return FileOnDisk(std::move(*file));
 }

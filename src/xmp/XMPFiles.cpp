@@ -79,7 +79,7 @@ void AddSidecars(const std::string& path, PartCollector& parts) {
   for (const std::vector<std::string>& spellings : SidecarCandidates(path)) {
     for (const std::string& sidecar : spellings) {
       if (!foundation::MayExistOnCard(sidecar)) continue;
-      const auto bytes = platform::ReadHead(sidecar, foundation::XmlLimits().bytes + 1);
+      const auto bytes = foundation::ReadHeadOnCard(sidecar, foundation::XmlLimits().bytes + 1);
       if (!bytes) continue;
       parts.AddPacket(foundation::ByteReader(*bytes).Text(), MetadataSource::kSidecar);
       break;

@@ -10,6 +10,7 @@
 #include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
+#include "foundation/ReadAhead.h"
 #include "foundation/hestra/Directory.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/ReadReports.h"
@@ -212,7 +213,7 @@ std::optional<ShotOfClip> FindInIndex(const PlaylistIndex& index, const std::str
 // Limits the items of all playlists that a call keeps: a file of a few kilobytes can declare more
 // items than a large card has.
 struct ItemAllowance {
-  mutable std::size_t left = kMaxItemsPerCall;  // used by one thread, like the scope
+  mutable std::size_t left = kMaxItemsPerCall;  // only the thread of the call loads playlists
 
   bool Take(std::size_t count) const {
     const bool granted = count <= left;
@@ -238,21 +239,48 @@ Playlist ParsePlaylist(ByteReader file) {
   return playlist;
 }
 
-std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path) {
-  return CallScope::Remember<Playlist>(path, [&path] {
+namespace {
+
+using Bytes = std::vector<std::byte>;
+
+// Returns nullopt if the file can't be opened or is too large.
+std::optional<Bytes> ReadPlaylistFile(const std::string& path) {
+  const auto file = foundation::OpenOnCard(path);
+  if (!file || file->Size() > kMaxPlaylistBytes) return std::nullopt;
+  return file->ReadHead(kMaxPlaylistBytes);
+}
+
+// Keeps the playlist in the call scope. Calls `read` for the file unless that isn't needed.
+template <class Read>
+std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path, Read read) {
+  return CallScope::Remember<Playlist>(path, [&path, &read] {
     const auto allowance = CallScope::Remember<ItemAllowance>({}, [] { return ItemAllowance(); });
     if (allowance->left == 0) return Playlist();
-    const auto file = platform::RegularFile::Open(path);
-    if (!file || file->Size() > kMaxPlaylistBytes) return Playlist();
-    std::vector<std::byte> bytes(static_cast<std::size_t>(file->Size()));
-    bytes.resize(file->ReadAt(0, bytes));
-    Playlist playlist = ParsePlaylist(ByteReader(bytes));
-    if (const auto fault = FaultOf(ByteReader(bytes), playlist.items); !fault.empty()) {
+    const std::optional<Bytes> bytes = read(path);
+    if (!bytes) return Playlist();
+    Playlist playlist = ParsePlaylist(ByteReader(*bytes));
+    if (const auto fault = FaultOf(ByteReader(*bytes), playlist.items); !fault.empty()) {
       platform::ReportReadFailure(path, fault);
     }
     return allowance->Take(playlist.items.size() + playlist.marks.size()) ? std::move(playlist)
                                                                           : Playlist();
   });
+}
+
+}  // namespace
+
+std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path) {
+  return LoadPlaylist(path, ReadPlaylistFile);
+}
+
+void LoadPlaylists(const std::vector<std::string>& paths, const std::function<bool()>& stop) {
+  const auto shared = std::make_shared<const std::vector<std::string>>(paths);
+  // Only the bytes are read ahead: which playlists exceed the limit of a call depends on the order.
+  foundation::ReadAhead<std::optional<Bytes>> files(
+      shared->size(), [shared](std::size_t i) { return ReadPlaylistFile((*shared)[i]); }, stop);
+  for (std::size_t i = 0; i < paths.size() && !(stop && stop()); ++i) {
+    LoadPlaylist(paths[i], [&files, i](const std::string&) { return files.Take(i); });
+  }
 }
 
 std::optional<ShotOfClip> FindShot(std::shared_ptr<const Playlist> playlist,

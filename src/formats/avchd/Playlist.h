@@ -18,6 +18,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -76,6 +77,10 @@ Playlist ParsePlaylist(foundation::ByteReader file);
 // The playlist at `path` (UTF-8), shared with the call scope. Never null; has no items if it can't
 // be read. Opens regular files only.
 std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path);
+
+// Leaves these playlists in the call scope. Their files are read ahead on slow places. Stops when
+// `stop` returns true.
+void LoadPlaylists(const std::vector<std::string>& paths, const std::function<bool()>& stop);
 
 // The items [first, end) of a playlist that are one shot; `clip` is the index of the item that was
 // searched for.

@@ -16,6 +16,7 @@
 #include <system_error>
 #include <utility>
 
+#include "foundation/platform/AccessTimes.h"
 #include "foundation/platform/FileStatus.h"
 #include "foundation/platform/NameOrder.h"
 #include "foundation/platform/ReadReports.h"
@@ -149,6 +150,7 @@ class FolderLister {
 }  // namespace
 
 std::optional<std::vector<FolderItem>> ListFolder(const std::string& path) {
+  const AccessTimer timer;
   const auto access = ShareAccess::CurrentOr(path);
   const auto place = access->OtherShareAt(path);
   if (place.share == nullptr) return FolderLister(*access, path).List();
@@ -160,6 +162,7 @@ std::optional<std::vector<FolderItem>> ListFolder(const std::string& path) {
 }
 
 std::optional<FileKind> KindOf(const std::string& path) {
+  const AccessTimer timer;
   const auto access = ShareAccess::Current();
   struct stat facts;
   ShareAccess::Place place;
@@ -314,6 +317,7 @@ class RegularFile::OnShare {
 std::optional<RegularFile> RegularFile::Open(const std::string& path) {
   // A NUL would truncate the path to that of another file.
   if (path.find('\0') != path.npos) return std::nullopt;
+  const AccessTimer timer;
   const auto access = ShareAccess::Current();
   // Opening a device or FIFO can have side effects, so check the type first, and again after
   // opening, since the file may have been replaced in between.
@@ -339,8 +343,21 @@ std::optional<RegularFile> RegularFile::Open(const std::string& path) {
   return file;
 }
 
-std::optional<RegularFile> RegularFile::OpenDirectly(const std::string& path) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+std::optional<RegularFile> RegularFile::OpenListed(const std::string& path) {
+  if (path.find('\0') != path.npos) return std::nullopt;
+  const auto access = ShareAccess::Current();
+  if (access && access->HasShares() &&
+      access->OtherShareAt(path, ShareAccess::FinalLink::kKeep).share != nullptr) {
+    return Open(path);
+  }
+  const AccessTimer timer;
+  // The file may have been replaced by a link since.
+  return OpenDirectly(path, O_NOFOLLOW);
+}
+
+std::optional<RegularFile> RegularFile::OpenDirectly(const std::string& path, int extraFlags) {
+  const int descriptor =
+      open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | extraFlags);
   if (descriptor < 0) {
     ReportReadError(path, errno);
     return std::nullopt;
@@ -373,6 +390,7 @@ RegularFile::~RegularFile() {
 }
 
 std::size_t RegularFile::ReadAt(std::uint64_t offset, std::span<std::byte> into) const {
+  const AccessTimer timer;
   if (onShare_) return onShare_->ReadAt(offset, into);
   std::size_t done = 0;
   while (done < into.size()) {
@@ -387,13 +405,16 @@ std::size_t RegularFile::ReadAt(std::uint64_t offset, std::span<std::byte> into)
   return done;
 }
 
+std::vector<std::byte> RegularFile::ReadHead(std::size_t maxBytes) const {
+  std::vector<std::byte> bytes(static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, size_)));
+  bytes.resize(ReadAt(0, bytes));
+  return bytes;
+}
+
 std::optional<std::vector<std::byte>> ReadHead(const std::string& path, std::size_t maxBytes) {
   const auto file = RegularFile::Open(path);
   if (!file) return std::nullopt;
-  std::vector<std::byte> bytes(
-      static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, file->Size())));
-  bytes.resize(file->ReadAt(0, bytes));
-  return bytes;
+  return file->ReadHead(maxBytes);
 }
 
 namespace {

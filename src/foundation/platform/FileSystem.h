@@ -56,6 +56,9 @@ class RegularFile {
  public:
   // Returns nullopt if `path` is no regular file or can't be opened. Never blocks on a FIFO.
   static std::optional<RegularFile> Open(const std::string& path);
+  // The same without a look at the type before opening, for a path that a listing of its folder had
+  // as a regular file.
+  static std::optional<RegularFile> OpenListed(const std::string& path);
   RegularFile(RegularFile&& other) noexcept;
   RegularFile& operator=(RegularFile&& other) noexcept;
   RegularFile(const RegularFile&) = delete;
@@ -68,12 +71,14 @@ class RegularFile {
   // file, after a read error, or if the file is on a share of another operation that doesn't
   // answer.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> into) const;
+  // Reads up to `maxBytes` from the start.
+  std::vector<std::byte> ReadHead(std::size_t maxBytes) const;
 
  private:
   class OnShare;
 
   RegularFile(int descriptor, std::uint64_t size) noexcept;
-  static std::optional<RegularFile> OpenDirectly(const std::string& path);
+  static std::optional<RegularFile> OpenDirectly(const std::string& path, int extraFlags = 0);
 
   int descriptor_;  // -1 if onShare_ is set
   std::uint64_t size_;

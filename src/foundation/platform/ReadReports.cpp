@@ -23,7 +23,13 @@ Handler& Current() {
   return handler;
 }
 
+thread_local ReportBuffer* currentBuffer = nullptr;
+
 }  // namespace
+
+ReportBuffer::ReportBuffer() noexcept { currentBuffer = this; }
+
+ReportBuffer::~ReportBuffer() { currentBuffer = nullptr; }
 
 void SetReadReportHandler(ReadReportHandler handler) {
   Handler& current = Current();
@@ -37,6 +43,10 @@ void SetReadReportHandler(ReadReportHandler handler) {
 void ReportReadFailure(const std::string& path, std::string_view reason) {
   Handler& current = Current();
   if (!current.isSet) return;
+  if (currentBuffer != nullptr) {
+    currentBuffer->reports_.emplace_back(path, reason);
+    return;
+  }
   std::shared_ptr<const ReadReportHandler> handler;
   {
     const std::lock_guard lock(current.mutex);

@@ -43,6 +43,14 @@ std::shared_ptr<ShareAccess> ShareAccess::CurrentOr(const std::string& path) {
   return currentAccess ? currentAccess : std::make_shared<ShareAccess>(path);
 }
 
+std::shared_ptr<ShareAccess> ShareAccess::ForOwnShare(const ShareAccess& operation) {
+  auto access = std::make_shared<ShareAccess>(operation);
+  access->contacts_.clear();
+  access->ownShareOnly_ = true;
+  access->hasRefused_ = false;
+  return access;
+}
+
 const MountTable& ShareAccess::Table() {
   if (!table_) table_ = MountTable::Current();
   return *table_;
@@ -109,6 +117,10 @@ ShareAccess::Resolved ShareAccess::ResolveItem(const Resolved& folder,
 }
 
 ShareAccess::Contact& ShareAccess::ContactOf(const Mount& share) {
+  if (ownShareOnly_) {
+    hasRefused_ = true;
+    throw OtherShareAccess();
+  }
   const std::string name = share.source + '\0' + share.mountPoint;
   Contact& contact = contacts_[name];
   if (!contact.thread) contact.thread = std::make_shared<ShareThread>(name);
@@ -130,6 +142,10 @@ std::shared_ptr<ShareThread> ShareAccess::AnsweringThread(const Mount& share) {
 
 ShareScope::ShareScope(const std::string& path) : outermost_(currentAccess == nullptr) {
   if (outermost_) currentAccess = std::make_shared<ShareAccess>(path);
+}
+
+ShareScope::ShareScope(std::shared_ptr<ShareAccess> access) noexcept : outermost_(true) {
+  currentAccess = std::move(access);
 }
 
 ShareScope::~ShareScope() {

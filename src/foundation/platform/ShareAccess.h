@@ -24,6 +24,9 @@
 
 namespace Sorvik::platform {
 
+// Thrown instead of accessing a share other than the operation's own, if the ShareAccess says so.
+struct OtherShareAccess {};
+
 // The accesses of one operation. Belongs to one thread.
 class ShareAccess {
  public:
@@ -41,6 +44,9 @@ class ShareAccess {
   static constexpr std::chrono::milliseconds kTransferTimeout{2000};
 
   explicit ShareAccess(std::string operationPath) : operationPath_(std::move(operationPath)) {}
+  // For another thread of the same operation. Knows what `operation` knows, and accesses no share
+  // other than the operation's own: that throws OtherShareAccess.
+  static std::shared_ptr<ShareAccess> ForOwnShare(const ShareAccess& operation);
 
   // The object of the operation with a ShareScope on this thread; nullptr without one.
   static std::shared_ptr<ShareAccess> Current();
@@ -68,6 +74,9 @@ class ShareAccess {
                             std::chrono::milliseconds timeout = kProbeTimeout) {
     return ContactOf(share).thread->Ask(std::move(call), timeout);
   }
+  // True if OtherShareAccess was thrown. Whoever catches it unknowingly gets a wrong result.
+  bool HasRefused() const noexcept { return hasRefused_; }
+  void ClearRefused() noexcept { hasRefused_ = false; }
   // Returns the thread of the share if its server answers, else nullptr.
   std::shared_ptr<ShareThread> AnsweringThread(const Mount& share);
   // True if the share hasn't answered in this operation.
@@ -95,6 +104,8 @@ class ShareAccess {
   // The first share on the way to operationPath_; nullptr if there is none.
   const Mount* ownShare_ = nullptr;
   bool ownShareKnown_ = false;
+  bool ownShareOnly_ = false;
+  bool hasRefused_ = false;
   int linksLeft_ = 0;
   std::unordered_map<std::string, Resolved> folders_;
   std::unordered_set<std::string> withoutLinks_;
@@ -106,6 +117,8 @@ class ShareAccess {
 class ShareScope {
  public:
   explicit ShareScope(const std::string& path);
+  // Uses `access`, on a thread without a scope.
+  explicit ShareScope(std::shared_ptr<ShareAccess> access) noexcept;
   ~ShareScope();
   ShareScope(const ShareScope&) = delete;
   ShareScope& operator=(const ShareScope&) = delete;

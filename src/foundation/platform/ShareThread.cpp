@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/platform/ShareThread.h"
 
-#include <pthread.h>
-#include <signal.h>
-
 #include <condition_variable>
 #include <deque>
 #include <exception>
 #include <map>
 #include <mutex>
-#include <thread>
 #include <utility>
+
+#include "foundation/platform/DetachedThread.h"
 
 namespace Sorvik::platform {
 
@@ -55,23 +53,6 @@ bool IsBlocked(const std::string& share) {
   return shares.threads.contains(share);
 }
 
-// Blocks all signals while a thread is created, so that the new thread inherits the mask and the
-// host's signal handlers never run on it.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous_);
-  }
-  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
- private:
-  sigset_t previous_;
-};
-
 }  // namespace
 
 void ShareThread::State::RunTasks(const std::string& share) {
@@ -105,12 +86,7 @@ ShareThread::~ShareThread() {
 bool ShareThread::Start() {
   state_ = std::make_shared<State>();
   const auto loop = [state = state_, share = share_] { state->RunTasks(share); };
-  try {
-    const SignalsBlocked mask;
-    std::thread(loop).detach();
-  } catch (const std::exception&) {
-    state_ = nullptr;  // no more threads
-  }
+  if (!StartDetachedThread(loop)) state_ = nullptr;
   return state_ != nullptr;
 }
 

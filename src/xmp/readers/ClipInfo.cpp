@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "foundation/platform/FileSystem.h"
+#include "foundation/CardFolder.h"
 
 namespace Sorvik::xmp {
 
@@ -55,7 +55,7 @@ std::optional<std::uint64_t> ClipLengthOfStream(const std::string& streamFile) {
   // Cameras write MTS with CPI, discs m2ts with clpi, some recorders use CLP.
   const bool camera = streamFile[dot + 1] == 'M';
   for (const char* extension : {camera ? ".CPI" : ".clpi", camera ? ".clpi" : ".CPI", ".CLP"}) {
-    if (const auto bytes = platform::ReadHead(path + extension, kMaxClipInfoBytes)) {
+    if (const auto bytes = foundation::ReadHeadOnCard(path + extension, kMaxClipInfoBytes)) {
       return ReadClipLength(ByteReader(*bytes));
     }
   }

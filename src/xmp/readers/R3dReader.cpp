@@ -232,7 +232,7 @@ std::string PacketOfRmdFile(const std::string& path) {
   const std::string rmdPath =
       path.substr(0, slash + 1) + ClipName(std::string_view(path).substr(slash + 1)) + ".RMD";
   if (!foundation::MayExistOnCard(rmdPath)) return {};
-  const auto bytes = platform::ReadHead(rmdPath, kMaxBytes);
+  const auto bytes = foundation::ReadHeadOnCard(rmdPath, kMaxBytes);
   return bytes ? PacketOf(ByteReader{*bytes}.Text()) : std::string();
 }
 
