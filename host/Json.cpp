@@ -54,7 +54,7 @@ void JsonWriter::Null() {
 
 void JsonWriter::Json(std::string_view json) {
   BeforeValue();
-  output_.Write(json);
+  Write(json);
 }
 
 void JsonWriter::Strings(const std::vector<std::string>& texts) {

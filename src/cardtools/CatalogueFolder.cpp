@@ -12,6 +12,7 @@
 #include "cardtools/CardCheckInput.h"
 #include "cardtools/CardInventory.h"
 #include "cardtools/ClipIdentity.h"
+#include "cardtools/ProviderLookup.h"
 #include "foundation/CallScope.h"
 #include "foundation/JsonLine.h"
 #include "foundation/JsonReader.h"

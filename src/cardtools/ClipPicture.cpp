@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "SorvikProvider/frame/ProviderHost.h"
 #include "cardtools/ClipSources.h"
+#include "cardtools/ProviderLookup.h"
 #include "foundation/CallScope.h"
 #include "foundation/imaging/ImageSource.h"
 #include "foundation/platform/FileSystem.h"
@@ -89,13 +89,6 @@ class ClipPainter {
   int height_;
   ProviderRequest* request_;
 };
-
-const ProviderWrapper* FindProvider(const std::string& identification) {
-  for (const ProviderWrapper* wrapper : ProviderHost::GetAllProviders()) {
-    if (wrapper->GetIdentification() == identification) return wrapper;
-  }
-  return nullptr;
-}
 
 }  // namespace
 

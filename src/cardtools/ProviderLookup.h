@@ -2,14 +2,14 @@
 // Finds registered providers.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include "SorvikProvider/frame/ProviderHost.h"
 
 namespace Sorvik {
 
 // The provider with that identification; null if there is none.
-inline const ProviderWrapper* FindProvider(const std::string& identification) {
+inline const ProviderWrapper* FindProvider(std::string_view identification) {
   for (const ProviderWrapper* wrapper : ProviderHost::GetAllProviders()) {
     if (wrapper->GetIdentification() == identification) return wrapper;
   }
