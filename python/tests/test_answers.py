@@ -67,10 +67,10 @@ def test_found_cards_are_those_of_the_program(made_cards):
 
 def test_pictures_are_those_of_the_program(sample, tmp_path):
     clip = next(iter(sorvik.open(sample)))
-    picture = clip.thumbnail(160, 90)
+    picture = clip.thumbnail(80, 60)
     output = tmp_path / "out.png"
     subprocess.run(
-        [BINARIES / "sorvik", "thumb", sample, clip.key, "-o", output, "--size", "160x90"],
+        [BINARIES / "sorvik", "thumb", sample, clip.key, "-o", output, "--size", "80x60", "--icon"],
         check=True,
         stdout=subprocess.DEVNULL,
     )
