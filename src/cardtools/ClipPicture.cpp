@@ -14,6 +14,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/ShareAccess.h"
 #include "frame/RequestQueue.h"
+#include "frame/ThumbnailAnswer.h"
 #include "metadata/EmbeddedPictures.h"
 #include "thumbnails/FrameHelper.h"
 #include "thumbnails/OwnedBitplate.h"
@@ -114,28 +115,14 @@ ClipPictureRequest::ClipPictureRequest(tarnwick::utility::ImmutableString statio
       height_(height) {}
 
 void ClipPictureRequest::Run() {
-  GetThumbnailMessage message;
-  message.path = path_;
-  message.key = key_;
-  if (!TestAborted()) {
-    message.thumbnail = RenderClipPicture(path_, identification_, key_, width_, height_, this);
-  }
-  if (TestAborted()) {
-    message.Discard();
-    message.result = kResultAborted;
-  } else {
-    message.result = message.thumbnail != nullptr ? kResultDone : kResultNoContent;
-  }
+  Bitplate** const thumbnail =
+      TestAborted() ? nullptr
+                    : RenderClipPicture(path_, identification_, key_, width_, height_, this);
+  GetThumbnailMessage message = ThumbnailAnswer(path_, key_, thumbnail, TestAborted());
   PostResult(message);
 }
 
-void ClipPictureRequest::PostAborted() const {
-  GetThumbnailMessage message;
-  message.path = path_;
-  message.key = key_;
-  message.result = kResultAborted;
-  Post(message);
-}
+void ClipPictureRequest::PostAborted() const { Post(ThumbnailAnswer(path_, key_, nullptr, true)); }
 
 Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> ClipPictureRequest::GetRef() {
   return Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest>(this);

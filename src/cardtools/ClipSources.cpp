@@ -85,9 +85,12 @@ class SourceSearch {
  private:
   std::string_view MainStem() const { return main_.empty() ? "" : FileStem(main_.front()); }
 
-  // First those with the name of the clip: the pictures of a recording in several parts are listed
-  // together. A file that is a picture itself is its own picture.
+  // A file that is a picture itself, then those with the name of the clip: the pictures of a
+  // recording in several parts are listed together.
   void AddCameraPictures() {
+    for (const std::string& path : main_) {
+      if (HasOneOf(path, kPictureExtensions)) sources_.push_back({Kind::kPicture, path});
+    }
     std::vector<std::string> others;
     for (const std::string& path : extra_) {
       if (!HasOneOf(path, kPictureExtensions)) continue;
@@ -98,9 +101,6 @@ class SourceSearch {
       }
     }
     for (std::string& path : others) sources_.push_back({Kind::kPicture, std::move(path)});
-    for (const std::string& path : main_) {
-      if (HasOneOf(path, kPictureExtensions)) sources_.push_back({Kind::kPicture, path});
-    }
     if (sources_.size() > kMaxMediaFiles) sources_.resize(kMaxMediaFiles);
   }
 

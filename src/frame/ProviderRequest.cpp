@@ -7,6 +7,7 @@
 #include "SorvikProvider/frame/ProviderMessages.h"
 #include "foundation/platform/ShareAccess.h"
 #include "frame/AbortWatchdog.h"
+#include "frame/ThumbnailAnswer.h"
 
 namespace Sorvik {
 namespace {
@@ -153,28 +154,17 @@ ProviderThumbnailRequest::ProviderThumbnailRequest(ImmutableString station, Prov
       height_(height) {}
 
 void ProviderThumbnailRequest::Run() {
-  GetThumbnailMessage message;
-  message.path = path_;
-  message.key = key_;
+  Bitplate** thumbnail = nullptr;
   if (!TestAborted()) {
     const platform::ShareScope shares(path_);
-    message.thumbnail = GetProvider()->GetThumbnail(path_, key_, width_, height_, this);
+    thumbnail = GetProvider()->GetThumbnail(path_, key_, width_, height_, this);
   }
-  if (TestAborted()) {
-    message.Discard();
-    message.result = kResultAborted;
-  } else {
-    message.result = message.thumbnail != nullptr ? kResultDone : kResultNoContent;
-  }
+  GetThumbnailMessage message = ThumbnailAnswer(path_, key_, thumbnail, TestAborted());
   PostResult(message);
 }
 
 void ProviderThumbnailRequest::PostAborted() const {
-  GetThumbnailMessage message;
-  message.path = path_;
-  message.key = key_;
-  message.result = kResultAborted;
-  Post(message);
+  Post(ThumbnailAnswer(path_, key_, nullptr, true));
 }
 
 SelfRef ProviderThumbnailRequest::GetRef() { return SelfRef(this); }
