@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "SorvikProvider/cardtools/ClipPicture.h"
 #include "SorvikProvider/frame/ProviderHost.h"
@@ -139,6 +140,21 @@ TEST_F(ClipPicture, ShowsThePreviewOfAFrameUpright) {
   }();
   EXPECT_EQ(PixelAt(plate.get(), 0.99, 0), PixelAt(stored.get(), 0, 0)) << "turned clockwise";
   EXPECT_EQ(PixelAt(plate.get(), 0, 0), PixelAt(stored.get(), 0, 0.99));
+}
+
+TEST_F(ClipPicture, ShowsAPhotographItselfAndTheThumbnailOfAMovie) {
+  const std::string thumbnail = Jpeg(Plain(16, 12, kBlack), JpegKind::kColour);
+  tree_.File("card/DCIM/100CANON/IMG_0001.JPG", Jpeg(Plain(64, 48, kWhite), JpegKind::kColour));
+  tree_.File("card/DCIM/100CANON/IMG_0001.THM", thumbnail);
+  tree_.File("card/DCIM/100CANON/MVI_0002.MOV", "damaged");
+  tree_.File("card/DCIM/100CANON/MVI_0002.THM", thumbnail);
+  const MadeCard card{tree_.Path("card"), "com.halvane.Merisk.ProviderDCIM"};
+  std::vector<int> widths;
+  for (const std::string& key : KeysOf(card)) {
+    const OwnedBitplate plate(RenderClipPicture(card.root, card.providerId, key, 0, 0));
+    widths.push_back(bitplateGetWidth(plate.get()));
+  }
+  EXPECT_EQ(widths, (std::vector<int>{64, 16}));
 }
 
 TEST_F(ClipPicture, IsMissingForUnknownEntriesAndDamagedMedia) {
