@@ -74,6 +74,8 @@ TEST_F(FileGroups, FollowTheNamesOfEachCamera) {
                                                           "A001_C001_0925AB_001.R3D",
                                                           "A001_C001_0925AB_001.mov",
                                                           "A001_C001_0925AB.RMD",
+                                                          "SHIP.MP4",
+                                                          "SHIPS01.MP4",
                                                           "notes.txt",
                                                           "only.SRT"}) {
     tree_.File("loose/" + file, "x");
@@ -103,6 +105,7 @@ TEST_F(FileGroups, FollowTheNamesOfEachCamera) {
       {"A001_C001_0925AB.RMD",
        "RED: A001_C001_0925AB_001.R3D A001_C001_0925AB_002.R3D | A001_C001_0925AB.RMD "
        "~A001_C001_0925AB_001.mov"},
+      {"SHIPS01.MP4", "DCIM: SHIPS01.MP4 |"},
       {"notes.txt", "none"},
       {"only.SRT", "none"},
       {"missing.MP4", "none"},

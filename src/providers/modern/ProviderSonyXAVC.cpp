@@ -235,14 +235,23 @@ Bitplate** ProviderSonyXAVC::GetThumbnail(const std::string& path, const std::st
 
 namespace {
 
-// M: record, T: thumbnail, S: proxy, R: real-time metadata, I: picture pointers.
+struct KindOfFile {
+  char letter;
+  std::string_view extension;
+};
+// Record, thumbnail, real-time metadata, picture pointers. The name of a proxy alone proves
+// nothing: "SHIPS01.MP4" next to "SHIP.MP4" is another clip.
+constexpr KindOfFile kTypicalKinds[] = {{'M', ".xml"}, {'T', ".jpg"}, {'R', ".bim"}, {'I', ".ppn"}};
+
 std::optional<LooseName> ParseLoose(std::string_view name) {
   LooseName parsed{.clip = foundation::FileStem(name)};
-  parsed.isTypical = std::ranges::any_of(
-      std::string_view("MTSRI"), [name](char kind) { return xavc::IsFileOfKind(name, kind); });
-  if (parsed.isTypical) parsed.clip.remove_suffix(xavc::kKindSize);
-  parsed.isOriginal = !parsed.isTypical && xavc::IsEssenceName(name);
-  parsed.isProxy = parsed.isTypical && xavc::IsEssenceName(name);
+  parsed.isTypical = std::ranges::any_of(kTypicalKinds, [name](const KindOfFile& kind) {
+    return xavc::IsFileOfKind(name, kind.letter) && foundation::HasExtension(name, kind.extension);
+  });
+  const bool isEssence = xavc::IsEssenceName(name);
+  parsed.isProxy = isEssence && xavc::IsFileOfKind(name, 'S');
+  parsed.isOriginal = isEssence && !parsed.isProxy;
+  if (parsed.isTypical || parsed.isProxy) parsed.clip.remove_suffix(xavc::kKindSize);
   return parsed;
 }
 
