@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The operations of the C interface: checks the arguments, then starts or runs the request.
 #include <cstddef>
-#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "SorvikProvider/c/sorvik.h"
 #include "SorvikProvider/foundation/Localizer.h"
-#include "SorvikProvider/frame/ProviderHost.h"
 #include "c/Operations.h"
 #include "foundation/Paths.h"
 
@@ -211,7 +210,6 @@ sorvik_status Wait(T** output, const Operation& operation) {
 using namespace Sorvik::c;
 
 const char* sorvik_version(void) { return SORVIK_LIBRARY_VERSION; }
-size_t sorvik_stalled_workers(void) { return Sorvik::ProviderHost::GetStalledWorkerCount(); }
 
 sorvik_status sorvik_set_language(const char* tag) {
   return Guarded([tag]() -> Outcome {

@@ -129,6 +129,11 @@ Outcome RunAndWait(TaskRequest::Task task, sorvik_event::Result& result) {
   }
 }
 
+std::size_t CountStalledWorkers() {
+  const std::shared_lock lock(Library::Get().mutex);
+  return ProviderHost::GetStalledWorkerCount();
+}
+
 Outcome Initialize() {
   Library& library = Library::Get();
   const std::lock_guard lock(library.mutex);
@@ -165,6 +170,8 @@ void sorvik_shutdown(void) {
     return Outcome();
   });
 }
+
+size_t sorvik_stalled_workers(void) { return Sorvik::c::CountStalledWorkers(); }
 
 sorvik_status sorvik_queue_create(sorvik_queue** queue) {
   if (queue != nullptr) *queue = nullptr;

@@ -2,6 +2,7 @@
 // Requests of the C interface: a function that runs on a worker and sends events.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 
@@ -44,6 +45,8 @@ Outcome Start(TaskRequest::Task task, const sorvik_receiver* receiver, sorvik_re
 
 // Runs `task` on a worker, waits, and moves its first result of type T to `result`.
 Outcome RunAndWait(TaskRequest::Task task, sorvik_event::Result& result);
+
+std::size_t CountStalledWorkers();
 
 // Counts the uses of the library.
 Outcome Initialize();

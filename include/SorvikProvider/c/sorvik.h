@@ -15,14 +15,14 @@
  *    sorvik_error_text() of the same thread.
  *  - Every pointer to a type with a ..._free function that is returned through an output or by a
  *    ..._take_... function belongs to the caller. All other pointers are borrowed: they are valid
- * as long as the object that they come from. The ..._free functions ignore NULL.
+ *    as long as the object that they come from. The ..._free functions ignore NULL.
  *  - Any thread may call any function. A single object must not be changed or freed by one thread
  *    while another one uses it; sorvik_request_abort may be called at any time before the request
  *    is freed.
  *  - Nothing is written to disk.
  *  - Binary compatibility: functions, enumerators and members of structs are only added. Structs
- * are always passed by pointer and grow at their end, except for sorvik_text and sorvik_value,
- * which don't change. Symbols have the version SORVIK_2.0 or the one that added them. */
+ *    are passed by pointer and grow at their end, except for those that say they don't change.
+ *    Symbols have the version SORVIK_2.0 or the one that added them. */
 #ifndef SORVIKPROVIDER_C_SORVIK_H
 #define SORVIKPROVIDER_C_SORVIK_H
 
@@ -44,7 +44,7 @@ extern "C" {
 
 typedef enum sorvik_status {
   SORVIK_OK = 0,
-  SORVIK_INVALID_ARGUMENT = 1, /* NULL, a relative path, an unknown field, provider or key */
+  SORVIK_INVALID_ARGUMENT = 1, /* such as NULL, a relative path or an unknown provider */
   SORVIK_NOT_INITIALIZED = 2,  /* before sorvik_initialize or after sorvik_shutdown */
   SORVIK_NO_PROVIDER = 3,      /* the path exists, but no provider supports it */
   SORVIK_MISSING = 4,          /* the path doesn't exist */
@@ -141,6 +141,7 @@ SORVIK_C_EXPORT const sorvik_field* sorvik_entry_field_at(const sorvik_entry* en
 /* NULL if the entry has no field of this name. */
 SORVIK_C_EXPORT const sorvik_field* sorvik_entry_field(const sorvik_entry* entry, const char* name);
 
+/* This struct doesn't change. */
 typedef struct sorvik_fraction {
   int64_t numerator;
   int64_t denominator; /* positive */
