@@ -523,6 +523,51 @@ std::unique_ptr<Request> StartScan(const std::string& path, bool nearby, bool wi
   });
 }
 
+// What a catalogue calls, and the exception that ended it.
+struct CatalogueCalls {
+  const py::function& receive;
+  const py::function& isStopped;
+  std::optional<py::error_already_set> failure = {};
+
+  template <class Call>
+  bool Guarded(const Call& call, bool afterFailure) noexcept {
+    const py::gil_scoped_acquire held;
+    try {
+      return call();
+    } catch (py::error_already_set& error) {
+      failure = std::move(error);
+    }
+    return afterFailure;
+  }
+};
+
+// Calls `receive` with each line as bytes, until it or `isStopped` ends the run.
+void WriteCatalogue(const std::vector<std::string>& paths, const py::function& receive,
+                    const py::function& isStopped) {
+  std::vector<const char*> pointers;
+  for (const std::string& path : paths) pointers.push_back(path.c_str());
+  CatalogueCalls calls{receive, isStopped};
+  const sorvik_line_callback onLine = [](sorvik_text line, void* context) {
+    auto& own = *static_cast<CatalogueCalls*>(context);
+    return own.Guarded([&] { return own.receive(py::bytes(line.data, line.size)).cast<bool>(); },
+                       false);
+  };
+  const sorvik_stop_callback onTick = [](void* context) {
+    auto& own = *static_cast<CatalogueCalls*>(context);
+    return own.Guarded([&] { return own.isStopped().cast<bool>(); }, true);
+  };
+  sorvik_status status = SORVIK_OK;
+  {
+    const py::gil_scoped_release released;
+    status = sorvik_write_catalogue(pointers.data(), pointers.size(), onLine, onTick, &calls);
+  }
+  if (calls.failure) {
+    py::error_already_set failure = std::move(*calls.failure);
+    throw failure;
+  }
+  Check(status);
+}
+
 template <class Function>
 void CheckWithoutGil(const Function& function) {
   sorvik_status status = SORVIK_OK;
@@ -587,4 +632,5 @@ PYBIND11_MODULE(_core, module) {
   module.def("start_render_thumbnail", StartRenderThumbnail);
   module.def("start_render_picture", StartRenderPicture);
   module.def("start_scan", StartScan);
+  module.def("write_catalogue", WriteCatalogue);
 }

@@ -29,6 +29,7 @@ from ._cards import (
     owner,
     scan,
 )
+from ._catalogue import Catalogue, catalogue
 from ._errors import (
     Aborted,
     Error,
@@ -49,6 +50,7 @@ __version__ = _core.version()
 __all__ = [
     "Aborted",
     "Card",
+    "Catalogue",
     "Clip",
     "Clips",
     "Error",
@@ -78,6 +80,7 @@ __all__ = [
     "aowner",
     "ascan",
     "cards",
+    "catalogue",
     "open",
     "owner",
     "scan",

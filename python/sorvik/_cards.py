@@ -65,7 +65,7 @@ _USUAL_FIELDS = (
 )
 
 
-def _path_argument(path: PathLike) -> bytes:
+def path_argument(path: PathLike) -> bytes:
     encoded = os.fsencode(path)
     if b"\0" in encoded:
         raise ValueError("embedded null byte in path")
@@ -482,7 +482,7 @@ class Owner:
 
 
 def _start_open(path: PathLike, provider: Optional[str], nearby: bool) -> _requests.Start:
-    place = _path_argument(path)
+    place = path_argument(path)
     name = None if provider is None else _text_argument(provider, "provider")
     return lambda queue, number: _core.start_open(place, name, nearby, queue, number)
 
@@ -513,7 +513,7 @@ async def aopen(
 def _start_scan(
     path: PathLike, nearby: bool, clips: bool, fields: FieldNames
 ) -> _requests.Start:
-    place = _path_argument(path)
+    place = path_argument(path)
     names, defaults = _fields_argument(fields, True)
     return lambda queue, number: _core.start_scan(
         place, nearby, clips, names, defaults, queue, number
@@ -559,7 +559,7 @@ def cards(path: PathLike, *, nearby: bool = False, timeout: Optional[float] = No
 
 
 def _start_owner(path: PathLike) -> _requests.Start:
-    file = _path_argument(path)
+    file = path_argument(path)
     return lambda queue, number: _core.start_find_owner(file, queue, number)
 
 

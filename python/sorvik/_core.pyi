@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-from typing import Any, Optional, Sequence, Union
+from typing import Any, Callable, Optional, Sequence, Union
 
 _RawValue = Union[str, tuple[Any, ...], int, None]
 
@@ -98,3 +98,6 @@ def start_scan(
     queue: Optional[Queue],
     id: int,
 ) -> Request: ...
+def write_catalogue(
+    paths: Sequence[bytes], receive: Callable[[bytes], bool], is_stopped: Callable[[], bool]
+) -> None: ...

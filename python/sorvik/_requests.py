@@ -39,7 +39,7 @@ def _shutdown() -> None:
         _core.shutdown()
 
 
-def _initialize() -> None:
+def initialize() -> None:
     global _initialized_in
     if _initialized_in == os.getpid():
         return
@@ -54,7 +54,7 @@ def _initialize() -> None:
 
 def _start(start: Start, queue: Optional[_core.Queue], number: int) -> _core.Request:
     try:
-        _initialize()
+        initialize()
         return start(queue, number)
     except _core.Failure as failure:
         raise error_of(*failure.args) from None
@@ -139,7 +139,7 @@ _queues: weakref.WeakKeyDictionary[asyncio.AbstractEventLoop, _LoopQueue] = (
 def _queue_of_running_loop() -> _LoopQueue:
     import asyncio
 
-    _initialize()
+    initialize()
     loop = asyncio.get_running_loop()
     queue = _queues.get(loop)
     if queue is None:

@@ -2,6 +2,7 @@
 """The package gives the answers of the program."""
 
 import io
+import json
 import os
 import subprocess
 
@@ -54,8 +55,6 @@ def test_found_cards_are_those_of_the_program(made_cards):
     lines = subprocess.run(
         [BINARIES / "sorvik", "cards", root, "--json"], stdout=subprocess.PIPE, check=True
     ).stdout.splitlines()
-    import json
-
     expected = [json.loads(line) for line in lines]
     cards = sorvik.cards(root)
     assert [card.summary() for card in cards] == expected
@@ -63,6 +62,13 @@ def test_found_cards_are_those_of_the_program(made_cards):
     assert [each for each in found if isinstance(each, sorvik.Card)] == cards
     clips = [each for each in found if isinstance(each, sorvik.Clip)]
     assert clips == [clip for card in cards for clip in card.clips(["Name"])]
+
+
+def test_catalogue_is_that_of_the_program(made_cards):
+    root = os.path.dirname(made_cards[0][1])
+    command = [BINARIES / "sorvik", "catalog", root]
+    lines = subprocess.run(command, stdout=subprocess.PIPE).stdout.splitlines()
+    assert list(sorvik.catalogue(root)) == [json.loads(line) for line in lines]
 
 
 def test_pictures_are_those_of_the_program(sample, tmp_path):

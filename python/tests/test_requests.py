@@ -94,6 +94,25 @@ def test_streams_are_closed_early(sample):
     assert first == next(iter(card))
 
 
+def test_catalogues_end_early(sample, stopped_share):
+    with sorvik.catalogue(sample) as lines:
+        assert next(lines)["type"] == "card"
+    assert next(lines, None) is None
+    stuck = sorvik.catalogue(stopped_share / "folder")
+    threading.Timer(0.3, lambda: os.kill(os.getpid(), signal.SIGINT)).start()
+    begun = time.monotonic()
+    with pytest.raises(KeyboardInterrupt), stuck:
+        next(stuck)
+    assert time.monotonic() - begun < ABORT_SECONDS
+    with pytest.raises(sorvik.Gone):
+        list(sorvik.catalogue("/no/such"))
+    with pytest.raises(ValueError):
+        sorvik.catalogue()
+    # A process may end with a catalogue that nobody reads to its end.
+    code = "import sorvik, sys; lines = sorvik.catalogue(sys.argv[1]); next(lines)"
+    subprocess.run([sys.executable, "-c", code, sample], check=True, timeout=20)
+
+
 def test_threads_share_the_library(sample):
     expected = list(sorvik.open(sample))
     failures = []

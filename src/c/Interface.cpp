@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "SorvikProvider/c/sorvik.h"
 #include "SorvikProvider/foundation/Localizer.h"
@@ -208,6 +209,30 @@ sorvik_status Wait(T** output, const Operation& operation) {
 }  // namespace Sorvik::c
 
 using namespace Sorvik::c;
+
+sorvik_status sorvik_write_catalogue(const char* const* paths, size_t count,
+                                     sorvik_line_callback receive, sorvik_stop_callback stop,
+                                     void* context) {
+  return Guarded([&]() -> Outcome {
+    if (receive == nullptr || (paths == nullptr && count != 0)) {
+      return Invalid("paths and receive must not be NULL");
+    }
+    std::vector<std::string> folders(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      Outcome outcome = TakePath(paths[i], folders[i]);
+      if (!outcome.Ok()) return outcome;
+    }
+    return WhileInitialized([&] {
+      return WriteCatalogueLines(
+          folders,
+          [&](std::string_view line) {
+            const std::string terminated(line);
+            return receive(TextOf(terminated), context);
+          },
+          [&] { return stop != nullptr && stop(context); });
+    });
+  });
+}
 
 const char* sorvik_version(void) { return SORVIK_LIBRARY_VERSION; }
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "SorvikProvider/cardtools/CardFinder.h"
+#include "SorvikProvider/cardtools/Catalogue.h"
 #include "SorvikProvider/cardtools/ClipPicture.h"
 #include "SorvikProvider/cardtools/EntryFiles.h"
 #include "SorvikProvider/cardtools/ShotParts.h"
@@ -348,6 +349,17 @@ Outcome Scan(TaskRequest& request, const std::string& path, unsigned flags,
   ForEachFoundCard(request, path, receive,
                    isNearby ? SearchDirection::kNearby : SearchDirection::kDeep);
   return found ? Outcome() : NoProvider(path, "no card found");
+}
+
+Outcome WriteCatalogueLines(const std::vector<std::string>& paths,
+                            const std::function<bool(std::string_view)>& receive,
+                            const std::function<bool()>& isStopped) {
+  CatalogueOptions options;
+  options.tool = std::string("sorvik ") + sorvik_version();
+  const CatalogueResult result = WriteCatalogue(paths, options, receive, isStopped);
+  if (result.aborted) return {SORVIK_ABORTED, {}, "aborted"};
+  if (result.cards != 0 || paths.empty()) return {};
+  return NoProvider(paths.front(), "no card found");
 }
 
 }  // namespace Sorvik::c

@@ -2,7 +2,10 @@
 // What the requests of the C interface do on their worker. Arguments have been checked.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "SorvikProvider/frame/FieldModel.h"
 #include "c/Requests.h"
@@ -37,5 +40,10 @@ Outcome RenderPicture(TaskRequest& request, const Place& place, const std::strin
                       int height);
 Outcome Scan(TaskRequest& request, const std::string& path, unsigned flags,
              const FieldChoice& fields);
+
+// Runs on the calling thread.
+Outcome WriteCatalogueLines(const std::vector<std::string>& paths,
+                            const std::function<bool(std::string_view)>& receive,
+                            const std::function<bool()>& isStopped);
 
 }  // namespace Sorvik::c

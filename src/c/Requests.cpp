@@ -39,13 +39,11 @@ std::unique_ptr<sorvik_event> EndEvent(Outcome outcome) {
   return event;
 }
 
+Outcome NotInitialized() { return {SORVIK_NOT_INITIALIZED, {}, "the library isn't initialized"}; }
+
 Outcome Queue(const sorvik_request& request) {
-  Library& library = Library::Get();
-  const std::shared_lock lock(library.mutex);
-  if (library.uses == 0 || !QueueRequest(request.task)) {
-    return {SORVIK_NOT_INITIALIZED, {}, "the library isn't initialized"};
-  }
-  return {};
+  return WhileInitialized(
+      [&request] { return QueueRequest(request.task) ? Outcome() : NotInitialized(); });
 }
 
 }  // namespace
@@ -132,6 +130,13 @@ Outcome RunAndWait(TaskRequest::Task task, sorvik_event::Result& result) {
 std::size_t CountStalledWorkers() {
   const std::shared_lock lock(Library::Get().mutex);
   return ProviderHost::GetStalledWorkerCount();
+}
+
+Outcome WhileInitialized(const std::function<Outcome()>& function) {
+  Library& library = Library::Get();
+  const std::shared_lock lock(library.mutex);
+  if (library.uses == 0) return NotInitialized();
+  return function();
 }
 
 Outcome Initialize() {

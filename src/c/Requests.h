@@ -48,6 +48,9 @@ Outcome RunAndWait(TaskRequest::Task task, sorvik_event::Result& result);
 
 std::size_t CountStalledWorkers();
 
+// Calls `function` while the library can't be shut down.
+Outcome WhileInitialized(const std::function<Outcome()>& function);
+
 // Counts the uses of the library.
 Outcome Initialize();
 void Shutdown();

@@ -14,6 +14,7 @@
 #include "SorvikProvider/c/sorvik.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/cardtools/CardFinder.h"
+#include "SorvikProvider/cardtools/Catalogue.h"
 #include "SorvikProvider/cardtools/ShotParts.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/ProviderHost.h"
@@ -368,6 +369,33 @@ TEST_F(CInterface, PicturesOfClipsAreThoseOfRenderClipPicture) {
   EXPECT_EQ(sorvik_render_picture(root.c_str(), "ProviderP2", "0002BB", 200, 200, &picture),
             SORVIK_NO_PICTURE);
   EXPECT_EQ(picture, nullptr);
+}
+
+TEST_F(CInterface, CatalogueIsThatOfWriteCatalogue) {
+  MakeBindingCards(tree_);
+  std::vector<std::string> expected;
+  CatalogueOptions options;
+  options.tool = std::string("sorvik ") + sorvik_version();
+  WriteCatalogue({tree_.Root()}, options, [&](std::string_view line) {
+    expected.emplace_back(line);
+    return true;
+  });
+  const char* const paths[] = {tree_.Root().c_str()};
+  std::vector<std::string> lines;
+  const sorvik_line_callback receive = [](sorvik_text line, void* context) {
+    static_cast<std::vector<std::string>*>(context)->push_back(Text(line));
+    return true;
+  };
+  EXPECT_EQ(sorvik_write_catalogue(paths, 1, receive, nullptr, &lines), SORVIK_OK);
+  EXPECT_EQ(lines, expected);
+  const sorvik_line_callback refuse = [](sorvik_text, void*) { return false; };
+  EXPECT_EQ(sorvik_write_catalogue(paths, 1, refuse, nullptr, nullptr), SORVIK_ABORTED);
+  tree_.Folder("empty");
+  const std::string empty = tree_.Path("empty");
+  const char* const none[] = {empty.c_str()};
+  EXPECT_EQ(sorvik_write_catalogue(none, 1, receive, nullptr, &lines), SORVIK_NO_PROVIDER);
+  const char* const relative[] = {"relative"};
+  EXPECT_EQ(sorvik_write_catalogue(relative, 1, receive, nullptr, &lines), SORVIK_INVALID_ARGUMENT);
 }
 
 struct ScanResult {

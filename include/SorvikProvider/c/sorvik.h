@@ -515,6 +515,22 @@ SORVIK_C_EXPORT void sorvik_request_abort(sorvik_request* request);
  * more. With a queue, only on the thread that dispatches. */
 SORVIK_C_EXPORT void sorvik_request_free(sorvik_request* request);
 
+/* ---- Catalogue ---- */
+
+/* Receives a line of JSON with its newline. Returning false ends the run. */
+typedef bool (*sorvik_line_callback)(sorvik_text line, void* context);
+/* Called at least every 50 ms. Returning true ends the run within about 200 ms. */
+typedef bool (*sorvik_stop_callback)(void* context);
+
+/* Writes the catalogue of all cards at, around and below the paths, which docs/catalogue.md
+ * describes: a line for each card, clip, file and problem, then one that says how it ended. Calls
+ * both callbacks on this thread and returns when the run has ended; sorvik_shutdown waits for that.
+ * `stop` may be NULL. SORVIK_ABORTED if a callback ended it, SORVIK_NO_PROVIDER if there is no
+ * card. */
+SORVIK_C_EXPORT sorvik_status sorvik_write_catalogue(const char* const* paths, size_t count,
+                                                     sorvik_line_callback receive,
+                                                     sorvik_stop_callback stop, void* context);
+
 #ifdef __cplusplus
 }
 #endif
