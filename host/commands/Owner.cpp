@@ -32,7 +32,7 @@ Owner FindOwner(const std::string& path, bool clipsOnly) {
   const auto find = clipsOnly ? Sorvik::GetRelatedFilesWithoutExtraFiles : Sorvik::GetRelatedFiles;
   owner.fields = find(file, owner.entryKey, owner.folderPath, owner.providerId);
   // A missing file can still belong to a clip. Without an owning clip the file must exist.
-  if (owner.entryKey != file) return owner;
+  if (owner.entryKey != file || !owner.providerId.empty()) return owner;
   if (!Exists(path)) {
     owner.error = DescribePathError(path, "cannot access");
   } else if (!clipsOnly && AddFileGroup(path, owner.fields)) {

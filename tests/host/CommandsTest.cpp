@@ -107,6 +107,17 @@ TEST_F(OnCard, EntryAndOwnerFindTheClip) {
   EXPECT_EQ(RunJson({"owner", sound, "--clips-only"})["key"], sound);
 }
 
+// The key of such a clip is its first file, as it is for a loose file.
+TEST_F(OnCard, OwnerOfTheFileThatIsTheKeyHasTheFieldsOfTheEntry) {
+  const std::string first = tree_.File("red/A1.RDC/A1_001.R3D", "RED");
+  tree_.File("red/A1.RDC/A1_002.R3D", "RED");
+  tree_.File("red/A1.RDC/A1.RMD", "RMD");
+  const Json owner = RunJson({"owner", first});
+  EXPECT_EQ(owner["path"], tree_.Path("red"));
+  const Json entry = RunJson({"entry", tree_.Path("red"), first});
+  EXPECT_EQ(owner["fields"]["ExtraPath"], entry["entries"][first]["ExtraPath"]);
+}
+
 TEST_F(OnCard, EveryFormOfAKeyFindsTheEntry) {
   const std::string record = card_ + "/CONTENTS/CLIP/0002CC.XML";
   for (const std::string key : {"0002CC", "0002CC.MXF", "CONTENTS/VIDEO/0002CC.MXF",
