@@ -13,6 +13,7 @@
 #include "support/AvchdCard.h"
 #include "support/Cards.h"
 #include "support/ModernCards.h"
+#include "support/SoundFile.h"
 #include "support/TempTree.h"
 
 namespace {
@@ -164,6 +165,29 @@ TEST_F(ShotPartsOf, ChaptersOfDCIM) {
   EXPECT_THAT(Lines(Parts("card", "ProviderDCIM", "100GOPRO/GX010007")),
               ElementsAre("GX010007 -", "GX020007 -?", "GX030007 -"));
   EXPECT_THAT(Lines(Parts("card", "ProviderDCIM", "100GOPRO/GX010008")), ElementsAre("GX010008 -"));
+}
+
+TEST_F(ShotPartsOf, SegmentsAndSound) {
+  const std::string mov = "mov/A001_C001.RDC/A001_C001_00";
+  const std::string first = tree_.File(mov + "1.MOV", "movie");
+  tree_.File(mov + "3.MOV", "movie");
+  EXPECT_THAT(Lines(Parts("mov", "ProviderREDMOV", first)),
+              ElementsAre("A001_C001_001 -", "A001_C001_002 -?", "A001_C001_003 -"));
+
+  tree_.File("braw/A001.braw", "raw");
+  tree_.File("braw/A001.braw2", "raw");
+  EXPECT_EQ(Parts("braw", "ProviderBRAW", "A001.braw").parts.size(), 2u);
+
+  for (const char* track : {"Tr1", "Tr2"}) {
+    tree_.File(std::string("roll/001_") + track + ".WAV", MadeRecording({.start = 48000}));
+  }
+  tree_.File("roll/a.wav", MadeRecording({.start = 480000}));
+  tree_.File("roll/b.wav", MadeRecording({.start = 480100}));
+  const ShotParts take = Parts("roll", "ProviderSoundRoll", "001_Tr1.WAV");
+  EXPECT_THAT(Lines(take), ElementsAre("001_Tr1/1 100", "001_Tr2/2 100"));
+  EXPECT_EQ(take.rate, (ShotRate{48000, 1}));
+  EXPECT_EQ(take.parts[1].track, ShotTrack::kSound);
+  EXPECT_THAT(Lines(Parts("roll", "ProviderSoundRoll", "a.wav")), ElementsAre("a 100", "b 100~"));
 }
 
 TEST_F(ShotPartsOf, FramesOfASequence) {

@@ -68,6 +68,31 @@ Runs NumberedFiles(const std::string& folder, std::string_view extension) {
   return runs;
 }
 
+std::vector<NumberedName> RunOf(const std::string& path) {
+  const auto own = SplitNumber(std::string(foundation::FileName(path)));
+  if (!own) return {};
+  auto runs =
+      NumberedFiles(std::string(foundation::ParentFolder(path)), foundation::FileExtension(path));
+  const auto run = runs.find({own->before, FoldCase(own->after)});
+  return run == runs.end() ? std::vector<NumberedName>() : std::move(run->second);
+}
+
+std::vector<ListedPart> ListSegments(const std::string& path) {
+  constexpr std::uint64_t kMaxSegments = 1000;
+  const std::string_view folder = foundation::ParentFolder(path);
+  std::vector<ListedPart> parts;
+  std::uint64_t next = 1;
+  for (const NumberedName& segment : RunOf(path)) {
+    for (; next < segment.number && segment.number < kMaxSegments; ++next) {
+      parts.push_back(
+          {.path = foundation::JoinPath(folder, Joined(segment, next)), .isPresent = false});
+    }
+    next = segment.number + 1;
+    parts.push_back({.path = foundation::JoinPath(folder, Joined(segment, segment.number))});
+  }
+  return parts;
+}
+
 void DescribeSegments(const std::string& folder, std::string_view extension,
                       const std::vector<std::string>& keys, CardDescription& card) {
   for (const auto& [pattern, names] : NumberedFiles(folder, extension)) {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "frame/CardChecker.h"
+#include "frame/PartLister.h"
 
 namespace Sorvik {
 
@@ -46,6 +47,13 @@ void ReportGap(const NumberedName& pattern, std::uint64_t from, std::uint64_t to
 using Runs = std::map<std::pair<std::string, std::string>, std::vector<NumberedName>>;
 
 Runs NumberedFiles(const std::string& folder, std::string_view extension);
+
+// The run that the file at `path` belongs to; empty if its name has no number.
+std::vector<NumberedName> RunOf(const std::string& path);
+
+// The segments of the run that `path` belongs to. The first one has the number 1, so that a gap is
+// known there, too.
+std::vector<ListedPart> ListSegments(const std::string& path);
 
 // Reports the missing segments of the clip in `folder`, whose numbers begin with 1.
 void DescribeSegments(const std::string& folder, std::string_view extension,

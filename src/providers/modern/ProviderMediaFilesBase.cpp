@@ -124,4 +124,21 @@ void ProviderMediaFilesBase::DescribeCard(const std::string& path, const Content
   DescribeMore(root, *list, card);
 }
 
+std::vector<ListedPart> ProviderMediaFilesBase::ListParts(const std::string& path,
+                                                          const std::string& key) const {
+  const auto list = ListOf(std::string(foundation::WithoutTrailingSlash(path)));
+  const MediaEntry* entry = list->Find(key);
+  return entry == nullptr ? std::vector<ListedPart>() : PartsOf(*list, *entry);
+}
+
+std::vector<ListedPart> ProviderMediaFilesBase::PartsOf(const MediaList&,
+                                                        const MediaEntry& entry) const {
+  std::vector<ListedPart> parts;
+  for (const std::string& part : entry.parts) parts.push_back({.path = part});
+  for (const MediaFile& file : entry.files) {
+    if (file.role == std::string_view(card_role::kSpan)) parts.push_back({.path = file.path});
+  }
+  return parts;
+}
+
 }  // namespace Sorvik

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "frame/CardChecker.h"
+#include "frame/PartLister.h"
 #include "frame/Recognition.h"
 #include "metadata/ClipProvider.h"
 
@@ -39,7 +40,7 @@ struct MediaList {
   const MediaEntry* Find(std::string_view key) const;
 };
 
-class ProviderMediaFilesBase : public ClipProvider, public CardChecker {
+class ProviderMediaFilesBase : public ClipProvider, public CardChecker, public PartLister {
  public:
   ContentMap GetContent(const std::string& path, const std::string& key,
                         const FieldNameSet& fields) const final;
@@ -52,6 +53,7 @@ class ProviderMediaFilesBase : public ClipProvider, public CardChecker {
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const final;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const final;
 
  protected:
   using ClipProvider::ClipProvider;
@@ -63,6 +65,9 @@ class ProviderMediaFilesBase : public ClipProvider, public CardChecker {
   // separator.
   virtual std::shared_ptr<const MediaList> ListOf(const std::string& root) const = 0;
   virtual Recognition Recognize(const std::string& root) const = 0;
+  // The parts of an entry, which is one of the list: by default its essence, and files in the role
+  // of a span.
+  virtual std::vector<ListedPart> PartsOf(const MediaList& list, const MediaEntry& entry) const;
   // What is known besides the files of the list.
   virtual void DescribeMore(const std::string& root, const MediaList& list,
                             CardDescription& card) const = 0;

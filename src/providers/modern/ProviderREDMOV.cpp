@@ -90,6 +90,10 @@ Recognition ProviderREDMOV::Recognize(const std::string& root) const {
   return Recognition::kNone;
 }
 
+std::vector<ListedPart> ProviderREDMOV::PartsOf(const MediaList&, const MediaEntry& entry) const {
+  return ListSegments(entry.key);
+}
+
 void ProviderREDMOV::DescribeMore(const std::string& root, const MediaList& list,
                                   CardDescription& card) const {
   std::vector<std::string> keys;

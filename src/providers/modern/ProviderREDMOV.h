@@ -17,6 +17,7 @@ class ProviderREDMOV final : public ProviderMediaFilesBase {
 
  private:
   std::shared_ptr<const MediaList> ListOf(const std::string& root) const override;
+  std::vector<ListedPart> PartsOf(const MediaList& list, const MediaEntry& entry) const override;
   // With reservation if the folder contains media next to the clip folders.
   Recognition Recognize(const std::string& root) const override;
   void DescribeMore(const std::string& root, const MediaList& list,

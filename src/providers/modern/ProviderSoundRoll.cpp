@@ -151,6 +151,26 @@ Recognition ProviderSoundRoll::Recognize(const std::string& root) const {
   }));
 }
 
+std::vector<ListedPart> ProviderSoundRoll::PartsOf(const MediaList& list,
+                                                   const MediaEntry& entry) const {
+  const auto index = static_cast<std::size_t>(&entry - list.entries.data());
+  const Take& take = static_cast<const SoundList&>(list).takes[index];
+  const std::string folder(foundation::ParentFolder(entry.parts.front()));
+  std::size_t tracks = 0;
+  for (const TakePart& part : take.parts) tracks = std::max(tracks, part.files.size());
+  std::vector<ListedPart> parts;
+  for (std::size_t track = 0; track < tracks; ++track) {
+    for (const TakePart& part : take.parts) {
+      if (track >= part.files.size()) continue;
+      parts.push_back({.path = foundation::JoinPath(folder, part.files[track].name),
+                       .track = ShotTrack::kSound,
+                       .channel = tracks == 1 ? 0 : static_cast<unsigned>(track + 1),
+                       .isInferred = part.isInferred});
+    }
+  }
+  return parts;
+}
+
 void ProviderSoundRoll::DescribeMore(const std::string& root, const MediaList& list,
                                      CardDescription& card) const {
   const auto& takes = static_cast<const SoundList&>(list).takes;

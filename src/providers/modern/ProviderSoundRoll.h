@@ -17,6 +17,8 @@ class ProviderSoundRoll final : public ProviderMediaFilesBase {
   // Opens at most two files, and none in a folder without WAV. With reservation if the folder
   // contains other media. Sound next to frames or R3D belongs to these.
   Recognition Recognize(const std::string& root) const override;
+  // A track for each file that starts with the others.
+  std::vector<ListedPart> PartsOf(const MediaList& list, const MediaEntry& entry) const override;
   void DescribeMore(const std::string& root, const MediaList& list,
                     CardDescription& card) const override;
 };

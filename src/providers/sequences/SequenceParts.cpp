@@ -16,19 +16,9 @@
 namespace Sorvik {
 namespace {
 
-using foundation::FoldCase;
 using foundation::HasExtension;
 using foundation::JoinPath;
 using foundation::ParentFolder;
-
-// The run of numbered files that `path` belongs to; empty if its name has no number.
-std::vector<NumberedName> RunOf(const std::string& path) {
-  const auto own = SplitNumber(std::string(foundation::FileName(path)));
-  if (!own) return {};
-  auto runs = NumberedFiles(std::string(ParentFolder(path)), foundation::FileExtension(path));
-  const auto run = runs.find({own->before, FoldCase(own->after)});
-  return run == runs.end() ? std::vector<NumberedName>() : std::move(run->second);
-}
 
 ImageSequence SequenceOf(const std::vector<NumberedName>& run) {
   ImageSequence images;
@@ -86,21 +76,8 @@ std::vector<ListedPart> ProviderCinemaDNG::ListParts(const std::string& path,
   return SequenceParts(*this, path, key);
 }
 
-// The segments by number. The first one has the number 1, so that a gap is known there, too.
 std::vector<ListedPart> ProviderRED::ListParts(const std::string&, const std::string& key) const {
-  constexpr std::uint64_t kMaxSegments = 1000;
-  std::vector<ListedPart> parts;
-  const std::vector<NumberedName> run = RunOf(key);
-  std::uint64_t next = 1;
-  for (const NumberedName& segment : run) {
-    for (; next < segment.number && segment.number < kMaxSegments; ++next) {
-      parts.push_back(
-          {.path = JoinPath(ParentFolder(key), Joined(segment, next)), .isPresent = false});
-    }
-    next = segment.number + 1;
-    parts.push_back({.path = JoinPath(ParentFolder(key), Joined(segment, segment.number))});
-  }
-  return parts;
+  return ListSegments(key);
 }
 
 }  // namespace Sorvik
