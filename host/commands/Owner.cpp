@@ -20,11 +20,20 @@ using Hestra::UTF16String;
 struct Owner {
   UTF16String entryKey;
   UTF16String folderPath;
-  UTF16String providerId;  // empty if no entry owns the file
+  UTF16String providerId;  // of plain folders, or empty, if no entry owns the file
   Sorvik::FieldValueMap fields;
   std::string typedFields;  // from a catalogue: a JSON object
   std::string error;        // why there is no result; empty on success
 };
+
+// False for a file that no entry owns, whose provider is that of plain folders or none.
+bool IsOfCard(const UTF16String& providerId) {
+  const auto& providers = Sorvik::ProviderHost::GetAllProviders();
+  return std::ranges::any_of(providers, [&providerId](const Sorvik::ProviderWrapper* provider) {
+    return Hestra::MakeString(provider->GetIdentification()) == providerId &&
+           !provider->ShouldCheckFilter();
+  });
+}
 
 Owner FindOwner(const std::string& path, bool clipsOnly) {
   Owner owner;
@@ -32,7 +41,7 @@ Owner FindOwner(const std::string& path, bool clipsOnly) {
   const auto find = clipsOnly ? Sorvik::GetRelatedFilesWithoutExtraFiles : Sorvik::GetRelatedFiles;
   owner.fields = find(file, owner.entryKey, owner.folderPath, owner.providerId);
   // A missing file can still belong to a clip. Without an owning clip the file must exist.
-  if (owner.entryKey != file || !owner.providerId.empty()) return owner;
+  if (owner.entryKey != file || IsOfCard(owner.providerId)) return owner;
   if (!Exists(path)) {
     owner.error = DescribePathError(path, "cannot access");
   } else if (!clipsOnly && AddFileGroup(path, owner.fields)) {
