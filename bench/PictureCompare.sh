@@ -16,15 +16,15 @@ rounds=${ROUNDS:-7}
 encode() {  # size, duration, file, options...
   ffmpeg -v error -y -f lavfi -i "testsrc2=s=$1:r=25:d=$2" "${@:4}" "$3" < /dev/null
 }
-if [ ! -e "$folder/many" ]; then
+if [ ! -e "$folder/many/1999.mov" ]; then
   mkdir -p "$folder/one" "$folder/hundred" "$folder/many"
   encode 1920x1080 10 "$folder/one/interlaced.MTS" -c:v libx264 -preset veryfast -b:v 20M -g 13 \
       -flags +ilme+ildct -x264opts tff=1 -f mpegts -mpegts_m2ts_mode 1
   encode 3840x2160 5 "$folder/one/xavc.MP4" -c:v libx264 -preset veryfast -b:v 60M -g 13
   encode 1440x1080 3 "$folder/one/p2.MXF" -c:v dvvideo -pix_fmt yuv422p -aspect 16:9 -f mxf_opatom
   encode 1920x1080 1 "$folder/clip.mov" -c:v libx264 -preset veryfast -b:v 20M -g 13
-  for i in $(seq 100 199); do ln "$folder/clip.mov" "$folder/hundred/$i.mov"; done
-  for i in $(seq 1000 1999); do ln "$folder/clip.mov" "$folder/many/$i.mov"; done
+  for i in $(seq 100 199); do ln -f "$folder/clip.mov" "$folder/hundred/$i.mov"; done
+  for i in $(seq 1000 1999); do ln -f "$folder/clip.mov" "$folder/many/$i.mov"; done
 fi
 
 milliseconds() {

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <memory>
 
+#include "FileContents.h"
 #include "Frame.h"
 #include "Scale.h"
-#include "WholeFile.h"
 
 namespace frame {
 namespace {
@@ -45,7 +45,7 @@ Handle ChooseImage(heif_context* context, Limits limits) {
 }  // namespace
 
 std::optional<Frame> DecodeHeif(int descriptor, Limits limits) {
-  const std::vector<char> bytes = ReadWholeFile(descriptor);
+  const std::vector<char> bytes = ReadContents(descriptor);
   const std::unique_ptr<heif_context, FreeContext> context(heif_context_alloc());
   if (!context) return std::nullopt;
   heif_context_set_max_decoding_threads(context.get(), 0);

@@ -4,14 +4,14 @@
 #include <memory>
 #include <vector>
 
+#include "FileContents.h"
 #include "Frame.h"
 #include "Scale.h"
-#include "WholeFile.h"
 
 namespace frame {
 
 std::optional<Frame> DevelopRaw(int descriptor, Limits limits) {
-  std::vector<char> bytes = ReadWholeFile(descriptor);
+  std::vector<char> bytes = ReadContents(descriptor);
   const auto raw = std::make_unique<LibRaw>();
   raw->imgdata.params.half_size = 1;
   raw->imgdata.params.use_camera_wb = 1;

@@ -56,25 +56,39 @@ std::uint8_t ToByte(float value) {
   return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0F, 255.0F)));
 }
 
-// Scales one direction. `count` lines have `from` pixels each, `step` floats apart; lines are
-// `lineStep` apart.
-struct Strides {
-  std::size_t step;
-  std::size_t lineStep;
-};
-void ScaleLines(const std::vector<float>& source, Strides in, std::vector<float>& target,
-                Strides out, std::size_t count, const std::vector<Taps>& taps) {
-  for (std::size_t line = 0; line < count; ++line) {
+// Scales each of the rows, which have `from` values each.
+std::vector<float> ScaleRows(const std::vector<float>& source, std::size_t from,
+                             const std::vector<Taps>& taps) {
+  const std::size_t rows = source.size() / from;
+  const std::size_t to = taps.size() * kPixelBytes;
+  std::vector<float> target(rows * to);
+  for (std::size_t row = 0; row < rows; ++row) {
     for (std::size_t i = 0; i < taps.size(); ++i) {
-      const std::size_t to = line * out.lineStep + i * out.step;
-      for (std::size_t k = 0; k < taps[i].weights.size(); ++k) {
-        const std::size_t at = line * in.lineStep + (taps[i].first + k) * in.step;
-        for (std::size_t c = 0; c < kPixelBytes; ++c) {
-          target[to + c] += taps[i].weights[k] * source[at + c];
+      std::size_t at = row * from + taps[i].first * kPixelBytes;
+      for (const float weight : taps[i].weights) {
+        for (std::size_t c = 0; c < kPixelBytes; ++c, ++at) {
+          target[row * to + i * kPixelBytes + c] += weight * source[at];
         }
       }
     }
   }
+  return target;
+}
+
+// Scales all columns, row by row of the target, as memory is laid out.
+std::vector<float> ScaleColumns(const std::vector<float>& source, std::size_t rowValues,
+                                const std::vector<Taps>& taps) {
+  std::vector<float> target(taps.size() * rowValues);
+  for (std::size_t i = 0; i < taps.size(); ++i) {
+    for (std::size_t k = 0; k < taps[i].weights.size(); ++k) {
+      const float weight = taps[i].weights[k];
+      const std::size_t from = (taps[i].first + k) * rowValues;
+      for (std::size_t x = 0; x < rowValues; ++x) {
+        target[i * rowValues + x] += weight * source[from + x];
+      }
+    }
+  }
+  return target;
 }
 
 struct Size {
@@ -102,12 +116,10 @@ Picture Scaled(const Picture& picture, int width, int height) {
   const auto fromHeight = static_cast<std::size_t>(picture.height);
   const auto toWidth = static_cast<std::size_t>(width);
   const auto toHeight = static_cast<std::size_t>(height);
-  std::vector<float> rows(toWidth * fromHeight * kPixelBytes);
-  ScaleLines(Premultiplied(picture), {kPixelBytes, fromWidth * kPixelBytes}, rows,
-             {kPixelBytes, toWidth * kPixelBytes}, fromHeight, MakeTaps(fromWidth, toWidth));
-  std::vector<float> values(toWidth * toHeight * kPixelBytes);
-  ScaleLines(rows, {toWidth * kPixelBytes, kPixelBytes}, values,
-             {toWidth * kPixelBytes, kPixelBytes}, toWidth, MakeTaps(fromHeight, toHeight));
+  const std::vector<float> rows =
+      ScaleRows(Premultiplied(picture), fromWidth * kPixelBytes, MakeTaps(fromWidth, toWidth));
+  const std::vector<float> values =
+      ScaleColumns(rows, toWidth * kPixelBytes, MakeTaps(fromHeight, toHeight));
   Picture scaled{width, height, std::vector<std::uint8_t>(values.size())};
   for (std::size_t i = 0; i < values.size(); i += kPixelBytes) {
     const float alpha = values[i + kAlpha];

@@ -7,6 +7,6 @@
 namespace frame {
 
 // Returns all bytes of the open file; none if it has more than 256 MiB.
-std::vector<char> ReadWholeFile(int descriptor);
+std::vector<char> ReadContents(int descriptor);
 
 }  // namespace frame

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "WholeFile.h"
+#include "FileContents.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,7 +14,7 @@ constexpr off_t kMaxFileBytes = off_t{256} << 20;
 
 }  // namespace
 
-std::vector<char> ReadWholeFile(int descriptor) {
+std::vector<char> ReadContents(int descriptor) {
   struct stat facts;
   if (fstat(descriptor, &facts) != 0 || facts.st_size > kMaxFileBytes) return {};
   std::vector<char> bytes(static_cast<std::size_t>(facts.st_size));
