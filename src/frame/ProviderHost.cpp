@@ -59,7 +59,6 @@ constexpr Provider* (*kProviders[])() = {
     Make<ProviderCinemaDNG>,
     Make<ProviderCanonRAW>,
 };
-// clang-format on
 
 // Registered after the others, so that no order among those changes.
 constexpr Provider* (*kAdditionalProviders[])() = {
@@ -72,6 +71,7 @@ constexpr Provider* (*kAdditionalProviders[])() = {
     Make<ProviderREDMOV>,
     Make<ProviderSoundRoll>,
 };
+// clang-format on
 
 constexpr std::chrono::milliseconds kNoLimit{-1};
 
