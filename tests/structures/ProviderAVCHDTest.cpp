@@ -228,6 +228,28 @@ TEST(AVCHDExtraPaths, AreOrdered) {
   EXPECT_EQ(ExtraPathsOf(content.at("00003.MTS"), card.BDMV())[0], "CLIPINF/00003.CLP");
 }
 
+// A card with a playlist for each clip would otherwise need memory for their product.
+TEST(AVCHDExtraPaths, ShareTheListOfPlaylists) {
+  const TempTree tree;
+  const AvchdCard card(tree, "card");
+  for (const char* number : {"00000", "00001", "00002"}) {
+    card.Clips({number});
+    card.Playlist(number, {{number}});
+  }
+  const ContentMap content = List(card.Root());
+  std::vector<const any_regular_t*> last;  // item of each entry
+  for (const auto& [key, fields] : content) {
+    last.push_back(nullptr);
+    fields.at(kExtraPathField).for_each_item([&last](const any_regular_t& item) {
+      last.back() = &item;
+    });
+  }
+  ASSERT_EQ(last.size(), 3u);
+  EXPECT_NE(last[0], nullptr);
+  EXPECT_EQ(last[0], last[1]);
+  EXPECT_EQ(last[0], last[2]);
+}
+
 TEST(AVCHDExtraPaths, UseTheLongNamesOfADisc) {
   const TempTree tree;
   const AvchdCard disc(tree, "", kLongNames);

@@ -2,12 +2,16 @@
 #include "providers/cards/P2Shots.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
 #include <utility>
 
 #include "SorvikProvider/metadata/XMPSupport.h"
+#include "foundation/CallScope.h"
 #include "foundation/Paths.h"
 #include "foundation/hestra/File.h"
 #include "frame/FieldValues.h"
+#include "providers/common/ClipReadAhead.h"
 
 namespace Sorvik::p2 {
 namespace {
@@ -15,6 +19,8 @@ namespace {
 using foundation::JoinPath;
 using foundation::Lookup;
 using foundation::ParentFolder;
+
+constexpr char kRelationField[] = "relation";
 
 struct ClipFacts {
   std::string relation;
@@ -75,6 +81,29 @@ void AddClipToShot(P2ShotInfo& shot, const ClipFacts& clip, const std::string& x
   shot.primaryIsTop = isTop;
 }
 
+struct ModificationRecord {
+  std::optional<std::uint64_t> time;
+};
+
+// Nanoseconds since 1970; nullopt if it can't be read. Read once in a call scope.
+std::optional<std::uint64_t> ModificationTimeOf(const std::string& xmlPath) {
+  return foundation::CallScope::Remember<ModificationRecord>(
+             xmlPath,
+             [&xmlPath] {
+               std::uint64_t time = 0;
+               const UTF16String path = Hestra::MakeString(xmlPath);
+               if (Hestra::File::GetLastModificationTime(path, time) < 0) {
+                 return ModificationRecord{};
+               }
+               return ModificationRecord{time};
+             })
+      ->time;
+}
+
+bool IsClipWithEssence(const std::string& xmlPath) {
+  return !foundation::IsHidden(xmlPath) && !EssenceForClipXml(xmlPath).empty();
+}
+
 }  // namespace
 
 std::string ContentsFile(std::string_view contents, std::string_view folder, std::string_view name,
@@ -125,11 +154,10 @@ std::string ParseRelation(std::string_view relation, std::string_view name) {
 
 void AddClipToShots(const std::string& xmlPath, const ShotIdSet& filter, ClipValueCache& cache,
                     P2ShotMap& shots) {
-  if (foundation::IsHidden(xmlPath)) return;
-  if (EssenceForClipXml(xmlPath).empty()) return;
+  if (!IsClipWithEssence(xmlPath)) return;
   const FieldValueMap& values = cache.ValuesOf(xmlPath);
   ClipFacts clip;
-  clip.relation = TextOf(values, "relation");
+  clip.relation = TextOf(values, kRelationField);
   const std::string shotId = ParseRelation(clip.relation, kGlobalShotId);
   if (shotId.empty()) {
     if (filter.empty()) shots.emplace(std::string(), P2ShotInfo(xmlPath));
@@ -138,8 +166,9 @@ void AddClipToShots(const std::string& xmlPath, const ShotIdSet& filter, ClipVal
   if (!filter.empty() && !filter.contains(shotId)) return;
   clip.identifier = TextOf(values, "identifier");
   clip.frameCount = TextOf(values, "frameCount");
-  const UTF16String widePath = Hestra::MakeString(xmlPath);
-  if (Hestra::File::GetLastModificationTime(widePath, clip.modTime) < 0) return;
+  const auto modTime = ModificationTimeOf(xmlPath);
+  if (!modTime) return;
+  clip.modTime = *modTime;
 
   auto shot = shots.lower_bound(shotId);
   if (shot == shots.end() || shot->first != shotId) {
@@ -148,6 +177,17 @@ void AddClipToShots(const std::string& xmlPath, const ShotIdSet& filter, ClipVal
     return;  // a copy of a card isn't a further part of the shot
   }
   AddClipToShot(shot->second, clip, xmlPath);
+}
+
+void ReadClipsAhead(const std::vector<std::string>& xmlPaths, ClipValueCache& cache,
+                    ProviderRequest* request) {
+  std::vector<std::string> clips;
+  std::ranges::copy_if(xmlPaths, std::back_inserter(clips), IsClipWithEssence);
+  cache.ReadAhead(std::move(clips), StopOnceAnswered(request),
+                  [](const std::string& path, const FieldValueMap& values) {
+                    const std::string relation = TextOf(values, kRelationField);
+                    if (!ParseRelation(relation, kGlobalShotId).empty()) ModificationTimeOf(path);
+                  });
 }
 
 bool CollectIncompleteShots(const P2ShotMap& shots, ShotIdSet& incomplete) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "SorvikProvider/frame/FieldModel.h"
+#include "SorvikProvider/frame/ProviderRequest.h"
 #include "foundation/CardFolder.h"
 #include "foundation/platform/NameOrder.h"
 #include "providers/common/ClipValueCache.h"
@@ -87,6 +88,10 @@ inline constexpr std::string_view kNextClipId = "nextGlobalClipID";
 
 // The id with that name in the text of a "relation" field; empty if it has none.
 std::string ParseRelation(std::string_view relation, std::string_view name);
+
+// Announces the clips that are going to be added to shots, in this order.
+void ReadClipsAhead(const std::vector<std::string>& xmlPaths, ClipValueCache& cache,
+                    ProviderRequest* request);
 
 // Adds a clip that has essence to its shot. With a `filter`, skips clips of other shots, clips
 // without a shot id and clips that the shot already has.

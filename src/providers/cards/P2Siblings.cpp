@@ -6,6 +6,7 @@
 #include "foundation/Mounts.h"
 #include "foundation/Paths.h"
 #include "providers/cards/Neighbours.h"
+#include "providers/common/ClipReadAhead.h"
 
 namespace Sorvik::p2 {
 namespace {
@@ -34,7 +35,10 @@ void VisitSiblingDirectories(const std::string& path, DirVisitor& visitor) {
 }
 
 bool ShotCompletingDirVisitor::Visit(const std::string& dir) {
-  for (const std::string& xmlPath : ListClipXmlFiles(dir)) {
+  const auto clips = ListClipXmlFiles(dir);
+  ReadClipsAhead(clips, cache_, request_);
+  for (const std::string& xmlPath : clips) {
+    if (IsAnsweredWithout(request_)) return false;
     AddClipToShots(xmlPath, incomplete_, cache_, shots_);
   }
   std::erase_if(incomplete_, [this](const std::string& id) {
@@ -51,14 +55,17 @@ bool P2FileFinder::Visit(const std::string& dir) {
   return false;
 }
 
-P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache) {
+P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache, ProviderRequest* request) {
   P2ShotMap shots;
-  for (const std::string& xmlPath : ListClipXmlFiles(path)) {
+  const auto clips = ListClipXmlFiles(path);
+  ReadClipsAhead(clips, cache, request);
+  for (const std::string& xmlPath : clips) {
+    if (IsAnsweredWithout(request)) return shots;
     AddClipToShots(xmlPath, {}, cache, shots);
   }
   ShotIdSet incomplete;
   if (CollectIncompleteShots(shots, incomplete)) {
-    ShotCompletingDirVisitor visitor(shots, incomplete, cache);
+    ShotCompletingDirVisitor visitor(shots, incomplete, cache, request);
     VisitSiblingDirectories(path, visitor);
   }
   return shots;

@@ -24,19 +24,22 @@ void VisitSiblingDirectories(const std::string& path, DirVisitor& visitor);
 // Adds the missing parts of incomplete shots. Ends the search as soon as none is incomplete.
 class ShotCompletingDirVisitor final : public DirVisitor {
  public:
-  // All three belong to the caller and outlive the visitor.
-  ShotCompletingDirVisitor(P2ShotMap& shots, ShotIdSet& incomplete, ClipValueCache& cache)
-      : shots_(shots), incomplete_(incomplete), cache_(cache) {}
+  // All belong to the caller and outlive the visitor; `request` may be null.
+  ShotCompletingDirVisitor(P2ShotMap& shots, ShotIdSet& incomplete, ClipValueCache& cache,
+                           ProviderRequest* request)
+      : shots_(shots), incomplete_(incomplete), cache_(cache), request_(request) {}
   bool Visit(const std::string& dir) override;
 
  private:
   P2ShotMap& shots_;
   ShotIdSet& incomplete_;
   ClipValueCache& cache_;
+  ProviderRequest* request_;
 };
 
 // The shots of the card at `path`, with their parts on cards next to it.
-P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache);
+P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache,
+                      ProviderRequest* request = nullptr);
 
 // Finds the file `name` + `extension` in a folder of CONTENTS on another card. `result` receives
 // its path and stays unchanged if there is none.

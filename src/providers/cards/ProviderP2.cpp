@@ -15,6 +15,7 @@
 #include "frame/Recognition.h"
 #include "providers/cards/P2Shots.h"
 #include "providers/cards/P2Siblings.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/common/LooseClips.h"
 #include "providers/common/NameMask.h"
 #include "thumbnails/Rendering.h"
@@ -217,12 +218,15 @@ ContentMap ProviderP2::GetContent(const std::string& path, const std::string& ke
 }
 
 ContentMap ProviderP2::GetContent(const std::string& path, const FieldNameSet& fields,
-                                  ProviderRequest*) const {
+                                  ProviderRequest* request) const {
   const foundation::CallScope scope;
   ClipValueCache cache(WithShotFields(fields));
-  P2ShotMap shots = ShotsOfCard(path, cache);
+  P2ShotMap shots = ShotsOfCard(path, cache, request);
   ContentMap content;
-  for (auto& [id, shot] : shots) AddShot(shot, path, fields, cache, content);
+  for (auto& [id, shot] : shots) {
+    if (IsAnsweredWithout(request)) return {};
+    AddShot(shot, path, fields, cache, content);
+  }
   return content;
 }
 

@@ -17,6 +17,7 @@
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
 #include "providers/cards/XDCAMFiles.h"
+#include "providers/common/ClipReadAhead.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
@@ -150,10 +151,13 @@ ContentMap ProviderXDCAM::GetContent(const std::string& path, const FieldNameSet
   const std::string root(foundation::WithoutTrailingSlash(path));
   const bool onDisc = HasClipFolder(root);
   const XMPSupport::XMPFieldBits bits = XMPSupport::ParseFields(fields);
+  const auto clips = ListClipXmlFiles(root, onDisc);
+  auto metadata = ReadMetadataAhead(clips, bits, request);
   ContentMap content;
-  for (const std::string& xmlPath : ListClipXmlFiles(root, onDisc)) {
+  for (std::size_t i = 0; i < clips.size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    FieldValueMap values = XMPSupport::MakeValue(xmlPath, bits);
+    const std::string& xmlPath = clips[i];
+    FieldValueMap values = metadata.Take(i);
     if (FillClipEntry(xmlPath, Lookup::kListing, values)) {
       if (fields.contains(kProxyPathField)) {
         if (const auto proxy = ProxyPathOf(root, xmlPath)) {

@@ -18,6 +18,7 @@
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
 #include "providers/cards/TakeFiles.h"
+#include "providers/common/ClipReadAhead.h"
 #include "thumbnails/Rendering.h"
 
 namespace Sorvik {
@@ -152,12 +153,15 @@ ContentMap ProviderXDCAMEX::GetContent(const std::string& path, const FieldNameS
   const XMPSupport::XMPFieldBits rows = RowsFor(fields, {kShotName, kRelation});
   std::set<std::string> takes;
   std::size_t recordsLeft = xdcamex::kMaxTakeRecords;
+  auto clips = ListClipXmlFiles(path);
+  // A copy of a clip XML under another name must not replace the entry of its take.
+  std::erase_if(clips, [](const std::string& xmlPath) { return !IsClipXml(xmlPath); });
+  auto metadata = ReadMetadataAhead(clips, rows, request);
   ContentMap content;
-  for (const std::string& xmlPath : ListClipXmlFiles(path)) {
+  for (std::size_t i = 0; i < clips.size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    // A copy of a clip XML under another name must not replace the entry of its take.
-    if (!IsClipXml(xmlPath)) continue;
-    FieldValueMap values = XMPSupport::MakeValue(xmlPath, rows);
+    const std::string& xmlPath = clips[i];
+    FieldValueMap values = metadata.Take(i);
     // The first clip of a take represents it.
     const std::string take = TextOf(values, kRelation);
     if (!take.empty() && !takes.insert(take).second) continue;

@@ -29,9 +29,7 @@ std::vector<std::string> FilesNamed(const std::string& folder,
 template <class Visit>
 void ForEachPath(const any_regular_t& value, const Visit& visit) {
   if (const auto* text = value.get_if<std::string>()) visit(*text);
-  if (const auto* list = value.get_if<std::vector<any_regular_t>>()) {
-    for (const any_regular_t& item : *list) ForEachPath(item, visit);
-  }
+  value.for_each_item([&visit](const any_regular_t& item) { ForEachPath(item, visit); });
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "foundation/Paths.h"
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/modern/CanonFlatCard.h"
 #include "providers/modern/PartDurations.h"
 #include "thumbnails/Rendering.h"
@@ -49,7 +50,8 @@ std::vector<std::string> ExtraPaths(const Card& card, const Recording& recording
   return paths;
 }
 
-FieldValueMap MakeEntry(const Card& card, const Recording& recording, const FieldNameSet& fields) {
+// The metadata of the recording: that of the first part, with the duration of all.
+FieldValueMap MetadataOf(const Recording& recording, const FieldNameSet& fields) {
   const std::string& first = recording.parts.front();
   PartDurations durations(fields);
   FieldValueMap values =
@@ -62,6 +64,13 @@ FieldValueMap MakeEntry(const Card& card, const Recording& recording, const Fiel
     }
   }
   durations.SetTotal(values);
+  return values;
+}
+
+// Adds to the metadata of the recording what the card knows.
+FieldValueMap MakeEntry(const Card& card, const Recording& recording, const FieldNameSet& fields,
+                        FieldValueMap values) {
+  const std::string& first = recording.parts.front();
   values.insert_or_assign(kPathField, any_regular_t(first));
   values.insert_or_assign(kNameField, any_regular_t(std::string(foundation::FileStem(first))));
   if (fields.contains(kProxyPathField) && !recording.proxies.empty()) {
@@ -95,17 +104,22 @@ ContentMap ProviderCanonXFAVC::GetContent(const std::string& path, const std::st
   const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
   const Recording* recording = card->Find(key);
   if (recording == nullptr) return {};
-  return {{key, MakeEntry(*card, *recording, fields)}};
+  return {{key, MakeEntry(*card, *recording, fields, MetadataOf(*recording, fields))}};
 }
 
 ContentMap ProviderCanonXFAVC::GetContent(const std::string& path, const FieldNameSet& fields,
                                           ProviderRequest* request) const {
   const foundation::CallScope scope;
   const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
+  foundation::ReadAhead<FieldValueMap> metadata(
+      card->Recordings().size(),
+      [card, fields](std::size_t i) { return MetadataOf(card->Recordings()[i], fields); },
+      StopWith(request));
   ContentMap content;
-  for (const Recording& recording : card->Recordings()) {
+  for (std::size_t i = 0; i < card->Recordings().size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    content.insert_or_assign(recording.key, MakeEntry(*card, recording, fields));
+    const Recording& recording = card->Recordings()[i];
+    content.insert_or_assign(recording.key, MakeEntry(*card, recording, fields, metadata.Take(i)));
   }
   return content;
 }

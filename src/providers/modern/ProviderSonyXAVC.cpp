@@ -18,6 +18,7 @@
 #include "foundation/platform/FileSystem.h"
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/common/LooseClips.h"
 #include "providers/modern/PartDurations.h"
 #include "providers/modern/XAVCCard.h"
@@ -173,11 +174,15 @@ ContentMap ProviderSonyXAVC::GetContent(const std::string& path, const FieldName
   const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
   // Reading the metadata of all clips first leaves their records in the call scope, so that each
   // is opened once.
+  foundation::ReadAhead<FieldValueMap> ahead(
+      card->Clips().size(),
+      [card, fields](std::size_t i) { return MetadataOf(*card, card->Clips()[i], fields); },
+      StopWith(request));
   std::vector<FieldValueMap> metadata;
   metadata.reserve(card->Clips().size());
-  for (const Clip& clip : card->Clips()) {
+  for (std::size_t i = 0; i < card->Clips().size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    metadata.push_back(MetadataOf(*card, clip, fields));
+    metadata.push_back(ahead.Take(i));
   }
   ContentMap content;
   for (std::size_t i = 0; i < metadata.size(); ++i) {

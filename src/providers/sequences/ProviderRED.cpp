@@ -11,6 +11,7 @@
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 #include "frame/Recognition.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/common/LooseClips.h"
 #include "providers/common/NameMask.h"
 #include "providers/common/REDNames.h"
@@ -32,11 +33,17 @@ bool ProviderRED::ContainsClips(const std::string& folder, bool& hasForeignFiles
   });
 }
 
-std::vector<std::string> ProviderRED::GetClips(const std::string& folder) {
+std::vector<std::string> ProviderRED::GetClips(const std::string& folder,
+                                               ProviderRequest* request) {
   std::vector<std::string> paths;
   const auto listed = CardFolder::Of(folder);
-  for (const std::string& name : listed->Folders()) {
-    const auto clip = CardFolder::Of(listed->PathOf(name));
+  std::vector<std::string> folders = listed->Folders();
+  for (std::string& name : folders) name = listed->PathOf(name);
+  foundation::FolderReadAhead ahead(folders, StopWith(request));
+  for (std::size_t i = 0; i < folders.size(); ++i) {
+    if (ProviderRequest::TestAborted(request)) return {};
+    ahead.Await(i);
+    const auto clip = CardFolder::Of(folders[i]);
     if (const auto segment = clip->FindVisibleFile(IsClipSegment)) {
       paths.push_back(clip->PathOf(*segment));
     }
@@ -68,9 +75,12 @@ ContentMap ProviderRED::GetContent(const std::string& path, const FieldNameSet& 
   const foundation::CallScope scope;
   ContentMap content;
   const XMPSupport::XMPFieldBits bits = XMPSupport::ParseFields(fields);
-  for (const std::string& segment : GetClips(path)) {
+  const auto clips = GetClips(path, request);
+  auto metadata = ReadMetadataAhead(clips, bits, request);
+  for (std::size_t i = 0; i < clips.size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    FieldValueMap values = XMPSupport::MakeValue(segment, bits);
+    const std::string& segment = clips[i];
+    FieldValueMap values = metadata.Take(i);
     values[kNameField] = any_regular_t(std::string(foundation::FileName(segment)));
     values[kPathField] = any_regular_t(segment);
     if (fields.contains(kExtraPathField)) AddClipFiles(values, segment);

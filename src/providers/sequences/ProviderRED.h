@@ -38,7 +38,8 @@ class ProviderRED final : public ClipProvider,
  private:
   static bool IsClipSegment(std::string_view name);
   // The first visible segment of each subfolder of `folder`, as a path.
-  static std::vector<std::string> GetClips(const std::string& folder);
+  static std::vector<std::string> GetClips(const std::string& folder,
+                                           ProviderRequest* request = nullptr);
   static bool ContainsClips(const std::string& folder, bool& hasForeignFiles);
   // Sets ExtraPath to the other files of the clip folder whose titles begin with the folder's
   // title.

@@ -2,7 +2,9 @@
 #include "providers/structures/ProviderAVCHD.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -16,6 +18,7 @@
 #include "foundation/Paths.h"
 #include "foundation/hestra/PathUtils.h"
 #include "frame/Recognition.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/common/NameMask.h"
 #include "providers/structures/AVCHDNames.h"
 #include "providers/structures/AVCHDUtils.h"
@@ -71,10 +74,11 @@ bool IsAVCHDFolder(const std::string& folder, bool& hasForeignFiles) {
 
 using PathValues = std::vector<any_regular_t>;
 
-// The extra paths that all clips of a card have in common; made once for a listing.
+// The extra paths that all clips of a card have in common. Made once for a listing, and shared by
+// its entries: a card can have a thousand playlists.
 struct CardPaths {
-  PathValues playlists;
-  PathValues structure;
+  std::shared_ptr<const PathValues> all;        // playlists and structure
+  std::shared_ptr<const PathValues> structure;  // for clips without a stream file
 };
 
 void AddPlaylists(PathValues& list, const std::string& bdmv) {
@@ -99,23 +103,24 @@ void AddStructureFolders(PathValues& list, const CardFolder& bdmv) {
 
 std::shared_ptr<const CardPaths> PathsOfCard(const std::string& bdmv) {
   return foundation::CallScope::Remember<CardPaths>(bdmv, [&bdmv] {
-    CardPaths paths;
-    AddPlaylists(paths.playlists, bdmv);
+    PathValues structure;
     const auto folder = CardFolder::Of(bdmv);
-    AddStructureFiles(paths.structure, *folder);
-    AddStructureFolders(paths.structure, *folder);
-    return paths;
+    AddStructureFiles(structure, *folder);
+    AddStructureFolders(structure, *folder);
+    PathValues all;
+    AddPlaylists(all, bdmv);
+    all.insert(all.end(), structure.begin(), structure.end());
+    return CardPaths{std::make_shared<const PathValues>(std::move(all)),
+                     std::make_shared<const PathValues>(std::move(structure))};
   });
 }
 
-// Adds the files of all clips of the shot and the card's playlists, without the stream file of the
-// entry itself, which is its Path.
-void AddClipPaths(PathValues& list, const std::string& bdmv, std::string_view number,
-                  const CardPaths& card) {
-  const auto stream = FindPartFile(bdmv, kStream, number, kStreamExtensions);
-  if (!stream) return;
+// The files of all clips of the shot, without the stream file of the entry itself, which is its
+// Path.
+PathValues ClipPaths(const std::string& bdmv, std::string_view number, const std::string& stream) {
+  PathValues list;
   std::vector<UTF16String> clips;
-  AVCHDUtils::GetShotClips(Hestra::MakeString(*stream), clips);
+  AVCHDUtils::GetShotClips(Hestra::MakeString(stream), clips);
   const auto add = [&](std::string_view folder, std::string_view title, Extensions extensions) {
     if (auto file = FindPartFile(bdmv, folder, title, extensions)) {
       list.emplace_back(std::move(*file));
@@ -128,22 +133,23 @@ void AddClipPaths(PathValues& list, const std::string& bdmv, std::string_view nu
     add(kStream, title, kSidecarExtensions);
     if (title != number) add(kStream, title, kStreamExtensions);
   }
-  list.insert(list.end(), card.playlists.begin(), card.playlists.end());
+  return list;
 }
 
 void SetExtraPaths(FieldValueMap& values, const std::string& bdmv, std::string_view number) {
   const auto card = PathsOfCard(bdmv);
-  PathValues list;
-  list.reserve(card->playlists.size() + card->structure.size() + 4);
-  AddClipPaths(list, bdmv, number, *card);
-  list.insert(list.end(), card->structure.begin(), card->structure.end());
-  values[kExtraPathField] = any_regular_t(std::move(list));
+  const auto stream = FindPartFile(bdmv, kStream, number, kStreamExtensions);
+  values[kExtraPathField] = stream
+                                ? any_regular_t::list(ClipPaths(bdmv, number, *stream), card->all)
+                                : any_regular_t::list({}, card->structure);
 }
 
 // The stream files that start a shot in some playlist. Incomplete once aborted.
 std::set<std::string> ListHeadClips(const std::string& bdmv, ProviderRequest* request) {
   std::set<std::string> heads;
-  for (const std::string& playlist : AVCHDUtils::ListPlaylists(bdmv)) {
+  const auto playlists = AVCHDUtils::ListPlaylists(bdmv);
+  formats::avchd::LoadPlaylists(playlists, StopWith(request));
+  for (const std::string& playlist : playlists) {
     if (ProviderRequest::TestAborted(request)) return heads;
     std::vector<UTF16String> clips;
     AVCHDUtils::GetShotHeadClips(Hestra::MakeString(playlist), clips);
@@ -165,10 +171,16 @@ struct RequestedFields {
   bool extraPath;
 };
 
+// The metadata of a stream file; nullopt if it doesn't exist.
+std::optional<FieldValueMap> MetadataOf(const std::string& file,
+                                        const XMPSupport::XMPFieldBits& bits) {
+  if (!foundation::ExistsOnCard(file, Lookup::kDisk)) return std::nullopt;
+  return XMPSupport::MakeValue(file, bits);
+}
+
 FieldValueMap MakeEntry(const std::string& file, const std::string& bdmv,
-                        const RequestedFields& requested) {
+                        const RequestedFields& requested, FieldValueMap values) {
   const std::string_view number = NumberOf(foundation::FileName(file));
-  FieldValueMap values = XMPSupport::MakeValue(file, requested.bits);
   values[kNameField] = any_regular_t(std::string(number));
   values[kPathField] = any_regular_t(file);
   if (requested.extraPath) SetExtraPaths(values, bdmv, number);
@@ -200,12 +212,23 @@ ContentMap ProviderAVCHD::GetContent(const std::string& path, const FieldNameSet
   const foundation::CallScope scope;
   const std::string bdmv = FindBDMVFolder(path);
   const RequestedFields requested(fields);
+  const auto heads = ListHeadClips(bdmv, request);
+  const auto files = std::make_shared<std::vector<std::string>>();
+  std::ranges::copy_if(heads, std::back_inserter(*files), [](const std::string& file) {
+    return IsClipFileName(std::string(foundation::FileName(file)));
+  });
+  foundation::ReadAhead<std::optional<FieldValueMap>> metadata(
+      files->size(),
+      [files, bits = requested.bits](std::size_t i) { return MetadataOf((*files)[i], bits); },
+      StopWith(request));
   ContentMap content;
-  for (const std::string& file : ListHeadClips(bdmv, request)) {
+  for (std::size_t i = 0; i < files->size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    if (!foundation::ExistsOnCard(file, Lookup::kDisk)) continue;
-    const std::string name(foundation::FileName(file));
-    if (IsClipFileName(name)) content[name] = MakeEntry(file, bdmv, requested);
+    const std::string& file = (*files)[i];
+    if (auto values = metadata.Take(i)) {
+      content[std::string(foundation::FileName(file))] =
+          MakeEntry(file, bdmv, requested, std::move(*values));
+    }
   }
   return content;
 }
@@ -216,8 +239,10 @@ ContentMap ProviderAVCHD::GetContent(const std::string& path, const std::string&
   const foundation::CallScope scope;
   const std::string bdmv = FindBDMVFolder(path);
   const std::string file = JoinPath(JoinPath(bdmv, kStream), key);
-  if (!foundation::ExistsOnCard(file, Lookup::kDisk)) return {};
-  return {{key, MakeEntry(file, bdmv, RequestedFields(fields))}};
+  const RequestedFields requested(fields);
+  auto values = MetadataOf(file, requested.bits);
+  if (!values) return {};
+  return {{key, MakeEntry(file, bdmv, requested, std::move(*values))}};
 }
 
 Bitplate** ProviderAVCHD::GetThumbnail([[maybe_unused]] const std::string& path,

@@ -13,6 +13,7 @@
 #include "foundation/hestra/PathUtils.h"
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/common/ClipValueCache.h"
 #include "providers/common/LooseClips.h"
 #include "providers/structures/CanonXFNames.h"
@@ -79,12 +80,18 @@ std::optional<std::string> FirstSpanOf(const CardFolder& clip) {
   return first;
 }
 
-std::vector<std::string> FindFirstSpans(const std::string& path) {
+std::vector<std::string> FindFirstSpans(const std::string& path, ProviderRequest* request) {
   std::vector<std::string> spans;
   const auto clipRoot = CardFolder::Of(ClipRootOf(path));
+  std::vector<std::string> folders;
   for (const std::string& name : clipRoot->Folders()) {
-    if (!IsClipFolderName(name)) continue;
-    const auto clip = CardFolder::Of(clipRoot->PathOf(name));
+    if (IsClipFolderName(name)) folders.push_back(clipRoot->PathOf(name));
+  }
+  foundation::FolderReadAhead ahead(folders, StopOnceAnswered(request));
+  for (std::size_t i = 0; i < folders.size(); ++i) {
+    if (IsAnsweredWithout(request)) return {};
+    ahead.Await(i);
+    const auto clip = CardFolder::Of(folders[i]);
     if (const auto span = FirstSpanOf(*clip)) spans.push_back(clip->PathOf(*span));
   }
   return spans;
@@ -217,15 +224,20 @@ ProviderCanonXF::ProviderCanonXF()
                     .layout = {.rootNames = {kContents}, .ownFolders = {kContents}}}) {}
 
 ContentMap ProviderCanonXF::GetContent(const std::string& path, const FieldNameSet& fields,
-                                       [[maybe_unused]] ProviderRequest* request) const {
+                                       ProviderRequest* request) const {
   const foundation::CallScope scope;
   FieldNameSet requested = fields;
   requested.insert({"identifier", "relation", "scale", kShotName});
   ClipValueCache cache(requested);
+  auto files = FindFirstSpans(path, request);
+  std::erase_if(files, [](const std::string& file) {
+    return foundation::CountCodeUnits(FileStem(file)) != kSpanTitleLength;
+  });
+  cache.ReadAhead(files, StopOnceAnswered(request));
   ContentMap content;
-  for (const std::string& file : FindFirstSpans(path)) {
+  for (const std::string& file : files) {
+    if (IsAnsweredWithout(request)) return {};
     const std::string key(FileStem(file));
-    if (foundation::CountCodeUnits(key) != kSpanTitleLength) continue;
     FieldValueMap values = cache.ValuesOf(file);
     SetEntryName(values, cache, key, file);
     values[kPathField] = any_regular_t(file);

@@ -17,6 +17,7 @@
 #include "foundation/hestra/PathUtils.h"
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/common/NameMask.h"
 #include "providers/structures/SonyHDVNames.h"
 #include "thumbnails/Rendering.h"
@@ -145,12 +146,15 @@ ContentMap ProviderSonyHDV::GetContent(const std::string& path, const FieldNameS
   if (!foundation::FolderExistsOnDisk(folder)) return {};
   const Clips clips = ListClips(folder);
   const XMPSupport::XMPFieldBits bits = XMPSupport::ParseFields(fields);
+  std::vector<std::string> paths;
+  for (const std::string& file : clips.files) paths.push_back(JoinPath(folder, file));
+  auto metadata = ReadMetadataAhead(paths, bits, request);
   ContentMap content;
   for (std::size_t i = 0; i < clips.files.size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
     const std::string& key = clips.files[i];
-    const std::string filePath = JoinPath(folder, key);
-    FieldValueMap values = XMPSupport::MakeValue(filePath, bits);
+    const std::string& filePath = paths[i];
+    FieldValueMap values = metadata.Take(i);
     values[kNameField] = any_regular_t(GetEntryName(i, clips));
     values[kPathField] = any_regular_t(filePath);
     SetExtraPaths(values, key, i, clips);
