@@ -6,11 +6,13 @@
 
 #include <string>
 
-#include "LargeCards.h"
+#include "support/LargeCards.h"
 #include "support/ModernCards.h"
 #include "support/TempTree.h"
 
 namespace sorvik_bench {
+
+using namespace sorvik_test;
 
 inline constexpr long kCards = 10'000;
 inline constexpr long kCardsPerFolder = 100;
@@ -26,8 +28,7 @@ inline const TempTree& ArchiveOfCards() {
       } else if (i % 3 == 1) {
         MakeAVCHD(tree, card + "/PRIVATE/AVCHD", 1);
       } else {
-        sorvik_test::MakeXAVCCard(tree, card + "/PRIVATE/M4ROOT", sorvik_test::XAVCLayout::kM4Root,
-                                  {{.name = "C0001"}});
+        MakeXAVCCard(tree, card + "/PRIVATE/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}});
       }
     }
     return true;

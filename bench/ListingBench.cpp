@@ -9,13 +9,13 @@
 #include <filesystem>
 #include <map>
 
-#include "LargeCards.h"
 #include "SorvikProvider/frame/ProviderHost.h"
+#include "support/LargeCards.h"
 
 namespace {
 
 using namespace Sorvik;
-using sorvik_bench::CardMaker;
+using sorvik_test::CardMaker;
 
 const std::string& CardOf(const CardMaker& maker, long clips) {
   static const sorvik_test::TempTree tree;
@@ -47,7 +47,7 @@ void List(benchmark::State& state, const CardMaker& maker, bool extraPaths) {
 
 int MakeCards(const std::string& folder, long clips) {
   const sorvik_test::TempTree tree;
-  for (const CardMaker& maker : sorvik_bench::kCardMakers) {
+  for (const CardMaker& maker : sorvik_test::kCardMakers) {
     maker.make(tree, std::string(maker.name) + "/card", clips);
   }
   std::filesystem::create_directories(folder);
@@ -63,7 +63,7 @@ int main(int argc, char** argv) {
   }
   ProviderHost::Initialize();
   ProviderHost::RegisterAdditionalProviders();
-  for (const CardMaker& maker : sorvik_bench::kCardMakers) {
+  for (const CardMaker& maker : sorvik_test::kCardMakers) {
     for (const bool extraPaths : {false, true}) {
       const std::string name = std::string(maker.name) + (extraPaths ? "/ExtraPath" : "/defaults");
       benchmark::RegisterBenchmark(

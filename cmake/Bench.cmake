@@ -9,6 +9,12 @@ target_compile_definitions(sorvik_bench_support PUBLIC
     SORVIK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/../shared/samples"
     SORVIK_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     SORVIK_BINARY_DIR="${PROJECT_BINARY_DIR}")
+# Benchmarks of slow and dead shares mount one.
+if(TARGET sorvik-test-share)
+  add_dependencies(sorvik_bench_support sorvik-test-share)
+  target_compile_definitions(sorvik_bench_support PUBLIC
+      SORVIK_TEST_SHARE="$<TARGET_FILE:sorvik-test-share>")
+endif()
 foreach(source ${SORVIK_BENCHES})
   get_filename_component(name ${source} NAME_WE)
   add_executable(${name} ${source})

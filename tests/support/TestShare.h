@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstdio>
 #include <future>
 #include <string>
 #include <utility>
@@ -31,6 +32,16 @@ class TestShare {
   void Stop();
   void Continue();
 
+  // Every call takes longer from now on.
+  void SetDelay(std::chrono::microseconds delay) {
+    Command("delay " + std::to_string(delay.count()));
+  }
+  // The call with this number, counted from now on from 1, and all later ones block.
+  void BlockAt(long call) { Command("block " + std::to_string(call)); }
+  void Lift() { Command("lift"); }
+  // The number of calls since BlockAt.
+  long Calls() { return Command("calls"); }
+
   // Runs `call` on another thread and returns its duration in milliseconds. If it blocks, ends the
   // mount and returns a negative number.
   template <class Call>
@@ -46,10 +57,14 @@ class TestShare {
 
  private:
   void End();
+  std::string ReadLine();
+  long Command(const std::string& command);
 
   std::string mountPoint_;
   std::string reason_;
   pid_t server_ = -1;
+  std::FILE* output_ = nullptr;  // of the server
+  int input_ = -1;
 };
 
 // A folder "folder" with a share mounted at "share", whose server has the folder "server".

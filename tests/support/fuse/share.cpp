@@ -3,9 +3,13 @@
 // network file system. Like many of those it doesn't report allocated blocks. A test stops the
 // process to simulate a server that is unreachable.
 //   sorvik-test-share FOLDER MOUNT_POINT TYPE_SUFFIX
-// Prints a line when the share is mounted. With SORVIK_TEST_SHARE_DELAY in the environment each
-// request takes that many microseconds longer, several at a time, as on a distant server.
-#define FUSE_USE_VERSION 31
+// Prints a line when the share is mounted, and then one for each command line that it reads:
+//   delay N   every call takes N microseconds more
+//   block N   the N-th call from now on and all later ones block
+//   lift      ends the block
+//   calls     prints the number of calls since the last "block"
+// SORVIK_TEST_SHARE_DELAY in the environment sets the delay from the beginning.
+#define FUSE_USE_VERSION FUSE_MAKE_VERSION(3, 12)
 #include <dirent.h>
 #include <fcntl.h>
 #include <fuse.h>
@@ -13,32 +17,89 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
+#include <mutex>
+#include <string>
+#include <thread>
 
 namespace {
 
-int root;  // descriptor of the folder
-useconds_t delay;
+// What the test has told the server to do. Never destroyed: the command thread outlives main().
+class Conduct {
+ public:
+  static Conduct& Get() {
+    static Conduct& conduct = *new Conduct;
+    return conduct;
+  }
 
-void wait_for_server() {
-  if (delay > 0) usleep(delay);
-}
+  // At the start of every call.
+  void Enter() {
+    std::unique_lock lock(mutex_);
+    const long call = ++calls_;
+    const std::chrono::microseconds delay(delay_);
+    lifted_.wait(lock, [&] { return call < blockAt_; });
+    lock.unlock();
+    if (delay.count() > 0) std::this_thread::sleep_for(delay);
+  }
+
+  void ReadCommands() {
+    char command[16];
+    long number = 0;
+    char line[64];
+    while (std::fgets(line, sizeof line, stdin) != nullptr) {
+      number = 0;
+      if (std::sscanf(line, "%15s %ld", command, &number) >= 1) Do(command, number);
+      std::fflush(stdout);
+    }
+  }
+
+ private:
+  static constexpr long kNever = std::numeric_limits<long>::max();
+
+  static long DelayOfEnvironment() {
+    const char* const text = std::getenv("SORVIK_TEST_SHARE_DELAY");
+    return text == nullptr ? 0 : std::atol(text);
+  }
+
+  void Do(const std::string& command, long number) {
+    const std::lock_guard lock(mutex_);
+    if (command == "delay") delay_ = number;
+    if (command == "block") {
+      calls_ = 0;
+      blockAt_ = number;
+    }
+    if (command == "lift") blockAt_ = kNever;
+    std::printf("%ld\n", calls_);
+    lifted_.notify_all();
+  }
+
+  std::mutex mutex_;
+  std::condition_variable lifted_;
+  long calls_ = 0;
+  long delay_ = DelayOfEnvironment();  // microseconds
+  long blockAt_ = kNever;
+};
+
+int root;  // descriptor of the folder
 
 // Paths begin with a separator.
 const char* relative(const char* path) { return path[1] == '\0' ? "." : path + 1; }
 
 int share_getattr(const char* path, struct stat* facts, struct fuse_file_info* info) {
   static_cast<void>(info);
-  wait_for_server();
+  Conduct::Get().Enter();
   if (fstatat(root, relative(path), facts, AT_SYMLINK_NOFOLLOW) != 0) return -errno;
   facts->st_blocks = 0;
   return 0;
 }
 
 int share_readlink(const char* path, char* target, size_t size) {
-  wait_for_server();
+  Conduct::Get().Enter();
   const ssize_t length = readlinkat(root, relative(path), target, size - 1);
   if (length < 0) return -errno;
   target[length] = '\0';
@@ -50,7 +111,7 @@ int share_readdir(const char* path, void* list, fuse_fill_dir_t add, off_t offse
   static_cast<void>(offset);
   static_cast<void>(info);
   static_cast<void>(flags);
-  wait_for_server();
+  Conduct::Get().Enter();
   const int descriptor = openat(root, relative(path), O_RDONLY | O_DIRECTORY);
   if (descriptor < 0) return -errno;
   DIR* folder = fdopendir(descriptor);
@@ -65,7 +126,7 @@ int share_readdir(const char* path, void* list, fuse_fill_dir_t add, off_t offse
 }
 
 int share_open(const char* path, struct fuse_file_info* info) {
-  wait_for_server();
+  Conduct::Get().Enter();
   const int descriptor = openat(root, relative(path), O_RDONLY);
   if (descriptor < 0) return -errno;
   info->fh = static_cast<std::uint64_t>(descriptor);
@@ -75,7 +136,7 @@ int share_open(const char* path, struct fuse_file_info* info) {
 int share_read(const char* path, char* buffer, size_t size, off_t offset,
                struct fuse_file_info* info) {
   static_cast<void>(path);
-  wait_for_server();
+  Conduct::Get().Enter();
   const ssize_t got = pread(static_cast<int>(info->fh), buffer, size, offset);
   return got < 0 ? -errno : static_cast<int>(got);
 }
@@ -88,10 +149,13 @@ int share_release(const char* path, struct fuse_file_info* info) {
 
 // Nothing is kept in the kernel's cache, so that every access asks this process.
 void* share_init(struct fuse_conn_info* connection, struct fuse_config* config) {
-  static_cast<void>(connection);
+  // Reads of several threads don't wait for each other.
+  connection->max_background = 64;
+  connection->congestion_threshold = 64;
   config->entry_timeout = 0;
   config->attr_timeout = 0;
   config->negative_timeout = 0;
+  std::thread([] { Conduct::Get().ReadCommands(); }).detach();
   std::puts("mounted");
   std::fflush(stdout);
   return nullptr;
@@ -111,16 +175,17 @@ int main(int count, char** arguments) {
   operations.read = share_read;
   operations.release = share_release;
   operations.init = share_init;
-  if (const char* text = std::getenv("SORVIK_TEST_SHARE_DELAY")) {
-    delay = static_cast<useconds_t>(std::atoi(text));
-  }
   char options[256];
-  std::snprintf(options, sizeof options, "subtype=%s,fsname=//test/share%s", arguments[3],
-                delay > 0 ? ",max_threads=64" : "");
-  char foreground[] = "-f";
-  char single_thread[] = "-s";
-  char option[] = "-o";
-  char* fuse_arguments[] = {arguments[0], foreground,    option, options,
-                            arguments[2], single_thread, nullptr};
-  return fuse_main(delay > 0 ? 5 : 6, fuse_arguments, &operations, nullptr);
+  std::snprintf(options, sizeof options, "subtype=%s,fsname=//test/share", arguments[3]);
+  char flag[] = "-o";
+  char* values[] = {arguments[0], flag, options};
+  fuse_args fuse_arguments = FUSE_ARGS_INIT(3, values);
+  fuse* const share = fuse_new(&fuse_arguments, &operations, sizeof operations, nullptr);
+  if (share == nullptr || fuse_mount(share, arguments[2]) != 0) return 1;
+  // Calls that block must not keep others waiting.
+  constexpr unsigned kThreads = 64;
+  fuse_loop_config* const loop = fuse_loop_cfg_create();
+  fuse_loop_cfg_set_max_threads(loop, kThreads);
+  fuse_loop_cfg_set_idle_threads(loop, kThreads);
+  return fuse_loop_mt(share, loop);
 }

@@ -11,9 +11,7 @@
 #include "support/ModernCards.h"
 #include "support/TempTree.h"
 
-namespace sorvik_bench {
-
-using sorvik_test::TempTree;
+namespace sorvik_test {
 
 inline std::string Number(const char* format, long number) {
   char text[64];
@@ -22,32 +20,32 @@ inline std::string Number(const char* format, long number) {
 }
 
 inline void MakeP2(const TempTree& tree, const std::string& card, long clips) {
-  sorvik_test::MakeP2Card(tree, card);
+  MakeP2Card(tree, card);
   for (long i = 0; i < clips; ++i) {
-    sorvik_test::AddP2Clip(tree, card, {.id = Number("%04ldAA", i)});
+    AddP2Clip(tree, card, {.id = Number("%04ldAA", i)});
   }
 }
 
-inline std::vector<sorvik_test::SonyClip> SonyClips(const char* format, long clips) {
-  std::vector<sorvik_test::SonyClip> all;
+inline std::vector<SonyClip> SonyClips(const char* format, long clips) {
+  std::vector<SonyClip> all;
   for (long i = 0; i < clips; ++i) all.push_back({Number(format, i)});
   return all;
 }
 
 inline void MakeDisc(const TempTree& tree, const std::string& card, long clips) {
-  sorvik_test::MakeXDCAMDisc(tree, card, SonyClips("C%04ld", clips));
+  MakeXDCAMDisc(tree, card, SonyClips("C%04ld", clips));
 }
 
 inline void MakeProav(const TempTree& tree, const std::string& card, long clips) {
-  sorvik_test::MakeXDCAMProav(tree, card, SonyClips("C%04ld", clips));
+  MakeXDCAMProav(tree, card, SonyClips("C%04ld", clips));
 }
 
 inline void MakeEX(const TempTree& tree, const std::string& card, long clips) {
-  sorvik_test::MakeXDCAMEXCard(tree, card, SonyClips("A%04ld_01", clips));
+  MakeXDCAMEXCard(tree, card, SonyClips("A%04ld_01", clips));
 }
 
 inline void MakeAVCHD(const TempTree& tree, const std::string& folder, long clips) {
-  const sorvik_test::AvchdCard card(tree, folder);
+  const AvchdCard card(tree, folder);
   for (long i = 0; i < clips; ++i) {
     const std::string number = Number("%05ld", i);
     card.Clips({number});
@@ -87,15 +85,15 @@ inline void MakeFolder(const TempTree& tree, const std::string& folder, long cli
 }
 
 inline void MakeXAVC(const TempTree& tree, const std::string& card, long clips) {
-  std::vector<sorvik_test::XAVCClip> all;
+  std::vector<XAVCClip> all;
   for (long i = 0; i < clips; ++i) all.push_back({.name = Number("C%04ld", i)});
-  sorvik_test::MakeXAVCCard(tree, card, sorvik_test::XAVCLayout::kM4Root, all);
+  MakeXAVCCard(tree, card, XAVCLayout::kM4Root, all);
 }
 
 inline void MakeCanonFlat(const TempTree& tree, const std::string& card, long clips) {
   for (long i = 0; i < clips; ++i) {
     const std::string stem = Number("A_0001C%03ldA260711_101700EJ_CANON", i);
-    sorvik_test::MakeCanonFlatCard(tree, card, {stem + ".MP4", stem + ".XML"});
+    MakeCanonFlatCard(tree, card, {stem + ".MP4", stem + ".XML"});
   }
 }
 
@@ -116,4 +114,4 @@ inline constexpr CardMaker kCardMakers[] = {{"directory", MakeFolder},
                                             {"Sony-XAVC", MakeXAVC},
                                             {"Canon-XF-AVC", MakeCanonFlat}};
 
-}  // namespace sorvik_bench
+}  // namespace sorvik_test
