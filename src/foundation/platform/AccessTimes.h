@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// How long the latest accesses to files and folders of a thread took. Tells a slow place, such as a
-// network share, from a disk whose answers are cached.
+// How long the latest accesses of a thread to files and folders took. Distinguishes a slow place,
+// such as a network share, from a disk whose answers are cached.
 #pragma once
 
 #include <chrono>
