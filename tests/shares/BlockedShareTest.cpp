@@ -47,20 +47,26 @@ class BlockedShare : public ShareTest {
   // Aborts listings of "card" at some of their calls.
   void AbortAtSomeCalls(const std::string& identification) {
     const ProviderWrapper& provider = ProviderNamed(identification);
+    const std::string card = tree_.Path("share/card");
+    const std::string folder = tree_.Path("folder");
+    // What the process opens once.
+    AbortBlockedListing(share_, provider, card, 1, folder);
+    EXPECT_TRUE(Eventually([] { return ProviderHost::GetStalledWorkerCount() == 0; }));
     const ProcessUse before = ProcessUse::Now();
     for (const long call : {1, 2, 3, 5, 8, 13, 21, 34, 55, 89}) {
-      const AbortTimes times = AbortBlockedListing(share_, provider, tree_.Path("share/card"), call,
-                                                   tree_.Path("folder"));
+      const AbortTimes times = AbortBlockedListing(share_, provider, card, call, folder);
       EXPECT_TRUE(times.blocked) << "call " << call;
       EXPECT_TRUE(times.isAborted) << "call " << call;
       EXPECT_LT(times.message, kMaxMilliseconds) << "call " << call;
       EXPECT_GE(times.other, 0) << "call " << call;
     }
     EXPECT_TRUE(Eventually([] { return ProviderHost::GetStalledWorkerCount() == 0; }));
+    ProcessUse after = before;
     EXPECT_TRUE(Eventually([&] {
-      const ProcessUse now = ProcessUse::Now();
-      return now.threads <= before.threads && now.files <= before.files;
-    }));
+      after = ProcessUse::Now();
+      return after.threads <= before.threads && after.files <= before.files;
+    })) << after.threads - before.threads
+        << " threads, " << after.files - before.files << " files";
   }
 
   bool isInitialized_ = false;
