@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "Failure.h"
@@ -30,7 +32,8 @@ class OutputWriter final : public LineWriter {
 
 class FileWriter final : public LineWriter {
  public:
-  explicit FileWriter(std::string path) : path_(std::move(path)), part_(path_ + ".part") {
+  explicit FileWriter(const std::string& path)
+      : path_(TargetOf(path)), part_(IsReplaceable(path_) ? path_ + ".part" : path_) {
     const int descriptor = open(part_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (descriptor >= 0) file_ = fdopen(descriptor, "w");
     if (file_ == nullptr) Fail(part_);
@@ -46,14 +49,29 @@ class FileWriter final : public LineWriter {
   }
 
   void Finish() override {
-    const bool isWritten = std::fflush(file_) == 0 && fsync(fileno(file_)) == 0;
+    const bool isReplacing = part_ != path_;
+    const bool isWritten = std::fflush(file_) == 0 && (!isReplacing || fsync(fileno(file_)) == 0);
     if (!isWritten) Fail(part_);
     const bool isClosed = std::fclose(std::exchange(file_, nullptr)) == 0;
     if (!isClosed) Fail(part_);
-    if (std::rename(part_.c_str(), path_.c_str()) != 0) Fail(path_);
+    if (isReplacing && std::rename(part_.c_str(), path_.c_str()) != 0) Fail(path_);
   }
 
  private:
+  // A link stays; the file that it leads to is replaced.
+  static std::string TargetOf(const std::string& path) {
+    std::error_code error;
+    const auto target = std::filesystem::canonical(path, error);
+    return error ? path : target.string();
+  }
+
+  // A device or pipe, such as /dev/null, is written to and never replaced.
+  static bool IsReplaceable(const std::string& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    return !std::filesystem::exists(status) || std::filesystem::is_regular_file(status);
+  }
+
   [[noreturn]] static void Fail(const std::string& path) {
     throw Failure(kFailed, path, std::string("cannot write (") + std::strerror(errno) + ")");
   }

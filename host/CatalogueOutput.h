@@ -22,7 +22,8 @@ class LineWriter {
 // Writes to standard output, and flushes it after each card.
 std::unique_ptr<LineWriter> WriteLinesToOutput(Output& output);
 
-// Writes to `path` + ".part", which Finish renames to `path`: a file of that name is complete.
+// Writes to `path` + ".part", which Finish renames to `path`: a file of that name is complete. A
+// device or pipe is written to directly, and a link is followed.
 std::unique_ptr<LineWriter> WriteLinesToFile(const std::string& path);
 
 // Writes to the tables card, clip, file and problem of an SQLite database, in one transaction. A

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <csignal>
 #include <filesystem>
@@ -105,6 +106,18 @@ TEST_F(Catalog, ReplacesTheOutputOnlyWhenItIsComplete) {
   const ProgramResult refused = Run({archive_, "-o", tree_.Path("missing/out")});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_THAT(refused.errors, HasSubstr("cannot write (No such file or directory)"));
+  // A link is followed; a pipe, such as /dev/null, is written to and stays.
+  fs::create_symlink(file_, tree_.Path("link"));
+  EXPECT_EQ(Run({archive_, "-o", tree_.Path("link")}).errors, "");
+  EXPECT_TRUE(fs::is_symlink(tree_.Path("link")));
+  const std::string pipe = tree_.Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::string piped;
+  std::thread reader([&] { piped = ContentOf(pipe); });
+  EXPECT_EQ(Run({archive_, "-o", pipe}).errors, "");
+  reader.join();
+  EXPECT_EQ(piped, lines);
+  EXPECT_TRUE(fs::is_fifo(pipe));
   const std::string record = tree_.Path("archive/disc/MEDIAPRO.XML");
   EXPECT_EQ(Run({archive_, "-o", record}).exitCode, 1) << "a file of a card";
 }
