@@ -365,6 +365,9 @@ FolderLines CatalogueFolder(const FoundFolder& folder, const CatalogueOptions& o
       CardLines(card, options, request).Make(lines);
     }
   }
+  // A card that was copied has just been listed.
+  const CatalogueResult& result = lines.result;
+  if (result.copiedCards > 0 && result.copiedCards == result.cards) return lines;
   return CheckedForAccess(folder.path, std::move(lines));
 }
 
