@@ -6,13 +6,14 @@
 set -euo pipefail
 [ $# -ge 1 ] || { echo "usage: $0 BUILD_DIR [CARDS]" >&2; exit 2; }
 build_dir=$(cd "$1" && pwd)
-cards=${2:-64}
+cards=${2:-32}
 source_dir=$(cd "$(dirname "$0")/.." && pwd)
 work=$(mktemp -d)
 trap 'fusermount3 -u "$work/share" 2> /dev/null || umount "$work/share" || true; rm -rf "$work"' EXIT
 mkdir "$work/share" "$work/server"
 bash "$source_dir/tools/make-sample-card" "$work/card"
 for ((i = 0; i < cards; ++i)); do cp -a "$work/card" "$work/server/CARD$i"; done
+export SORVIK_READ_AHEAD=0
 SORVIK_TEST_SHARE_DELAY=5000 "$build_dir/sorvik-test-share" "$work/server" "$work/share" sshfs \
     > "$work/mounted" &
 for _ in {1..100}; do [ -s "$work/mounted" ] && break; sleep 0.1; done
