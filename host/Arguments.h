@@ -45,7 +45,7 @@ struct Options {
   std::string provider;
   std::string output;
   std::string against;
-  std::string format;  // of join
+  std::string format;             // of join
   std::vector<std::string> only;  // kinds of lines; empty for all
   std::size_t jobs = 1;
   std::chrono::seconds cardTimeout{600};

@@ -328,7 +328,8 @@ TEST(AudioStream, ReadsTheHeaderOfAAC) {
   const auto read = [&](const char* bytes) {
     const std::string raw = Bytes().Hex(bytes).str();
     const auto view = Sorvik::foundation::ReaderOf(raw).Bytes();
-    const AudioFacts facts = ReadAudio(stream, ts::Elementary{{view.begin(), view.end()}, {}, {}, {}});
+    const AudioFacts facts =
+        ReadAudio(stream, ts::Elementary{{view.begin(), view.end()}, {}, {}, {}});
     return std::pair(facts.rate, facts.channels);
   };
   EXPECT_EQ(read("00 FFF1 4C80 2E7F"), std::pair(48000u, 2u));

@@ -28,8 +28,7 @@ class ProviderXDCAM final : public ClipProvider, public CardChecker, public Part
                           ProviderRequest* request) const override;
   void DescribeCard(const std::string& path, const ContentMap& entries,
                     CardDescription& card) const override;
-  std::vector<ListedPart> ListParts(const std::string& path,
-                                    const std::string& key) const override;
+  std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
 };
 
 }  // namespace Sorvik
