@@ -36,9 +36,9 @@ bool LimitResources() {
 // and the C library uses clone instead, which may start threads but no processes.
 bool AllowThreads(scmp_filter_ctx filter) {
   constexpr scmp_datum_t kThread = CLONE_THREAD | CLONE_VM;
+  const scmp_arg_cmp startsThread{0, SCMP_CMP_MASKED_EQ, kThread, kThread};
   return seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0 &&
-         seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(clone), 1,
-                          SCMP_A0(SCMP_CMP_MASKED_EQ, kThread, kThread)) == 0 &&
+         seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(clone), 1, startsThread) == 0 &&
          seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(set_robust_list), 0) == 0 &&
          seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(rseq), 0) == 0;
 }

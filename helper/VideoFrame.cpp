@@ -162,7 +162,7 @@ class VideoFile {
   std::int64_t Duration() const {
     if (stream_ != nullptr && stream_->duration > 0) return stream_->duration;
     if (format_->duration <= 0 || stream_ == nullptr) return 0;
-    return av_rescale_q(format_->duration, AV_TIME_BASE_Q, stream_->time_base);
+    return av_rescale_q(format_->duration, AVRational{1, AV_TIME_BASE}, stream_->time_base);
   }
 
   void Seek(double place) {
