@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstddef>
 #include <thread>
 
 namespace Sorvik::platform {
@@ -27,6 +26,8 @@ std::atomic<std::chrono::microseconds::rep> addedDelay{0};
 }  // namespace
 
 void ResetAccessTimes() noexcept { latest.count = 0; }
+
+std::size_t CountAccesses() noexcept { return latest.count; }
 
 bool AccessesAreSlow() noexcept {
   if (latest.count < kMinAccesses) return false;

@@ -4,11 +4,15 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 
 namespace Sorvik::platform {
 
 // Forgets the accesses of this thread, at the start of an operation.
 void ResetAccessTimes() noexcept;
+
+// The number of accesses of this thread since then. For tests.
+std::size_t CountAccesses() noexcept;
 
 // True if there were at least three accesses and the latest ones took more than 300 microseconds
 // each (median).
