@@ -68,8 +68,13 @@ void WriteFileLine(Output& output, const CardReport& report, const CardFile& fil
   output.Write(line + "\n");
 }
 
-std::size_t CountFilesOfCard(const CardFindings& result) {
-  return static_cast<std::size_t>(std::ranges::count(result.files, true, &CardFile::isPartOfCopy));
+// The number of files of the card at the report's path, or of parts of its clips on other cards.
+std::size_t CountFiles(const CardReport& report, bool onOtherCards) {
+  const auto& files = report.result.files;
+  return static_cast<std::size_t>(std::ranges::count_if(files, [&](const CardFile& file) {
+    const bool isBelow = RelativePath(file.path, report.path) != file.path;
+    return file.isPartOfCopy && isBelow != onOtherCards;
+  }));
 }
 
 std::string DepthText(const CardReport& report) {
@@ -87,7 +92,10 @@ void WriteSummary(Output& output, const CardReport& report) {
   std::string text =
       Coloured(output, VerdictWord(result.complete), result.complete ? "1;32" : "1;31");
   text += ": " + CountText(result.clips, Counted::kClips) + ", " +
-          CountText(CountFilesOfCard(result), Counted::kFiles) + ", " + SizeText(result.bytes);
+          CountText(CountFiles(report, false), Counted::kFiles) + ", " + SizeText(result.bytes);
+  if (const std::size_t others = CountFiles(report, true); others != 0) {
+    text += ", " + CountText(others, Counted::kFilesOnOtherCards);
+  }
   if (errors != 0) text += ", " + CountText(errors, Counted::kErrors);
   if (warnings != 0) text += ", " + CountText(warnings, Counted::kWarnings);
   output.Write(text + DepthText(report) + "\n");

@@ -88,6 +88,8 @@ std::string CountText(std::size_t count, Counted what) {
   static constexpr Words kWords[] = {
       {"$$$/Sorvik/Check/Count/Clip=clip", "$$$/Sorvik/Check/Count/Clips=clips"},
       {"$$$/Sorvik/Check/Count/File=file", "$$$/Sorvik/Check/Count/Files=files"},
+      {"$$$/Sorvik/Check/Count/OtherFile=file on other cards",
+       "$$$/Sorvik/Check/Count/OtherFiles=files on other cards"},
       {"$$$/Sorvik/Check/Count/Error=error", "$$$/Sorvik/Check/Count/Errors=errors"},
       {"$$$/Sorvik/Check/Count/Warning=warning", "$$$/Sorvik/Check/Count/Warnings=warnings"},
       {"$$$/Sorvik/Check/Count/More=more", "$$$/Sorvik/Check/Count/More=more"},

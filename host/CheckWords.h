@@ -16,7 +16,7 @@ std::string FileRoleWord(Sorvik::CardFileRole role);
 // "complete" or "INCOMPLETE"
 std::string VerdictWord(bool complete);
 
-enum class Counted { kClips, kFiles, kErrors, kWarnings, kMore };
+enum class Counted { kClips, kFiles, kFilesOnOtherCards, kErrors, kWarnings, kMore };
 // "1 clip", "2 clips"
 std::string CountText(std::size_t count, Counted what);
 

@@ -50,6 +50,9 @@ bool IsStructure(const Sorvik::ProviderWrapper& provider);
 // Throws Failure for a path that no provider claims, with the system's reason if there is one,
 // and the card above the path.
 [[noreturn]] void FailUnclaimedPath(Context& context, const std::string& path);
+// Throws Failure: `path` has no entry `key`; with the card that contains `path`, if there is one.
+[[noreturn]] void FailMissingEntry(Context& context, const std::string& path,
+                                   const std::string& key);
 
 // Throws Failure for a folder that can't be read. The library returns an empty result for both an
 // empty and an unreadable folder, so call this after an empty result.

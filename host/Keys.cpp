@@ -7,6 +7,7 @@
 
 #include "Failure.h"
 #include "Paths.h"
+#include "SorvikProvider/cardtools/EntryFiles.h"
 #include "Values.h"
 
 namespace host {
@@ -55,6 +56,19 @@ std::vector<std::string> BestMatches(const std::string& root, const ContentMap& 
   return keys;
 }
 
+// True if the provider knows an entry `key` with an existing file. Some providers make an entry of
+// any text, others have entries without a file: those have to be in the listing.
+bool IsKnownKey(Context& context, const ProviderWrapper& provider, const std::string& path,
+                const std::string& key) {
+  return context.session.OnWorker<bool>([&provider, path, key] {
+    const ContentMap content = provider.GetContent(path, key, FieldNameSet{Sorvik::kPathField});
+    const auto entry = content.find(key);
+    if (entry == content.end()) return false;
+    const std::vector<std::string> files = FieldTexts(entry->second, Sorvik::kPathField);
+    return !Sorvik::FindEntryFiles(path, files).files.empty();
+  });
+}
+
 [[noreturn]] void FailAmbiguous(const std::string& path, const ContentMap& content,
                                 const std::string& typed, const std::vector<std::string>& keys) {
   const std::map<std::string, std::string> shortKeys = ShortKeys(path, content);
@@ -84,14 +98,12 @@ std::map<std::string, std::string> ShortKeys(const std::string& path, const Cont
 
 std::string FindKey(Context& context, const ProviderWrapper& provider, const std::string& path,
                     const std::string& typed) {
-  const bool known = context.session.OnWorker<bool>([&provider, path, typed] {
-    return !provider.GetContent(path, typed, FieldNameSet{}).empty();
-  });
-  if (known) return typed;
+  if (IsKnownKey(context, provider, path, typed)) return typed;
   const ContentMap content = ListEntries(context, provider, path, kSearchFields);
   const std::vector<std::string> keys = BestMatches(path, content, typed);
   if (keys.size() > 1) FailAmbiguous(path, content, typed, keys);
-  return keys.empty() ? typed : keys.front();
+  if (!keys.empty()) return keys.front();
+  FailMissingEntry(context, path, typed);
 }
 
 }  // namespace host

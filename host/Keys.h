@@ -15,10 +15,11 @@ namespace host {
 std::map<std::string, std::string> ShortKeys(const std::string& path,
                                              const Sorvik::ContentMap& content);
 
-// Returns the key of the entry that `typed` refers to. A key of the library is returned unchanged.
+// Returns the key of the entry that `typed` refers to. The key of an entry with an existing file is
+// returned unchanged.
 // Otherwise the listing is searched for a short key, a file name, a path relative to `path` or
-// absolute, and a name, in this order. Returns `typed` if nothing matches. Throws Failure with the
-// candidates if several entries match.
+// absolute, and a name, in this order. Throws Failure if nothing matches, and with the candidates
+// if several entries match.
 std::string FindKey(Context& context, const Sorvik::ProviderWrapper& provider,
                     const std::string& path, const std::string& typed);
 

@@ -27,6 +27,23 @@ std::vector<const CardFile*> FilesToCompare(const CardReport& report) {
   return files;
 }
 
+// Empty folders that the structure needs: without them a copy may be no card any more.
+void AddMissingFolders(Context& context, const CardReport& report,
+                       std::vector<Finding>& differences) {
+  const bool isCard = context.session.OnWorker<bool>(
+      [copy = report.against, id = report.provider] { return Sorvik::CanCheckCard(copy, id); });
+  for (const std::string& folder : report.result.emptyFolders) {
+    if (IsFolder(report.against + "/" + RelativePath(folder, report.path))) continue;
+    differences.push_back(
+        {Finding::Kind::kDiffers,
+         isCard ? Finding::Severity::kWarning : Finding::Severity::kError,
+         "folder",
+         folder,
+         {},
+         isCard ? "missing in the copy" : "missing in the copy, which is no card without it"});
+  }
+}
+
 // Works file by file, so that the progress is shown.
 void CompareWithCopy(Context& context, CardReport& report) {
   Session& session = context.session;
@@ -47,15 +64,24 @@ void CompareWithCopy(Context& context, CardReport& report) {
     if (difference) differences.push_back(MakeDifference(*file, std::move(*difference)));
     session.GetProgress().FinishItem(name);
   }
-  if (!differences.empty()) report.result.complete = false;
+  AddMissingFolders(context, report, differences);
+  if (std::ranges::any_of(differences, [](const Finding& finding) {
+        return finding.severity == Finding::Severity::kError;
+      })) {
+    report.result.complete = false;
+  }
   auto& findings = report.result.findings;
   findings.insert(findings.begin(), differences.begin(), differences.end());
 }
 
-void CompareIfWanted(Context& context, CardReport& report) {
+// `root` is the folder that the copy is a copy of; the card can be below it.
+void CompareIfWanted(Context& context, const std::string& root, CardReport& report) {
   const Options& options = context.options;
   if (options.against.empty()) return;
   report.against = ResolvePath(options.against);
+  if (const std::string below = RelativePath(report.path, root); below != report.path) {
+    report.against += "/" + below;
+  }
   if (!IsFolder(report.against)) {
     throw Failure(kFailed, report.against, DescribePathError(report.against, "Not a directory"));
   }
@@ -63,12 +89,13 @@ void CompareIfWanted(Context& context, CardReport& report) {
   CompareWithCopy(context, report);
 }
 
-CardReport MakeReport(Context& context, const std::string& path, const std::string& provider) {
+CardReport MakeReport(Context& context, const std::string& root, const std::string& path,
+                      const std::string& provider) {
   const Options& options = context.options;
   CardReport report{path, provider, {}, false, {}};
   const auto depth = options.quick ? Sorvik::CheckDepth::kNames : Sorvik::CheckDepth::kStructure;
   report.result = context.session.Check(path, provider, depth);
-  CompareIfWanted(context, report);
+  CompareIfWanted(context, root, report);
   return report;
 }
 
@@ -76,7 +103,7 @@ std::vector<CardReport> ReportsOfCatalogue(Context& context, const std::string& 
   std::vector<CardReport> reports;
   for (Sorvik::CataloguedCard& card : CataloguedCards(context, path)) {
     reports.push_back({card.path, card.identification, {}, false, std::move(card.findings)});
-    CompareIfWanted(context, reports.back());
+    CompareIfWanted(context, path, reports.back());
   }
   return reports;
 }
@@ -159,7 +186,7 @@ std::vector<CardReport> MakeReports(Context& context, const std::string& path) {
   }
   std::vector<CardReport> reports;
   for (const Sorvik::FoundCard& card : cards) {
-    reports.push_back(MakeReport(context, card.path, card.identification));
+    reports.push_back(MakeReport(context, path, card.path, card.identification));
   }
   RemoveFilesOfInnerCards(reports);
   if (context.options.files) {

@@ -92,6 +92,10 @@ void FailUnclaimedPath(Context& context, const std::string& path) {
   throw Failure(kFailed, path, reason + NearbyCard(context, path));
 }
 
+void FailMissingEntry(Context& context, const std::string& path, const std::string& key) {
+  throw Failure(kFailed, path, "no entry '" + key + "'" + NearbyCard(context, path));
+}
+
 void RequireReadable(Context& context, const std::string& path) {
   const auto reason = context.session.OnWorker<std::string>([path] { return ListingError(path); });
   if (!reason.empty()) throw Failure(kFailed, path, "cannot read (" + reason + ")");
@@ -139,7 +143,7 @@ FieldValueMap ReadEntry(Context& context, const ProviderWrapper& provider, const
   const auto entry = content.find(key);
   if (entry != content.end()) return entry->second;
   RequireReadable(context, path);
-  throw Failure(kFailed, path, "no entry '" + key + "'" + NearbyCard(context, path));
+  FailMissingEntry(context, path, key);
 }
 
 void WriteEntriesJson(Output& output, const std::string& path, const std::string& provider,

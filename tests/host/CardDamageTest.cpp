@@ -8,10 +8,12 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/AllCards.h"
+#include "support/Cards.h"
 #include "support/Program.h"
 #include "support/TempTree.h"
 
@@ -195,6 +197,44 @@ TEST(CardDamages, ListsAndDiskDisagree) {
   for (const Json& finding : report["findings"]) kinds.push_back(finding["kind"]);
   EXPECT_EQ(kinds, (std::vector<std::string>{"stale", "unlisted"}));
   for (const Json& file : report["files"]) EXPECT_NE(file["role"], "foreign") << file;
+}
+
+// The keys that a listing shows work for every structure, and other texts are no keys.
+TEST(CardDamages, KeysOfListingsWorkForAllCards) {
+  const TempTree tree;
+  for (const MadeCard& card : MakeAllCards(tree)) {
+    std::istringstream table(RunSorvik({"ls", card.root, "--tsv", "--fields", "Name"}).output);
+    std::string line;
+    std::getline(table, line);
+    while (std::getline(table, line)) {
+      const std::string key = line.substr(0, line.find('\t'));
+      EXPECT_NE(RunSorvik({"files", card.root, key}).output, "") << card.root << ' ' << key;
+    }
+    const ProgramResult other = RunSorvik({"entry", card.root, "zzz"});
+    EXPECT_EQ(other.exitCode, 1) << card.root;
+    EXPECT_TRUE(other.errors.starts_with("sorvik: " + card.root + ": no entry 'zzz'"))
+        << other.errors;
+  }
+}
+
+// P2 needs all of its folders.
+TEST(CardDamages, CopiesWithoutNeededFoldersAreIncomplete) {
+  const TempTree tree;
+  MakeP2Card(tree, "card");
+  AddP2Clip(tree, "card", {.id = "0001AA", .essence = "AVCLIP"});
+  fs::copy(tree.Path("card"), tree.Path("copy"), fs::copy_options::recursive);
+  EXPECT_EQ(RunSorvik({"check", tree.Path("card"), "--against", tree.Path("copy")}).exitCode, 0);
+  fs::remove(tree.Path("copy/CONTENTS/PROXY"));
+  const ProgramResult result =
+      RunSorvik({"check", tree.Path("card"), "--against", tree.Path("copy")});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(result.output.starts_with("error: differs folder: CONTENTS/PROXY")) << result.output;
+  // Each card below a common folder has its copy below the copy of that folder.
+  fs::create_directories(tree.Path("media"));
+  fs::rename(tree.Path("card"), tree.Path("media/card"));
+  fs::create_directories(tree.Path("backup"));
+  fs::copy(tree.Path("media/card"), tree.Path("backup/card"), fs::copy_options::recursive);
+  EXPECT_EQ(RunSorvik({"check", tree.Path("media"), "--against", tree.Path("backup")}).exitCode, 0);
 }
 
 // A copy that a tool makes by the list of files is complete and has the same score.
