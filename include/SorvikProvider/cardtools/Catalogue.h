@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A catalogue of the cards below a path as lines of JSON (NDJSON): all that can be asked about them
-// later, when the medium isn't there any more. docs/catalogue.md describes the lines.
+// later, when the medium isn't connected. docs/catalogue.md describes the lines.
 //
 //   CatalogueOptions options;
 //   WriteCatalogue({"/mnt/archive"}, options, [&](std::string_view line) { out << line; });

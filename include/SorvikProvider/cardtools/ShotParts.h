@@ -106,7 +106,7 @@ SORVIK_EXPORT ShotParts GetShotParts(const std::string& path, const std::string&
                                      const std::string& key, ProviderRequest* request = nullptr);
 
 // The number of frames between 00:00:00:00 and a timecode such as "10:20:00:00" or "10:20:00;00",
-// which counts at the rate rounded to a whole number. nullopt if it isn't a timecode.
+// which counts at the rate rounded to an integer. nullopt if it isn't a timecode.
 SORVIK_EXPORT std::optional<std::uint64_t> FramesOfTimecode(const std::string& timecode,
                                                             const ShotRate& rate);
 // The reverse; with `dropFrame` the numbers are skipped that a timecode at 30000/1001 or

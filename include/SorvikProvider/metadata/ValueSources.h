@@ -53,10 +53,9 @@ inline constexpr std::size_t kFurtherPropertyCount = 28;
 SORVIK_EXPORT extern const FurtherProperty kFurtherProperties[kFurtherPropertyCount];
 
 // Returns all fields and further properties of the media file at `path` (UTF-8) that have a value.
-// The values of fields are those of MakeValue; of further properties, items of lists are separated
-// by
-// "; ". Returns an empty map if the file can't be read or has no metadata. Reads what MakeValue
-// reads for all fields. Never throws for bad data.
+// The values of fields are those of MakeValue; of further properties, items of lists are
+// separated by "; ". Returns an empty map if the file can't be read or has no metadata. Reads what
+// MakeValue reads for all fields. Never throws for bad data.
 SORVIK_EXPORT SourcedValueMap GetValueSources(const std::string& path);
 
 // Adds the fields that a provider returned for the entry of the file, as the weakest source: texts
