@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace Sorvik::xmp;
   TXMPMeta meta;
   SetGpmfFacts(Sorvik::foundation::ByteReader(std::as_bytes(std::span(data, size))), meta);
-  // A position has both coordinates, or it is out of range.
+  // Times are in UTC.
   std::string time;
   if (meta.GetProperty(kNsEXIF, "GPSTimeStamp", &time)) sorvik_fuzz::Check(time.ends_with('Z'));
   return 0;

@@ -31,7 +31,7 @@ class Session {
  public:
   // Initializes the library; the destructor shuts it down. If a worker is still blocked then, the
   // process exits.
-  // With `withAdditionalProviders` also the providers of newer cards.
+  // `withAdditionalProviders` registers the providers of newer cards, too.
   explicit Session(bool withAdditionalProviders = true);
   ~Session();
   Session(const Session&) = delete;

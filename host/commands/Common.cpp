@@ -85,7 +85,7 @@ bool IsStructure(const ProviderWrapper& provider) {
   return provider.IsFileBased() && !provider.ShouldCheckFilter();
 }
 
-// Accesses the disk on a worker, because a dead share can block the call.
+// Accesses the disk on a worker, because an unresponsive share can block the call.
 void FailUnclaimedPath(Context& context, const std::string& path) {
   const auto reason =
       context.session.OnWorker<std::string>([path] { return DescribeUnclaimedPath(path); });

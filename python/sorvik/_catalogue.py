@@ -82,7 +82,7 @@ class Catalogue(Iterator[dict[str, Any]]):
         return False
 
     def _is_stopped(self) -> bool:
-        # At the end of the process nobody closes it.
+        # At the end of the process `close` may never be called.
         return self._stopped.is_set() or not threading.main_thread().is_alive()
 
     def _run(self) -> None:

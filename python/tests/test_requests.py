@@ -108,7 +108,7 @@ def test_catalogues_end_early(sample, stopped_share):
         list(sorvik.catalogue("/no/such"))
     with pytest.raises(ValueError):
         sorvik.catalogue()
-    # A process may end with a catalogue that nobody reads to its end.
+    # A process may end with a catalogue that wasn't read to its end.
     code = "import sorvik, sys; lines = sorvik.catalogue(sys.argv[1]); next(lines)"
     subprocess.run([sys.executable, "-c", code, sample], check=True, timeout=20)
 

@@ -71,7 +71,7 @@ struct Search {
   Request request;
 };
 
-// A request that nobody receives messages of.
+// A request that posts no messages.
 class CatalogueRequest : public ProviderRequest {
  public:
   explicit CatalogueRequest(std::shared_ptr<Shared> shared)

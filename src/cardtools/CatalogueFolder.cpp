@@ -310,7 +310,8 @@ bool CopyUnchanged(const FoundFolder& folder, const CatalogueOptions& options,
   return true;
 }
 
-// A folder that was removed, or whose share is gone, has no lines: they would describe its absence.
+// A folder that was removed, or whose share is unavailable, has no lines: they would describe its
+// absence.
 FolderLines CheckedForAccess(const std::string& path, FolderLines lines) {
   const platform::Access access = platform::AccessOf(path);
   if (access == platform::Access::kReadable) return lines;

@@ -25,8 +25,8 @@ using std::chrono::milliseconds;
 constexpr std::size_t kMaxThreads = 16;
 // Results that wait to be taken. Each is the content of a small file or the metadata of a clip.
 constexpr std::size_t kMaxAhead = 64;
-// Of all operations. Threads that are stuck on a dead share count until the share answers; without
-// a free thread an operation reads on its own one.
+// Of all operations. Threads that are stuck on an unresponsive share count until it answers;
+// without a free thread an operation reads on its own one.
 constexpr std::size_t kMaxThreadsOfProcess = 256;
 constexpr milliseconds kStopInterval{20};
 constexpr milliseconds kMaxWaitForAll{100};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How well a folder matches the layout of a structure. Every provider recognizes its structure with
+// How well a folder matches the layout of a structure. Every provider recognises its structure with
 // this result, and one function turns it into the score of Provider::CanProvideFor.
 #pragma once
 

@@ -67,7 +67,7 @@ ValueSource SourceOf(xmp::MetadataSource source) {
   return ValueSource::kNative;
 }
 
-// Of a file with XMP that can't be parsed and nothing else, there are no parts.
+// Returns no parts if the file's only metadata is XMP that can't be parsed.
 std::vector<xmp::MetadataPart> ReadParts(const std::string& path) {
   try {
     xmp::SXMPFiles files;

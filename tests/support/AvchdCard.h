@@ -41,7 +41,7 @@ struct AvchdNaming {
 inline const AvchdNaming kShortNames{".MTS", ".CPI", ".MPL", "index.bdm", "MOVIEOBJ.BDM"};
 inline const AvchdNaming kLongNames{".m2ts", ".clpi", ".mpls", "index.bdmv", "MovieObject.bdmv"};
 
-// A card without clips that is recognized as AVCHD, in `folder` of the tree.
+// A card without clips that is recognised as AVCHD, in `folder` of the tree.
 class AvchdCard {
  public:
   explicit AvchdCard(const TempTree& tree, std::string folder = {},

@@ -15,7 +15,7 @@
 namespace Sorvik::imaging {
 namespace {
 
-// Limits the memory for the strips, tiles and tables of a hostile file.
+// Limits the memory for the strips, tiles and tables of a malformed file.
 constexpr tmsize_t kMaxAllocation = tmsize_t{512} << 20;
 
 // The file in memory, and the position in it for the library's file procedures.

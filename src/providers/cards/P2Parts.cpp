@@ -29,8 +29,8 @@ struct ShotClip {
   std::string globalId;
 };
 
-// Puts the clips of a shot into the order of their references. A referenced clip that was found
-// nowhere is missing.
+// Puts the clips of a shot into the order of their references. A referenced clip that wasn't
+// found is missing.
 class ClipChain {
  public:
   ClipChain(const std::vector<std::string>& xmlPaths, ClipValueCache& cache) {

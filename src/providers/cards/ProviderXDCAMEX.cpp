@@ -47,7 +47,7 @@ bool ContainsName(const std::vector<std::string>& names, std::string_view name) 
   return std::ranges::find(names, name) != names.end();
 }
 
-// A card without a folder for takes is recognized with reservation.
+// A card without a folder for takes is recognised with reservation.
 Recognition RecognizeCard(const std::string& path) {
   const auto root = CardFolder::Of(path);
   // One question to the disk excludes most other folders before anything is listed.

@@ -83,8 +83,8 @@ constexpr bool HaveUseOfEachCharacter(std::span<const StemPattern> patterns) {
 static_assert(HaveUseOfEachCharacter(kGoProStems) && HaveUseOfEachCharacter(kDJIStems) &&
               HaveUseOfEachCharacter(kInsta360Stems));
 
-// Nikon: N-RAW has a proxy of the same stem. Whether the MP4 next to a MOV is one, only the MOV
-// says.
+// Nikon: N-RAW has a proxy of the same stem. Only the metadata of a MOV determines whether the MP4
+// next to it is its proxy.
 constexpr std::string_view kNikonFolders[] = {"###NCZ_*", "###NZ_*", "###NZ_**", "###NIKON"};
 constexpr ExtensionRole kNikonExtensions[] = {
     {".nev", Role::kOriginal}, {".mov", Role::kOriginal}, {".mp4", Role::kOriginal},

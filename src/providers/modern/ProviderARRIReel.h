@@ -3,7 +3,7 @@
 //   A001R1JL/A001C010_100610_R1JL.mov              ALEXA Classic to Mini LF
 //   A_0001_12NR/A_0001C001_230202_052359_h12NR.mxf ALEXA 35
 // The name of a clip begins with the camera and the reel and ends with the serial number of the
-// camera, in base 36. Folders are recognized by these names, whatever their own name is. One entry
+// camera, in base 36. Folders are recognised by these names, whatever their own name is. One entry
 // for each clip, keyed by its file name.
 #pragma once
 

@@ -44,7 +44,7 @@ constexpr std::uint32_t kAudio = FourCC("auds");
 
 std::uint32_t SizeOf(std::uint32_t value) { return (value & 0x80000000) != 0 ? ~value + 1 : value; }
 
-// Rounds rates that are stored as whole microseconds, such as 1000000/66666, to an integer rate.
+// Rounds rates that are stored as integer microseconds, such as 1000000/66666, to an integer rate.
 Rate SnapToInteger(Rate rate) {
   if (!rate.Known()) return rate;
   const std::uint64_t integer = (rate.num + rate.den / 2) / rate.den;
@@ -159,7 +159,8 @@ void AviHeader::StorePicture(TXMPMeta& meta) const {
   const std::uint64_t x = picture_->aspect >> 16;
   const std::uint64_t y = picture_->aspect & 0xFFFF;
   SetPixelAspectRatio(meta, x * height, y * width);
-  // Writers of standard definition omit the aspect ratio of any picture.
+  // A standard-definition file without an aspect ratio may have any; a larger one has square
+  // pixels.
   const bool standard = (width == 704 || width == 720) && height <= 576;
   if (picture_->aspect == 0 && !standard) SetPixelAspectRatio(meta, width, width);
 }

@@ -45,7 +45,7 @@ struct FrameTiming {
 FrameTiming FrameTimingOf(SampleTimes times, std::uint32_t timescale, double mean = 0);
 
 // Reads an 'stts' box, of which `stts` may be only the first part. Sets `complete` to whether it is
-// all of it.
+// the complete box.
 SampleTimes ReadSampleTimes(foundation::ByteReader stts, bool& complete);
 
 }  // namespace Sorvik::xmp

@@ -8,7 +8,7 @@ namespace Sorvik::xmp {
 
 namespace {
 
-// Files have one; the limit bounds the time for hostile files.
+// Files have one; the limit bounds the time for malformed files.
 constexpr unsigned kMaxCandidates = 8;
 
 // Returns the first complete element with that local name, in any prefix, as text; empty if there
