@@ -50,8 +50,9 @@ std::string NameInList(const JoinList& list, const std::string& path) {
 }
 
 bool IsReadable(const ShotPart& part) {
-  static constexpr std::string_view kUnknown[] = {".r3d", ".crm",  ".ari", ".rmf",
-                                                  ".nev", ".braw", ".dng"};
+  static constexpr std::string_view kUnknown[] = {".r3d",   ".crm", ".ari", ".rmf", ".nev", ".braw",
+                                                  ".braw2", ".dng", ".cr2", ".cr3", ".nef", ".arw",
+                                                  ".raf",   ".orf", ".rw2", ".gpr"};
   std::string extension = part.path.substr(std::min(part.path.rfind('.'), part.path.size()));
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
