@@ -33,7 +33,7 @@ CataloguedCard ReadCard(Context& context, const CatalogueIndex& index,
   CataloguedCard result;
   if (!ReadCataloguedCard(index, card, result)) {
     throw Failure(kFailed, ResolvePath(context.options.catalog),
-                  "invalid lines of the card " + card.path);
+                  "invalid or missing lines of the card " + card.path);
   }
   return result;
 }

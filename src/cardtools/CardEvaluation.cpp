@@ -77,6 +77,7 @@ CardFindings CardEvaluation::Run() {
   AddOrphans();
   AddEmptyFolders();
   AddUnreadableFolders();
+  AddUnreadableMedia();
   RemoveSkeletonFindings();
   Finish();
   return std::move(result_);
@@ -251,6 +252,21 @@ void CardEvaluation::AddUnreadableFolders() {
                                 folder,
                                 {},
                                 platform::ReadError(folder)});
+  }
+}
+
+// Media that is a link without a target or a FIFO is in no listing.
+void CardEvaluation::AddUnreadableMedia() {
+  std::set<std::string> reported;
+  for (const Finding& finding : result_.findings) reported.insert(finding.path);
+  for (const std::string& path : inventory_.OtherNames()) {
+    if (!formats::IsMediaName(path) || reported.contains(path)) continue;
+    result_.findings.push_back({Finding::Kind::kUnreadable,
+                                Finding::Severity::kError,
+                                RoleOfName(path),
+                                path,
+                                {},
+                                "not a regular file"});
   }
 }
 

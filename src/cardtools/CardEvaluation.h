@@ -36,6 +36,7 @@ class CardEvaluation {
   void AddOrphans();
   void AddEmptyFolders();
   void AddUnreadableFolders();
+  void AddUnreadableMedia();
   void RemoveSkeletonFindings();
   void Finish();
 

@@ -55,9 +55,11 @@ void CardInventory::AddFolder(const std::string& folder, bool hidden, std::size_
       const auto status = platform::StatusOf(path);
       files_.push_back(
           {std::move(path), status ? status->bytes : 0, itemHidden, status ? status->modified : 0});
-    } else if (item.kind == FileKind::kDirectory && !item.isLink && depth > 1) {
-      if (depth == kMaxFolderDepth && !EntersFolder(item.name)) continue;
-      AddFolder(path, itemHidden, depth - 1, isListed);
+    } else if (item.kind == FileKind::kDirectory) {
+      const bool isEntered = depth < kMaxFolderDepth || EntersFolder(item.name);
+      if (!item.isLink && depth > 1 && isEntered) AddFolder(path, itemHidden, depth - 1, isListed);
+    } else if (!itemHidden) {
+      otherNames_.push_back(std::move(path));
     }
   }
 }

@@ -40,6 +40,8 @@ class CardInventory {
   // Whether a file at `path` would be in Files().
   bool Covers(std::string_view path) const;
   const std::vector<std::string>& UnreadableFolders() const noexcept { return unreadableFolders_; }
+  // Names that are neither files nor folders: links without a target, FIFOs, devices.
+  const std::vector<std::string>& OtherNames() const noexcept { return otherNames_; }
 
   // The index in Files() of the file at `path`. A path in another spelling is found if the file
   // system says that it is the same file. nullopt if there is none below the root.
@@ -56,6 +58,7 @@ class CardInventory {
   const std::vector<std::string_view>* folders_;
   std::vector<InventoryFile> files_;
   std::vector<std::string> unreadableFolders_;
+  std::vector<std::string> otherNames_;
   std::unordered_map<std::string, std::size_t> byPath_;
   std::unordered_multimap<std::string, std::size_t> byFoldedPath_;
 };

@@ -176,6 +176,11 @@ bool ReadCataloguedCard(const CatalogueIndex& index, const CatalogueIndex::Card&
   result.score = card.score;
   result.lines = index.LinesOf(card);
   bool isValid = !result.lines.empty();
+  std::int64_t clipLines = 0;
+  std::int64_t fileLines = 0;
+  // By the line of the card: a catalogue can be cut, or have lines of some types only.
+  std::int64_t expectedClips = -1;
+  std::int64_t expectedFiles = -1;
   ForEachLine(result.lines, [&](std::string_view line) {
     const auto json = ParseJson(line);
     if (!json) {
@@ -185,21 +190,25 @@ bool ReadCataloguedCard(const CatalogueIndex& index, const CatalogueIndex::Card&
     const std::string_view type = LineType(line);
     CardFindings& findings = result.findings;
     if (type == "card") {
-      findings.clips = static_cast<std::uint64_t>((*json)["clips"].Integer());
+      expectedClips = (*json)["clips"].Integer();
+      expectedFiles = (*json)["files"].Integer();
+      findings.clips = static_cast<std::uint64_t>(expectedClips);
       findings.bytes = static_cast<std::uint64_t>((*json)["bytes"].Integer());
       findings.complete = (*json)["complete"].boolean;
       findings.depth =
           (*json)["depth"].text == "names" ? CheckDepth::kNames : CheckDepth::kStructure;
       findings.emptyFolders = (*json)["emptyFolders"].Texts();
     } else if (type == "clip") {
+      ++clipLines;
       result.clips.push_back(ClipOf(*json, line));
     } else if (type == "file") {
+      ++fileLines;
       if ((*json)["present"].boolean) findings.files.push_back(FileOf(*json));
     } else if (type == "problem") {
       findings.findings.push_back(FindingOf(*json));
     }
   });
-  return isValid;
+  return isValid && clipLines == expectedClips && fileLines == expectedFiles;
 }
 
 }  // namespace Sorvik

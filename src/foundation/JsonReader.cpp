@@ -88,7 +88,8 @@ class Parser {
     if (Take('}')) return true;
     do {
       SkipBlanks();
-      auto& [name, member] = value.members.emplace_back();
+      value.members.emplace_back(std::string(), JsonValue());
+      auto& [name, member] = value.members.back();
       if (!String(name) || !Take(':') || !Value(member, depth + 1)) return false;
     } while (Take(','));
     return Take('}');

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "support/Cards.h"
@@ -105,6 +106,16 @@ TEST_F(Cards, CheckAndFilesCoverTheRestOfTheMedium) {
   for (const auto& file : medium["files"]) {
     EXPECT_EQ(file["role"], file["path"] == database ? "structure" : "foreign") << file;
   }
+}
+
+TEST_F(Cards, CheckReportsMediaThatIsALinkWithoutATarget) {
+  MakeXAVCCard(tree_, "x/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}});
+  const std::string root = tree_.Path("x/M4ROOT");
+  EXPECT_EQ(RunSorvik({"check", "--quick", root}).exitCode, 0);
+  std::filesystem::create_symlink("missing", root + "/CLIP/C0002.MP4");
+  const ProgramResult check = RunSorvik({"check", "--quick", root});
+  EXPECT_EQ(check.exitCode, 1);
+  EXPECT_THAT(check.output, HasSubstr("unreadable essence: CLIP/C0002.MP4 (not a regular file)"));
 }
 
 // A card below the root of another one is no foreign part of it.

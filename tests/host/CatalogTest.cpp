@@ -150,6 +150,18 @@ TEST_F(Catalog, DatabaseHasOneRowPerClipHoweverOftenItRuns) {
       HasSubstr("file is not a database"));
 }
 
+// A list of files must not be short because the catalogue is.
+TEST_F(Catalog, RefusesToAnswerWithoutAllLinesOfACard) {
+  const std::string disc = tree_.Path("archive/disc");
+  Run({archive_, "-o", file_, "--only", "card,clip"});
+  const ProgramResult files = RunSorvik({"files", disc, "--catalog", file_});
+  EXPECT_EQ(files.exitCode, 1);
+  EXPECT_EQ(files.output, "");
+  EXPECT_EQ(files.errors,
+            "sorvik: " + file_ + ": invalid or missing lines of the card " + disc + "\n");
+  EXPECT_EQ(RunSorvik({"check", disc, "--catalog", file_}).exitCode, 1);
+}
+
 TEST_F(Catalog, AnswersWithTheMediumOffline) {
   const std::string p2 = tree_.Path("archive/p2");
   const std::string disc = tree_.Path("archive/disc");

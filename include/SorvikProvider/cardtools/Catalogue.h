@@ -129,7 +129,8 @@ struct CataloguedCard {
   std::string lines;  // as in the file
 };
 
-// Reads the lines of a card. Returns false if they aren't valid.
+// Reads the lines of a card. Returns false if they aren't valid, or if clips or files are missing
+// among them by the counts in the line of the card.
 SORVIK_EXPORT bool ReadCataloguedCard(const CatalogueIndex& index, const CatalogueIndex::Card& card,
                                       CataloguedCard& result);
 
