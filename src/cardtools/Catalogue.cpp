@@ -208,6 +208,14 @@ class CatalogueRun {
     if (const auto pool = HostState::Get().pool) pool->RequireWidth(jobs_ + kFurtherWorkers);
   }
 
+  // A request and what it belongs to refer to each other.
+  ~CatalogueRun() {
+    EndSearch();
+    for (const auto& job : queue_) job->request = {};
+  }
+  CatalogueRun(const CatalogueRun&) = delete;
+  CatalogueRun& operator=(const CatalogueRun&) = delete;
+
   CatalogueResult Run(const std::vector<std::string>& paths) {
     for (const std::string& path : paths) {
       if (!IsStopped()) SearchPath(foundation::NormalizedPath(path));
@@ -230,10 +238,15 @@ class CatalogueRun {
     return stopped_;
   }
 
+  void EndSearch() {
+    if (search_) search_->request = {};
+  }
+
   void SearchPath(const std::string& path) {
     bool hasFound = false;
     std::set<std::string> skipped;
     while (!IsStopped()) {
+      EndSearch();
       search_ = std::make_shared<Search>();
       search_->skipped = skipped;
       Guard lock(shared_->mutex);
