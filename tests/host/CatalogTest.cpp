@@ -204,6 +204,7 @@ TEST_F(Catalog, ComparesARestoredCopyWithTheCatalogue) {
 TEST_F(Catalog, TimeoutsAndInterruptsHaveTheirOwnExitCodes) {
   TestShare share(tree_.Folder("server"), tree_.Folder("share"));
   if (!share) GTEST_SKIP() << share.Reason();
+  SkipLeakCheckOfProgram();
   share.Stop();
   const ProgramResult late =
       Run({"--timeout-per-card", "1", tree_.Path("share"), archive_, "--jobs", "2"});

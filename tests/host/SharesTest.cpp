@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 #include "support/Cards.h"
@@ -33,12 +32,6 @@ class LinksToShare : public ShareTest {
     fs::create_directory_symlink(tree_.Path("share/sub"), folder_ + "/sub");
     fs::create_symlink("link/clip.mov", folder_ + "/clip.mov");
     tree_.File("folder/x.desktop", "[Desktop Entry]\nType=Link\nURL=file://" + folder_ + "/sub/y");
-  }
-
-  // At exit the leak sanitizer stops all threads, and would wait for those that the share blocks.
-  static void SkipLeakCheckOfProgram() {
-    const char* options = std::getenv("ASAN_OPTIONS");
-    setenv("ASAN_OPTIONS", (std::string(options ? options : "") + ":detect_leaks=0").c_str(), 1);
   }
 
   // Runs the program. Fails if it blocks or waits again and again.

@@ -29,6 +29,9 @@ run = 0
 for command, expected in steps:
     if command in ("./browse", "./test"):
         continue
+    if "import sorvik" in command and not os.path.isdir(work + "/build/release/python"):
+        print("skipped: this build has no Python module:", command)
+        continue
     done = subprocess.run(["bash", "-c", command], cwd=work, env=env, capture_output=True, text=True)
     run += 1
     output = iter(re.sub(" +", " ", line) for line in done.stdout.splitlines())

@@ -129,6 +129,11 @@ ProgramResult RunSorvikOnTerminal(const std::vector<std::string>& arguments) {
   return result;
 }
 
+void SkipLeakCheckOfProgram() {
+  const char* options = std::getenv("ASAN_OPTIONS");
+  setenv("ASAN_OPTIONS", (std::string(options ? options : "") + ":detect_leaks=0").c_str(), 1);
+}
+
 RunningSorvik::RunningSorvik(const std::vector<std::string>& arguments) {
   Pipe input;
   process_ = fork();

@@ -26,6 +26,10 @@ ProgramResult RunSorvikAsPlainUser(const std::vector<std::string>& arguments);
 // RunSorvik with a terminal of 200 columns for both outputs. All text is in `output`, with \r\n.
 ProgramResult RunSorvikOnTerminal(const std::vector<std::string>& arguments);
 
+// For programs that end while a share blocks them: at exit the leak sanitizer stops all threads,
+// and would wait for those that the share blocks.
+void SkipLeakCheckOfProgram();
+
 // A running sorvik whose standard input is a pipe that never ends.
 class RunningSorvik {
  public:
