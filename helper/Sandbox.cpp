@@ -26,7 +26,8 @@ bool Limit(__rlimit_resource resource, rlim_t value) {
 bool LimitResources() {
   bool done = Limit(RLIMIT_CPU, kMaxProcessorSeconds) && Limit(RLIMIT_NOFILE, kMaxFiles) &&
               Limit(RLIMIT_FSIZE, 0) && Limit(RLIMIT_CORE, 0);
-#ifndef __SANITIZE_ADDRESS__  // reserves terabytes of addresses
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  // These sanitizers reserve terabytes of addresses.
   done = done && Limit(RLIMIT_AS, kMaxMemory);
 #endif
   return done;
