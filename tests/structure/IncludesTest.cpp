@@ -66,10 +66,26 @@ std::string ProviderProblem(const std::string& from, const std::string& header) 
              : "";
 }
 
+bool MayInclude(const std::string& layer, const std::string& target) {
+  return target == layer || kDependencies.at(layer).contains(target);
+}
+
+// The same for a public header, which depends on the layers of its sources. The C interface
+// includes no other header.
+std::string ProblemOfPublicHeader(const std::string& from, const std::string& header) {
+  if (!header.starts_with(kPublic)) return "an internal header in a public one";
+  const std::string layer = FirstFolder(from.substr(("include/" + kPublic).size()));
+  if (!kDependencies.contains(layer)) return "a layer that is missing from kDependencies";
+  if (layer == "c") return "C++ in the C interface";
+  return MayInclude(layer, FirstFolder(header.substr(kPublic.size())))
+             ? ""
+             : "a layer that this one may not depend on";
+}
+
 // Returns why `from` (relative to the project) may not include "header"; empty if it may.
 std::string Problem(const std::string& from, const std::string& header) {
   const bool isPublic = header.starts_with(kPublic);
-  if (from.starts_with("include/")) return isPublic ? "" : "an internal header in a public one";
+  if (from.starts_with("include/")) return ProblemOfPublicHeader(from, header);
   if (from.starts_with("host/")) {
     const bool own = header.find('/') == header.npos;
     return isPublic || own ? "" : "an internal header in the host program";
@@ -92,10 +108,8 @@ std::string Problem(const std::string& from, const std::string& header) {
   }
   const std::string target = FirstFolder(isPublic ? header.substr(kPublic.size()) : header);
   if (from == kProviderTable) return {};
-  const auto dependencies = kDependencies.find(layer);
-  if (dependencies == kDependencies.end()) return "a layer that is missing from kDependencies";
-  if (target != layer && !dependencies->second.contains(target))
-    return "a layer that this one may not depend on";
+  if (!kDependencies.contains(layer)) return "a layer that is missing from kDependencies";
+  if (!MayInclude(layer, target)) return "a layer that this one may not depend on";
   if (from.starts_with(kPlatform) && !("src/" + header).starts_with(kPlatform)) {
     return "a header outside the platform layer";
   }
@@ -135,8 +149,9 @@ TEST(Includes, FollowLayerDependencies) {
       const std::string from = std::filesystem::relative(entry.path(), root);
       for (const Include& include : IncludesOf(entry.path())) {
         ++seen;
+        const bool isOwn = include.quoted || include.header.starts_with(kPublic);
         const std::string problem =
-            include.quoted ? Problem(from, include.header) : SystemProblem(from, include.header);
+            isOwn ? Problem(from, include.header) : SystemProblem(from, include.header);
         EXPECT_EQ(problem, "") << from << " includes " << include.header;
       }
     }
@@ -176,6 +191,9 @@ TEST(Includes, ViolationsAreDetected) {
            Case{"src/frame/Provider.cpp", "providers/cards/ProviderP2.h", true},
            Case{"src/frame/ProviderHost.cpp", "providers/cards/ProviderP2.h", false},
            Case{"include/SorvikProvider/frame/A.h", "frame/RequestQueue.h", true},
+           Case{"include/SorvikProvider/frame/A.h", "SorvikProvider/metadata/XMPSupport.h", true},
+           Case{"include/SorvikProvider/frame/A.h", "SorvikProvider/foundation/Hestra.h", false},
+           Case{"include/SorvikProvider/c/sorvik.h", "SorvikProvider/foundation/Hestra.h", true},
            Case{"host/main.cpp", "frame/RequestQueue.h", true},
            Case{"host/main.cpp", "Output.h", false},
            Case{"helper/main.cpp", "foundation/ByteReader.h", true},
