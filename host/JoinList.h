@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Lists that join the files of a shot for players and editing programs, in six formats. Nothing is
-// read here; a list says what the library found out.
+// read here; a list contains what the library found.
 #pragma once
 
 #include <cstdint>
@@ -55,7 +55,7 @@ const Sorvik::FieldNameList& JoinFields();
 // The parts of one track.
 using JoinTrack = std::vector<const Sorvik::ShotPart*>;
 std::vector<JoinTrack> TracksOf(const Sorvik::ShotParts& shot);
-// True if the file itself has sound, as far as the metadata says.
+// True if the file itself has sound, by its metadata.
 bool HasOwnSound(const JoinShot& shot);
 // True if the timecode of the shot skips numbers.
 bool DropsFrames(const Sorvik::ShotParts& shot);

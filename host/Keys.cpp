@@ -56,7 +56,7 @@ std::vector<std::string> BestMatches(const std::string& root, const ContentMap& 
   return keys;
 }
 
-// True if the provider knows an entry `key` with an existing file. Some providers make an entry of
+// True if the provider has an entry `key` with an existing file. Some providers make an entry of
 // any text, others have entries without a file: those have to be in the listing.
 bool IsKnownKey(Context& context, const ProviderWrapper& provider, const std::string& path,
                 const std::string& key) {

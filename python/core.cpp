@@ -402,7 +402,7 @@ std::unique_ptr<Request> Start(const QueueRef& queue, std::uint64_t id, const Fu
   return request;
 }
 
-// The wanted fields, as long as the object lives.
+// The wanted fields, as long as the object exists.
 class Fields {
  public:
   // None: all fields.

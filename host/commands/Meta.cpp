@@ -143,8 +143,8 @@ void WriteSourceTable(Output& output, const FieldNameList& wanted, const Sourced
   table.Write(output);
 }
 
-// Returns what the best provider of the card says about the entry that the file is the main file
-// of; empty if there is no such entry.
+// Returns the fields that the best provider of the card has for the entry that the file is the main
+// file of; empty if there is no such entry.
 FieldValueMap EntryFields(const std::string& path, const FieldNameList& wanted) {
   Hestra::UTF16String key;
   Hestra::UTF16String folder;

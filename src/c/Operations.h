@@ -12,10 +12,10 @@
 
 namespace Sorvik::c {
 
-// Which fields a listing shall have.
+// The fields of a listing.
 struct FieldChoice {
   bool defaults = true;  // those of the provider
-  bool all = false;      // all that the provider knows
+  bool all = false;      // all that the provider supports
   FieldNameSet names = {};
 };
 

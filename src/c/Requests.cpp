@@ -61,7 +61,7 @@ TaskRequest::~TaskRequest() {
   library.requests.erase(this);
 }
 
-// An object whose last reference is gone has run or was never queued; Abort then has no effect.
+// An object without references has run or was never queued; Abort then has no effect.
 void TaskRequest::AbortAll(const EventQueue* queue) {
   Library& library = Library::Get();
   const std::lock_guard lock(library.requestsMutex);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What one provider knows about a card: the paths of its entries and the description of its parts,
+// A card as one provider describes it: the paths of its entries and the description of its parts,
 // merged by path.
 #pragma once
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Compares what a provider knows about a card with the files on it.
+// Compares a provider's description of a card with the files on it.
 #pragma once
 
 #include <optional>

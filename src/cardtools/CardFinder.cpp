@@ -220,7 +220,7 @@ class CardSearch {
     return claims;
   }
 
-  // Whether the answer of the candidate depends on nothing but files of the known cards: it can
+  // Whether the answer of the candidate depends only on files of the known cards: it can
   // only have changed if one of them has.
   static bool IsCovered(const Candidate& candidate, const std::vector<FoundCard>& known) {
     if (candidate.layout == nullptr || known.empty()) return false;

@@ -18,7 +18,7 @@ using foundation::JsonValue;
 using foundation::ParseJson;
 
 constexpr std::size_t kBlockBytes = 1 << 20;
-// A card is kept in memory as a whole; one with a million files has about 400 MB of lines.
+// All lines of a card are kept in memory; a card with a million files has about 400 MB.
 constexpr std::uint64_t kMaxCardBytes = std::uint64_t{1} << 30;
 
 class FileIndex final : public CatalogueIndex {

@@ -61,7 +61,7 @@ ShotRate RateOfText(std::string_view text) {
   return {static_cast<std::uint64_t>(std::llround(number * 1000)), 1000};
 }
 
-// What the metadata of a file says about its length.
+// The length of a file by its metadata.
 struct LengthFacts {
   std::optional<std::uint64_t> frames;
   ShotRate rate;
@@ -88,7 +88,7 @@ std::int64_t Microseconds(double seconds) {
   return static_cast<std::int64_t>(std::floor(seconds * kMicroseconds + 0.5));
 }
 
-// Adds to the files that a provider lists what their indexes, records and streams say.
+// Completes the files that a provider lists by facts from their indexes, records and streams.
 class ShotBuilder {
  public:
   ShotBuilder(std::vector<ListedPart> listed, ProviderRequest* request)

@@ -70,7 +70,7 @@ FieldLabelMap WinProviderDirectory::GetFieldLabelList() const {
 int WinProviderDirectory::CanProvideFor(const std::string& path) const {
   if (!PathUtils::IsLongFormFolderPath(path)) return 0;
   const platform::ShareScope shares(path);
-  // The mount table is enough to know that a share is a folder.
+  // That a share is a folder follows from the mount table alone.
   using platform::ShareAccess;
   const bool isDirectory = ShareAccess::Current()->IsShareMountPoint(path) ||
                            PathUtils::IsDirectory(Hestra::MakeString(path));

@@ -25,10 +25,10 @@ struct MediaTiming {
 
 inline constexpr double kTransportClockSeconds = 8589934592.0 / 90000.0;  // 2^33 ticks
 
-// The timing of a transport stream (MTS, M2TS, M2T, TS) or an ISO base media file (MP4, MOV), known
-// by the extension of `path` (UTF-8). `framesPerSecond` is the picture rate. Returns nullopt for
-// other containers, whose streams start together (MXF, AVI, DV), and if the file can't be read, has
-// no pictures, or is edited in a way that has no single start.
+// The timing of a transport stream (MTS, M2TS, M2T, TS) or an ISO base media file (MP4, MOV),
+// recognised by the extension of `path` (UTF-8). `framesPerSecond` is the picture rate. Returns
+// nullopt for other containers, whose streams start together (MXF, AVI, DV), and if the file can't
+// be read, has no pictures, or is edited in a way that has no single start.
 std::optional<MediaTiming> ReadMediaTiming(const std::string& path, double framesPerSecond);
 
 // The same for an open file of that container. Of ISO base media files the box "moov" is read.

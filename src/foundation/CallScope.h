@@ -69,7 +69,7 @@ class CallScope {
   static Cache CurrentCache();
 
   // Lets another thread use the cache of an operation, which may have ended, as long as the object
-  // lives. On a thread without a scope.
+  // exists. On a thread without a scope.
   class Join {
    public:
     explicit Join(Cache cache) noexcept;

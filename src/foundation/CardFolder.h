@@ -5,7 +5,7 @@
 //
 // Where a question can be answered in two ways, the caller chooses:
 //   Lookup::kListing  for several questions about a folder: answers from one listing of it;
-//   Lookup::kDisk     for a single question, most of all in a folder that may be large and no card:
+//   Lookup::kDisk     for a single question, such as in a folder that may be large and no card:
 //                     asks the file system for that name alone.
 // Both give the same answer. Names are compared as the file system does: a name that is listed in
 // another spelling only is looked up on the disk, because the file system may ignore case.
@@ -43,7 +43,7 @@ class CardFolder {
   // False if the folder can't be listed.
   bool IsReadable() const { return Listed().items != nullptr; }
 
-  // The kind of `name` after links; nullopt if it doesn't exist, can't be looked at, or isn't a
+  // The kind of `name` after links; nullopt if it doesn't exist, can't be accessed, or isn't a
   // plain name (empty, or with a separator or NUL).
   std::optional<platform::FileKind> KindOf(std::string_view name,
                                            Lookup lookup = Lookup::kListing) const;
@@ -110,11 +110,11 @@ bool FolderExistsOnDisk(std::string_view path);
 std::optional<std::string> FindOnCard(std::string_view path);
 
 // False only if the call scope has listed the folder of `path` already and the name isn't in it.
-// Lists nothing; saves a look at the disk for a file that may exist next to each of many.
+// Lists nothing; saves an access to the disk for a sidecar that each of many files may have.
 bool MayExistOnCard(std::string_view path);
 
-// RegularFile::Open and ReadHead, without a look at the type of the file in advance if the call
-// scope has listed its folder.
+// RegularFile::Open and ReadHead, without a stat before opening if the call scope has listed the
+// folder.
 std::optional<platform::RegularFile> OpenOnCard(const std::string& path);
 std::optional<std::vector<std::byte>> ReadHeadOnCard(const std::string& path, std::size_t maxBytes);
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Overlaps the reads of a listing on slow places, such as network shares, where each of them waits
+// Overlaps the reads of a listing on slow storage, such as network shares, where each of them waits
 // for a server.
 //
-// An operation that knows what it is going to read for each of its clips passes a function that
+// An operation that can name in advance the files of each of its clips passes a function that
 // reads for one clip, and takes the results in order. It runs on the caller's thread, as without
 // this class, until the operation's accesses turn out to be slow (platform/AccessTimes.h). Then up
 // to 16 threads run it for the following clips. They share the operation's call scope, access no

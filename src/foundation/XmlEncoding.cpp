@@ -77,7 +77,7 @@ struct CloseConverter {
 };
 
 // Decodes text that isn't UTF-8 by the encoding that it declares, such as Shift_JIS; as Latin-1 if
-// it declares none that is known.
+// it declares none that is supported.
 std::string FromDeclared(std::string_view bytes) {
   const std::string name = DeclaredEncoding(bytes);
   if (name.empty()) return FromLatin1(bytes);

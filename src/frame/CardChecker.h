@@ -49,12 +49,12 @@ struct CardPart {
   Content content = Content::kOpaque;
   bool required = true;  // if false, a missing file is no finding
   bool mayBeEmpty = false;
-  // If it isn't 0: the least size, and what says so ("clip information 00001.CPI").
+  // If it isn't 0: the minimum size, and its source ("clip information 00001.CPI").
   std::uint64_t minBytes = 0;
   std::string minBytesSource = {};
 };
 
-// What a provider knows about one card. Paths are UTF-8 and need not exist.
+// A provider's description of one card. Paths are UTF-8 and need not exist.
 class CardDescription {
  public:
   explicit CardDescription(CheckDepth depth) : depth_(depth) {}
@@ -74,8 +74,8 @@ class CardDescription {
   }
   // A folder that the structure needs even if it is empty. It isn't a finding if it is missing.
   void AddFolder(std::string path) { folders_.push_back(std::move(path)); }
-  // What only the provider can know: an unreadable index, an unlisted clip, a stale list entry, a
-  // number gap, a clip that is known by its id only.
+  // Findings that only the provider can make: an unreadable index, an unlisted clip, a stale list
+  // entry, a number gap, a clip that is known by its id only.
   void Report(Finding finding) { findings_.push_back(std::move(finding)); }
   // The same with the usual severity of the kind and role.
   void Report(Finding::Kind kind, std::string role, std::string path,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What a provider implements, as a second base, if the names of its files say what belongs together
-// outside of a card.
+// What a provider implements, as a second base, if the names of its files show what belongs
+// together outside of a card.
 #pragma once
 
 #include <optional>

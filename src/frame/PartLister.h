@@ -29,7 +29,7 @@ struct ListedPart {
   bool isInferred = false;
   // The file with the metadata of the part, if that isn't the essence.
   std::string record = {};
-  // What an index says; otherwise read from the record or the essence.
+  // From an index; otherwise read from the record or the essence.
   std::optional<std::uint64_t> frames = {};
   std::optional<PlayedRange> range = {};
   std::optional<ImageSequence> images = {};  // `path` is then the first frame
@@ -39,8 +39,9 @@ class PartLister {
  public:
   virtual ~PartLister() = default;
   // Returns the parts of an entry, tracks one after the other, each in playing order. Parts that
-  // the card proves to exist and that are missing are included. Empty for an entry that consists of
-  // its Path only, and if there is no such entry. Runs in a call scope of the caller. Any thread.
+  // an index or a record of the card names and that are missing are included. Empty for an entry
+  // that consists of its Path only, and if there is no such entry. Runs in a call scope of the
+  // caller. Any thread.
   virtual std::vector<ListedPart> ListParts(const std::string& path,
                                             const std::string& key) const = 0;
 };

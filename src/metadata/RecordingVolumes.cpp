@@ -32,7 +32,7 @@ std::optional<RecordingVolume> ReadRecordingVolume(const std::string& path) {
                                  NumberOf(meta, "multicard_volume_count")};
     if (volume.number != 0 && volume.count != 0) return volume;
   } catch (const xmp::XMP_Error&) {
-    // A file without readable metadata says nothing.
+    // A file without readable metadata doesn't count.
   }
   return std::nullopt;
 }

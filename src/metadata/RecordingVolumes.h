@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Whether a recording was split over several cards, as its file says.
+// Whether a recording was split over several cards, by the metadata of its file.
 #pragma once
 
 #include <optional>

@@ -68,7 +68,7 @@ class PacketFinder {
  public:
   PacketFinder(std::string_view bytes, std::size_t stride) : bytes_(bytes), stride_(stride) {}
 
-  // Looks at the "<" at `at`. Returns a packet that ends here; empty if none does.
+  // Examines the "<" at `at`. Returns a packet that ends here; empty if none does.
   std::string_view Visit(std::size_t at) {
     constexpr std::size_t kMaxTagLength = 64;
     if (MatchesSpaced(bytes_, at, kBegin, stride_)) {

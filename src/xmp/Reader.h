@@ -77,7 +77,7 @@ struct ReaderOutput {
   NativeOrigin origin = NativeOrigin::kHeader;  // of `native`
   std::vector<NativeFacts> overriding;          // facts that take precedence over `native`
   std::vector<NativeFacts> completing;          // facts that fill in what `native` lacks
-  bool hasNative = false;        // the file holds native metadata that the reader knows
+  bool hasNative = false;        // the file has native metadata that the reader supports
   std::string packet;            // serialised XMP of the file, empty if there is none
   std::string extendedPacket;    // further XMP (JPEG extended XMP); fills the first
   bool packetIsSidecar = false;  // `packet` is from a further file next to this one

@@ -27,10 +27,10 @@ struct Finding {
   enum class Kind {
     kMissing,     // a list, record or layout requires it
     kEmpty,       // 0 bytes in a role that can't be empty
-    kTruncated,   // shorter than its own header, an index or its neighbours say
+    kTruncated,   // shorter than its own header, an index or its neighbours require
     kUnreadable,  // can't be opened, listed or parsed
     kOrphaned,    // media that no entry contains
-    kUnlisted,    // a clip that the card's own list doesn't know
+    kUnlisted,    // a clip that is missing in the card's own list
     kStale,       // a list entry for a clip of which nothing is left
     kDiffers,     // a copy has other contents; made by hosts that compare
   };

@@ -112,7 +112,7 @@ class SORVIK_EXPORT CatalogueIndex {
   CatalogueIndex();
 };
 
-// What a catalogue says about one card.
+// The content of a catalogue for one card.
 struct CataloguedCard {
   struct Clip {
     std::string key;

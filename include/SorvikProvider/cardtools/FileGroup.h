@@ -27,8 +27,9 @@ struct FileGroup {
 };
 
 // Returns the group of the file at `path` (full, in UTF-8) among the files of its folder, itself
-// included. Returns nullopt if the file doesn't exist in its folder, or if no provider knows its
-// name. Meant for folders that no provider claims: on a card, entries say what belongs together.
+// included. Returns nullopt if the file doesn't exist in its folder, or if no provider recognises
+// its name. For folders that no provider supports: on a card, the entries define what belongs
+// together.
 // Lists the folder and opens no file. Any thread, between ProviderHost::Initialize and the last
 // Shutdown.
 SORVIK_EXPORT std::optional<FileGroup> GetFileGroup(const std::string& path);

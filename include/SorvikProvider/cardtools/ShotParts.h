@@ -83,7 +83,7 @@ struct ShotParts {
   // track are in playing order. Empty if there is no such entry.
   std::vector<ShotPart> parts;
   ShotRate rate;           // of the pictures
-  bool isComplete = true;  // no part is missing, as far as the card can prove it
+  bool isComplete = true;  // no part is missing, as far as the card's data shows
 
   // The parts of the first track.
   std::vector<const ShotPart*> MainTrack() const {

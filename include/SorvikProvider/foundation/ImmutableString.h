@@ -20,7 +20,7 @@ class ImmutableString {
       : text_(std::make_shared<const std::string>(std::move(text))) {}
 
   bool IsNull() const noexcept { return text_ == nullptr; }
-  // The text; empty for the null string. Valid while any copy of this string lives.
+  // The text; empty for the null string. Valid while any copy of this string exists.
   std::string_view View() const noexcept { return text_ ? std::string_view(*text_) : ""; }
   std::string ToStdString() const { return std::string(View()); }
 

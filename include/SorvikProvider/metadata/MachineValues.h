@@ -37,14 +37,14 @@ struct IsoTime {
 
 struct TimecodeValue {
   std::string text;  // "10:00:00:00", with ';' in front of the frames if it drops frames
-  Fraction rate;     // frames per second; 0 if the file doesn't say
+  Fraction rate;     // frames per second; 0 if the file has none
   bool dropFrame = false;
   bool operator==(const TimecodeValue&) const = default;
 };
 
 struct DurationValue {
   std::int64_t count = 0;  // frames, or other units
-  Fraction rate;           // units per second; 0 if the file doesn't say
+  Fraction rate;           // units per second; 0 if the file has none
   bool operator==(const DurationValue&) const = default;
 };
 

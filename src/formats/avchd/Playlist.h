@@ -78,7 +78,7 @@ Playlist ParsePlaylist(foundation::ByteReader file);
 // be read. Opens regular files only.
 std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path);
 
-// Leaves these playlists in the call scope. Their files are read ahead on slow places. Stops when
+// Leaves these playlists in the call scope. Their files are read ahead on slow storage. Stops when
 // `stop` returns true.
 void LoadPlaylists(const std::vector<std::string>& paths, const std::function<bool()>& stop);
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What the record of a Sony clip (NonRealTimeMeta, "C0001M01.XML") says about its continuation.
+// The continuation of a Sony clip, by its record (NonRealTimeMeta, "C0001M01.XML").
 //
 // Cameras cut a long take at 4 GB on cards formatted with FAT32. Neither the material list nor the
-// records declare it: the parts are consecutive clips, whose records prove it together.
+// records declare it: the parts are consecutive clips, whose records show it together.
 // Source of the format's facts: records of cameras. Any thread.
 #pragma once
 
@@ -38,8 +38,8 @@ struct ClipRecord {
 // Empty if the UMID is too short.
 std::string_view DeviceOfUmid(std::string_view umid);
 
-// True if four facts prove that `next` continues `clip`: the timecode, the device, the codec, and
-// the creation time (within one second). A missing fact proves nothing.
+// True if four facts show that `next` continues `clip`: the timecode, the device, the codec, and
+// the creation time (within one second). False if a fact is missing.
 bool Continues(const ClipRecord& clip, const ClipRecord& next);
 
 }  // namespace Sorvik::formats::sony

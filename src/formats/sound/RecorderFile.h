@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a WAV file of a sound recorder says about the take that it belongs to.
+// The take that a WAV file of a sound recorder belongs to, by its metadata.
 // Facts: EBU Tech 3285 ('bext'), EBU Tech 3306 (RF64), iXML 2.0. Texts are bytes as stored. Any
 // thread.
 #pragma once
@@ -79,7 +79,7 @@ struct RecorderFile {
   static std::optional<RecorderFile> Read(const ReadBytes& read, std::uint64_t size);
   // The file at `path`, opened once within a call scope; null if it isn't a WAV file.
   static std::shared_ptr<const RecorderFile> Of(const std::string& path);
-  // What its first 64 KiB say; nullopt if it isn't a WAV file.
+  // From its first 64 KiB; nullopt if it isn't a WAV file.
   static std::optional<RecorderFile> FromHead(const std::string& path);
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How long the latest accesses of a thread to files and folders took. Distinguishes a slow place,
+// How long the latest accesses of a thread to files and folders took. Distinguishes slow storage,
 // such as a network share, from a disk whose answers are cached.
 #pragma once
 
@@ -8,7 +8,7 @@
 
 namespace Sorvik::platform {
 
-// Forgets the accesses of this thread, at the start of an operation.
+// Clears the times of this thread, at the start of an operation.
 void ResetAccessTimes() noexcept;
 
 // The number of accesses of this thread since then. For tests.

@@ -56,8 +56,8 @@ class RegularFile {
  public:
   // Returns nullopt if `path` is no regular file or can't be opened. Never blocks on a FIFO.
   static std::optional<RegularFile> Open(const std::string& path);
-  // The same without a look at the type before opening, for a path that a listing of its folder had
-  // as a regular file.
+  // The same without a stat before opening, for a path that is a regular file in a listing of its
+  // folder.
   static std::optional<RegularFile> OpenListed(const std::string& path);
   RegularFile(RegularFile&& other) noexcept;
   RegularFile& operator=(RegularFile&& other) noexcept;

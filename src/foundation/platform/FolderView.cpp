@@ -104,7 +104,7 @@ std::string PathOfDescriptor(int descriptor) {
 
 FileTime TimeOf(const statx_timestamp& time) { return {time.tv_sec, time.tv_nsec}; }
 
-// True for file systems that report the allocated blocks of every file. On others, above all in
+// True for file systems that report the allocated blocks of every file. On others, such as those in
 // user space, no blocks may mean that the number is unknown.
 bool ReportsBlocks(const struct statfs& facts) {
   constexpr std::uint32_t kZfsMagic = 0x2FC12FC1;
@@ -118,7 +118,7 @@ bool ReportsBlocks(const struct statfs& facts) {
 
 std::uint64_t BlocksOf(std::uint64_t size) { return size / 512 + (size % 512 != 0 ? 1 : 0); }
 
-// True if the file has holes as far as the numbers of blocks say, but the file system may not
+// True if the file has holes by its number of blocks, but the file system may not
 // report blocks.
 bool HasNoBlocks(const struct statx& facts) {
   return S_ISREG(facts.stx_mode) && facts.stx_size > 0 && facts.stx_blocks == 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A folder and what its file system knows about the items in it. An interface, so that tests can
-// supply attributes that this machine's file systems don't have.
+// A folder and the facts that its file system has about the items in it. An interface, so that
+// tests can supply attributes that this machine's file systems don't have.
 #pragma once
 
 #include <cstdint>
@@ -65,7 +65,7 @@ struct FolderName {
   ItemType type;
 };
 
-// Not thread-safe. Names are valid while the view lives.
+// Not thread-safe. Names are valid while the view exists.
 class FolderView {
  public:
   virtual ~FolderView() = default;
@@ -81,8 +81,8 @@ class FolderView {
 
 // Opens the folder and reads its names. Returns nullptr if it can't be read to its end, or if
 // `stop`, which is polled between blocks, returns true. Mount points of shares and links to shares
-// are accessed as ShareAccess.h says; reading facts triggers no automount and no sync. Returns
-// nullptr for a folder on a share of another operation.
+// are accessed as described in ShareAccess.h; reading facts triggers no automount and no sync.
+// Returns nullptr for a folder on a share of another operation.
 std::unique_ptr<FolderView> ReadFolder(const std::string& path, const std::function<bool()>& stop);
 
 // Opens the folder without reading its names, for ReadFacts of single items. Returns nullptr if it

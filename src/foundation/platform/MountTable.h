@@ -47,7 +47,7 @@ class MountTable {
   static std::shared_ptr<const MountTable> Current();
 
   const std::vector<Mount>& Mounts() const noexcept { return mounts_; }
-  // The mount whose mount point is `path`; nullptr if there is none. Valid while the table lives.
+  // The mount whose mount point is `path`; nullptr if there is none. Valid while the table exists.
   const Mount* At(std::string_view path) const noexcept;
 
   bool HasNetworkMounts() const noexcept { return hasNetworkMounts_; }

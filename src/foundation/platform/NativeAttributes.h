@@ -18,7 +18,7 @@ class NativeAttributes {
   virtual ~NativeAttributes() = default;
 
   // Returns the reader for the items of an open folder; nullptr if its file system stores no
-  // attributes. The descriptor `folder` must stay open while the result lives.
+  // attributes. The descriptor `folder` must stay open while the result exists.
   static std::unique_ptr<NativeAttributes> Of(int folder);
 
   // The bits of a regular file or folder; nullopt if they can't be read.

@@ -24,7 +24,8 @@
 
 namespace Sorvik::platform {
 
-// Thrown instead of accessing a share other than the operation's own, if the ShareAccess says so.
+// Thrown instead of accessing a share other than the operation's own, if the ShareAccess is set to
+// throw.
 struct OtherShareAccess {};
 
 // The accesses of one operation. Belongs to one thread.
@@ -44,7 +45,7 @@ class ShareAccess {
   static constexpr std::chrono::milliseconds kTransferTimeout{2000};
 
   explicit ShareAccess(std::string operationPath) : operationPath_(std::move(operationPath)) {}
-  // For another thread of the same operation. Knows what `operation` knows, and accesses no share
+  // For another thread of the same operation. Has the results of `operation`, and accesses no share
   // other than the operation's own: that throws OtherShareAccess.
   static std::shared_ptr<ShareAccess> ForOwnShare(const ShareAccess& operation);
 

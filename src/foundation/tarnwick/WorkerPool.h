@@ -77,7 +77,7 @@ class WorkerPool final : public AsyncExecutor {
   void Stall(Worker& worker);
 
   mutable std::mutex mutex_;
-  std::condition_variable work_;      // a function was queued, or the workers shall end
+  std::condition_variable work_;      // a function was queued, or the workers must end
   std::condition_variable progress_;  // a function has returned, or a worker has stalled
   std::deque<boost::function<void()>> queue_;
   std::list<Worker> workers_;  // those that have left included, until they are joined

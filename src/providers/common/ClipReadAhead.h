@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The metadata of the clips of a listing, read ahead on slow places (foundation/ReadAhead.h).
+// The metadata of the clips of a listing, read ahead on slow storage (foundation/ReadAhead.h).
 #pragma once
 
 #include <functional>
@@ -21,8 +21,8 @@ inline std::function<bool()> StopWith(ProviderRequest* request) {
   return [request] { return ProviderRequest::TestAborted(request); };
 }
 
-// For listings that don't look at their request: true once it has been answered without them,
-// because it was aborted and the run is stuck. Then nothing needs the entries.
+// For listings that don't test their request for an abort: true once it has been answered without
+// them, because it was aborted and the run is stuck. Then nothing needs the entries.
 inline bool IsAnsweredWithout(ProviderRequest* request) {
   return request != nullptr && AbortRecord::Of(*request).AnsweredByWatchdog();
 }

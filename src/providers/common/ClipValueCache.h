@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The metadata of the clips of one operation: each file is read once, however many of its fields
-// are used. Lives on the stack of that operation. One thread.
+// are used. A local variable of that operation. One thread.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Groups loose files by what their names say: for providers that implement FileGrouper.
+// Groups loose files by their names, for providers that implement FileGrouper.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace Sorvik {
 
-// What the name of a file says about the clip that it belongs to.
+// The clip that a file belongs to, derived from its name.
 struct LooseName {
   std::string_view clip;    // the part of the name that all files of the clip have
   bool isOriginal = false;  // the essence, or a part of it

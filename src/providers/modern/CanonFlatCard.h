@@ -44,7 +44,7 @@ struct NumberedPart {
 };
 
 // The parts of a recording, with those that are missing between the first and the last one: their
-// numbers prove that they existed. Parts before the first don't: a recording can begin on another
+// numbers show that they existed. Parts before the first don't: a recording can begin on another
 // card.
 std::vector<NumberedPart> PartsWithGaps(const Recording& recording);
 

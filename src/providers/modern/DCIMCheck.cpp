@@ -60,7 +60,7 @@ const char* RoleOf(const std::string& path) {
 }
 
 void ReportMissingChapters(const Object& object, CardDescription& card) {
-  std::string after;  // the chapter that proves those before it
+  std::string after;  // the chapter that implies those before it
   const std::vector<dcim::Chapter> chapters = dcim::ChaptersOf(object);
   for (auto chapter = chapters.rbegin(); chapter != chapters.rend(); ++chapter) {
     if (chapter->exists) {
@@ -128,7 +128,7 @@ std::optional<unsigned> ParseNumber(std::string_view text) {
   return number;
 }
 
-// What one clip says about its place in time.
+// The time of one clip, from its metadata.
 struct ClipTimes {
   std::int64_t begin = 0;  // seconds
   double seconds = 0;
@@ -177,8 +177,8 @@ bool Continues(const ClipTimes& first, const ClipTimes& next) {
   return first.format == next.format && gap > -1.0 && gap < 2.0;  // times are in whole seconds
 }
 
-// Notes takes that the camera has probably cut. They stay separate entries, because no name proves
-// that they belong together.
+// Notes takes that the camera has probably cut. They stay separate entries, because their
+// names don't show that they belong together.
 void ReportProbableJoins(const ObjectFolder& folder, CardDescription& card) {
   std::map<unsigned, const Object*> byNumber;
   for (const Object& object : folder.Objects()) {

@@ -42,7 +42,7 @@ constexpr CompanionFolder kGoProCompanions[] = {
 };
 
 // DJI: new names have the time, a number and the letter of the lens. Parts of a long take have
-// consecutive numbers and other times; no name says that they belong together.
+// consecutive numbers and other times; their names don't show that they belong together.
 constexpr std::string_view kDJIFolders[] = {"###MEDIA", "DJI_###", "HYPERLAPSE", "HYPERLAPSE_####"};
 constexpr StemPattern kDJIStems[] = {
     {"DJI_####", "kkkkkkkk", "DJI"},

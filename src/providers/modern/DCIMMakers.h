@@ -3,7 +3,7 @@
 //
 // A DCF object (CIPA DC-009, Design rule for Camera File system) consists of all files of one
 // folder with the same stem: a picture, its raw file, a voice memo, a thumbnail. A row adds what a
-// maker's names say beyond that: which chapters are one recording, which file is the proxy of
+// maker's names mean beyond that: which chapters are one recording, which file is the proxy of
 // another one, and where thumbnails are. Nothing is joined by a number alone. All names are
 // compared ignoring case.
 #pragma once
@@ -34,8 +34,8 @@ struct ExtensionRole {
   Role role;
 };
 
-// What a stem says besides the extension. Files of the same recording in another form come after
-// the originals.
+// The meaning of a stem, without the extension. Files of the same recording in another form come
+// after the originals.
 enum class Form { kOriginal, kEdit, kProxy };
 
 // What the number of a stem counts.
@@ -90,10 +90,10 @@ struct Maker {
 // The table. The last row is that of DCF objects of any camera.
 std::span<const Maker> Makers();
 
-// The row for a folder; nullptr if no row knows its name.
+// The row for a folder; nullptr if its name matches no row.
 const Maker* MakerOfFolder(std::string_view folder);
 
-// What the name of a file says.
+// The meaning of a file name.
 struct FileIdentity {
   const Maker* maker = nullptr;          // never null
   const StemPattern* pattern = nullptr;  // null for DCF objects

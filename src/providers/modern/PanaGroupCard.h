@@ -14,7 +14,7 @@ namespace Sorvik::panagroup {
 
 inline constexpr std::string_view kRoot = "PANA_GRP";
 
-// What the name of a folder says. Letters for further formats exist and have no published meaning;
+// The meaning of a folder name. Letters for further formats exist and have no published meaning;
 // their fields are empty.
 struct FolderCode {
   unsigned width = 0;

@@ -103,7 +103,7 @@ class ListBuilder {
 
 struct BrawList : MediaList {};
 
-// Whether the file says that there is another one, which doesn't exist next to it.
+// Whether the metadata of the file names another part that doesn't exist next to it.
 void ReportMissingPart(const MediaEntry& entry, CardDescription& card) {
   const bool hasBoth = std::ranges::any_of(
       entry.files, [](const MediaFile& file) { return HasExtension(file.path, kSecondPart); });

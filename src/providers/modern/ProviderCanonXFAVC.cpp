@@ -67,7 +67,7 @@ FieldValueMap MetadataOf(const Recording& recording, const FieldNameSet& fields)
   return values;
 }
 
-// Adds to the metadata of the recording what the card knows.
+// Adds the values from the card's own files to the metadata of the recording.
 FieldValueMap MakeEntry(const Card& card, const Recording& recording, const FieldNameSet& fields,
                         FieldValueMap values) {
   const std::string& first = recording.parts.front();

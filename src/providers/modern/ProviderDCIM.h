@@ -37,7 +37,7 @@ class ProviderDCIM final : public ClipProvider,
                     CardDescription& card) const override;
   // The chapters of a recording. Other objects have one original.
   std::vector<ListedPart> ListParts(const std::string& path, const std::string& key) const override;
-  // Groups files of any maker: those that no form of stems knows by their stems.
+  // Groups files of any maker: those that match no form of stems are grouped by their stems.
   std::optional<FileGroup> GroupOf(const std::string& folder,
                                    const std::string& name) const override;
 };

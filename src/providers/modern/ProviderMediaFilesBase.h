@@ -68,7 +68,7 @@ class ProviderMediaFilesBase : public ClipProvider, public CardChecker, public P
   // The parts of an entry, which is one of the list: by default its essence, and files in the role
   // of a span.
   virtual std::vector<ListedPart> PartsOf(const MediaList& list, const MediaEntry& entry) const;
-  // What is known besides the files of the list.
+  // Facts that aren't in the list of files.
   virtual void DescribeMore(const std::string& root, const MediaList& list,
                             CardDescription& card) const = 0;
 };

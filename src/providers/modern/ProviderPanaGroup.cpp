@@ -33,7 +33,7 @@ bool IsPicture(std::string_view path) {
   return HasExtension(path, ".jpg") || HasExtension(path, ".thm") || HasExtension(path, ".bmp");
 }
 
-// What the name of the folder says, in the texts of the fields.
+// Field texts derived from the name of the folder.
 FieldValueMap FieldsOfCode(const panagroup::FolderCode& code, const FieldNameSet& fields) {
   std::string properties;
   if (!code.frameRate.empty()) {

@@ -39,7 +39,7 @@ bool IsKnownName(std::string_view name) {
          std::ranges::any_of(xavc::kStructureFiles, equals);
 }
 
-// The list says which system the card belongs to, near its beginning: masterVersion
+// The list names the system of the card near its beginning: masterVersion
 // "XAVC-M4@2.00.00" or "XAVC-XD@...".
 bool IsListOfXAVC(const std::string& path) {
   constexpr std::size_t kBeginning = 4096;
@@ -103,7 +103,7 @@ FieldValueMap MetadataOf(const Card& card, const Clip& clip, const FieldNameSet&
                                XMPSupport::ParseFields(PartDurations(fields).FieldsOfFirst()));
 }
 
-// Adds to the metadata of the clip what the card knows.
+// Adds the values from the card's own files to the metadata of the clip.
 FieldValueMap MakeEntry(const Card& card, const Clip& clip, const std::vector<const Clip*>& parts,
                         const FieldNameSet& fields, FieldValueMap values) {
   PartDurations durations(fields);
@@ -244,7 +244,7 @@ struct KindOfFile {
   char letter;
   std::string_view extension;
 };
-// Record, thumbnail, real-time metadata, picture pointers. The name of a proxy alone proves
+// Record, thumbnail, real-time metadata, picture pointers. The name of a proxy alone shows
 // nothing: "SHIPS01.MP4" next to "SHIP.MP4" is another clip.
 constexpr KindOfFile kTypicalKinds[] = {{'M', ".xml"}, {'T', ".jpg"}, {'R', ".bim"}, {'I', ".ppn"}};
 

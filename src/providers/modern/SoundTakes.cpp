@@ -122,7 +122,7 @@ class Chains {
   std::vector<std::size_t> sets_;
 };
 
-// A sample at which several takes start proves nothing.
+// A sample at which several takes start doesn't identify one.
 Chains FindChains(const std::vector<Take>& takes) {
   std::multimap<std::uint64_t, std::size_t> byStart;
   for (std::size_t i = 0; i < takes.size(); ++i) {

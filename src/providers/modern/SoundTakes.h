@@ -32,7 +32,7 @@ struct TakePart {
 
 struct Take {
   std::vector<TakePart> parts;  // by time
-  unsigned totalFiles = 0;      // as the files say; 0 unknown
+  unsigned totalFiles = 0;      // by the files' metadata; 0 unknown
 
   const TakeFile& First() const { return parts.front().files.front(); }
   std::size_t FileCount() const;

@@ -129,7 +129,7 @@ FrameFolder FolderOf(const std::string& path, std::string_view extension,
 }
 
 // Each sequence of a Canon RAW folder has sound with the name of its first frame. Sound in front of
-// the first frame proves that frames are missing.
+// the first frame shows that frames are missing.
 void DescribeCanonSound(const FrameFolder& folder, const Runs& runs, CardDescription& card) {
   const auto listed = CardFolder::Of(folder.path);
   for (const std::string& name : listed->VisibleFiles(".WAV")) {

@@ -14,7 +14,7 @@ namespace Sorvik {
 
 using foundation::CardFolder;
 
-// The spans of the clip by number. A span or its information proves those before it.
+// The spans of the clip by number. A span or its information implies those before it.
 std::vector<ListedPart> ProviderCanonXF::ListParts(const std::string& path,
                                                    const std::string& key) const {
   const ContentMap content = GetContent(path, key, {kPathField});

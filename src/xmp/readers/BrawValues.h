@@ -3,8 +3,8 @@
 // extension ".sidecar", whose values take precedence as long as it exists.
 //
 // The names are known from a dump of the metadata of one camera. In the file they are keys of the
-// QuickTime metadata box (QuickTime File Format, "Metadata"). No published description says how a
-// sidecar is structured: values are found by the same names, at any depth of its JSON objects.
+// QuickTime metadata box (QuickTime File Format, "Metadata"). No published description defines how
+// a sidecar is structured: values are found by the same names, at any depth of its JSON objects.
 #pragma once
 
 #include <string>

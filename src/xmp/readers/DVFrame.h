@@ -38,7 +38,7 @@ inline constexpr std::uint32_t kMaxDVFrameBytes = 576000;
 // contains. Returns nullopt if there is no DV frame. Never throws.
 std::optional<DVFacts> ReadDVFrame(foundation::ByteReader bytes);
 
-// Stores the facts as properties, except the duration, which only the container knows.
+// Stores the facts as properties, except the duration, which only the container has.
 void SetDVFacts(const DVFacts& facts, TXMPMeta& meta);
 
 }  // namespace Sorvik::xmp

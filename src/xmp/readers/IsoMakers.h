@@ -8,10 +8,10 @@
 namespace Sorvik::xmp {
 
 // A box in the user data or a 'uuid' box of the movie. Other boxes are ignored. What the camera
-// says about the recording takes precedence over the movie header.
+// contains about the recording takes precedence over the movie header.
 void SetMakerBox(FileWindow& file, const IsoBox& box, TXMPMeta& meta);
 
-// Whether the 'uuid' box of a movie says that it is a still photograph (CR3), whose tracks are the
+// Whether the 'uuid' box of a movie marks it as a still photograph (CR3), whose tracks are the
 // pictures of different sizes. Movies with raw video (CRM) have the same structure.
 bool IsCanonStill(FileWindow& file, const IsoBox& uuid);
 // Stores the size of such a photograph, of which `width` and `height` are the stored pixels.

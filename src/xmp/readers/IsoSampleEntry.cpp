@@ -50,7 +50,7 @@ std::uint64_t OffsetAfterLength(ByteReader bytes, std::uint64_t at) {
   return at + 1;
 }
 
-// What the configuration of the decoder says; 0 if unknown. Sample entries of MP4 files contain two
+// From the configuration of the decoder; 0 if unknown. Sample entries of MP4 files contain two
 // channels for any number, and no rate above 65535.
 struct Decoder {
   unsigned channels = 0;

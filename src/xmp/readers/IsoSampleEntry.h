@@ -25,7 +25,7 @@ void SetAudioEntries(const std::vector<IsoTrack>& tracks, TXMPMeta& meta);
 
 struct TimecodeEntry {
   unsigned base = 0;        // frames per second of the timecode text, by the clock; 0 unknown
-  unsigned statedBase = 0;  // the same as the entry says
+  unsigned statedBase = 0;  // the same as declared by the entry
   bool drop = false;
   Rate rate;
   std::string reel;

@@ -20,7 +20,7 @@ struct IsoTrack {
   std::uint32_t timescale = 0;  // units per second
   std::uint64_t duration = 0;   // in these units
   std::uint64_t samples = 0;
-  bool empty = false;  // its tables say that there are no samples
+  bool empty = false;  // it has no samples by its tables
   SampleTimes times;
   FrameTiming timing;
   std::uint32_t width = 0;  // display size, from the track header

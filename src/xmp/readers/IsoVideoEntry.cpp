@@ -37,7 +37,7 @@ const char* FieldOrder(ByteReader fiel) {
   }
 }
 
-// What the codec's configuration says about the pictures.
+// Facts about the pictures from the codec's configuration.
 struct Configuration {
   unsigned depth = 0;
   bool progressive = false;
@@ -154,7 +154,8 @@ void SetPictureBox(const IsoBox& box, ByteReader body, TXMPMeta& meta) {
 }
 
 // Without an aspect ratio in the description, the pixels have that of the display size: square
-// pixels if it is the same. Writers of standard definition omit both, so nothing is known there.
+// pixels if it is the same. Writers of standard definition omit both, so the aspect is unknown
+// there.
 void SetDisplayAspect(std::uint32_t width, std::uint32_t height, std::uint32_t displayWidth,
                       std::uint32_t displayHeight, TXMPMeta& meta) {
   constexpr std::uint32_t kStandardWidth = 720;

@@ -27,7 +27,7 @@ void SetCodecConfiguration(std::uint32_t type, foundation::ByteReader body, TXMP
 // Bit depth from the header of a VC-3 frame.
 void SetVC3Frame(foundation::ByteReader frame, TXMPMeta& meta);
 
-// Whether the video is AVC whose parameter sets allow fields, and no box says more.
+// Whether the video is AVC whose parameter sets allow fields, and no box declares the order.
 bool HasUnknownFieldOrder(foundation::ByteReader entry);
 // The body of its box 'avcC'; empty if there is none.
 foundation::ByteReader AVCConfiguration(foundation::ByteReader entry);

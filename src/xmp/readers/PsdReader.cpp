@@ -28,7 +28,7 @@ void Read(const ReaderInput& input, const WantedProperties&, ReaderOutput& outpu
       kHeaderLength + 4 + file.At(kHeaderLength, 4).U32BE(0).value_or(0);
   const std::uint64_t length = file.At(resources, 4).U32BE(0).value_or(0);
   ReadImageResources(file.At(resources + 4, length), output);
-  // The layers are upright, whatever the Exif block says about the original picture.
+  // The layers are upright, whatever the orientation of the original picture in the Exif block.
   SetPictureSize(output.native, *input.head.U32BE(18), *input.head.U32BE(14));
   SetPixelDepth(output.native, *input.head.U16BE(22));
   output.hasNative = true;
