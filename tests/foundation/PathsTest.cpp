@@ -191,7 +191,7 @@ TEST(PathText, PrefixesConsistOfCompleteCharacters) {
   EXPECT_FALSE(StartsWithCharacters("\xE2\x82\xAC", "\xE2")) << "the first byte of a character";
 }
 
-TEST(FileSupport, NavigatesParentsAndSubfolders) {
+TEST(FileSupport, NavigatesParents) {
   using namespace tarnwick::filesupport;
   const TempTree tree;
   tree.File("BDMV/STREAM/00001.MTS");
@@ -199,12 +199,14 @@ TEST(FileSupport, NavigatesParentsAndSubfolders) {
   EXPECT_EQ(file.GetTitle(), u"00001");
   EXPECT_EQ(file.GetExtension(true), u".mts");
   EXPECT_EQ(file.Parent().Parent().GetName(), u"BDMV");
-  EXPECT_TRUE(file.Parent().Parent().SubDir(u"STREAM").Exists());
-  EXPECT_FALSE(file.Parent().SubDir(u"00001.MTS").Exists());
+  EXPECT_TRUE(file.Exists());
+  EXPECT_TRUE(file.Parent().Exists());
+  EXPECT_FALSE(Dir(file.FullPath()).Exists()) << "a file";
   EXPECT_TRUE(Dir(u"/").IsTopLevelDir());
   EXPECT_FALSE(Dir(u"/").Parent().Exists());
   EXPECT_EQ(Dir(u"/a").Parent().FullPath(), u"/");
   EXPECT_EQ(CompareFileNames(u"Stream", u"STREAM"), 0);
+  EXPECT_LT(CompareFileNames(u"a", u"B"), 0);
 }
 
 }  // namespace

@@ -5,58 +5,24 @@
 #include <optional>
 
 #include "foundation/CallScope.h"
+#include "foundation/CardFolder.h"
 #include "foundation/hestra/PathUtils.h"
 
 namespace Hestra::Directory {
 namespace {
 
-using Sorvik::platform::FileKind;
+using Sorvik::foundation::CardFolder;
+using Sorvik::foundation::ListFilesBelow;
 using Sorvik::platform::FolderItem;
 
 struct FolderRecord {
   std::optional<std::vector<FolderItem>> items;
 };
 
-bool IsAsciiText(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// Compares the length of the extension in bytes before converting it to UTF-16, which decides about
-// most names of a large folder.
-class ExtensionFilter {
- public:
-  explicit ExtensionFilter(std::u16string_view extension)
-      : folded_(tarnwick::utility::FoldCase(extension)) {}
-
-  bool Accepts(std::string_view name) const {
-    if (folded_.empty()) return true;
-    const auto dot = name.rfind('.');
-    if (dot == name.npos || dot == 0) return false;
-    const std::string_view end = name.substr(dot);
-    if (IsAsciiText(end) && end.size() != folded_.size()) return false;
-    return tarnwick::utility::FoldCase(MakeString(end)) == folded_;
-  }
-
- private:
-  UTF16String folded_;
-};
-
-void AddFiles(const std::string& folder, const ExtensionFilter& filter, int depthLeft,
-              std::vector<UTF16String>& files) {
-  const auto items = GetItems(folder);
-  if (!items) return;
-  const UTF16String prefix = PathUtils::AddTrailingSlash(MakeString(folder));
-  for (const FolderItem& item : *items) {
-    if (item.kind == FileKind::kRegular && filter.Accepts(item.name)) {
-      files.push_back(prefix + MakeString(item.name));
-    }
-  }
-  if (depthLeft <= 0) return;
-  for (const FolderItem& item : *items) {
-    if (item.kind != FileKind::kDirectory || item.isLink) continue;
-    AddFiles(MakeStdString(prefix) + item.name, filter, depthLeft - 1, files);
-  }
+// The paths of `names` in `folder`.
+void AddPaths(const CardFolder& folder, const std::vector<std::string>& names,
+              std::vector<UTF16String>& paths) {
+  for (const std::string& name : names) paths.push_back(MakeString(folder.PathOf(name)));
 }
 
 }  // namespace
@@ -77,22 +43,23 @@ bool IsDirectory(const UTF16String& path) { return PathUtils::IsDirectory(path);
 std::vector<UTF16String> GetContainedFilePaths(const UTF16String& folder,
                                                std::u16string_view extension, bool recursive) {
   std::vector<UTF16String> files;
-  if (!PathUtils::IsValidPath(folder)) return files;
-  AddFiles(MakeStdString(PathUtils::RemoveTrailingSlash(folder)), ExtensionFilter(extension),
-           recursive ? kMaxListingDepth : 0, files);
+  const std::string filter = MakeStdString(extension);
+  if (!recursive) {
+    const auto listed = CardFolder::Of(MakeStdString(folder));
+    AddPaths(*listed, listed->Files(filter), files);
+    return files;
+  }
+  for (const std::string& file : ListFilesBelow(MakeStdString(folder), filter)) {
+    files.push_back(MakeString(file));
+  }
   return files;
 }
 
 std::vector<UTF16String> GetContainedPaths(const UTF16String& folder) {
-  std::vector<UTF16String> paths;
-  if (!PathUtils::IsValidPath(folder)) return paths;
-  const auto items = GetItems(MakeStdString(PathUtils::RemoveTrailingSlash(folder)));
-  if (!items) return paths;
-  const UTF16String prefix = PathUtils::AddTrailingSlash(folder);
-  for (const FolderItem& item : *items) {
-    if (item.kind != FileKind::kRegular && item.kind != FileKind::kDirectory) continue;
-    paths.push_back(prefix + MakeString(item.name));
-  }
+  std::vector<UTF16String> paths, directories;
+  GetContainedFileAndDirectoryPaths(folder, paths, directories);
+  paths.insert(paths.end(), directories.begin(), directories.end());
+  std::ranges::sort(paths);
   return paths;
 }
 
@@ -100,14 +67,9 @@ void GetContainedFileAndDirectoryPaths(const UTF16String& folder, std::vector<UT
                                        std::vector<UTF16String>& directories) {
   files.clear();
   directories.clear();
-  if (!PathUtils::IsValidPath(folder)) return;
-  const auto items = GetItems(MakeStdString(PathUtils::RemoveTrailingSlash(folder)));
-  if (!items) return;
-  const UTF16String prefix = PathUtils::AddTrailingSlash(folder);
-  for (const FolderItem& item : *items) {
-    if (item.kind == FileKind::kRegular) files.push_back(prefix + MakeString(item.name));
-    if (item.kind == FileKind::kDirectory) directories.push_back(prefix + MakeString(item.name));
-  }
+  const auto listed = CardFolder::Of(MakeStdString(folder));
+  AddPaths(*listed, listed->Files(), files);
+  AddPaths(*listed, listed->Folders(), directories);
 }
 
 }  // namespace Hestra::Directory

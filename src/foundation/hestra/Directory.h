@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Listings of folders as full paths, in order of UTF-16 code units. Within a call scope each folder
-// is read once. Returns an empty list if a folder can't be read. Devices, FIFOs and sockets are
-// omitted. Any thread.
+// The listings of CardFolder as full paths in UTF-16, in order of code units. Within a call scope
+// each folder is read once. Returns an empty list if a folder can't be read. Devices, FIFOs and
+// sockets are omitted. Any thread.
 #pragma once
 
 #include <memory>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/tarnwick/FileSupport.h"
 
-#include "foundation/hestra/Directory.h"
 #include "foundation/hestra/PathUtils.h"
 
 namespace tarnwick::filesupport {
@@ -31,26 +30,6 @@ bool Dir::IsTopLevelDir() const { return path_ == u"/"; }
 
 Dir Dir::Parent() const {
   return IsTopLevelDir() ? Dir(UTF16String()) : Dir(PathUtils::GetDirectoryPart(path_));
-}
-
-Dir Dir::SubDir(std::u16string_view name) const {
-  return Dir(PathUtils::CombinePaths(path_, name));
-}
-
-File Dir::FileNamed(std::u16string_view name) const {
-  return File(PathUtils::CombinePaths(path_, name));
-}
-
-std::vector<Dir> Dir::Subdirs() const {
-  std::vector<UTF16String> files;
-  std::vector<UTF16String> directories;
-  Hestra::Directory::GetContainedFileAndDirectoryPaths(path_, files, directories);
-  return {directories.begin(), directories.end()};
-}
-
-std::vector<File> Dir::Files() const {
-  const auto files = Hestra::Directory::GetContainedFilePaths(path_);
-  return {files.begin(), files.end()};
 }
 
 int CompareFileNames(std::u16string_view a, std::u16string_view b) {

@@ -2,7 +2,7 @@
 // Files and folders as objects with a path.
 #pragma once
 
-#include <vector>
+#include <string_view>
 
 #include "SorvikProvider/foundation/UTF16String.h"
 
@@ -40,13 +40,6 @@ class Dir {
   bool IsTopLevelDir() const;
   // The parent folder. For "/", a Dir that doesn't exist.
   Dir Parent() const;
-  // The folder or file `name` in this folder.
-  Dir SubDir(std::u16string_view name) const;
-  File FileNamed(std::u16string_view name) const;
-
-  // The direct children in order of 16-bit code units.
-  std::vector<Dir> Subdirs() const;
-  std::vector<File> Files() const;
 
  private:
   UTF16String path_;  // empty for the parent of "/"

@@ -7,6 +7,7 @@
 
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
+#include "foundation/tarnwick/FileSupport.h"
 #include "providers/common/NameMask.h"
 #include "providers/structures/AVCHDNames.h"
 
@@ -31,10 +32,6 @@ class ShotHeadClipFinder final : public PlayItemVisitor {
  private:
   std::vector<std::string>& clips_;
 };
-
-bool IsIgnoringCase(std::string_view folder, std::string_view name) {
-  return foundation::EqualIgnoringCase(foundation::FileName(folder), name);
-}
 
 }  // namespace
 
@@ -109,20 +106,23 @@ bool FindShotOfClip(const std::string& clip, const UTF16String& playlist,
 }
 
 bool IsStructureFile(const UTF16String& path) {
-  const std::string file = MakeStdString(path);
-  if (!MatchesMask(foundation::FileStem(file), avchd::kClipMask)) return false;
-  const auto hasExtension = [&file](std::string_view extension) {
-    return foundation::HasExtension(file, extension);
+  using namespace tarnwick::filesupport;
+  const File file(path);
+  if (!MatchesMask(MakeStdString(file.GetTitle()), avchd::kClipMask)) return false;
+  const UTF16String extension = file.GetExtension(true);
+  const bool isStream = extension == u".mts" || extension == u".m2ts";
+  if (!isStream && extension != u".cpi" && extension != u".clpi") return false;
+  const Dir folder = file.Parent();
+  const Dir bdmv = folder.Parent();
+  const auto isNamed = [](const Dir& dir, std::string_view name) {
+    return CompareFileNames(dir.GetName(), Hestra::MakeString(name)) == 0;
   };
-  const bool isStream = hasExtension(".mts") || hasExtension(".m2ts");
-  if (!isStream && !hasExtension(".cpi") && !hasExtension(".clpi")) return false;
-  const std::string_view folder = ParentFolder(file);
-  const std::string_view bdmv = ParentFolder(folder);
-  if (!IsIgnoringCase(folder, isStream ? avchd::kStream : avchd::kClipInfo)) return false;
-  if (!IsIgnoringCase(bdmv, avchd::kBDMV)) return false;
+  if (!isNamed(folder, isStream ? avchd::kStream : avchd::kClipInfo)) return false;
+  if (!isNamed(bdmv, avchd::kBDMV)) return false;
+  const std::string card = MakeStdString(bdmv.FullPath());
   const std::string_view other = isStream ? avchd::kClipInfo : avchd::kStream;
-  return foundation::FolderExistsOnDisk(JoinPath(bdmv, avchd::kPlaylist)) &&
-         foundation::FolderExistsOnDisk(JoinPath(bdmv, other));
+  return foundation::FolderExistsOnDisk(JoinPath(card, avchd::kPlaylist)) &&
+         foundation::FolderExistsOnDisk(JoinPath(card, other));
 }
 
 }  // namespace Sorvik::AVCHDUtils
