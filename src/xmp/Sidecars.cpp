@@ -5,23 +5,19 @@
 #include <string_view>
 #include <utility>
 
-#include "foundation/hestra/Directory.h"
-#include "foundation/platform/FileSystem.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
 
 namespace Sorvik::xmp {
 namespace {
 
-constexpr char kSlash = platform::kSeparator;
-
-// All names compared here are ASCII.
-bool SameName(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](char x, char y) { return lower(x) == lower(y); });
-}
+using foundation::EqualIgnoringCase;
+using foundation::FileName;
+using foundation::JoinPath;
+using foundation::ParentFolder;
 
 bool EndsWith(std::string_view text, std::string_view end) {
-  return text.size() >= end.size() && SameName(text.substr(text.size() - end.size()), end);
+  return text.size() >= end.size() && EqualIgnoringCase(text.substr(text.size() - end.size()), end);
 }
 
 // The parts of a path: "/x/CLIPR/A/B.C" has the folder "/x/CLIPR/A", the title "B" and the
@@ -36,23 +32,14 @@ struct PathParts {
   std::string_view extension;
 };
 
-// Splits a path at its last separator into (parent, last component).
-std::pair<std::string_view, std::string_view> SplitLast(std::string_view path) {
-  const auto slash = path.rfind(kSlash);
-  if (slash == path.npos) return {{}, path};
-  return {path.substr(0, slash), path.substr(slash + 1)};
-}
-
 PathParts PartsOf(std::string_view path) {
   PathParts parts;
-  std::string_view name;
-  std::tie(parts.folder, name) = SplitLast(path);
-  std::tie(parts.parent, parts.folderName) = SplitLast(parts.folder);
-  parts.parentName = SplitLast(parts.parent).second;
-  const auto dot = name.rfind('.');
-  const bool hasExtension = dot != name.npos && dot != 0;
-  parts.title = hasExtension ? name.substr(0, dot) : name;
-  parts.extension = hasExtension ? name.substr(dot) : std::string_view();
+  parts.folder = ParentFolder(path);
+  parts.folderName = FileName(parts.folder);
+  parts.parent = ParentFolder(parts.folder);
+  parts.parentName = FileName(parts.parent);
+  parts.title = foundation::FileStem(path);
+  parts.extension = foundation::FileExtension(path);
   parts.stem = path.substr(0, path.size() - parts.extension.size());
   return parts;
 }
@@ -62,19 +49,17 @@ std::string Join(std::string_view a, std::string_view b) { return std::string(a)
 // P2: one sidecar in CLIP for all files of a clip. Names of audio files have two digits more than
 // the clip name.
 std::vector<std::string> P2Candidates(const PathParts& parts) {
-  if (!SameName(parts.parentName, "CONTENTS")) return {};
+  if (!EqualIgnoringCase(parts.parentName, "CONTENTS")) return {};
   constexpr std::size_t kClipName = 6;
-  std::string candidate(parts.parent);
-  candidate.append("/CLIP/").append(parts.title.substr(0, kClipName)).append(".XMP");
-  return {candidate};
+  return {JoinPath(JoinPath(parts.parent, "CLIP"), Join(parts.title.substr(0, kClipName), ".XMP"))};
 }
 
 // XDCAM and XDCAM EX: next to the clip's M01.XML with the same stem, otherwise named after the
 // essence.
 std::vector<std::string> SonyCandidates(const PathParts& parts) {
   constexpr std::string_view kXml = "M01.XML";
-  const bool onDisc = SameName(parts.folderName, "Clip");
-  if (!onDisc && !SameName(parts.parentName, "CLPR")) return {};
+  const bool onDisc = EqualIgnoringCase(parts.folderName, "Clip");
+  if (!onDisc && !EqualIgnoringCase(parts.parentName, "CLPR")) return {};
   const std::string fullPath = Join(parts.stem, parts.extension);
   if (EndsWith(fullPath, kXml)) {
     const auto clip = std::string_view(fullPath).substr(0, fullPath.size() - kXml.size());
@@ -83,21 +68,17 @@ std::vector<std::string> SonyCandidates(const PathParts& parts) {
   }
   std::string_view clip = parts.stem;
   const bool component = EndsWith(clip, "V01") || EndsWith(clip, "A01");
-  if (!onDisc && component && SameName(parts.extension, ".MXF")) clip.remove_suffix(3);
+  if (!onDisc && component && EqualIgnoringCase(parts.extension, ".MXF")) clip.remove_suffix(3);
   return {Join(clip, "M01.XMP"), fullPath + ".XMP"};
 }
 
 // Canon XF: named after the clip, whose name is a prefix of the names of its spans.
 std::vector<std::string> CanonXFCandidates(const PathParts& parts) {
-  if (!SameName(parts.parentName, "CLIPS001")) return {};
+  if (!EqualIgnoringCase(parts.parentName, "CLIPS001")) return {};
   constexpr std::size_t kClipName = 6;
   const std::string wanted = Join(parts.title.substr(0, kClipName), ".XMP");
-  const auto items = Hestra::Directory::GetItems(std::string(parts.folder));
-  if (items == nullptr) return {};
-  for (const platform::FolderItem& item : *items) {
-    if (SameName(item.name, wanted)) return {Join(parts.folder, "/") + item.name};
-  }
-  return {};
+  const auto sidecar = foundation::FindOnCard(JoinPath(parts.folder, wanted));
+  return sidecar ? std::vector{*sidecar} : std::vector<std::string>();
 }
 
 // Adds a candidate without the spellings that a stronger candidate has already: next to a card's

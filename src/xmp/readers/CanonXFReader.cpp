@@ -7,7 +7,8 @@
 #include <optional>
 #include <vector>
 
-#include "SorvikProvider/foundation/UTF16String.h"
+#include "foundation/CardFolder.h"
+#include "foundation/Paths.h"
 #include "foundation/XmlTree.h"
 #include "foundation/hestra/Directory.h"
 #include "xmp/Namespaces.h"
@@ -18,6 +19,8 @@
 namespace Sorvik::xmp {
 namespace {
 
+using foundation::FoldCase;
+using foundation::JoinPath;
 using foundation::XmlElement;
 using platform::FileKind;
 
@@ -25,10 +28,6 @@ constexpr std::size_t kClipIdLength = 6;
 constexpr std::size_t kSpanTitleLength = 8;
 // The clip XML contains a few texts of at most some hundred characters each.
 constexpr foundation::XmlLimits kClipXmlLimits{.bytes = 1 << 20, .depth = 64, .nodes = 20'000};
-
-std::string Folded(std::string_view text) {
-  return Hestra::MakeStdString(tarnwick::utility::FoldCase(Hestra::MakeString(text)));
-}
 
 // Removes the last component of `path` with its separator, and returns it.
 std::string_view TakeLast(std::string_view& path) {
@@ -48,10 +47,10 @@ struct SpanPath {
 // Derives the location of a span from its path alone; nullopt for any other file.
 std::optional<SpanPath> ParseSpanPath(std::string_view path) {
   constexpr std::string_view kExtension = ".mxf";
-  std::string name = Folded(TakeLast(path));
+  std::string name = FoldCase(TakeLast(path));
   SpanPath spanPath{std::string(path), {}, {}};
-  spanPath.clipId = Folded(TakeLast(path));
-  if (spanPath.clipId.size() != kClipIdLength || Folded(TakeLast(path)) != "clips001") {
+  spanPath.clipId = FoldCase(TakeLast(path));
+  if (spanPath.clipId.size() != kClipIdLength || FoldCase(TakeLast(path)) != "clips001") {
     return std::nullopt;
   }
   if (!name.ends_with(kExtension) || !name.starts_with(spanPath.clipId)) return std::nullopt;
@@ -131,17 +130,6 @@ constexpr ClipElement kClipElements[] = {
     {"altitude", "altitude", SetAltitude},
 };
 
-// Returns the path of the regular file in `folder` whose case-folded name is `folded`.
-std::optional<std::string> FindFile(const std::string& folder, const std::string& folded) {
-  const auto items = Hestra::Directory::GetItems(folder);
-  if (!items) return std::nullopt;
-  const auto found = std::ranges::find_if(*items, [&folded](const platform::FolderItem& item) {
-    return item.kind == FileKind::kRegular && Folded(item.name) == folded;
-  });
-  if (found == items->end()) return std::nullopt;
-  return folder + platform::kSeparator + found->name;
-}
-
 bool SetFacts(const XmlElement& root, TXMPMeta& native) {
   std::vector<std::string_view> known;
   std::vector<const XmlElement*> waiting{&root};
@@ -152,7 +140,7 @@ bool SetFacts(const XmlElement& root, TXMPMeta& native) {
     waiting.insert(waiting.end(), children.rbegin(), children.rend());
     const std::string_view text = element.Text();
     if (text.empty()) continue;
-    const std::string name = Folded(element.Name());
+    const std::string name = FoldCase(element.Name());
     const auto row = std::ranges::find(kClipElements, name, &ClipElement::name);
     if (row == std::end(kClipElements) || std::ranges::find(known, row->fact) != known.end()) {
       continue;
@@ -169,7 +157,7 @@ void SetRelation(const SpanPath& spanPath, TXMPMeta& native) {
   if (!items) return;
   for (const platform::FolderItem& item : *items) {
     if (item.kind != FileKind::kRegular) continue;
-    const auto other = ParseSpanPath(spanPath.folder + platform::kSeparator + item.name);
+    const auto other = ParseSpanPath(JoinPath(spanPath.folder, item.name));
     if (!other || other->title == spanPath.title) continue;
     native.AppendArrayItem(kNsDC, "relation", ArrayForm::kBag,
                            item.name.substr(0, kSpanTitleLength));
@@ -184,7 +172,9 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
   const auto spanPath = ParseSpanPath(input.path);
   if (!spanPath) return;
   TXMPMeta record;
-  const auto file = FindFile(spanPath->folder, spanPath->clipId + ".xml");
+  const std::string_view clipName = foundation::FileName(spanPath->folder);
+  const auto file =
+      foundation::FindOnCard(JoinPath(spanPath->folder, std::string(clipName) + ".XML"));
   const auto xml = file ? foundation::ReadXmlFile(*file, kClipXmlLimits) : std::nullopt;
   if (xml && SetFacts(xml->Root(), record)) output.hasNative = true;
   output.overriding.push_back({NativeOrigin::kRecord, std::move(record)});

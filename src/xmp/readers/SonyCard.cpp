@@ -2,8 +2,8 @@
 #include "xmp/readers/SonyCard.h"
 
 #include "foundation/CallScope.h"
+#include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
-#include "foundation/hestra/Directory.h"
 
 namespace Sorvik::xmp {
 namespace {
@@ -11,26 +11,17 @@ namespace {
 using formats::sony::Material;
 using formats::sony::MediaProfile;
 using foundation::CallScope;
+using foundation::CardFolder;
+using foundation::JoinPath;
+using foundation::ParentFolder;
 
 constexpr std::string_view kCardFolder = "/BPAV/";
+constexpr std::string_view kListName = "MEDIAPRO.XML";
 
 // Returns ".../BPAV" of a path on an XDCAM EX card, otherwise empty.
 std::string CardFolderOf(const std::string& xmlPath) {
   const auto at = xmlPath.rfind(kCardFolder);
   return at == xmlPath.npos ? std::string() : xmlPath.substr(0, at + kCardFolder.size() - 1);
-}
-
-// Returns the material list in `folder`, case-insensitive; empty if there is none.
-std::string FindList(const std::string& folder) {
-  const auto items = Hestra::Directory::GetItems(folder);
-  if (!items) return {};
-  for (const platform::FolderItem& item : *items) {
-    if (item.kind == platform::FileKind::kRegular &&
-        foundation::EqualIgnoringCase(item.name, "MEDIAPRO.XML")) {
-      return folder + platform::kSeparator + item.name;
-    }
-  }
-  return {};
 }
 
 // The offset of the last "M01.XML" in a file name, ignoring case; npos if there is none.
@@ -47,25 +38,21 @@ struct ListRecord {
 };
 
 std::shared_ptr<const MediaProfile> ReadList(const std::string& folder) {
-  return CallScope::Remember<ListRecord>(folder,
-                                         [&folder] {
-                                           const std::string path = FindList(folder);
-                                           if (path.empty()) return ListRecord{};
-                                           return ListRecord{MediaProfile::Of(path)};
-                                         })
+  return CallScope::Remember<ListRecord>(
+             folder,
+             [&folder] {
+               const auto name = CardFolder::Of(folder)->Find(kListName);
+               if (!name) return ListRecord{};
+               return ListRecord{MediaProfile::Of(JoinPath(folder, *name))};
+             })
       ->list;
-}
-
-std::string ParentFolder(const std::string& path) {
-  const auto slash = path.rfind(platform::kSeparator);
-  return slash == path.npos ? std::string() : path.substr(0, slash);
 }
 
 // The list that contains the clip is at the root of the card, otherwise in the parent of the clips'
 // folder.
 std::shared_ptr<const MediaProfile> ListOfClip(const std::string& xmlPath) {
   const std::string card = CardFolderOf(xmlPath);
-  const std::string folder = card.empty() ? ParentFolder(ParentFolder(xmlPath)) : card;
+  const std::string folder = card.empty() ? std::string(ParentFolder(ParentFolder(xmlPath))) : card;
   return folder.empty() ? nullptr : ReadList(folder);
 }
 
