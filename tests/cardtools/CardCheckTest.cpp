@@ -4,8 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <mutex>
+#include <set>
 
 #include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/cardtools/CardFinder.h"
+#include "SorvikProvider/cardtools/EntryFiles.h"
+#include "SorvikProvider/cardtools/MediumFiles.h"
+#include "SorvikProvider/foundation/ReadFailures.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "support/AvchdCard.h"
 #include "support/Cards.h"
@@ -219,6 +225,105 @@ TEST_F(CardCheck, AbortedOrUnknownChecksAreNeverComplete) {
   EXPECT_FALSE(CheckCard(tree_.Path("p2"), "com.halvane.Merisk.ProviderP2", CheckDepth::kStructure,
                          &*request)
                    .complete);
+}
+
+TEST_F(CardCheck, RequestPostsOneMessage) {
+  MakeP2Card(tree_, "p2");
+  AddCompleteP2Clip("p2", {.id = "0001AA"});
+  const std::string path = tree_.Path("p2");
+  std::vector<CardCheckMessage> messages;
+  Hestra::StationUtils::RegisterStation("check", [&messages](const Hestra::Message& message) {
+    messages.push_back(dynamic_cast<const CardCheckMessage&>(message));
+  });
+  RequestCardCheck(path, "com.halvane.Merisk.ProviderP2", CheckDepth::kNames, "check");
+  while (messages.empty()) Hestra::StationUtils::WaitAndDispatch(50);
+  CardCheckRequest aborted("check", path, "com.halvane.Merisk.ProviderP2", CheckDepth::kNames);
+  aborted.AddRef();
+  aborted.Abort();
+  aborted.Run();
+  while (messages.size() < 2) Hestra::StationUtils::WaitAndDispatch(50);
+  Hestra::StationUtils::UnregisterStation("check");
+  for (const CardCheckMessage& message : messages) {
+    EXPECT_EQ(message.path, path);
+    EXPECT_EQ(message.identification, "com.halvane.Merisk.ProviderP2");
+  }
+  EXPECT_EQ(messages[0].result, kResultDone);
+  EXPECT_TRUE(messages[0].findings.complete);
+  EXPECT_EQ(messages[0].findings.depth, CheckDepth::kNames);
+  EXPECT_EQ(messages[0].findings.clips, 1u);
+  EXPECT_EQ(messages[1].result, kResultAborted);
+  EXPECT_FALSE(messages[1].findings.complete);
+}
+
+TEST_F(CardCheck, NamesWhatACopyNeeds) {
+  MakeP2Card(tree_, "p2");
+  AddCompleteP2Clip("p2", {.id = "0001AA"});
+  tree_.File("p2/notes.txt", "x");
+  tree_.File("p2/.DS_Store", "x");
+  const auto result = CheckCard(tree_.Path("p2"), "com.halvane.Merisk.ProviderP2");
+  EXPECT_THAT(result.emptyFolders, Contains(tree_.Path("p2/CONTENTS/PROXY")));
+  std::uint64_t bytes = 0;
+  std::set<CardFileRole> roles;
+  for (const CardFile& file : result.files) {
+    roles.insert(file.role);
+    const bool isOfCard = file.role == CardFileRole::kClip || file.role == CardFileRole::kStructure;
+    EXPECT_EQ(file.isPartOfCopy, isOfCard) << file.path;
+    if (isOfCard) bytes += file.bytes;
+  }
+  EXPECT_TRUE(roles.contains(CardFileRole::kForeign) && roles.contains(CardFileRole::kHidden));
+  EXPECT_EQ(result.bytes, bytes);
+}
+
+TEST_F(CardCheck, ReportsWhatCannotBeReadToTheHandler) {
+  MakeP2Card(tree_, "p2");
+  AddCompleteP2Clip("p2", {.id = "0001AA"});
+  const std::string record = tree_.File("p2/CONTENTS/CLIP/0001AA.XML", "<P2Main>");
+  std::mutex mutex;
+  std::vector<std::string> reports;
+  SetReadFailureHandler([&](const ReadFailure& failure) {
+    const std::lock_guard lock(mutex);
+    reports.push_back(failure.path + ": " + failure.reason);
+  });
+  Findings("p2", "ProviderP2");
+  SetReadFailureHandler({});
+  EXPECT_THAT(reports, Contains(record + ": not well-formed XML"));
+  reports.clear();
+  Findings("p2", "ProviderP2");
+  EXPECT_THAT(reports, IsEmpty()) << "the handler is removed";
+}
+
+TEST_F(CardCheck, MediumFilesAreOutsideOfItsCards) {
+  AvchdCard(tree_, "sd/PRIVATE/AVCHD").Clips({"00000"});
+  tree_.File("sd/PRIVATE/DATABASE/CLIPS.DAT", "12");
+  tree_.File("sd/notes.txt", "x");
+  const std::string sd = tree_.Path("sd");
+  const auto cards = FindCards(sd, SearchDirection::kNearby);
+  const auto list = [&](const std::string& path, MediumFileScope scope, bool stopped = false) {
+    std::vector<std::string> files;
+    for (const CardFile& file :
+         ListMediumFiles(path, cards, scope, [stopped] { return stopped; })) {
+      files.push_back(std::string(NameOf(file.role)) + " " + file.path.substr(sd.size() + 1));
+    }
+    return files;
+  };
+  EXPECT_THAT(list(sd, MediumFileScope::kStructure),
+              ElementsAre("structure PRIVATE/DATABASE/CLIPS.DAT"));
+  EXPECT_THAT(list(sd, MediumFileScope::kAll),
+              ElementsAre("structure PRIVATE/DATABASE/CLIPS.DAT", "foreign notes.txt"));
+  EXPECT_THAT(list(sd, MediumFileScope::kAll, true), IsEmpty()) << "stopped";
+  EXPECT_THAT(list(tree_.Path("sd/PRIVATE/AVCHD"), MediumFileScope::kAll), IsEmpty()) << "a card";
+}
+
+TEST_F(CardCheck, EntryFilesAreTheRegularFilesEachOnce) {
+  const std::string file = tree_.File("a", "12");
+  const std::vector<std::string> paths{tree_.Path("missing"), file, tree_.Folder("folder"), file,
+                                       "relative"};
+  const EntryFiles found = FindEntryFiles(tree_.Root(), paths);
+  ASSERT_EQ(found.files.size(), 1u);
+  EXPECT_EQ(found.files.front().path, file);
+  EXPECT_EQ(found.files.front().bytes, 2u);
+  EXPECT_THAT(found.unreachable, IsEmpty());
+  EXPECT_THAT(FindEntryFiles(tree_.Root(), paths, [] { return true; }).files, IsEmpty());
 }
 
 }  // namespace

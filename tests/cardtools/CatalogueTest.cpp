@@ -154,7 +154,7 @@ TEST_F(Catalogue, WritesAFolderOnceHoweverItIsReached) {
 
 TEST_F(Catalogue, ShardsAreThePartsOfOneRun) {
   for (int i = 0; i < 12; ++i) MakeP2("cards/" + std::to_string(i), {"0001AB"});
-  const auto whole = Sorted(WriteAll());
+  const auto oneRun = Sorted(WriteAll());
   std::string all;
   options_.shards = 3;
   int filled = 0;
@@ -164,8 +164,11 @@ TEST_F(Catalogue, ShardsAreThePartsOfOneRun) {
     filled += !LinesOf(part, "card").empty();
     EXPECT_THAT(result_.pathsWithoutCards, IsEmpty()) << "an empty shard is no error";
   }
-  EXPECT_EQ(Sorted(all), whole);
+  EXPECT_EQ(Sorted(all), oneRun);
   EXPECT_GE(filled, 2);
+  // The same on all machines.
+  EXPECT_EQ(ShardOf("/mnt/archive/day1/CARD", 7), 5u);
+  EXPECT_EQ(ShardOf("/mnt/archive/day2/CARD", 7), 3u);
 }
 
 TEST_F(Catalogue, IdentitiesSurviveCopiesAndRenames) {
