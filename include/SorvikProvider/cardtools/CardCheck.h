@@ -88,7 +88,7 @@ struct CardFindings {
   bool complete = false;
 };
 
-// Checks the card at `path` as the provider `identification` understands it. If the provider checks
+// Checks the card at `path` by the rules of the provider `identification`. If the provider checks
 // no structure or doesn't claim the path, the result has no findings, no files and isn't complete.
 // A file of another structure at the same path is neither a finding nor foreign. An aborted
 // `request` ends the check early. Any thread, between ProviderHost::Initialize and the last

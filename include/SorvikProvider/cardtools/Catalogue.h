@@ -32,8 +32,8 @@ struct CatalogueOptions {
   // False: only cards whose root is one of the paths.
   bool searchesBelow = true;
   CheckDepth depth = CheckDepth::kStructure;
-  // The number of folders with cards that are read at the same time, 1 to 64. For places where each
-  // access takes long.
+  // The number of folders with cards that are read at the same time, 1 to 64. For storage on which
+  // each access takes long.
   std::size_t jobs = 1;
   // Longest time for the cards of one folder, and for listing one folder during the search; 0 means
   // no limit. Cards that take longer are left out; a line "problem" names them.

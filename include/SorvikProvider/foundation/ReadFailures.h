@@ -17,7 +17,7 @@ struct ReadFailure {
 };
 
 // Called on the thread that reads, at the same time on several threads, once or more per file. Must
-// not throw. It may ask no provider.
+// not throw, and must not call a provider.
 using ReadFailureHandler = std::function<void(const ReadFailure&)>;
 
 // Sets the handler for all providers; an empty function removes it. A read that has started may

@@ -42,9 +42,9 @@ class SORVIK_EXPORT ProviderHost {
   // A process may also end without Shutdown: workers are then stopped by its end.
   static void Initialize();
   static void Shutdown();
-  // Adds the providers of newer cards after the others, until the last Shutdown: Sony XAVC and
-  // Canon XF-AVC. Without effect before Initialize and when called again. Belongs to the host's
-  // main thread, too.
+  // Adds the providers of newer cards after the others, until the last Shutdown; docs/providers.md
+  // lists them. Without effect before Initialize and when called again. Call it on the main thread,
+  // too.
   static void RegisterAdditionalProviders();
   // Limits how long the last Shutdown waits for stalled workers: those whose request was aborted
   // and whose run doesn't return. After `timeout` it leaves them alone. What they may use is leaked
