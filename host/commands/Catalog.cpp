@@ -82,7 +82,7 @@ void AddWriters(Context& context, Run& run) {
   }
 }
 
-// The worst of what happened.
+// The exit code of the most severe problem.
 int ExitCodeOf(const CatalogueResult& result) {
   if (result.anyTransient) return kTransientFailure;
   if (result.anyUnreadable) return kUnreadable;

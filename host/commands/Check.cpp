@@ -27,7 +27,7 @@ std::vector<const CardFile*> FilesToCompare(const CardReport& report) {
   return files;
 }
 
-// Empty folders that the structure needs: without them a copy may be no card any more.
+// Empty folders that the structure needs: without them a copy may not be recognised as a card.
 void AddMissingFolders(Context& context, const CardReport& report,
                        std::vector<Finding>& differences) {
   const bool isCard = context.session.OnWorker<bool>(

@@ -91,8 +91,8 @@ bool IsInside(const JoinTrack& track, std::size_t index) {
   return std::any_of(track.begin(), at, exists) && std::any_of(at, track.end(), exists);
 }
 
-// A shot with a hole must not look complete. Parts that are missing at an end are reported only:
-// the rest is one piece.
+// A shot with a gap must not look complete. Parts that are missing at an end are reported only:
+// the rest has no gap.
 void CheckGaps(const Context& context, const JoinList& list, const JoinShot& shot) {
   for (const JoinTrack& track : TracksOf(shot.shot)) {
     for (std::size_t i = 0; i < track.size(); ++i) {

@@ -88,7 +88,7 @@ void CardEvaluation::CheckParts() {
   const std::set<std::string> structure(structureFiles.begin(), structureFiles.end());
   for (const auto& [path, part] : contents_.parts) {
     if (aborted_ = aborted_ || ProviderRequest::TestAborted(request_); aborted_) return;
-    // A file of the card itself that entries list is no loss if it is missing.
+    // A file of the card itself that entries list isn't a finding if it is missing.
     if (part.described || !structure.contains(path)) CheckPart(part);
   }
 }
@@ -270,7 +270,7 @@ void CardEvaluation::AddUnreadableMedia() {
   }
 }
 
-// A card on which nothing has been recorded lacks nothing.
+// A card without any recording has no missing parts.
 void CardEvaluation::RemoveSkeletonFindings() {
   const bool hasMedia = std::ranges::any_of(inventory_.Files(), [](const InventoryFile& file) {
     return !file.hidden && formats::IsMediaName(file.path);

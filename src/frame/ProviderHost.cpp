@@ -43,7 +43,7 @@ Provider* Make() {
   return new T;
 }
 
-// In this order they are asked, and ties between equal scores are decided.
+// Providers are called in this order, and it decides ties between equal scores.
 // clang-format off
 constexpr Provider* (*kProviders[])() = {
     Make<WinProviderDirectory>,
@@ -75,7 +75,7 @@ constexpr Provider* (*kAdditionalProviders[])() = {
 
 constexpr std::chrono::milliseconds kNoLimit{-1};
 
-// Of the main thread.
+// Used on the main thread only.
 std::chrono::milliseconds shutdownTimeout = kNoLimit;
 
 void StartWorkers(HostState& state) {

@@ -23,7 +23,7 @@ namespace Sorvik::platform {
 namespace {
 
 constexpr unsigned kAllBits = STATX_BASIC_STATS | STATX_BTIME;
-// Mounts nothing, and doesn't make a network file system ask its server.
+// Mounts nothing, and doesn't make a network file system contact its server.
 constexpr int kStatFlags = AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
 // Bits that come from a file system that stores attributes.
 constexpr std::uint32_t kStoredBits =

@@ -51,7 +51,7 @@ bool IsFolder(const VolumeSources& sources, const MountTable& table, const Mount
   if (table.LeadsToNetwork(mount.mountPoint)) return true;
   struct statx facts;
   const std::string path = sources.filePrefix + mount.mountPoint;
-  // Without a sync, the server of a FUSE file system isn't asked, so it can't block this call.
+  // Without a sync, the server of a FUSE file system isn't called, so it can't block here.
   if (statx(AT_FDCWD, path.c_str(), AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC, STATX_TYPE, &facts) ==
       0) {
     return S_ISDIR(facts.stx_mode);

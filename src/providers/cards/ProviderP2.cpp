@@ -41,7 +41,7 @@ Recognition RecognizeContents(const std::string& path) {
   if (folders.size() < std::size(kContentsLayout)) return Recognition::kNone;
   LayoutMatch layout(kContentsLayout);
   bool clean = true;
-  // What is listed after the last of the five isn't looked at.
+  // Items listed after the last of the five are ignored.
   for (auto name = folders.begin(); name != folders.end() && !layout.IsComplete(); ++name) {
     if (!layout.Add(*name)) clean = false;
   }
@@ -55,7 +55,7 @@ Recognition RecognizeCard(const std::string& path) {
   bool hasContents = false;
   bool hasDesktop = false;
   const std::vector<std::string> folders = root->Folders();
-  // What is listed after the two isn't looked at.
+  // Items listed after the two are ignored.
   for (auto name = folders.begin(); name != folders.end() && !(hasContents && hasDesktop); ++name) {
     if (*name == kContents) {
       hasContents = true;
@@ -232,7 +232,7 @@ ContentMap ProviderP2::GetContent(const std::string& path, const FieldNameSet& f
 
 int ProviderP2::CanProvideFor(const std::string& path) const {
   const foundation::CallScope scope;
-  // One question to the disk excludes most other folders before anything is listed.
+  // One access to the disk excludes most other folders before any listing.
   const bool mayBeCard = foundation::IsValidPath(path) &&
                          CardFolder::Of(path)->ContainsFolder(kContents, Lookup::kDisk);
   return ScoreOf(mayBeCard ? RecognizeCard(path) : Recognition::kNone);

@@ -56,7 +56,7 @@ Recognition MatchFolder(const CardFolder& folder, std::span<const LayoutName> na
   return layout.IsComplete() ? Recognized(clean) : Recognition::kNone;
 }
 
-// One question to the disk excludes most other folders before anything is listed.
+// One access to the disk excludes most other folders before any listing.
 Recognition RecognizeProav(const std::string& path) {
   const auto proav = CardFolder::Of(path);
   if (!proav->KindOf(kClpr, Lookup::kDisk)) return Recognition::kNone;

@@ -50,7 +50,7 @@ bool ContainsName(const std::vector<std::string>& names, std::string_view name) 
 // A card without a folder for takes is recognised with reservation.
 Recognition RecognizeCard(const std::string& path) {
   const auto root = CardFolder::Of(path);
-  // One question to the disk excludes most other folders before anything is listed.
+  // One access to the disk excludes most other folders before any listing.
   if (!root->KindOf(kCardFolder, Lookup::kDisk)) return Recognition::kNone;
   if (!ContainsName(root->VisibleNames(), kCardFolder)) return Recognition::kNone;
   const std::vector<std::string> names = CardFolder::Of(root->PathOf(kCardFolder))->VisibleNames();

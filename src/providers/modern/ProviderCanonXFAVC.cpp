@@ -157,7 +157,7 @@ std::optional<FileGroup> ProviderCanonXFAVC::GroupOf(const std::string& folder,
     group.others = recording.proxies;
     group.others.insert(group.others.end(), recording.files.begin(), recording.files.end());
     const auto files = group.AllFiles();
-    // Without parts or proxies it may be anybody's name.
+    // Without parts or proxies it may be the name of an unrelated file.
     const bool isNamed = canonflat::ParseClipName(foundation::FileStem(files.front())).part ||
                          !recording.proxies.empty();
     if (!isNamed || !std::ranges::count(files, path)) continue;

@@ -28,7 +28,7 @@ std::string DateOf(const TakeFile& file) {
   return file.facts && file.facts->broadcast ? file.facts->broadcast->date : std::string();
 }
 
-// Empty if it has none: zeros identify nothing.
+// Empty if it has none; zeros mean none.
 std::string FamilyOf(const TakeFile& file) {
   if (!file.facts || !file.facts->ixml) return {};
   const std::string& uid = file.facts->ixml->familyUid;
@@ -94,7 +94,7 @@ bool Continues(const TakePart& part, const TakePart& next) {
   return end == *nextStart && DateOf(last) == DateOf(first);
 }
 
-// Chains of takes, each of which continues the one in front of it. Never a circle: takes of half a
+// Chains of takes, each of which continues the one in front of it. Never cyclic: takes of half a
 // day each could continue each other.
 class Chains {
  public:
