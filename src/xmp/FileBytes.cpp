@@ -1,24 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "xmp/FileBytes.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "foundation/CardFolder.h"
 
 namespace Sorvik::xmp {
-namespace {
-
-std::vector<std::byte> ReadPart(const platform::RegularFile& file, std::uint64_t offset,
-                                std::size_t count) {
-  if (offset >= file.Size()) return {};
-  std::vector<std::byte> bytes(
-      static_cast<std::size_t>(std::min<std::uint64_t>(count, file.Size() - offset)));
-  bytes.resize(file.ReadAt(offset, bytes));
-  return bytes;
-}
-
-}  // namespace
 
 std::optional<FileOnDisk> FileOnDisk::Open(const std::string& path) {
   auto file = foundation::OpenOnCard(path);
@@ -27,7 +14,7 @@ std::optional<FileOnDisk> FileOnDisk::Open(const std::string& path) {
 }
 
 FileOnDisk::FileOnDisk(platform::RegularFile file)
-    : file_(std::move(file)), head_(ReadPart(file_, 0, kHeadSize)) {}
+    : file_(std::move(file)), head_(file_.ReadHead(kHeadSize)) {}
 
 std::vector<std::byte> FileOnDisk::Read(std::uint64_t offset, std::size_t count) const {
   // A small file is completely in the head, whatever `count` is.
@@ -36,7 +23,7 @@ std::vector<std::byte> FileOnDisk::Read(std::uint64_t offset, std::size_t count)
     const auto part = Head().Clip(offset, count).Bytes();
     return {part.begin(), part.end()};
   }
-  return ReadPart(file_, offset, count);
+  return file_.ReadPart(offset, count);
 }
 
 }  // namespace Sorvik::xmp

@@ -47,11 +47,7 @@ inline MediaProbe TooShort(const RegularFile& file, std::uint64_t expected, cons
 // At most `count` bytes from `offset`.
 inline std::vector<std::byte> ReadPart(const RegularFile& file, std::uint64_t offset,
                                        std::size_t count) {
-  if (offset >= file.Size()) return {};
-  std::vector<std::byte> bytes(
-      static_cast<std::size_t>(std::min<std::uint64_t>(count, file.Size() - offset)));
-  bytes.resize(file.ReadAt(offset, bytes));
-  return bytes;
+  return file.ReadPart(offset, count);
 }
 
 }  // namespace Sorvik::formats::probe

@@ -405,9 +405,11 @@ std::size_t RegularFile::ReadAt(std::uint64_t offset, std::span<std::byte> into)
   return done;
 }
 
-std::vector<std::byte> RegularFile::ReadHead(std::size_t maxBytes) const {
-  std::vector<std::byte> bytes(static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, size_)));
-  bytes.resize(ReadAt(0, bytes));
+std::vector<std::byte> RegularFile::ReadPart(std::uint64_t offset, std::size_t maxBytes) const {
+  if (offset >= size_) return {};
+  std::vector<std::byte> bytes(
+      static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, size_ - offset)));
+  bytes.resize(ReadAt(offset, bytes));
   return bytes;
 }
 

@@ -71,8 +71,9 @@ class RegularFile {
   // file, after a read error, or if the file is on a share of another operation that doesn't
   // answer.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> into) const;
-  // Reads up to `maxBytes` from the start.
-  std::vector<std::byte> ReadHead(std::size_t maxBytes) const;
+  // Reads up to `maxBytes` from `offset`, or from the start.
+  std::vector<std::byte> ReadPart(std::uint64_t offset, std::size_t maxBytes) const;
+  std::vector<std::byte> ReadHead(std::size_t maxBytes) const { return ReadPart(0, maxBytes); }
 
  private:
   class OnShare;
