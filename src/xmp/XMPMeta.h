@@ -16,7 +16,6 @@ class XMP_Error : public std::exception {
  public:
   XMP_Error(std::int32_t id, std::string message) : id_(id), message_(std::move(message)) {}
   std::int32_t GetID() const noexcept { return id_; }
-  const char* GetErrMsg() const noexcept { return message_.c_str(); }
   const char* what() const noexcept override { return message_.c_str(); }
 
  private:

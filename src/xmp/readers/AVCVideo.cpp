@@ -12,6 +12,7 @@ using foundation::ByteReader;
 
 enum NalType : unsigned { kSEI = 6, kSPS = 7 };
 enum SEIType : unsigned { kPictureTiming = 1, kUserData = 5 };
+enum ChromaFormat : std::uint32_t { k420 = 1, k422 = 2, k444 = 3 };
 
 // The recording block is in the first pictures, or missing.
 constexpr int kMaxNals = 20'000;
@@ -30,7 +31,7 @@ struct Sequence {
 };
 
 void SkipScalingLists(BitReader& bits, std::uint32_t chroma) {
-  const int lists = chroma == 3 ? 12 : 8;
+  const int lists = chroma == k444 ? 12 : 8;
   for (int list = 0; list < lists && bits.Good(); ++list) {
     if (!bits.Flag()) continue;
     const int size = list < 6 ? 16 : 64;
@@ -61,13 +62,7 @@ void ReadHRD(BitReader& bits, Sequence& sequence) {
 }
 
 void ReadVUI(BitReader& bits, VideoFacts& facts, Sequence& sequence) {
-  if (bits.Flag()) ReadSampleAspect(bits, facts);
-  if (bits.Flag()) bits.Skip(1);  // overscan
-  if (bits.Flag()) ReadSignalType(bits, facts);
-  if (bits.Flag()) {  // chroma location
-    bits.Unsigned();
-    bits.Unsigned();
-  }
+  ReadVideoDescription(bits, facts);
   if (bits.Flag()) {  // timing info: duration of a field, ticks per second
     const std::uint64_t unit = bits.Bits(32);
     const std::uint64_t scale = bits.Bits(32);
@@ -87,24 +82,24 @@ bool HasChromaFormat(std::uint32_t profile) {
   return std::ranges::find(kProfiles, profile) != std::end(kProfiles);
 }
 
-// 7.3.2.1.1
-Sequence ReadSPS(ByteReader payload, VideoFacts& facts) {
-  Sequence sequence;
-  BitReader bits(payload);
+// Returns chroma_format_idc.
+std::uint32_t ReadSampleFormat(BitReader& bits, VideoFacts& facts) {
+  constexpr std::uint32_t kMaxExtraBits = 24;
   const std::uint32_t profile = bits.Bits(8);
   bits.Skip(16);
   bits.Unsigned();
-  std::uint32_t chroma = 1;
-  unsigned depth = 8;
-  if (HasChromaFormat(profile)) {
-    chroma = bits.Unsigned();
-    if (chroma == 3) bits.Skip(1);
-    depth = 8 + std::min<std::uint32_t>(bits.Unsigned(), 24);
-    bits.Unsigned();
-    bits.Skip(1);
-    if (bits.Flag()) SkipScalingLists(bits, chroma);
-  }
+  facts.depth = 8;
+  if (!HasChromaFormat(profile)) return k420;
+  const std::uint32_t chroma = bits.Unsigned();
+  if (chroma == k444) bits.Skip(1);
+  facts.depth = 8 + std::min<std::uint32_t>(bits.Unsigned(), kMaxExtraBits);
   bits.Unsigned();
+  bits.Skip(1);
+  if (bits.Flag()) SkipScalingLists(bits, chroma);
+  return chroma;
+}
+
+void SkipPictureOrder(BitReader& bits) {
   const std::uint32_t order = bits.Unsigned();
   if (order == 0) bits.Unsigned();
   if (order == 1) {
@@ -114,9 +109,12 @@ Sequence ReadSPS(ByteReader payload, VideoFacts& facts) {
     const std::uint32_t cycle = bits.Unsigned();
     for (std::uint32_t i = 0; i < cycle && bits.Good(); ++i) bits.Signed();
   }
-  bits.Unsigned();
-  bits.Skip(1);
-  constexpr std::uint64_t kMaxBlocks = 4096;  // of 16 samples
+}
+
+// Sets the size without the cropped borders. Returns false if it is invalid.
+bool ReadFrameSize(BitReader& bits, std::uint32_t chroma, VideoFacts& facts, Sequence& sequence) {
+  constexpr std::uint64_t kBlock = 16;  // samples
+  constexpr std::uint64_t kMaxBlocks = 4096;
   const std::uint64_t columns = std::uint64_t{bits.Unsigned()} + 1;
   const std::uint64_t rows = std::uint64_t{bits.Unsigned()} + 1;
   sequence.progressive = bits.Flag();
@@ -128,16 +126,30 @@ Sequence ReadSPS(ByteReader payload, VideoFacts& facts) {
     cropX = std::uint64_t{bits.Unsigned()} + bits.Unsigned();
     cropY = std::uint64_t{bits.Unsigned()} + bits.Unsigned();
   }
-  if (!bits.Good() || columns > kMaxBlocks || rows > kMaxBlocks) return sequence;
+  if (!bits.Good() || columns > kMaxBlocks || rows > kMaxBlocks) return false;
   const std::uint64_t fields = sequence.progressive ? 1 : 2;
-  const std::uint64_t unitX = chroma == 1 || chroma == 2 ? 2 : 1;
-  const std::uint64_t unitY = (chroma == 1 ? 2 : 1) * fields;
-  const std::uint64_t width = columns * 16;
-  const std::uint64_t height = rows * 16 * fields;
-  if (cropX * unitX >= width || cropY * unitY >= height) return sequence;
+  const std::uint64_t unitX = chroma == k420 || chroma == k422 ? 2 : 1;
+  const std::uint64_t unitY = (chroma == k420 ? 2 : 1) * fields;
+  const std::uint64_t width = columns * kBlock;
+  const std::uint64_t height = rows * kBlock * fields;
+  if (cropX * unitX >= width || cropY * unitY >= height) return false;
   facts.width = static_cast<std::uint32_t>(width - cropX * unitX);
   facts.height = static_cast<std::uint32_t>(height - cropY * unitY);
-  facts.depth = depth;
+  return true;
+}
+
+// 7.3.2.1.1
+Sequence ReadSPS(ByteReader payload, VideoFacts& facts) {
+  Sequence sequence;
+  BitReader bits(payload);
+  VideoFacts found = facts;
+  const std::uint32_t chroma = ReadSampleFormat(bits, found);
+  bits.Unsigned();  // log2_max_frame_num_minus4
+  SkipPictureOrder(bits);
+  bits.Unsigned();  // max_num_ref_frames
+  bits.Skip(1);
+  if (!ReadFrameSize(bits, chroma, found, sequence)) return sequence;
+  facts = std::move(found);
   sequence.good = true;
   if (bits.Flag()) ReadVUI(bits, facts, sequence);
   return sequence;
@@ -201,6 +213,9 @@ std::vector<std::byte> RemoveEmulationPrevention(ByteReader nal) {
   return out;
 }
 
+namespace {
+
+// A code, or two numbers.
 void ReadSampleAspect(BitReader& bits, VideoFacts& facts) {
   // Table E-1.
   constexpr std::array<std::array<std::uint8_t, 2>, 17> kRatios = {{{0, 0},
@@ -231,12 +246,25 @@ void ReadSampleAspect(BitReader& bits, VideoFacts& facts) {
   }
 }
 
+// Format 3, range 1, and if described primaries 8, transfer 8, matrix 8.
 void ReadSignalType(BitReader& bits, VideoFacts& facts) {
   bits.Skip(4);
   if (!bits.Flag()) return;
   facts.primaries = bits.Bits(8);
   bits.Skip(8);
   facts.matrix = bits.Bits(8);
+}
+
+}  // namespace
+
+void ReadVideoDescription(BitReader& bits, VideoFacts& facts) {
+  if (bits.Flag()) ReadSampleAspect(bits, facts);
+  if (bits.Flag()) bits.Skip(1);  // overscan
+  if (bits.Flag()) ReadSignalType(bits, facts);
+  if (bits.Flag()) {  // chroma location
+    bits.Unsigned();
+    bits.Unsigned();
+  }
 }
 
 VideoFacts ReadAVCSequence(ByteReader nal) {

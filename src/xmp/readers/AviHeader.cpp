@@ -2,6 +2,8 @@
 #include "xmp/readers/AviHeader.h"
 
 #include <algorithm>
+#include <cmath>
+#include <iterator>
 
 #include "xmp/Namespaces.h"
 #include "xmp/readers/CodecNames.h"
@@ -37,20 +39,30 @@ constexpr std::uint64_t kBitmapCompression = 16;
 constexpr std::uint32_t kMaxPixels = 100'000;
 // vprp.
 constexpr std::uint64_t kFrameAspect = 20;
+// The first bytes of a chunk that have all fields in use.
+constexpr std::uint64_t kHeaderBytes = 56;  // avih, strh
+constexpr std::uint64_t kDateBytes = 64;
+constexpr std::uint64_t kFormatBytes = 256;
+constexpr std::uint64_t kPropertyBytes = 64;
+// Standard definition (ITU-R BT.601).
+constexpr std::uint32_t kStandardWidths[] = {704, 720};
+constexpr std::uint32_t kMaxStandardHeight = 576;
 
 constexpr std::uint32_t kVideo = FourCC("vids");
 constexpr std::uint32_t kInterleaved = FourCC("iavs");
 constexpr std::uint32_t kAudio = FourCC("auds");
 
+// The absolute value of a two's complement number.
 std::uint32_t SizeOf(std::uint32_t value) { return (value & 0x80000000) != 0 ? ~value + 1 : value; }
 
 // Rounds rates that are stored as integer microseconds, such as 1000000/66666, to an integer rate.
 Rate SnapToInteger(Rate rate) {
   if (!rate.Known()) return rate;
+  constexpr double kTolerance = 1e-4;
   const std::uint64_t integer = (rate.num + rate.den / 2) / rate.den;
   const double quotient =
       static_cast<double>(rate.num) / static_cast<double>(rate.den) / static_cast<double>(integer);
-  return integer != 0 && quotient > 1 - 1e-4 && quotient < 1 + 1e-4 ? Rate{integer, 1} : rate;
+  return integer != 0 && std::abs(quotient - 1) < kTolerance ? Rate{integer, 1} : rate;
 }
 
 // Chunk ids of samples are the stream number and a type of two letters.
@@ -65,13 +77,13 @@ AviHeader::AviHeader(FileWindow& file, const RiffChunk& hdrl) {
   RiffChunks chunks(file, hdrl);
   while (const auto chunk = chunks.Next()) {
     if (chunk->id == FourCC("avih")) {
-      const ByteReader avih = ChunkBytes(file, *chunk, 56);
+      const ByteReader avih = ChunkBytes(file, *chunk, kHeaderBytes);
       microsecondsPerFrame_ = avih.U32LE(kMicrosecondsPerFrame).value_or(0);
       frames_ = avih.U32LE(kTotalFrames).value_or(0);
       width_ = avih.U32LE(kWidth).value_or(0);
       height_ = avih.U32LE(kHeight).value_or(0);
     } else if (chunk->id == FourCC("IDIT")) {
-      date_ = NativeText(ChunkBytes(file, *chunk, 64).Text());
+      date_ = NativeText(ChunkBytes(file, *chunk, kDateBytes).Text());
     } else if (chunk->id == FourCC("LIST")) {
       const std::uint32_t form = FormOf(file, *chunk);
       if (form == FourCC("strl")) ReadStream(file, *chunk);
@@ -91,15 +103,15 @@ void AviHeader::ReadStream(FileWindow& file, const RiffChunk& strl) {
   RiffChunks chunks(file, strl);
   while (const auto chunk = chunks.Next()) {
     if (chunk->id == FourCC("strh")) {
-      const ByteReader strh = ChunkBytes(file, *chunk, 56);
+      const ByteReader strh = ChunkBytes(file, *chunk, kHeaderBytes);
       stream.kind = strh.U32BE(kKind).value_or(0);
       stream.handler = strh.TextAt(kHandler, 4);
       stream.rate = {strh.U32LE(kRate).value_or(0), strh.U32LE(kScale).value_or(0)};
       stream.length = strh.U32LE(kLength).value_or(0);
     } else if (chunk->id == FourCC("strf")) {
-      stream.format = ChunkBytes(file, *chunk, 256).Text();
+      stream.format = ChunkBytes(file, *chunk, kFormatBytes).Text();
     } else if (chunk->id == FourCC("vprp")) {
-      stream.aspect = ChunkBytes(file, *chunk, 64).U32LE(kFrameAspect).value_or(0);
+      stream.aspect = ChunkBytes(file, *chunk, kPropertyBytes).U32LE(kFrameAspect).value_or(0);
     }
   }
   const bool picture = stream.kind == kVideo || stream.kind == kInterleaved;
@@ -161,7 +173,8 @@ void AviHeader::StorePicture(TXMPMeta& meta) const {
   SetPixelAspectRatio(meta, x * height, y * width);
   // A standard-definition file without an aspect ratio may have any; a larger one has square
   // pixels.
-  const bool standard = (width == 704 || width == 720) && height <= 576;
+  const bool standard = height <= kMaxStandardHeight &&
+                        std::ranges::find(kStandardWidths, width) != std::end(kStandardWidths);
   if (picture_->aspect == 0 && !standard) SetPixelAspectRatio(meta, width, width);
 }
 

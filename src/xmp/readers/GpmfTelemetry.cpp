@@ -79,10 +79,12 @@ void SetTime(const DateTime& time, TXMPMeta& meta) {
 std::optional<DateTime> ParseTime(std::string_view text) {
   constexpr std::size_t kSize = 16;
   if (text.size() < kSize) return std::nullopt;
+  constexpr unsigned kInvalid = 1'000'000;  // above the range of every part
   const auto number = [text](std::size_t at, std::size_t count) {
     unsigned value = 0;
     for (const char c : text.substr(at, count)) {
-      value = c < '0' || c > '9' ? 1'000'000 : value * 10 + static_cast<unsigned>(c - '0');
+      if (c < '0' || c > '9') return kInvalid;
+      value = value * 10 + static_cast<unsigned>(c - '0');
     }
     return value;
   };

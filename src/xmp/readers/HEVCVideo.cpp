@@ -89,13 +89,7 @@ bool SkipTools(BitReader& bits, unsigned subLayers) {
 }
 
 void ReadUsability(BitReader& bits, VideoFacts& facts) {
-  if (bits.Flag()) ReadSampleAspect(bits, facts);
-  if (bits.Flag()) bits.Skip(1);  // overscan
-  if (bits.Flag()) ReadSignalType(bits, facts);
-  if (bits.Flag()) {  // chroma location
-    bits.Unsigned();
-    bits.Unsigned();
-  }
+  ReadVideoDescription(bits, facts);
   bits.Skip(3);
   if (bits.Flag()) {  // default display window
     for (int i = 0; i < 4; ++i) bits.Unsigned();

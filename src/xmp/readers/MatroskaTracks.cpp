@@ -67,7 +67,7 @@ void ReadColour(FileWindow& file, const EbmlElement& colour, MatroskaTrack& trac
   }
 }
 
-void ReadVideo(FileWindow& file, const EbmlElement& video, MatroskaTrack& track) {
+void ReadFrameSize(FileWindow& file, const EbmlElement& video, MatroskaTrack& track) {
   std::uint32_t cropX = 0;
   std::uint32_t cropY = 0;
   EbmlElements elements(file, video);
@@ -87,6 +87,19 @@ void ReadVideo(FileWindow& file, const EbmlElement& video, MatroskaTrack& track)
       case kCropBottom:
         cropY += Small(file, *element);
         break;
+      default:
+        break;
+    }
+  }
+  if (cropX < track.width) track.width -= cropX;
+  if (cropY < track.height) track.height -= cropY;
+}
+
+void ReadVideo(FileWindow& file, const EbmlElement& video, MatroskaTrack& track) {
+  ReadFrameSize(file, video, track);
+  EbmlElements elements(file, video);
+  while (const auto element = elements.Next()) {
+    switch (element->id) {
       case kDisplayWidth:
         track.displayWidth = EbmlUnsigned(file, *element);
         break;
@@ -109,8 +122,6 @@ void ReadVideo(FileWindow& file, const EbmlElement& video, MatroskaTrack& track)
         break;
     }
   }
-  if (cropX < track.width) track.width -= cropX;
-  if (cropY < track.height) track.height -= cropY;
 }
 
 // The output frequency is that of the decoded sound if it differs.

@@ -19,11 +19,8 @@ inline constexpr std::uint64_t kMaxNalBytes = 64 * 1024;
 // Removes the emulation prevention bytes of a NAL unit: 00 00 03 becomes 00 00.
 std::vector<std::byte> RemoveEmulationPrevention(foundation::ByteReader nal);
 
-// Reads the aspect ratio of a sample: a code, or two numbers.
-void ReadSampleAspect(BitReader& bits, VideoFacts& facts);
-
-// Reads the type of the signal after its presence flag: format 3, range 1, and if described
-// primaries 8, transfer 8, matrix 8.
-void ReadSignalType(BitReader& bits, VideoFacts& facts);
+// Reads the beginning of the usability information (VUI): sample aspect ratio, overscan, type of
+// the signal and chroma location.
+void ReadVideoDescription(BitReader& bits, VideoFacts& facts);
 
 }  // namespace Sorvik::xmp
