@@ -134,24 +134,18 @@ Outcome ListFiles(const char* path, const char* provider, const char* key, const
       [place, entry](TaskRequest& request) { return ListFiles(request, place, entry); });
 }
 
-Outcome ReadSources(const char* path, const char* provider, const char* key, const Target& target) {
-  Place place;
-  std::string entry;
-  Outcome outcome = TakePlace(path, provider, place);
-  if (outcome.Ok()) outcome = TakeKey(key, entry);
-  if (!outcome.Ok()) return outcome;
-  return target.Run(
-      [place, entry](TaskRequest& request) { return ReadSources(request, place, entry); });
-}
+// An operation on one entry without further arguments.
+using EntryOperation = Outcome(TaskRequest&, const Place&, const std::string&);
 
-Outcome ListParts(const char* path, const char* provider, const char* key, const Target& target) {
+Outcome RunOnEntry(EntryOperation* operation, const char* path, const char* provider,
+                   const char* key, const Target& target) {
   Place place;
   std::string entry;
   Outcome outcome = TakePlace(path, provider, place);
   if (outcome.Ok()) outcome = TakeKey(key, entry);
   if (!outcome.Ok()) return outcome;
   return target.Run(
-      [place, entry](TaskRequest& request) { return ListParts(request, place, entry); });
+      [operation, place, entry](TaskRequest& request) { return operation(request, place, entry); });
 }
 
 Outcome Check(const char* path, const char* provider, sorvik_depth depth, const Target& target) {
@@ -267,13 +261,16 @@ sorvik_status sorvik_list_files(const char* path, const char* provider, const ch
 
 sorvik_status sorvik_read_sources(const char* path, const char* provider, const char* key,
                                   sorvik_sources** sources) {
-  return Wait(sources,
-              [&](const Target& target) { return ReadSources(path, provider, key, target); });
+  return Wait(sources, [&](const Target& target) {
+    return RunOnEntry(ReadSources, path, provider, key, target);
+  });
 }
 
 sorvik_status sorvik_list_parts(const char* path, const char* provider, const char* key,
                                 sorvik_parts** parts) {
-  return Wait(parts, [&](const Target& target) { return ListParts(path, provider, key, target); });
+  return Wait(parts, [&](const Target& target) {
+    return RunOnEntry(ListParts, path, provider, key, target);
+  });
 }
 
 sorvik_status sorvik_check(const char* path, const char* provider, sorvik_depth depth,
@@ -327,13 +324,13 @@ sorvik_status sorvik_start_list_files(const char* path, const char* provider, co
 sorvik_status sorvik_start_read_sources(const char* path, const char* provider, const char* key,
                                         const sorvik_receiver* receiver, sorvik_request** request) {
   const Target target(receiver, request);
-  return Guarded([&] { return ReadSources(path, provider, key, target); });
+  return Guarded([&] { return RunOnEntry(ReadSources, path, provider, key, target); });
 }
 
 sorvik_status sorvik_start_list_parts(const char* path, const char* provider, const char* key,
                                       const sorvik_receiver* receiver, sorvik_request** request) {
   const Target target(receiver, request);
-  return Guarded([&] { return ListParts(path, provider, key, target); });
+  return Guarded([&] { return RunOnEntry(ListParts, path, provider, key, target); });
 }
 
 sorvik_status sorvik_start_check(const char* path, const char* provider, sorvik_depth depth,
