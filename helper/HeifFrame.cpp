@@ -48,7 +48,8 @@ std::optional<Frame> DecodeHeif(int descriptor, Limits limits) {
   const std::vector<char> bytes = ReadContents(descriptor);
   const std::unique_ptr<heif_context, FreeContext> context(heif_context_alloc());
   if (!context) return std::nullopt;
-  heif_context_set_max_decoding_threads(context.get(), 0);
+  constexpr int kOnThisThread = 0;  // one process per core runs already
+  heif_context_set_max_decoding_threads(context.get(), kOnThisThread);
   if (heif_context_read_from_memory_without_copy(context.get(), bytes.data(), bytes.size(), nullptr)
           .code != heif_error_Ok) {
     return std::nullopt;

@@ -15,6 +15,8 @@ namespace host {
 namespace {
 
 constexpr std::size_t kPixelBytes = 4;
+constexpr std::uint8_t kOpaque = 255;
+constexpr char kJpegQuality[] = "85";  // of 100
 
 std::uint8_t Unpremultiply(std::uint8_t colour, unsigned alpha) {
   return static_cast<std::uint8_t>(std::min(255U, (colour * 255U + alpha / 2) / alpha));
@@ -74,7 +76,7 @@ std::string EncodePng(const Picture& picture) {
 
 bool IsOpaque(const Picture& picture) {
   for (std::size_t i = kPixelBytes - 1; i < picture.pixels.size(); i += kPixelBytes) {
-    if (picture.pixels[i] != 255) return false;
+    if (picture.pixels[i] != kOpaque) return false;
   }
   return !picture.Empty();
 }
@@ -93,8 +95,8 @@ std::string EncodeJpeg(const Picture& picture) {
   }
   gchar* bytes = nullptr;
   gsize size = 0;
-  if (!gdk_pixbuf_save_to_buffer(pixbuf.get(), &bytes, &size, "jpeg", nullptr, "quality", "85",
-                                 nullptr)) {
+  if (!gdk_pixbuf_save_to_buffer(pixbuf.get(), &bytes, &size, "jpeg", nullptr, "quality",
+                                 kJpegQuality, nullptr)) {
     throw Failure(kFailed, "cannot encode the JPEG picture");
   }
   const std::unique_ptr<gchar, decltype(&g_free)> owned(bytes, &g_free);

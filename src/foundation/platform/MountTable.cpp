@@ -8,8 +8,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -146,48 +146,49 @@ class CurrentTable {
   std::shared_ptr<const MountTable> table_;
 };
 
+constexpr std::string_view kNetworkTypes[] = {"9p",
+                                              "afp",
+                                              "afs",
+                                              "beegfs",
+                                              "ceph",
+                                              "cifs",
+                                              "coda",
+                                              "davfs",
+                                              "davfs2",
+                                              "fuse.afp",
+                                              "fuse.ceph",
+                                              "fuse.cephfs",
+                                              "fuse.curlftpfs",
+                                              "fuse.dav",
+                                              "fuse.davfs",
+                                              "fuse.davfs2",
+                                              "fuse.gcsfuse",
+                                              "fuse.gvfsd-fuse",
+                                              "fuse.glusterfs",
+                                              "fuse.goofys",
+                                              "fuse.httpfs",
+                                              "fuse.juicefs",
+                                              "fuse.mfs",
+                                              "fuse.rclone",
+                                              "fuse.s3fs",
+                                              "fuse.seaweedfs",
+                                              "fuse.smbnetfs",
+                                              "fuse.sshfs",
+                                              "fuse.wdfs",
+                                              "glusterfs",
+                                              "lustre",
+                                              "ncpfs",
+                                              "nfs",
+                                              "nfs4",
+                                              "orangefs",
+                                              "smb3",
+                                              "smbfs",
+                                              "virtiofs"};
+
 }  // namespace
 
 bool IsNetworkType(std::string_view type) noexcept {
-  static constexpr std::array<std::string_view, 38> kTypes = {"9p",
-                                                              "afp",
-                                                              "afs",
-                                                              "beegfs",
-                                                              "ceph",
-                                                              "cifs",
-                                                              "coda",
-                                                              "davfs",
-                                                              "davfs2",
-                                                              "fuse.afp",
-                                                              "fuse.ceph",
-                                                              "fuse.cephfs",
-                                                              "fuse.curlftpfs",
-                                                              "fuse.dav",
-                                                              "fuse.davfs",
-                                                              "fuse.davfs2",
-                                                              "fuse.gcsfuse",
-                                                              "fuse.gvfsd-fuse",
-                                                              "fuse.glusterfs",
-                                                              "fuse.goofys",
-                                                              "fuse.httpfs",
-                                                              "fuse.juicefs",
-                                                              "fuse.mfs",
-                                                              "fuse.rclone",
-                                                              "fuse.s3fs",
-                                                              "fuse.seaweedfs",
-                                                              "fuse.smbnetfs",
-                                                              "fuse.sshfs",
-                                                              "fuse.wdfs",
-                                                              "glusterfs",
-                                                              "lustre",
-                                                              "ncpfs",
-                                                              "nfs",
-                                                              "nfs4",
-                                                              "orangefs",
-                                                              "smb3",
-                                                              "smbfs",
-                                                              "virtiofs"};
-  return std::find(kTypes.begin(), kTypes.end(), type) != kTypes.end();
+  return std::ranges::find(kNetworkTypes, type) != std::end(kNetworkTypes);
 }
 
 bool IsAtOrBelow(std::string_view path, std::string_view folder) noexcept {

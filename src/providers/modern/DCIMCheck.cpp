@@ -165,16 +165,21 @@ std::optional<unsigned> ClipNumber(const Object& object) {
   return ParseNumber(stem.substr(end + 1 - kDigits, kDigits));
 }
 
+// True if the size of the file is within 10 % of a size at which the camera starts a new file.
 bool HasReachedLimit(const Object& object) {
   const auto status = platform::StatusOf(object.parts.front().path);
   return status && std::ranges::any_of(object.maker->fileLimits, [&](std::uint64_t limit) {
-           return status->bytes > limit / 10 * 9 && status->bytes < limit / 10 * 11;
+           const std::uint64_t tolerance = limit / 10;
+           return status->bytes > limit - tolerance && status->bytes < limit + tolerance;
          });
 }
 
 bool Continues(const ClipTimes& first, const ClipTimes& next) {
+  // Times of creation are integer seconds, and opening a file takes up to a second.
+  constexpr double kMinGap = -1;
+  constexpr double kMaxGap = 2;
   const double gap = static_cast<double>(next.begin - first.begin) - first.seconds;
-  return first.format == next.format && gap > -1.0 && gap < 2.0;  // times are in whole seconds
+  return first.format == next.format && gap > kMinGap && gap < kMaxGap;
 }
 
 // Notes takes that the camera has probably cut. They stay separate entries, because their
