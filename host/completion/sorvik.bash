@@ -1,101 +1,99 @@
 # SPDX-License-Identifier: MIT
-# bash completion for sorvik
+# bash completion for sorvik. Commands and options come from its help.
 
-# _sorvik_offer PREFIX: offers the lines of standard input that begin with PREFIX, quoted for the shell.
-_sorvik_offer() {
-  local line
-  while IFS= read -r line; do
-    [[ -n $line && $line == "$1"* ]] && COMPREPLY+=("$(printf '%q' "$line")")
-  done
+_sorvik_commands() {
+  sorvik help 2> /dev/null | sed -n '/^commands:/,/^$/s/^  \([a-z]*\) .*/\1/p'
 }
 
-# The short names of the providers, one per line.
+# _sorvik_options [COMMAND]: one option per line, followed by the name of its value.
+_sorvik_options() {
+  sorvik help "$@" 2> /dev/null | sed -n '/^options:/,/^$/s/^  \(-[-a-z0]*\) \([^ ]*\) .*/\1 \2/p'
+}
+
 _sorvik_providers() {
   sorvik providers --json 2> /dev/null | grep -o '"identification":"[^"]*"' | cut -d '"' -f 4 |
     sed 's/.*[.]//; s/^WinProvider//; s/^Provider//' | tr '[:upper:]' '[:lower:]'
 }
 
-# _sorvik_keys PATH: the keys of the entries, without the quotes that hid a path's blanks.
+# _sorvik_keys PATH PROVIDER: the keys of the entries of a path as typed.
 _sorvik_keys() {
   local path
+  case $1 in *\$\(* | *\`* | *\<\(* | *\>\(*) return ;; esac # completion executes no command of the line
   eval "path=$1" 2> /dev/null || return
-  sorvik ls "$path" --tsv --fields '' 2> /dev/null | tail -n +2 | cut -f 1
+  sorvik ls "$path" ${2:+--provider "$2"} --tsv --fields '' 2> /dev/null | tail -n +2 | cut -f 1
+}
+
+# Offers those lines of standard input that begin with what was typed, quoted for the shell unless the
+# word begins with a quote.
+_sorvik_offer() {
+  local line
+  compopt +o default 2> /dev/null
+  while IFS= read -r line; do
+    case $cur in
+      [\"\']*) [[ $line == "${cur:1}"* ]] && COMPREPLY+=("$line") ;;
+      *) [[ -n $line && $line == "${cur//\\/}"* ]] && COMPREPLY+=("$(printf '%q' "$line")") ;;
+    esac
+  done
+}
+
+# Offers the values of an option; without any, bash completes file names.
+_sorvik_value() {
+  case $1 in
+    --provider) _sorvik_offer < <(_sorvik_providers) ;;
+    --format) _sorvik_offer < <(printf '%s\n' ffconcat otio ale edl fcpxml csv) ;;
+    --thumbs) _sorvik_offer < <(printf '%s\n' auto kitty sixel none) ;;
+    --fields | --only)
+      local before=${cur%"${cur##*,}"} names='card clip file problem'
+      [[ $1 == --only ]] || names=$(sorvik fields --tsv 2> /dev/null | tail -n +2 | cut -f 1)
+      mapfile -t COMPREPLY < <(compgen -P "$before" -W "$names" -- "${cur##*,}")
+      compopt -o nospace 2> /dev/null
+      ;;
+    --size | --jobs | --shard | --timeout-per-card) compopt +o default 2> /dev/null ;;
+  esac
 }
 
 _sorvik() {
-  local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} word command= operands=()
-  local commands='ls who entry files places owner thumb sheet check cards join catalog providers fields meta help'
-  local -A options=(
-    [ls]='--json --tsv --csv --provider --fields --all --thumbs --size --icon --cache'
-    [who]='--json --tsv --csv'
-    [entry]='--json --provider --fields --all'
-    [files]='--json --provider -0 --dirs --all-cards --relative --catalog'
-    [places]='--json --tsv --csv --provider'
-    [thumb]='--json --ndjson --provider --size --folder --icon --cache --force -o'
-    [sheet]='--json --provider --fields --all --size --icon --cache --force -o'
-    [owner]='--json --ndjson --clips-only --catalog'
-    [check]='--json --provider --files --quick --against --hash --catalog'
-    [cards]='--json -0'
-    [join]='--provider --format --allow-gaps --force -o'
-    [catalog]='--only --quick --here --jobs --timeout-per-card --shard --since -o --sqlite --force'
-    [providers]='--json'
-    [fields]='--json --tsv --csv'
-    [meta]='--json --ndjson --fields --all --sources --packet'
-  )
+  local cur=${COMP_WORDS[COMP_CWORD]} word previous= pending= command= provider= operands=() commands options
+  commands=$'\n'$(_sorvik_commands)$'\n'
+  options=$'\n'$(_sorvik_options)$'\n'
   COMPREPLY=()
+  # bash splits --provider=p2 into three words.
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    if [[ -z $command && -n $word && " $commands " == *" $word "* ]]; then
+    if [[ $word == = ]]; then
+      pending=$previous
+    elif [[ -n $pending ]]; then
+      [[ $pending == --provider ]] && provider=$word
+      pending=
+    elif [[ $word == -* ]]; then
+      [[ $options == *$'\n'"$word "[A-Z]* ]] && pending=$word
+    elif [[ -z $command && ${#operands[@]} -eq 0 && $commands == *$'\n'"$word"$'\n'* ]]; then
       command=$word
-    elif [[ $word != -* ]]; then
+    else
       operands+=("$word")
     fi
+    previous=$word
   done
-  case $previous in
-    --provider)
-      _sorvik_offer "$cur" < <(_sorvik_providers)
-      return
-      ;;
-    --format)
-      _sorvik_offer "$cur" < <(printf '%s\n' ffconcat otio ale edl fcpxml csv)
-      return
-      ;;
-    --fields)
-      local before=${cur%"${cur##*,}"}
-      mapfile -t COMPREPLY < <(compgen -P "$before" -W "$(sorvik fields --tsv 2> /dev/null |
-        tail -n +2 | cut -f 1)" -- "${cur##*,}")
-      compopt -o nospace 2> /dev/null
-      return
-      ;;
-    --only)
-      mapfile -t COMPREPLY < <(compgen -W 'card clip file problem' -- "$cur")
-      return
-      ;;
-    --size | --jobs | --shard | --timeout-per-card) return ;;
-  esac
-  if [[ $cur == -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "${options[${command:-ls}]} --core --help --version" -- "$cur")
+  if [[ $cur == = ]]; then
+    pending=$previous cur=
+  fi
+  if [[ -n $pending ]]; then
+    _sorvik_value "$pending"
     return
   fi
-  case $command in
-    help)
-      mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$cur")
-      return
+  if [[ $cur == -* ]]; then
+    _sorvik_offer < <(_sorvik_options "${command:-ls}" | cut -d ' ' -f 1; printf '%s\n' --help --version)
+    return
+  fi
+  case $command:${#operands[@]} in
+    :0)
+      _sorvik_offer <<< "${commands:1}volumes:"
+      compopt -o default -o plusdirs 2> /dev/null
       ;;
-    fields)
-      _sorvik_offer "$cur" < <(_sorvik_providers)
-      return
-      ;;
-    entry | files | thumb | join)
-      if ((${#operands[@]} > 0)); then
-        _sorvik_offer "$cur" < <(_sorvik_keys "${operands[0]}")
-        return
-      fi
+    help:0) _sorvik_offer <<< "$commands" ;;
+    fields:0) _sorvik_offer < <(_sorvik_providers) ;;
+    entry:1 | files:1 | join:1 | thumb:[1-9]*)
+      _sorvik_offer < <(_sorvik_keys "${operands[0]}" "$provider")
       ;;
   esac
-  compopt -o filenames 2> /dev/null
-  mapfile -t COMPREPLY < <(compgen -f -- "$cur")
-  if [[ -z $command ]]; then
-    mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W "$commands volumes:" -- "$cur")
-  fi
 }
-complete -F _sorvik sorvik
+complete -o default -F _sorvik sorvik

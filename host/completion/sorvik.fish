@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-# fish completion for sorvik
+# fish completion for sorvik. Commands and options come from its help.
+
 function __sorvik_providers
     sorvik providers --json 2>/dev/null | string match -rag '"identification":"[^"]*[.](?:Win)?Provider([^"]*)"' |
         string lower
@@ -8,74 +9,91 @@ function __sorvik_fields
     set -l before (string match -r '.*,' -- (commandline -ct))
     sorvik fields --tsv 2>/dev/null | tail -n +2 | cut -f 1,2 | string replace -r '^' "$before"
 end
-# The keys of the path, which is the second word after the command.
+function __sorvik_kinds
+    string replace -r '^' (string match -r '.*,' -- (commandline -ct); or echo '') card clip file problem
+end
+
+# The words after the program without options and their values.
+function __sorvik_typed
+    set -l words
+    set -l is_value 0
+    for word in (commandline -opc)[2..]
+        if test $is_value = 1
+            set is_value 0
+        else if string match -q -- '-*' $word
+            contains -- $word $__sorvik_with_value; and set is_value 1
+        else
+            set -a words (string unescape -- $word)
+        end
+    end
+    test -n "$words"; and printf '%s\n' $words
+end
+# The command, or ls, and its operands.
+function __sorvik_words
+    set -l words (__sorvik_typed)
+    contains -- "$words[1]" $__sorvik_commands; or set -p words ls
+    printf '%s\n' $words
+end
+function __sorvik_is_first
+    test (count (__sorvik_typed)) -eq 0
+end
+# The value of --provider on the command line.
+function __sorvik_provider
+    string match -rg -- '--provider[= ](\S+)' (commandline -pc)
+end
 function __sorvik_keys
-    set -l words (commandline -opc | string match -v -- '-*')
-    if test (count $words) -ge 3
-        set -l path (string unescape -- $words[3])
-        sorvik ls "$path" --tsv --fields Name 2>/dev/null | tail -n +2
+    set -l path (__sorvik_words)[2]
+    sorvik ls (string replace -r '^~(?=/|$)' ~ -- $path) --provider=(__sorvik_provider) --tsv --fields Name \
+        2>/dev/null | tail -n +2
+end
+# __sorvik_is COMMAND COUNT...: whether the line has this command and so many operands.
+function __sorvik_is
+    set -l words (__sorvik_words)
+    test $words[1] = $argv[1]; and contains -- (math (count $words) - 1) $argv[2..]
+end
+# __sorvik_accepts OPTION: whether the command of the line has this option.
+function __sorvik_accepts
+    set -l command (__sorvik_words)[1]
+    set -l cache __sorvik_options_of_$command
+    set -q $cache; or set -g $cache (sorvik help $command 2>/dev/null | string match -rg '^  (-[-a-z0]+) ')
+    contains -- $argv[1] $$cache
+end
+
+set -l help (sorvik help 2>/dev/null)
+set -g __sorvik_commands
+set -g __sorvik_with_value
+for line in $help
+    if set -l row (string match -rg '^  ([a-z]+) .*  +(.+)$' -- $line)
+        set -a __sorvik_commands $row[1]
+        complete -c sorvik -n __sorvik_is_first -a $row[1] -d $row[2]
+    else if set -l row (string match -rg '^  (-[-a-z0]+) ([^ ]*) +(.+)$' -- $line)
+        set -l option -l (string replace -r '^--' '' -- $row[1])
+        string match -q -- '--*' $row[1]; or set option -s (string sub -s 2 -- $row[1])
+        if test -n "$row[2]"
+            set -a __sorvik_with_value $row[1]
+            switch $row[1]
+                case --provider
+                    set -a option -x -a '(__sorvik_providers)'
+                case --fields
+                    set -a option -x -a '(__sorvik_fields)'
+                case --only
+                    set -a option -x -a '(__sorvik_kinds)'
+                case --format
+                    set -a option -x -a 'ffconcat otio ale edl fcpxml csv'
+                case --size --jobs --shard --timeout-per-card
+                    set -a option -x
+                case '*'
+                    set -a option -r
+            end
+        end
+        complete -c sorvik -n "__sorvik_accepts $row[1]" $option -d $row[3]
     end
 end
-function __sorvik_after_path
-    test (count (commandline -opc | string match -v -- '-*')) -ge 3
+complete -c sorvik -s h -l help -d 'show help'
+complete -c sorvik -s V -l version -d 'show the version'
+complete -c sorvik -n '__sorvik_is help 0' -f -a "$__sorvik_commands"
+complete -c sorvik -n '__sorvik_is fields 0' -f -a '(__sorvik_providers)'
+for command in entry files join
+    complete -c sorvik -n "__sorvik_is $command 1" -f -a '(__sorvik_keys)'
 end
-set -l commands ls who entry files places owner thumb sheet check cards join catalog providers fields meta help
-set -l keyed entry files thumb join
-set -l first "not __fish_seen_subcommand_from $commands"
-complete -c sorvik -n $first -a ls -d 'list the entries of a path'
-complete -c sorvik -n $first -a who -d 'list the providers that support a path'
-complete -c sorvik -n $first -a entry -d 'show one entry with its fields'
-complete -c sorvik -n $first -a files -d 'list the files that belong to the clips'
-complete -c sorvik -n $first -a places -d 'list the entries that can be browsed further'
-complete -c sorvik -n $first -a owner -d 'show the entry that a file belongs to'
-complete -c sorvik -n $first -a thumb -d 'write the picture of an entry as PNG'
-complete -c sorvik -n $first -a sheet -d 'write a contact sheet as one HTML file'
-complete -c sorvik -n $first -a check -d 'check whether a card is complete'
-complete -c sorvik -n $first -a cards -d 'find the cards at, around and below a path'
-complete -c sorvik -n $first -a join -d 'write a list that joins the files of a clip'
-complete -c sorvik -n $first -a catalog -d 'write cards, clips and files as lines of JSON'
-complete -c sorvik -n $first -a providers -d 'list the registered providers'
-complete -c sorvik -n $first -a fields -d 'list fields with label, type and meaning'
-complete -c sorvik -n $first -a meta -d 'show the metadata of a file'
-complete -c sorvik -n $first -a help -d 'show the help of a command'
-complete -c sorvik -n '__fish_seen_subcommand_from help' -f -a "$commands"
-complete -c sorvik -n '__fish_seen_subcommand_from fields' -f -a '(__sorvik_providers)'
-complete -c sorvik -n "__fish_seen_subcommand_from $keyed; and __sorvik_after_path" -f -a '(__sorvik_keys)'
-complete -c sorvik -l json -d 'print one JSON document instead of a table'
-complete -c sorvik -l ndjson -d 'print one JSON document per line'
-complete -c sorvik -l tsv -d 'print complete values separated by tabs'
-complete -c sorvik -l csv -d 'print complete values as CSV'
-complete -c sorvik -l provider -x -a '(__sorvik_providers)' -d 'use this provider'
-complete -c sorvik -l fields -x -a '(__sorvik_fields)' -d 'these fields'
-complete -c sorvik -l all -d 'all fields'
-complete -c sorvik -l thumbs -d 'show pictures'
-complete -c sorvik -l size -x -d 'maximum picture size as WxH'
-complete -c sorvik -l icon -d 'the icon of the structure instead of a picture of the clip'
-complete -c sorvik -l cache -d 'keep pictures in $XDG_CACHE_HOME/thumbnails'
-complete -c sorvik -l files -d 'list all files with their roles, too'
-complete -c sorvik -l quick -d 'check names and sizes only, without opening media files'
-complete -c sorvik -l against -r -d 'compare the files of the card with a copy of it'
-complete -c sorvik -l hash -d 'with --against: compare contents, too'
-complete -c sorvik -l format -x -a 'ffconcat otio ale edl fcpxml csv' -d 'format of the list'
-complete -c sorvik -l allow-gaps -d 'write the list even if a part is missing'
-complete -c sorvik -l dirs -d 'list the empty folders that the card needs, too'
-complete -c sorvik -l all-cards -d 'list parts of the clips on other cards, too'
-complete -c sorvik -l relative -d 'print paths relative to PATH, for rsync --files-from'
-complete -c sorvik -l catalog -r -d 'answer from a catalogue, without access to PATH'
-complete -c sorvik -l only -x -a 'card clip file problem' -d 'only these kinds of lines'
-complete -c sorvik -l here -d 'only cards whose root is PATH'
-complete -c sorvik -l jobs -x -d 'read the cards of N folders at the same time'
-complete -c sorvik -l timeout-per-card -x -d 'leave out cards that take longer, in seconds'
-complete -c sorvik -l shard -x -d 'only the cards of shard I/N'
-complete -c sorvik -l since -r -d 'copy the lines of unchanged cards from this catalogue'
-complete -c sorvik -l sqlite -r -d 'write to the tables of an SQLite database'
-complete -c sorvik -l force -d 'replace a file of a card'
-complete -c sorvik -l clips-only -d 'search the main file of each clip only'
-complete -c sorvik -l folder -d 'the picture for a folder'
-complete -c sorvik -l packet -d 'read an XMP packet from standard input'
-complete -c sorvik -l sources -d 'show the source of each value'
-complete -c sorvik -l core -d 'without the providers of newer cards'
-complete -c sorvik -s o -r -d 'output file'
-complete -c sorvik -s 0 -d 'end each path with a NUL byte'
-complete -c sorvik -s h -l help -d help
-complete -c sorvik -s V -l version -d version
+complete -c sorvik -n "__sorvik_is thumb (seq 50)" -f -a '(__sorvik_keys)'
