@@ -58,12 +58,20 @@ bool IsStructure(const Sorvik::ProviderWrapper& provider);
 // empty and an unreadable folder, so call this after an empty result.
 void RequireReadable(Context& context, const std::string& path);
 
+struct CardsOfPath {
+  std::vector<Sorvik::FoundCard> cards;
+  std::vector<std::string> unreadableFolders;  // may contain further cards
+};
+
 // Returns the cards at, around and next to `path`.
-std::vector<Sorvik::FoundCard> NearbyCards(Context& context, const std::string& path);
+CardsOfPath NearbyCards(Context& context, const std::string& path);
 // Returns `path` with each provider that checks it, and the cards nearby that are below it; if it
 // is only a plain folder, all cards nearby. With --provider only that one. Empty if there are none.
-// Throws Failure if no provider claims `path`.
-std::vector<Sorvik::FoundCard> CardsFor(Context& context, const std::string& path);
+// The unreadable folders are those outside these cards. Throws Failure if no provider claims
+// `path`.
+CardsOfPath CardsFor(Context& context, const std::string& path);
+// Reports folders that can't be listed. Returns kFailed if there are any.
+int ReportUnreadable(Context& context, const std::vector<std::string>& folders);
 // Returns the files of the medium at `path` that are in none of `cards`.
 std::vector<Sorvik::CardFile> MediumFiles(Context& context, const std::string& path,
                                           const std::vector<Sorvik::FoundCard>& cards,

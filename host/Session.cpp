@@ -136,18 +136,21 @@ Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,
   });
 }
 
-void Session::FindCards(const std::string& path, Sorvik::SearchDirection direction,
-                        const CardReceiver& receive) {
+std::vector<std::string> Session::FindCards(const std::string& path,
+                                            Sorvik::SearchDirection direction,
+                                            const CardReceiver& receive) {
   progress_.Begin("searching");
   // Shared with the station, which may outlive an interrupted wait.
   const auto done = std::make_shared<bool>(false);
+  const auto unreadable = std::make_shared<std::vector<std::string>>();
   const ImmutableString station("sorvik/" + std::to_string(++stations_));
   StationUtils::RegisterStation(
-      station, [this, station, done, receive](const Hestra::Message& message) {
+      station, [this, station, done, unreadable, receive](const Hestra::Message& message) {
         const auto* answer = dynamic_cast<const Sorvik::FindCardsMessage*>(&message);
         if (answer == nullptr || answer->isLast) {
           StationUtils::UnregisterStation(station);
           running_.erase(station);
+          if (answer != nullptr) *unreadable = answer->unreadableFolders;
           *done = true;
         } else if (!ending_) {
           receive(answer->card);
@@ -156,6 +159,7 @@ void Session::FindCards(const std::string& path, Sorvik::SearchDirection directi
   const auto request = ProviderHost::RequestCards(path, direction, station);
   TrackRequest(station, [request] { request->Abort(); });
   WaitUntil([&] { return *done; });
+  return std::move(*unreadable);
 }
 
 void Session::RequestPicture(const ProviderWrapper& provider, const std::string& path,

@@ -56,10 +56,10 @@ class Session {
   // `path`.
   Sorvik::GetDefaultContentMessage Places(const std::string& path, const std::string& provider);
 
-  // Calls `receive` with each card as it is found.
+  // Calls `receive` with each card as it is found. Returns the folders that can't be listed.
   using CardReceiver = std::function<void(const Sorvik::FoundCard&)>;
-  void FindCards(const std::string& path, Sorvik::SearchDirection direction,
-                 const CardReceiver& receive);
+  std::vector<std::string> FindCards(const std::string& path, Sorvik::SearchDirection direction,
+                                     const CardReceiver& receive);
 
   // Queues a thumbnail request. `receive` is called while this thread waits, and never after the
   // session has begun to end. WaitForPictures waits for them. All throw Interrupted after Ctrl-C.

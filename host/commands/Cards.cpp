@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <set>
 #include <string>
 #include <utility>
@@ -67,11 +68,23 @@ const ProviderWrapper& ProviderOf(const FoundCard& card) {
   throw Failure(kFailed, card.path, "unknown provider '" + card.identification + "'");
 }
 
-std::vector<FoundCard> NearbyCards(Context& context, const std::string& path) {
-  std::vector<FoundCard> cards;
-  context.session.FindCards(path, Sorvik::SearchDirection::kNearby,
-                            [&cards](const FoundCard& card) { cards.push_back(card); });
-  return cards;
+CardsOfPath NearbyCards(Context& context, const std::string& path) {
+  CardsOfPath found;
+  found.unreadableFolders =
+      context.session.FindCards(path, Sorvik::SearchDirection::kNearby,
+                                [&found](const FoundCard& card) { found.cards.push_back(card); });
+  return found;
+}
+
+int ReportUnreadable(Context& context, const std::vector<std::string>& folders) {
+  if (folders.empty()) return kDone;
+  context.output.Flush();
+  for (const std::string& folder : folders) {
+    WriteError(folder + ": cannot read (" + context.session.OnWorker<std::string>([folder] {
+      return ListingError(folder);
+    }) + ")");
+  }
+  return kFailed;
 }
 
 int RunCards(Context& context) {
@@ -80,10 +93,12 @@ int RunCards(Context& context) {
   for (const std::string& operand : context.options.operands) {
     const std::string path = ResolvePath(operand);
     bool found = false;
-    context.session.FindCards(path, Sorvik::SearchDirection::kDeep, [&](const FoundCard& card) {
-      found = true;
-      list.Add(card);
-    });
+    const auto unreadable =
+        context.session.FindCards(path, Sorvik::SearchDirection::kDeep, [&](const FoundCard& card) {
+          found = true;
+          list.Add(card);
+        });
+    code = std::max(code, ReportUnreadable(context, unreadable));
     if (found) continue;
     code = kFailed;
     const auto reason = context.session.OnWorker<std::string>(

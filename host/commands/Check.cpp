@@ -110,7 +110,7 @@ std::vector<CardReport> ReportsOfCatalogue(Context& context, const std::string& 
 
 }  // namespace
 
-std::vector<Sorvik::FoundCard> CardsFor(Context& context, const std::string& path) {
+CardsOfPath CardsFor(Context& context, const std::string& path) {
   std::vector<Sorvik::FoundCard> candidates;
   const bool isChosen = !context.options.provider.empty();
   if (isChosen) {
@@ -131,14 +131,23 @@ std::vector<Sorvik::FoundCard> CardsFor(Context& context, const std::string& pat
       return kept;
     });
   };
-  std::vector<Sorvik::FoundCard> cards = checkable(candidates);
-  if (isChosen) return cards;
+  CardsOfPath result{checkable(candidates), {}};
+  std::vector<Sorvik::FoundCard>& cards = result.cards;
+  if (isChosen) return result;
   const bool isCard = !cards.empty();
-  for (Sorvik::FoundCard& card : checkable(NearbyCards(context, path))) {
+  CardsOfPath nearby = NearbyCards(context, path);
+  for (Sorvik::FoundCard& card : checkable(nearby.cards)) {
     const bool isBelow = RelativePath(card.path, path) != card.path;
     if (!isCard || isBelow) cards.push_back(std::move(card));
   }
-  return cards;
+  result.unreadableFolders = std::move(nearby.unreadableFolders);
+  // What is unreadable in a card is a finding of that card.
+  std::erase_if(result.unreadableFolders, [&cards](const std::string& folder) {
+    return std::ranges::any_of(cards, [&folder](const Sorvik::FoundCard& card) {
+      return RelativePath(folder, card.path) != folder;
+    });
+  });
+  return result;
 }
 
 std::vector<CardFile> MediumFiles(Context& context, const std::string& path,
@@ -165,12 +174,22 @@ void RemoveFilesOfInnerCards(std::vector<CardReport>& reports) {
   }
 }
 
-CardReport MakeMediumReport(Context& context, const std::string& path,
-                            const std::vector<Sorvik::FoundCard>& cards) {
+// What is on the medium outside its cards.
+CardReport MakeMediumReport(Context& context, const std::string& path, const CardsOfPath& found) {
   CardReport report{path, ChooseProvider(context, path).GetIdentification(), {}, false, {}};
   report.isMedium = true;
-  report.result.complete = true;
-  report.result.files = MediumFiles(context, path, cards, Sorvik::MediumFileScope::kAll);
+  report.result.complete = found.unreadableFolders.empty();
+  for (const std::string& folder : found.unreadableFolders) {
+    report.result.findings.push_back(
+        {Finding::Kind::kUnreadable,
+         Finding::Severity::kError,
+         "folder",
+         folder,
+         {},
+         context.session.OnWorker<std::string>([folder] { return ListingError(folder); })});
+  }
+  if (!context.options.files) return report;
+  report.result.files = MediumFiles(context, path, found.cards, Sorvik::MediumFileScope::kAll);
   for (const CardFile& file : report.result.files) {
     if (file.isPartOfCopy) report.result.bytes += file.bytes;
   }
@@ -179,19 +198,20 @@ CardReport MakeMediumReport(Context& context, const std::string& path,
 
 std::vector<CardReport> MakeReports(Context& context, const std::string& path) {
   if (!context.options.catalog.empty()) return ReportsOfCatalogue(context, path);
-  const std::vector<Sorvik::FoundCard> cards = CardsFor(context, path);
-  if (cards.empty()) {
+  const CardsOfPath found = CardsFor(context, path);
+  if (found.cards.empty()) {
+    ReportUnreadable(context, found.unreadableFolders);
     RequireReadable(context, path);
     throw Failure(kFailed, path, "not a camera card or clip folder");
   }
   std::vector<CardReport> reports;
-  for (const Sorvik::FoundCard& card : cards) {
+  for (const Sorvik::FoundCard& card : found.cards) {
     reports.push_back(MakeReport(context, path, card.path, card.identification));
   }
   RemoveFilesOfInnerCards(reports);
-  if (context.options.files) {
-    CardReport medium = MakeMediumReport(context, path, cards);
-    if (!medium.result.files.empty()) reports.push_back(std::move(medium));
+  CardReport medium = MakeMediumReport(context, path, found);
+  if (!medium.result.files.empty() || !medium.result.findings.empty()) {
+    reports.push_back(std::move(medium));
   }
   return reports;
 }

@@ -141,24 +141,28 @@ int RunFiles(Context& context) {
     const std::string folder = path.substr(0, path.rfind('/'));
     return WriteFilesOfEntries(context, folder, {{"", std::move(group)}});
   }
-  const std::vector<Sorvik::FoundCard> cards = CardsFor(context, path);
+  const CardsOfPath found = CardsFor(context, path);
+  const std::vector<Sorvik::FoundCard>& cards = found.cards;
   if (cards.empty()) {
     const Sorvik::ProviderWrapper& provider = ChooseProvider(context, path);
-    return WriteFilesOfEntries(context, path, ListEntries(context, provider, path, kPathFields));
+    const int code =
+        WriteFilesOfEntries(context, path, ListEntries(context, provider, path, kPathFields));
+    return std::max(code, ReportUnreadable(context, found.unreadableFolders));
   }
   FileList list;
   bool readable = true;
-  for (const Sorvik::FoundCard& found : cards) {
-    const CardFindings card =
-        context.session.Check(found.path, found.identification, Sorvik::CheckDepth::kNames);
-    readable = AddCard(context, found.path, card, list) && readable;
+  for (const Sorvik::FoundCard& card : cards) {
+    const CardFindings findings =
+        context.session.Check(card.path, card.identification, Sorvik::CheckDepth::kNames);
+    readable = AddCard(context, card.path, findings, list) && readable;
   }
   for (const CardFile& file :
        MediumFiles(context, path, cards, Sorvik::MediumFileScope::kStructure)) {
     list.Add(file.path);
   }
   WriteFiles(context, path, list.Take());
-  return readable ? kDone : kFailed;
+  const int code = ReportUnreadable(context, found.unreadableFolders);
+  return readable ? code : kFailed;
 }
 
 }  // namespace host

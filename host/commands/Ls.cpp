@@ -101,7 +101,7 @@ std::size_t List(Context& context, const ProviderWrapper& provider, const std::s
 
 // Reports cards next to a path that was listed as a plain folder.
 void ReportNearbyCards(Context& context, const std::string& path) {
-  const std::vector<FoundCard> cards = NearbyCards(context, path);
+  const std::vector<FoundCard> cards = NearbyCards(context, path).cards;
   if (cards.empty()) return;
   std::string message = path + ": a plain folder; card nearby: " + cards.front().path;
   if (cards.size() > 1) message += " and " + std::to_string(cards.size() - 1) + " more";
@@ -131,11 +131,12 @@ int RunLs(Context& context) {
   const std::string path =
       ResolvePath(options.operands.empty() ? Sorvik::kVolumeListPath : options.operands.front());
   if (options.nearby && options.provider.empty()) {
-    const std::vector<FoundCard> cards = NearbyCards(context, path);
-    if (!cards.empty()) {
+    const CardsOfPath found = NearbyCards(context, path);
+    if (!found.cards.empty()) {
       const UnreadableFiles unreadable;
-      ListCards(context, path, cards);
-      return unreadable.Report(context.output);
+      ListCards(context, path, found.cards);
+      return std::max(unreadable.Report(context.output),
+                      ReportUnreadable(context, found.unreadableFolders));
     }
   }
   const ProviderWrapper& provider = ChooseProvider(context, path);

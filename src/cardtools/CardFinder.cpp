@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "SorvikProvider/frame/ProviderHost.h"
+#include "cardtools/CardInventory.h"
 #include "cardtools/CardSearch.h"
 #include "cardtools/ProviderLookup.h"
 #include "formats/MediaNames.h"
@@ -72,18 +73,20 @@ std::vector<Candidate> ListCandidates() {
   return candidates;
 }
 
-bool HasMediaBelow(const std::string& folder, std::size_t depth) {
+// A folder that can't be listed may contain media.
+bool MayHaveMediaBelow(const std::string& folder, std::size_t depth) {
   std::vector<std::string> folders;
   bool found = false;
-  platform::ScanFolder(folder, [&](std::string_view name, ScannedType type) {
+  const bool isListed = platform::ScanFolder(folder, [&](std::string_view name, ScannedType type) {
     if (foundation::IsHidden(name)) return true;
     if (type == ScannedType::kFolder) folders.push_back(JoinPath(folder, name));
     found = type != ScannedType::kFolder && formats::HasMediaExtension(name);
     return !found;
   });
-  return found || (depth < kMaxDepth && std::ranges::any_of(folders, [depth](const auto& below) {
-                     return HasMediaBelow(below, depth + 1);
-                   }));
+  return found || !isListed ||
+         (depth < kMaxDepth && std::ranges::any_of(folders, [depth](const auto& below) {
+            return MayHaveMediaBelow(below, depth + 1);
+          }));
 }
 
 // A folder on the way down, with what its listing shows.
@@ -152,7 +155,7 @@ class CardSearch {
   ScannedFolder Scan(const std::string& path) const {
     ScannedFolder scanned;
     std::vector<bool> possible(candidates_.size(), false);
-    platform::ScanFolder(path, [&](std::string_view name, ScannedType type) {
+    const bool isListed = platform::ScanFolder(path, [&](std::string_view name, ScannedType type) {
       for (std::size_t i = 0; i < candidates_.size(); ++i) {
         const CardLayout* layout = candidates_[i].layout;
         if (!possible[i] && layout != nullptr) possible[i] = MatchesAny(name, layout->rootNames);
@@ -162,6 +165,8 @@ class CardSearch {
       }
       return true;
     });
+    const bool mayHaveCards = path != path_ && !IsSystemName(foundation::FileName(path));
+    if (!isListed && mayHaveCards && hooks_.unreadable) hooks_.unreadable(path);
     std::ranges::sort(scanned.folders);
     for (std::size_t i = 0; i < candidates_.size(); ++i) {
       if (possible[i] || candidates_[i].layout == nullptr) {
@@ -238,7 +243,7 @@ class CardSearch {
     const auto& own = claim.candidate.layout->ownFolders;
     if (own.empty()) return false;
     const bool hasMedia = std::ranges::any_of(scanned.folders, [&](const std::string& name) {
-      return MatchesAny(name, own) && HasMediaBelow(JoinPath(path, name), 1);
+      return MatchesAny(name, own) && MayHaveMediaBelow(JoinPath(path, name), 1);
     });
     // A card that has lost all its media still has clips, which some providers list by their
     // metadata only.
@@ -351,8 +356,10 @@ const CardLayout* LayoutOf(std::string_view identification) {
   return clips == nullptr ? nullptr : &clips->GetLayout();
 }
 
-void ForEachCard(const std::string& path, SearchDirection direction,
-                 const std::function<bool(const FoundCard&)>& receive, ProviderRequest* request) {
+namespace {
+
+CardSearchHooks HooksFor(const std::function<bool(const FoundCard&)>& receive,
+                         ProviderRequest* request) {
   CardSearchHooks hooks;
   hooks.receive = [&receive, request](const FoundFolder& folder) {
     for (const FoundCard& card : folder.cards) {
@@ -360,7 +367,14 @@ void ForEachCard(const std::string& path, SearchDirection direction,
     }
     return true;
   };
-  SearchCards(path, direction, hooks, request);
+  return hooks;
+}
+
+}  // namespace
+
+void ForEachCard(const std::string& path, SearchDirection direction,
+                 const std::function<bool(const FoundCard&)>& receive, ProviderRequest* request) {
+  SearchCards(path, direction, HooksFor(receive, request), request);
 }
 
 std::vector<FoundCard> FindCards(const std::string& path, SearchDirection direction,
@@ -389,16 +403,22 @@ void FindCardsRequest::Run() {
   last.path = path_;
   last.isLast = true;
   last.result = kResultNoContent;
-  const auto post = [&](const FoundCard& card) {
-    if (TestAborted()) return false;
+  const std::function<bool(const FoundCard&)> post = [&](const FoundCard& card) {
     FindCardsMessage message;
     message.path = path_;
     message.card = card;
     last.result = kResultDone;
     return PostPart(message);
   };
-  if (!TestAborted()) ForEachCard(path_, direction_, post, this);
-  if (TestAborted()) last.result = kResultAborted;
+  CardSearchHooks hooks = HooksFor(post, this);
+  hooks.unreadable = [&last](const std::string& folder) {
+    last.unreadableFolders.push_back(folder);
+  };
+  if (!TestAborted()) SearchCards(path_, direction_, hooks, this);
+  if (TestAborted()) {
+    last.result = kResultAborted;
+    last.unreadableFolders.clear();
+  }
   PostResult(last);
 }
 

@@ -17,18 +17,22 @@ using platform::FileKind;
 
 constexpr std::size_t kMaxFolderDepth = 64;
 
-// Besides names that begin with a dot: what Windows leaves on a medium.
-constexpr std::string_view kDesktopNames[] = {"System Volume Information", "$RECYCLE.BIN",
-                                              "RECYCLER", "Thumbs.db", "desktop.ini"};
+// Besides names that begin with a dot: what Windows and file systems of Linux leave on a medium.
+constexpr std::string_view kSystemNames[] = {"System Volume Information",
+                                             "$RECYCLE.BIN",
+                                             "RECYCLER",
+                                             "Thumbs.db",
+                                             "desktop.ini",
+                                             "lost+found"};
 
-bool IsDesktopName(std::string_view name) {
-  return name.starts_with('.') ||
-         std::ranges::any_of(kDesktopNames, [name](std::string_view known) {
+}  // namespace
+
+bool IsSystemName(std::string_view name) {
+  return foundation::IsHidden(name) ||
+         std::ranges::any_of(kSystemNames, [name](std::string_view known) {
            return foundation::EqualIgnoringCase(known, name);
          });
 }
-
-}  // namespace
 
 CardInventory::CardInventory(const std::string& root, const Filter& isListed,
                              const std::vector<std::string_view>* folders)
@@ -50,7 +54,7 @@ void CardInventory::AddFolder(const std::string& folder, bool hidden, std::size_
   }
   for (const platform::FolderItem& item : *items) {
     std::string path = JoinPath(folder, item.name);
-    const bool itemHidden = hidden || IsDesktopName(item.name);
+    const bool itemHidden = hidden || IsSystemName(item.name);
     if (item.kind == FileKind::kRegular) {
       const auto status = platform::StatusOf(path);
       files_.push_back(

@@ -23,6 +23,9 @@ struct InventoryFile {
   std::int64_t modified = 0;  // nanoseconds since 1970
 };
 
+// Whether a file or folder of this name is left on media by desktops or file systems.
+bool IsSystemName(std::string_view name);
+
 class CardInventory {
  public:
   // Whether a folder, which isn't a link, is to be listed.

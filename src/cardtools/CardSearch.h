@@ -26,6 +26,9 @@ struct CardSearchHooks {
   std::function<bool(const std::string& path)> enter = {};
   // May be empty. Returns cards whose root the folder is, so that their providers aren't asked.
   std::function<std::vector<FoundCard>(const std::string& path)> known = {};
+  // May be empty. Called for each folder below the start that may contain cards but can't be
+  // listed.
+  std::function<void(const std::string& path)> unreadable = {};
 };
 
 // Searches as ForEachCard does.

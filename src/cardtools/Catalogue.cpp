@@ -55,10 +55,12 @@ struct Job {
 
 // A search below one path.
 struct Search {
-  // A folder with its identity in the file system.
+  // A folder with its identity in the file system. Without cards, it can't be listed.
   struct Found {
     FoundFolder folder;
     std::pair<std::uint64_t, std::uint64_t> file;
+    platform::Access access = platform::Access::kReadable;
+    std::string readError = {};
   };
 
   State state = State::kRunning;
@@ -144,6 +146,12 @@ class SearchRequest final : public CatalogueRequest {
     CardSearchHooks hooks;
     hooks.receive = [this](FoundFolder folder) { return Receive(std::move(folder)); };
     hooks.enter = [this](const std::string& path) { return Enter(path); };
+    hooks.unreadable = [this](const std::string& path) {
+      const platform::Access access = platform::AccessOf(path);
+      if (access != platform::Access::kReadable) {
+        Receive({path, {}, false}, access, platform::ReadError(path));
+      }
+    };
     if (known_) hooks.known = [this](const std::string& path) { return known_->At(path); };
     try {
       if (searchesBelow_) {
@@ -166,11 +174,12 @@ class SearchRequest final : public CatalogueRequest {
     return !search_->skipped.contains(path);
   }
 
-  bool Receive(FoundFolder folder) {
+  bool Receive(FoundFolder folder, platform::Access access = platform::Access::kReadable,
+               std::string readError = {}) {
     const auto status = platform::StatusOf(folder.path);
     if (!status) return true;  // removed in the meantime
     Guard lock(shared_->mutex);
-    search_->hasFound = true;
+    search_->hasFound = search_->hasFound || !folder.cards.empty();
     search_->isBlocked = true;
     while (search_->found.size() >= kMaxFound && !TestAborted()) {
       shared_->changed.wait_for(lock, kPollTime);
@@ -178,7 +187,8 @@ class SearchRequest final : public CatalogueRequest {
     search_->isBlocked = false;
     search_->start = Clock::now();
     if (TestAborted()) return false;
-    search_->found.push_back({std::move(folder), {status->device, status->inode}});
+    search_->found.push_back(
+        {std::move(folder), {status->device, status->inode}, access, std::move(readError)});
     shared_->changed.notify_all();
     return true;
   }
@@ -283,11 +293,15 @@ class CatalogueRun {
 
   void TakeFound() {
     while (search_ && !search_->found.empty() && queue_.size() < kWaitingPerJob * jobs_) {
-      auto [folder, file] = std::move(search_->found.front());
+      auto [folder, file, access, readError] = std::move(search_->found.front());
       search_->found.pop_front();
       shared_->changed.notify_all();
       if (!seen_.insert(file).second) continue;
       if (ShardOf(folder.path, options_->shards) != options_->shard) continue;
+      if (folder.cards.empty()) {
+        AddUnreadable(folder.path, access, readError);
+        continue;
+      }
       auto job = std::make_shared<Job>();
       job->folder = std::move(folder);
       queue_.push_back(std::move(job));
@@ -385,14 +399,20 @@ class CatalogueRun {
     queue_.push_back(std::move(job));
   }
 
-  void ReportWithoutCards(const std::string& path) {
-    result_.pathsWithoutCards.push_back(path);
-    const platform::Access access = platform::AccessOf(path);
-    if (access == platform::Access::kReadable) return;
-    AddProblem(path, "unreadable", platform::ReadError(path));
+  void AddUnreadable(const std::string& path, platform::Access access,
+                     const std::string& readError) {
+    AddProblem(path, "unreadable", readError);
     if (access != platform::Access::kTransientError) return;
     queue_.back()->lines.result.anyTransient = true;
     queue_.back()->lines.result.anyUnreadable = false;
+  }
+
+  void ReportWithoutCards(const std::string& path) {
+    result_.pathsWithoutCards.push_back(path);
+    const platform::Access access = platform::AccessOf(path);
+    if (access != platform::Access::kReadable) {
+      AddUnreadable(path, access, platform::ReadError(path));
+    }
   }
 
   const std::shared_ptr<const CatalogueOptions> options_;

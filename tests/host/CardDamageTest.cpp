@@ -14,6 +14,8 @@
 
 #include "support/AllCards.h"
 #include "support/Cards.h"
+#include "support/MadeMedia.h"
+#include "support/ModernCards.h"
 #include "support/Program.h"
 #include "support/TempTree.h"
 
@@ -322,6 +324,36 @@ TEST(CardDamages, FilesAndFoldersWithoutPermissionAreErrors) {
   has(errors("check", tree.Path("ex")), "unreadable index: BPAV/MEDIAPRO.XML (" + reason);
   has(errors("check", tree.Path("disc")), "unreadable essence: Clip/C0001.MXF (");
   fs::permissions(folder, fs::perms::owner_all);
+}
+
+// Such a card is still a card, and no command finds it complete.
+TEST(CardDamages, FoldersOfClipsWithoutPermissionAreErrors) {
+  const TempTree tree;
+  MakeAllCards(tree);
+  tree.File("camera/DCIM/100GOPRO/GX010001.MP4", MadeMedia(".mp4"));
+  MakeXAVCCard(tree, "sony/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}});
+  for (const char* folder :
+       {"camera/DCIM/100GOPRO", "camera/DCIM", "camera/other", "sony/M4ROOT/CLIP", "sony/other",
+        "sony/M4ROOT", "p2/CONTENTS/VIDEO", "p2/CONTENTS/CLIP", "avchd/BDMV/STREAM"}) {
+    const std::string path = tree.Folder(folder);
+    const std::string card = tree.Path(std::string(folder, std::string_view(folder).find('/')));
+    fs::permissions(path, fs::perms::none);
+    for (const char* command : {"check", "files", "catalog"}) {
+      const ProgramResult result = RunSorvikAsPlainUser({command, card});
+      EXPECT_NE(result.exitCode, 0) << command << ' ' << path;
+      const std::string text = result.output + result.errors;
+      EXPECT_NE(text.find(fs::path(path).filename().string()), text.npos) << command << '\n' << text;
+      EXPECT_NE(text.find("Permission denied"), text.npos) << command << '\n' << text;
+    }
+    fs::permissions(path, fs::perms::owner_all);
+  }
+  fs::permissions(tree.Folder("sony/other"), fs::perms::none);
+  const ProgramResult cards = RunSorvikAsPlainUser({"cards", tree.Path("sony")});
+  EXPECT_EQ(cards.exitCode, 1);
+  EXPECT_EQ(cards.output, tree.Path("sony/M4ROOT") + "\n");
+  EXPECT_EQ(cards.errors,
+            "sorvik: " + tree.Path("sony/other") + ": cannot read (Permission denied)\n");
+  fs::permissions(tree.Path("sony/other"), fs::perms::owner_all);
 }
 
 TEST(CardDamages, CopiesAreComparedByClip) {

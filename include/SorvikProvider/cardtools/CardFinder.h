@@ -57,6 +57,8 @@ struct SORVIK_EXPORT FindCardsMessage : Hestra::MessageImpl<FindCardsMessage>,
   FoundCard card;    // empty in the last message
   bool isLast = false;
   ContentResultCode result = kResultDone;  // of the last message; kResultNoContent: no card
+  // In the last message: folders below the path that can't be listed. They may contain cards.
+  std::vector<std::string> unreadableFolders;
 
   ~FindCardsMessage() override;
 };

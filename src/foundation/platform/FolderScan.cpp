@@ -62,7 +62,7 @@ bool ScanFolder(const std::string& path, const NameVisitor& visit) {
     size = getdents64(folder, block.data(), block.size());
   } while (size > 0 && VisitBlock(folder, block.data(), static_cast<std::size_t>(size), visit));
   close(folder);
-  return true;
+  return size >= 0;
 }
 
 std::string ResolveLinks(const std::string& path) {

@@ -19,7 +19,8 @@ enum class ScannedType {
 // name is valid during the call.
 using NameVisitor = std::function<bool(std::string_view name, ScannedType type)>;
 
-// Returns false if `path` can't be opened as a folder. A link at the end of `path` is followed.
+// Returns false if `path` can't be opened as a folder, or not read to its end. A link at the end of
+// `path` is followed.
 bool ScanFolder(const std::string& path, const NameVisitor& visit);
 
 // `path` without links, "." and ".."; empty if it doesn't exist or can't be resolved.

@@ -27,13 +27,14 @@ using dcim::Object;
 using foundation::HasExtension;
 using platform::ScannedType;
 
-bool ContainsVisibleItem(const std::string& folder) {
+// A folder that can't be listed may contain clips.
+bool MayHaveVisibleItem(const std::string& folder) {
   bool found = false;
-  platform::ScanFolder(folder, [&found](std::string_view name, ScannedType) {
+  const bool isListed = platform::ScanFolder(folder, [&found](std::string_view name, ScannedType) {
     found = !foundation::IsHidden(name);
     return !found;
   });
-  return found;
+  return found || !isListed;
 }
 
 Recognition Recognize(const std::string& root) {
@@ -41,15 +42,16 @@ Recognition Recognize(const std::string& root) {
   if (dcim.empty()) return Recognition::kNone;
   bool hasCameraFolder = false;
   bool hasOther = false;
-  platform::ScanFolder(dcim, [&](std::string_view name, ScannedType) {
+  const bool isListed = platform::ScanFolder(dcim, [&](std::string_view name, ScannedType) {
     if (foundation::IsHidden(name)) return true;
     if (dcim::MakerOfFolder(name) == nullptr) {
       hasOther = true;
     } else {
-      hasCameraFolder = ContainsVisibleItem(foundation::JoinPath(dcim, name));
+      hasCameraFolder = MayHaveVisibleItem(foundation::JoinPath(dcim, name));
     }
     return !hasCameraFolder;
   });
+  if (!isListed) return Recognition::kWithReservation;
   return hasCameraFolder || hasOther ? Recognized(hasCameraFolder) : Recognition::kNone;
 }
 
