@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <set>
 #include <string_view>
 
 #include "ClipPictures.h"
@@ -73,7 +74,8 @@ SheetClip MakeClip(const std::string& key, const std::string& shortKey, const Fi
   return clip;
 }
 
-std::string TotalDuration(const ContentMap& content) {
+// In seconds.
+double TotalDuration(const ContentMap& content) {
   double seconds = 0;
   for (const auto& [key, values] : content) {
     const std::vector<std::string> rate = FieldTexts(values, "videoFrameRate");
@@ -82,7 +84,7 @@ std::string TotalDuration(const ContentMap& content) {
       seconds += DurationSeconds(text, frames);
     }
   }
-  return seconds > 0 ? DurationText(seconds) : std::string();
+  return seconds;
 }
 
 // Returns the size of the existing files of all entries. Accesses the disk.
@@ -96,41 +98,71 @@ unsigned long long TotalBytes(const std::string& path, const ContentMap& content
   return bytes;
 }
 
-struct Sheet {
-  SheetPage page;
+// The clips of one card or folder, without pictures.
+struct CardSheet {
+  const ProviderWrapper& provider;
+  std::string path;
   std::vector<std::string> keys;
-  std::vector<SheetClip> clips;  // without pictures, in the order of the keys
+  std::vector<SheetClip> clips;  // in the order of the keys
+  double seconds = 0;
+  unsigned long long bytes = 0;
 };
 
-Sheet MakeSheet(Context& context, const ProviderWrapper& provider, const std::string& path) {
+CardSheet ReadCard(Context& context, const ProviderWrapper& provider, const std::string& path) {
   const std::vector<Column> columns = SheetColumns(context.options, provider);
   FieldNameList fields = FieldsOf(columns);
   fields.push_back(Sorvik::kNameField);
   fields.insert(fields.end(), kTotalFields.begin(), kTotalFields.end());
   const ContentMap content = ListEntries(context, provider, path, fields);
   const std::map<std::string, std::string> shortKeys = ShortKeys(path, content);
-  Sheet sheet;
-  SheetPage& page = sheet.page;
-  page = {path,
-          provider.GetUIString(),
-          Hestra::MakeStdString(Hestra::GetLanguageString()),
-          {},
-          content.size()};
-  if (page.language == "x-default") page.language = "en";
+  CardSheet card{provider, path, {}, {}};
   for (const auto& [key, values] : content) {
-    sheet.keys.push_back(key);
-    sheet.clips.push_back(MakeClip(key, shortKeys.at(key), values, columns));
+    card.keys.push_back(key);
+    card.clips.push_back(MakeClip(key, shortKeys.at(key), values, columns));
   }
-  const std::string duration = TotalDuration(content);
-  if (!duration.empty()) {
-    page.totals.emplace_back(Translated("$$$/Sorvik/Sheet/Duration=Total duration"), duration);
-  }
+  card.seconds = TotalDuration(content);
   context.session.GetProgress().Begin("looking for files");
   const auto& stop = context.session.Stopped();
-  const auto bytes = context.session.OnWorker<unsigned long long>(
+  card.bytes = context.session.OnWorker<unsigned long long>(
       [&path, &content, &stop] { return TotalBytes(path, content, stop); });
+  return card;
+}
+
+// The cards as `sorvik PATH` finds them: those nearby if the path is only a plain folder.
+std::vector<CardSheet> ReadCards(Context& context, const std::string& path,
+                                 std::vector<std::string>& unreadableFolders) {
+  const ProviderWrapper& provider = ChooseProvider(context, path);
+  std::vector<CardSheet> cards;
+  if (context.options.provider.empty() && !IsStructure(provider)) {
+    const CardsOfPath found = NearbyCards(context, path);
+    unreadableFolders = found.unreadableFolders;
+    for (const Sorvik::FoundCard& card : found.cards) {
+      cards.push_back(ReadCard(context, ProviderOf(card), card.path));
+    }
+  }
+  if (cards.empty()) cards.push_back(ReadCard(context, provider, path));
+  return cards;
+}
+
+SheetPage MakePage(const std::string& path, const std::vector<CardSheet>& cards) {
+  SheetPage page{path, {}, Hestra::MakeStdString(Hestra::GetLanguageString()), {}, 0};
+  if (page.language == "x-default") page.language = "en";
+  std::set<std::string> providers;
+  double seconds = 0;
+  unsigned long long bytes = 0;
+  for (const CardSheet& card : cards) {
+    const std::string name = card.provider.GetUIString();
+    if (providers.insert(name).second) page.provider += (page.provider.empty() ? "" : ", ") + name;
+    page.clips += card.clips.size();
+    seconds += card.seconds;
+    bytes += card.bytes;
+  }
+  if (seconds > 0) {
+    page.totals.emplace_back(Translated("$$$/Sorvik/Sheet/Duration=Total duration"),
+                             DurationText(seconds));
+  }
   page.totals.emplace_back(Translated("$$$/Sorvik/Sheet/Bytes=Size"), SizeText(bytes));
-  return sheet;
+  return page;
 }
 
 // Stores the pictures in the page, or in a folder next to it if there are many.
@@ -167,12 +199,15 @@ class PictureStore {
 // Writes the clips in their order, each as soon as its picture is there.
 class ClipWriter {
  public:
-  ClipWriter(Context& context, ClipPictures& pictures, Sheet& sheet, OutputFile& file)
-      : session_(context.session),
+  // `first` is the number of clips in the sheets before this one.
+  ClipWriter(Session& session, ClipPictures& pictures, CardSheet& sheet, std::size_t first,
+             PictureStore& store, OutputFile& file)
+      : session_(session),
         pictures_(pictures),
         sheet_(sheet),
+        first_(first),
+        store_(store),
         file_(file),
-        store_(context, sheet.clips.size()),
         done_(sheet.clips.size()) {}
 
   void Run() {
@@ -192,7 +227,7 @@ class ClipWriter {
     ++running_;
     pictures_.Request(sheet_.keys[i], [this, i, &name](const Picture& picture) {
       session_.GetProgress().FinishItem(name);
-      if (!picture.Empty()) sheet_.clips[i].picture = store_.Add(i, picture);
+      if (!picture.Empty()) sheet_.clips[i].picture = store_.Add(first_ + i, picture);
       done_[i] = true;
       --running_;
     });
@@ -213,9 +248,10 @@ class ClipWriter {
 
   Session& session_;
   ClipPictures& pictures_;
-  Sheet& sheet_;
+  CardSheet& sheet_;
+  const std::size_t first_;
+  PictureStore& store_;
   OutputFile& file_;
-  PictureStore store_;
   std::vector<bool> done_;
   std::size_t written_ = 0;
   std::size_t running_ = 0;
@@ -227,15 +263,21 @@ int RunSheet(Context& context) {
   const Options& options = context.options;
   const std::string path = ResolvePath(options.operands.front());
   RefuseFileOfCard(context, options.output);
-  const ProviderWrapper& provider = ChooseProvider(context, path);
-  Sheet sheet = MakeSheet(context, provider, path);
-  if (sheet.clips.empty()) throw Failure(kFailed, path, "no entries");
+  std::vector<std::string> unreadableFolders;
+  std::vector<CardSheet> cards = ReadCards(context, path, unreadableFolders);
+  const SheetPage page = MakePage(path, cards);
+  if (page.clips == 0) throw Failure(kFailed, path, "no entries");
   const PictureSize icons{options.width, options.height};
-  ClipPictures pictures(context, provider, path,
-                        options.sizeGiven ? icons : PictureSize{kPictureWidth, 0}, icons);
   OutputFile file(context.output, options.output);
-  file.Write(SheetBegin(sheet.page));
-  ClipWriter(context, pictures, sheet, file).Run();
+  file.Write(SheetBegin(page));
+  PictureStore store(context, page.clips);
+  std::size_t first = 0;
+  for (CardSheet& card : cards) {
+    ClipPictures pictures(context, card.provider, card.path,
+                          options.sizeGiven ? icons : PictureSize{kPictureWidth, 0}, icons);
+    ClipWriter(context.session, pictures, card, first, store, file).Run();
+    first += card.clips.size();
+  }
   file.Write(SheetEnd());
   file.Close();
   if (options.json) {
@@ -244,10 +286,10 @@ int RunSheet(Context& context) {
     json.Key("file");
     json.String(ResolvePath(options.output));
     json.Key("entries");
-    json.Number(static_cast<unsigned long long>(sheet.clips.size()));
+    json.Number(static_cast<unsigned long long>(page.clips));
     json.EndObject();
   }
-  return kDone;
+  return ReportUnreadable(context, unreadableFolders);
 }
 
 }  // namespace host

@@ -89,6 +89,16 @@ TEST_F(Cards, CheckAndFilesOfAPlainFolderTakeTheCardsNearby) {
   EXPECT_EQ(RunSorvik({"files", tree_.Path("plain")}).output, tree_.Path("plain/a.txt") + "\n");
 }
 
+TEST_F(Cards, SheetsOfAPlainFolderTakeTheCardsNearby) {
+  MakeXAVCCard(tree_, "x/PRIVATE/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}});
+  MakeXDCAMEXCard(tree_, "x/PRIVATE/JVC", {{"A_01"}});
+  const ProgramResult sheet = RunSorvik({"sheet", tree_.Path("x"), "-o", "-"});
+  EXPECT_EQ(sheet.exitCode, 0) << sheet.errors;
+  EXPECT_THAT(sheet.output, HasSubstr("<h2>C0001</h2>"));
+  EXPECT_THAT(sheet.output, HasSubstr("<h2>A_01</h2>"));
+  EXPECT_THAT(sheet.output, HasSubstr("<span id=\"count\">2</span>"));
+}
+
 TEST_F(Cards, CheckAndFilesCoverTheRestOfTheMedium) {
   MakeXAVCCard(tree_, "x/PRIVATE/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}});
   const std::string database = tree_.File("x/Private/Database/DATABASE.BIN", "12345");
