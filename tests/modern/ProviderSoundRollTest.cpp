@@ -121,6 +121,9 @@ TEST(ProviderSoundRoll, RecognizesRecordersByAtMostTwoFiles) {
   tree.File("music/c.wav", MadeRecording({}));
   tree.File("second/a.wav", plain);
   tree.File("second/b.wav", MadeRecording({}));
+  tree.File("emptied/a.wav", "");
+  tree.File("emptied/b.wav", "");
+  tree.File("emptied/c.wav", MadeRecording({}));
   tree.File("far/a.wav", MadeRecording({.paddingBefore = 70'000}));
   tree.File("mixed/a.wav", MadeRecording({.ixml = "<TAKE>1</TAKE>", .bext = false}));
   tree.File("mixed/a.mov");
@@ -130,6 +133,7 @@ TEST(ProviderSoundRoll, RecognizesRecordersByAtMostTwoFiles) {
   }
   EXPECT_EQ(kProvider.CanProvideFor(tree.Path("music")), 0);
   EXPECT_EQ(kProvider.CanProvideFor(tree.Path("second")), 100);
+  EXPECT_EQ(kProvider.CanProvideFor(tree.Path("emptied")), 100);
   EXPECT_EQ(kProvider.CanProvideFor(tree.Path("far")), 0);
   EXPECT_EQ(kProvider.CanProvideFor(tree.Path("mixed")), 40);
   for (const char* other : {"ari", "dng", "R3D", "missing", "second/b.wav"}) {

@@ -229,14 +229,12 @@ std::shared_ptr<const RecorderFile> RecorderFile::Of(const std::string& path) {
       });
 }
 
-std::optional<RecorderFile> RecorderFile::FromHead(const std::string& path) {
-  const auto head = platform::ReadHead(path, kWindowSize);
-  if (!head) return std::nullopt;
-  const auto read = [&head](std::uint64_t offset, std::size_t count) {
-    const auto part = ByteReader(*head).Clip(offset, count).Bytes();
+std::optional<RecorderFile> RecorderFile::FromHead(std::span<const std::byte> head) {
+  const auto read = [head](std::uint64_t offset, std::size_t count) {
+    const auto part = ByteReader(head).Clip(offset, count).Bytes();
     return std::vector<std::byte>(part.begin(), part.end());
   };
-  return Read(read, head->size());
+  return Read(read, head.size());
 }
 
 }  // namespace Sorvik::formats::sound

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -79,8 +80,9 @@ struct RecorderFile {
   static std::optional<RecorderFile> Read(const ReadBytes& read, std::uint64_t size);
   // The file at `path`, opened once within a call scope; null if it isn't a WAV file.
   static std::shared_ptr<const RecorderFile> Of(const std::string& path);
-  // From its first 64 KiB; nullopt if it isn't a WAV file.
-  static std::optional<RecorderFile> FromHead(const std::string& path);
+  // From the first kHeadBytes of a file; nullopt if it isn't a WAV file.
+  static std::optional<RecorderFile> FromHead(std::span<const std::byte> head);
+  static constexpr std::size_t kHeadBytes = std::size_t{64} << 10;
 };
 
 }  // namespace Sorvik::formats::sound

@@ -9,6 +9,7 @@
 #include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
+#include "foundation/platform/FileSystem.h"
 #include "providers/modern/CompanionFiles.h"
 #include "providers/modern/SoundTakes.h"
 
@@ -63,6 +64,20 @@ MediaEntry MakeEntry(const CardFolder& folder, const Take& take) {
     }
   }
   return entry;
+}
+
+// Whether one of the first files is of a recorder. Files that are empty or can't be opened show
+// nothing.
+bool HasFileOfRecorder(const CardFolder& folder) {
+  std::size_t examined = 0;
+  for (const std::string& name : folder.VisibleFiles(kSoundExtension)) {
+    const auto head = platform::ReadHead(folder.PathOf(name), RecorderFile::kHeadBytes);
+    if (!head || head->empty()) continue;
+    const auto file = RecorderFile::FromHead(*head);
+    if (file && file->IsOfRecorder()) return true;
+    if (++examined == kMaxRecognitionFiles) break;
+  }
+  return false;
 }
 
 SoundList BuildList(const std::string& root) {
@@ -139,13 +154,7 @@ Recognition ProviderSoundRoll::Recognize(const std::string& root) const {
     return Recognition::kNone;
   }
   if (folder->FindVisibleFile(IsFrameOrClip)) return Recognition::kNone;
-  std::vector<std::string> names = folder->VisibleFiles(kSoundExtension);
-  names.resize(std::min(names.size(), kMaxRecognitionFiles));
-  const bool isOfRecorder = std::ranges::any_of(names, [&folder](const std::string& name) {
-    const auto file = RecorderFile::FromHead(folder->PathOf(name));
-    return file && file->IsOfRecorder();
-  });
-  if (!isOfRecorder) return Recognition::kNone;
+  if (!HasFileOfRecorder(*folder)) return Recognition::kNone;
   return Recognized(!folder->FindVisibleFile([](const std::string& name) {
     return formats::HasMediaExtension(name) && !HasExtension(name, kSoundExtension);
   }));
