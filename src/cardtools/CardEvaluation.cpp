@@ -6,16 +6,21 @@
 #include <utility>
 
 #include "formats/MediaProbe.h"
-#include "foundation/CardFolder.h"
+#include "foundation/ByteReader.h"
+#include "foundation/JsonReader.h"
 #include "foundation/Paths.h"
 #include "foundation/XmlTree.h"
 #include "foundation/platform/FileStatus.h"
+#include "foundation/platform/FileSystem.h"
 
 namespace Sorvik {
 namespace {
 
 using formats::MediaProbe;
 using platform::FileKind;
+
+// Larger files aren't parsed.
+constexpr std::size_t kMaxJsonBytes = std::size_t{16} << 20;
 
 bool IsBelow(std::string_view path, std::string_view folder) {
   if (folder == "/") return path.size() > 1;
@@ -38,6 +43,15 @@ bool IsMediaOf(const CardDescription::MediaFolder& folder, std::string_view path
   return std::ranges::any_of(folder.extensions, [path](const std::string& extension) {
     return foundation::HasExtension(path, extension);
   });
+}
+
+bool IsJsonFile(const std::string& path) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  const auto bytes = platform::ReadHead(path, kMaxJsonBytes);
+  if (!bytes) return false;
+  std::string_view text = foundation::ByteReader(*bytes).Text();
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  return bytes->size() == kMaxJsonBytes || foundation::ParseJson(text).has_value();
 }
 
 std::string DescribeShortage(std::uint64_t bytes, std::uint64_t expected,
@@ -132,6 +146,10 @@ void CardEvaluation::CheckContent(const CardContents::Part& part, const std::str
     if (!foundation::ReadXmlFile(path)) {
       AddFinding(part, Finding::Kind::kUnreadable, std::string(foundation::kMalformedXml));
     }
+    return;
+  }
+  if (part.expectation.content == CardPart::Content::kJson) {
+    if (!IsJsonFile(path)) AddFinding(part, Finding::Kind::kUnreadable, "not a JSON document");
     return;
   }
   const bool probed = part.expectation.content == CardPart::Content::kIndex ||

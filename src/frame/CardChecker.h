@@ -41,6 +41,7 @@ struct CardPart {
     kIndex,   // the same for a small binary index: read with kNames, too
     kXml,     // must be well-formed
     kOpaque,  // not read
+    kJson,    // must be a JSON document
   };
 
   std::string path;

@@ -91,15 +91,25 @@ TEST(ProviderBRAW, ChecksBothPartsOfRecordingsOnTwoCards) {
   tree.File("card/unknown.braw", MadeBraw({}));
   tree.File("card/truncated.braw", MadeBraw({}).substr(0, 60));
   tree.File("card/single.sidecar", "{}");
+  tree.File("card/both.sidecar", "\xEF\xBB\xBF{\"iso\":\"400\"}\n");
+  tree.File("card/first.sidecar", "");
+  tree.File("card/second.sidecar", "{\"iso\":\"4");
+  tree.File("card/unknown.sidecar", std::string(16, '\0'));
   tree.File("card/Proxy/gone.mp4", MadeMedia("gone.mp4"));
   const Checked checked("com.halvane.Merisk.ProviderBRAW", tree.Path("card"));
   EXPECT_THAT(checked.findings, UnorderedElementsAre("missing error span first.braw2",
                                                      "missing error essence second.braw",
                                                      "truncated error essence truncated.braw",
+                                                     "empty error sidecar first.sidecar",
+                                                     "unreadable error sidecar second.sidecar",
+                                                     "unreadable error sidecar unknown.sidecar",
                                                      "orphaned error essence Proxy/gone.mp4"));
   EXPECT_THAT(checked.foreign, IsEmpty());
   const Checked quick("com.halvane.Merisk.ProviderBRAW", tree.Path("card"), CheckDepth::kNames);
-  EXPECT_THAT(quick.findings, ElementsAre("orphaned error essence Proxy/gone.mp4"))
+  EXPECT_THAT(quick.findings, UnorderedElementsAre("orphaned error essence Proxy/gone.mp4",
+                                                   "empty error sidecar first.sidecar",
+                                                   "unreadable error sidecar second.sidecar",
+                                                   "unreadable error sidecar unknown.sidecar"))
       << "no media is read";
 }
 

@@ -62,6 +62,12 @@ FieldValueMap MakeEntry(const MediaList& list, const MediaEntry& entry,
   return values;
 }
 
+CardPart::Content ContentOf(const std::string& path, std::string_view role) {
+  if (IsMediaRole(role) || role == card_role::kThumbnail) return CardPart::Content::kMedia;
+  return foundation::HasExtension(path, ".sidecar") ? CardPart::Content::kJson
+                                                    : CardPart::Content::kOpaque;
+}
+
 }  // namespace
 
 const MediaEntry* MediaList::Find(std::string_view key) const {
@@ -112,10 +118,7 @@ void ProviderMediaFilesBase::DescribeCard(const std::string& path, const Content
   for (const MediaEntry& entry : list->entries) {
     const auto expect = [&](const std::string& file, const char* role) {
       card.Expect(
-          {.path = file,
-           .role = role,
-           .entryKeys = {entry.key},
-           .content = IsMediaRole(role) ? CardPart::Content::kMedia : CardPart::Content::kOpaque});
+          {.path = file, .role = role, .entryKeys = {entry.key}, .content = ContentOf(file, role)});
     };
     for (const std::string& part : entry.parts) expect(part, entry.partRole);
     for (const MediaFile& file : entry.files) expect(file.path, file.role);
