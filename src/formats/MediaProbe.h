@@ -23,10 +23,10 @@ struct MediaProbe {
 };
 
 // The container is recognised by the extension of `path` (UTF-8, case-insensitive): MXF; MP4, MOV,
-// BRAW; MTS, M2TS, M2T, TS; WAV, AVI; DV; ARI; DNG; RMF; R3D; BMP.
+// CRM, BRAW; MTS, M2TS, M2T, TS; WAV, AVI; DV; ARI; DNG; RMF; R3D; BMP, JPG, THM.
 MediaProbe ProbeMedia(const std::string& path);
 
-// True if ProbeMedia supports the extension, except BMP.
+// True if ProbeMedia supports the extension, except those of pictures and AVCHD indexes.
 bool IsMediaName(std::string_view path);
 
 }  // namespace Sorvik::formats

@@ -3,6 +3,7 @@
 
 #include "formats/MediaProbe.h"
 #include "support/IsoBytes.h"
+#include "support/MadeMedia.h"
 #include "support/TempTree.h"
 #include "support/TiffBytes.h"
 
@@ -44,6 +45,56 @@ TEST(MediaProbe, FindsTheEndOfTheLastSample) {
   const std::string sound = OpenEndedMovie(1).str();
   const std::string path = tree.File("c.mov", sound.substr(0, sound.size() - 40));
   EXPECT_EQ(Sorvik::formats::ProbeMedia(path).result, Result::kPassed);
+}
+
+TEST(MediaProbe, FindsPicturesWithoutAnEndMarker) {
+  const TempTree tree;
+  const auto resultOf = [&tree](const std::string& picture) {
+    return Sorvik::formats::ProbeMedia(tree.File("a.JPG", picture)).result;
+  };
+  const std::string small = MadeMedia(".jpg");
+  EXPECT_EQ(resultOf(small), Result::kPassed);
+  EXPECT_EQ(resultOf(small + std::string(300'000, '\0')), Result::kPassed) << "padding";
+  for (std::size_t bytes = 2; bytes < small.size(); ++bytes) {
+    EXPECT_EQ(resultOf(small.substr(0, bytes)), Result::kTruncated) << bytes << " bytes";
+  }
+  EXPECT_EQ(resultOf("RIFF"), Result::kUnreadable);
+
+  // A scan that is longer than what is read of it.
+  Bytes scan;
+  for (int i = 0; i < 1000; ++i) {
+    for (unsigned value = 0; value < 0xFF; ++value) scan.U8(value);
+    scan.Hex("FF00");
+  }
+  const std::string large = small.substr(0, small.size() - 2) + scan.str();
+  EXPECT_EQ(resultOf(large), Result::kTruncated);
+  EXPECT_EQ(resultOf(large + "\xFF\xD9"), Result::kPassed);
+  Bytes trailer;  // of another kind
+  for (int i = 0; i < 70'000; ++i) trailer.U16(static_cast<std::uint16_t>(i * 7));
+  EXPECT_EQ(resultOf(large + "\xFF\xD9" + trailer.str()), Result::kPassed);
+}
+
+TEST(MediaProbe, FindsTheEndOfPicturesBehindAPicture) {
+  const TempTree tree;
+  const std::string picture = MadeMedia(".jpg");
+  // Two pictures; offsets count from the header of the directory, 10 bytes after SOI.
+  constexpr std::uint32_t kIndexBytes = 64;
+  const auto withIndex = [&](std::uint32_t secondAt) {
+    Bytes index = Bytes().Text(std::string_view("MPF\0MM\0*", 8)).U32(8).U16(1);
+    index.U16(0xB002).U16(7).U32(32).U32(26).U32(0);
+    index.U32(0).U32(0).U32(0).U32(0).U32(0).U32(picture.size()).U32(secondAt).U32(0);
+    EXPECT_EQ(index.size() + 2, kIndexBytes);
+    return picture.substr(0, 2) + Bytes().Hex("FFE2").U16(kIndexBytes).Add(index).str() +
+           picture.substr(2) + picture;
+  };
+  const std::string both = withIndex(static_cast<std::uint32_t>(kIndexBytes + picture.size()) - 8);
+  const auto probe = [&tree](const std::string& bytes) {
+    return Sorvik::formats::ProbeMedia(tree.File("a.jpeg", bytes));
+  };
+  EXPECT_EQ(probe(both).result, Result::kPassed);
+  EXPECT_NE(probe(both.substr(0, both.size() - 1)).detail.find("by its index of pictures"),
+            std::string::npos);
+  EXPECT_EQ(probe(withIndex(7)).result, Result::kPassed) << "no picture there";
 }
 
 TEST(MediaProbe, FindsTheEndOfTheTilesOfADng) {

@@ -271,18 +271,17 @@ class DCIMChecks : public testing::Test {
 TEST_F(DCIMChecks, ReportWhatNamesProve) {
   for (const char* file :
        {"100GOPRO/GX010001.MP4", "100GOPRO/GX030001.MP4", "100GOPRO/GP020002.MP4",
-        "100GOPRO/GXAA0007.MP4", "100GOPRO/GXAA0009.MP4"}) {
+        "100GOPRO/GXAA0007.MP4", "100GOPRO/GXAA0009.MP4", "100GOPRO/GX010004.THM",
+        "100GOPRO/G0010005.JPG"}) {
     Media(file);
   }
+  tree_.File("card/DCIM/100GOPRO/G0010008.JPG", MadeMedia(".jpg").substr(0, 100));
   tree_.File("card/DCIM/100GOPRO/GL010003.LRV", MadeMedia(".MP4"));
   tree_.File("card/DCIM/100GOPRO/GL010001.LRV", MadeMedia(".MP4").substr(0, 200));
-  for (const char* file :
-       {"100GOPRO/GX010004.THM", "100GOPRO/G0010005.JPG", "100GOPRO/G0010008.JPG"}) {
-    tree_.File(std::string("card/DCIM/") + file, "x");
-  }
   tree_.File("card/DCIM/101GOPRO/GX010001.MP4");
   const CardFindings result = CheckCard(tree_.Path("card"), kId);
-  EXPECT_THAT(Findings(result), ElementsAre("truncated error proxy 100GOPRO/GL010001.LRV",
+  EXPECT_THAT(Findings(result), ElementsAre("truncated error frame 100GOPRO/G0010008.JPG",
+                                            "truncated error proxy 100GOPRO/GL010001.LRV",
                                             "missing error essence 100GOPRO/GL010003",
                                             "missing error segment 100GOPRO/GOPR0002.MP4",
                                             "missing error segment 100GOPRO/GP010002.MP4",

@@ -24,10 +24,10 @@ constexpr char kRoot[] = "card/PRIVATE/PANA_GRP";
 
 void MakeCard(const TempTree& tree, const std::string& root) {
   for (const char* file : {"001RAQAM/A001C001_250101AB.MOV", "002YBJAT/A001C001_250101AB.MOV",
-                           "003XXXAM/CLIP0001.MP4"}) {
+                           "003XXXAM/CLIP0001.MP4", "001RAQAM/A001C001_250101AB.JPG"}) {
     tree.File(root + "/" + file, MadeMedia(file));
   }
-  for (const char* file : {"001RAQAM/INDEX.DAT", "001RAQAM/A001C001_250101AB.JPG", "BACKUP.TMP"}) {
+  for (const char* file : {"001RAQAM/INDEX.DAT", "BACKUP.TMP"}) {
     tree.File(root + "/" + file, "x");
   }
 }

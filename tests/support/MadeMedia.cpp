@@ -94,6 +94,16 @@ std::string Dng() {
   return file.PadTo(64).Fill(100, 0x55).str();
 }
 
+// A gray picture of 8x8 pixels: each of its Huffman tables has one code.
+std::string Jpeg() {
+  Bytes picture = Bytes().Hex("FFD8 FFDB0043 00").Fill(64, 1);
+  picture.Hex("FFC0000B080008000801011100");
+  for (const unsigned table : {0x00U, 0x10U}) {
+    picture.Hex("FFC40014").U8(table).U8(1).Fill(15).U8(0);
+  }
+  return picture.Hex("FFDA0008010100003F00 3F FFD9").str();
+}
+
 std::string R3d() {
   Bytes file;
   file.U32(324).Text("RED1").PadTo(324).U32(100).Text("REDV").PadTo(424);
@@ -118,6 +128,10 @@ std::string MadeMedia(std::string_view name) {
                                   {".rmf", Rmf},
                                   {".dng", Dng},
                                   {".r3d", R3d},
+                                  {".jpg", Jpeg},
+                                  {".jpeg", Jpeg},
+                                  {".thm", Jpeg},
+                                  {".crm", Mp4},
                                   {".mts", [] { return Packets(4); }},
                                   {".m2ts", [] { return Packets(4); }},
                                   {".m2t", [] { return Packets(0); }}};

@@ -2,6 +2,7 @@
 #include "support/ModernCards.h"
 
 #include "support/Cards.h"
+#include "support/MadeMedia.h"
 
 namespace sorvik_test {
 namespace {
@@ -81,11 +82,6 @@ std::string RecordXml(const XAVCClip& clip) {
                             "serialNo=\"1234\""));
 }
 
-// A picture of one black pixel is a picture.
-constexpr unsigned char kPicture[] = {'G', 'I', 'F', '8', '9', 'a', 1,   0,    1, 0, 0x80, 0,
-                                      0,   0,   0,   0,   255, 255, 255, ',',  0, 0, 0,    0,
-                                      1,   0,   1,   0,   0,   2,   2,   0x44, 1, 0, ';'};
-
 }  // namespace
 
 std::string UmidOf(const XAVCClip& clip) { return UmidOf(clip.name).substr(0, 48) + clip.device; }
@@ -106,8 +102,7 @@ void MakeXAVCCard(const TempTree& tree, const std::string& root, XAVCLayout layo
     if (clip.record) tree.File(file + "M01.XML", RecordXml(clip));
     if (clip.proxy) tree.File(root + "/" + names.proxies + "/" + clip.name + "S03.MP4", "proxy");
     if (clip.thumbnail) {
-      tree.File(root + "/" + names.thumbnails + "/" + clip.name + "T01.JPG",
-                {reinterpret_cast<const char*>(kPicture), sizeof(kPicture)});
+      tree.File(root + "/" + names.thumbnails + "/" + clip.name + "T01.JPG", MadeMedia(".jpg"));
     }
   }
   if (!index) return;
@@ -123,7 +118,9 @@ void MakeXAVCCard(const TempTree& tree, const std::string& root, XAVCLayout layo
 
 void MakeCanonFlatCard(const TempTree& tree, const std::string& root,
                        const std::vector<std::string>& files) {
-  for (const std::string& file : files) tree.File(root + "/CONTENTS/CLIPS001/" + file, "essence");
+  for (const std::string& file : files) {
+    tree.File(root + "/CONTENTS/CLIPS001/" + file, MadeMedia(file));
+  }
 }
 
 }  // namespace sorvik_test

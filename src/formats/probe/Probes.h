@@ -29,6 +29,7 @@ MediaProbe ProbeRmf(const RegularFile& file);
 MediaProbe ProbeDng(const RegularFile& file);
 MediaProbe ProbeR3d(const RegularFile& file);
 MediaProbe ProbeBmp(const RegularFile& file);
+MediaProbe ProbeJpeg(const RegularFile& file);
 MediaProbe ProbeAvchdIndex(const RegularFile& file);
 
 inline MediaProbe Passed() { return {MediaProbe::Result::kPassed, {}}; }

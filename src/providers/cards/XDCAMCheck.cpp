@@ -72,7 +72,7 @@ RoleOfPart RoleOf(const MaterialPart& part) {
   if (part.kind == MaterialPart::Kind::kProxy) return {card_role::kProxy, Content::kMedia};
   if (part.kind == MaterialPart::Kind::kComponent) return {card_role::kEssence, Content::kMedia};
   if (part.type == "XML") return {card_role::kClipRecord, Content::kXml};
-  if (part.type == "JPG") return {card_role::kThumbnail, Content::kOpaque};
+  if (part.type == "JPG") return {card_role::kThumbnail, Content::kMedia};
   return {card_role::kRealTimeMeta, Content::kOpaque};
 }
 

@@ -41,7 +41,7 @@ constexpr std::string_view kStructureFolders[] = {
 
 void Expect(const std::string& path, std::string_view role, const Object& object,
             CardDescription& card) {
-  const bool isMedia = role != card_role::kThumbnail && role != card_role::kSidecar;
+  const bool isMedia = role != card_role::kSidecar;
   card.Expect({.path = path,
                .role = std::string(role),
                .entryKeys = {object.key},

@@ -142,9 +142,12 @@ void ProviderPanaGroup::DescribeCard(const std::string& path, const ContentMap&,
                         .entryKeys = {clip.key},
                         .content = CardPart::Content::kMedia});
     for (const std::string& file : clip.files) {
-      description.Expect({.path = file,
-                          .role = IsPicture(file) ? card_role::kThumbnail : card_role::kSidecar,
-                          .entryKeys = {clip.key}});
+      const bool isPicture = IsPicture(file);
+      description.Expect(
+          {.path = file,
+           .role = isPicture ? card_role::kThumbnail : card_role::kSidecar,
+           .entryKeys = {clip.key},
+           .content = isPicture ? CardPart::Content::kMedia : CardPart::Content::kOpaque});
     }
   }
   for (const std::string& file : card->SharedFiles()) description.AddStructureFile(file);

@@ -35,7 +35,7 @@ RoleOfFile RoleOf(std::string_view name) {
   if (xavc::IsFileOfKind(name, 'M') && HasExtension(name, ".xml")) {
     return {card_role::kClipRecord, Content::kXml};
   }
-  if (xavc::IsFileOfKind(name, 'T')) return {card_role::kThumbnail, Content::kOpaque};
+  if (xavc::IsFileOfKind(name, 'T')) return {card_role::kThumbnail, Content::kMedia};
   if (xavc::IsFileOfKind(name, 'R')) return {card_role::kRealTimeMeta, Content::kOpaque};
   if (xavc::IsFileOfKind(name, 'S')) return {card_role::kProxy, Content::kMedia};
   // The pieces of a proxy aren't complete files.
