@@ -261,4 +261,16 @@ Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset,
   return stream;
 }
 
+std::vector<std::uint64_t> VideoTimes(ByteReader piece, const Layout& layout,
+                                      std::uint64_t offset) {
+  constexpr std::uint8_t kVideoStreams = 0xE0;  // 16 of them
+  std::vector<std::uint64_t> times;
+  Packets packets(piece, layout, offset);
+  while (const auto packet = packets.Next()) {
+    if (!packet->unitStart || (packet->payload.U8(3).value_or(0) & 0xF0) != kVideoStreams) continue;
+    if (const auto time = ReadPESHeader(packet->payload).presentation) times.push_back(*time);
+  }
+  return times;
+}
+
 }  // namespace Sorvik::formats::ts

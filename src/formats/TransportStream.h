@@ -82,4 +82,7 @@ Program FindProgram(ByteReader piece, const Layout& layout);
 Elementary Collect(ByteReader piece, const Layout& layout, std::uint64_t offset, std::uint16_t pid,
                    std::size_t maxBytes, bool timesOnly = false);
 
+// The presentation times of the video in a piece, of whatever program, in file order.
+std::vector<std::uint64_t> VideoTimes(ByteReader piece, const Layout& layout, std::uint64_t offset);
+
 }  // namespace Sorvik::formats::ts

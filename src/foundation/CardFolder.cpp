@@ -212,8 +212,14 @@ bool ExistsOnCard(std::string_view path, Lookup lookup) {
 
 std::optional<std::string> FindOnCard(std::string_view path) {
   if (ExistsOnCard(path, Lookup::kListing)) return std::string(path);
-  const std::string_view folder = ParentFolder(path);
+  std::string folder(ParentFolder(path));
   if (folder.empty()) return std::nullopt;
+  if (!CardFolder::Of(folder)->IsReadable()) {
+    const std::string_view parent = ParentFolder(folder);
+    const auto other = CardFolder::Of(parent)->Find(FileName(folder));
+    if (parent.empty() || !other) return std::nullopt;
+    folder = JoinPath(parent, *other);
+  }
   const auto name = CardFolder::Of(folder)->Find(FileName(path));
   return name ? std::optional(JoinPath(folder, *name)) : std::nullopt;
 }

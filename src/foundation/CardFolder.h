@@ -106,7 +106,8 @@ bool ExistsOnCard(std::string_view path, Lookup lookup);
 bool ExistsOnDisk(std::string_view path);
 bool FolderExistsOnDisk(std::string_view path);
 
-// `path` if it exists, else the path in the same folder whose name equals it ignoring case.
+// `path` if it exists, else the path in the same folder whose name equals it ignoring case. The
+// name of the folder may be in another spelling, too.
 std::optional<std::string> FindOnCard(std::string_view path);
 
 // False only if the call scope has listed the folder of `path` already and the name isn't in it.

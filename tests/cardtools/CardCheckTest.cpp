@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <filesystem>
 #include <mutex>
 #include <set>
@@ -139,6 +140,28 @@ TEST_F(CardCheck, FindsPartsOfTakesOnOtherCards) {
   EXPECT_THAT(Findings("three", "ProviderXDCAMEX"), ElementsAre("missing span " + UmidOf("B_01")));
 }
 
+TEST_F(CardCheck, AcceptsCopiesOfXDCAMEXCardsInLowerCase) {
+  MakeXDCAMEXCard(tree_, "card", {{.name = "A_0001_01"}, {.name = "A_0001_02"}, {"A_0950_01"}},
+                  {{.name = "A_0001", .clips = {"A_0001_01", "A_0001_02"}}});
+  std::vector<fs::path> paths;
+  for (const char* folder : {"card/BPAV/CLPR", "card/BPAV/TAKR"}) {
+    for (const auto& item : fs::recursive_directory_iterator(tree_.Path(folder))) {
+      paths.push_back(item.path());
+    }
+  }
+  for (auto path = paths.rbegin(); path != paths.rend(); ++path) {
+    std::string name = path->filename().string();
+    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    fs::rename(*path, path->parent_path() / name);
+  }
+  EXPECT_THAT(Findings("card", "ProviderXDCAMEX"), testing::IsEmpty());
+  const CardFindings result = CheckCard(tree_.Path("card"), "com.halvane.Merisk.ProviderXDCAMEX");
+  EXPECT_EQ(result.clips, 2u);
+  for (const CardFile& file : result.files) {
+    EXPECT_NE(file.role, CardFileRole::kForeign) << file.path;
+  }
+}
+
 TEST_F(CardCheck, NamesAVCHDPartsAsTheCardDoes) {
   const AvchdCard card(tree_, "card", kLongNames);
   card.Clips({"00000", "00001", "00007"});
@@ -151,6 +174,34 @@ TEST_F(CardCheck, NamesAVCHDPartsAsTheCardDoes) {
                                    "missing clip record BDMV/CLIPINF/00002.clpi",
                                    "missing essence BDMV/STREAM/00002.m2ts",
                                    "orphaned essence BDMV/STREAM/00007.m2ts"));
+}
+
+// Eight packets with a video frame at `first`, the others at `last` (90 kHz).
+std::string StreamOf(std::uint64_t first, std::uint64_t last) {
+  Bytes stream;
+  for (int i = 0; i < 8; ++i) {
+    const std::uint64_t time = i == 0 ? first : last;
+    Bytes frame = Bytes().U24(1).U8(0xE0).U16(0).U8(0x80).U8(0x80).U8(5);
+    frame.U8(0x21 | (time >> 29 & 0x0E)).U16((time >> 14 & 0xFFFE) | 1);
+    frame.U16((time << 1 & 0xFFFE) | 1);
+    stream.U32(0).U8(0x47).U16(0x5011).U8(0x10).Add(frame.PadTo(184));
+  }
+  return stream.str();
+}
+
+TEST_F(CardCheck, ComparesStreamsWithPlaylistsWithoutClipInformation) {
+  const AvchdCard card(tree_, "card");
+  card.Playlist("00000", {{"00000"}, {"00001"}, {"00002"}});  // from second 1 to 2
+  card.File("STREAM/00000.MTS", StreamOf(90000, 180000 - 3600));
+  card.File("STREAM/00001.MTS", StreamOf(90000, 90000 + 3600));
+  card.File("STREAM/00002.MTS", StreamOf(900000, 0));  // of another clock
+  EXPECT_THAT(Findings("card", "ProviderAVCHD"),
+              UnorderedElementsAre("missing clip record BDMV/CLIPINF/00000.CPI",
+                                   "missing clip record BDMV/CLIPINF/00001.CPI",
+                                   "missing clip record BDMV/CLIPINF/00002.CPI"));
+  card.File("STREAM/00001.MTS", StreamOf(90000, 90000));
+  EXPECT_THAT(Findings("card", "ProviderAVCHD"),
+              testing::Contains("truncated essence BDMV/STREAM/00001.MTS"));
 }
 
 TEST_F(CardCheck, FindsLostSpansOfCanonXF) {

@@ -51,8 +51,8 @@ class AvchdCard {
         bdmv_(folder.empty() ? "BDMV" : folder + "/BDMV"),
         naming_(std::move(naming)) {
     for (const char* name : {"/STREAM", "/CLIPINF", "/PLAYLIST"}) tree_.Folder(bdmv_ + name);
-    tree_.File(bdmv_ + "/" + naming_.index, "INDX0100");
-    tree_.File(bdmv_ + "/" + naming_.movieObject, "MOBJ0100");
+    tree_.File(bdmv_ + "/" + naming_.index, Bytes().Text("INDX0100").PadTo(40).str());
+    tree_.File(bdmv_ + "/" + naming_.movieObject, Bytes().Text("MOBJ0100").PadTo(40).str());
   }
 
   const std::string& Root() const { return root_; }

@@ -111,6 +111,8 @@ MediaProbe ProbeAvchdIndex(const RegularFile& file) {
   const auto* const type = std::ranges::find_if(
       kTypes, [&head](const Type& known) { return head.Matches(0, known.name); });
   if (type == std::end(kTypes)) return NotA("an AVCHD index file");
+  const std::uint64_t lastOffsetAt = *std::ranges::max_element(type->offsetsAt);
+  if (!head.Holds(lastOffsetAt, 4)) return Truncated("ends inside the header");
   std::vector<std::uint64_t> blocks;
   for (const std::uint64_t at : type->offsetsAt) {
     if (at != 0 && head.U32BE(at).value_or(0) != 0) blocks.push_back(*head.U32BE(at));

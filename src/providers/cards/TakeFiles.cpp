@@ -50,7 +50,11 @@ struct PlaylistRecord {
 
 std::optional<TakePlaylist> ReadTakePlaylist(const std::string& smiPath) {
   return CallScope::Remember<PlaylistRecord>(
-             smiPath, [&smiPath] { return PlaylistRecord{TakePlaylist::Read(smiPath)}; })
+             smiPath,
+             [&smiPath] {
+               const auto found = foundation::FindOnCard(smiPath);
+               return PlaylistRecord{found ? TakePlaylist::Read(*found) : std::nullopt};
+             })
       ->playlist;
 }
 
@@ -82,7 +86,7 @@ class TakeSearch {
   // A playlist without a known source counts as missing: the components in the list are used.
   void ReadOwnPlaylist() {
     sources_ = take_.componentUmids;
-    if (take_.materialPath.empty() || !ExistsOnCard(take_.materialPath, Lookup::kListing)) return;
+    if (take_.materialPath.empty()) return;
     auto playlist = ReadTakePlaylist(take_.materialPath);
     if (!playlist) return;
     const bool known = std::ranges::any_of(playlist->sources, [this](const std::string& umid) {

@@ -7,6 +7,7 @@
 
 #include "formats/avchd/ClipInformation.h"
 #include "formats/avchd/Playlist.h"
+#include "formats/avchd/StreamTimes.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 #include "providers/common/CardParts.h"
@@ -63,9 +64,19 @@ std::string PathOf(const Card& card, std::string_view subfolder, const std::stri
       .value_or(JoinPath(JoinPath(card.bdmv, subfolder), clip + std::string(usual)));
 }
 
+// Without clip information, the times of the playlist show whether a stream is complete.
+void CheckTimes(const formats::avchd::PlayItem& item, const std::string& stream,
+                const std::string& key, CardDescription& card) {
+  const unsigned missing = formats::avchd::MissingSeconds(stream, item);
+  if (missing == 0) return;
+  card.Report(Finding::Kind::kTruncated, card_role::kEssence, stream, KeyList(key),
+              "ends " + std::to_string(missing) + " s before the time in the playlist");
+}
+
 // The stream and clip information of a play item. A stream that no entry contains is left to the
 // search for orphaned media: a clip's shot is searched in the playlists up to its number only.
-void ExpectClip(const std::string& clip, const std::string& shotKey, Card& card) {
+void ExpectClip(const formats::avchd::PlayItem& item, const std::string& shotKey, Card& card) {
+  const std::string clip(item.ClipName());
   if (!card.checkedClips.insert(clip).second) return;
   const std::string info = PathOf(card, kClipInfo, clip, kClipInfoExtensions, card.naming.clipInfo);
   const std::string stream = PathOf(card, kStream, clip, kStreamExtensions, card.naming.stream);
@@ -78,11 +89,15 @@ void ExpectClip(const std::string& clip, const std::string& shotKey, Card& card)
                            .entryKeys = KeyList(key),
                            .content = CardPart::Content::kIndex});
   if (orphaned) return;
+  const std::uint64_t minBytes = formats::avchd::StreamBytesOf(info);
+  if (minBytes == 0 && card.description.Depth() != CheckDepth::kNames) {
+    CheckTimes(item, stream, key, card.description);
+  }
   card.description.Expect({.path = stream,
                            .role = card_role::kEssence,
                            .entryKeys = KeyList(key),
                            .content = CardPart::Content::kMedia,
-                           .minBytes = formats::avchd::StreamBytesOf(info),
+                           .minBytes = minBytes,
                            .minBytesSource = std::string(foundation::FileName(info))});
 }
 
@@ -97,7 +112,7 @@ void AddPlaylist(const std::string& path, Card& card) {
       shotKey =
           card.owners.KeyOf(PathOf(card, kStream, clip, kStreamExtensions, card.naming.stream));
     }
-    ExpectClip(clip, shotKey, card);
+    ExpectClip(item, shotKey, card);
   }
 }
 
