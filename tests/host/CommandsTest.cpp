@@ -462,13 +462,12 @@ TEST_F(OnCard, MetaShowsSources) {
   EXPECT_NE(table.output.find("sidecar"), std::string::npos);
   EXPECT_EQ(RunSorvik({"meta", "--packet", "--sources"}).exitCode, 2);
 
-  // What only the card's provider knows about a file.
+  // The media has the record of its clip.
   const std::string essence = card_ + "/CONTENTS/VIDEO/0001AB.MXF";
   fs::copy_file(file + ".xmp", essence + ".xmp");
   const Json clip = RunJson({"meta", essence, "--sources"});
-  EXPECT_EQ(clip["fields"]["videoFrameRate"], "");
-  EXPECT_EQ(clip["sources"]["videoFrameRate"]["from"], "provider");
-  EXPECT_EQ(clip["sources"]["videoFrameRate"]["value"], "25");
+  EXPECT_EQ(clip["fields"]["videoFrameRate"], "25");
+  EXPECT_EQ(clip["sources"]["videoFrameRate"]["from"], "record");
   EXPECT_EQ(clip["sources"]["Make"]["from"], "sidecar");
 }
 

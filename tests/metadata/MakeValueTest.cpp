@@ -11,6 +11,8 @@
 
 #include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
+#include "support/Cards.h"
+#include "support/MadeMedia.h"
 #include "support/TempTree.h"
 #include "support/Values.h"
 #include "xmp/Namespaces.h"
@@ -298,6 +300,25 @@ TEST(MakeValue, ReadsTheMaterialListOnce) {
       TextOf(MakeValue(clip, ParseFields({"duration", "relation", "identifier"})), "identifier"),
       "AB");
   EXPECT_LT(BytesRead() - before, kPadding * 3 / 2);
+}
+
+TEST(MakeValueOfCards, MediaHasTheFactsOfItsClipRecord) {
+  const TempTree tree;
+  sorvik_test::MakeXDCAMDisc(tree, "disc", {{.name = "C0001"}});
+  sorvik_test::MakeXDCAMProav(tree, "proav", {{.name = "C0001"}});
+  sorvik_test::MakeP2Card(tree, "p2");
+  sorvik_test::AddP2Clip(tree, "p2", {.id = "0001AA", .essence = "AUDIO"});
+  const auto field = [&tree](const char* file, const char* name) {
+    return TextOf(MakeValue(tree.Path(file), ParseFields({name})), name);
+  };
+  for (const char* file : {"disc/Clip/C0001.MXF", "proav/PROAV/CLPR/C0001/C0001V01.MXF",
+                           "proav/PROAV/CLPR/C0001/C0001A01.MXF"}) {
+    EXPECT_EQ(field(file, "SerialNumber"), "123") << file;
+  }
+  EXPECT_EQ(field("p2/CONTENTS/AUDIO/0001AA00.MXF", "identifier"),
+            sorvik_test::P2GlobalId("0001AA"));
+  tree.File("p2/CONTENTS/other/0001AA00.MXF", sorvik_test::MadeMedia(".MXF"));
+  EXPECT_EQ(field("p2/CONTENTS/other/0001AA00.MXF", "identifier"), "<none>");
 }
 
 }  // namespace

@@ -5,12 +5,10 @@
 #include <optional>
 #include <utility>
 
-#include "foundation/CardFolder.h"
-#include "foundation/Paths.h"
 #include "xmp/Namespaces.h"
 #include "xmp/NativeValues.h"
 #include "xmp/readers/BrawValues.h"
-#include "xmp/readers/CameraXml.h"
+#include "xmp/readers/ClipRecord.h"
 #include "xmp/readers/GpmfTelemetry.h"
 #include "xmp/readers/Insta360Trailer.h"
 #include "xmp/readers/IsoFragments.h"
@@ -183,39 +181,6 @@ class IsoFile {
   TXMPMeta camera_;
   bool hasCamera_ = false;
 };
-
-// What a clip record adds to the facts of the tracks.
-bool WantsRecord(const WantedProperties& wanted) {
-  constexpr std::pair<const char*, const char*> kProperties[] = {
-      {kNsTIFF, "Make"},        {kNsTIFF, "Model"},        {kNsTIFF, "software"},
-      {kNsAux, "SerialNumber"}, {kNsDM, "cameraModel"},    {kNsDM, "startTimecode"},
-      {kNsDC, "identifier"},    {kNsDC, "title"},          {kNsDC, "description"},
-      {kNsDC, "creator"},       {kNsXMP, "CreateDate"},    {kNsXMP, "ModifyDate"},
-      {kNsEXIF, "GPSLatitude"}, {kNsEXIF, "GPSLongitude"}, {kNsEXIF, "GPSAltitude"},
-      {kNsDM, "good"},          {kNsDM, "scene"},          {kNsDM, "takeNumber"},
-  };
-  return std::any_of(std::begin(kProperties), std::end(kProperties), [&](const auto& property) {
-    return wanted.Wants(property.first, property.second);
-  });
-}
-
-// The record that Sony cameras write next to a clip: C0001M01.XML of C0001.MP4.
-void AddClipRecord(const std::string& path, const WantedProperties& wanted, ReaderOutput& output) {
-  constexpr std::string_view kExtension = ".MP4";
-  if (path.size() <= kExtension.size() || !WantsRecord(wanted)) return;
-  const std::string stem = path.substr(0, path.size() - kExtension.size());
-  if (!foundation::EqualIgnoringCase(path.substr(stem.size()), kExtension)) return;
-  const std::string record = stem + "M01.XML";
-  if (!foundation::MayExistOnCard(record)) return;
-  const auto bytes = platform::ReadHead(record, kMaxClipXmlBytes + 1);
-  TXMPMeta facts;
-  if (!bytes || !ReadNonRealTimeMeta(foundation::ByteReader(*bytes).Text(), facts)) return;
-  TXMPMeta dates;
-  dates.TakeFrom(facts, kNsXMP, "CreateDate");
-  dates.TakeFrom(facts, kNsXMP, "ModifyDate");
-  output.overriding.push_back({NativeOrigin::kRecord, std::move(dates)});
-  output.completing.push_back({NativeOrigin::kRecord, std::move(facts)});
-}
 
 void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
   if (!Recognises(input)) return;

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "xmp/Namespaces.h"
+#include "xmp/readers/ClipRecord.h"
 #include "xmp/readers/MXFAcquisition.h"
 #include "xmp/readers/MXFFacts.h"
 #include "xmp/readers/MXFSets.h"
@@ -124,20 +125,23 @@ void SetMeanDataRate(std::uint64_t bytes, const std::optional<mxf::Facts::Durati
   SetFileDataRate(meta, bytes, duration->frames * duration->rate.den, duration->rate.num);
 }
 
-void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
+// Returns whether the file contains a clip record.
+bool ReadHeader(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
   const auto runIn = mxf::FindFirstPartition(input.head);
-  if (!runIn) return;
+  if (!runIn) return false;
   const ByteReader head = input.head.Clip(*runIn);
   const auto partition = mxf::ReadPartition(head, 0);
-  if (!partition) return;
+  if (!partition) return false;
   const Span span = WithHeader(input.file, *runIn, head, *partition);
   const mxf::HeaderMetadata metadata(span.bytes, partition->end);
   const mxf::Facts facts(metadata);
-  if (!facts.HasMaterialPackage()) return;
+  if (!facts.HasMaterialPackage()) return false;
   output.hasNative = true;
   facts.Store(partition->essenceContainer, output.native);
   TXMPMeta record;
-  if (ReadNonRealTimeMeta(EmbeddedRecord(input.file, *runIn, span.bytes), record)) {
+  const bool hasRecord =
+      ReadNonRealTimeMeta(EmbeddedRecord(input.file, *runIn, span.bytes), record);
+  if (hasRecord) {
     // The writer in the header may be a part of the camera, such as its recorder.
     output.native.TakeFrom(record, kNsTIFF, "Make");
     output.native.TakeFrom(record, kNsTIFF, "Model");
@@ -149,13 +153,20 @@ void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput
                    output.native);
   }
   const bool wantsDuration = wanted.Wants(kNsDM, "duration");
-  if (!wantsDuration && !wanted.Wants(kNsDM, "fileDataRate")) return;
+  if (!wantsDuration && !wanted.Wants(kNsDM, "fileDataRate")) return hasRecord;
   auto duration = facts.GetDuration();
   if (partition->open && (wantsDuration || !duration)) {
     if (const auto last = FooterDuration(input.file, *runIn, *partition)) duration = last;
   }
   if (duration && wantsDuration) SetDuration(output.native, duration->frames, duration->rate);
   SetMeanDataRate(input.file.Size(), duration, output.native);
+  return hasRecord;
+}
+
+void Read(const ReaderInput& input, const WantedProperties& wanted, ReaderOutput& output) {
+  const bool hasRecord = ReadHeader(input, wanted, output);
+  // The record of the camera is of use even if the file is damaged.
+  if (!hasRecord && AddClipRecord(input.path, wanted, output)) output.hasNative = true;
 }
 
 }  // namespace
