@@ -65,7 +65,9 @@ void JsonWriter::Strings(const std::vector<std::string>& texts) {
 
 void JsonWriter::Value(const Sorvik::any_regular_t& value) {
   if (const auto* text = value.get_if<std::string>()) {
-    String(*text);
+    // A frame count without a duration.
+    constexpr std::string_view kNoFrameCount = " @ ";
+    String(*text == kNoFrameCount ? std::string_view() : *text);
   } else if (value.holds<std::vector<Sorvik::any_regular_t>>()) {
     BeginArray();
     value.for_each_item([this](const Sorvik::any_regular_t& item) { Value(item); });

@@ -35,10 +35,16 @@ def text_of(path: Path) -> str:
     return str(path) if _UTF8 else os.fsencode(path).decode("utf-8", "surrogateescape")
 
 
+# What the library returns for a frame count without a duration.
+_NO_FRAME_COUNT = " @ "
+
+
 def json_value(value: RawValue) -> Any:
     """Returns a value in the form that it has in the JSON of the program."""
     if isinstance(value, tuple):
         return [json_value(item) for item in value]
+    if value == _NO_FRAME_COUNT:
+        return ""
     return {"bytes": value} if isinstance(value, int) else value
 
 
