@@ -10,6 +10,7 @@
 #include "xmp/readers/CanonXFReader.h"
 #include "xmp/readers/CrwReader.h"
 #include "xmp/readers/DVReader.h"
+#include "xmp/readers/FlacReader.h"
 #include "xmp/readers/GifReader.h"
 #include "xmp/readers/Id3Reader.h"
 #include "xmp/readers/IsoMediaReader.h"
@@ -62,6 +63,7 @@ constexpr const Reader* kReaders[] = {
     &kR3dReader,
     &kRmfReader,
     &kId3Reader,
+    &kFlacReader,
     // Detected by file name.
     &kRmdReader,
     &kSubtitleTelemetryReader,

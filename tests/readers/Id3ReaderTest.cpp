@@ -3,6 +3,8 @@
 
 #include "support/Bytes.h"
 #include "support/ReadWith.h"
+#include "xmp/Namespaces.h"
+#include "xmp/readers/FlacReader.h"
 #include "xmp/readers/Id3Reader.h"
 
 namespace {
@@ -47,7 +49,7 @@ TEST(Id3Reader, ReadsThePrivateFrameOfXMP) {
     const auto result = ReadWith(kId3Reader, file);
     EXPECT_TRUE(result.recognised);
     EXPECT_EQ(result.output.packet, packet);
-    EXPECT_EQ(result.reads, 2) << "the packet, and what follows it";
+    EXPECT_EQ(result.reads, 2) << "the packet, and what follows it with the first audio frame";
   }
 }
 
@@ -69,7 +71,43 @@ TEST(Id3Reader, ReadsTextsInAllEncodings) {
     EXPECT_EQ(sorvik_test::TextFacts(result),
               "title=T\xC3\xA9\nartist=Andr\xC3\xA9\nalbum=\xC3\xA9\ngenre=G\nlogComment=loud\n");
   }
-  EXPECT_FALSE(ReadWith(kId3Reader, File(3, Frame(3, "TXXX", "x"))).output.hasNative);
+  EXPECT_EQ(sorvik_test::TextFacts(ReadWith(kId3Reader, File(3, Frame(3, "TXXX", "x")))), "");
+}
+
+// "rate channels duration".
+std::string AudioOf(const std::string& file) {
+  const auto result = ReadWith(kId3Reader, file, "a.mp3");
+  return result.Get(kNsDM, "audioSampleRate") + " " + result.Get(kNsDM, "audioChannelType") + " " +
+         result.Field("duration", kNsDM, "value") + "@" + result.Field("duration", kNsDM, "scale");
+}
+
+TEST(Id3Reader, ReadsTheFactsOfTheAudio) {
+  // 128 kbit/s at 44.1 kHz, with and without a tag; MPEG-2 with 32 kbit/s at 24 kHz.
+  const std::string constant = Bytes().Hex("FFFB9064").Fill(31996).str();
+  EXPECT_EQ(AudioOf(constant), "44100 Stereo 88200@1/44100");
+  EXPECT_EQ(AudioOf(std::string("ID3\4\0\0\0\0\0\0", 10) + constant), "44100 Stereo 88200@1/44100");
+  EXPECT_EQ(AudioOf(Bytes().Hex("FFF344C4").Fill(3996).str()), "24000 Mono 24000@1/24000");
+  // By the number of frames.
+  const Bytes encoder = Bytes().Text("Xing").U32(1).U32(100).Fill(100);
+  EXPECT_EQ(AudioOf(Bytes().Hex("FFFB9064").Fill(32).Add(encoder).str()),
+            "44100 Stereo 115200@1/44100");
+  EXPECT_EQ(AudioOf(Bytes().Hex("FFF344C4").Fill(9).Add(encoder).str()),
+            "24000 Mono 57600@1/24000");
+  EXPECT_EQ(AudioOf(Bytes().Hex("FFFBFC64").Fill(100).str()), "  @") << "an invalid code";
+  EXPECT_FALSE(ReadWith(kId3Reader, constant, "a.bin").recognised);
+}
+
+TEST(FlacReader, ReadsTheFirstBlock) {
+  Bytes file = Bytes().Text("fLaC").U8(0).U24(34).U16(4096).U16(4096).U24(0).U24(0);
+  // 96 kHz, 6 channels, 24 bits, 2^32 + 1 samples.
+  file.Hex("17700B71").U32(1).Fill(16);
+  const auto result = ReadWith(kFlacReader, file.str());
+  EXPECT_EQ(result.Get(kNsDM, "audioSampleRate"), "96000");
+  EXPECT_EQ(result.Get(kNsDM, "audioChannelType"), "5.1");
+  EXPECT_EQ(result.Get(kNsDM, "audioSampleType"), "24Int");
+  EXPECT_EQ(result.Get(kNsDM, "audioCompressor"), "FLAC");
+  EXPECT_EQ(result.Field("duration", kNsDM, "value"), "4294967297");
+  sorvik_test::ReadDamaged(kFlacReader, file.str());
 }
 
 TEST(Id3Reader, UndoesUnsynchronisation) {

@@ -89,10 +89,14 @@ TEST(ProgramStreamReader, ReadsMPEG1) {
 TEST(ProgramStreamReader, TakesTheDateOfTheRecord) {
   TempTree tree;
   const std::string moi = Bytes().Text("V6").U32(0x140).U16(2011).Hex("05 0F 11 3A BB80").str();
-  tree.File("MOV001.MOI", moi);
+  tree.File("MOV001.MOI", Bytes().Text(moi).PadTo(128).U8(0x54).str());
   const std::string file = File2(kAudio, 0xC0, 2);
   EXPECT_EQ(ReadWith(kProgramStreamReader, file, tree.Path("MOV001.MOD")).Get(kNsXMP, "CreateDate"),
             "2011-05-15T17:58:48");
+  EXPECT_EQ(ReadWith(kProgramStreamReader, file, tree.Path("MOV001.MOD"))
+                .Get(kNsDM, "videoPixelAspectRatio"),
+            "64/45")
+      << "16:9, although the video says 4:3";
   EXPECT_EQ(ReadWith(kProgramStreamReader, file, tree.Path("MOV001.MPG")).Get(kNsXMP, "CreateDate"),
             "");
   tree.File("MOV002.moi", moi.substr(0, 9));

@@ -20,6 +20,7 @@ constexpr std::uint64_t kMaxTextBytes = 4096;
 
 constexpr unsigned kUnsynchronised = 0x80;  // of the tag
 constexpr unsigned kExtendedHeader = 0x40;
+constexpr unsigned kFooter = 0x10;  // the header once more
 
 struct TextFrame {
   std::uint32_t id;
@@ -163,6 +164,12 @@ class Id3Tag {
 bool IsId3Tag(ByteReader bytes) {
   const auto version = bytes.U8(3);
   return bytes.Matches(0, "ID3") && version && *version >= 2 && *version <= 4;
+}
+
+std::uint64_t EndOfId3Tag(ByteReader bytes) {
+  if (!IsId3Tag(bytes)) return 0;
+  const bool hasFooter = (bytes.U8(5).value_or(0) & kFooter) != 0;
+  return kHeaderLength * (hasFooter ? 2 : 1) + SynchsafeNumber(bytes, 6);
 }
 
 bool SetId3Tag(FileWindow& file, std::uint64_t at, TXMPMeta& meta, std::string& packet) {

@@ -162,28 +162,38 @@ class ProgramFile {
     }
   }
 
-  // .MOI: "V6", size of the file, year 2, month, day, hour, minute, milliseconds 2.
+  // .MOI: "V6", size of the file, year 2, month, day, hour, minute, milliseconds 2; at 128 the
+  // shape of the picture.
   void StoreRecord() {
     constexpr std::string_view kExtension = ".MOD";
     const std::string& path = input_.path;
-    if (!wanted_.Wants(kNsXMP, "CreateDate") && !wanted_.Wants(kNsDM, "shotDate")) return;
+    const bool wantsDate = wanted_.Wants(kNsXMP, "CreateDate") || wanted_.Wants(kNsDM, "shotDate");
+    if (!wantsDate && !wanted_.Wants(kNsDM, "videoPixelAspectRatio")) return;
     if (path.size() <= kExtension.size()) return;
     std::string record = path.substr(0, path.size() - kExtension.size());
     if (!foundation::EqualIgnoringCase(path.substr(record.size()), kExtension)) return;
     record += path.ends_with("D") ? ".MOI" : ".moi";
     if (!foundation::MayExistOnCard(record)) return;
-    constexpr std::size_t kRecordBytes = 16;
+    constexpr std::size_t kRecordBytes = 129;
     const auto bytes = platform::ReadHead(record, kRecordBytes);
-    if (!bytes) return;
-    if (const auto date = ReadMOIDate(ByteReader(*bytes))) {
-      TXMPMeta facts;
-      SetRecordingDate(facts, *date);
-      output_.overriding.push_back({NativeOrigin::kRecord, std::move(facts)});
-    }
+    if (!bytes || !ByteReader(*bytes).Matches(0, "V6")) return;
+    TXMPMeta facts;
+    if (const auto date = ReadMOIDate(ByteReader(*bytes))) SetRecordingDate(facts, *date);
+    SetMOIAspect(ByteReader(*bytes).U8(kRecordBytes - 1).value_or(0xFF), facts);
+    if (!facts.Empty()) output_.overriding.push_back({NativeOrigin::kRecord, std::move(facts)});
+  }
+
+  // The lower half of the code: 0 and 1 for 4:3, 4 and 5 for 16:9. The video often has the code of
+  // 4:3 for both.
+  void SetMOIAspect(unsigned code, TXMPMeta& facts) const {
+    const unsigned shape = code & 0x0FU;
+    if (video_.width == 0 || (shape > 1 && shape != 4 && shape != 5)) return;
+    const bool isWide = shape > 1;
+    SetPixelAspectRatio(facts, (isWide ? 16U : 4U) * std::uint64_t{video_.height},
+                        (isWide ? 9U : 3U) * std::uint64_t{video_.width});
   }
 
   static std::optional<DateTime> ReadMOIDate(ByteReader moi) {
-    if (!moi.Matches(0, "V6")) return std::nullopt;
     DateTime date;
     const unsigned milliseconds = moi.U16BE(12).value_or(0xFFFF);
     date.year = moi.U16BE(6).value_or(0);
