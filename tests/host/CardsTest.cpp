@@ -102,19 +102,21 @@ TEST_F(Cards, SheetsOfAPlainFolderTakeTheCardsNearby) {
 TEST_F(Cards, CheckAndFilesCoverTheRestOfTheMedium) {
   MakeXAVCCard(tree_, "x/PRIVATE/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001"}});
   const std::string database = tree_.File("x/Private/Database/DATABASE.BIN", "12345");
+  const std::string movie = tree_.File("x/PRIVATE/JVC/CQAV/ABCD0001.MOV", "movie");
   const std::string note = tree_.File("x/note.txt", "note");
   const std::string files = RunSorvik({"files", tree_.Path("x")}).output;
   EXPECT_THAT(files, HasSubstr(database + "\n"));
+  EXPECT_THAT(files, HasSubstr(movie + "\n"));
   EXPECT_THAT(files, Not(HasSubstr(note)));
   const auto reports = nlohmann::json::parse(
       RunSorvik({"check", "--quick", "--json", "--files", tree_.Path("x")}).output);
   ASSERT_EQ(reports.size(), 2u);
   const auto& medium = reports[1];
   EXPECT_EQ(medium["path"], tree_.Path("x"));
-  EXPECT_EQ(medium["bytes"], 5);
-  ASSERT_EQ(medium["files"].size(), 2u) << medium;
+  EXPECT_EQ(medium["bytes"], 10);
+  ASSERT_EQ(medium["files"].size(), 3u) << medium;
   for (const auto& file : medium["files"]) {
-    EXPECT_EQ(file["role"], file["path"] == database ? "structure" : "foreign") << file;
+    EXPECT_EQ(file["role"], file["path"] == note ? "foreign" : "structure") << file;
   }
 }
 
