@@ -97,6 +97,20 @@ TEST(MediaProbe, FindsTheEndOfPicturesBehindAPicture) {
   EXPECT_EQ(probe(withIndex(7)).result, Result::kPassed) << "no picture there";
 }
 
+TEST(MediaProbe, FindsStreamsThatEndInZeros) {
+  const TempTree tree;
+  for (const char* extension : {".mts", ".m2t"}) {
+    std::string stream;
+    for (int i = 0; i < 10; ++i) stream += MadeMedia(extension);
+    const auto resultOf = [&](const std::string& bytes) {
+      return Sorvik::formats::ProbeMedia(tree.File(std::string("a") + extension, bytes)).result;
+    };
+    EXPECT_EQ(resultOf(stream), Result::kPassed);
+    EXPECT_EQ(resultOf(stream.substr(0, stream.size() / 2) + std::string(stream.size() / 2, '\0')),
+              Result::kTruncated);
+  }
+}
+
 TEST(MediaProbe, FindsTheEndOfTheTilesOfADng) {
   const TempTree tree;
   TiffBytes tiff;

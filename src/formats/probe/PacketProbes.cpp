@@ -12,6 +12,7 @@ namespace {
 using foundation::ByteReader;
 
 constexpr std::uint8_t kSync = 0x47;
+constexpr std::size_t kPacketBytes = 188;  // without a time stamp in front
 
 // True if packets of that size begin at 0, with the sync byte at `offset` in each.
 bool HasPackets(ByteReader head, std::size_t packet, std::size_t offset) {
@@ -24,25 +25,40 @@ bool HasPackets(ByteReader head, std::size_t packet, std::size_t offset) {
   return found > 0;
 }
 
+// True if one of the last packets has its sync byte. The rest of a file whose copy was interrupted
+// may be zeros.
+bool HasPacketAtEnd(const RegularFile& file, std::size_t packet) {
+  constexpr std::uint64_t kTestedPackets = 32;
+  const std::uint64_t tested = std::min(kTestedPackets, file.Size() / packet);
+  const auto bytes = ReadPart(file, file.Size() - tested * packet, tested * packet);
+  const ByteReader tail{bytes};
+  const std::size_t syncAt = packet - kPacketBytes;
+  for (std::size_t i = 0; i < tested; ++i) {
+    if (tail.U8(i * packet + syncAt) == kSync) return true;
+  }
+  return false;
+}
+
 constexpr int kMaxChunks = 64;
 
 }  // namespace
 
 MediaProbe ProbeTransportStream(const RegularFile& file) {
-  constexpr std::size_t kPlain = 188;
   constexpr std::size_t kWithTimestamp = 192;
   const auto bytes = ReadPart(file, 0, 4 * kWithTimestamp);
   const ByteReader head{bytes};
   std::size_t packet = 0;
   if (HasPackets(head, kWithTimestamp, 4)) {
     packet = kWithTimestamp;
-  } else if (HasPackets(head, kPlain, 0)) {
-    packet = kPlain;
+  } else if (HasPackets(head, kPacketBytes, 0)) {
+    packet = kPacketBytes;
   } else {
     return NotA("an MPEG transport stream");
   }
-  if (file.Size() % packet == 0) return Passed();
-  return Truncated("ends inside a packet of " + std::to_string(packet) + " bytes");
+  if (file.Size() % packet != 0) {
+    return Truncated("ends inside a packet of " + std::to_string(packet) + " bytes");
+  }
+  return HasPacketAtEnd(file, packet) ? Passed() : Truncated("no packets at its end");
 }
 
 MediaProbe ProbeRiff(const RegularFile& file) {
