@@ -182,7 +182,7 @@ TEST_F(TakeOverCards, IsAssembled) {
                         SideFiles("3")})));
 }
 
-TEST_F(TakeOverCards, LacksMissingCards) {
+TEST_F(TakeOverCards, OmitsMissingCards) {
   fs::remove_all(tree_.Path("3"));
   EXPECT_THAT(PathsOf(tree_, "1", "T_01"),
               testing::AllOf(Contains("1/BPAV/CLPR/T_01/T_01M01.XML"),

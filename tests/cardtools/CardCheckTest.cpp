@@ -77,7 +77,7 @@ TEST_F(CardCheck, FindsSpansOfP2ShotsOnCardsNextToThisOne) {
   EXPECT_THAT(Findings("two", "ProviderP2"), ElementsAre("missing span " + P2GlobalId("0003AA")));
 }
 
-TEST_F(CardCheck, KnowsTheFilesOfP2Clips) {
+TEST_F(CardCheck, RequiresTheFilesOfP2Clips) {
   MakeP2Card(tree_, "card");
   P2Clip clip{.id = "0001AA"};
   clip.extraXml = "<Proxy><ProxyFormat>MOV</ProxyFormat></Proxy><Thumbnail/>";
@@ -253,7 +253,7 @@ TEST_F(CardCheck, FindsGapsOfREDSegments) {
                            "missing segment A3.RDC", "orphaned segment A2.RDC/B1_001.R3D"));
 }
 
-TEST_F(CardCheck, AnEmptyCardLacksNothing) {
+TEST_F(CardCheck, AnEmptyCardHasNoFindings) {
   MakeP2Card(tree_, "p2");
   MakeXDCAMDisc(tree_, "disc", {});
   MakeXDCAMEXCard(tree_, "ex", {});

@@ -106,7 +106,7 @@ TEST_F(CardFinder, SkipsEmptyStructuresButNotCardsWithoutMedia) {
   EXPECT_THAT(Find("lost"), ElementsAre("lost XDCAM"));
 }
 
-TEST_F(CardFinder, FollowsNoLinksAndSurvivesOddNames) {
+TEST_F(CardFinder, FollowsNoLinksAndAcceptsUnusualNames) {
   MakeAvchd("real/AVCHD");
   tree_.Folder("start/.hidden");
   fs::create_directory_symlink(tree_.Path("real"), tree_.Path("start/link"));
@@ -188,7 +188,7 @@ TEST_F(CardFinder, PostsOneMessagePerCardAndALastOne) {
   EXPECT_EQ(answers.result, kResultAborted);
 }
 
-TEST_F(CardFinder, StopsWhenTheReceiverOrTheRequestSaysSo) {
+TEST_F(CardFinder, StopsIfTheReceiverReturnsFalseOrAtAnAbort) {
   MakeAvchd("a/AVCHD");
   MakeAvchd("b/AVCHD");
   int received = 0;

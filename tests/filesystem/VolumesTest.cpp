@@ -266,7 +266,7 @@ TEST(MountTable, SurvivesMalformedTables) {
   }
 }
 
-TEST(MountTable, KnowsNetworkFileSystems) {
+TEST(MountTable, DetectsNetworkFileSystems) {
   std::istringstream types(
       "9p afp afs beegfs ceph cifs coda davfs davfs2 glusterfs lustre ncpfs nfs nfs4 orangefs smb3 "
       "smbfs virtiofs fuse.afp fuse.ceph fuse.cephfs fuse.curlftpfs fuse.dav fuse.davfs "

@@ -25,7 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-// The kinds of the findings for one file. Empty: the card can't prove that damage.
+// The kinds of the findings for one file. Empty: the damage can't be detected.
 struct Row {
   const char* file;  // below the folder of all cards
   const char* role;
@@ -39,8 +39,8 @@ struct Row {
 
 std::ostream& operator<<(std::ostream& out, const Row& row) { return out << row.file; }
 
-// A clip record remains well-formed without its last line end, and opaque files have no length that
-// something proves.
+// A clip record remains well-formed without its last line end, and opaque files have no length to
+// compare with.
 constexpr Row kRows[] = {
     {"p2/CONTENTS/VIDEO/0001AA.MXF", "essence", "missing", "empty", "truncated", "truncated",
      "unreadable"},
@@ -85,7 +85,7 @@ constexpr Row kRows[] = {
      "missing"},
     {"hdv/VIDEO/HVR/00_0012_2014-01-31_101530.IDX", "index", "missing", "empty", "", "",
      "unreadable"},
-    // Only its index proves that it existed, under the extension of the other clips.
+    // Only its index shows that it existed, under the extension of the other clips.
     {"hdv/VIDEO/HVR/00_0013_2014-01-31_104500.AVI", "essence", nullptr, "empty", "truncated",
      "truncated", nullptr},
     {"red/A1.RDC/A1_001.R3D", "segment", "missing", "empty", "truncated", "truncated", "missing"},

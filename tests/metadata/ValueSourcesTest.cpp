@@ -88,7 +88,7 @@ TEST(ValueSources, AreEmptyWithoutMetadata) {
   EXPECT_TRUE(GetValueSources(tree.Path("a.txt")).empty());
 }
 
-TEST(ValueSources, AddWhatTheProviderSays) {
+TEST(ValueSources, AddTheValuesOfTheProvider) {
   TempTree tree;
   SourcedValueMap sources = GetValueSources(tree.File("CONTENTS/CLIP/0001AB.XML", kP2Clip));
   AddProviderValues({{"Name", any_regular_t(std::string("Clip 1"))},

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Compares listings with random cards whose contents the generator knows.
+// Compares listings with random cards whose contents the generator records.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -89,7 +89,7 @@ TEST(GeneratedCards, XAVCListsEveryFileOfEachClipOnce) {
     std::vector<XAVCClip> made;
     for (const auto& [name, clip] : clips) {
       made.push_back(clip);
-      // Without the essence only the list knows that there is a clip.
+      // Without the essence only the list has the clip.
       if (!clip.essence && !(clip.listed && withIndex)) continue;
       std::set<std::string> files;
       const std::string folder = m4 ? "CLIP/" : "Clip/";

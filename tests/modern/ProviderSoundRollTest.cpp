@@ -141,7 +141,7 @@ TEST(ProviderSoundRoll, RecognizesRecordersByAtMostTwoFiles) {
   }
 }
 
-TEST(ProviderSoundRoll, ReportsFilesThatTheTakeLacks) {
+TEST(ProviderSoundRoll, ReportsMissingFilesOfATake) {
   const TempTree tree;
   const auto add = [&tree](const std::string& name, const std::string& ixml) {
     tree.File("roll/" + name, MadeRecording({.ixml = ixml, .start = kHour}));

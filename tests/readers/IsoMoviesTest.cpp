@@ -72,7 +72,7 @@ TEST(IsoMovies, TimecodeCountsAtTheRateOfItsClock) {
 }
 
 TEST(IsoMovies, TimecodeOfTheDayDecidesBetweenRates) {
-  // The movie header says 05:06:07.
+  // The movie header has 05:06:07.
   const auto movie = [](std::uint32_t frames) {
     const Bytes track =
         Track("tmcd", MediaHeader(90000, 3003),

@@ -137,7 +137,7 @@ TEST(RiffReader, ParsesDatesOfCameras) {
   EXPECT_EQ(date("yesterday, some time ago"), "");
 }
 
-TEST(RiffReader, RoundsRatesOfWholeMicroseconds) {
+TEST(RiffReader, RoundsRatesOfIntegerMicroseconds) {
   const auto scaleOf = [](std::uint32_t scale, std::uint32_t rate) {
     return ReadWith(kRiffReader,
                     Riff("AVI ", {List("hdrl", {Stream("vids", "DIB ", scale, rate, 9, {})})}))

@@ -123,7 +123,7 @@ TEST(TiffReader, GivesTheSizeAsShown) {
   const std::vector<TiffEntry> dimensions = {t.Shorts(40962, {400}), t.Shorts(40963, {250})};
   EXPECT_EQ(size(t.File(thumbnail, {{330, raw}})), "videoFrameSize=300x200 pixel\n");
   EXPECT_EQ(size(t.File(thumbnail, {{34665, dimensions}})), "videoFrameSize=400x250 pixel\n");
-  // CR2: the first directory is that of a preview, without a tag that says so.
+  // CR2: the first directory is that of a preview, without a tag for it.
   TiffBytes little(false);
   std::string cr2 =
       little.File({little.Shorts(256, {16}), little.Shorts(257, {12})},

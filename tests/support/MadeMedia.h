@@ -7,7 +7,7 @@
 
 namespace sorvik_test {
 
-// The smallest valid file of the container that the extension of `name` says; a short text for any
+// The smallest valid file of the container of the extension of `name`; a short text for any
 // other name.
 std::string MadeMedia(std::string_view name);
 

@@ -24,7 +24,7 @@ class TestShare {
   TestShare(const TestShare&) = delete;
   TestShare& operator=(const TestShare&) = delete;
 
-  // False if this machine has no FUSE or doesn't allow the mount; Reason() says why.
+  // False if this machine has no FUSE or doesn't allow the mount; Reason() has the reason.
   explicit operator bool() const noexcept { return reason_.empty(); }
   const std::string& Reason() const noexcept { return reason_; }
 

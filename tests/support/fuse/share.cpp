@@ -29,7 +29,7 @@
 
 namespace {
 
-// What the test has told the server to do. Never destroyed: the command thread outlives main().
+// The commands of the test. Never destroyed: the command thread outlives main().
 class Conduct {
  public:
   static Conduct& Get() {
