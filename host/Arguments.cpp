@@ -427,7 +427,7 @@ std::string CommandHelp(const CommandRow& command) {
 
 std::string GeneralHelp() {
   std::string text =
-      "sorvik shows camera cards and folders as places with clips.\n\n"
+      "sorvik lists camera cards and folders as clips.\n\n"
       "usage: sorvik [COMMAND] [OPTIONS] [PATH]\n\n"
       "Without a command, lists the cards at, around and next to PATH, or PATH itself if there is\n"
       "none; without PATH the volumes.\n\ncommands:\n";
