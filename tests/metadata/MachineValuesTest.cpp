@@ -142,7 +142,9 @@ TEST(MachineValues, LeaveEntriesUnchanged) {
   for (const sorvik_test::MadeCard& card : sorvik_test::MakeAllCards(tree)) {
     const ProviderWrapper* provider = ProviderHost::GetProviderList(card.root).front();
     const ContentMap plain = provider->GetContent(card.root, AllFields(), nullptr);
+    EXPECT_FALSE(MachineValueScope::IsActive());
     const MachineValueScope scope;
+    EXPECT_TRUE(MachineValueScope::IsActive());
     ContentMap typed = provider->GetContent(card.root, AllFields(), nullptr);
     for (auto& [key, entry] : typed) TakeMachineValues(entry);
     EXPECT_TRUE(plain == typed) << card.root;

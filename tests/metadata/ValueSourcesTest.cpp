@@ -2,6 +2,7 @@
 // The source of each value, and what weaker sources contain.
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 
 #include "SorvikProvider/metadata/ValueSources.h"
@@ -62,6 +63,11 @@ TEST(ValueSources, NamesStrongestSourceAndDifferingOnes) {
 }
 
 TEST(ValueSources, IncludeFurtherPropertiesInAnyForm) {
+  std::set<std::string> names;
+  for (const XMPCrossReference& field : kXMPCrossReference) names.insert(field.propertyName);
+  for (const FurtherProperty& property : kFurtherProperties) {
+    EXPECT_TRUE(names.insert(property.name).second) << property.name << " is used twice";
+  }
   TempTree tree;
   const std::string path = tree.File(
       "shot.dat.xmp", Sidecar("aux:Lens='24-70mm' photoshop:City='Wien'",
