@@ -460,6 +460,11 @@ TEST(IsoMovies, NonRealTimeMetadataDescribesTheCamera) {
   EXPECT_EQ(Facts(ReadMovie({MovieHeader(600, 0), video, meta})), expected);
   const Bytes atTop = FileType().Add(Box("moov", {MovieHeader(600, 0), video})).Add(meta);
   EXPECT_EQ(Facts(ReadWith(kIsoMediaReader, atTop.str())), expected);
+  const TempTree tree;
+  tree.File("C0001M01.XML",
+            "<NonRealTimeMeta><CreationDate value='2001-02-03T04:05:06Z'/></NonRealTimeMeta>");
+  EXPECT_EQ(Facts(ReadWith(kIsoMediaReader, atTop.str(), tree.Path("C0001.MP4"))), expected)
+      << "the document in the file replaces the record";
 }
 
 }  // namespace
