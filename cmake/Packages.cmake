@@ -88,8 +88,8 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME sorvik)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "list camera cards and folders as clips - program
- The program lists the clips of a card, their files and metadata, checks whether
- a card is complete, and writes contact sheets.")
+ The program lists the clips of a card, their files and metadata, checks
+ whether a card is complete, and writes contact sheets.")
 
 if(TARGET sorvik_python)
   # The extension module works with one minor version of Python.
@@ -99,6 +99,9 @@ if(TARGET sorvik_python)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}), \
 python3 (>= ${python_version}), python3 (<< ${Python3_VERSION_MAJOR}.${next_minor})")
+  # Compiles the modules, and removes the compiled files.
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+      ${SORVIK_PACKAGE_FILES}/python/postinst ${SORVIK_PACKAGE_FILES}/python/prerm)
   # Lists that join files are written by the program.
   set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "sorvik (= ${PROJECT_VERSION})")
   set(CPACK_COMPONENT_PYTHON_DESCRIPTION "list camera cards and folders as clips - Python

@@ -97,3 +97,4 @@ foreach(script ${SORVIK_TEST_SCRIPTS})
   set_tests_properties(scripts.${name} PROPERTIES
       LABELS scripts TIMEOUT 300 SKIP_RETURN_CODE 77)
 endforeach()
+set_tests_properties(scripts.Packages PROPERTIES TIMEOUT 900)  # with SORVIK_TEST_TREE=1

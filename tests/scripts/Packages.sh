@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Packages.sh SOURCE_DIR BUILD_DIR: makes the Debian packages of the build, and runs the program from an
-# extracted copy.
+# extracted copy; with SORVIK_TEST_TREE=1 also from a bare Debian tree that the packages are installed in.
 set -euo pipefail
 source_dir=$1
 build_dir=$2
@@ -64,3 +64,32 @@ done
 if command -v lintian > /dev/null; then
   lintian --allow-root --fail-on error "$work"/*.deb > "$work/lintian" 2>&1 || fail "$(grep '^E:' "$work/lintian")"
 fi
+
+# Installs the packages with their dependencies in a new tree. This downloads about 150 MB.
+in_tree() {
+  chroot "$tree" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"
+}
+test_in_tree() {
+  local tree=$work/tree suite mirror left
+  command -v debootstrap > /dev/null || { echo "skipped: debootstrap is not installed"; return; }
+  [ "$(id -u)" = 0 ] || { echo "skipped: only root can make a bare tree"; return; }
+  suite=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
+  mirror=$(apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' | awk -v suite="$suite" \
+    '$2 == suite && $3 == "main" { print $1; exit }')
+  debootstrap --variant=minbase "$suite" "$tree" "$mirror" > "$work/log" 2>&1 || fail "debootstrap: $(tail -5 "$work/log")"
+  mkdir "$tree/packages"
+  cp "$work"/*.deb "$tree/packages"
+  bash "$source_dir/tools/make-sample-card" "$tree/CARD"
+  in_tree apt-get update > "$work/log" 2>&1 || fail "apt-get update: $(tail -5 "$work/log")"
+  in_tree sh -c 'apt-get install -y --no-install-recommends /packages/*.deb' > "$work/log" 2>&1 ||
+    fail "the packages can't be installed: $(tail -20 "$work/log")"
+  in_tree sorvik ls /CARD | grep 'Ferry leaves' > /dev/null || fail "sorvik doesn't run in a bare tree"
+  in_tree sorvik thumb /CARD 0001AB -o /clip.png || fail "no picture in a bare tree"
+  in_tree python3 -c 'import sorvik; print(*sorvik.open("/CARD"))' | grep 'Ferry leaves' > /dev/null ||
+    fail "python3-sorvik doesn't work in a bare tree"
+  # shellcheck disable=SC2086
+  in_tree apt-get purge -y $packages > "$work/log" 2>&1 || fail "the packages can't be removed: $(tail -20 "$work/log")"
+  left=$(find "$tree/usr" "$tree/etc" -iname '*sorvik*')
+  [ -z "$left" ] || fail "removed packages leave $left"
+}
+[ "${SORVIK_TEST_TREE:-0}" = 0 ] || test_in_tree
