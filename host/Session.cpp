@@ -227,12 +227,21 @@ MessageT Session::Await(const Send& send) {
   return std::move(**answer);
 }
 
+void Session::ShareReads() {
+  reads_.emplace();
+  readScope_.emplace(*reads_);
+}
+
 void Session::RunOnWorker(std::function<void()> work) {
   const auto done = std::make_shared<bool>(false);
   const ImmutableString station = OpenStation([done](const Hestra::Message&) { *done = true; });
   TrackRequest(station, [] {});
-  ProviderHost::GetProviderExecutor()->Post([station, work = std::move(work)] {
-    work();
+  ProviderHost::GetProviderExecutor()->Post([station, reads = reads_, work = std::move(work)] {
+    {
+      std::optional<Sorvik::SharedReads::Scope> scope;
+      if (reads) scope.emplace(*reads);
+      work();
+    }
     StationUtils::PostMessageToUIThread(station, WorkDone(), false);
   });
   WaitUntil([&] { return *done; });

@@ -24,6 +24,7 @@
 #include "SorvikProvider/frame/FieldModel.h"
 #include "SorvikProvider/frame/ProviderMessages.h"
 #include "SorvikProvider/frame/ProviderWrapper.h"
+#include "SorvikProvider/frame/SharedReads.h"
 
 namespace host {
 
@@ -72,6 +73,10 @@ class Session {
   // Waits until at most `running` requests are left.
   void WaitForPictures(std::size_t running = 0);
 
+  // From now on, calls and requests share what the library reads (frame/SharedReads.h). For a
+  // command with a call for each entry of one card.
+  void ShareReads();
+
   // Runs `work` on a worker, for operations that the library has no request for. Throws Failure if
   // `work` throws.
   template <class T>
@@ -102,6 +107,8 @@ class Session {
 
   Interrupts interrupts_;
   Progress progress_;
+  std::optional<Sorvik::SharedReads> reads_;
+  std::optional<Sorvik::SharedReads::Scope> readScope_;
   bool ending_ = false;
   unsigned stations_ = 0;
   std::size_t failures_ = 0;  // requests that will never post a message

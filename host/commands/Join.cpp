@@ -141,6 +141,7 @@ int RunJoin(Context& context) {
       throw Failure(kFailed, list.path, "no media file for entry '" + options.operands[1] + "'");
     }
   } else {
+    context.session.ShareReads();
     ReadAllShots(context, provider, list);
   }
   for (const JoinShot& shot : list.shots) CheckGaps(context, list, shot);

@@ -263,6 +263,7 @@ int RunSheet(Context& context) {
   const Options& options = context.options;
   const std::string path = ResolvePath(options.operands.front());
   RefuseFileOfCard(context, options.output);
+  context.session.ShareReads();
   std::vector<std::string> unreadableFolders;
   std::vector<CardSheet> cards = ReadCards(context, path, unreadableFolders);
   const SheetPage page = MakePage(path, cards);

@@ -90,6 +90,7 @@ int RunThumb(Context& context) {
     throw Failure(kUsageError, "thumb: several keys need an existing folder as -o");
   }
   const ProviderWrapper& provider = ChooseProvider(context, path);
+  if (several) context.session.ShareReads();
   return ForEachOperand(context, keys, [&](const std::string& key) {
     RunOne(context, provider, path, key, several);
   });

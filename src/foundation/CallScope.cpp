@@ -10,9 +10,11 @@ thread_local void* currentRecords = nullptr;
 
 }  // namespace
 
-CallScope::CallScope() {
+CallScope::CallScope() : CallScope(nullptr) {}
+
+CallScope::CallScope(Cache cache) {
   if (currentRecords != nullptr) return;
-  records_ = std::make_shared<Records>();
+  records_ = cache ? std::move(cache) : NewCache();
   currentRecords = records_.get();
   platform::ResetAccessTimes();
 }
@@ -27,6 +29,8 @@ CallScope::Cache CallScope::CurrentCache() {
   Records* const records = Current();
   return records == nullptr ? nullptr : records->shared_from_this();
 }
+
+CallScope::Cache CallScope::NewCache() { return std::make_shared<Records>(); }
 
 CallScope::Join::Join(Cache cache) noexcept : cache_(std::move(cache)) {
   currentRecords = cache_.get();

@@ -20,8 +20,16 @@
 namespace Sorvik::foundation {
 
 class CallScope {
+ private:
+  class Records;
+
  public:
+  // What a scope caches; null without a scope.
+  using Cache = std::shared_ptr<Records>;
+
   CallScope();
+  // Continues with what earlier operations have cached. An inner scope ignores it.
+  explicit CallScope(Cache cache);
   ~CallScope();
   CallScope(const CallScope&) = delete;
   CallScope& operator=(const CallScope&) = delete;
@@ -60,13 +68,10 @@ class CallScope {
     return std::static_pointer_cast<const T>(record->value);
   }
 
- private:
-  class Records;
-
- public:
-  // What the current scope of this thread caches, for Join; null without a scope.
-  using Cache = std::shared_ptr<Records>;
+  // What the current scope of this thread caches, for Join.
   static Cache CurrentCache();
+  // An empty cache.
+  static Cache NewCache();
 
   // Lets another thread use the cache of an operation, which may have ended, as long as the object
   // exists. On a thread without a scope.

@@ -10,6 +10,7 @@
 #include "SorvikProvider/cardtools/ShotParts.h"
 #include "SorvikProvider/foundation/Messaging.h"
 #include "SorvikProvider/frame/ProviderHost.h"
+#include "SorvikProvider/frame/SharedReads.h"
 #include "support/AvchdCard.h"
 #include "support/Cards.h"
 #include "support/ModernCards.h"
@@ -50,6 +51,21 @@ class ShotPartsOf : public testing::Test {
 
   const TempTree tree_;
 };
+
+TEST_F(ShotPartsOf, CallsThatShareReadsListAFolderOnce) {
+  tree_.File("card/DCIM/100CANON/MVI_0001.MP4", "clip");
+  const auto hasParts = [this](const char* key) {
+    return !Parts("card", "ProviderDCIM", key).parts.empty();
+  };
+  {
+    const SharedReads reads;
+    const SharedReads::Scope scope(reads);
+    EXPECT_TRUE(hasParts("100CANON/MVI_0001"));
+    tree_.File("card/DCIM/100CANON/MVI_0002.MP4", "clip");
+    EXPECT_FALSE(hasParts("100CANON/MVI_0002"));
+  }
+  EXPECT_TRUE(hasParts("100CANON/MVI_0002"));
+}
 
 TEST_F(ShotPartsOf, P2ShotsOverCards) {
   auto clips = P2Shot({"0003AA", "0001AA", "0002AA"}, "S1");

@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <stdexcept>
 #include <thread>
 
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/frame/ProviderMessages.h"
+#include "SorvikProvider/frame/SharedReads.h"
+#include "foundation/CallScope.h"
 #include "support/FakeProvider.h"
 
 namespace {
 
 using namespace Sorvik;
+using foundation::CallScope;
 using sorvik_test::FakeAnswers;
 using sorvik_test::FakeProvider;
 using sorvik_test::Inbox;
@@ -211,6 +215,31 @@ TEST_F(Requests, PostExactlyOneMessageEach) {
   ProviderHost::GetProviderExecutor()->WaitForAccepted();
   EXPECT_EQ(Hestra::StationUtils::Dispatch(), 0u);
   EXPECT_EQ(inbox.messages.size(), 1000u);
+}
+
+TEST_F(Requests, ShareReadsIfQueuedWithinAScope) {
+  std::atomic<int> reads = 0;
+  const auto read = [&reads] {
+    CallScope::Remember<int>("file", [&reads] { return ++reads; });
+    return ContentMap();
+  };
+  answers->listing = [&](ProviderRequest*) { return read(); };
+  answers->entry = read;
+  Inbox<GetContentMessage> inbox("content");
+  const auto requestTwice = [&] {
+    for (int i = 0; i < 2; ++i) wrapper->RequestContent("test:p", {}, "content");
+  };
+  {
+    const SharedReads shared;
+    const SharedReads::Scope scope(shared);
+    requestTwice();
+    wrapper->GetContent("test:p", "key", {});
+  }
+  ASSERT_TRUE(inbox.WaitFor(2));
+  EXPECT_EQ(reads, 1);
+  requestTwice();
+  ASSERT_TRUE(inbox.WaitFor(4));
+  EXPECT_EQ(reads, 3);
 }
 
 TEST_F(Requests, KeepProviderAliveWhileRunning) {
