@@ -71,7 +71,7 @@ TEST_P(SlowCard, IsReadByOtherThreadsWithTheSameEntries) {
 
 std::string NameOf(const testing::TestParamInfo<CardMaker>& info) {
   std::string name = info.param.name;
-  std::erase(name, '-');
+  std::erase_if(name, [](char c) { return c == '-' || c == '_'; });
   return name;
 }
 

@@ -8,7 +8,9 @@
 
 #include "support/AvchdCard.h"
 #include "support/Cards.h"
+#include "support/MadeMedia.h"
 #include "support/ModernCards.h"
+#include "support/SoundFile.h"
 #include "support/TempTree.h"
 
 namespace sorvik_test {
@@ -97,6 +99,47 @@ inline void MakeCanonFlat(const TempTree& tree, const std::string& card, long cl
   }
 }
 
+inline void MakeDCIM(const TempTree& tree, const std::string& card, long clips) {
+  for (long i = 0; i < clips; ++i) {
+    const std::string stem = card + "/DCIM/" + std::to_string(100 + i / 1000) + "CANON/MVI_";
+    for (const char* end : {".MP4", ".THM"}) {
+      tree.File(stem + Number("%04ld", i) + end, MadeMedia(end));
+    }
+  }
+}
+
+inline void MakePanaGroup(const TempTree& tree, const std::string& card, long clips) {
+  for (long i = 0; i < clips; ++i) {
+    tree.File(card + Number("/001RAQAM/A001C%03ld_250101AB.MOV", i), MadeMedia(".MOV"));
+  }
+}
+
+inline void MakeBRAW(const TempTree& tree, const std::string& folder, long clips) {
+  for (long i = 0; i < clips; ++i) {
+    tree.File(folder + Number("/A001_08151512_C%03ld.braw", i), MadeMedia(".mov"));
+  }
+}
+
+inline void MakeARRIReel(const TempTree& tree, const std::string& folder, long clips) {
+  for (long i = 0; i < clips; ++i) {
+    tree.File(folder + Number("/A001C%03ld_160102_R1JL.mov", i), MadeMedia(".mov"));
+  }
+}
+
+inline void MakeREDMOV(const TempTree& tree, const std::string& folder, long clips) {
+  for (long i = 0; i < clips; ++i) {
+    const std::string clip = Number("A001_C%03ld_0925AB", i);
+    tree.File(folder + "/" + clip + ".RDC/" + clip + "_001.mov", MadeMedia(".mov"));
+  }
+}
+
+inline void MakeSoundRoll(const TempTree& tree, const std::string& folder, long takes) {
+  for (long i = 0; i < takes; ++i) {
+    const std::string uid = Number("FAM%04ld", i);
+    tree.File(folder + "/" + uid + ".WAV", MadeRecording({.ixml = FamilyXml(uid)}));
+  }
+}
+
 struct CardMaker {
   const char* name;
   void (*make)(const TempTree& tree, const std::string& card, long clips);
@@ -112,6 +155,12 @@ inline constexpr CardMaker kCardMakers[] = {{"directory", MakeFolder},
                                             {"Sony-HDV", MakeHDV},
                                             {"RED", MakeRED},
                                             {"Sony-XAVC", MakeXAVC},
-                                            {"Canon-XF-AVC", MakeCanonFlat}};
+                                            {"Canon-XF-AVC", MakeCanonFlat},
+                                            {"DCIM", MakeDCIM},
+                                            {"PANA_GRP", MakePanaGroup},
+                                            {"BRAW", MakeBRAW},
+                                            {"ARRI-reel", MakeARRIReel},
+                                            {"RED-MOV", MakeREDMOV},
+                                            {"sound-roll", MakeSoundRoll}};
 
 }  // namespace sorvik_test

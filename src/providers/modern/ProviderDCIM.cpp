@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "foundation/platform/FolderScan.h"
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/modern/DCIMCard.h"
 #include "providers/modern/PartDurations.h"
 #include "thumbnails/Rendering.h"
@@ -154,6 +156,15 @@ FieldValueMap MakeEntry(const Object& object, const FieldNameSet& fields,
   return values;
 }
 
+// Valid as long as the card.
+std::shared_ptr<const std::vector<const Object*>> AllObjects(const Card& card) {
+  const auto objects = std::make_shared<std::vector<const Object*>>();
+  for (const auto& folder : card.Folders()) {
+    for (const Object& object : folder->Objects()) objects->push_back(&object);
+  }
+  return objects;
+}
+
 // The files that can show the object, best first.
 std::vector<std::string> PicturesOf(const Object& object) {
   std::vector<std::string> pictures = object.thumbnails;
@@ -196,13 +207,17 @@ ContentMap ProviderDCIM::GetContent(const std::string& path, const FieldNameSet&
                                     ProviderRequest* request) const {
   const foundation::CallScope scope;
   const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
-  const FieldNameSet metadataFields = MetadataFields(fields);
+  const auto objects = AllObjects(*card);
+  foundation::ReadAhead<FieldValueMap> ahead(
+      objects->size(),
+      [card, objects, fields, metadataFields = MetadataFields(fields)](std::size_t i) {
+        return MakeEntry(*(*objects)[i], fields, metadataFields);
+      },
+      StopWith(request));
   ContentMap content;
-  for (const auto& folder : card->Folders()) {
-    for (const Object& object : folder->Objects()) {
-      if (ProviderRequest::TestAborted(request)) return {};
-      content.insert_or_assign(object.key, MakeEntry(object, fields, metadataFields));
-    }
+  for (std::size_t i = 0; i < objects->size(); ++i) {
+    if (ProviderRequest::TestAborted(request)) return {};
+    content.insert_or_assign((*objects)[i]->key, ahead.Take(i));
   }
   return content;
 }

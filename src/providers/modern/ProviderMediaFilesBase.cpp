@@ -10,6 +10,7 @@
 #include "foundation/Paths.h"
 #include "frame/FieldValues.h"
 #include "providers/common/CardParts.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/modern/PartDurations.h"
 #include "thumbnails/Rendering.h"
 
@@ -91,10 +92,14 @@ ContentMap ProviderMediaFilesBase::GetContent(const std::string& path, const Fie
   ReadFiles(root, request);
   if (ProviderRequest::TestAborted(request)) return {};
   const auto list = ListOf(root);
+  foundation::ReadAhead<FieldValueMap> ahead(
+      list->entries.size(),
+      [list, fields](std::size_t i) { return MakeEntry(*list, list->entries[i], fields); },
+      StopWith(request));
   ContentMap content;
-  for (const MediaEntry& entry : list->entries) {
+  for (std::size_t i = 0; i < list->entries.size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    content.insert_or_assign(entry.key, MakeEntry(*list, entry, fields));
+    content.insert_or_assign(list->entries[i].key, ahead.Take(i));
   }
   return content;
 }

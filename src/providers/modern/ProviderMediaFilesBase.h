@@ -58,8 +58,8 @@ class ProviderMediaFilesBase : public ClipProvider, public CardChecker, public P
  protected:
   using ClipProvider::ClipProvider;
 
-  // Reads the files that ListOf() needs into the call scope, until the request is aborted. By
-  // default ListOf() needs none.
+  // Reads the files and folders that ListOf() needs into the call scope, until the request is
+  // aborted. By default ListOf() needs none.
   virtual void ReadFiles(const std::string& /*root*/, ProviderRequest* /*request*/) const {}
   // The entries of the folder at `root`, once within a call scope. `root` has no trailing
   // separator.

@@ -12,6 +12,7 @@
 #include "foundation/Paths.h"
 #include "frame/FieldValues.h"
 #include "frame/Recognition.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/modern/PanaGroupCard.h"
 #include "thumbnails/Rendering.h"
 
@@ -102,10 +103,14 @@ ContentMap ProviderPanaGroup::GetContent(const std::string& path, const FieldNam
                                          ProviderRequest* request) const {
   const foundation::CallScope scope;
   const auto card = Card::Of(std::string(foundation::WithoutTrailingSlash(path)));
+  foundation::ReadAhead<FieldValueMap> ahead(
+      card->Clips().size(),
+      [card, fields](std::size_t i) { return MakeEntry(*card, card->Clips()[i], fields); },
+      StopWith(request));
   ContentMap content;
-  for (const Clip& clip : card->Clips()) {
+  for (std::size_t i = 0; i < card->Clips().size(); ++i) {
     if (ProviderRequest::TestAborted(request)) return {};
-    content.insert_or_assign(clip.key, MakeEntry(*card, clip, fields));
+    content.insert_or_assign(card->Clips()[i].key, ahead.Take(i));
   }
   return content;
 }

@@ -8,6 +8,7 @@
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 #include "providers/common/CardParts.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/common/NumberGaps.h"
 #include "providers/common/REDNames.h"
 #include "thumbnails/Rendering.h"
@@ -74,6 +75,18 @@ ProviderREDMOV::ProviderREDMOV()
 Bitplate** ProviderREDMOV::GetThumbnail(const std::string&, const std::string&, int width,
                                         int height, ProviderRequest*) const {
   return RenderTemplatePicture("REDVideoThumb.png", width, GetMaximumThumbnailHeight(height));
+}
+
+void ProviderREDMOV::ReadFiles(const std::string& root, ProviderRequest* request) const {
+  const auto folder = CardFolder::Of(root);
+  std::vector<std::string> clips = folder->VisibleFolders();
+  std::erase_if(clips, [](const std::string& name) { return !red::IsClipFolderName(name); });
+  for (std::string& clip : clips) clip = folder->PathOf(clip);
+  foundation::FolderReadAhead ahead(clips, StopWith(request));
+  for (std::size_t i = 0; i < clips.size() && !ProviderRequest::TestAborted(request); ++i) {
+    ahead.Await(i);
+    CardFolder::Of(clips[i])->IsReadable();
+  }
 }
 
 std::shared_ptr<const MediaList> ProviderREDMOV::ListOf(const std::string& root) const {

@@ -16,6 +16,7 @@ class ProviderREDMOV final : public ProviderMediaFilesBase {
                           ProviderRequest* request) const override;
 
  private:
+  void ReadFiles(const std::string& root, ProviderRequest* request) const override;
   std::shared_ptr<const MediaList> ListOf(const std::string& root) const override;
   std::vector<ListedPart> PartsOf(const MediaList& list, const MediaEntry& entry) const override;
   // With reservation if the folder contains media next to the clip folders.

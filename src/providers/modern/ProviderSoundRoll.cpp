@@ -10,6 +10,7 @@
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/platform/FileSystem.h"
+#include "providers/common/ClipReadAhead.h"
 #include "providers/modern/CompanionFiles.h"
 #include "providers/modern/SoundTakes.h"
 
@@ -138,10 +139,13 @@ ProviderSoundRoll::ProviderSoundRoll()
 
 void ProviderSoundRoll::ReadFiles(const std::string& root, ProviderRequest* request) const {
   const auto folder = CardFolder::Of(root);
-  for (const std::string& name : folder->VisibleFiles(kSoundExtension)) {
-    if (ProviderRequest::TestAborted(request)) return;
-    RecorderFile::Of(folder->PathOf(name));
-  }
+  std::vector<std::string> files = folder->VisibleFiles(kSoundExtension);
+  for (std::string& file : files) file = folder->PathOf(file);
+  const std::size_t count = files.size();
+  foundation::ReadAhead<std::shared_ptr<const RecorderFile>> ahead(
+      count, [files = std::move(files)](std::size_t i) { return RecorderFile::Of(files[i]); },
+      StopWith(request));
+  for (std::size_t i = 0; i < count && !ProviderRequest::TestAborted(request); ++i) ahead.Take(i);
 }
 
 std::shared_ptr<const MediaList> ProviderSoundRoll::ListOf(const std::string& root) const {

@@ -8,6 +8,7 @@
 #include "formats/sony/ClipRecord.h"
 #include "foundation/CallScope.h"
 #include "foundation/Paths.h"
+#include "foundation/ReadAhead.h"
 
 namespace Sorvik::xavc {
 namespace {
@@ -131,12 +132,16 @@ class Card::Builder {
 
   void ListFiles() {
     card_.clipFolder_ = Folder(kClipFolder);
+    std::vector<std::string> folders;
     for (const std::string_view name : {kClipFolder, kProxyFolder, kThumbnailFolder}) {
-      const std::string path = Folder(name);
-      if (path.empty()) continue;
-      const auto folder = CardFolder::Of(path);
+      if (std::string path = Folder(name); !path.empty()) folders.push_back(std::move(path));
+    }
+    foundation::FolderReadAhead ahead(folders);
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+      ahead.Await(i);
+      const auto folder = CardFolder::Of(folders[i]);
       for (std::string& file : folder->VisibleFiles()) {
-        if (name == kClipFolder && IsEssenceName(file)) {
+        if (folders[i] == card_.clipFolder_ && IsEssenceName(file)) {
           essences_.push_back(std::move(file));
         } else {
           files_.push_back(folder->PathOf(file));
