@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "ContactSheet.h"
 
-#include <algorithm>
-
 #include "Paths.h"
-#include "Text.h"
+#include "SorvikProvider/foundation/EscapedText.h"
 #include "Values.h"
 
 namespace host {
 namespace {
+
+using Hestra::FileUrl;
+using Hestra::XmlText;
 
 constexpr std::string_view kStyle = R"(
 :root { color-scheme: light dark; font: 14px/1.4 system-ui, sans-serif; }
@@ -64,67 +65,24 @@ window.addEventListener("beforeprint", () => document.querySelectorAll("img[data
 )";
 
 std::string FactHtml(const std::string& label, const std::string& html) {
-  return "<dt>" + HtmlText(label) + "</dt><dd>" + html + "</dd>";
+  return "<dt>" + XmlText(label) + "</dt><dd>" + html + "</dd>";
 }
 
 }  // namespace
 
-std::string HtmlText(std::string_view text) {
-  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-  std::string html;
-  while (!text.empty()) {
-    char32_t character = 0;
-    const std::size_t decoded = DecodeUTF8(text, character);
-    const bool control = character < 0x20 || (character >= 0x7F && character < 0xA0);
-    if (decoded == 0 || control) {
-      html += kReplacement;
-    } else if (character == U'&') {
-      html += "&amp;";
-    } else if (character == U'<') {
-      html += "&lt;";
-    } else if (character == U'>') {
-      html += "&gt;";
-    } else if (character == U'"') {
-      html += "&quot;";
-    } else {
-      html += text.substr(0, decoded);
-    }
-    text.remove_prefix(std::max<std::size_t>(decoded, 1));
-  }
-  return html;
-}
-
-std::string UrlPath(std::string_view path) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  constexpr std::string_view kPlain =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
-  std::string url;
-  for (const char c : path) {
-    if (kPlain.find(c) != std::string_view::npos) {
-      url += c;
-    } else {
-      const auto byte = static_cast<unsigned char>(c);
-      url += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
-    }
-  }
-  return url;
-}
-
-std::string FileUrl(std::string_view path) { return "file://" + UrlPath(path); }
-
 std::string SheetBegin(const SheetPage& page) {
-  const std::string title = HtmlText(FileName(page.path));
-  const std::string filter = HtmlText(Translated("$$$/Sorvik/Sheet/Filter=Filter"));
-  std::string html = "<!DOCTYPE html>\n<html lang=\"" + HtmlText(page.language) +
+  const std::string title = XmlText(FileName(page.path));
+  const std::string filter = XmlText(Translated("$$$/Sorvik/Sheet/Filter=Filter"));
+  std::string html = "<!DOCTYPE html>\n<html lang=\"" + XmlText(page.language) +
                      "\"><head><meta charset=\"utf-8\"><title>" + title +
                      "</title>\n<meta name=\"viewport\" content=\"width=device-width\">\n<style>";
   html += kStyle;
-  html += "</style></head><body>\n<header><h1>" + title + "</h1><p>" + HtmlText(page.provider) +
-          "</p><p>" + HtmlText(page.path) + "</p><p>" +
-          HtmlText(Translated("$$$/Sorvik/Sheet/Clips=Clips")) + ": <span id=\"count\">" +
+  html += "</style></head><body>\n<header><h1>" + title + "</h1><p>" + XmlText(page.provider) +
+          "</p><p>" + XmlText(page.path) + "</p><p>" +
+          XmlText(Translated("$$$/Sorvik/Sheet/Clips=Clips")) + ": <span id=\"count\">" +
           std::to_string(page.clips) + "</span></p>";
   for (const auto& [label, text] : page.totals) {
-    html += "<p>" + HtmlText(label) + ": " + HtmlText(text) + "</p>";
+    html += "<p>" + XmlText(label) + ": " + XmlText(text) + "</p>";
   }
   return html + "</header>\n<input type=\"search\" placeholder=\"" + filter + "\" aria-label=\"" +
          filter + "\">\n<main>\n";
@@ -137,16 +95,16 @@ std::string SheetClipHtml(const SheetClip& clip) {
     // view.
     const bool embedded = clip.picture.starts_with("data:");
     html += std::string("<img alt=\"\" ") + (embedded ? "src" : "data-src") + "=\"" +
-            HtmlText(clip.picture) + "\">";
+            XmlText(clip.picture) + "\">";
   }
-  html += "</div><h2>" + HtmlText(clip.name) + "</h2><dl>";
-  html += FactHtml(Translated("$$$/Sorvik/Column/Key=Key"), HtmlText(clip.key));
+  html += "</div><h2>" + XmlText(clip.name) + "</h2><dl>";
+  html += FactHtml(Translated("$$$/Sorvik/Column/Key=Key"), XmlText(clip.key));
   if (!clip.path.empty()) {
-    html += FactHtml(
-        Translated("$$$/Sorvik/Sheet/File=File"),
-        "<a href=\"" + FileUrl(clip.path) + "\">" + HtmlText(FileName(clip.path)) + "</a>");
+    html +=
+        FactHtml(Translated("$$$/Sorvik/Sheet/File=File"),
+                 "<a href=\"" + FileUrl(clip.path) + "\">" + XmlText(FileName(clip.path)) + "</a>");
   }
-  for (const auto& [label, text] : clip.facts) html += FactHtml(label, HtmlText(text));
+  for (const auto& [label, text] : clip.facts) html += FactHtml(label, XmlText(text));
   return html + "</dl></article>\n";
 }
 

@@ -31,12 +31,4 @@ std::string SheetBegin(const SheetPage& page);
 std::string SheetClipHtml(const SheetClip& clip);
 std::string SheetEnd();
 
-// Returns the URL of an absolute path.
-std::string FileUrl(std::string_view path);
-// Escapes a path for the part of a URL after the scheme.
-std::string UrlPath(std::string_view path);
-
-// Escapes markup, and replaces characters that HTML doesn't allow by U+FFFD.
-std::string HtmlText(std::string_view text);
-
 }  // namespace host

@@ -1,61 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Json.h"
 
-#include <array>
-#include <charconv>
-
 #include "Failure.h"
-#include "SorvikProvider/foundation/JsonText.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/Provider.h"
 
 namespace host {
-
-void JsonWriter::Key(std::string_view key) {
-  BeforeValue();
-  Quoted(Hestra::MakeString(key));
-  Write(indents_ ? ": " : ":");
-  afterKey_ = true;
-}
-
-void JsonWriter::String(std::string_view text) { String(Hestra::MakeString(text)); }
-
-void JsonWriter::String(std::u16string_view text) {
-  BeforeValue();
-  Quoted(text);
-}
-
-void JsonWriter::Number(unsigned long long number) {
-  BeforeValue();
-  Write(std::to_string(number));
-}
-
-void JsonWriter::Number(int number) {
-  BeforeValue();
-  Write(std::to_string(number));
-}
-
-void JsonWriter::Number(double number) {
-  BeforeValue();
-  std::array<char, 32> digits{};
-  const auto [end, error] = std::to_chars(digits.begin(), digits.end(), number);
-  Write(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.begin())));
-}
-
-void JsonWriter::Boolean(bool value) {
-  BeforeValue();
-  Write(value ? "true" : "false");
-}
-
-void JsonWriter::Null() {
-  BeforeValue();
-  Write("null");
-}
-
-void JsonWriter::Json(std::string_view json) {
-  BeforeValue();
-  Write(json);
-}
 
 void JsonWriter::Strings(const std::vector<std::string>& texts) {
   BeginArray();
@@ -100,48 +50,6 @@ void JsonWriter::Entries(const Sorvik::ContentMap& content) {
     Fields(fields);
   }
   EndObject();
-}
-
-void JsonWriter::Open(char bracket) {
-  BeforeValue();
-  Write(std::string_view(&bracket, 1));
-  filled_.push_back(false);
-}
-
-void JsonWriter::Close(char bracket) {
-  const bool filled = filled_.back();
-  filled_.pop_back();
-  if (filled) NewLine();
-  Write(std::string_view(&bracket, 1));
-}
-
-// Writes a comma and newline between values, and nothing between a key and its value.
-void JsonWriter::BeforeValue() {
-  if (afterKey_ || filled_.empty()) {
-    afterKey_ = false;
-    return;
-  }
-  if (filled_.back()) Write(",");
-  filled_.back() = true;
-  NewLine();
-}
-
-void JsonWriter::NewLine() {
-  if (indents_) Write("\n" + std::string(2 * filled_.size(), ' '));
-}
-
-void JsonWriter::Quoted(std::u16string_view text) {
-  std::string quoted;
-  Hestra::AppendJsonString(quoted, text);
-  Write(quoted);
-}
-
-void JsonWriter::Write(std::string_view bytes) {
-  if (output_ != nullptr) {
-    output_->Write(bytes);
-  } else {
-    text_->append(bytes);
-  }
 }
 
 void WriteErrorJson(Output& output, const Failure& failure) {

@@ -119,11 +119,12 @@ Sorvik::CardFindings Session::Check(const std::string& path, const std::string& 
                    }).findings);
 }
 
-Sorvik::ShotParts Session::Parts(const std::string& path, const std::string& identification,
-                                 const std::string& key) {
-  return std::move(Await<Sorvik::ShotPartsMessage>([&](const ImmutableString& station) {
-                     return Sorvik::RequestShotParts(path, identification, key, station);
-                   }).shot);
+Sorvik::JoinResult Session::Join(const std::string& path, const std::string& identification,
+                                 const std::string& key, const Sorvik::JoinOptions& options) {
+  progress_.Begin("reading");
+  return std::move(Await<Sorvik::JoinListsMessage>([&](const ImmutableString& station) {
+                     return Sorvik::RequestJoinLists(path, identification, key, options, station);
+                   }).joined);
 }
 
 Sorvik::GetDefaultContentMessage Session::Places(const std::string& path,

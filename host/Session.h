@@ -18,7 +18,7 @@
 #include "Progress.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/cardtools/CardFinder.h"
-#include "SorvikProvider/cardtools/ShotParts.h"
+#include "SorvikProvider/cardtools/JoinList.h"
 #include "SorvikProvider/foundation/ImmutableString.h"
 #include "SorvikProvider/foundation/Messaging.h"
 #include "SorvikProvider/frame/FieldModel.h"
@@ -50,9 +50,9 @@ class Session {
   // Checks the structure at `path` as that provider understands it.
   Sorvik::CardFindings Check(const std::string& path, const std::string& identification,
                              Sorvik::CheckDepth depth);
-  // Returns the parts of an entry; without parts if there is no such entry.
-  Sorvik::ShotParts Parts(const std::string& path, const std::string& identification,
-                          const std::string& key);
+  // Makes the list that joins the files of an entry, or of all entries if `key` is empty.
+  Sorvik::JoinResult Join(const std::string& path, const std::string& identification,
+                          const std::string& key, const Sorvik::JoinOptions& options);
   // Returns the entries that can be browsed further. The message's provider is null if none claims
   // `path`.
   Sorvik::GetDefaultContentMessage Places(const std::string& path, const std::string& provider);

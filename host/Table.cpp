@@ -5,6 +5,7 @@
 #include <numeric>
 #include <utility>
 
+#include "SorvikProvider/foundation/EscapedText.h"
 #include "Text.h"
 
 namespace host {
@@ -62,16 +63,6 @@ std::string TsvText(const std::string& text) {
   return escaped;
 }
 
-std::string CsvText(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted + "\"";
-}
-
 std::string TsvLine(const std::vector<std::string>& row) {
   std::string line;
   for (std::size_t i = 0; i < row.size(); ++i) line += (i == 0 ? "" : "\t") + TsvText(row[i]);
@@ -79,12 +70,6 @@ std::string TsvLine(const std::vector<std::string>& row) {
 }
 
 }  // namespace
-
-std::string CsvLine(const std::vector<std::string>& row) {
-  std::string line;
-  for (std::size_t i = 0; i < row.size(); ++i) line += (i == 0 ? "" : ",") + CsvText(row[i]);
-  return line;
-}
 
 std::vector<std::size_t> FitWidths(std::vector<std::size_t> widths, const std::vector<bool>& fixed,
                                    std::size_t limit) {
@@ -137,7 +122,7 @@ void Table::WriteAligned(Output& output) const {
 void Table::WriteSeparated(Output& output, TableForm form) const {
   const bool csv = form == TableForm::kCsv;
   const auto write = [&](const Row& row) {
-    output.Write(output.Shown(csv ? CsvLine(row) : TsvLine(row)) + (csv ? "\r\n" : "\n"));
+    output.Write(output.Shown(csv ? Hestra::CsvLine(row) : TsvLine(row)) + (csv ? "\r\n" : "\n"));
   };
   write(headings_);
   for (const Row& row : rows_) write(row);

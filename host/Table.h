@@ -43,9 +43,6 @@ class Table {
   std::vector<std::vector<std::string>> rows_;
 };
 
-// One line of CSV (RFC 4180), without its line end.
-std::string CsvLine(const std::vector<std::string>& row);
-
 // Reduces column widths, separated by two cells, to a line of `limit` cells. Columns that are not
 // `fixed` become narrower, the widest first, but no narrower than 12. The last columns are removed
 // if that isn't enough; the first stays. Exposed for tests.

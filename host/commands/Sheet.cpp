@@ -17,6 +17,7 @@
 #include "Keys.h"
 #include "Paths.h"
 #include "SorvikProvider/cardtools/EntryFiles.h"
+#include "SorvikProvider/foundation/EscapedText.h"
 #include "SorvikProvider/foundation/Localizer.h"
 #include "Text.h"
 #include "Values.h"
@@ -188,7 +189,7 @@ class PictureStore {
     }
     const std::string name = std::to_string(clip + 1) + (isJpeg ? ".jpg" : ".png");
     WriteFile(output_, folder_ + "/" + name, bytes);
-    return UrlPath("./" + FileName(folder_) + "/" + name);
+    return Hestra::UrlPath("./" + FileName(folder_) + "/" + name);
   }
 
  private:

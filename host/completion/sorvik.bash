@@ -40,7 +40,7 @@ _sorvik_offer() {
 _sorvik_value() {
   case $1 in
     --provider) _sorvik_offer < <(_sorvik_providers) ;;
-    --format) _sorvik_offer < <(printf '%s\n' ffconcat otio ale edl fcpxml csv) ;;
+    --format) _sorvik_offer < <(printf '%s\n' ffconcat otio ale edl fcpxml csv json) ;;
     --thumbs) _sorvik_offer < <(printf '%s\n' auto kitty sixel none) ;;
     --fields | --only)
       local before=${cur%"${cur##*,}"} names='card clip file problem'

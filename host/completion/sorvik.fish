@@ -79,7 +79,7 @@ for line in $help
                 case --only
                     set -a option -x -a '(__sorvik_kinds)'
                 case --format
-                    set -a option -x -a 'ffconcat otio ale edl fcpxml csv'
+                    set -a option -x -a 'ffconcat otio ale edl fcpxml csv json'
                 case --size --jobs --shard --timeout-per-card
                     set -a option -x
                 case '*'

@@ -37,6 +37,8 @@ save thumb thumb "$card" 0001AB -o "$work/clip.png" --json
 save sheet sheet "$card" -o "$work/sheet.html" --json
 save cards cards "$work" --json
 save catalog catalog "$work" "$work/missing"
+save join join "$card" --json
+save join join "$card" 0003ED --json
 save providers providers --json
 save fields fields --json
 save check check "$card" --json
@@ -47,6 +49,7 @@ save check check "$card" --json --quick
 save error ls "$work/missing" --json
 save error ls --json --bogus
 save error entry "$card" bogus --json
+save error join "$card" bogus --json
 save error meta "$sound" "$sound" --ndjson
 
 python3 - "$source_dir/docs/schema" "$work" << 'PYTHON'

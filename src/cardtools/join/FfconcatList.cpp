@@ -5,15 +5,11 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "Failure.h"
-#include "JoinList.h"
-#include "Paths.h"
+#include "cardtools/join/JoinFormats.h"
+#include "foundation/Paths.h"
 
-namespace host {
+namespace Sorvik {
 namespace {
-
-using Sorvik::ShotPart;
-using Sorvik::ShotTrack;
 
 std::string Seconds(std::int64_t microseconds) {
   char text[40];
@@ -46,7 +42,8 @@ bool IsSafe(const std::string& path) {
 // A file as the list names it: relative if it is below the folder of the list.
 std::string NameInList(const JoinList& list, const std::string& path) {
   if (list.output.empty()) return path;
-  return RelativePath(path, list.output.substr(0, list.output.rfind('/')));
+  const std::string folder = list.output.substr(0, list.output.rfind('/') + 1);
+  return path.starts_with(folder) ? path.substr(folder.size()) : path;
 }
 
 bool IsReadable(const ShotPart& part) {
@@ -64,12 +61,12 @@ void RequireSupport(const JoinList& list, const JoinShot& shot) {
   for (const ShotPart& part : shot.shot.parts) {
     if (!part.isPresent) continue;
     if (!IsReadable(part)) {
-      throw Failure(kFailed, list.path,
-                    "no ffconcat list for '" + shot.key +
-                        "' (ffmpeg doesn't read its files as video; use --format otio)");
+      throw JoinFailure{
+          {list.path, "no ffconcat list for '" + shot.key +
+                          "' (ffmpeg doesn't read its files as video; use the format otio)"}};
     }
     if (OneLine(part.path) != part.path) {
-      throw Failure(kFailed, part.path, "the format can't contain this path (control character)");
+      throw JoinFailure{{part.path, "the format can't contain this path (control character)"}};
     }
   }
 }
@@ -86,7 +83,7 @@ std::string OutputOf(const JoinList& list, const JoinTrack& track, bool isFirst)
 }
 
 // The tracks of which at least one part exists.
-std::vector<JoinTrack> TracksWithFiles(const Sorvik::ShotParts& shot) {
+std::vector<JoinTrack> TracksWithFiles(const ShotParts& shot) {
   std::vector<JoinTrack> tracks = TracksOf(shot);
   const auto isMissing = [](const JoinTrack& track) {
     return std::none_of(track.begin(), track.end(),
@@ -109,8 +106,8 @@ class Lists {
     }
   }
 
-  std::vector<ListFile> Write() const {
-    std::vector<ListFile> files;
+  std::vector<JoinFile> Write() const {
+    std::vector<JoinFile> files;
     for (std::size_t i = 0; i < tracks_.size(); ++i) {
       files.push_back({outputs_[i], TextOf(tracks_[i])});
     }
@@ -129,7 +126,7 @@ class Lists {
   static std::string Comment(const std::string& text) { return "# " + OneLine(text) + "\n"; }
 
   std::string Input(const std::string& output) const {
-    const std::string name = output.empty() ? "LIST" : FileName(output);
+    const std::string name(output.empty() ? "LIST" : foundation::FileName(output));
     const bool isPlain = IsSafe(name);
     return (isSafe_ ? "" : "-safe 0 ") + std::string("-i ") + (isPlain ? name : Quoted(name));
   }
@@ -205,7 +202,7 @@ class Lists {
 };
 
 // Adds the lengths of missing parts to the files before them, so that what follows keeps its place.
-void KeepGaps(Sorvik::ShotParts& shot) {
+void KeepGaps(ShotParts& shot) {
   ShotPart* last = nullptr;
   for (ShotPart& part : shot.parts) {
     if (part.isPresent) {
@@ -219,17 +216,16 @@ void KeepGaps(Sorvik::ShotParts& shot) {
 
 }  // namespace
 
-std::vector<ListFile> FfconcatLists(const JoinList& list) {
+std::vector<JoinFile> FfconcatLists(const JoinList& list) {
   JoinShot shot = list.shots.front();
   RequireSupport(list, shot);
   if (list.output.empty() && TracksWithFiles(shot.shot).size() > 1) {
-    throw Failure(kFailed, list.path,
-                  "'" + shot.key +
-                      "' has its tracks in separate files, so that it needs several "
-                      "lists; use -o");
+    throw JoinFailure{{list.path, "'" + shot.key +
+                                      "' has its tracks in separate files, so that it needs "
+                                      "several lists and the path of the first one"}};
   }
   KeepGaps(shot.shot);
   return Lists(list, shot).Write();
 }
 
-}  // namespace host
+}  // namespace Sorvik

@@ -4,15 +4,12 @@
 #include <array>
 #include <utility>
 
-#include "JoinList.h"
-#include "Paths.h"
-#include "Table.h"
+#include "SorvikProvider/foundation/EscapedText.h"
+#include "cardtools/join/JoinFormats.h"
+#include "foundation/Paths.h"
 
-namespace host {
+namespace Sorvik {
 namespace {
-
-using Sorvik::ShotPart;
-using Sorvik::ShotTrack;
 
 struct MetadataColumn {
   const char* heading;
@@ -79,7 +76,7 @@ std::vector<MetadataColumn> UsedColumns(const JoinList& list) {
   for (const MetadataColumn& column : kAleColumns) {
     const bool isUsed = std::any_of(
         list.shots.begin(), list.shots.end(),
-        [&column](const JoinShot& shot) { return !FieldText(shot, column.field).empty(); });
+        [&column](const JoinShot& shot) { return !FieldText(shot.fields, column.field).empty(); });
     if (isUsed) used.push_back(column);
   }
   return used;
@@ -90,16 +87,15 @@ std::vector<std::string> AleRow(const JoinShot& shot, const ShotPart& part,
   const bool drops = DropsFrames(shot.shot);
   const std::uint64_t start = part.startFrame.value_or(part.firstFrame);
   const std::size_t slash = part.path.rfind('/');
-  std::vector<std::string> row = {
-      part.name,
-      TracksText(shot),
-      Sorvik::TimecodeOfFrames(start, shot.shot.rate, drops),
-      Sorvik::TimecodeOfFrames(start + FramesOf(part), shot.shot.rate, drops),
-      part.name,
-      FileName(part.path),
-      part.path.substr(0, slash == std::string::npos ? 0 : slash),
-      shot.name};
-  for (const MetadataColumn& column : columns) row.push_back(FieldText(shot, column.field));
+  std::vector<std::string> row = {part.name,
+                                  TracksText(shot),
+                                  TimecodeOfFrames(start, shot.shot.rate, drops),
+                                  TimecodeOfFrames(start + FramesOf(part), shot.shot.rate, drops),
+                                  part.name,
+                                  std::string(foundation::FileName(part.path)),
+                                  part.path.substr(0, slash == std::string::npos ? 0 : slash),
+                                  shot.name};
+  for (const MetadataColumn& column : columns) row.push_back(FieldText(shot.fields, column.field));
   return row;
 }
 
@@ -126,11 +122,6 @@ std::string AleList(const JoinList& list) {
 
 namespace {
 
-const char* TrackName(const ShotPart& part) {
-  static constexpr const char* kNames[] = {"picture and sound", "picture", "sound"};
-  return kNames[static_cast<std::size_t>(part.track)];
-}
-
 std::vector<std::string> CsvRow(const JoinShot& shot, std::size_t number, const ShotPart& part) {
   const auto text = [](const auto& value) {
     return value ? std::to_string(*value) : std::string();
@@ -147,12 +138,9 @@ std::vector<std::string> CsvRow(const JoinShot& shot, std::size_t number, const 
                                   std::to_string(part.firstFrame),
                                   part.startTimecode,
                                   text(part.startFrame),
-                                  shot.shot.rate.IsKnown()
-                                      ? std::to_string(shot.shot.rate.numerator) + "/" +
-                                            std::to_string(shot.shot.rate.denominator)
-                                      : "",
+                                  shot.shot.rate.IsKnown() ? RateText(shot.shot.rate) : "",
                                   text(part.joinMicroseconds)};
-  for (const std::string& field : JoinFields()) row.push_back(FieldText(shot, field.c_str()));
+  for (const std::string& field : JoinFields()) row.push_back(FieldText(shot.fields, field));
   for (std::string& cell : row) cell = OneLine(cell);
   return row;
 }
@@ -164,15 +152,15 @@ std::string CsvList(const JoinList& list) {
       "Key",      "Part",   "Track",       "Channel",        "File title",  "File", "Present",
       "Inferred", "Frames", "First frame", "Start timecode", "Start frame", "Rate", "Join us"};
   headings.insert(headings.end(), JoinFields().begin(), JoinFields().end());
-  std::string text = CsvLine(headings) + "\r\n";
+  std::string text = Hestra::CsvLine(headings) + "\r\n";
   for (const JoinShot& shot : list.shots) {
     for (const JoinTrack& track : TracksOf(shot.shot)) {
       for (std::size_t i = 0; i < track.size(); ++i) {
-        text += CsvLine(CsvRow(shot, i + 1, *track[i])) + "\r\n";
+        text += Hestra::CsvLine(CsvRow(shot, i + 1, *track[i])) + "\r\n";
       }
     }
   }
   return text;
 }
 
-}  // namespace host
+}  // namespace Sorvik

@@ -5,16 +5,11 @@
 #include <cstdio>
 #include <set>
 
-#include "Failure.h"
-#include "JoinList.h"
-#include "Paths.h"
+#include "cardtools/join/JoinFormats.h"
+#include "foundation/Paths.h"
 
-namespace host {
+namespace Sorvik {
 namespace {
-
-using Sorvik::ShotPart;
-using Sorvik::ShotRate;
-using Sorvik::ShotTrack;
 
 constexpr unsigned kMaxEvents = 999;
 constexpr std::size_t kReelSize = 8;
@@ -28,12 +23,11 @@ class EdlWriter {
         (rate_.numerator + rate_.denominator / 2) / std::max<std::uint64_t>(rate_.denominator, 1);
     dropsRecord_ = DropsFrames(list.shots.front().shot);
     const std::string start = dropsRecord_ ? "01:00:00;00" : "01:00:00:00";
-    record_ = Sorvik::FramesOfTimecode(start, rate_).value_or(kRecordStartHour * 3600 * base);
+    record_ = FramesOfTimecode(start, rate_).value_or(kRecordStartHour * 3600 * base);
   }
 
   std::string Write() {
-    const std::string title =
-        list_.shots.size() == 1 ? list_.shots.front().name : FileName(list_.path);
+    const std::string title = list_.shots.size() == 1 ? list_.shots.front().name : list_.Title();
     Line("TITLE: " + OneLine(title));
     for (const JoinShot& shot : list_.shots) WriteShot(shot);
     return text_;
@@ -67,8 +61,8 @@ class EdlWriter {
 
   void WriteEvent(const JoinShot& shot, const ShotPart& part) {
     if (++events_ > kMaxEvents) {
-      throw Failure(kFailed, list_.path,
-                    "more than 999 events, the most that an EDL can have; choose a KEY");
+      throw JoinFailure{
+          {list_.path, "more than 999 events, the most that an EDL can have; choose a clip"}};
     }
     const std::uint64_t frames = FramesOf(part);
     const std::uint64_t start =
@@ -81,14 +75,12 @@ class EdlWriter {
     record_ += frames;
     Line("* FROM CLIP NAME: " + OneLine(part.name));
     if (!part.isPresent) Line("* MISSING");
-    if (part.isPresent) Line("* SOURCE FILE: " + OneLine(FileName(part.path)));
+    if (part.isPresent) Line("* SOURCE FILE: " + OneLine(foundation::FileName(part.path)));
   }
 
-  std::string Time(std::uint64_t frames) const {
-    return Sorvik::TimecodeOfFrames(frames, rate_, drops_);
-  }
+  std::string Time(std::uint64_t frames) const { return TimecodeOfFrames(frames, rate_, drops_); }
   std::string RecordTime(std::uint64_t frames) const {
-    return Sorvik::TimecodeOfFrames(frames, rate_, dropsRecord_);
+    return TimecodeOfFrames(frames, rate_, dropsRecord_);
   }
 
   // At most eight letters and digits; made unique by a number at its end.
@@ -126,4 +118,4 @@ std::string EdlList(const JoinList& list) {
   return EdlWriter(list).Write();
 }
 
-}  // namespace host
+}  // namespace Sorvik

@@ -5,20 +5,14 @@
 #include <numeric>
 #include <tuple>
 
-#include "ContactSheet.h"
-#include "Failure.h"
-#include "JoinList.h"
-#include "Paths.h"
+#include "SorvikProvider/foundation/EscapedText.h"
+#include "cardtools/join/JoinFormats.h"
 
-namespace host {
+namespace Sorvik {
 namespace {
 
-using Sorvik::ShotPart;
-using Sorvik::ShotRate;
-using Sorvik::ShotTrack;
-
 std::string Attribute(const char* name, std::string_view value) {
-  return std::string(" ") + name + "=\"" + HtmlText(value) + "\"";
+  return std::string(" ") + name + "=\"" + Hestra::XmlText(value) + "\"";
 }
 
 std::string Time(std::uint64_t frames, const ShotRate& rate) {
@@ -43,7 +37,7 @@ class FcpxmlWriter {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n"
            "<fcpxml version=\"1.10\">\n  <resources>\n" +
            resources_ + "  </resources>\n  <library>\n    <event" +
-           Attribute("name", FileName(list_.path)) + ">\n" + projects +
+           Attribute("name", list_.Title()) + ">\n" + projects +
            "    </event>\n  </library>\n</fcpxml>\n";
   }
 
@@ -84,7 +78,7 @@ class FcpxmlWriter {
       if (isSound && part.channel != 0) resources_ += Attribute("audioChannels", "1");
     }
     resources_ += ">\n      <media-rep kind=\"original-media\"" +
-                  Attribute("src", FileUrl(part.path)) + "/>\n    </asset>\n";
+                  Attribute("src", Hestra::FileUrl(part.path)) + "/>\n    </asset>\n";
     return id;
   }
 
@@ -153,12 +147,13 @@ std::string FcpxmlList(const JoinList& list) {
   for (const JoinShot& shot : list.shots) {
     for (const ShotPart& part : shot.shot.parts) {
       if (!part.images) continue;
-      throw Failure(kFailed, list.path,
-                    "'" + shot.key +
-                        "' is an image sequence, which the format doesn't have; use --format otio");
+      throw JoinFailure{
+          {list.path, "'" + shot.key +
+                          "' is an image sequence, which the format doesn't have; use the format "
+                          "otio"}};
     }
   }
   return FcpxmlWriter(list).Write();
 }
 
-}  // namespace host
+}  // namespace Sorvik

@@ -2,23 +2,16 @@
 // OpenTimelineIO JSON: Timeline.1, Stack.1, Track.1, Clip.2, which libraries since 0.15 read.
 #include <algorithm>
 
-#include "ContactSheet.h"
-#include "Failure.h"
-#include "JoinList.h"
-#include "Json.h"
-#include "Paths.h"
+#include "SorvikProvider/foundation/EscapedText.h"
+#include "SorvikProvider/foundation/JsonWriter.h"
+#include "cardtools/join/JoinFormats.h"
 
-namespace host {
+namespace Sorvik {
 namespace {
-
-using Sorvik::ImageSequence;
-using Sorvik::ShotPart;
-using Sorvik::ShotRate;
-using Sorvik::ShotTrack;
 
 class OtioWriter {
  public:
-  OtioWriter(JsonWriter& json, const JoinList& list) : json_(json), list_(list) {}
+  OtioWriter(Hestra::JsonWriter& json, const JoinList& list) : json_(json), list_(list) {}
 
   void WriteTimeline(const JoinShot& shot) {
     shot_ = &shot;
@@ -42,7 +35,7 @@ class OtioWriter {
   }
 
   void WriteCollection() {
-    Begin("SerializableCollection.1", FileName(list_.path));
+    Begin("SerializableCollection.1", list_.Title());
     json_.Key("children");
     json_.BeginArray();
     for (const JoinShot& shot : list_.shots) WriteTimeline(shot);
@@ -99,7 +92,7 @@ class OtioWriter {
     Member("key", shot_->key);
     json_.Key("complete");
     json_.Boolean(shot_->shot.isComplete);
-    const std::string identifier = FieldText(*shot_, "identifier");
+    const std::string identifier = FieldText(shot_->fields, "identifier");
     if (!identifier.empty()) Member("identifier", identifier);
     EndMetadata();
   }
@@ -171,7 +164,7 @@ class OtioWriter {
       WriteImages(part, *part.images);
     } else {
       Begin("ExternalReference.1");
-      Member("target_url", FileUrl(part.path));
+      Member("target_url", Hestra::FileUrl(part.path));
       const std::uint64_t start = part.startFrame.value_or(part.firstFrame);
       WriteRange("available_range", start - std::min(start, part.firstFrame),
                  part.firstFrame + FramesOf(part) + part.framesAfter);
@@ -181,7 +174,7 @@ class OtioWriter {
 
   void WriteImages(const ShotPart& part, const ImageSequence& images) {
     Begin("ImageSequenceReference.1");
-    Member("target_url_base", FileUrl(part.path) + "/");
+    Member("target_url_base", Hestra::FileUrl(part.path) + "/");
     Member("name_prefix", images.prefix);
     Member("name_suffix", images.suffix);
     Member("start_frame", images.first);
@@ -192,7 +185,7 @@ class OtioWriter {
     WriteRange("available_range", part.startFrame.value_or(0), FramesOf(part));
   }
 
-  JsonWriter& json_;
+  Hestra::JsonWriter& json_;
   const JoinList& list_;
   const JoinShot* shot_ = nullptr;
 };
@@ -202,12 +195,12 @@ class OtioWriter {
 std::string OtioList(const JoinList& list) {
   for (const JoinShot& shot : list.shots) {
     if (!shot.shot.rate.IsKnown()) {
-      throw Failure(kFailed, list.path, "the frame rate of '" + shot.key + "' is unknown");
+      throw JoinFailure{{list.path, "the frame rate of '" + shot.key + "' is unknown"}};
     }
   }
   std::string text;
   {
-    JsonWriter json(text);
+    Hestra::JsonWriter json([&text](std::string_view part) { text += part; }, true);
     OtioWriter writer(json, list);
     if (list.shots.size() == 1) {
       writer.WriteTimeline(list.shots.front());
@@ -218,4 +211,4 @@ std::string OtioList(const JoinList& list) {
   return text;
 }
 
-}  // namespace host
+}  // namespace Sorvik

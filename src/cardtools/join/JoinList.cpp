@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: MIT
+#include "SorvikProvider/cardtools/JoinList.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "cardtools/ProviderLookup.h"
+#include "cardtools/join/JoinFormats.h"
+#include "foundation/CallScope.h"
+#include "foundation/Paths.h"
+#include "foundation/platform/ShareAccess.h"
+#include "frame/RequestQueue.h"
+
+namespace Sorvik {
+namespace {
+
+struct FormatRow {
+  std::string_view name;
+  JoinFormat format;
+};
+
+constexpr FormatRow kFormats[] = {
+    {"ffconcat", JoinFormat::kFfconcat}, {"otio", JoinFormat::kOtio},     {"ale", JoinFormat::kAle},
+    {"edl", JoinFormat::kEdl},           {"fcpxml", JoinFormat::kFcpxml}, {"csv", JoinFormat::kCsv},
+    {"json", JoinFormat::kJson},
+};
+
+std::vector<JoinFile> WriteLists(const JoinList& list, const JoinOptions& options) {
+  switch (options.format) {
+    case JoinFormat::kFfconcat:
+      return FfconcatLists(list);
+    case JoinFormat::kOtio:
+      return {{list.output, OtioList(list)}};
+    case JoinFormat::kAle:
+      return {{list.output, AleList(list)}};
+    case JoinFormat::kEdl:
+      return {{list.output, EdlList(list)}};
+    case JoinFormat::kFcpxml:
+      return {{list.output, FcpxmlList(list)}};
+    case JoinFormat::kCsv:
+      return {{list.output, CsvList(list)}};
+    case JoinFormat::kJson:
+      return {{list.output, JsonList(list, options.indents)}};
+  }
+  return {};
+}
+
+FieldNameSet SupportedFields(const ProviderWrapper& provider) {
+  FieldNameSet fields;
+  const FieldNameSet supported = provider.GetFieldList();
+  for (const std::string& field : JoinFields()) {
+    if (supported.contains(field)) fields.insert(field);
+  }
+  return fields;
+}
+
+// The display name, or the last component of a key without one.
+std::string NameOf(const std::string& key, const FieldValueMap& fields) {
+  const std::string name = FieldText(fields, kNameField);
+  const std::string_view last = foundation::FileName(key);
+  return !name.empty() ? name : std::string(last.empty() ? std::string_view(key) : last);
+}
+
+// A part is missing in the middle if others of its track exist before and after it.
+bool IsInside(const JoinTrack& track, std::size_t index) {
+  const auto at = track.begin() + static_cast<std::ptrdiff_t>(index);
+  const auto exists = [](const ShotPart* part) { return part->isPresent; };
+  return std::any_of(track.begin(), at, exists) && std::any_of(at, track.end(), exists);
+}
+
+bool HasLength(const ShotParts& shot) {
+  return shot.rate.IsKnown() &&
+         std::ranges::any_of(shot.parts, [](const auto& part) { return part.frames.has_value(); });
+}
+
+class JoinMaker {
+ public:
+  JoinMaker(const ProviderWrapper& provider, const std::string& path, const JoinOptions& options,
+            ProviderRequest* request)
+      : provider_(provider), options_(options), request_(request) {
+    list_.path = path;
+    list_.provider = provider.GetIdentification();
+    list_.output = options.output;
+  }
+
+  JoinResult Make(const std::string& key) {
+    try {
+      Read(key);
+      for (const JoinShot& shot : list_.shots) CheckGaps(shot);
+      result_.files = WriteLists(list_, options_);
+    } catch (JoinFailure& failure) {
+      result_.status = failure.status;
+      result_.problem = std::move(failure.problem);
+    }
+    return std::move(result_);
+  }
+
+ private:
+  void Read(const std::string& key) {
+    if (!key.empty()) return ReadEntry(key);
+    if (options_.format == JoinFormat::kFfconcat) {
+      throw JoinFailure{{list_.path, "the format ffconcat is for one clip"}};
+    }
+    ReadAll();
+  }
+
+  void ReadEntry(const std::string& key) {
+    ContentMap content = provider_.GetContent(list_.path, key, SupportedFields(provider_));
+    const auto entry = content.find(key);
+    if (entry != content.end()) AddShot(key, std::move(entry->second));
+    if (list_.shots.empty()) {
+      throw JoinFailure{{list_.path, "no entry '" + key + "'"}, JoinStatus::kNoEntry};
+    }
+    const auto& parts = list_.shots.front().shot.parts;
+    if (std::ranges::none_of(parts, &ShotPart::isPresent)) {
+      throw JoinFailure{{list_.path, "no media file for entry '" + key + "'"}};
+    }
+  }
+
+  // Leaves out an entry whose files another entry contains as parts, and one without a length, such
+  // as a photograph, which is no shot.
+  void ReadAll() {
+    std::set<std::pair<std::string, std::string>> seen;  // name and path of the first part
+    std::size_t without = 0;
+    ContentMap content = provider_.GetContent(list_.path, SupportedFields(provider_), request_);
+    for (auto& [key, fields] : content) {
+      AddShot(key, std::move(fields));
+      if (list_.shots.empty() || list_.shots.back().key != key) continue;
+      const ShotParts& shot = list_.shots.back().shot;
+      const bool hasLength = HasLength(shot);
+      const auto& first = shot.parts.front();
+      if (!hasLength) ++without;
+      if (!hasLength || !seen.emplace(first.name, first.path).second) list_.shots.pop_back();
+    }
+    if (list_.shots.empty()) throw JoinFailure{{list_.path, "no clips with a known length"}};
+    if (without > 0) Warn(std::to_string(without) + " entries without a known length left out");
+  }
+
+  // Adds nothing for an entry without parts.
+  void AddShot(const std::string& key, FieldValueMap fields) {
+    if (ProviderRequest::TestAborted(request_)) {
+      throw JoinFailure{{list_.path, "aborted"}, JoinStatus::kAborted};
+    }
+    ShotParts shot = GetShotParts(list_.path, list_.provider, key, request_);
+    if (shot.parts.empty()) return;
+    std::string name = NameOf(key, fields);
+    list_.shots.push_back({key, std::move(name), std::move(shot), std::move(fields)});
+  }
+
+  void Warn(const std::string& text) {
+    if (warned_.insert(text).second) result_.warnings.push_back({list_.path, text});
+  }
+
+  // A shot with a hole must not look complete. Parts that are missing at an end are reported only:
+  // the rest is one piece.
+  void CheckGaps(const JoinShot& shot) {
+    for (const JoinTrack& track : TracksOf(shot.shot)) {
+      for (std::size_t i = 0; i < track.size(); ++i) {
+        if (track[i]->isPresent) {
+          CheckImages(shot, *track[i]);
+        } else {
+          Lack("part '" + track[i]->name + "' of '" + shot.key + "' is missing",
+               IsInside(track, i));
+        }
+      }
+    }
+  }
+
+  void CheckImages(const JoinShot& shot, const ShotPart& part) {
+    if (!part.images || part.images->missing == 0) return;
+    Lack(std::to_string(part.images->missing) + " frames of '" + shot.key + "' are missing", true);
+  }
+
+  void Lack(const std::string& text, bool isGap) {
+    if (isGap && !options_.allowGaps) {
+      throw JoinFailure{{list_.path, text}, JoinStatus::kGap};
+    }
+    Warn(text);
+  }
+
+  const ProviderWrapper& provider_;
+  const JoinOptions& options_;
+  ProviderRequest* const request_;
+  JoinList list_;
+  JoinResult result_;
+  std::set<std::string> warned_;
+};
+
+}  // namespace
+
+std::optional<JoinFormat> JoinFormatNamed(std::string_view name) {
+  const auto* const row = std::ranges::find(kFormats, name, &FormatRow::name);
+  return row == std::end(kFormats) ? std::nullopt : std::optional(row->format);
+}
+
+JoinResult MakeJoinLists(const std::string& path, const std::string& identification,
+                         const std::string& key, const JoinOptions& options,
+                         ProviderRequest* request) {
+  const foundation::CallScope scope;
+  const platform::ShareScope shares(path);
+  const ProviderWrapper* provider = FindProvider(identification);
+  if (provider == nullptr) {
+    return {JoinStatus::kFailed, {}, {path, "unknown provider '" + identification + "'"}, {}};
+  }
+  JoinResult result = JoinMaker(*provider, path, options, request).Make(key);
+  if (ProviderRequest::TestAborted(request)) {
+    return {JoinStatus::kAborted, {}, {path, "aborted"}, {}};
+  }
+  return result;
+}
+
+JoinListsMessage::~JoinListsMessage() = default;
+
+JoinListsRequest::JoinListsRequest(tarnwick::utility::ImmutableString station, std::string path,
+                                   std::string identification, std::string key, JoinOptions options)
+    : ProviderRequest(std::move(station), ProviderRef()),
+      path_(std::move(path)),
+      identification_(std::move(identification)),
+      key_(std::move(key)),
+      options_(std::move(options)) {}
+
+JoinListsMessage JoinListsRequest::EmptyMessage() const {
+  JoinListsMessage message;
+  message.joined.status = JoinStatus::kAborted;
+  message.path = path_;
+  message.identification = identification_;
+  message.key = key_;
+  message.result = kResultAborted;
+  return message;
+}
+
+void JoinListsRequest::Run() {
+  JoinListsMessage message = EmptyMessage();
+  if (!TestAborted()) message.joined = MakeJoinLists(path_, identification_, key_, options_, this);
+  if (message.joined.status != JoinStatus::kAborted) {
+    message.result = message.joined.files.empty() ? kResultNoContent : kResultDone;
+  }
+  PostResult(message);
+}
+
+void JoinListsRequest::PostAborted() const { Post(EmptyMessage()); }
+
+Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest> JoinListsRequest::GetRef() {
+  return Hestra::InterfaceRef<ProviderRequest, Hestra::IThreadedQueueRequest>(this);
+}
+
+Hestra::InterfaceRef<JoinListsRequest, Hestra::IThreadedQueueRequest> RequestJoinLists(
+    const std::string& path, const std::string& identification, const std::string& key,
+    const JoinOptions& options, tarnwick::utility::ImmutableString station) {
+  const Hestra::InterfaceRef<JoinListsRequest, Hestra::IThreadedQueueRequest> request(
+      new JoinListsRequest(std::move(station), path, identification, key, options));
+  QueueRequest(request);
+  return request;
+}
+
+}  // namespace Sorvik
