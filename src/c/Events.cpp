@@ -94,8 +94,9 @@ T* TakeResult(sorvik_event* event) {
 
 sorvik_event_kind sorvik_event_get_kind(const sorvik_event* event) {
   static constexpr sorvik_event_kind kKinds[] = {
-      SORVIK_EVENT_END,    SORVIK_EVENT_CARD,    SORVIK_EVENT_LISTING, SORVIK_EVENT_FILES,
-      SORVIK_EVENT_REPORT, SORVIK_EVENT_PICTURE, SORVIK_EVENT_SOURCES, SORVIK_EVENT_PARTS};
+      SORVIK_EVENT_END,     SORVIK_EVENT_CARD,   SORVIK_EVENT_LISTING,
+      SORVIK_EVENT_FILES,   SORVIK_EVENT_REPORT, SORVIK_EVENT_PICTURE,
+      SORVIK_EVENT_SOURCES, SORVIK_EVENT_PARTS,  SORVIK_EVENT_JOIN_LISTS};
   static_assert(std::size(kKinds) == std::variant_size_v<sorvik_event::Result>);
   return event->isProblem ? SORVIK_EVENT_PROBLEM : kKinds[event->result.index()];
 }
@@ -120,6 +121,9 @@ sorvik_sources* sorvik_event_take_sources(sorvik_event* event) {
 }
 sorvik_parts* sorvik_event_take_parts(sorvik_event* event) {
   return TakeResult<sorvik_parts>(event);
+}
+sorvik_join_lists* sorvik_event_take_join_lists(sorvik_event* event) {
+  return TakeResult<sorvik_join_lists>(event);
 }
 sorvik_report* sorvik_event_take_report(sorvik_event* event) {
   return TakeResult<sorvik_report>(event);

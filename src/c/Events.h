@@ -16,10 +16,11 @@
 
 // A result of a request, or its end if `result` is empty and `isProblem` false.
 struct sorvik_event {
-  using Result = std::variant<std::monostate, std::unique_ptr<sorvik_card>,
-                              std::unique_ptr<sorvik_listing>, std::unique_ptr<sorvik_files>,
-                              std::unique_ptr<sorvik_report>, std::unique_ptr<sorvik_picture>,
-                              std::unique_ptr<sorvik_sources>, std::unique_ptr<sorvik_parts>>;
+  using Result =
+      std::variant<std::monostate, std::unique_ptr<sorvik_card>, std::unique_ptr<sorvik_listing>,
+                   std::unique_ptr<sorvik_files>, std::unique_ptr<sorvik_report>,
+                   std::unique_ptr<sorvik_picture>, std::unique_ptr<sorvik_sources>,
+                   std::unique_ptr<sorvik_parts>, std::unique_ptr<sorvik_join_lists>>;
 
   Result result = {};
   Sorvik::c::Outcome outcome = {};

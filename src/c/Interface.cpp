@@ -148,6 +148,28 @@ Outcome RunOnEntry(EntryOperation* operation, const char* path, const char* prov
       [operation, place, entry](TaskRequest& request) { return operation(request, place, entry); });
 }
 
+Outcome TakeJoinOptions(const sorvik_join_options* options, JoinOptions& wanted) {
+  if (options == nullptr || options->format == nullptr) return Invalid("format must not be NULL");
+  const auto format = JoinFormatNamed(options->format);
+  if (!format) return Invalid("unknown format '" + std::string(options->format) + "'");
+  wanted.format = *format;
+  wanted.allowGaps = options->allow_gaps;
+  return options->output == nullptr ? Outcome() : TakePath(options->output, wanted.output);
+}
+
+Outcome Join(const char* path, const char* provider, const char* key,
+             const sorvik_join_options* options, const Target& target) {
+  Place place;
+  std::string entry;
+  JoinOptions wanted;
+  Outcome outcome = TakePlace(path, provider, place);
+  if (outcome.Ok() && key != nullptr) outcome = TakeKey(key, entry);
+  if (outcome.Ok()) outcome = TakeJoinOptions(options, wanted);
+  if (!outcome.Ok()) return outcome;
+  return target.Run(
+      [place, entry, wanted](TaskRequest& request) { return Join(request, place, entry, wanted); });
+}
+
 Outcome Check(const char* path, const char* provider, sorvik_depth depth, const Target& target) {
   Place place;
   Outcome outcome = TakePlace(path, provider, place);
@@ -273,6 +295,12 @@ sorvik_status sorvik_list_parts(const char* path, const char* provider, const ch
   });
 }
 
+sorvik_status sorvik_join(const char* path, const char* provider, const char* key,
+                          const sorvik_join_options* options, sorvik_join_lists** lists) {
+  return Wait(lists,
+              [&](const Target& target) { return Join(path, provider, key, options, target); });
+}
+
 sorvik_status sorvik_check(const char* path, const char* provider, sorvik_depth depth,
                            sorvik_report** report) {
   return Wait(report, [&](const Target& target) { return Check(path, provider, depth, target); });
@@ -331,6 +359,13 @@ sorvik_status sorvik_start_list_parts(const char* path, const char* provider, co
                                       const sorvik_receiver* receiver, sorvik_request** request) {
   const Target target(receiver, request);
   return Guarded([&] { return RunOnEntry(ListParts, path, provider, key, target); });
+}
+
+sorvik_status sorvik_start_join(const char* path, const char* provider, const char* key,
+                                const sorvik_join_options* options, const sorvik_receiver* receiver,
+                                sorvik_request** request) {
+  const Target target(receiver, request);
+  return Guarded([&] { return Join(path, provider, key, options, target); });
 }
 
 sorvik_status sorvik_start_check(const char* path, const char* provider, sorvik_depth depth,

@@ -139,6 +139,13 @@ sorvik_parts::sorvik_parts(Sorvik::ShotParts shotParts) : shot(std::move(shotPar
   }
 }
 
+sorvik_join_lists::sorvik_join_lists(Sorvik::JoinResult result) : joined(std::move(result)) {
+  lists.reserve(joined.files.size());
+  for (const Sorvik::JoinFile& file : joined.files) {
+    lists.push_back({TextOf(file.path), TextOf(file.text)});
+  }
+}
+
 sorvik_report::sorvik_report(std::string card, std::string identification,
                              Sorvik::CardFindings cardFindings)
     : path(std::move(card)),
@@ -320,6 +327,19 @@ sorvik_fraction sorvik_parts_rate(const sorvik_parts* parts) {
 }
 bool sorvik_parts_complete(const sorvik_parts* parts) { return parts->shot.isComplete; }
 void sorvik_parts_free(sorvik_parts* parts) { delete parts; }
+
+size_t sorvik_join_lists_count(const sorvik_join_lists* lists) { return lists->lists.size(); }
+const sorvik_join_list* sorvik_join_lists_at(const sorvik_join_lists* lists, size_t index) {
+  return index < lists->lists.size() ? &lists->lists[index] : nullptr;
+}
+size_t sorvik_join_lists_warning_count(const sorvik_join_lists* lists) {
+  return lists->joined.warnings.size();
+}
+sorvik_text sorvik_join_lists_warning_at(const sorvik_join_lists* lists, size_t index) {
+  const auto& warnings = lists->joined.warnings;
+  return TextOf(index < warnings.size() ? std::string_view(warnings[index].text) : "");
+}
+void sorvik_join_lists_free(sorvik_join_lists* lists) { delete lists; }
 
 sorvik_text sorvik_report_path(const sorvik_report* report) { return TextOf(report->path); }
 sorvik_text sorvik_report_provider(const sorvik_report* report) { return TextOf(report->provider); }

@@ -13,6 +13,7 @@
 
 #include "SorvikProvider/c/sorvik.h"
 #include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/cardtools/JoinList.h"
 #include "SorvikProvider/cardtools/ShotParts.h"
 #include "SorvikProvider/foundation/Bitplate.h"
 #include "SorvikProvider/frame/ProviderWrapper.h"
@@ -100,6 +101,15 @@ struct sorvik_parts {
 
   Sorvik::ShotParts shot;
   std::vector<sorvik_part> parts;
+};
+
+struct sorvik_join_lists {
+  explicit sorvik_join_lists(Sorvik::JoinResult result);
+  sorvik_join_lists(const sorvik_join_lists&) = delete;
+  sorvik_join_lists& operator=(const sorvik_join_lists&) = delete;
+
+  Sorvik::JoinResult joined;
+  std::vector<sorvik_join_list> lists;
 };
 
 struct sorvik_report {

@@ -249,6 +249,21 @@ Outcome ListParts(TaskRequest& request, const Place& place, const std::string& k
   return {};
 }
 
+Outcome Join(TaskRequest& request, const Place& place, const std::string& key,
+             const JoinOptions& options) {
+  const ProviderWrapper* provider = FindProvider(place.provider);
+  if (provider == nullptr) return UnknownProvider(place);
+  JoinResult joined =
+      MakeJoinLists(place.path, provider->GetIdentification(), key, options, &request);
+  if (joined.status == JoinStatus::kDone) {
+    request.Send(std::make_unique<sorvik_join_lists>(std::move(joined)));
+    return {};
+  }
+  if (joined.status == JoinStatus::kNoEntry) return NoEntry(place, key);
+  if (Outcome problem = AccessProblem(place.path); !problem.Ok()) return problem;
+  return {SORVIK_FAILED, joined.problem.path, joined.problem.text};
+}
+
 Outcome Check(TaskRequest& request, const Place& place, CheckDepth depth) {
   const ProviderWrapper* provider = FindProvider(place.provider);
   if (provider == nullptr) return UnknownProvider(place);

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "SorvikProvider/cardtools/JoinList.h"
 #include "SorvikProvider/frame/FieldModel.h"
 #include "c/Requests.h"
 
@@ -32,6 +33,9 @@ Outcome ReadEntry(TaskRequest& request, const Place& place, const std::string& k
 Outcome ListFiles(TaskRequest& request, const Place& place, const std::string& key);
 Outcome ReadSources(TaskRequest& request, const Place& place, const std::string& key);
 Outcome ListParts(TaskRequest& request, const Place& place, const std::string& key);
+// Without a key the lists of all entries.
+Outcome Join(TaskRequest& request, const Place& place, const std::string& key,
+             const JoinOptions& options);
 Outcome Check(TaskRequest& request, const Place& place, CheckDepth depth);
 Outcome FindOwner(TaskRequest& request, const std::string& path);
 Outcome RenderThumbnail(TaskRequest& request, const Place& place, const std::string& key, int width,

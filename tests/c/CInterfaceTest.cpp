@@ -15,6 +15,7 @@
 #include "SorvikProvider/cardtools/CardCheck.h"
 #include "SorvikProvider/cardtools/CardFinder.h"
 #include "SorvikProvider/cardtools/Catalogue.h"
+#include "SorvikProvider/cardtools/JoinList.h"
 #include "SorvikProvider/cardtools/ShotParts.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/ProviderHost.h"
@@ -290,6 +291,46 @@ TEST_F(CInterface, PartsAreThoseOfGetShotParts) {
       }
     }
   }
+}
+
+TEST_F(CInterface, JoinListsAreThoseOfMakeJoinLists) {
+  const std::string output = tree_.Path("shot.ffconcat");
+  int made = 0;
+  const auto compare = [&](const MadeCard& card, const char* key, const char* format) {
+    SCOPED_TRACE(card.root + " " + (key == nullptr ? "" : key) + " " + format);
+    const JoinOptions options{*JoinFormatNamed(format), output};
+    const JoinResult expected =
+        MakeJoinLists(card.root, card.providerId, key == nullptr ? "" : key, options);
+    const sorvik_join_options wanted{format, output.c_str(), false};
+    sorvik_join_lists* joined = nullptr;
+    const sorvik_status status =
+        sorvik_join(card.root.c_str(), card.providerId.c_str(), key, &wanted, &joined);
+    ASSERT_EQ(status == SORVIK_OK, expected.status == JoinStatus::kDone);
+    if (status != SORVIK_OK) {
+      EXPECT_EQ(sorvik_error_text(), expected.problem.text);
+      return;
+    }
+    const Owned<sorvik_join_lists> lists(joined, sorvik_join_lists_free);
+    ASSERT_EQ(sorvik_join_lists_count(joined), expected.files.size());
+    for (std::size_t i = 0; i < expected.files.size(); ++i) {
+      EXPECT_EQ(Text(sorvik_join_lists_at(joined, i)->path), expected.files[i].path);
+      EXPECT_EQ(Text(sorvik_join_lists_at(joined, i)->text), expected.files[i].text);
+    }
+    ASSERT_EQ(sorvik_join_lists_warning_count(joined), expected.warnings.size());
+    for (std::size_t i = 0; i < expected.warnings.size(); ++i) {
+      EXPECT_EQ(Text(sorvik_join_lists_warning_at(joined, i)), expected.warnings[i].text);
+    }
+    ++made;
+  };
+  for (const MadeCard& card : MakeBindingCards(tree_)) {
+    const ProviderWrapper* best = ProviderHost::GetProviderList(card.root).front();
+    const ContentMap content = best->GetContent(card.root, {kPathField}, nullptr);
+    for (const char* format : {"ffconcat", "otio", "ale", "edl", "fcpxml", "csv", "json"}) {
+      compare(card, content.begin()->first.c_str(), format);
+      compare(card, nullptr, format);
+    }
+  }
+  EXPECT_GT(made, 40);
 }
 
 TEST_F(CInterface, FilesOfAnEntryIncludeMissingOnes) {
@@ -604,6 +645,13 @@ TEST_F(CInterface, FailuresHaveAStatusTextAndPath) {
          SORVIK_NO_PICTURE, "no picture of 'k'"});
   check({sorvik_start_list(root.c_str(), "ProviderP2", nullptr, nullptr, nullptr),
          SORVIK_INVALID_ARGUMENT, "request must not be NULL"});
+  sorvik_join_lists* lists = nullptr;
+  sorvik_join_options options{"mov", nullptr, false};
+  check({sorvik_join(root.c_str(), "WinProviderDirectory", "k", &options, &lists),
+         SORVIK_INVALID_ARGUMENT, "unknown format 'mov'"});
+  options.format = "csv";
+  check({sorvik_join(root.c_str(), "ProviderP2", "k", &options, &lists), SORVIK_NO_ENTRY,
+         "no entry 'k'"});
   RegisterFake()->listing = [](ProviderRequest*) -> ContentMap {
     throw std::runtime_error("broken card");
   };

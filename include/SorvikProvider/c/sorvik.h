@@ -286,6 +286,36 @@ SORVIK_C_EXPORT sorvik_fraction sorvik_parts_rate(const sorvik_parts* parts);
 SORVIK_C_EXPORT bool sorvik_parts_complete(const sorvik_parts* parts);
 SORVIK_C_EXPORT void sorvik_parts_free(sorvik_parts* parts);
 
+/* ---- Join lists ---- */
+
+/* A list with which players and editing programs open the files of a recording as one shot. */
+typedef struct sorvik_join_list {
+  sorvik_text path; /* where it belongs; empty if no output path was given */
+  sorvik_text text;
+} sorvik_join_list;
+
+/* What one operation made: one list, or one for each track in a file of its own. */
+typedef struct sorvik_join_lists sorvik_join_lists;
+
+SORVIK_C_EXPORT size_t sorvik_join_lists_count(const sorvik_join_lists* lists);
+/* NULL if there are not that many lists. */
+SORVIK_C_EXPORT const sorvik_join_list* sorvik_join_lists_at(const sorvik_join_lists* lists,
+                                                             size_t index);
+/* What the lists lack, such as a last part that is missing, in English. */
+SORVIK_C_EXPORT size_t sorvik_join_lists_warning_count(const sorvik_join_lists* lists);
+/* Empty if there are not that many warnings. */
+SORVIK_C_EXPORT sorvik_text sorvik_join_lists_warning_at(const sorvik_join_lists* lists,
+                                                         size_t index);
+SORVIK_C_EXPORT void sorvik_join_lists_free(sorvik_join_lists* lists);
+
+typedef struct sorvik_join_options {
+  const char* format; /* "ffconcat", "otio", "ale", "edl", "fcpxml", "csv" or "json" */
+  /* The absolute path that the list will have, or NULL: ffconcat names files below its folder
+   * relative to it, and further tracks get a path next to it. */
+  const char* output;
+  bool allow_gaps; /* write a list even if a part between others is missing */
+} sorvik_join_options;
+
 /* ---- Completeness ---- */
 
 typedef struct sorvik_finding {
@@ -366,6 +396,12 @@ SORVIK_C_EXPORT sorvik_status sorvik_read_sources(const char* path, const char* 
 /* The files that an entry consists of. */
 SORVIK_C_EXPORT sorvik_status sorvik_list_parts(const char* path, const char* provider,
                                                 const char* key, sorvik_parts** parts);
+/* Makes the lists that join the files of an entry, or of all entries if `key` is NULL, which
+ * docs/joining.md describes. SORVIK_FAILED if the format can't contain them, or if a part between
+ * others is missing and gaps aren't allowed. */
+SORVIK_C_EXPORT sorvik_status sorvik_join(const char* path, const char* provider, const char* key,
+                                          const sorvik_join_options* options,
+                                          sorvik_join_lists** lists);
 /* Checks whether a card is complete. SORVIK_NO_PROVIDER if the provider checks no structure. */
 SORVIK_C_EXPORT sorvik_status sorvik_check(const char* path, const char* provider,
                                            sorvik_depth depth, sorvik_report** report);
@@ -403,7 +439,8 @@ typedef enum sorvik_event_kind {
   SORVIK_EVENT_PICTURE = 5,
   SORVIK_EVENT_PROBLEM = 6, /* of a scan: a card that can't be listed; the scan continues */
   SORVIK_EVENT_SOURCES = 7,
-  SORVIK_EVENT_PARTS = 8
+  SORVIK_EVENT_PARTS = 8,
+  SORVIK_EVENT_JOIN_LISTS = 9
 } sorvik_event_kind;
 
 SORVIK_C_EXPORT sorvik_event_kind sorvik_event_get_kind(const sorvik_event* event);
@@ -419,6 +456,7 @@ SORVIK_C_EXPORT sorvik_listing* sorvik_event_take_listing(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_files* sorvik_event_take_files(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_sources* sorvik_event_take_sources(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_parts* sorvik_event_take_parts(sorvik_event* event);
+SORVIK_C_EXPORT sorvik_join_lists* sorvik_event_take_join_lists(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_report* sorvik_event_take_report(sorvik_event* event);
 SORVIK_C_EXPORT sorvik_picture* sorvik_event_take_picture(sorvik_event* event);
 /* For events of sorvik_request_next only. */
@@ -474,6 +512,10 @@ SORVIK_C_EXPORT sorvik_status sorvik_start_list_parts(const char* path, const ch
                                                       const char* key,
                                                       const sorvik_receiver* receiver,
                                                       sorvik_request** request);
+SORVIK_C_EXPORT sorvik_status sorvik_start_join(const char* path, const char* provider,
+                                                const char* key, const sorvik_join_options* options,
+                                                const sorvik_receiver* receiver,
+                                                sorvik_request** request);
 SORVIK_C_EXPORT sorvik_status sorvik_start_check(const char* path, const char* provider,
                                                  sorvik_depth depth,
                                                  const sorvik_receiver* receiver,
