@@ -112,22 +112,7 @@ py::object TypedOf(const sorvik_entry* entry, const char* field) {
   }
 }
 
-class Listing;
-
-// The typed values of one entry.
-class Typed {
- public:
-  Typed(std::shared_ptr<Listing> listing, const sorvik_entry* entry)
-      : listing_(std::move(listing)), entry_(entry) {}
-
-  py::object Get(const std::string& field) const { return TypedOf(entry_, field.c_str()); }
-
- private:
-  std::shared_ptr<Listing> listing_;  // owns the entry
-  const sorvik_entry* entry_;
-};
-
-class Listing : public std::enable_shared_from_this<Listing> {
+class Listing {
  public:
   explicit Listing(sorvik_listing* listing) : listing_(listing) {}
 
@@ -135,18 +120,20 @@ class Listing : public std::enable_shared_from_this<Listing> {
   py::str Provider() const { return Decoded(sorvik_listing_provider(listing_.get())); }
   std::size_t Size() const { return sorvik_listing_size(listing_.get()); }
 
-  // (key, {name: value}, Typed)
+  // (key, {name: value})
   py::tuple At(std::size_t index) {
-    const sorvik_entry* entry = sorvik_listing_at(listing_.get(), index);
-    if (entry == nullptr) throw py::index_error("no such entry");
+    const sorvik_entry* entry = EntryAt(index);
     py::dict fields;
     const std::size_t count = sorvik_entry_field_count(entry);
     for (std::size_t i = 0; i < count; ++i) {
       const sorvik_field* field = sorvik_entry_field_at(entry, i);
       fields[Name(i, field->name)] = ValueOf(field->value);
     }
-    return py::make_tuple(Decoded(sorvik_entry_key(entry)), std::move(fields),
-                          Typed(shared_from_this(), entry));
+    return py::make_tuple(Decoded(sorvik_entry_key(entry)), std::move(fields));
+  }
+
+  py::object Typed(std::size_t index, const std::string& field) const {
+    return TypedOf(EntryAt(index), field.c_str());
   }
 
   py::str Label(const std::string& field) const {
@@ -154,6 +141,12 @@ class Listing : public std::enable_shared_from_this<Listing> {
   }
 
  private:
+  const sorvik_entry* EntryAt(std::size_t index) const {
+    const sorvik_entry* entry = sorvik_listing_at(listing_.get(), index);
+    if (entry == nullptr) throw py::index_error("no such entry");
+    return entry;
+  }
+
   // Entries of a listing mostly have the same fields: their names are decoded once.
   const py::str& Name(std::size_t index, sorvik_text name) {
     const std::string_view text(name.data, name.size);
@@ -255,6 +248,20 @@ py::tuple PartsOf(const sorvik_parts* parts) {
                         sorvik_parts_complete(parts));
 }
 
+// (lists, warnings); a list is (path, text)
+py::tuple JoinListsOf(const sorvik_join_lists* lists) {
+  py::tuple made(sorvik_join_lists_count(lists));
+  for (std::size_t i = 0; i < made.size(); ++i) {
+    const sorvik_join_list& list = *sorvik_join_lists_at(lists, i);
+    made[i] = py::make_tuple(Decoded(list.path), Decoded(list.text));
+  }
+  py::tuple warnings(sorvik_join_lists_warning_count(lists));
+  for (std::size_t i = 0; i < warnings.size(); ++i) {
+    warnings[i] = Decoded(sorvik_join_lists_warning_at(lists, i));
+  }
+  return py::make_tuple(std::move(made), std::move(warnings));
+}
+
 py::tuple ReportOf(const sorvik_report* report) {
   py::tuple findings(sorvik_report_finding_count(report));
   for (std::size_t i = 0; i < findings.size(); ++i) {
@@ -292,6 +299,11 @@ py::object ContentOf(sorvik_event* event) {
     case SORVIK_EVENT_PARTS: {
       const Owned<sorvik_parts, sorvik_parts_free> parts(sorvik_event_take_parts(event));
       return PartsOf(parts.get());
+    }
+    case SORVIK_EVENT_JOIN_LISTS: {
+      const Owned<sorvik_join_lists, sorvik_join_lists_free> lists(
+          sorvik_event_take_join_lists(event));
+      return JoinListsOf(lists.get());
     }
     case SORVIK_EVENT_REPORT: {
       const Owned<sorvik_report, sorvik_report_free> report(sorvik_event_take_report(event));
@@ -478,6 +490,17 @@ std::unique_ptr<Request> StartListParts(const std::string& path, const std::stri
   });
 }
 
+std::unique_ptr<Request> StartJoin(const std::string& path, const std::string& provider,
+                                   const OptionalText& key, const std::string& format,
+                                   const OptionalText& output, bool allowGaps,
+                                   const QueueRef& queue, std::uint64_t id) {
+  const sorvik_join_options options{format.c_str(), PointerOf(output), allowGaps};
+  return Start(queue, id, [&](const sorvik_receiver* receiver, sorvik_request** request) {
+    return sorvik_start_join(path.c_str(), provider.c_str(), PointerOf(key), &options, receiver,
+                             request);
+  });
+}
+
 std::unique_ptr<Request> StartCheck(const std::string& path, const std::string& provider,
                                     bool namesOnly, const QueueRef& queue, std::uint64_t id) {
   return Start(queue, id, [&](const sorvik_receiver* receiver, sorvik_request** request) {
@@ -602,12 +625,12 @@ PYBIND11_MODULE(_core, module) {
   module.def("stalled_workers", sorvik_stalled_workers);
   module.def("set_language", SetLanguage);
 
-  py::class_<Typed>(module, "Typed").def("get", &Typed::Get);
   py::class_<Listing, std::shared_ptr<Listing>>(module, "Listing")
       .def_property_readonly("path", &Listing::Path)
       .def_property_readonly("provider", &Listing::Provider)
       .def("__len__", &Listing::Size)
       .def("at", &Listing::At)
+      .def("typed", &Listing::Typed)
       .def("label", &Listing::Label);
   py::class_<Picture>(module, "Picture", py::buffer_protocol())
       .def(py::init<const Picture&>())
@@ -627,6 +650,7 @@ PYBIND11_MODULE(_core, module) {
   module.def("start_list_files", StartListFiles);
   module.def("start_read_sources", StartReadSources);
   module.def("start_list_parts", StartListParts);
+  module.def("start_join", StartJoin);
   module.def("start_check", StartCheck);
   module.def("start_find_owner", StartFindOwner);
   module.def("start_render_thumbnail", StartRenderThumbnail);

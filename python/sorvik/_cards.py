@@ -5,6 +5,7 @@ from __future__ import annotations
 
 import contextlib
 import os
+import warnings
 from dataclasses import dataclass, replace
 from datetime import date, datetime
 from pathlib import Path
@@ -21,8 +22,8 @@ from typing import (
     Union,
 )
 
-from . import _core, _program, _requests
-from ._errors import NotACard
+from . import _core, _requests
+from ._errors import JoinWarning, NotACard
 from ._typed import Frames, Timecode
 from ._values import (
     Depth,
@@ -34,7 +35,6 @@ from ._values import (
     Problem,
     RawValue,
     Source,
-    TypedValues,
     Verdict,
     file_of,
     json_value,
@@ -49,7 +49,7 @@ PathLike = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 # ones with times and durations.
 FieldNames = Union[Iterable[str], Literal["all"], None]
 
-JoinFormat = Literal["ffconcat", "otio", "ale", "edl", "fcpxml", "csv"]
+JoinFormat = Literal["ffconcat", "otio", "ale", "edl", "fcpxml", "csv", "json"]
 
 _BROWSE_ROOTS = (b"volumes:", b"networkvolumes:", b"easervers:")
 _PLAIN_SCORE = 30
@@ -189,6 +189,27 @@ class Card:
         """The same as `verdict` in an asyncio event loop. Cancelling the task aborts the check."""
         return verdict_of(await _requests.async_result(self._start_check(depth)))
 
+    def _start_join(
+        self,
+        key: Optional[str],
+        format: JoinFormat,
+        output: Optional[PathLike],
+        allow_gaps: bool,
+    ) -> _requests.Start:
+        place = self._place()
+        encoded = None if key is None else _text_argument(key, "key")
+        _text_argument(format, "format")
+        target = None if output is None else path_argument(output)
+        return lambda queue, number: _core.start_join(
+            *place, encoded, format, target, allow_gaps, queue, number
+        )
+
+    def join(self, format: JoinFormat, *, allow_gaps: bool = False) -> str:
+        """Returns a list of all clips for editing programs, as `sorvik join` prints it without a key.
+        "ffconcat" is for one clip only. Warns and raises as `Clip.join`."""
+        start = self._start_join(None, format, None, allow_gaps)
+        return _lists_of(_requests.result(start))[0][1]
+
     def summary(self) -> dict[str, Any]:
         """Returns the line of `sorvik cards --json` for this card."""
         return {
@@ -206,8 +227,7 @@ class Card:
         listing = _requests.result(
             lambda queue, number: _core.start_list(*place, names, defaults, queue, number)
         )
-        entries = map(listing.at, range(len(listing)))
-        return _document(self, {key: values for key, values, _ in entries})
+        return _document(self, dict(map(listing.at, range(len(listing)))))
 
 
 def _document(card: Card, entries: dict[str, dict[str, RawValue]]) -> dict[str, Any]:
@@ -291,10 +311,28 @@ class Clip:
             for name, source, value, others in sources
         }
 
-    def join(self, format: JoinFormat) -> str:
-        """Returns a list that joins the files of the recording, as `sorvik join` prints it. Raises an
-        Error if a part between others is missing, or if the format needs several lists."""
-        return _program.output("join", str(self.card.path), self.key, "--format", format)
+    def join(self, format: JoinFormat, *, allow_gaps: bool = False) -> str:
+        """Returns a list that joins the files of the recording, as `sorvik join` prints it.
+
+        Warns with a JoinWarning if the first or last part is missing. Raises an Error if a part
+        between others is missing, unless gaps are allowed, or if the format needs several lists.
+        """
+        start = self.card._start_join(self.key, format, None, allow_gaps)
+        return _lists_of(_requests.result(start))[0][1]
+
+    async def ajoin(self, format: JoinFormat, *, allow_gaps: bool = False) -> str:
+        """The same as `join` in an asyncio event loop."""
+        start = self.card._start_join(self.key, format, None, allow_gaps)
+        return _lists_of(await _requests.async_result(start))[0][1]
+
+    def join_lists(
+        self, format: JoinFormat, output: PathLike, *, allow_gaps: bool = False
+    ) -> dict[Path, str]:
+        """Returns the texts of the lists by the paths where they belong: `output`, and paths next to it
+        for the tracks of a clip whose picture and sound are files of their own. Writes nothing. An
+        "ffconcat" list names files below its folder relative to it. Warns and raises as `join`."""
+        start = self.card._start_join(self.key, format, output, allow_gaps)
+        return {path_of(path): text for path, text in _lists_of(_requests.result(start))}
 
     @property
     def parts(self) -> tuple[Part, ...]:
@@ -346,11 +384,18 @@ class Clip:
         return _document(self.card, {self.key: dict(self.fields._values)})
 
 
+def _lists_of(made: tuple[Any, ...]) -> tuple[tuple[str, str], ...]:
+    lists, lacks = made
+    for text in lacks:
+        warnings.warn(text, JoinWarning, stacklevel=3)
+    return lists  # type: ignore[no-any-return]
+
+
 def _clips_of(card: Card, listing: _core.Listing) -> Iterator[Clip]:
     labels = Labels(listing=listing)
     for index in range(len(listing)):
-        key, values, typed = listing.at(index)
-        yield Clip(card=card, key=key, fields=Fields(values, TypedValues(entry=typed), labels))
+        key, values = listing.at(index)
+        yield Clip(card=card, key=key, fields=Fields(values, labels, listing, index))
 
 
 class _Stream:
@@ -564,12 +609,12 @@ def _start_owner(path: PathLike) -> _requests.Start:
 
 
 def _owner_of(listing: _core.Listing) -> Owner:
-    key, values, typed = listing.at(0)
+    key, values = listing.at(0)
     return Owner(
         path=path_of(listing.path),
         provider=listing.provider,
         key=key,
-        fields=Fields(values, TypedValues(entry=typed), Labels(listing=listing)),
+        fields=Fields(values, Labels(listing=listing), listing),
     )
 
 

@@ -67,6 +67,10 @@ class InvalidArgument(Error, ValueError):
     """An argument is invalid, such as an unknown provider."""
 
 
+class JoinWarning(UserWarning):
+    """A join list lacks something, such as a last part that is missing."""
+
+
 # By the status of the C interface.
 _ERROR_OF_STATUS: dict[int, type[Error]] = {
     1: InvalidArgument,

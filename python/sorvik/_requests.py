@@ -21,7 +21,7 @@ if TYPE_CHECKING:
     import asyncio
 
 # Kinds of events of the C interface.
-END, CARD, LISTING, FILES, REPORT, PICTURE, PROBLEM, SOURCES, PARTS = range(9)
+END, CARD, LISTING, FILES, REPORT, PICTURE, PROBLEM, SOURCES, PARTS, JOIN_LISTS = range(10)
 
 # How often a waiting thread checks for signals such as Ctrl-C.
 _TICK_MILLISECONDS = 50

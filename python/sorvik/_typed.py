@@ -3,6 +3,7 @@
 
 from __future__ import annotations
 
+import functools
 import re
 from dataclasses import dataclass
 from datetime import date, datetime
@@ -88,6 +89,8 @@ Value = Union[
 ]
 
 
+# Making a Fraction takes longer than all else here, and the clips of a card mostly have the same rate.
+@functools.lru_cache(maxsize=64)
 def _rate(raw: tuple[int, int]) -> Optional[Fraction]:
     return Fraction(*raw) if raw[0] else None
 

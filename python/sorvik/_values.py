@@ -71,22 +71,36 @@ def _text_of_value(value: RawValue) -> str:
     return "" if value is None else str(value)
 
 
+_NO_SOURCES: Mapping[str, str] = {}
+
+
 class Fields(Mapping[str, Field]):
     """The fields of an entry by name; only those that were requested or that the provider adds."""
 
-    __slots__ = ("_values", "_typed", "_labels", "_sources")
+    __slots__ = ("_values", "_labels", "_listing", "_index", "_typed", "_sources")
 
     def __init__(
         self,
         values: Mapping[str, RawValue],
-        typed: TypedValues,
         labels: Labels,
-        sources: Mapping[str, str] = {},
+        listing: Optional[_core.Listing] = None,
+        index: int = 0,
+        typed: Optional[dict[str, Value]] = None,
+        sources: Mapping[str, str] = _NO_SOURCES,
     ) -> None:
         self._values = values
-        self._typed = typed
         self._labels = labels
+        self._listing = listing  # of the entry `index`; None if `typed` is complete
+        self._index = index
+        self._typed = typed  # created and filled as values are used
         self._sources = sources
+
+    def _typed_value(self, name: str) -> Value:
+        if self._typed is None:
+            self._typed = {}
+        if name not in self._typed and self._listing is not None:
+            self._typed[name] = value_of(self._listing.typed(self._index, name))
+        return self._typed.get(name)
 
     def __getitem__(self, name: str) -> Field:
         text = _text_of_value(self._values[name])
@@ -94,7 +108,7 @@ class Fields(Mapping[str, Field]):
             name=name,
             label=self._labels[name],
             text=text,
-            value=self._typed[name],
+            value=self._typed_value(name),
             source=self._sources.get(name),
         )
 
@@ -117,17 +131,19 @@ class Fields(Mapping[str, Field]):
         return f"Fields({dict(self._values)!r})"
 
     def __reduce__(self) -> tuple[type[Fields], tuple[Any, ...]]:
-        typed = TypedValues({name: self._typed[name] for name in self})
+        typed = {name: self._typed_value(name) for name in self}
         labels = Labels({name: self._labels[name] for name in self})
-        return Fields, (dict(self._values), typed, labels, dict(self._sources))
+        return Fields, (dict(self._values), labels, None, 0, typed, dict(self._sources))
 
     def with_sources(self, sources: Mapping[str, str]) -> Fields:
         """Returns the same fields with the names of their sources."""
-        return Fields(self._values, self._typed, self._labels, sources)
+        return Fields(
+            self._values, self._labels, self._listing, self._index, self._typed, sources
+        )
 
     def value(self, name: str) -> Value:
         """Returns the value of a field; None if the entry lacks the field or the field has none."""
-        return self._typed[name] if name in self._values else None
+        return self._typed_value(name) if name in self._values else None
 
     def raw(self, name: str) -> RawValue:
         """Returns a value as the library returned it; None if the entry lacks the field."""
@@ -136,23 +152,6 @@ class Fields(Mapping[str, Field]):
     def to_dict(self) -> dict[str, Any]:
         """Returns {FIELD: VALUE} as in the JSON of the program."""
         return {name: json_value(value) for name, value in self._values.items()}
-
-
-class TypedValues(dict[str, Value]):
-    """Values by field, converted when they are first used."""
-
-    def __init__(
-        self, known: Mapping[str, Value] = {}, entry: Optional[_core.Typed] = None
-    ) -> None:
-        super().__init__(known)
-        self._entry = entry
-
-    def __missing__(self, name: str) -> Value:
-        value = self[name] = None if self._entry is None else value_of(self._entry.get(name))
-        return value
-
-    def __reduce__(self) -> tuple[type[TypedValues], tuple[dict[str, Value]]]:
-        return TypedValues, (dict(self),)
 
 
 class Labels(dict[str, str]):

@@ -124,14 +124,48 @@ def test_fields_say_their_source(sample):
     assert card.clip("0001AB").fields["duration"].source is None
 
 
-def test_join_lists_are_those_of_the_program(sample):
-    *_, merged = sorvik.open(sample)
-    for format in ("otio", "edl", "csv"):
-        command = [BINARIES / "sorvik", "join", sample, merged.key, "--format", format]
-        expected = subprocess.run(command, stdout=subprocess.PIPE, check=True).stdout
-        assert expected and merged.join(format).encode() == expected
+def test_join_lists_are_those_of_the_program(made_cards):
+    def run(*arguments):
+        command = [BINARIES / "sorvik", "join", *arguments]
+        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        return done.stdout or None
+
+    def join(place, format):
+        try:
+            return place.join(format).encode("utf-8", "surrogateescape")
+        except sorvik.Error:
+            return None
+
+    made = set()
+    for provider, path in made_cards:
+        card = sorvik.open(path, provider=provider)
+        if card.score <= 30:
+            continue
+        clip = next(iter(card))
+        for format in ("ffconcat", "otio", "csv", "json"):
+            arguments = (path, clip.key, "--provider", provider, "--format", format)
+            expected = run(*arguments)
+            assert join(clip, format) == expected, (path, format)
+            made.add(format if expected else None)
+        expected = run(path, "--provider", provider, "--format", "csv")
+        assert join(card, "csv") == expected, path
+    assert made >= {"ffconcat", "otio", "csv", "json"}
+
+
+@pytest.mark.filterwarnings("error")
+def test_join_lists_with_gaps(sample, tmp_path):
+    subprocess.run(["cp", "-r", sample, tmp_path / "CARD"], check=True)
+    *_, merged = sorvik.open(tmp_path / "CARD")
     with pytest.raises(sorvik.Error, match="tracks in separate files"):
         merged.join("ffconcat")
+    lists = merged.join_lists("ffconcat", tmp_path / "shot.ffconcat")
+    assert list(lists)[0] == tmp_path / "shot.ffconcat" and len(lists) > 1
+    assert "file 'CARD/CONTENTS/VIDEO/0003ED.MXF'" in lists[tmp_path / "shot.ffconcat"]
+    with pytest.raises(ValueError, match="unknown format 'mov'"):
+        merged.join("mov")
+    (tmp_path / "CARD/CONTENTS/VIDEO/0004FA.MXF").unlink()
+    with pytest.raises(sorvik.JoinWarning, match="part '0004FA' of '0003ED' is missing"):
+        merged.join("otio")
 
 
 def test_parts_of_a_clip(sample):
