@@ -2,7 +2,7 @@
 # SORVIK_THREAD_TESTS get the label "threads", which the preset tsan selects.
 find_package(GTest REQUIRED)
 include(GoogleTest)
-set(SORVIK_THREAD_TESTS foundation frame host robustness thumbnails)
+set(SORVIK_THREAD_TESTS c foundation frame host robustness thumbnails)
 
 file(GLOB SORVIK_TEST_SUPPORT CONFIGURE_DEPENDS tests/support/*.cpp)
 add_library(sorvik_test_support OBJECT ${SORVIK_TEST_SUPPORT})
