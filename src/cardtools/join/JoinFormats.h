@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The writers of lists that join the files of a shot. Nothing is read here; a list says what
+// The writers of lists that join the files of a shot. Nothing is read here; a list has what
 // GetShotParts and the listing found out.
 #pragma once
 
@@ -63,7 +63,7 @@ using JoinTrack = std::vector<const ShotPart*>;
 std::vector<JoinTrack> TracksOf(const ShotParts& shot);
 // "picture and sound", "picture" or "sound".
 const char* TrackName(const ShotPart& part);
-// True if the file itself has sound, as far as the metadata says.
+// True if the file itself has sound, as far as the metadata shows.
 bool HasOwnSound(const JoinShot& shot);
 // True if the timecode of the shot skips numbers.
 bool DropsFrames(const ShotParts& shot);

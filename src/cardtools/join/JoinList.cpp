@@ -152,8 +152,8 @@ class JoinMaker {
     if (warned_.insert(text).second) result_.warnings.push_back({list_.path, text});
   }
 
-  // A shot with a hole must not look complete. Parts that are missing at an end are reported only:
-  // the rest is one piece.
+  // A shot with a gap must not look complete. Parts that are missing at an end are reported only:
+  // the rest has no gap.
   void CheckGaps(const JoinShot& shot) {
     for (const JoinTrack& track : TracksOf(shot.shot)) {
       for (std::size_t i = 0; i < track.size(); ++i) {
