@@ -74,7 +74,7 @@ bool AreScanData(ByteReader bytes) {
     if (*next != kDefineHuffmanTables && *next != kStartOfScan && *next != kDefineRestartInterval) {
       return false;
     }
-    at += 1 + bytes.U16BE(at + 2).value_or(0);
+    at += 1U + bytes.U16BE(at + 2).value_or(0);
   }
   return true;
 }
