@@ -60,7 +60,9 @@ ContentMap ContentOf(const sorvik_listing* listing) {
       const sorvik_field* field = sorvik_entry_field_at(entry, f);
       fields.emplace(Text(field->name), ValueOf(field->value));
     }
+    EXPECT_EQ(sorvik_entry_field_at(entry, sorvik_entry_field_count(entry)), nullptr);
   }
+  EXPECT_EQ(sorvik_listing_at(listing, sorvik_listing_size(listing)), nullptr);
   return content;
 }
 
@@ -226,6 +228,8 @@ TEST_F(CInterface, ReportsAndFilesAreThoseOfCheckCard) {
       EXPECT_EQ(file->owner_count, expected.files[i].owners.size());
       EXPECT_EQ(file->bytes, expected.files[i].bytes);
     }
+    EXPECT_EQ(sorvik_report_finding_at(checked, expected.findings.size()), nullptr);
+    EXPECT_EQ(sorvik_files_at(files, expected.files.size()), nullptr);
   }
 }
 
@@ -256,6 +260,7 @@ TEST_F(CInterface, SourcesAreThoseOfGetValueSources) {
         EXPECT_EQ(Text(source->others[other].value), value.others[other].value);
       }
     }
+    EXPECT_EQ(sorvik_sources_at(read, i), nullptr);
   }
 }
 
@@ -289,6 +294,7 @@ TEST_F(CInterface, PartsAreThoseOfGetShotParts) {
                                     : -1);
         EXPECT_EQ(Text(part->track) == "sound", expected.parts[i].track == ShotTrack::kSound);
       }
+      EXPECT_EQ(sorvik_parts_at(listed, expected.parts.size()), nullptr);
     }
   }
 }
