@@ -17,7 +17,9 @@
 #include <utility>
 
 #include "foundation/platform/AccessTimes.h"
+#include "foundation/platform/Descriptor.h"
 #include "foundation/platform/FileStatus.h"
+#include "foundation/platform/FolderScan.h"
 #include "foundation/platform/NameOrder.h"
 #include "foundation/platform/ReadReports.h"
 #include "foundation/platform/ShareAccess.h"
@@ -73,29 +75,24 @@ class FolderLister {
   FolderLister(ShareAccess& access, const std::string& path) : access_(access), path_(path) {}
 
   std::optional<std::vector<FolderItem>> List() {
-    descriptor_ = open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
+    const Descriptor folder(open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
+    descriptor_ = folder.Number();
     if (descriptor_ < 0) {
       ReportReadError(path_, errno);
       return std::nullopt;
     }
-    const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(descriptor_));
-    if (!folder) {
-      close(descriptor_);
-      return std::nullopt;
-    }
     std::vector<FolderItem> items;
-    while (const dirent* entry = readdir(folder.get())) {
-      const std::string_view name = entry->d_name;
-      if (name == "." || name == "..") continue;
-      if (auto item = ItemOf(*entry)) items.push_back(std::move(*item));
-    }
+    ReadEntries(descriptor_, [this, &items](const dirent64& entry) {
+      if (auto item = ItemOf(entry)) items.push_back(std::move(*item));
+      return true;
+    });
     SortByName(items, NameOrder::kCodeUnits);
     if (!mayHaveLinks_) access_.NoteFolderWithoutLinks(path_);
     return items;
   }
 
  private:
-  std::optional<FolderItem> ItemOf(const dirent& entry) {
+  std::optional<FolderItem> ItemOf(const dirent64& entry) {
     switch (entry.d_type) {
       case DT_REG:
         return FolderItem{entry.d_name, FileKind::kRegular, false};

@@ -4,11 +4,12 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
 #include <memory>
+
+#include "foundation/platform/Descriptor.h"
 
 namespace Sorvik::platform {
 namespace {
@@ -35,14 +36,13 @@ ScannedType TypeOf(int folder, const dirent64& entry) {
   return S_ISDIR(facts.st_mode) ? ScannedType::kFolder : ScannedType::kOther;
 }
 
-// Returns false to end the scan.
-bool VisitBlock(int folder, const char* block, std::size_t size, const NameVisitor& visit) {
+// Returns false to end the reading.
+bool VisitBlock(const char* block, std::size_t size, const EntryVisitor& visit) {
   for (std::size_t at = 0; at < size;) {
     const auto* entry = reinterpret_cast<const dirent64*>(block + at);
     at += entry->d_reclen;
     const std::string_view name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    if (!visit(name, TypeOf(folder, *entry))) return false;
+    if (name != "." && name != ".." && !visit(*entry)) return false;
   }
   return true;
 }
@@ -53,16 +53,21 @@ struct FreeText {
 
 }  // namespace
 
-bool ScanFolder(const std::string& path, const NameVisitor& visit) {
-  const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
-  if (folder < 0) return false;
+bool ReadEntries(int folder, const EntryVisitor& visit) {
   alignas(dirent64) std::array<char, kBlockSize> block;
   ssize_t size = 0;
   do {
     size = getdents64(folder, block.data(), block.size());
-  } while (size > 0 && VisitBlock(folder, block.data(), static_cast<std::size_t>(size), visit));
-  close(folder);
+  } while (size > 0 && VisitBlock(block.data(), static_cast<std::size_t>(size), visit));
   return size >= 0;
+}
+
+bool ScanFolder(const std::string& path, const NameVisitor& visit) {
+  const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
+  if (folder.Number() < 0) return false;
+  return ReadEntries(folder.Number(), [&folder, &visit](const dirent64& entry) {
+    return visit(entry.d_name, TypeOf(folder.Number(), entry));
+  });
 }
 
 std::string ResolveLinks(const std::string& path) {

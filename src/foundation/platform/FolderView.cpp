@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "foundation/platform/Descriptor.h"
 #include "foundation/platform/FileSystem.h"
 #include "foundation/platform/MountTable.h"
 #include "foundation/platform/NameOrder.h"
@@ -30,20 +31,6 @@ constexpr std::uint32_t kStoredBits =
     attribute::kReadOnly | attribute::kHidden | attribute::kSystem | attribute::kArchive |
     attribute::kNormal | attribute::kTemporary | attribute::kSparse | attribute::kLink |
     attribute::kCompressed | attribute::kOffline | attribute::kNotIndexed | attribute::kEncrypted;
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) noexcept : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int Number() const noexcept { return number_; }
-
- private:
-  int number_;
-};
 
 // The names of a folder, in the blocks that the kernel returned.
 class NameList {
