@@ -82,10 +82,11 @@ class FolderLister {
       return std::nullopt;
     }
     std::vector<FolderItem> items;
-    ReadEntries(descriptor_, [this, &items](const dirent64& entry) {
+    const bool complete = ReadEntries(descriptor_, [this, &items](const dirent64& entry) {
       if (auto item = ItemOf(entry)) items.push_back(std::move(*item));
       return true;
     });
+    if (!complete) ReportReadError(path_, errno);
     SortByName(items, NameOrder::kCodeUnits);
     if (!mayHaveLinks_) access_.NoteFolderWithoutLinks(path_);
     return items;
