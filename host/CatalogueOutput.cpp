@@ -30,6 +30,8 @@ class OutputWriter final : public LineWriter {
   Output& output_;
 };
 
+constexpr std::size_t kBufferBytes = std::size_t{64} << 10;
+
 class FileWriter final : public LineWriter {
  public:
   explicit FileWriter(const std::string& path)
@@ -37,6 +39,7 @@ class FileWriter final : public LineWriter {
     const int descriptor = open(part_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (descriptor >= 0) file_ = fdopen(descriptor, "w");
     if (file_ == nullptr) Fail(part_);
+    std::setvbuf(file_, nullptr, _IOFBF, kBufferBytes);
   }
   ~FileWriter() override {
     if (file_ != nullptr) std::fclose(file_);

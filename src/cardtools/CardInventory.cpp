@@ -34,18 +34,14 @@ bool IsSystemName(std::string_view name) {
          });
 }
 
-CardInventory::CardInventory(const std::string& root, const Filter& isListed,
-                             const std::vector<std::string_view>* folders)
+CardListing::CardListing(const std::string& root, const Filter& isListed,
+                         const std::vector<std::string_view>* folders)
     : root_(foundation::WithoutTrailingSlash(root)), folders_(folders) {
   AddFolder(root_, false, kMaxFolderDepth, isListed);
-  for (std::size_t i = 0; i < files_.size(); ++i) {
-    byPath_.emplace(files_[i].path, i);
-    byFoldedPath_.emplace(FoldCase(files_[i].path), i);
-  }
 }
 
-void CardInventory::AddFolder(const std::string& folder, bool hidden, std::size_t depth,
-                              const Filter& isListed) {
+void CardListing::AddFolder(const std::string& folder, bool hidden, std::size_t depth,
+                            const Filter& isListed) {
   if (!isListed(folder)) return;
   const auto items = platform::ListFolder(folder);
   if (!items) {
@@ -68,11 +64,11 @@ void CardInventory::AddFolder(const std::string& folder, bool hidden, std::size_
   }
 }
 
-bool CardInventory::EntersFolder(std::string_view name) const {
+bool CardListing::EntersFolder(std::string_view name) const {
   return folders_ == nullptr || MatchesAny(name, *folders_);
 }
 
-bool CardInventory::Covers(std::string_view path) const {
+bool CardListing::Covers(std::string_view path) const {
   const std::string folder = JoinPath(root_, {});
   if (!path.starts_with(folder)) return false;
   path.remove_prefix(folder.size());
@@ -80,14 +76,23 @@ bool CardInventory::Covers(std::string_view path) const {
   return slash == path.npos || EntersFolder(path.substr(0, slash));
 }
 
+CardInventory::CardInventory(const std::string& root, const Filter& isListed,
+                             const std::vector<std::string_view>* folders)
+    : CardListing(root, isListed, folders) {
+  for (std::size_t i = 0; i < Files().size(); ++i) {
+    byPath_.emplace(Files()[i].path, i);
+    byFoldedPath_.emplace(FoldCase(Files()[i].path), i);
+  }
+}
+
 std::optional<std::size_t> CardInventory::OtherSpelling(std::size_t index) const {
-  const std::string& path = files_[index].path;
+  const std::string& path = Files()[index].path;
   const auto [begin, end] = byFoldedPath_.equal_range(FoldCase(path));
   if (std::next(begin) == end) return std::nullopt;
   const auto status = platform::StatusOf(path);
   for (auto other = begin; status && other != end; ++other) {
     if (other->second == index) continue;
-    const auto found = platform::StatusOf(files_[other->second].path);
+    const auto found = platform::StatusOf(Files()[other->second].path);
     if (found && found->IsSameFile(*status)) return other->second;
   }
   return std::nullopt;
@@ -101,7 +106,7 @@ std::optional<std::size_t> CardInventory::Find(std::string_view path) const {
   const auto status = platform::StatusOf(key);
   if (!status) return std::nullopt;
   for (auto other = begin; other != end; ++other) {
-    const auto found = platform::StatusOf(files_[other->second].path);
+    const auto found = platform::StatusOf(Files()[other->second].path);
     if (found && found->IsSameFile(*status)) return other->second;
   }
   return std::nullopt;

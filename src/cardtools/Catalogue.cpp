@@ -39,7 +39,7 @@ constexpr std::size_t kFurtherWorkers = 4;
 // What the requests and the calling thread share. Requests that are stuck may outlive the run.
 struct Shared {
   std::mutex mutex;
-  std::condition_variable changed;
+  std::condition_variable changed;  // the calling thread waits for it
 };
 
 enum class State { kWaiting, kRunning, kDone, kAborted };
@@ -69,7 +69,8 @@ struct Search {
   std::string folder;  // that is being listed
   Clock::time_point start;
   bool isBlocked = false;  // until `found` is taken
-  bool hasFound = false;   // cards of other shards and repeated ones included
+  std::condition_variable taken;
+  bool hasFound = false;  // cards of other shards and repeated ones included
   Request request;
 };
 
@@ -182,14 +183,15 @@ class SearchRequest final : public CatalogueRequest {
     search_->hasFound = search_->hasFound || !folder.cards.empty();
     search_->isBlocked = true;
     while (search_->found.size() >= kMaxFound && !TestAborted()) {
-      shared_->changed.wait_for(lock, kPollTime);
+      search_->taken.wait_for(lock, kPollTime);
     }
     search_->isBlocked = false;
     search_->start = Clock::now();
     if (TestAborted()) return false;
     search_->found.push_back(
         {std::move(folder), {status->device, status->inode}, access, std::move(readError)});
-    shared_->changed.notify_all();
+    // With more of them the calling thread waits for something else.
+    if (search_->found.size() == 1) shared_->changed.notify_all();
     return true;
   }
 
@@ -295,7 +297,8 @@ class CatalogueRun {
     while (search_ && !search_->found.empty() && queue_.size() < kWaitingPerJob * jobs_) {
       auto [folder, file, access, readError] = std::move(search_->found.front());
       search_->found.pop_front();
-      shared_->changed.notify_all();
+      // Each wake-up costs as much as several calls of the file system.
+      if (search_->found.size() == kMaxFound / 2) search_->taken.notify_all();
       if (!seen_.insert(file).second) continue;
       if (ShardOf(folder.path, options_->shards) != options_->shard) continue;
       if (folder.cards.empty()) {

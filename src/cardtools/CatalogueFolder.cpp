@@ -206,11 +206,11 @@ class UnchangedCard {
   bool IsUnchanged() {
     if (!isValid_) return false;
     const CardLayout* layout = LayoutOf(card_.identification);
-    const CardInventory inventory(
+    const CardListing listing(
         card_.path, [this](const std::string&) { return !request_.TestAborted(); },
         layout == nullptr ? nullptr : &layout->ownFolders);
-    if (!inventory.UnreadableFolders().empty() || request_.TestAborted()) return false;
-    for (const InventoryFile& file : inventory.Files()) {
+    if (!listing.UnreadableFolders().empty() || request_.TestAborted()) return false;
+    for (const InventoryFile& file : listing.Files()) {
       const auto known = files_.find(file.path);
       if (known == files_.end() || !known->second.Equals(file.bytes, file.modified)) return false;
       files_.erase(known);

@@ -56,8 +56,8 @@ std::vector<CardFile> ListMediumFiles(const std::string& path, const std::vector
            });
   };
   std::vector<CardFile> files;
-  const CardInventory inventory(root, isListed);
-  for (const InventoryFile& file : inventory.Files()) {
+  const CardListing listing(root, isListed);
+  for (const InventoryFile& file : listing.Files()) {
     const bool ofMedium = !file.hidden && isOfMedium(relative(file.path));
     if (!ofMedium && scope != MediumFileScope::kAll) continue;
     const auto role = ofMedium      ? CardFileRole::kStructure
