@@ -17,6 +17,8 @@ namespace {
 using foundation::JsonValue;
 using foundation::ParseJson;
 
+// Editors and shells of Windows add it.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t kBlockBytes = 1 << 20;
 // All lines of a card are kept in memory; a card with a million files has about 400 MB.
 constexpr std::uint64_t kMaxCardBytes = std::uint64_t{1} << 30;
@@ -32,7 +34,9 @@ class FileIndex final : public CatalogueIndex {
     std::string lines(static_cast<std::size_t>(std::min(card.bytes, kMaxCardBytes)), '\0');
     const std::lock_guard lock(mutex_);
     const auto read = file_.ReadAt(card.offset, std::as_writable_bytes(std::span(lines)));
-    return read == lines.size() ? lines : std::string();
+    if (read != lines.size()) return {};
+    std::erase(lines, '\r');  // of CRLF; texts in JSON have none
+    return lines;
   }
 
  private:
@@ -59,6 +63,10 @@ class FileIndex final : public CatalogueIndex {
   }
 
   void AddLine(std::string_view line, std::uint64_t offset) {
+    if (offset == 0 && line.starts_with(kByteOrderMark)) {
+      line.remove_prefix(kByteOrderMark.size());
+      offset = kByteOrderMark.size();
+    }
     const std::string_view type = LineType(line);
     if (type == "card") {
       AddCard(line, offset);

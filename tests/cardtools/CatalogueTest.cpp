@@ -200,6 +200,14 @@ TEST_F(Catalogue, CopiesTheLinesOfUnchangedCards) {
   SetSince(first);
   EXPECT_EQ(WriteAll(), first);
   EXPECT_EQ(result_.copiedCards, 2u);
+  // As a program of Windows stores it.
+  std::string stored = "\xEF\xBB\xBF" + first;
+  for (auto at = stored.find('\n'); at != stored.npos; at = stored.find('\n', at + 2)) {
+    stored.insert(at, 1, '\r');
+  }
+  SetSince(stored);
+  EXPECT_EQ(WriteAll(), first);
+  EXPECT_EQ(result_.copiedCards, 2u);
 
   // The same size, another time; a new file; a removed file; a new card next to the others.
   tree_.File("cards/a/CONTENTS/VIDEO/0001AB.MXF", "another");

@@ -86,6 +86,7 @@ SORVIK_EXPORT std::uint32_t ShardOf(std::string_view path, std::uint32_t shards)
 class SORVIK_EXPORT CatalogueIndex {
  public:
   // Returns nullptr if `path` can't be read. Lines that aren't part of a catalogue are ignored.
+  // Lines may end in CRLF.
   static std::shared_ptr<const CatalogueIndex> Open(const std::string& path);
   virtual ~CatalogueIndex();
   CatalogueIndex(const CatalogueIndex&) = delete;
@@ -105,7 +106,7 @@ class SORVIK_EXPORT CatalogueIndex {
   // True if the file has no line "end" after its last card: it was cut off.
   virtual bool IsCutOff() const noexcept = 0;
 
-  // The lines of a card; empty if they can't be read.
+  // The lines of a card, each with LF at its end; empty if they can't be read.
   virtual std::string LinesOf(const Card& card) const = 0;
 
  protected:
