@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/XmlTree.h"
@@ -143,21 +144,39 @@ std::vector<ListedPart> PartsOfTrack(const Essence& essence, const std::vector<S
   return parts;
 }
 
-// The clips of the shot that contains the clip `key`, best the one on the card itself.
-std::vector<std::string> ClipsOfShot(const std::string& path, const std::string& key,
-                                     ClipValueCache& cache) {
+// The clips of the shot that contains a clip.
+struct ClipsOfShot {
+  std::vector<std::string> clips;
+  bool isOnCard = false;  // the clip itself, and not only one of the same name on another card
+};
+
+// By the titles of all clips of the shots of a card. A record of a call scope: a catalogue asks for
+// each clip.
+struct ShotsByClip {
+  std::map<std::string, ClipsOfShot, std::less<>> shots;
+};
+
+ShotsByClip ReadShots(const std::string& path) {
   const std::string card = foundation::JoinPath(foundation::NormalizedPath(path), {});
-  std::vector<std::string> found;
+  ClipValueCache cache(p2::WithShotFields({}));
+  ShotsByClip result;
   for (const auto& [id, shot] : p2::ShotsOfCard(path, cache)) {
     std::vector<std::string> clips = shot.otherClipPaths;
     clips.push_back(shot.primaryClipPath);
     for (const std::string& clip : clips) {
-      if (FileStem(clip) != key) continue;
-      if (foundation::NormalizedPath(clip).starts_with(card)) return clips;
-      found = clips;
+      ClipsOfShot& known = result.shots[std::string(FileStem(clip))];
+      if (known.isOnCard) continue;
+      known = {clips, foundation::NormalizedPath(clip).starts_with(card)};
     }
   }
-  return found;
+  return result;
+}
+
+std::vector<std::string> FindClipsOfShot(const std::string& path, const std::string& key) {
+  const auto all =
+      foundation::CallScope::Remember<ShotsByClip>(path, [&path] { return ReadShots(path); });
+  const auto found = all->shots.find(key);
+  return found == all->shots.end() ? std::vector<std::string>() : found->second.clips;
 }
 
 }  // namespace
@@ -165,7 +184,7 @@ std::vector<std::string> ClipsOfShot(const std::string& path, const std::string&
 std::vector<ListedPart> ProviderP2::ListParts(const std::string& path,
                                               const std::string& key) const {
   ClipValueCache cache(p2::WithShotFields({}));
-  const std::vector<std::string> xmlPaths = ClipsOfShot(path, key, cache);
+  const std::vector<std::string> xmlPaths = FindClipsOfShot(path, key);
   const std::vector<ShotClip> clips = ClipChain(xmlPaths, cache).InOrder();
   std::size_t listedChannels = 0;
   std::vector<ListedPart> parts;
