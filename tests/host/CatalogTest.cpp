@@ -207,14 +207,16 @@ TEST_F(Catalog, TimeoutsAndInterruptsHaveTheirOwnExitCodes) {
   SkipLeakCheckOfProgram();
   share.Stop();
   const ProgramResult late =
-      Run({"--timeout-per-card", "1", tree_.Path("share"), archive_, "--jobs", "2"});
+      Run({"--timeout-per-card", "4", tree_.Path("share"), archive_, "--jobs", "2"});
   EXPECT_EQ(late.exitCode, 75);
   EXPECT_THAT(late.output, HasSubstr("\"kind\":\"timeout\""));
   EXPECT_THAT(late.output, HasSubstr("{\"type\":\"end\",\"cards\":2,"));
   RunningSorvik running({"catalog", tree_.Path("share"), "-o", file_});
-  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  for (int i = 0; i < 600 && !fs::exists(file_ + ".part"); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
   running.Signal(SIGINT);
-  EXPECT_EQ(running.WaitFor(std::chrono::seconds(10)), 130);
+  EXPECT_EQ(running.WaitFor(std::chrono::seconds(30)), 130);
   EXPECT_FALSE(fs::exists(file_));
   share.Continue();
 }

@@ -41,6 +41,8 @@ class TestShare {
   void Lift() { Command("lift"); }
   // The number of calls since BlockAt.
   long Calls() { return Command("calls"); }
+  // The largest number of calls at the same time since the last MostCalls.
+  long MostCalls() { return Command("most"); }
 
   // Runs `call` on another thread and returns its duration in milliseconds. If it blocks, ends the
   // mount and returns a negative number.

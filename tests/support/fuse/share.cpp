@@ -8,6 +8,7 @@
 //   block N   the N-th call from now on and all later ones block
 //   lift      ends the block
 //   calls     prints the number of calls since the last "block"
+//   most      prints the largest number of calls at the same time since the last "most"
 // SORVIK_TEST_SHARE_DELAY in the environment sets the delay from the beginning.
 #define FUSE_USE_VERSION FUSE_MAKE_VERSION(3, 12)
 #include <dirent.h>
@@ -16,6 +17,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -26,6 +28,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -43,8 +46,11 @@ class Conduct {
     const long call = ++calls_;
     const std::chrono::microseconds delay(delay_);
     lifted_.wait(lock, [&] { return call < blockAt_; });
+    most_ = std::max(most_, ++running_);
     lock.unlock();
     if (delay.count() > 0) std::this_thread::sleep_for(delay);
+    lock.lock();
+    --running_;
   }
 
   void ReadCommands() {
@@ -74,13 +80,15 @@ class Conduct {
       blockAt_ = number;
     }
     if (command == "lift") blockAt_ = kNever;
-    std::printf("%ld\n", calls_);
+    std::printf("%ld\n", command == "most" ? std::exchange(most_, 0) : calls_);
     lifted_.notify_all();
   }
 
   std::mutex mutex_;
   std::condition_variable lifted_;
   long calls_ = 0;
+  long running_ = 0;  // in their delay
+  long most_ = 0;
   long delay_ = DelayOfEnvironment();  // microseconds
   long blockAt_ = kNever;
 };
