@@ -53,7 +53,7 @@ constexpr CommandRow kCommands[] = {
     {"cards", "PATH...", 1, kAnyCount, "--json -0",
      "find the cards at, around and below each path, one path per line",
      "sorvik cards /media -0 | xargs -0 -n 1 sorvik check"},
-    {"join", "PATH [KEY]", 1, 2, "--json --provider --format --allow-gaps --force -o",
+    {"join", "PATH [KEY]", 1, 2, "--json --provider --format --allow-gaps --catalog --force -o",
      "write a list that joins the files of a clip, or of all clips, for players and editors",
      "sorvik join /media/CARD 0001AB --format otio -o shot.otio"},
     {"catalog", "PATH...", 1, kAnyCount,

@@ -13,6 +13,7 @@
 #include "cardtools/CardInventory.h"
 #include "cardtools/ClipIdentity.h"
 #include "cardtools/ProviderLookup.h"
+#include "cardtools/ShotJson.h"
 #include "foundation/CallScope.h"
 #include "foundation/JsonLine.h"
 #include "foundation/JsonReader.h"
@@ -107,8 +108,7 @@ class CardLines {
 
  private:
   void AddClips(const ProviderWrapper& provider) {
-    const MachineValueScope scope;
-    ContentMap content = provider.GetContent(card_.path, provider.GetFieldList(), &request_);
+    ContentMap content = ReadContent(provider);
     clipCount_ = content.size();
     for (auto& [key, entry] : content) {
       if (request_.TestAborted()) return;
@@ -120,13 +120,25 @@ class CardLines {
     findings_ = CheckCard(card_.path, card_.identification, options_.depth, input, &request_);
   }
 
+  ContentMap ReadContent(const ProviderWrapper& provider) const {
+    const MachineValueScope scope;
+    return provider.GetContent(card_.path, provider.GetFieldList(), &request_);
+  }
+
   void AddClip(const std::string& key, MachineFields fields, const std::string& path) {
     const ClipIdentity identity = IdentityOf(fields, card_.identification, path);
     identities_.push_back(identity.value);
     JsonLine line = NewLine("clip");
     line.Text("card", id_).Text("key", key).OptionalText("identity", identity.value);
     line.OptionalText("identityFrom", identity.value.empty() ? "" : identity.source);
+    line.Json("shot", ShotJsonOf(key));
     clips_ += line.Json("fields", ToJson(fields)).Take();
+  }
+
+  // Lengths are read from media, which kNames doesn't open.
+  std::string ShotJsonOf(const std::string& key) const {
+    if (options_.depth == CheckDepth::kNames) return "null";
+    return ToJson(GetShotParts(card_.path, card_.identification, key, &request_));
   }
 
   void AddFiles() {

@@ -8,8 +8,10 @@
 
 #include "SorvikProvider/cardtools/Catalogue.h"
 #include "cardtools/CatalogueFolder.h"
+#include "cardtools/ShotJson.h"
 #include "foundation/JsonReader.h"
 #include "foundation/platform/FileSystem.h"
+#include "metadata/FieldRules.h"
 
 namespace Sorvik {
 namespace {
@@ -150,11 +152,48 @@ Finding FindingOf(const JsonValue& json) {
   return finding;
 }
 
+std::string RateText(const std::string& fraction) {
+  const ShotRate rate = RateOfFraction(fraction);
+  return rate.IsKnown() ? DecimalRate(rate) : fraction;
+}
+
+// As the provider's listing shows a boolean, a frame size and a frame rate.
+std::string DisplayText(std::string_view field, const JsonValue& value) {
+  switch (value.kind) {
+    case JsonValue::Kind::kBoolean:
+      return XMPSupport::FieldRules::BooleanText(value.boolean);
+    case JsonValue::Kind::kString:
+      return field == "videoFrameRate" ? RateText(value.text) : value.text;
+    case JsonValue::Kind::kObject:
+      if (!value["timecode"].text.empty()) return value["timecode"].text;
+      if (value["width"].text.empty()) return {};
+      return value["width"].text + " x " + value["height"].text + " " + value["unit"].text;
+    default:
+      return value.text;
+  }
+}
+
+FieldValueMap DisplayTexts(const JsonValue& fields) {
+  FieldValueMap texts;
+  for (const auto& [name, value] : fields.members) {
+    if (value.kind != JsonValue::Kind::kArray) {
+      texts[name] = any_regular_t(DisplayText(name, value));
+      continue;
+    }
+    std::vector<any_regular_t> list;
+    for (const std::string& text : value.Texts()) list.emplace_back(text);
+    texts[name] = any_regular_t(std::move(list));
+  }
+  return texts;
+}
+
 CataloguedCard::Clip ClipOf(const JsonValue& json, std::string_view line) {
   CataloguedCard::Clip clip;
   clip.key = json["key"].text;
   clip.identity = json["identity"].text;
   clip.name = json["fields"]["Name"].text;
+  clip.texts = DisplayTexts(json["fields"]);
+  clip.shot = ShotOf(json["shot"]);
   // The last member of the line.
   const auto fields = line.rfind("}");
   const auto start = line.find("\"fields\":");

@@ -15,9 +15,8 @@ namespace {
 // What cameras write for the medium: Sony's database of stills and clips with its mark, the folders
 // of an AVCHD structure without clips, ARRI's looks, and JVC's MOV clips, which have no structure.
 constexpr std::string_view kMediumFolders[] = {
-    "PRIVATE/DATABASE", "PRIVATE/SONY",  "PRIVATE/AVF_INFO",
-    "AVF_INFO",         "PRIVATE/AVCHD", "ARRI/LOOKFILES",
-    "PRIVATE/JVC/CQAV",
+    "PRIVATE/DATABASE", "PRIVATE/SONY",   "PRIVATE/AVF_INFO", "AVF_INFO",
+    "PRIVATE/AVCHD",    "ARRI/LOOKFILES", "PRIVATE/JVC/CQAV",
 };
 
 bool StartsWithFolder(std::string_view path, std::string_view folder) {

@@ -9,6 +9,7 @@
 
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "cardtools/ProviderLookup.h"
+#include "cardtools/ShotJson.h"
 #include "formats/MediaTiming.h"
 #include "foundation/CallScope.h"
 #include "foundation/CardFolder.h"
@@ -37,14 +38,10 @@ constexpr long long kMaxRangeError = 3;
 
 // The rate in a frame count, which has the duration of a frame: "1/25", "1001/30000".
 ShotRate RateOf(std::string_view frameDuration) {
-  ShotRate rate;
-  const char* const end = frameDuration.data() + frameDuration.size();
-  const auto upper = std::from_chars(frameDuration.data(), end, rate.denominator);
-  if (upper.ec != std::errc() || upper.ptr == end || *upper.ptr != '/') return {};
-  const auto lower = std::from_chars(upper.ptr + 1, end, rate.numerator);
-  const bool isNumber = lower.ec == std::errc() && lower.ptr == end;
-  return isNumber && rate.IsKnown() && rate.numerator / rate.denominator <= kMaxRate ? rate
-                                                                                     : ShotRate{};
+  const ShotRate duration = RateOfFraction(frameDuration);
+  const ShotRate rate{duration.denominator, duration.numerator};
+  const bool isValid = rate.IsKnown() && rate.numerator / rate.denominator <= kMaxRate;
+  return isValid ? rate : ShotRate{};
 }
 
 // The rate of the display text of a frame rate, which has at most three decimals: "25", "23.976".

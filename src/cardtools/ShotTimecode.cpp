@@ -2,6 +2,7 @@
 // Timecodes as numbers of frames. Facts: SMPTE ST 12-1 (drop-frame counting).
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <string_view>
 
 #include "SorvikProvider/cardtools/ShotParts.h"
@@ -69,6 +70,17 @@ std::string TimecodeOfFrames(std::uint64_t frames, const ShotRate& rate, bool dr
   const std::uint64_t seconds = frames / base;
   return TwoDigits(seconds / 3600 % 24) + ":" + TwoDigits(seconds / 60 % 60) + ":" +
          TwoDigits(seconds % 60) + (dropFrame ? ";" : ":") + TwoDigits(frames % base);
+}
+
+std::string DecimalRate(const ShotRate& rate) {
+  if (rate.denominator == 1) return std::to_string(rate.numerator);
+  char digits[32];
+  std::snprintf(digits, sizeof(digits), "%.3f",
+                static_cast<double>(rate.numerator) / static_cast<double>(rate.denominator));
+  std::string text = digits;
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text;
 }
 
 }  // namespace Sorvik

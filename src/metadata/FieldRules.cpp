@@ -227,9 +227,13 @@ Text AspectRatio(const SXMPMeta& meta, const XMPCrossReference& row) {
 
 Text Boolean(const SXMPMeta& meta, const XMPCrossReference& row) {
   const std::string value = PlainText(meta, row);
-  if (value == "True") return Localized("$$$/Ortlane/Provider/XMPFilesMetadata/UI/Yes=Yes");
-  if (value == "False") return Localized("$$$/Ortlane/Provider/XMPFilesMetadata/UI/No=No");
+  if (value == "True" || value == "False") return BooleanText(value == "True");
   return std::string();
+}
+
+std::string BooleanText(bool value) {
+  return value ? Localized("$$$/Ortlane/Provider/XMPFilesMetadata/UI/Yes=Yes")
+               : Localized("$$$/Ortlane/Provider/XMPFilesMetadata/UI/No=No");
 }
 
 Text Ratio(const SXMPMeta& meta, const XMPCrossReference& row) {

@@ -40,6 +40,8 @@ Text FrameSize(const xmp::SXMPMeta& meta, const XMPCrossReference& row);
 Text AspectRatio(const xmp::SXMPMeta& meta, const XMPCrossReference& row);
 // "Yes" or "No" in the user's language; empty unless the value is "True" or "False".
 Text Boolean(const xmp::SXMPMeta& meta, const XMPCrossReference& row);
+// "Yes" or "No" in the user's language.
+std::string BooleanText(bool value);
 // A fraction as a decimal number with four decimals; other values unmodified. Calculated in single
 // precision, which is the precision of such values.
 Text Ratio(const xmp::SXMPMeta& meta, const XMPCrossReference& row);

@@ -170,6 +170,14 @@ TEST_F(Catalog, AnswersWithTheMediumOffline) {
   const std::string filesOfClip = RunSorvik({"files", disc, "C0001.MXF"}).output;
   const std::string check = RunSorvik({"check", p2, "--json", "--files"}).output;
   const json owner = json::parse(RunSorvik({"owner", sound, "--json"}).output);
+  const auto join = [](std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "join");
+    return RunSorvik(arguments).output;
+  };
+  const std::string table = join({disc, "--format", "csv"});
+  EXPECT_THAT(table, HasSubstr("C0001"));
+  const std::string timeline = join({p2, "0001AB", "--format", "otio"});
+  EXPECT_THAT(timeline, HasSubstr("0001AB00.MXF"));
   Run({archive_, "-o", file_});
   fs::rename(archive_, tree_.Path("gone"));
 
@@ -184,6 +192,10 @@ TEST_F(Catalog, AnswersWithTheMediumOffline) {
   for (std::string line; std::getline(wanted, line);) EXPECT_THAT(found, HasSubstr(line));
   EXPECT_THAT(RunSorvik({"files", archive_, "--relative", "--catalog", file_}).output,
               HasSubstr("p2/CONTENTS/CLIP/0001AB.XML\n"));
+  EXPECT_EQ(join({disc, "--format", "csv", "--catalog", file_}), table);
+  EXPECT_EQ(join({p2, "0001AB", "--format", "otio", "--catalog", file_}), timeline);
+  EXPECT_THAT(RunSorvik({"join", archive_, "--format", "csv", "--catalog", file_}).errors,
+              HasSubstr("archive: several cards in the catalogue, such as "));
   EXPECT_EQ(RunSorvik({"owner", disc + "/x", "--catalog", file_}).exitCode, 1);
   EXPECT_EQ(RunSorvik({"check", tree_.Path("other"), "--catalog", file_}).exitCode, 1);
   EXPECT_EQ(RunSorvik({"check", p2, "--catalog", tree_.Path("none")}).exitCode, 1);

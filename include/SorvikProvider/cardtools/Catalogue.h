@@ -11,12 +11,15 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/cardtools/ShotParts.h"
 #include "SorvikProvider/foundation/Export.h"
+#include "SorvikProvider/frame/FieldModel.h"
 
 namespace Sorvik {
 
@@ -120,6 +123,9 @@ struct CataloguedCard {
     std::string identity;
     std::string name;
     std::string fields;  // a JSON object with typed values
+    // The same as a listing shows them, without durations.
+    FieldValueMap texts;
+    std::optional<ShotParts> shot;  // nullopt without files, or with kNames
   };
 
   std::string path;

@@ -2,8 +2,8 @@
 // Lists with which players and editing programs open the files of a recording as one shot, without
 // rewriting them. For hosts that hand over clips.
 //
-//   const JoinResult joined = MakeJoinLists("/media/CARD", id, "0001AB", {.format =
-//   JoinFormat::kOtio}); for (const JoinFile& list : joined.files) ...
+//   const JoinOptions options{.format = JoinFormat::kOtio};
+//   for (const JoinFile& list : MakeJoinLists("/media/CARD", id, "0001AB", options).files) ...
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "SorvikProvider/cardtools/Catalogue.h"
 #include "SorvikProvider/foundation/Export.h"
 #include "SorvikProvider/foundation/Hestra.h"
 #include "SorvikProvider/foundation/ImmutableString.h"
@@ -79,6 +80,11 @@ struct JoinResult {
 SORVIK_EXPORT JoinResult MakeJoinLists(const std::string& path, const std::string& identification,
                                        const std::string& key, const JoinOptions& options,
                                        ProviderRequest* request = nullptr);
+
+// The same for a card that ReadCataloguedCard returned, without access to the card. A catalogue of
+// names only (CheckDepth::kNames) has no lengths.
+SORVIK_EXPORT JoinResult MakeJoinLists(const CataloguedCard& card, const std::string& key,
+                                       const JoinOptions& options);
 
 struct SORVIK_EXPORT JoinListsMessage : Hestra::MessageImpl<JoinListsMessage>,
                                         Hestra::Allocated<JoinListsMessage> {

@@ -114,6 +114,9 @@ SORVIK_EXPORT std::optional<std::uint64_t> FramesOfTimecode(const std::string& t
 SORVIK_EXPORT std::string TimecodeOfFrames(std::uint64_t frames, const ShotRate& rate,
                                            bool dropFrame);
 
+// A known rate with at most three decimals: "25", "29.97".
+SORVIK_EXPORT std::string DecimalRate(const ShotRate& rate);
+
 struct SORVIK_EXPORT ShotPartsMessage : Hestra::MessageImpl<ShotPartsMessage>,
                                         Hestra::Allocated<ShotPartsMessage> {
   ShotParts shot;

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 
 #include "foundation/Paths.h"
 
@@ -84,17 +83,6 @@ bool DropsFrames(const ShotParts& shot) {
 
 std::string RateText(const ShotRate& rate) {
   return std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator);
-}
-
-std::string DecimalRate(const ShotRate& rate) {
-  if (rate.denominator == 1) return std::to_string(rate.numerator);
-  char digits[32];
-  std::snprintf(digits, sizeof(digits), "%.3f",
-                static_cast<double>(rate.numerator) / static_cast<double>(rate.denominator));
-  std::string text = digits;
-  text.erase(text.find_last_not_of('0') + 1);
-  if (text.back() == '.') text.pop_back();
-  return text;
 }
 
 void RequireLengths(const JoinList& list, const JoinShot& shot) {

@@ -73,8 +73,6 @@ void RequireLengths(const JoinList& list, const JoinShot& shot);
 ShotRate CommonRate(const JoinList& list);
 // "30000/1001" for a known rate.
 std::string RateText(const ShotRate& rate);
-// "25", "29.97".
-std::string DecimalRate(const ShotRate& rate);
 // The number of frames of a part, of which RequireLengths has been called.
 std::uint64_t FramesOf(const ShotPart& part);
 // The text of a field, the first one of a list; empty if it has none.

@@ -2,6 +2,7 @@
 #include "SorvikProvider/cardtools/JoinList.h"
 
 #include <algorithm>
+#include <functional>
 #include <set>
 #include <utility>
 
@@ -74,19 +75,54 @@ bool HasLength(const ShotParts& shot) {
          std::ranges::any_of(shot.parts, [](const auto& part) { return part.frames.has_value(); });
 }
 
+// The shots of an entry of a card, or of all entries if `key` is empty. Leaves out entries without
+// parts.
+std::vector<JoinShot> ReadShots(const ProviderWrapper& provider, const std::string& path,
+                                const std::string& key, ProviderRequest* request) {
+  const FieldNameSet supported = SupportedFields(provider);
+  ContentMap content = key.empty() ? provider.GetContent(path, supported, request)
+                                   : provider.GetContent(path, key, supported);
+  std::vector<JoinShot> shots;
+  for (auto& [entry, fields] : content) {
+    if (!key.empty() && entry != key) continue;
+    if (ProviderRequest::TestAborted(request)) {
+      throw JoinFailure{{path, "aborted"}, JoinStatus::kAborted};
+    }
+    ShotParts shot = GetShotParts(path, provider.GetIdentification(), entry, request);
+    if (shot.parts.empty()) continue;
+    std::string name = NameOf(entry, fields);
+    shots.push_back({entry, std::move(name), std::move(shot), std::move(fields)});
+  }
+  return shots;
+}
+
+// The same from a catalogue.
+std::vector<JoinShot> ShotsOf(const CataloguedCard& card, const std::string& key) {
+  std::vector<JoinShot> shots;
+  for (const CataloguedCard::Clip& clip : card.clips) {
+    if (!clip.shot || (!key.empty() && clip.key != key)) continue;
+    shots.push_back({clip.key, NameOf(clip.key, clip.texts), *clip.shot, clip.texts});
+  }
+  return shots;
+}
+
 class JoinMaker {
  public:
-  JoinMaker(const ProviderWrapper& provider, const std::string& path, const JoinOptions& options,
-            ProviderRequest* request)
-      : provider_(provider), options_(options), request_(request) {
+  JoinMaker(const std::string& path, const std::string& identification, const JoinOptions& options)
+      : options_(options) {
     list_.path = path;
-    list_.provider = provider.GetIdentification();
+    list_.provider = identification;
     list_.output = options.output;
   }
 
-  JoinResult Make(const std::string& key) {
+  // `read` returns the shots of the entry `key`, or all if it is empty.
+  JoinResult Make(const std::string& key, const std::function<std::vector<JoinShot>()>& read) {
     try {
-      Read(key);
+      if (key.empty() && options_.format == JoinFormat::kFfconcat) {
+        throw JoinFailure{{list_.path, "the format ffconcat is for one clip"}};
+      }
+      list_.shots = read();
+      key.empty() ? ChooseClips() : RequireFile(key);
       for (const JoinShot& shot : list_.shots) CheckGaps(shot);
       result_.files = WriteLists(list_, options_);
     } catch (JoinFailure& failure) {
@@ -97,55 +133,27 @@ class JoinMaker {
   }
 
  private:
-  void Read(const std::string& key) {
-    if (!key.empty()) return ReadEntry(key);
-    if (options_.format == JoinFormat::kFfconcat) {
-      throw JoinFailure{{list_.path, "the format ffconcat is for one clip"}};
-    }
-    ReadAll();
-  }
-
-  void ReadEntry(const std::string& key) {
-    ContentMap content = provider_.GetContent(list_.path, key, SupportedFields(provider_));
-    const auto entry = content.find(key);
-    if (entry != content.end()) AddShot(key, std::move(entry->second));
+  void RequireFile(const std::string& key) const {
     if (list_.shots.empty()) {
       throw JoinFailure{{list_.path, "no entry '" + key + "'"}, JoinStatus::kNoEntry};
     }
-    const auto& parts = list_.shots.front().shot.parts;
-    if (std::ranges::none_of(parts, &ShotPart::isPresent)) {
+    if (std::ranges::none_of(list_.shots.front().shot.parts, &ShotPart::isPresent)) {
       throw JoinFailure{{list_.path, "no media file for entry '" + key + "'"}};
     }
   }
 
-  // Leaves out an entry whose files another entry contains as parts, and one without a length, such
-  // as a photograph, which is no shot.
-  void ReadAll() {
+  // Removes an entry whose files another entry contains as parts, and one without a length, such as
+  // a photograph, which is no shot.
+  void ChooseClips() {
+    const std::size_t without =
+        std::erase_if(list_.shots, [](const JoinShot& shot) { return !HasLength(shot.shot); });
     std::set<std::pair<std::string, std::string>> seen;  // name and path of the first part
-    std::size_t without = 0;
-    ContentMap content = provider_.GetContent(list_.path, SupportedFields(provider_), request_);
-    for (auto& [key, fields] : content) {
-      AddShot(key, std::move(fields));
-      if (list_.shots.empty() || list_.shots.back().key != key) continue;
-      const ShotParts& shot = list_.shots.back().shot;
-      const bool hasLength = HasLength(shot);
-      const auto& first = shot.parts.front();
-      if (!hasLength) ++without;
-      if (!hasLength || !seen.emplace(first.name, first.path).second) list_.shots.pop_back();
-    }
+    std::erase_if(list_.shots, [&seen](const JoinShot& shot) {
+      const ShotPart& first = shot.shot.parts.front();
+      return !seen.emplace(first.name, first.path).second;
+    });
     if (list_.shots.empty()) throw JoinFailure{{list_.path, "no clips with a known length"}};
     if (without > 0) Warn(std::to_string(without) + " entries without a known length left out");
-  }
-
-  // Adds nothing for an entry without parts.
-  void AddShot(const std::string& key, FieldValueMap fields) {
-    if (ProviderRequest::TestAborted(request_)) {
-      throw JoinFailure{{list_.path, "aborted"}, JoinStatus::kAborted};
-    }
-    ShotParts shot = GetShotParts(list_.path, list_.provider, key, request_);
-    if (shot.parts.empty()) return;
-    std::string name = NameOf(key, fields);
-    list_.shots.push_back({key, std::move(name), std::move(shot), std::move(fields)});
   }
 
   void Warn(const std::string& text) {
@@ -179,9 +187,7 @@ class JoinMaker {
     Warn(text);
   }
 
-  const ProviderWrapper& provider_;
   const JoinOptions& options_;
-  ProviderRequest* const request_;
   JoinList list_;
   JoinResult result_;
   std::set<std::string> warned_;
@@ -203,11 +209,20 @@ JoinResult MakeJoinLists(const std::string& path, const std::string& identificat
   if (provider == nullptr) {
     return {JoinStatus::kFailed, {}, {path, "unknown provider '" + identification + "'"}, {}};
   }
-  JoinResult result = JoinMaker(*provider, path, options, request).Make(key);
+  JoinResult result = JoinMaker(path, identification, options).Make(key, [&] {
+    return ReadShots(*provider, path, key, request);
+  });
   if (ProviderRequest::TestAborted(request)) {
     return {JoinStatus::kAborted, {}, {path, "aborted"}, {}};
   }
   return result;
+}
+
+JoinResult MakeJoinLists(const CataloguedCard& card, const std::string& key,
+                         const JoinOptions& options) {
+  return JoinMaker(card.path, card.identification, options).Make(key, [&] {
+    return ShotsOf(card, key);
+  });
 }
 
 JoinListsMessage::~JoinListsMessage() = default;
