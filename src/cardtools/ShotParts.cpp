@@ -33,6 +33,8 @@ constexpr double kMicroseconds = 1e6;
 constexpr double kMaxSeconds = 1e9;
 // Of the samples of sound.
 constexpr std::uint64_t kMaxRate = 1'000'000;
+// Of pictures, where the metadata says no rate.
+constexpr std::uint64_t kMaxPictureRate = 1000;
 // Playlists and streams may differ by the pictures of a group that can't be decoded.
 constexpr long long kMaxRangeError = 3;
 
@@ -115,6 +117,11 @@ class ShotBuilder {
   void FindRate(const ListedPart& part) {
     if (shot_.rate.IsKnown() || !part.isPresent || ProviderRequest::TestAborted(request_)) return;
     shot_.rate = LengthOf(part).rate;
+    if (shot_.rate.IsKnown()) return;
+    const auto timing = formats::ReadMediaTiming(part.path, 0);
+    if (!timing || timing->rateNumerator == 0) return;
+    const std::uint64_t perSecond = timing->rateNumerator / timing->rateDenominator;
+    if (perSecond <= kMaxPictureRate) shot_.rate = {timing->rateNumerator, timing->rateDenominator};
   }
 
   double FramesPerSecond() const {
@@ -226,11 +233,11 @@ class ShotBuilder {
   void AddJoin(std::size_t index, std::size_t end) {
     ShotPart& part = shot_.parts[index];
     if (FramesPerSecond() <= 0) return;
-    if (const auto& timing = timings_[index]) {
+    if (const auto& timing = timings_[index]; timing && timing->isPlaced) {
       const double skipped = static_cast<double>(part.firstFrame) / FramesPerSecond();
       part.stampMicroseconds = Microseconds(timing->firstPicture + skipped);
     }
-    if (!part.frames) return;
+    if (!part.frames || !IsPlaced(index) || (index + 1 < end && !IsPlaced(index + 1))) return;
     double seconds = static_cast<double>(*part.frames) / FramesPerSecond() + LeadOf(index);
     if (index + 1 < end) {
       const auto running = RunningDistance(index, seconds);
@@ -238,6 +245,9 @@ class ShotBuilder {
     }
     part.joinMicroseconds = Microseconds(seconds);
   }
+
+  // False if it isn't known when the pictures of the file begin.
+  bool IsPlaced(std::size_t index) const { return !timings_[index] || timings_[index]->isPlaced; }
 
   // How long after the start of the file the pictures of the part begin. A file of which the first
   // pictures are skipped is placed by the first one that isn't.

@@ -63,11 +63,47 @@ TEST_F(MediaTiming, PicturesAreReorderedAndEdited) {
   EXPECT_NEAR(edited->firstPicture, 0.02, 1e-9);
 }
 
+TEST_F(MediaTiming, SeveralEdits) {
+  const Bytes stts = Table("stts", {{10, 100}});
+  // Of 80 ms each, from the second picture and from the eighth.
+  const auto timing = Timing({Track("vide", Edits({{80, 100}, {80, 700}}), stts)});
+  ASSERT_TRUE(timing && timing->isPlaced);
+  EXPECT_EQ(timing->pictures, 4u);
+  EXPECT_NEAR(timing->firstPicture, 0, 1e-9);
+  // A pause in the middle.
+  const auto paused =
+      Timing({Track("vide", Edits({{80, 100}, {40, UINT32_MAX}, {80, 700}}), stts)});
+  EXPECT_FALSE(paused->isPlaced);
+}
+
+TEST_F(MediaTiming, FragmentsAreCounted) {
+  const auto fragment = [](unsigned time, const Bytes& run) {
+    const Bytes header = Box("tfhd", Bytes().U32(0).U32(0));
+    const Bytes start = Box("tfdt", Bytes().U32(0).U32(time));
+    return Box("moof", {Box("traf", {header, start, Box("trun", run)})});
+  };
+  const Bytes defaults = Box("trex", Bytes().U32(0).U32(0).U32(1).U32(100).U64(0));
+  Bytes file = Box("moov", {MovieHeader(1000, 0), Track("vide", {}, Table("stts", {})),
+                            Box("mvex", {defaults})});
+  // Three reordered pictures, then five.
+  file.Add(fragment(0, Bytes().U32(0x800).U32(3).U32(100).U32(200).U32(0)));
+  file.Add(Box("mdat", Bytes().U32(1)));
+  file.Add(fragment(300, Bytes().U32(0).U32(5)));
+  const std::string bytes = file.str();
+  const auto timing = ReadMediaTiming(tree_.File("fragments.mp4", bytes), 25);
+  ASSERT_TRUE(timing && timing->isPlaced);
+  EXPECT_EQ(timing->pictures, 8u);
+  EXPECT_EQ(timing->rateNumerator, 25u);
+  EXPECT_NEAR(timing->firstPicture, 0.04, 1e-9);
+  const auto truncated =
+      ReadMediaTiming(tree_.File("cut.mp4", bytes.substr(0, bytes.size() - 4)), 25);
+  EXPECT_FALSE(truncated->isPlaced);
+}
+
 TEST_F(MediaTiming, InvalidTables) {
   const Bytes stts = Table("stts", {{10, 100}});
   EXPECT_FALSE(Timing({Track("soun", {}, stts)}));
   EXPECT_FALSE(Timing({Track("vide", {}, Table("stts", {}))}));
-  EXPECT_FALSE(Timing({Track("vide", Edits({{100, 0}, {100, 500}}), stts)}));
   // Counts and sums that no file has.
   EXPECT_FALSE(Timing({Track(
       "vide", {},

@@ -158,14 +158,20 @@ TEST_F(JoinPlayback, StreamsCutAnywhere) {
 TEST_F(JoinPlayback, MoviesWithReorderedPictures) {
   const std::string original = tree_.Path("original.mp4");
   ASSERT_TRUE(RunFfmpeg(std::string(kPicture) + kSound + kAvc + "-c:a aac " + original));
-  const std::string clips = tree_.Folder("canon/CONTENTS/CLIPS001") + "/";
-  ASSERT_TRUE(RunFfmpeg("-i " + original + " -c copy -f segment -segment_times 3,6 " +
-                        "-reset_timestamps 1 -segment_start_number 1 " + clips +
-                        "A_0001C313A260711_101700EJ_CANON-%03d.MP4"));
-  const std::string list =
-      WriteList(tree_.Path("canon"), "A_0001C313A260711_101700EJ_CANON-001.MP4", "canonxfavc");
-  ExpectSteps(list);
-  ExpectSamePictures(list, original);
+  // Fragmented ones have their samples in fragments, partly or all of them.
+  for (const std::string flags :
+       {"faststart", "frag_keyframe", "frag_keyframe+empty_moov+delay_moov"}) {
+    SCOPED_TRACE(flags);
+    const std::string clips = tree_.Folder(flags + "/CONTENTS/CLIPS001") + "/";
+    ASSERT_TRUE(RunFfmpeg("-i " + original + " -c copy -f segment -segment_times 3,6 " +
+                          "-segment_format_options movflags=" + flags +
+                          " -reset_timestamps 1 -segment_start_number 1 " + clips +
+                          "A_0001C313A260711_101700EJ_CANON-%03d.MP4"));
+    const std::string list =
+        WriteList(tree_.Path(flags), "A_0001C313A260711_101700EJ_CANON-001.MP4", "canonxfavc");
+    ExpectSteps(list);
+    ExpectSamePictures(list, original);
+  }
 }
 
 // Sound with priming samples, in a take over two clips.
