@@ -69,6 +69,12 @@ TEST(MediaProbe, FindsPicturesWithoutAnEndMarker) {
   const std::string large = small.substr(0, small.size() - 2) + scan.str();
   EXPECT_EQ(resultOf(large), Result::kTruncated);
   EXPECT_EQ(resultOf(large + "\xFF\xD9"), Result::kPassed);
+  for (const std::size_t zeros : {70'000U, 400'000U}) {
+    const std::string tail(zeros, '\0');
+    EXPECT_EQ(resultOf(large + tail), Result::kTruncated) << zeros;
+    EXPECT_EQ(resultOf(large + "\xFF\xD9" + tail), Result::kPassed) << zeros;
+    EXPECT_EQ(resultOf(small.substr(0, 71) + tail), Result::kTruncated) << "no header";
+  }
   Bytes trailer;  // of another kind
   for (int i = 0; i < 70'000; ++i) trailer.U16(static_cast<std::uint16_t>(i * 7));
   EXPECT_EQ(resultOf(large + "\xFF\xD9" + trailer.str()), Result::kPassed);

@@ -87,6 +87,15 @@ bool HasManyValues(ByteReader bytes) {
   return seen.test(kFill) && seen.count() > kValues / 2;
 }
 
+bool AreZeros(const std::vector<std::byte>& bytes) {
+  return std::ranges::all_of(bytes, [](std::byte value) { return value == std::byte{0}; });
+}
+
+bool EndsInZeros(const RegularFile& file) {
+  const std::uint64_t bytes = std::min<std::uint64_t>(kTailBytes, file.Size());
+  return AreZeros(ReadPart(file, file.Size() - bytes, kTailBytes));
+}
+
 struct Header {
   bool isComplete = true;
   std::optional<std::uint64_t> scanAt;  // where the entropy-coded data begin; nullopt if unknown
@@ -100,7 +109,11 @@ Header ReadHeader(const RegularFile& file) {
     const auto bytes = ReadPart(file, at, 4);
     const ByteReader segment{bytes};
     const auto marker = segment.U8(1);
-    if (segment.U8(0).value_or(kFill) != kFill || marker == kEndOfImage) return header;
+    if (segment.U8(0).value_or(kFill) != kFill) {
+      header.isComplete = segment.U8(0) != 0 || !EndsInZeros(file);
+      return header;
+    }
+    if (marker == kEndOfImage) return header;
     if (marker == kFill) {
       ++at;
       continue;
@@ -118,9 +131,30 @@ Header ReadHeader(const RegularFile& file) {
   return header;
 }
 
+// Where the zeros at the end begin: cameras append them, and the rest of a file whose copy was
+// interrupted may consist of them. Found by halving, since no picture has a block of zeros.
+std::uint64_t EndWithoutZeros(const RegularFile& file, std::uint64_t scanAt) {
+  if (!EndsInZeros(file)) return file.Size();
+  std::uint64_t first = scanAt / kTailBytes + 1;  // the first block that may be zero
+  std::uint64_t last = std::max(file.Size() / kTailBytes, first);  // this one is
+  while (first < last) {
+    const std::uint64_t middle = first + (last - first) / 2;
+    if (AreZeros(ReadPart(file, middle * kTailBytes, kTailBytes))) {
+      last = middle;
+    } else {
+      first = middle + 1;
+    }
+  }
+  const std::uint64_t blockAt = (last - 1) * kTailBytes;
+  const auto block = ReadPart(file, blockAt, kTailBytes);
+  std::uint64_t end = blockAt + block.size();
+  while (end > std::max(blockAt, scanAt) && block[end - blockAt - 1] == std::byte{0}) --end;
+  return end;
+}
+
 bool EndsInScan(const RegularFile& file, std::uint64_t scanAt) {
-  const std::uint64_t tailBytes = std::min<std::uint64_t>(kTailBytes, file.Size());
-  const std::uint64_t tailAt = std::max(scanAt, file.Size() - tailBytes);
+  const std::uint64_t end = EndWithoutZeros(file, scanAt);
+  const std::uint64_t tailAt = std::max(scanAt, end - std::min<std::uint64_t>(kTailBytes, end));
   const auto bytes = ReadPart(file, tailAt, kTailBytes);
   const ByteReader tail{bytes};
   return AreScanData(tail) && (tailAt == scanAt || HasManyValues(tail));
