@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "SorvikProvider/cardtools/CardCheck.h"
+#include "SorvikProvider/cardtools/CardFinder.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "support/ModernCards.h"
 #include "support/TempTree.h"
@@ -79,6 +80,17 @@ TEST_F(ModernChecks, ReportWhatTheMaterialListAndTheRecordsProve) {
           "orphaned error essence SUB/C0099S03.MP4"));
   fs::remove(tree_.Path("card/MEDIAPRO.XML"));
   EXPECT_THAT(Findings(Check("ProviderSonyXAVC")), Contains("missing error index MEDIAPRO.XML"));
+}
+
+TEST_F(ModernChecks, ReportALostFolderOfClips) {
+  MakeXAVCCard(tree_, "card/M4ROOT", XAVCLayout::kM4Root, {{.name = "C0001", .proxy = false}});
+  fs::remove_all(tree_.Path("card/M4ROOT/CLIP"));
+  const auto found = FindCards(tree_.Path("card"), SearchDirection::kNearby);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found.front().score, 40);
+  EXPECT_THAT(Findings(CheckCard(found.front().path, found.front().identification)),
+              UnorderedElementsAre("missing error essence M4ROOT/CLIP/C0001.MP4",
+                                   "missing error clip record M4ROOT/CLIP/C0001M01.XML"));
 }
 
 TEST_F(ModernChecks, NoteInferredParts) {

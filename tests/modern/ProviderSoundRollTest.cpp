@@ -122,7 +122,7 @@ TEST(ProviderSoundRoll, RecognizesRecordersByAtMostTwoFiles) {
   tree.File("second/a.wav", plain);
   tree.File("second/b.wav", MadeRecording({}));
   tree.File("emptied/a.wav", "");
-  tree.File("emptied/b.wav", "");
+  tree.File("emptied/b.wav", plain.substr(0, 20));
   tree.File("emptied/c.wav", MadeRecording({}));
   tree.File("far/a.wav", MadeRecording({.paddingBefore = 70'000}));
   tree.File("mixed/a.wav", MadeRecording({.ixml = "<TAKE>1</TAKE>", .bext = false}));

@@ -68,9 +68,13 @@ bool IsRootName(std::string_view name) {
 Recognition Recognize(const std::string& path) {
   const auto root = CardFolder::Of(path);
   const auto clipFolder = root->Find(xavc::kClipFolder);
-  if (!clipFolder || !root->ContainsFolder(*clipFolder)) return Recognition::kNone;
   const std::string_view name = foundation::FileName(path);
   const auto index = root->Find(xavc::kIndex);
+  if (!clipFolder || !root->ContainsFolder(*clipFolder)) {
+    // All clips of the list are missing.
+    const bool isRoot = IsRootName(name) && index && IsListOfXAVC(root->PathOf(*index));
+    return isRoot ? Recognition::kWithReservation : Recognition::kNone;
+  }
   const bool hasThumbnails = root->Find(xavc::kThumbnailFolder).has_value();
   const bool isXAVC = IsRootName(name) ||
                       (index && (hasThumbnails || IsListOfXAVC(root->PathOf(*index)))) ||
@@ -152,7 +156,7 @@ ProviderSonyXAVC::ProviderSonyXAVC()
                                     "SerialNumber",
                                     "GPSLatitude",
                                     "GPSLongitude"},
-                    .layout = {.rootNames = {xavc::kClipFolder},
+                    .layout = {.rootNames = {xavc::kClipFolder, xavc::kIndex},
                                .ownFolders = {std::begin(xavc::kStructureFolders),
                                               std::end(xavc::kStructureFolders)},
                                .alternativeTo = "com.halvane.Merisk.ProviderXDCAM"},

@@ -27,6 +27,7 @@ using soundroll::TakePart;
 
 constexpr std::string_view kSoundExtension = ".wav";
 constexpr std::size_t kMaxRecognitionFiles = 2;
+constexpr std::size_t kMinWavBytes = 44;  // the heads of RIFF, its format and its data
 
 struct SoundList : MediaList {
   std::vector<Take> takes;  // in the order of the entries
@@ -67,13 +68,13 @@ MediaEntry MakeEntry(const CardFolder& folder, const Take& take) {
   return entry;
 }
 
-// Whether one of the first files is of a recorder. Files that are empty or can't be opened show
-// nothing.
+// Whether one of the first files is of a recorder. Files that can't be opened, or that are too
+// short to be WAV files, show nothing.
 bool HasFileOfRecorder(const CardFolder& folder) {
   std::size_t examined = 0;
   for (const std::string& name : folder.VisibleFiles(kSoundExtension)) {
     const auto head = platform::ReadHead(folder.PathOf(name), RecorderFile::kHeadBytes);
-    if (!head || head->empty()) continue;
+    if (!head || head->size() < kMinWavBytes) continue;
     const auto file = RecorderFile::FromHead(*head);
     if (file && file->IsOfRecorder()) return true;
     if (++examined == kMaxRecognitionFiles) break;

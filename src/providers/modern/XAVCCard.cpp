@@ -132,6 +132,7 @@ class Card::Builder {
 
   void ListFiles() {
     card_.clipFolder_ = Folder(kClipFolder);
+    if (card_.clipFolder_.empty()) card_.clipFolder_ = root_->PathOf(kClipFolder);
     std::vector<std::string> folders;
     for (const std::string_view name : {kClipFolder, kProxyFolder, kThumbnailFolder}) {
       if (std::string path = Folder(name); !path.empty()) folders.push_back(std::move(path));
