@@ -47,6 +47,8 @@ int ForEachOperand(Context& context, const std::vector<std::string>& operands,
 // True for the providers of cards and clip folders; false for plain directories and volumes.
 bool IsStructure(const Sorvik::ProviderWrapper& provider);
 
+// Returns " (in card FOLDER: NAME)" if a folder above `path` is a card, else the empty string.
+std::string NearbyCard(Context& context, const std::string& path);
 // Throws Failure for a path that no provider claims, with the system's reason if there is one,
 // and the card above the path.
 [[noreturn]] void FailUnclaimedPath(Context& context, const std::string& path);
@@ -79,11 +81,8 @@ std::vector<Sorvik::CardFile> MediumFiles(Context& context, const std::string& p
 const Sorvik::ProviderWrapper& ProviderOf(const Sorvik::FoundCard& card);
 
 // Returns the provider given by --provider, or the best one. Throws Failure if it doesn't claim
-// `path`. --provider accepts a name as IsNamed does.
+// `path`.
 const Sorvik::ProviderWrapper& ChooseProvider(Context& context, const std::string& path);
-// True if `name` is the identification, its last component, or that without "Provider", such as
-// "p2". Case-insensitive.
-bool IsNamed(const std::string& identification, const std::string& name);
 
 // Throws Failure if `path` exists and belongs to a camera card, unless --force is given. For files
 // that a command is about to write.
@@ -123,10 +122,10 @@ std::vector<Column> ColumnsOf(const Sorvik::ProviderWrapper& provider,
 // Returns all fields that the columns show.
 Sorvik::FieldNameList FieldsOf(const std::vector<Column>& columns);
 
-// How values are written: complete for machines, short dates on a terminal.
+// How values are written: complete for machines, short dates and frame sizes on a terminal.
 struct CellStyle {
   bool complete = false;
-  bool shortDates = false;
+  bool brief = false;
 };
 
 // Returns the text of an entry in a column other than that of the key.

@@ -30,6 +30,7 @@ a:focus-visible, input:focus-visible { outline: 2px solid Highlight; outline-off
 h2 { font-size: 1rem; margin: 0 0 .3rem; overflow-wrap: anywhere; }
 dl { display: grid; grid-template-columns: auto 1fr; gap: 0 .7rem; margin: 0; font-size: .85rem; }
 dt { opacity: .65; } dd { margin: 0; overflow-wrap: anywhere; }
+.short { white-space: nowrap; }
 @media print {
   input { display: none; }
   body { margin: 0; font-size: 10px; }
@@ -64,8 +65,16 @@ window.addEventListener("beforeprint", () => document.querySelectorAll("img[data
   .forEach(image => { image.src = image.dataset.src; }));
 )";
 
+// A date with time stays on one line.
+constexpr std::size_t kMaxUnbrokenCells = 16;
+
 std::string FactHtml(const std::string& label, const std::string& html) {
   return "<dt>" + XmlText(label) + "</dt><dd>" + html + "</dd>";
+}
+
+std::string TextFactHtml(const std::string& label, const std::string& text) {
+  if (CellWidth(text) > kMaxUnbrokenCells) return FactHtml(label, XmlText(text));
+  return "<dt>" + XmlText(label) + "</dt><dd class=\"short\">" + XmlText(text) + "</dd>";
 }
 
 }  // namespace
@@ -98,13 +107,13 @@ std::string SheetClipHtml(const SheetClip& clip) {
             XmlText(clip.picture) + "\">";
   }
   html += "</div><h2>" + XmlText(clip.name) + "</h2><dl>";
-  html += FactHtml(Translated("$$$/Sorvik/Column/Key=Key"), XmlText(clip.key));
+  html += TextFactHtml(Translated("$$$/Sorvik/Column/Key=Key"), clip.key);
   if (!clip.path.empty()) {
     html +=
         FactHtml(Translated("$$$/Sorvik/Sheet/File=File"),
                  "<a href=\"" + FileUrl(clip.path) + "\">" + XmlText(FileName(clip.path)) + "</a>");
   }
-  for (const auto& [label, text] : clip.facts) html += FactHtml(label, XmlText(text));
+  for (const auto& [label, text] : clip.facts) html += TextFactHtml(label, text);
   return html + "</dl></article>\n";
 }
 

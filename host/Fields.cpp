@@ -2,7 +2,6 @@
 #include "Fields.h"
 
 #include <algorithm>
-#include <numeric>
 #include <set>
 
 #include "Failure.h"
@@ -10,6 +9,7 @@
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
+#include "Suggestions.h"
 #include "Values.h"
 
 namespace host {
@@ -18,8 +18,6 @@ namespace {
 using Sorvik::FieldLabelMap;
 using Sorvik::XMPSupport::kXMPCrossReference;
 using Text16 = Hestra::UTF16String;
-
-constexpr std::size_t kMaxSuggestions = 3;
 
 struct MeaningRow {
   std::string_view name;
@@ -170,43 +168,14 @@ std::vector<Selector> AllSelectors(const FieldLabelMap& labels) {
   return selectors;
 }
 
-// The Levenshtein distance.
-std::size_t Distance(const Text16& one, const Text16& other) {
-  std::vector<std::size_t> row(other.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < one.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < other.size(); ++j) {
-      const std::size_t changed = diagonal + (one[i] == other[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
-std::string NearestNames(const std::vector<Selector>& selectors, const Text16& wanted) {
-  std::vector<std::pair<std::size_t, std::string>> ranked;
+std::string NearestFields(const std::vector<Selector>& selectors, const std::string& typed) {
+  std::vector<Suggestion> known;
   for (const Selector& selector : selectors) {
-    const Text16 text = Folded(selector.text);
-    // A part of a name is nearer than a name with other letters.
-    const std::size_t distance =
-        text.find(wanted) != Text16::npos ? std::size_t{1} : Distance(wanted, text);
     // A number means nothing to a user.
     const bool number = selector.field.find_first_not_of("0123456789") == std::string::npos;
-    ranked.emplace_back(distance, number ? selector.text : selector.field);
+    known.push_back({selector.text, number ? selector.text : selector.field});
   }
-  std::stable_sort(ranked.begin(), ranked.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
-  std::vector<std::string> names;
-  for (const auto& [distance, name] : ranked) {
-    if (names.size() == kMaxSuggestions) break;
-    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
-  }
-  std::string list;
-  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
-  return list;
+  return NearestNames(known, typed);
 }
 
 std::string ResolveField(const std::vector<Selector>& selectors, const std::string& typed) {
@@ -218,7 +187,7 @@ std::string ResolveField(const std::vector<Selector>& selectors, const std::stri
     if (Folded(selector.text) == folded) return selector.field;
   }
   throw Failure(kUsageError, "--fields: unknown field '" + typed +
-                                 "' (nearest: " + NearestNames(selectors, folded) + ")");
+                                 "' (nearest: " + NearestFields(selectors, typed) + ")");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "Failure.h"
 #include "Paths.h"
+#include "ProviderNames.h"
 
 namespace host {
 namespace {

@@ -162,19 +162,27 @@ std::string ShortenedMiddle(const std::string& text, std::size_t width) {
 std::vector<std::string> WrappedWords(const std::string& text, std::size_t width) {
   std::vector<std::string> lines;
   std::string line;
+  std::string gap;  // in front of the next word
   std::string_view rest = text;
   while (!rest.empty()) {
-    const std::size_t blank = std::min(rest.find(' '), rest.size());
-    const std::string_view word = rest.substr(0, blank);
-    rest.remove_prefix(std::min(blank + 1, rest.size()));
-    if (!line.empty() && CellWidth(line) + 1 + CellWidth(word) > width) {
-      lines.push_back(std::exchange(line, std::string(word)));
+    const std::size_t end = std::min(rest.find_first_of(" ;"), rest.size());
+    const bool atItem = end < rest.size() && rest[end] == ';';
+    const std::string word = gap + std::string(rest.substr(0, atItem ? end + 1 : end));
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+    if (!line.empty() && CellWidth(line) + CellWidth(word) > width) {
+      lines.push_back(std::exchange(line, word.substr(gap.size())));
     } else {
-      line += (line.empty() ? "" : " ") + std::string(word);
+      line += line.empty() ? word.substr(gap.size()) : word;
     }
+    gap = atItem ? "" : " ";
   }
   lines.push_back(line);
   return lines;
+}
+
+std::string WithoutUnit(const std::string& text) {
+  const std::size_t digit = text.find_last_of("0123456789");
+  return digit == std::string::npos ? text : text.substr(0, digit + 1);
 }
 
 std::string ShortLocalDate(const std::string& text) {

@@ -30,9 +30,12 @@ std::string WithoutFraction(std::string_view text);
 // path stays visible.
 std::string ShortenedMiddle(const std::string& text, std::size_t width);
 
-// Breaks a text at blanks into lines of at most `width` cells. A longer word gets a line of its
-// own.
+// Breaks a text at blanks and after semicolons into lines of at most `width` cells. A longer word,
+// such as a path, gets a line of its own.
 std::vector<std::string> WrappedWords(const std::string& text, std::size_t width);
+
+// Returns a frame size without the unit after the last number: "1920 x 1080".
+std::string WithoutUnit(const std::string& text);
 
 // Returns an ISO 8601 date with time as "YYYY-MM-DD HH:MM", in the local time zone if it has a zone
 // offset; returns any other text unchanged.

@@ -12,6 +12,7 @@
 #include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/frame/Provider.h"
+#include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "Text.h"
 
@@ -153,6 +154,12 @@ std::string LabelOf(const Sorvik::FieldLabelMap& labels, const std::string& fiel
   // Providers supply labels only for some of the fields that they support.
   for (const Sorvik::XMPSupport::XMPCrossReference& row : Sorvik::XMPSupport::kXMPCrossReference) {
     if (field == row.propertyName) return localizer.GetUTF8String(row.labelKey);
+  }
+  // A field that only other providers support, such as the size of a file.
+  for (const Sorvik::ProviderWrapper* provider : Sorvik::ProviderHost::GetAllProviders()) {
+    const Sorvik::FieldLabelMap others = provider->GetFieldLabelList();
+    const auto other = others.find(field);
+    if (other != others.end()) return localizer.GetUTF8String(other->second);
   }
   return field;
 }

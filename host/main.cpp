@@ -13,6 +13,7 @@
 #include "Failure.h"
 #include "Json.h"
 #include "Output.h"
+#include "ProviderNames.h"
 #include "Session.h"
 
 namespace host {
@@ -35,6 +36,7 @@ constexpr CommandRow kCommands[] = {
 };
 
 int RunCommand(Context& context) {
+  if (!context.options.provider.empty()) ProviderNamed(context.options.provider);
   for (const CommandRow& row : kCommands) {
     if (context.options.command == row.name) return row.run(context);
   }

@@ -10,6 +10,7 @@
 #include "Json.h"
 #include "Keys.h"
 #include "Paths.h"
+#include "ProviderNames.h"
 #include "Table.h"
 #include "Text.h"
 #include "Values.h"
@@ -22,25 +23,6 @@ using Sorvik::FieldNameList;
 using Sorvik::FieldNameSet;
 using Sorvik::FieldValueMap;
 using Sorvik::ProviderWrapper;
-
-namespace {
-
-// Removes the prefix that the last components of all identifications have.
-std::string_view WithoutClassPrefix(std::string_view name) {
-  for (const std::string_view prefix : {"winprovider", "provider"}) {
-    if (name.starts_with(prefix) && name.size() > prefix.size()) return name.substr(prefix.size());
-  }
-  return name;
-}
-
-}  // namespace
-
-bool IsNamed(const std::string& identification, const std::string& name) {
-  const std::string whole = LowerAscii(identification);
-  const std::string wanted = LowerAscii(name);
-  const std::string_view last = std::string_view(whole).substr(whole.rfind('.') + 1);
-  return whole == wanted || last == wanted || WithoutClassPrefix(last) == wanted;
-}
 
 int ForEachOperand(Context& context, const std::vector<std::string>& operands,
                    const std::function<void(const std::string&)>& run) {
@@ -64,9 +46,6 @@ int ForEachOperand(Context& context, const std::vector<std::string>& operands,
   return code;
 }
 
-namespace {
-
-// Returns " (in card FOLDER: NAME)" if a folder above `path` is a card, else the empty string.
 std::string NearbyCard(Context& context, const std::string& path) {
   constexpr int kMaxParents = 4;
   std::string folder = path;
@@ -78,8 +57,6 @@ std::string NearbyCard(Context& context, const std::string& path) {
   }
   return {};
 }
-
-}  // namespace
 
 bool IsStructure(const ProviderWrapper& provider) {
   return provider.IsFileBased() && !provider.ShouldCheckFilter();
@@ -161,6 +138,8 @@ void WriteEntriesJson(Output& output, const std::string& path, const std::string
 
 namespace {
 
+constexpr char kFrameSizeField[] = "videoFrameSize";
+
 bool IsDate(const std::string& field) { return DescribeField({}, field).type == "date"; }
 
 }  // namespace
@@ -176,7 +155,9 @@ std::string CellOf(const Column& column, const std::string& key, const FieldValu
                              : style.complete ? FullText(value->second)
                                               : CellText(value->second);
     if (text.empty()) continue;
-    return style.shortDates && IsDate(field) ? ShortLocalDate(text) : text;
+    if (!style.brief) return text;
+    if (field == kFrameSizeField) return WithoutUnit(text);
+    return IsDate(field) ? ShortLocalDate(text) : text;
   }
   return {};
 }
@@ -230,7 +211,7 @@ std::vector<Column> DefaultColumns(const ProviderWrapper& provider) {
   const FieldLabelMap labels = provider.GetFieldLabelList();
   std::vector<Column> columns = {{Translated(kKeyHeading), {}},
                                  {LabelOf(labels, Sorvik::kNameField), {Sorvik::kNameField}}};
-  for (const char* field : {"startTimecode", "duration", "videoFrameRate", "videoFrameSize"}) {
+  for (const char* field : {"startTimecode", "duration", "videoFrameRate", kFrameSizeField}) {
     if (known.contains(field)) columns.push_back(FieldColumn(labels, known, field));
   }
   if (known.contains("shotDate")) {
@@ -271,7 +252,7 @@ void WriteEntriesTable(Context& context, const std::string& path, std::vector<Co
   for (const Column& column : columns) headings.push_back(column.heading);
   Table table(headings);
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].fields.empty()) table.SetFixed(i);
+    if (columns[i].fields.empty() || IsDate(columns[i].fields.front())) table.SetFixed(i);
     if (HasSizes(content, columns[i])) table.SetAlign(i, Table::Align::kRight);
   }
   const std::map<std::string, std::string> shortKeys = ShortKeys(path, content);

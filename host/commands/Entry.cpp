@@ -34,8 +34,8 @@ ContentMap::const_iterator FindListed(const ContentMap& listing, const std::stri
 }
 
 // Shows the name and duration that the listing shows. A single part of a clip can have others,
-// which follow on a line of their own.
-void MergeListed(const FieldValueMap& listed, FieldValueMap& entry) {
+// which follow on a line of their own; but the name of the listed part is that of the clip.
+void MergeListed(const FieldValueMap& listed, bool isListedPart, FieldValueMap& entry) {
   const std::string mark = Translated("$$$/Sorvik/Entry/ThisPart=this part alone:");
   for (const char* field : kClipFields) {
     const auto own = entry.find(field);
@@ -44,7 +44,10 @@ void MergeListed(const FieldValueMap& listed, FieldValueMap& entry) {
     const std::vector<std::string> part = FieldTexts(entry, field);
     if (all.empty() || all == part) continue;
     std::vector<Sorvik::any_regular_t> lines = {Sorvik::any_regular_t(all.front())};
-    for (const std::string& text : part) lines.emplace_back(mark + " " + text);
+    const bool isName = field == kClipFields[0];
+    if (!isListedPart || !isName) {
+      for (const std::string& text : part) lines.emplace_back(mark + " " + text);
+    }
     own->second = Sorvik::any_regular_t(lines);
   }
 }
@@ -54,7 +57,7 @@ void WriteText(Context& context, const ProviderWrapper& provider, const std::str
   if (provider.GetFieldList().contains("duration")) {
     const ContentMap listing = ListEntries(context, provider, path, kListedFields);
     const auto listed = FindListed(listing, key, entry);
-    if (listed != listing.end()) MergeListed(listed->second, entry);
+    if (listed != listing.end()) MergeListed(listed->second, listed->first == key, entry);
   }
   ShowDuration(entry);
   WriteFieldLines(context.output, provider.GetFieldLabelList(), fields, entry);

@@ -6,6 +6,7 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "Json.h"
+#include "ProviderNames.h"
 #include "SorvikProvider/frame/ProviderHost.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
 #include "Table.h"
@@ -16,19 +17,21 @@ namespace {
 
 // The fields of the provider `name`, or of all providers if it is empty.
 std::vector<FieldInfo> FieldsOf(const std::string& name) {
+  std::vector<const Sorvik::ProviderWrapper*> providers;
+  if (name.empty()) {
+    const auto& all = Sorvik::ProviderHost::GetAllProviders();
+    providers.assign(all.begin(), all.end());
+  } else {
+    providers.push_back(&ProviderNamed(name));
+  }
   std::vector<FieldInfo> fields;
   Sorvik::FieldNameSet seen;
-  bool found = false;
-  for (const Sorvik::ProviderWrapper* provider : Sorvik::ProviderHost::GetAllProviders()) {
-    if (!name.empty() && !IsNamed(provider->GetIdentification(), name)) continue;
-    found = true;
+  for (const Sorvik::ProviderWrapper* provider : providers) {
     const Sorvik::FieldLabelMap labels = provider->GetFieldLabelList();
     for (const std::string& field : AllFields(*provider)) {
       if (seen.insert(field).second) fields.push_back(DescribeField(labels, field));
     }
   }
-  if (!found)
-    throw Failure(kUsageError, "unknown provider '" + name + "' (try 'sorvik providers')");
   return fields;
 }
 

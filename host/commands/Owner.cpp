@@ -20,7 +20,7 @@ using Hestra::UTF16String;
 struct Owner {
   UTF16String entryKey;
   UTF16String folderPath;
-  UTF16String providerId;  // of plain folders, or empty, if no entry owns the file
+  UTF16String providerId;
   Sorvik::FieldValueMap fields;
   std::string typedFields;  // from a catalogue: a JSON object
   std::string error;        // why there is no result; empty on success
@@ -40,12 +40,14 @@ Owner FindOwner(const std::string& path, bool clipsOnly) {
   const UTF16String file = Hestra::MakeString(path);
   const auto find = clipsOnly ? Sorvik::GetRelatedFilesWithoutExtraFiles : Sorvik::GetRelatedFiles;
   owner.fields = find(file, owner.entryKey, owner.folderPath, owner.providerId);
-  // A missing file can still belong to a clip. Without an owning clip the file must exist.
+  // A missing file can still belong to a clip.
   if (owner.entryKey != file || IsOfCard(owner.providerId)) return owner;
   if (!Exists(path)) {
     owner.error = DescribePathError(path, "cannot access");
   } else if (!clipsOnly && AddFileGroup(path, owner.fields)) {
     owner.entryKey = Hestra::MakeString(*owner.fields[Sorvik::kPathField].get_if<std::string>());
+  } else {
+    owner.error = "belongs to no clip";
   }
   return owner;
 }
@@ -108,7 +110,7 @@ void RunOne(Context& context, const std::string& file) {
                           ? context.session.OnWorker<Owner>(
                                 [path, clipsOnly] { return FindOwner(path, clipsOnly); })
                           : FindOwnerInCatalogue(context, path);
-  if (!owner.error.empty()) throw Failure(kFailed, path, owner.error);
+  if (!owner.error.empty()) throw Failure(kFailed, path, owner.error + NearbyCard(context, path));
   if (context.options.json) {
     WriteJson(context.output, owner);
   } else {

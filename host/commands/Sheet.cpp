@@ -69,7 +69,7 @@ SheetClip MakeClip(const std::string& key, const std::string& shortKey, const Fi
   const std::vector<std::string> paths = FieldTexts(values, Sorvik::kPathField);
   if (!paths.empty() && paths.front().starts_with('/')) clip.path = paths.front();
   for (const Column& column : columns) {
-    const std::string text = CellOf(column, key, values, {.complete = false, .shortDates = true});
+    const std::string text = CellOf(column, key, values, {.complete = false, .brief = true});
     if (!text.empty()) clip.facts.emplace_back(column.heading, text);
   }
   return clip;

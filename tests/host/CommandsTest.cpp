@@ -104,7 +104,8 @@ TEST_F(OnCard, EntryAndOwnerFindTheClip) {
   EXPECT_EQ(owner["key"], "0001AB");
   EXPECT_EQ(owner["path"], card_);
   EXPECT_EQ(owner["provider"], kP2);
-  EXPECT_EQ(RunJson({"owner", sound, "--clips-only"})["key"], sound);
+  EXPECT_EQ(RunJson({"owner", sound, "--clips-only"}, 1)["error"]["message"],
+            "belongs to no clip (in card " + card_ + ": Panasonic P2)");
 }
 
 // The key of such a clip is its first file, as it is for a loose file.
@@ -116,6 +117,9 @@ TEST_F(OnCard, OwnerOfTheFileThatIsTheKeyHasTheFieldsOfTheEntry) {
   EXPECT_EQ(owner["path"], tree_.Path("red"));
   const Json entry = RunJson({"entry", tree_.Path("red"), first});
   EXPECT_EQ(owner["fields"]["ExtraPath"], entry["entries"][first]["ExtraPath"]);
+  EXPECT_EQ(RunSorvik({"entry", tree_.Path("red"), first}).output.find("this part alone"),
+            std::string::npos)
+      << "the name of the clip is that of its first part";
 }
 
 TEST_F(OnCard, EveryFormOfAKeyFindsTheEntry) {
@@ -197,6 +201,9 @@ TEST_F(OnCard, FieldsAreFoundByNameAndLabelInAnyCase) {
   EXPECT_TRUE(byLabel["entries"]["0001AB"].contains("CreateDate"));
   const Json sizes = RunJson({"ls", card_, "--fields", "size", "--provider", "directory"});
   EXPECT_EQ(sizes["entries"]["LASTCLIP.TXT"]["26"], Json({{"bytes", 16}}));
+  EXPECT_TRUE(
+      RunSorvik({"ls", card_, "--fields", "size", "--tsv"}).output.starts_with("Key\tSize\n"))
+      << "a field of another provider";
   const ProgramResult unknown = RunSorvik({"ls", card_, "--fields", "duratoin"});
   EXPECT_EQ(unknown.exitCode, 2);
   EXPECT_NE(unknown.errors.find("unknown field 'duratoin' (nearest: duration"), std::string::npos)
@@ -275,9 +282,9 @@ TEST_F(OnCard, SheetIsSelfContained) {
   EXPECT_EQ(card.find("http"), std::string::npos);
   for (const char* part :
        {"Gull on the pier", "src=\"data:image/jpeg;base64,/9j/", "10:09:40:00",
-        "<dt>Frame Rate</dt><dd>25</dd>", "type=\"search\"", "<html lang=\"en\">",
-        "<dt>Key</dt><dd>0002CC</dd>", "/CONTENTS/VIDEO/0002CC.MXF\">0002CC.MXF</a>",
-        "Total duration: 0:06:21"}) {
+        "<dt>Frame Rate</dt><dd class=\"short\">25</dd>", "type=\"search\"", "<html lang=\"en\">",
+        "<dt>Key</dt><dd class=\"short\">0002CC</dd>",
+        "/CONTENTS/VIDEO/0002CC.MXF\">0002CC.MXF</a>", "Total duration: 0:06:21"}) {
     EXPECT_NE(card.find(part), std::string::npos) << part;
   }
   EXPECT_EQ(RunSorvik({"sheet", tree_.Path("PLAIN"), "-o", out}).exitCode, 0);

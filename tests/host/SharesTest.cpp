@@ -66,7 +66,7 @@ TEST_F(LinksToShare, DoNotBlockWhileTheShareIsUnreachable) {
   share_.Stop();
   EXPECT_EQ(Run({"who", folder_}).exitCode, 0);
   EXPECT_EQ(Run({"ls", folder_, "--all", "--json"}).exitCode, 0);
-  EXPECT_THAT(Run({"owner", folder_ + "/local.mov"}).output, HasSubstr("local.mov"));
+  EXPECT_THAT(Run({"owner", folder_ + "/local.mov"}).errors, HasSubstr("local.mov"));
   Run({"check", folder_});
   Run({"thumb", folder_, "link", "-o", tree_.Path("out.png")});
   Run({"thumb", "--folder", folder_, "-o", tree_.Path("folder.png")});

@@ -67,10 +67,11 @@ TEST(HostText, ShortensInTheMiddle) {
   }
 }
 
-TEST(HostText, WrapsAtBlanks) {
+TEST(HostText, WrapsAtBlanksAndItems) {
   EXPECT_EQ(host::WrappedWords("a day at sea", 6), (std::vector<std::string>{"a day", "at sea"}));
   EXPECT_EQ(host::WrappedWords("an /unbroken/path x", 5),
             (std::vector<std::string>{"an", "/unbroken/path", "x"}));
+  EXPECT_EQ(host::WrappedWords("a:1;b:2; c", 6), (std::vector<std::string>{"a:1;", "b:2; c"}));
 }
 
 TEST(HostText, DatesBecomeShortAndLocal) {
@@ -80,6 +81,12 @@ TEST(HostText, DatesBecomeShortAndLocal) {
   EXPECT_EQ(host::ShortLocalDate("2026-05-14 11:20:05"), "2026-05-14 11:20");
   EXPECT_EQ(host::ShortLocalDate("2026-05-14"), "2026-05-14");
   unsetenv("TZ");
+}
+
+TEST(HostText, FrameSizesLoseTheirUnit) {
+  EXPECT_EQ(host::WithoutUnit("1920 x 1080 pixel"), "1920 x 1080");
+  EXPECT_EQ(host::WithoutUnit("1920 x 1080"), "1920 x 1080");
+  EXPECT_EQ(host::WithoutUnit("unknown"), "unknown");
 }
 
 TEST(HostTable, FitsColumnsIntoALine) {

@@ -30,7 +30,7 @@ save entry entry "$card" 0003ED --json
 save places places "$work" --json
 save who who "$card" --json
 save files files "$card" --json
-save owner owner "$sound" "$work" "$card/LASTCLIP.TXT" --ndjson
+save owner owner "$sound" "$card/CONTENTS/CLIP/0001AB.XML" --ndjson
 save meta meta "$card/CONTENTS/CLIP/0001AB.XML" --json
 save meta meta "$card/CONTENTS/CLIP/0001AB.XML" --json --sources
 save thumb thumb "$card" 0001AB -o "$work/clip.png" --json
@@ -50,6 +50,7 @@ save error ls "$work/missing" --json
 save error ls --json --bogus
 save error entry "$card" bogus --json
 save error join "$card" bogus --json
+save error owner "$card/LASTCLIP.TXT" "$work" --ndjson
 save error meta "$sound" "$sound" --ndjson
 
 python3 - "$source_dir/docs/schema" "$work" << 'PYTHON'
