@@ -3,6 +3,7 @@
 
 #include "Paths.h"
 #include "SorvikProvider/foundation/EscapedText.h"
+#include "Text.h"
 #include "Values.h"
 
 namespace host {
