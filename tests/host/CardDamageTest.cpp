@@ -342,7 +342,8 @@ TEST(CardDamages, FoldersOfClipsWithoutPermissionAreErrors) {
       const ProgramResult result = RunSorvikAsPlainUser({command, card});
       EXPECT_NE(result.exitCode, 0) << command << ' ' << path;
       const std::string text = result.output + result.errors;
-      EXPECT_NE(text.find(fs::path(path).filename().string()), text.npos) << command << '\n' << text;
+      EXPECT_NE(text.find(fs::path(path).filename().string()), text.npos) << command << '\n'
+                                                                          << text;
       EXPECT_NE(text.find("Permission denied"), text.npos) << command << '\n' << text;
     }
     fs::permissions(path, fs::perms::owner_all);

@@ -24,8 +24,8 @@ using NameVisitor = std::function<bool(std::string_view name, ScannedType type)>
 // Called for each entry except "." and "..", in the file system's order; false ends the reading.
 using EntryVisitor = std::function<bool(const dirent64& entry)>;
 
-// Reads the entries of an open folder with nothing but getdents64: opendir adds three calls. Returns
-// false if the folder can't be read to its end.
+// Reads the entries of an open folder with nothing but getdents64: opendir adds three calls.
+// Returns false if the folder can't be read to its end.
 bool ReadEntries(int folder, const EntryVisitor& visit);
 
 // Returns false if `path` can't be opened as a folder, or not read to its end. A link at the end of
