@@ -120,7 +120,7 @@ def test_sources_are_those_of_the_program(made_cards, program):
 def test_fields_say_their_source(sample):
     card = sorvik.open(sample)
     fields = card.clip("0001AB", sources=True).fields
-    assert fields["duration"].source == "provider" and fields["Path"].source is None
+    assert fields["duration"].source == "record" and fields["Path"].source is None
     assert card.clip("0001AB").fields["duration"].source is None
 
 

@@ -183,7 +183,7 @@ TEST_F(JoinLists, MissingPartInTheMiddle) {
   const ProgramResult edl = RunSorvik({"join", card, "0001AA", "--format", "edl", "--allow-gaps"});
   EXPECT_THAT(edl.output, HasSubstr("002  BL       AA/V"));
   // Once for all tracks.
-  EXPECT_EQ(edl.errors, "sorvik: " + card + ": part '0002AA' of '0001AA' is missing\n");
+  EXPECT_EQ(edl.errors, "sorvik: " + card + ": part '060A2B340002AA' of '0001AA' is missing\n");
   EXPECT_THAT(Join({"0001AA", "--format", "fcpxml", "--allow-gaps"}), HasSubstr("<gap "));
   tree_.Folder("l");
   Join({"0001AA", "--format", "ffconcat", "--allow-gaps", "-o", tree_.Path("l/shot.ffconcat")});
