@@ -156,11 +156,11 @@ struct ShotsByClip {
   std::map<std::string, ClipsOfShot, std::less<>> shots;
 };
 
-ShotsByClip ReadShots(const std::string& path) {
+ShotsByClip ReadShots(const std::string& path, ClipValueCache& cache) {
   const std::string card = foundation::JoinPath(foundation::NormalizedPath(path), {});
-  ClipValueCache cache(p2::WithShotFields({}));
+  const auto shots = p2::SharedShotsOfCard(path, cache);
   ShotsByClip result;
-  for (const auto& [id, shot] : p2::ShotsOfCard(path, cache)) {
+  for (const auto& [id, shot] : shots->shots) {
     std::vector<std::string> clips = shot.otherClipPaths;
     clips.push_back(shot.primaryClipPath);
     for (const std::string& clip : clips) {
@@ -172,9 +172,10 @@ ShotsByClip ReadShots(const std::string& path) {
   return result;
 }
 
-std::vector<std::string> FindClipsOfShot(const std::string& path, const std::string& key) {
-  const auto all =
-      foundation::CallScope::Remember<ShotsByClip>(path, [&path] { return ReadShots(path); });
+std::vector<std::string> FindClipsOfShot(const std::string& path, const std::string& key,
+                                         ClipValueCache& cache) {
+  const auto all = foundation::CallScope::Remember<ShotsByClip>(
+      path, [&path, &cache] { return ReadShots(path, cache); });
   const auto found = all->shots.find(key);
   return found == all->shots.end() ? std::vector<std::string>() : found->second.clips;
 }
@@ -184,7 +185,7 @@ std::vector<std::string> FindClipsOfShot(const std::string& path, const std::str
 std::vector<ListedPart> ProviderP2::ListParts(const std::string& path,
                                               const std::string& key) const {
   ClipValueCache cache(p2::WithShotFields({}));
-  const std::vector<std::string> xmlPaths = FindClipsOfShot(path, key);
+  const std::vector<std::string> xmlPaths = FindClipsOfShot(path, key, cache);
   const std::vector<ShotClip> clips = ClipChain(xmlPaths, cache).InOrder();
   std::size_t listedChannels = 0;
   std::vector<ListedPart> parts;

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "foundation/CallScope.h"
 #include "foundation/Mounts.h"
 #include "foundation/Paths.h"
 #include "providers/cards/Neighbours.h"
@@ -69,6 +70,23 @@ P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache, ProviderRe
     VisitSiblingDirectories(path, visitor);
   }
   return shots;
+}
+
+const P2ShotInfo* CardShots::Of(std::string_view xmlPath) const {
+  const auto found = byClip.find(xmlPath);
+  return found == byClip.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<const CardShots> SharedShotsOfCard(const std::string& path, ClipValueCache& cache) {
+  return foundation::CallScope::Share<CardShots>(path, [&path, &cache] {
+    auto card = std::make_shared<CardShots>();
+    card->shots = ShotsOfCard(path, cache);
+    for (const auto& [id, shot] : card->shots) {
+      card->byClip.emplace(shot.primaryClipPath, &shot);
+      for (const std::string& clip : shot.otherClipPaths) card->byClip.emplace(clip, &shot);
+    }
+    return card;
+  });
 }
 
 }  // namespace Sorvik::p2

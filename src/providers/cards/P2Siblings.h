@@ -3,6 +3,9 @@
 // a clip. Runs on the calling thread and may be slow.
 #pragma once
 
+#include <functional>
+#include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -40,6 +43,17 @@ class ShotCompletingDirVisitor final : public DirVisitor {
 // The shots of the card at `path`, with their parts on cards next to it.
 P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache,
                       ProviderRequest* request = nullptr);
+
+// The same without abort, read once per call scope: the calls for the clips of one card share it.
+struct CardShots {
+  P2ShotMap shots;
+  std::map<std::string, const P2ShotInfo*, std::less<>>
+      byClip;  // by the paths of the clip XML files
+
+  // The shot that contains a clip; null if there is none.
+  const P2ShotInfo* Of(std::string_view xmlPath) const;
+};
+std::shared_ptr<const CardShots> SharedShotsOfCard(const std::string& path, ClipValueCache& cache);
 
 // Finds the file `name` + `extension` in a folder of CONTENTS on another card. `result` receives
 // its path and stays unchanged if there is none.

@@ -151,15 +151,12 @@ bool FindClipFiles(const std::string& path, const std::string& id, std::string& 
 void AddExtraPathsOfClip(const std::string& path, const std::string& id, ClipValueCache& cache,
                          FieldValueMap& values) {
   const std::string xml = ClipXmlPath(path, id);
-  P2ShotMap shots = ShotsOfCard(path, cache);
-  const auto found = std::ranges::find_if(shots, [&xml](const auto& entry) {
-    const P2ShotInfo& shot = entry.second;
-    return shot.primaryClipPath == xml ||
-           std::ranges::find(shot.otherClipPaths, xml) != shot.otherClipPaths.end();
-  });
-  if (found == shots.end()) return;
-  found->second.chosenClipPath = xml;
-  values.insert_or_assign(kExtraPathField, PathList(CollectShotExtraPaths(found->second)));
+  const auto shots = SharedShotsOfCard(path, cache);
+  const P2ShotInfo* const shot = shots->Of(xml);
+  if (shot == nullptr) return;
+  P2ShotInfo chosen = *shot;
+  chosen.chosenClipPath = xml;
+  values.insert_or_assign(kExtraPathField, PathList(CollectShotExtraPaths(chosen)));
 }
 
 }  // namespace
