@@ -9,6 +9,7 @@
 #include "SorvikProvider/foundation/Localizer.h"
 #include "SorvikProvider/foundation/UTF16String.h"
 #include "SorvikProvider/metadata/XMPSupport.h"
+#include "cardtools/ShotJson.h"
 
 namespace {
 
@@ -120,20 +121,11 @@ sorvik_sources::sorvik_sources(Sorvik::XMPSupport::SourcedValueMap sourcedValues
   }
 }
 
-namespace {
-
-const char* NameOf(Sorvik::ShotTrack track) {
-  if (track == Sorvik::ShotTrack::kPictureAndSound) return "picture and sound";
-  return track == Sorvik::ShotTrack::kPicture ? "picture" : "sound";
-}
-
-}  // namespace
-
 sorvik_parts::sorvik_parts(Sorvik::ShotParts shotParts) : shot(std::move(shotParts)) {
   parts.reserve(shot.parts.size());
   for (const Sorvik::ShotPart& part : shot.parts) {
-    parts.push_back({TextOf(part.name), TextOf(part.path), TextOf(NameOf(part.track)), part.channel,
-                     part.isPresent, part.isInferred,
+    parts.push_back({TextOf(part.name), TextOf(part.path), TextOf(Sorvik::NameOf(part.track)),
+                     part.channel, part.isPresent, part.isInferred,
                      part.frames ? static_cast<std::int64_t>(*part.frames) : -1, part.firstFrame,
                      part.framesAfter, TextOf(part.startTimecode)});
   }

@@ -4,52 +4,88 @@
 #include <charconv>
 #include <utility>
 
-#include "foundation/JsonLine.h"
-
 namespace Sorvik {
 namespace {
 
-using foundation::JsonLine;
 using foundation::JsonValue;
 
-constexpr std::string_view kTracks[] = {"pictureAndSound", "picture", "sound"};
+constexpr const char* kTracks[] = {"picture and sound", "picture", "sound"};
 
-template <class Number>
-JsonLine& OptionalInteger(JsonLine& line, std::string_view name,
-                          const std::optional<Number>& number) {
-  return number ? line.Integer(name, *number) : line.Json(name, "null");
-}
+class ShotWriter {
+ public:
+  explicit ShotWriter(Hestra::JsonWriter& json) : json_(json) {}
 
-// Without the end of line.
-std::string TakeObject(JsonLine& line) {
-  std::string object = line.Take();
-  object.pop_back();
-  return object;
-}
+  void WriteShot(const ShotParts& shot) {
+    TextOrNull("rate", shot.rate.IsKnown() ? FractionOf(shot.rate) : std::string());
+    Boolean("complete", shot.isComplete);
+    json_.Key("parts");
+    json_.BeginArray();
+    for (const ShotPart& part : shot.parts) WritePart(part);
+    json_.EndArray();
+  }
 
-std::string ToJson(const ImageSequence& images) {
-  JsonLine line;
-  line.Text("prefix", images.prefix).Text("suffix", images.suffix);
-  line.Integer("first", images.first).Integer("last", images.last);
-  line.Integer("digits", images.digits).Integer("missing", images.missing);
-  return TakeObject(line);
-}
+ private:
+  void WritePart(const ShotPart& part) {
+    json_.BeginObject();
+    Text("name", part.name);
+    TextOrNull("path", part.path);
+    Text("track", NameOf(part.track));
+    Integer("channel", part.channel);
+    Boolean("present", part.isPresent);
+    Boolean("inferred", part.isInferred);
+    IntegerOrNull("frames", part.frames);
+    Integer("firstFrame", part.firstFrame);
+    Integer("framesAfter", part.framesAfter);
+    IntegerOrNull("stampMicroseconds", part.stampMicroseconds);
+    TextOrNull("startTimecode", part.startTimecode);
+    IntegerOrNull("startFrame", part.startFrame);
+    IntegerOrNull("joinMicroseconds", part.joinMicroseconds);
+    json_.Key("images");
+    if (part.images) {
+      WriteImages(*part.images);
+    } else {
+      json_.Null();
+    }
+    json_.EndObject();
+  }
 
-std::string ToJson(const ShotPart& part) {
-  JsonLine line;
-  line.Text("name", part.name).Text("path", part.path);
-  line.Text("track", kTracks[static_cast<std::size_t>(part.track)]);
-  line.Integer("channel", part.channel);
-  line.Boolean("present", part.isPresent).Boolean("inferred", part.isInferred);
-  OptionalInteger(line, "frames", part.frames);
-  line.Integer("firstFrame", part.firstFrame).Integer("framesAfter", part.framesAfter);
-  OptionalInteger(line, "stampMicroseconds", part.stampMicroseconds);
-  line.OptionalText("startTimecode", part.startTimecode);
-  OptionalInteger(line, "startFrame", part.startFrame);
-  OptionalInteger(line, "joinMicroseconds", part.joinMicroseconds);
-  line.Json("images", part.images ? ToJson(*part.images) : "null");
-  return TakeObject(line);
-}
+  void WriteImages(const ImageSequence& images) {
+    json_.BeginObject();
+    Text("prefix", images.prefix);
+    Text("suffix", images.suffix);
+    Integer("first", images.first);
+    Integer("last", images.last);
+    Integer("digits", images.digits);
+    Integer("missing", images.missing);
+    json_.EndObject();
+  }
+
+  void Text(const char* name, const std::string& text) {
+    json_.Key(name);
+    json_.String(text);
+  }
+  void TextOrNull(const char* name, const std::string& text) {
+    if (!text.empty()) return Text(name, text);
+    json_.Key(name);
+    json_.Null();
+  }
+  template <class Number>
+  void Integer(const char* name, Number number) {
+    json_.Key(name);
+    json_.Json(std::to_string(number));
+  }
+  template <class Number>
+  void IntegerOrNull(const char* name, const std::optional<Number>& number) {
+    json_.Key(name);
+    json_.Json(number ? std::to_string(*number) : "null");
+  }
+  void Boolean(const char* name, bool value) {
+    json_.Key(name);
+    json_.Boolean(value);
+  }
+
+  Hestra::JsonWriter& json_;
+};
 
 std::uint64_t Unsigned(const JsonValue& json) { return static_cast<std::uint64_t>(json.Integer()); }
 
@@ -73,8 +109,9 @@ ImageSequence ImagesOf(const JsonValue& json) {
 }
 
 ShotTrack TrackNamed(std::string_view name) {
-  if (name == kTracks[static_cast<std::size_t>(ShotTrack::kPicture)]) return ShotTrack::kPicture;
-  if (name == kTracks[static_cast<std::size_t>(ShotTrack::kSound)]) return ShotTrack::kSound;
+  for (const ShotTrack track : {ShotTrack::kPicture, ShotTrack::kSound}) {
+    if (name == NameOf(track)) return track;
+  }
   return ShotTrack::kPictureAndSound;
 }
 
@@ -100,16 +137,27 @@ ShotPart PartOf(const JsonValue& json) {
 
 }  // namespace
 
+const char* NameOf(ShotTrack track) { return kTracks[static_cast<std::size_t>(track)]; }
+
+std::string FractionOf(const ShotRate& rate) {
+  return std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator);
+}
+
+void WriteShot(Hestra::JsonWriter& json, const ShotParts& shot) {
+  ShotWriter(json).WriteShot(shot);
+}
+
 std::string ToJson(const ShotParts& shot) {
   if (shot.parts.empty()) return "null";
-  std::string parts = "[";
-  for (const ShotPart& part : shot.parts) parts += (parts.size() > 1 ? "," : "") + ToJson(part);
-  JsonLine line;
-  line.OptionalText("rate", shot.rate.IsKnown() ? std::to_string(shot.rate.numerator) + '/' +
-                                                      std::to_string(shot.rate.denominator)
-                                                : std::string());
-  line.Boolean("complete", shot.isComplete).Json("parts", parts + ']');
-  return TakeObject(line);
+  std::string text;
+  {
+    Hestra::JsonWriter json([&text](std::string_view part) { text += part; }, false);
+    json.BeginObject();
+    WriteShot(json, shot);
+    json.EndObject();
+  }
+  text.pop_back();  // the newline
+  return text;
 }
 
 std::optional<ShotParts> ShotOf(const JsonValue& json) {

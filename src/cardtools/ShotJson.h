@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The parts of a shot in a line of a catalogue.
+// The parts of a shot in JSON: in the lines of a catalogue and in the list of joined files.
 #pragma once
 
 #include <optional>
@@ -7,11 +7,21 @@
 #include <string_view>
 
 #include "SorvikProvider/cardtools/ShotParts.h"
+#include "SorvikProvider/foundation/JsonWriter.h"
 #include "foundation/JsonReader.h"
 
 namespace Sorvik {
 
-// An object as docs/catalogue.md describes it; "null" for a shot without parts.
+// "picture and sound", "picture" or "sound".
+const char* NameOf(ShotTrack track);
+
+// "30000/1001" for a known rate.
+std::string FractionOf(const ShotRate& rate);
+
+// Writes the members "rate", "complete" and "parts" of an open object.
+void WriteShot(Hestra::JsonWriter& json, const ShotParts& shot);
+
+// An object with these members on one line; "null" for a shot without parts.
 std::string ToJson(const ShotParts& shot);
 
 // The reverse. Returns nullopt if `json` isn't such an object.

@@ -51,11 +51,6 @@ std::vector<JoinTrack> TracksOf(const ShotParts& shot) {
   return tracks;
 }
 
-const char* TrackName(const ShotPart& part) {
-  static constexpr const char* kNames[] = {"picture and sound", "picture", "sound"};
-  return kNames[static_cast<std::size_t>(part.track)];
-}
-
 std::string FieldText(const FieldValueMap& fields, const std::string& field) {
   const auto found = fields.find(field);
   if (found == fields.end()) return {};
@@ -79,10 +74,6 @@ bool DropsFrames(const ShotParts& shot) {
   return std::any_of(shot.parts.begin(), shot.parts.end(), [](const ShotPart& part) {
     return part.startTimecode.find(';') != std::string::npos;
   });
-}
-
-std::string RateText(const ShotRate& rate) {
-  return std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator);
 }
 
 void RequireLengths(const JoinList& list, const JoinShot& shot) {

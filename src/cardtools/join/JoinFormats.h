@@ -61,8 +61,6 @@ const FieldNameList& JoinFields();
 // The parts of one track.
 using JoinTrack = std::vector<const ShotPart*>;
 std::vector<JoinTrack> TracksOf(const ShotParts& shot);
-// "picture and sound", "picture" or "sound".
-const char* TrackName(const ShotPart& part);
 // True if the file itself has sound, as far as the metadata shows.
 bool HasOwnSound(const JoinShot& shot);
 // True if the timecode of the shot skips numbers.
@@ -71,8 +69,6 @@ bool DropsFrames(const ShotParts& shot);
 void RequireLengths(const JoinList& list, const JoinShot& shot);
 // The rate of all shots. Throws JoinFailure if they have different ones.
 ShotRate CommonRate(const JoinList& list);
-// "30000/1001" for a known rate.
-std::string RateText(const ShotRate& rate);
 // The number of frames of a part, of which RequireLengths has been called.
 std::uint64_t FramesOf(const ShotPart& part);
 // The text of a field, the first one of a list; empty if it has none.

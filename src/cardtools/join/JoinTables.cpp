@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "SorvikProvider/foundation/EscapedText.h"
+#include "cardtools/ShotJson.h"
 #include "cardtools/join/JoinFormats.h"
 #include "foundation/Paths.h"
 
@@ -128,7 +129,7 @@ std::vector<std::string> CsvRow(const JoinShot& shot, std::size_t number, const 
   };
   std::vector<std::string> row = {shot.key,
                                   std::to_string(number),
-                                  TrackName(part),
+                                  NameOf(part.track),
                                   part.channel == 0 ? "" : std::to_string(part.channel),
                                   part.name,
                                   part.path,
@@ -138,7 +139,7 @@ std::vector<std::string> CsvRow(const JoinShot& shot, std::size_t number, const 
                                   std::to_string(part.firstFrame),
                                   part.startTimecode,
                                   text(part.startFrame),
-                                  shot.shot.rate.IsKnown() ? RateText(shot.shot.rate) : "",
+                                  shot.shot.rate.IsKnown() ? FractionOf(shot.shot.rate) : "",
                                   text(part.joinMicroseconds)};
   for (const std::string& field : JoinFields()) row.push_back(FieldText(shot.fields, field));
   for (std::string& cell : row) cell = OneLine(cell);
