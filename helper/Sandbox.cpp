@@ -74,7 +74,7 @@ bool FilterSystemCalls() {
   struct Release {
     void operator()(void* filter) const { seccomp_release(filter); }
   };
-  const std::unique_ptr<void, Release> filter(seccomp_init(SCMP_ACT_ERRNO(1)));
+  const std::unique_ptr<void, Release> filter(seccomp_init(SCMP_ACT_ERRNO(EPERM)));
   if (!filter) return false;
   for (const int call : kAllowed) {
     if (seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, 0) != 0) return false;

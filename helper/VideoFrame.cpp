@@ -180,8 +180,7 @@ class VideoFile {
     av_seek_frame(format_.get(), -1, part(input_.Size()), AVSEEK_FLAG_BYTE);
   }
 
-  // Decodes the next key frame alone into frame_. A frame that the decoder reports as damaged is
-  // used only if no later one is better.
+  // Decodes the next key frame alone into frame_. Skips frames that the decoder reports as damaged.
   bool DecodeKeyFrame() {
     int keyFrames = 0;
     for (int i = 0; i < kMaxPackets && keyFrames < kMaxKeyFrames && !IsPast(&deadline_); ++i) {

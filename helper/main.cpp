@@ -54,7 +54,9 @@ std::optional<Query> ReceiveQuery() {
     return std::nullopt;
   }
   const cmsghdr* header = CMSG_FIRSTHDR(&message);
-  if (header == nullptr || header->cmsg_type != SCM_RIGHTS) return std::nullopt;
+  if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_RIGHTS) {
+    return std::nullopt;
+  }
   std::memcpy(&received.file, CMSG_DATA(header), sizeof(int));
   return received;
 }

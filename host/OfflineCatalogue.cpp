@@ -102,12 +102,14 @@ std::pair<CataloguedCard, CardFile> FindCataloguedFile(Context& context, const s
   const auto cards = ReadCards(context, *index, [&file](const CatalogueIndex::Card& card) {
     return IsAtOrBelow(file, card.path);
   });
+  bool isListed = false;
   for (const CataloguedCard& card : cards) {
     for (const CardFile& known : card.findings.files) {
       if (known.path == file && !known.owners.empty()) return {card, known};
+      isListed = isListed || known.path == file;
     }
   }
-  throw Failure(kFailed, file, cards.empty() ? "not in the catalogue" : "belongs to no clip");
+  throw Failure(kFailed, file, isListed ? "belongs to no clip" : "not in the catalogue");
 }
 
 }  // namespace host

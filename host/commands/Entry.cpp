@@ -44,7 +44,7 @@ void MergeListed(const FieldValueMap& listed, bool isListedPart, FieldValueMap& 
     const std::vector<std::string> part = FieldTexts(entry, field);
     if (all.empty() || all == part) continue;
     std::vector<Sorvik::any_regular_t> lines = {Sorvik::any_regular_t(all.front())};
-    const bool isName = field == kClipFields[0];
+    const bool isName = std::string_view(field) == Sorvik::kNameField;
     if (!isListedPart || !isName) {
       for (const std::string& text : part) lines.emplace_back(mark + " " + text);
     }

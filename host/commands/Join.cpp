@@ -85,6 +85,8 @@ int RunJoin(Context& context) {
   }
   for (const JoinFile& file : joined.files) {
     if (!file.path.empty()) RefuseFileOfCard(context, file.path);
+  }
+  for (const JoinFile& file : joined.files) {
     WriteFile(context.output, file.path.empty() ? "-" : file.path, file.text);
   }
   return kDone;

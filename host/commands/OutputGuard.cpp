@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "Commands.h"
 #include "Failure.h"
@@ -32,10 +34,14 @@ void RefuseFileOfCard(Context& context, const std::string& output) {
   const std::string path = ResolvePath(output);
   const bool refused = context.session.OnWorker<bool>([path] {
     if (!IsRegularFile(path)) return false;
-    std::string folder = path;
+    // A link to a file or folder of a card lies anywhere.
+    std::error_code error;
+    const std::string file = std::filesystem::canonical(path, error).string();
+    if (error) return false;
+    std::string folder = file;
     for (int i = 0; i < kMaxParents && folder.size() > 1; ++i) {
       folder.resize(std::max<std::size_t>(folder.rfind('/'), 1));
-      if (IsFileOfCard(folder, path)) return true;
+      if (IsFileOfCard(folder, file)) return true;
     }
     return false;
   });

@@ -117,7 +117,7 @@ def test_sources_are_those_of_the_program(made_cards, program):
     assert compared
 
 
-def test_fields_say_their_source(sample):
+def test_fields_have_a_source(sample):
     card = sorvik.open(sample)
     fields = card.clip("0001AB", sources=True).fields
     assert fields["duration"].source == "record" and fields["Path"].source is None

@@ -87,16 +87,28 @@ class ShotWriter {
   Hestra::JsonWriter& json_;
 };
 
-std::uint64_t Unsigned(const JsonValue& json) { return static_cast<std::uint64_t>(json.Integer()); }
+// Far above any recording, and small enough that sums of thousands of parts don't overflow. Members
+// beyond them are invalid.
+constexpr std::int64_t kMaxMicroseconds = 1'000'000'000'000;
+constexpr std::int64_t kMaxFrames = 10'000'000'000;
+
+std::uint64_t Unsigned(const JsonValue& json) {
+  const std::int64_t number = json.Integer();
+  return number < 0 || number > kMaxFrames ? 0 : static_cast<std::uint64_t>(number);
+}
 
 std::optional<std::int64_t> OptionalInteger(const JsonValue& json) {
   if (json.kind != JsonValue::Kind::kNumber) return std::nullopt;
-  return json.Integer();
+  const std::int64_t number = json.Integer();
+  if (number < -kMaxMicroseconds || number > kMaxMicroseconds) return std::nullopt;
+  return number;
 }
 
 std::optional<std::uint64_t> OptionalUnsigned(const JsonValue& json) {
   if (json.kind != JsonValue::Kind::kNumber) return std::nullopt;
-  return Unsigned(json);
+  const std::int64_t number = json.Integer();
+  if (number < 0 || number > kMaxFrames) return std::nullopt;
+  return static_cast<std::uint64_t>(number);
 }
 
 ImageSequence ImagesOf(const JsonValue& json) {

@@ -19,7 +19,8 @@ std::uint64_t BaseOf(const ShotRate& rate) {
 }
 
 // How many numbers are skipped at the start of each minute that isn't a multiple of ten.
-std::uint64_t DroppedNumbers(std::uint64_t base) { return base / 15; }
+// Only the multiples of 29.97 frames per second drop numbers.
+std::uint64_t DroppedNumbers(std::uint64_t base) { return base % 30 == 0 ? base / 15 : 0; }
 
 std::string TwoDigits(std::uint64_t number) {
   return (number < 10 ? "0" : "") + std::to_string(number);

@@ -29,6 +29,7 @@ TextIndex::TextIndex(const std::vector<std::string>& texts) {
 }
 
 const TextIndex::Substrings* TextIndex::SubstringsOf(std::size_t length) const {
+  const std::lock_guard lock(mutex_);
   const auto known = substrings_.find(length);
   if (known != substrings_.end()) return &known->second;
   if (totalLength_ > kMaxTotalLength || substrings_.size() >= kMaxLengths) return nullptr;

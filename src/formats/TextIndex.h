@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -15,7 +16,7 @@
 
 namespace Sorvik::formats {
 
-// The texts never change. Queries extend a cache: one object belongs to one thread at a time.
+// The texts never change. Queries extend a cache, which a mutex protects: any thread.
 class TextIndex {
  public:
   explicit TextIndex(const std::vector<std::string>& texts);
@@ -39,6 +40,7 @@ class TextIndex {
   std::size_t totalLength_ = 0;
   std::unordered_map<std::u16string_view, std::size_t> firstIndex_;  // of each text
   std::set<std::size_t> lengths_;
+  mutable std::mutex mutex_;  // of substrings_; an element never changes
   mutable std::map<std::size_t, Substrings> substrings_;
 };
 

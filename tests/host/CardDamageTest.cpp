@@ -396,9 +396,13 @@ TEST(CardDamages, PicturesNeverReplaceFilesOfACard) {
   MakeAllCards(tree);
   const std::string video = tree.Path("p2/CONTENTS/VIDEO/0004BB.MXF");
   const auto before = fs::file_size(video);
+  fs::create_symlink(video, tree.Path("link"));
+  fs::create_symlink(tree.Path("p2/CONTENTS/VIDEO"), tree.Path("folder"));
   for (const std::vector<std::string>& command :
        {std::vector<std::string>{"thumb", tree.Path("p2"), "0004BB", "-o", video},
-        std::vector<std::string>{"sheet", tree.Path("p2"), "-o", video}}) {
+        std::vector<std::string>{"sheet", tree.Path("p2"), "-o", tree.Path("link")},
+        std::vector<std::string>{"join", tree.Path("p2"), "--format", "csv", "-o",
+                                 tree.Path("folder/0004BB.MXF")}}) {
     EXPECT_EQ(RunSorvik(command).exitCode, 1);
     EXPECT_EQ(fs::file_size(video), before);
   }

@@ -39,9 +39,10 @@ SORVIK_EXPORT std::optional<JoinFormat> JoinFormatNamed(std::string_view name);
 struct JoinOptions {
   JoinFormat format = JoinFormat::kOtio;
   // The full path that the list will have: ffconcat names files below its folder relative to it,
-  // and further tracks get a path next to it. Empty for a list without a place.
+  // and further tracks get a path next to it. Empty if the list isn't written to a file.
   std::string output = {};
-  // Write a list even if a part between others, or a frame of an image sequence, is missing.
+  // Write a list even if a part between others or in one track only, or a frame of an image
+  // sequence, is missing.
   bool allowGaps = false;
   // Write JSON with one value per line.
   bool indents = false;
@@ -68,8 +69,8 @@ enum class JoinStatus {
 
 struct JoinResult {
   JoinStatus status = JoinStatus::kDone;
-  std::vector<JoinFile> files;        // empty unless done
-  JoinProblem problem;                // unless done
+  std::vector<JoinFile> files;        // empty unless status is kDone
+  JoinProblem problem;                // set unless status is kDone
   std::vector<JoinProblem> warnings;  // such as a missing last part; each once
 };
 

@@ -14,9 +14,9 @@
 
 namespace Sorvik {
 
-// A reference to what the calls have read. Copies refer to the same. It stays in memory until the
-// last reference, scope and request that uses it is destroyed, and doesn't change while the card
-// does: use one object for one task about one path. Any thread.
+// Shared results of earlier reads. Copies share one cache. It exists until the last reference,
+// scope and request that uses it is destroyed, and isn't updated if the card changes: use one
+// object for one task. Any thread.
 class SORVIK_EXPORT SharedReads {
  public:
   SharedReads();
@@ -24,8 +24,9 @@ class SORVIK_EXPORT SharedReads {
   SharedReads(const SharedReads&);
   SharedReads& operator=(const SharedReads&);
 
-  // While it exists, the library's functions share their reads if this thread calls them, and so do
-  // the requests that this thread queues. No effect while another scope of the thread exists.
+  // While a scope exists, calls on its thread and requests that the thread queues share their
+  // reads. Destroy it on the same thread. No effect inside another scope. A call that waits for a
+  // record that another request reads can't be aborted until that one ends.
   class SORVIK_EXPORT Scope {
    public:
     explicit Scope(const SharedReads& reads);

@@ -61,8 +61,8 @@ class EdlWriter {
 
   void WriteEvent(const JoinShot& shot, const ShotPart& part) {
     if (++events_ > kMaxEvents) {
-      throw JoinFailure{
-          {list_.path, "more than 999 events, the most that an EDL can have; choose a clip"}};
+      throw JoinFailure{{list_.path, "more than " + std::to_string(kMaxEvents) +
+                                         " events, the most that an EDL can have; choose a clip"}};
     }
     const std::uint64_t frames = FramesOf(part);
     const std::uint64_t start =
@@ -108,7 +108,7 @@ class EdlWriter {
   bool dropsRecord_ = false;
   bool hasMode_ = false;
   bool drops_ = false;
-  std::set<std::string> reels_;
+  std::set<std::string> reels_ = {kBlack};  // used or reserved
 };
 
 }  // namespace

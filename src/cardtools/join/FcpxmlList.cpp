@@ -21,12 +21,6 @@ std::string Time(std::uint64_t frames, const ShotRate& rate) {
   return std::to_string(units) + "/" + std::to_string(rate.numerator) + "s";
 }
 
-// The number of sound files that belong to a picture.
-std::size_t SoundTracks(const JoinShot& shot) {
-  const auto tracks = TracksOf(shot.shot);
-  return tracks.size() - (tracks.front().front()->track == ShotTrack::kSound ? 0 : 1);
-}
-
 class FcpxmlWriter {
  public:
   explicit FcpxmlWriter(const JoinList& list) : list_(list) {}
@@ -122,7 +116,7 @@ class FcpxmlWriter {
                              std::size_t index, std::uint64_t parentStart,
                              const std::string& format) {
     std::string connected;
-    for (std::size_t lane = 1; lane < tracks.size() && SoundTracks(shot) > 0; ++lane) {
+    for (std::size_t lane = 1; lane < tracks.size(); ++lane) {
       if (index >= tracks[lane].size() || !tracks[lane][index]->isPresent) continue;
       const ShotPart& sound = *tracks[lane][index];
       connected +=

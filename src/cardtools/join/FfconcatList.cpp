@@ -11,11 +11,13 @@
 namespace Sorvik {
 namespace {
 
+constexpr double kMaxSeconds = 1e9;  // of a file
+
 std::string Seconds(std::int64_t microseconds) {
+  const long long magnitude = microseconds < 0 ? -microseconds : microseconds;
   char text[40];
   std::snprintf(text, sizeof(text), "%s%lld.%06lld", microseconds < 0 ? "-" : "",
-                static_cast<long long>(microseconds < 0 ? -microseconds : microseconds) / 1000000,
-                static_cast<long long>(microseconds < 0 ? -microseconds : microseconds) % 1000000);
+                magnitude / 1000000, magnitude % 1000000);
   return text;
 }
 
@@ -43,7 +45,9 @@ bool IsSafe(const std::string& path) {
 std::string NameInList(const JoinList& list, const std::string& path) {
   if (list.output.empty()) return path;
   const std::string folder = list.output.substr(0, list.output.rfind('/') + 1);
-  return path.starts_with(folder) ? path.substr(folder.size()) : path;
+  // A colon in a relative name would end the name of a protocol.
+  const bool isBelow = path.starts_with(folder) && path.find(':', folder.size()) == path.npos;
+  return isBelow ? path.substr(folder.size()) : path;
 }
 
 bool IsReadable(const ShotPart& part) {
@@ -184,7 +188,8 @@ class Lists {
     const double seconds = static_cast<double>(FramesOf(part)) *
                            static_cast<double>(shot_.shot.rate.denominator) /
                            static_cast<double>(shot_.shot.rate.numerator);
-    return *part.stampMicroseconds + static_cast<std::int64_t>(seconds * 1e6);
+    return *part.stampMicroseconds +
+           static_cast<std::int64_t>(std::min(seconds, kMaxSeconds) * 1e6);
   }
 
   // The time of a missing part stays empty: the file before it gets a longer duration.

@@ -69,7 +69,7 @@ bool DropsFrames(const ShotParts& shot);
 void RequireLengths(const JoinList& list, const JoinShot& shot);
 // The rate of all shots. Throws JoinFailure if they have different ones.
 ShotRate CommonRate(const JoinList& list);
-// The number of frames of a part, of which RequireLengths has been called.
+// The number of frames of a part; 0 if unknown.
 std::uint64_t FramesOf(const ShotPart& part);
 // The text of a field, the first one of a list; empty if it has none.
 std::string FieldText(const FieldValueMap& fields, const std::string& field);

@@ -70,9 +70,22 @@ bool IsInside(const JoinTrack& track, std::size_t index) {
   return std::any_of(track.begin(), at, exists) && std::any_of(at, track.end(), exists);
 }
 
+// True if a track has its part at this place: without it the other tracks would start too early.
+bool IsInAnyTrack(const std::vector<JoinTrack>& tracks, std::size_t index) {
+  return std::ranges::any_of(tracks, [index](const JoinTrack& track) {
+    return index < track.size() && track[index]->isPresent;
+  });
+}
+
 bool HasLength(const ShotParts& shot) {
   return shot.rate.IsKnown() &&
          std::ranges::any_of(shot.parts, [](const auto& part) { return part.frames.has_value(); });
+}
+
+void RequireEntry(bool exists, const std::string& path, const std::string& key) {
+  if (!key.empty() && !exists) {
+    throw JoinFailure{{path, "no entry '" + key + "'"}, JoinStatus::kNoEntry};
+  }
 }
 
 // The shots of an entry of a card, or of all entries if `key` is empty. Leaves out entries without
@@ -82,6 +95,7 @@ std::vector<JoinShot> ReadShots(const ProviderWrapper& provider, const std::stri
   const FieldNameSet supported = SupportedFields(provider);
   ContentMap content = key.empty() ? provider.GetContent(path, supported, request)
                                    : provider.GetContent(path, key, supported);
+  RequireEntry(content.contains(key), path, key);
   std::vector<JoinShot> shots;
   for (auto& [entry, fields] : content) {
     if (!key.empty() && entry != key) continue;
@@ -98,6 +112,8 @@ std::vector<JoinShot> ReadShots(const ProviderWrapper& provider, const std::stri
 
 // The same from a catalogue.
 std::vector<JoinShot> ShotsOf(const CataloguedCard& card, const std::string& key) {
+  RequireEntry(std::ranges::find(card.clips, key, &CataloguedCard::Clip::key) != card.clips.end(),
+               card.path, key);
   std::vector<JoinShot> shots;
   for (const CataloguedCard::Clip& clip : card.clips) {
     if (!clip.shot || (!key.empty() && clip.key != key)) continue;
@@ -122,7 +138,11 @@ class JoinMaker {
         throw JoinFailure{{list_.path, "the format ffconcat is for one clip"}};
       }
       list_.shots = read();
-      key.empty() ? ChooseClips() : RequireFile(key);
+      if (key.empty()) {
+        ChooseClips();
+      } else {
+        RequireFile(key);
+      }
       for (const JoinShot& shot : list_.shots) CheckGaps(shot);
       result_.files = WriteLists(list_, options_);
     } catch (JoinFailure& failure) {
@@ -134,16 +154,14 @@ class JoinMaker {
 
  private:
   void RequireFile(const std::string& key) const {
-    if (list_.shots.empty()) {
-      throw JoinFailure{{list_.path, "no entry '" + key + "'"}, JoinStatus::kNoEntry};
-    }
-    if (std::ranges::none_of(list_.shots.front().shot.parts, &ShotPart::isPresent)) {
+    if (list_.shots.empty() ||
+        std::ranges::none_of(list_.shots.front().shot.parts, &ShotPart::isPresent)) {
       throw JoinFailure{{list_.path, "no media file for entry '" + key + "'"}};
     }
   }
 
-  // Removes an entry whose files another entry contains as parts, and one without a length, such as
-  // a photograph, which is no shot.
+  // Removes entries with the same first part as an earlier entry, and entries without a length,
+  // such as photographs.
   void ChooseClips() {
     const std::size_t without =
         std::erase_if(list_.shots, [](const JoinShot& shot) { return !HasLength(shot.shot); });
@@ -160,16 +178,17 @@ class JoinMaker {
     if (warned_.insert(text).second) result_.warnings.push_back({list_.path, text});
   }
 
-  // A shot with a gap must not look complete. Parts that are missing at an end are reported only:
-  // the rest has no gap.
+  // A shot with a gap must not look complete. Parts that are missing at an end of all tracks are
+  // reported only: the rest has no gap.
   void CheckGaps(const JoinShot& shot) {
-    for (const JoinTrack& track : TracksOf(shot.shot)) {
+    const std::vector<JoinTrack> tracks = TracksOf(shot.shot);
+    for (const JoinTrack& track : tracks) {
       for (std::size_t i = 0; i < track.size(); ++i) {
         if (track[i]->isPresent) {
           CheckImages(shot, *track[i]);
         } else {
-          Lack("part '" + track[i]->name + "' of '" + shot.key + "' is missing",
-               IsInside(track, i));
+          ReportMissing("part '" + track[i]->name + "' of '" + shot.key + "' is missing",
+                        IsInside(track, i) || IsInAnyTrack(tracks, i));
         }
       }
     }
@@ -177,10 +196,11 @@ class JoinMaker {
 
   void CheckImages(const JoinShot& shot, const ShotPart& part) {
     if (!part.images || part.images->missing == 0) return;
-    Lack(std::to_string(part.images->missing) + " frames of '" + shot.key + "' are missing", true);
+    ReportMissing(
+        std::to_string(part.images->missing) + " frames of '" + shot.key + "' are missing", true);
   }
 
-  void Lack(const std::string& text, bool isGap) {
+  void ReportMissing(const std::string& text, bool isGap) {
     if (isGap && !options_.allowGaps) {
       throw JoinFailure{{list_.path, text}, JoinStatus::kGap};
     }

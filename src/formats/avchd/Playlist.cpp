@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <unordered_map>
 #include <utility>
 
@@ -210,12 +212,18 @@ std::optional<ShotOfClip> FindInIndex(const PlaylistIndex& index, const std::str
   return ShotAround(at->playlist, at->item);
 }
 
-// Limits the items of all playlists that a call keeps: a file of a few kilobytes can declare more
-// items than a large card has.
+// Limits the items of all playlists of a card that a call keeps: a file of a few kilobytes can
+// declare more items than a large card has. Calls may share it (frame/SharedReads.h).
 struct ItemAllowance {
-  mutable std::size_t left = kMaxItemsPerCall;  // only the thread of the call loads playlists
+  mutable std::mutex mutex;
+  mutable std::size_t left = kMaxItemsPerCall;
 
+  bool IsUsedUp() const {
+    const std::lock_guard lock(mutex);
+    return left == 0;
+  }
   bool Take(std::size_t count) const {
+    const std::lock_guard lock(mutex);
     const bool granted = count <= left;
     left = granted ? left - count : 0;
     return granted;
@@ -243,6 +251,9 @@ namespace {
 
 using Bytes = std::vector<std::byte>;
 
+// Keeps a file that was not read out of the call scope, which may outlive the stopped call.
+struct Stopped {};
+
 // Returns nullopt if the file can't be opened or is too large.
 std::optional<Bytes> ReadPlaylistFile(const std::string& path) {
   const auto file = foundation::OpenOnCard(path);
@@ -254,8 +265,9 @@ std::optional<Bytes> ReadPlaylistFile(const std::string& path) {
 template <class Read>
 std::shared_ptr<const Playlist> LoadPlaylist(const std::string& path, Read read) {
   return CallScope::Remember<Playlist>(path, [&path, &read] {
-    const auto allowance = CallScope::Remember<ItemAllowance>({}, [] { return ItemAllowance(); });
-    if (allowance->left == 0) return Playlist();
+    const auto allowance = CallScope::Share<ItemAllowance>(
+        std::string(ParentFolder(path)), [] { return std::make_shared<const ItemAllowance>(); });
+    if (allowance->IsUsedUp()) return Playlist();
     const std::optional<Bytes> bytes = read(path);
     if (!bytes) return Playlist();
     Playlist playlist = ParsePlaylist(ByteReader(*bytes));
@@ -279,7 +291,15 @@ void LoadPlaylists(const std::vector<std::string>& paths, const std::function<bo
   foundation::ReadAhead<std::optional<Bytes>> files(
       shared->size(), [shared](std::size_t i) { return ReadPlaylistFile((*shared)[i]); }, stop);
   for (std::size_t i = 0; i < paths.size() && !(stop && stop()); ++i) {
-    LoadPlaylist(paths[i], [&files, i](const std::string&) { return files.Take(i); });
+    try {
+      LoadPlaylist(paths[i], [&files, &stop, i](const std::string&) {
+        std::optional<Bytes> bytes = files.Take(i);
+        if (!bytes && stop && stop()) throw Stopped();
+        return bytes;
+      });
+    } catch (const Stopped&) {
+      return;
+    }
   }
 }
 

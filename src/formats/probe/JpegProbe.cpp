@@ -58,6 +58,7 @@ std::uint64_t EndOfIndexedImages(const RegularFile& file, std::uint64_t segmentA
       const std::uint64_t begin = segmentAt + kTiffAt + offset;
       if (offset != 0 && IsImageAt(file, begin)) end = std::max(end, begin + size);
     }
+    break;
   }
   return end;
 }

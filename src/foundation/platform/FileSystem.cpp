@@ -88,7 +88,7 @@ class FolderLister {
     });
     if (!complete) ReportReadError(path_, errno);
     SortByName(items, NameOrder::kCodeUnits);
-    if (!mayHaveLinks_) access_.NoteFolderWithoutLinks(path_);
+    if (complete && !mayHaveLinks_) access_.NoteFolderWithoutLinks(path_);
     return items;
   }
 

@@ -24,7 +24,7 @@ using NameVisitor = std::function<bool(std::string_view name, ScannedType type)>
 // Called for each entry except "." and "..", in the file system's order; false ends the reading.
 using EntryVisitor = std::function<bool(const dirent64& entry)>;
 
-// Reads the entries of an open folder with nothing but getdents64: opendir adds three calls.
+// Reads the entries of an open folder with getdents64 only; opendir would add three system calls.
 // Returns false if the folder can't be read to its end.
 bool ReadEntries(int folder, const EntryVisitor& visit);
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -146,12 +147,12 @@ std::vector<ListedPart> PartsOfTrack(const Essence& essence, const std::vector<S
 
 // The clips of the shot that contains a clip.
 struct ClipsOfShot {
-  std::vector<std::string> clips;
+  std::shared_ptr<const std::vector<std::string>> clips;
   bool isOnCard = false;  // the clip itself, and not only one of the same name on another card
 };
 
-// By the titles of all clips of the shots of a card. A record of a call scope: a catalogue asks for
-// each clip.
+// The shots of a card by the titles of their clips. Kept in the call scope, because a catalogue
+// requests the parts of each clip.
 struct ShotsByClip {
   std::map<std::string, ClipsOfShot, std::less<>> shots;
 };
@@ -161,9 +162,10 @@ ShotsByClip ReadShots(const std::string& path, ClipValueCache& cache) {
   const auto shots = p2::SharedShotsOfCard(path, cache);
   ShotsByClip result;
   for (const auto& [id, shot] : shots->shots) {
-    std::vector<std::string> clips = shot.otherClipPaths;
-    clips.push_back(shot.primaryClipPath);
-    for (const std::string& clip : clips) {
+    auto paths = std::make_shared<std::vector<std::string>>(shot.otherClipPaths);
+    paths->push_back(shot.primaryClipPath);
+    const std::shared_ptr<const std::vector<std::string>> clips = std::move(paths);
+    for (const std::string& clip : *clips) {
       ClipsOfShot& known = result.shots[std::string(FileStem(clip))];
       if (known.isOnCard) continue;
       known = {clips, foundation::NormalizedPath(clip).starts_with(card)};
@@ -177,7 +179,7 @@ std::vector<std::string> FindClipsOfShot(const std::string& path, const std::str
   const auto all = foundation::CallScope::Remember<ShotsByClip>(
       path, [&path, &cache] { return ReadShots(path, cache); });
   const auto found = all->shots.find(key);
-  return found == all->shots.end() ? std::vector<std::string>() : found->second.clips;
+  return found == all->shots.end() ? std::vector<std::string>() : *found->second.clips;
 }
 
 }  // namespace

@@ -44,13 +44,17 @@ class ShotCompletingDirVisitor final : public DirVisitor {
 P2ShotMap ShotsOfCard(const std::string& path, ClipValueCache& cache,
                       ProviderRequest* request = nullptr);
 
-// The same without abort, read once per call scope: the calls for the clips of one card share it.
+// The same, cached in the call scope; can't be aborted.
 struct CardShots {
+  CardShots() = default;
+  CardShots(const CardShots&) = delete;  // byClip points into shots
+  CardShots& operator=(const CardShots&) = delete;
+
   P2ShotMap shots;
   std::map<std::string, const P2ShotInfo*, std::less<>>
       byClip;  // by the paths of the clip XML files
 
-  // The shot that contains a clip; null if there is none.
+  // Returns the shot that contains a clip; nullptr if there is none.
   const P2ShotInfo* Of(std::string_view xmlPath) const;
 };
 std::shared_ptr<const CardShots> SharedShotsOfCard(const std::string& path, ClipValueCache& cache);
