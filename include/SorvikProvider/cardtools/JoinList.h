@@ -41,8 +41,8 @@ struct JoinOptions {
   // The full path that the list will have: ffconcat names files below its folder relative to it,
   // and further tracks get a path next to it. Empty if the list isn't written to a file.
   std::string output = {};
-  // Write a list even if a part between others or in one track only, or a frame of an image
-  // sequence, is missing.
+  // Write a list even if a part between others or the first one of one track only, or a frame of an
+  // image sequence, is missing.
   bool allowGaps = false;
   // Write JSON with one value per line.
   bool indents = false;

@@ -63,18 +63,17 @@ std::string NameOf(const std::string& key, const FieldValueMap& fields) {
   return !name.empty() ? name : std::string(last.empty() ? std::string_view(key) : last);
 }
 
-// A part is missing in the middle if others of its track exist before and after it.
-bool IsInside(const JoinTrack& track, std::size_t index) {
-  const auto at = track.begin() + static_cast<std::ptrdiff_t>(index);
+// Whether a missing part leaves a gap: a later part of its track exists, which would be played too
+// early, and an earlier one of the track or, of another track, one at the latest at this place.
+bool LeavesGap(const std::vector<JoinTrack>& tracks, const JoinTrack& track, std::size_t index) {
   const auto exists = [](const ShotPart* part) { return part->isPresent; };
-  return std::any_of(track.begin(), at, exists) && std::any_of(at, track.end(), exists);
-}
-
-// True if a track has its part at this place: without it the other tracks would start too early.
-bool IsInAnyTrack(const std::vector<JoinTrack>& tracks, std::size_t index) {
-  return std::ranges::any_of(tracks, [index](const JoinTrack& track) {
-    return index < track.size() && track[index]->isPresent;
-  });
+  const auto upTo = [&](const JoinTrack& other) {
+    return other.begin() + static_cast<std::ptrdiff_t>(std::min(index + 1, other.size()));
+  };
+  return std::any_of(upTo(track), track.end(), exists) &&
+         std::ranges::any_of(tracks, [&](const JoinTrack& other) {
+           return std::any_of(other.begin(), upTo(other), exists);
+         });
 }
 
 bool HasLength(const ShotParts& shot) {
@@ -178,8 +177,8 @@ class JoinMaker {
     if (warned_.insert(text).second) result_.warnings.push_back({list_.path, text});
   }
 
-  // A shot with a gap must not look complete. Parts that are missing at an end of all tracks are
-  // reported only: the rest has no gap.
+  // A shot with a gap must not look complete. Parts that are missing at an end are reported only:
+  // the rest has no gap.
   void CheckGaps(const JoinShot& shot) {
     const std::vector<JoinTrack> tracks = TracksOf(shot.shot);
     for (const JoinTrack& track : tracks) {
@@ -188,7 +187,7 @@ class JoinMaker {
           CheckImages(shot, *track[i]);
         } else {
           ReportMissing("part '" + track[i]->name + "' of '" + shot.key + "' is missing",
-                        IsInside(track, i) || IsInAnyTrack(tracks, i));
+                        LeavesGap(tracks, track, i));
         }
       }
     }
